@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QString>
+#include <QStringView>
+
+#include <array>
+#include <memory>
+#include <vector>
+
+class QLocale;
+
+// Texts in files and on the wire are bytes of the ANSI code page: the
+// system's on Windows, elsewhere the Windows code page of the user's language.
+// Tables are built once for each page; converting a text is a look-up.
+namespace Ansi {
+
+class CodePage {
+public:
+    // A Windows code page by its number. A page that the system does not know
+    // holds ASCII, and every other byte stands for the character of its number.
+    explicit CodePage(int number);
+
+    int Number() const { return m_number; }
+    QString ToText(QByteArrayView bytes) const;
+    // Bytes into a buffer with room for as many characters as there are bytes;
+    // the number of characters written.
+    qsizetype ToText(const uchar *bytes, qsizetype count, char16_t *out) const;
+    // A character that the page lacks becomes "?", each half of a pair one.
+    QByteArray FromText(QStringView text) const;
+    // True when FromText loses nothing of the text.
+    bool CanHold(QStringView text) const;
+
+private:
+    // 0 where the page lacks the character; a two-byte character has its first
+    // byte in the upper half.
+    const std::vector<quint16> &Encoding() const;
+
+    int m_number;
+    bool m_isSingleByte = true;
+    std::array<char16_t, 256> m_single{};
+    std::array<std::unique_ptr<std::array<char16_t, 256>>, 256> m_pairs;
+    mutable std::vector<quint16> m_encoding;
+};
+
+// The code page of a language: 1252 for Western languages and by default.
+int CodePageOf(const QLocale &locale);
+
+// The page that files are read and written with; found out at the first use.
+const CodePage &SystemCodePage();
+
+QString ToText(QByteArrayView bytes);
+QByteArray FromText(QStringView text);
+
+// What the system says of a page, filled by the system's own file: the
+// character of one byte, or of a byte pair; 0xFFFF where there is none, and
+// Lead where the byte begins a pair.
+constexpr char16_t NoCharacter = 0xFFFF;
+constexpr char16_t Lead = 0xFFFE;
+class Decoder {
+public:
+    explicit Decoder(int codePage);
+    ~Decoder();
+    Decoder(const Decoder &) = delete;
+    Decoder &operator=(const Decoder &) = delete;
+    char16_t Single(uchar byte);
+    char16_t Pair(uchar lead, uchar trail);
+
+private:
+    struct System;
+    std::unique_ptr<System> m_system;
+};
+
+}

@@ -1,0 +1,21 @@
+#include "model/Choice.h"
+
+#include "model/RecordIO.h"
+
+bool Choice::Serialize(File &file) const
+{
+    file.WriteData(m_number);
+    file.WriteData(m_isSolution);
+    CryptoAPI::WriteSecureData(file, m_statement);
+    return true;
+}
+
+bool Choice::Deserialize(File &file)
+{
+    ExamFormat::Read(file, m_number);
+    ExamFormat::Read(file, m_isSolution);
+    ExamFormat::ReadSealed(file, m_statement);
+    return true;
+}
+
+template class Collection<Choice>;

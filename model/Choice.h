@@ -1,0 +1,29 @@
+#pragma once
+
+#include "model/Collection.h"
+#include "model/ExamFormat.h"
+
+#include <QString>
+
+// One answer option of an item.
+class Choice : public ISerializable {
+public:
+    static constexpr qint64 ShortestRecord = ExamFormat::ChoiceBytes;
+
+    qint16 Number() const { return m_number; }
+    void SetNumber(qint16 number) { m_number = number; }
+    const QString &Statement() const { return m_statement; }
+    void SetStatement(const QString &statement) { m_statement = statement; }
+    bool IsSolution() const { return m_isSolution; }
+    void SetIsSolution(bool isSolution) { m_isSolution = isSolution; }
+
+    bool Serialize(File &file) const override;
+    bool Deserialize(File &file) override;
+
+private:
+    qint16 m_number = 0;
+    bool m_isSolution = false;
+    QString m_statement;
+};
+
+using Choices = Collection<Choice>;

@@ -1,0 +1,79 @@
+#include "model/Exam.h"
+
+#include "common/Common.h"
+#include "model/RecordIO.h"
+
+using namespace ExamFormat;
+
+bool Exam::LoadHeader(const QString &Path)
+{
+    return WithSource(u"Exam::LoadHeader()", [&] {
+        File file;
+        file.OpenFile(Path, File::BinaryMode, File::ReadAccess, File::OpenExisting);
+        file.ReadData(m_reserved, WithCount);
+        file.ReadData(m_code, WithCount);
+        file.ReadData(m_name, WithCount);
+        file.ReadData(m_maxScore);
+        file.ReadData(m_passScore);
+        file.ReadData(m_duration);
+        m_fileName = Path;
+        return true;
+    });
+}
+
+bool Exam::Load(const QString &Path)
+{
+    return WithSource(u"Exam::Save()", [&] {
+        File file;
+        file.OpenFile(Path, File::BinaryMode, File::ReadAccess, File::OpenExisting);
+        m_questions.Clear();
+        Deserialize(file);
+        file.CloseFile();
+        m_fileName = Path;
+        return true;
+    });
+}
+
+bool Exam::Save(const QString &Path)
+{
+    return WithSource(u"Exam::Save()", [&] {
+        File file;
+        file.OpenFile(Path, File::BinaryMode, File::WriteAccess, File::CreateAlways);
+        Serialize(file);
+        m_fileName = Path;
+        file.CloseFile();
+        return false;
+    });
+}
+
+qint16 Exam::CalculateScore() const
+{
+    const auto isRight = [](const auto &question) { return question->Answer() == question->CorrectAnswer(); };
+    const qint16 correct = Common::ToInt16(
+        static_cast<double>(std::count_if(m_questions.begin(), m_questions.end(), isRight)));
+    if (m_questions.Count() == 0)
+        throw Error::RunTime(DivisionByZero);
+    return Common::ToInt16(static_cast<double>(correct) / m_questions.Count() * m_maxScore);
+}
+
+bool Exam::Serialize(File &file) const
+{
+    file.WriteData(m_reserved, WithCount);
+    file.WriteData(m_code, WithCount);
+    file.WriteData(m_name, WithCount);
+    file.WriteData(m_maxScore);
+    file.WriteData(m_passScore);
+    file.WriteData(m_duration);
+    return m_questions.Serialize(file);
+}
+
+bool Exam::Deserialize(File &file)
+{
+    Read(file, m_reserved, WithCount);
+    Read(file, m_code, WithCount);
+    Read(file, m_name, WithCount);
+    Read(file, m_maxScore);
+    Read(file, m_passScore);
+    Read(file, m_duration);
+    return m_questions.Deserialize(file);
+}

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "model/Question.h"
+
+#include <QByteArray>
+#include <QString>
+
+// The document: one practice exam and the state of the sitting on it. Content
+// is loaded and saved; answers, marks and IsEnded live in memory only.
+class Exam : public ISerializable {
+public:
+    // Reads code, name, scores and duration, and leaves Questions alone. A file
+    // that ends inside them yields what was there. True, or an error under
+    // "Exam::LoadHeader()".
+    bool LoadHeader(const QString &Path);
+    // Replaces everything by the file's content. True, or an error under
+    // "Exam::Save()"; InputPastEnd when the file ends too early.
+    bool Load(const QString &Path);
+    // Writes the file in place. Always false: only a raised error, under
+    // "Exam::Save()", tells of a failure.
+    bool Save(const QString &Path);
+
+    const QString &Code() const { return m_code; }
+    void SetCode(const QString &code) { m_code = code; }
+    const QString &Name() const { return m_name; }
+    void SetName(const QString &name) { m_name = name; }
+    // Minutes.
+    qint16 Duration() const { return m_duration; }
+    void SetDuration(qint16 duration) { m_duration = duration; }
+    qint16 MaxScore() const { return m_maxScore; }
+    void SetMaxScore(qint16 score) { m_maxScore = score; }
+    qint16 PassScore() const { return m_passScore; }
+    void SetPassScore(qint16 score) { m_passScore = score; }
+    // The opaque block at the start of the file, kept for Save.
+    const QByteArray &Reserved() const { return m_reserved; }
+
+    // The path last loaded or saved, as it was given.
+    const QString &FileName() const { return m_fileName; }
+    ::Questions &Questions() { return m_questions; }
+    const ::Questions &Questions() const { return m_questions; }
+
+    bool IsEnded() const { return m_isEnded; }
+    void EndExam() { m_isEnded = true; }
+
+    // correct items ÷ items × MaxScore, ties to even; an item is right when its
+    // Answer equals its CorrectAnswer to the letter. Raises DivisionByZero for
+    // an exam without items, and Overflow.
+    qint16 CalculateScore() const;
+
+    bool Serialize(File &file) const override;
+    bool Deserialize(File &file) override;
+
+private:
+    QString m_code;
+    QString m_name;
+    qint16 m_duration = 0;
+    qint16 m_maxScore = 0;
+    qint16 m_passScore = 0;
+    QByteArray m_reserved;
+    bool m_isEnded = false;
+    QString m_fileName;
+    ::Questions m_questions;
+};

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QtGlobal>
+
+// The constants that reader, writer and tests of the exam file share;
+// docs/exam-file.md shows the layout byte by byte.
+namespace ExamFormat {
+
+constexpr char16_t Extension[] = u"exam";
+
+// A count in front of a text or of a list.
+constexpr qint32 WithCount = -1;
+
+// The shortest record of a question: two numbers, the hint, three empty texts
+// and the count of its choices.
+constexpr qint64 QuestionBytes = 2 + 2 + 4 + 4 + 4 + 4 + 4;
+// The shortest record of a choice: number, solution flag, an empty text.
+constexpr qint64 ChoiceBytes = 2 + 4 + 4;
+
+// The letter of option 1 is the character behind this one.
+constexpr int LetterBase = 64;
+
+}

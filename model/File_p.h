@@ -1,0 +1,23 @@
+#pragma once
+
+#include "model/File.h"
+
+// Every operation that can fail returns false or -1 and leaves the thread's
+// last system error behind.
+struct File::Handle {
+    ~Handle();
+    bool Open(const QString &path, quint32 access, quint32 disposition);
+    bool Close();
+    bool Flush();
+    // -1 on failure.
+    qint64 Size() const;
+    qint64 Read(char *out, qint64 count, qint64 position);
+    bool Write(const char *bytes, qint64 count, qint64 position);
+
+    static bool ReadAttributes(const QString &path, quint32 &attributes);
+    static bool WriteAttributes(const QString &path, quint32 attributes);
+    bool ReadAttributes(quint32 &attributes) const;
+
+    int m_descriptor = -1;
+    QString m_path;
+};

@@ -1,0 +1,144 @@
+#include "model/File_p.h"
+
+#include <QFile>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr mode_t AnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
+
+int OpenFlags(quint32 access, quint32 disposition)
+{
+    const bool reads = (access & File::ReadAccess) != 0;
+    const bool writes = (access & File::WriteAccess) != 0;
+    int flags = writes ? (reads ? O_RDWR : O_WRONLY) : O_RDONLY;
+    switch (disposition) {
+    case File::CreateNew: flags |= O_CREAT | O_EXCL; break;
+    case File::CreateAlways: flags |= O_CREAT | O_TRUNC; break;
+    case File::OpenAlways: flags |= O_CREAT; break;
+    case File::TruncateExisting: flags |= O_TRUNC; break;
+    default: break;
+    }
+    return flags;
+}
+
+// A leading dot hides a file, and write permission is all there is of "read
+// only"; a file with none of the flags is "normal".
+quint32 AttributesOf(const struct stat &status, const QString &path)
+{
+    quint32 attributes = 0;
+    if (S_ISDIR(status.st_mode))
+        attributes |= File::Directory;
+    if ((status.st_mode & AnyWrite) == 0)
+        attributes |= File::ReadOnly;
+    if (path.mid(path.lastIndexOf(u'/') + 1).startsWith(u'.'))
+        attributes |= File::Hidden;
+    return attributes == 0 ? static_cast<quint32>(File::Normal) : attributes;
+}
+
+}
+
+File::Handle::~Handle()
+{
+    Close();
+}
+
+bool File::Handle::Open(const QString &path, quint32 access, quint32 disposition)
+{
+    // Without O_NONBLOCK the open itself would wait for the other end of a
+    // pipe; it means nothing to a regular file.
+    m_descriptor = open(QFile::encodeName(path).constData(),
+                        OpenFlags(access, disposition) | O_CLOEXEC | O_NONBLOCK, 0666);
+    if (m_descriptor < 0)
+        return false;
+    m_path = path;
+    struct stat status = {};
+    const bool known = fstat(m_descriptor, &status) == 0;
+    if (known && S_ISREG(status.st_mode))
+        return true;
+    const int code = !known ? errno : S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    Close();
+    errno = code;
+    return false;
+}
+
+bool File::Handle::Close()
+{
+    if (m_descriptor < 0)
+        return true;
+    const int descriptor = std::exchange(m_descriptor, -1);
+    return close(descriptor) == 0;
+}
+
+bool File::Handle::Flush()
+{
+    return fsync(m_descriptor) == 0;
+}
+
+qint64 File::Handle::Size() const
+{
+    struct stat status = {};
+    return fstat(m_descriptor, &status) == 0 ? status.st_size : -1;
+}
+
+qint64 File::Handle::Read(char *out, qint64 count, qint64 position)
+{
+    ssize_t got = 0;
+    do
+        got = pread(m_descriptor, out, static_cast<size_t>(count), position);
+    while (got < 0 && errno == EINTR);
+    return got;
+}
+
+bool File::Handle::Write(const char *bytes, qint64 count, qint64 position)
+{
+    while (count > 0) {
+        const ssize_t put = pwrite(m_descriptor, bytes, static_cast<size_t>(count), position);
+        if (put < 0 && errno == EINTR)
+            continue;
+        if (put <= 0) {
+            if (put == 0)
+                errno = ENOSPC;
+            return false;
+        }
+        bytes += put;
+        count -= put;
+        position += put;
+    }
+    return true;
+}
+
+bool File::Handle::ReadAttributes(quint32 &attributes) const
+{
+    struct stat status = {};
+    if (fstat(m_descriptor, &status) != 0)
+        return false;
+    attributes = AttributesOf(status, m_path);
+    return true;
+}
+
+bool File::Handle::ReadAttributes(const QString &path, quint32 &attributes)
+{
+    struct stat status = {};
+    if (stat(QFile::encodeName(path).constData(), &status) != 0)
+        return false;
+    attributes = AttributesOf(status, path);
+    return true;
+}
+
+bool File::Handle::WriteAttributes(const QString &path, quint32 attributes)
+{
+    const QByteArray name = QFile::encodeName(path);
+    struct stat status = {};
+    if (stat(name.constData(), &status) != 0)
+        return false;
+    const bool readOnly = (attributes & File::ReadOnly) != 0;
+    if (readOnly == ((status.st_mode & AnyWrite) == 0))
+        return true;
+    const mode_t mode = readOnly ? status.st_mode & ~AnyWrite : status.st_mode | S_IWUSR;
+    return chmod(name.constData(), mode & 07777) == 0;
+}

@@ -1,0 +1,57 @@
+#include "model/Question.h"
+
+#include "common/Common.h"
+#include "model/RecordIO.h"
+
+QString Question::Explaination() const
+{
+    return Common::TrimBlanks(m_explaination);
+}
+
+qint16 Question::AnswerCount() const
+{
+    return Common::ToInt16(static_cast<double>(
+        std::count_if(m_choices.begin(), m_choices.end(), [](const auto &choice) { return choice->IsSolution(); })));
+}
+
+QString Question::CorrectAnswer() const
+{
+    QString answer;
+    for (const auto &choice : m_choices) {
+        if (!choice->IsSolution())
+            continue;
+        if (!answer.isEmpty())
+            answer += u',';
+        answer += QString::number(choice->Number());
+    }
+    return answer;
+}
+
+void Question::CalculateSolutionCount()
+{
+    m_solutionCount = AnswerCount();
+}
+
+bool Question::Serialize(File &file) const
+{
+    file.WriteData(m_number);
+    file.WriteData(m_solutionCount);
+    file.WriteData(m_hasHint);
+    file.WriteData(m_exhibit, ExamFormat::WithCount);
+    CryptoAPI::WriteSecureData(file, m_problem);
+    CryptoAPI::WriteSecureData(file, m_explaination);
+    return m_choices.Serialize(file);
+}
+
+bool Question::Deserialize(File &file)
+{
+    ExamFormat::Read(file, m_number);
+    ExamFormat::Read(file, m_solutionCount);
+    ExamFormat::Read(file, m_hasHint);
+    ExamFormat::Read(file, m_exhibit, ExamFormat::WithCount);
+    ExamFormat::ReadSealed(file, m_problem);
+    ExamFormat::ReadSealed(file, m_explaination);
+    return m_choices.Deserialize(file);
+}
+
+template class Collection<Question>;
