@@ -22,6 +22,8 @@ QString ToText(const QVariant &value)
         return locale.toString(value.toDouble(), 'g', 7);
     case QMetaType::Double:
         return locale.toString(value.toDouble(), 'g', 15);
+    case QMetaType::UChar: // to the variant it is a character
+        return QString::number(value.value<quint8>());
     default:
         return value.toString();
     }

@@ -61,14 +61,13 @@ struct Codec {
     {
         bool isNumber = false;
         const double value = QLocale::system().toDouble(Common::TrimBlanks(text), &isNumber);
-        if (!isNumber)
+        // The locale takes "nan" and "inf" for numbers.
+        if (!isNumber || !std::isfinite(value))
             throw Error::RunTime(TypeMismatch);
-        if constexpr (std::is_floating_point_v<Number>)
-            return static_cast<Number>(value);
-        const double whole = std::nearbyint(value);
-        if (whole < std::numeric_limits<Number>::min() || whole > std::numeric_limits<Number>::max())
+        const double number = std::is_integral_v<Number> ? std::nearbyint(value) : value;
+        if (number < std::numeric_limits<Number>::lowest() || number > std::numeric_limits<Number>::max())
             throw Error::RunTime(Overflow);
-        return static_cast<Number>(whole);
+        return static_cast<Number>(number);
     }
     static QVariant Plain(Number value) { return QVariant::fromValue(value); }
 };
@@ -264,6 +263,14 @@ bool File::IsEOF() const
     return static_cast<qint32>(Position()) >= static_cast<qint32>(Size());
 }
 
+void File::RequireAccess(quint32 access) const
+{
+    const bool allowed = m_handle && (m_access & access) != 0;
+    if (!allowed)
+        Common::SetLastSystemError(EBADF);
+    Common::CheckApiResult(allowed);
+}
+
 qint64 File::ReadBytes(char *out, qint64 count)
 {
     WritePending();
@@ -277,12 +284,10 @@ qint64 File::ReadBytes(char *out, qint64 count)
             m_position += part;
             continue;
         }
-        if (!m_handle)
-            Common::SetLastSystemError(EBADF);
-        Common::CheckApiResult(m_handle != nullptr);
         const qint64 want = m_read.isEmpty() ? FirstRead : FurtherRead;
+        // Of exactly that size, where resize would leave room to grow.
         if (m_read.size() < want)
-            m_read.resize(want);
+            m_read = QByteArray(want, Qt::Uninitialized);
         m_readStart = m_position;
         m_readLength = m_handle->Read(m_read.data(), want, m_position);
         const bool failed = m_readLength < 0;
@@ -310,8 +315,9 @@ qint32 File::ReadText(QString &Data, qint32 Length)
 {
     qint64 count = Length;
     if (Length < 0) {
+        // The count is read like any number, in text mode as a text.
         qint32 prefix = 0;
-        const qint32 delivered = ReadFixed(prefix);
+        const qint32 delivered = Read(prefix, 0);
         if (prefix <= 0 || m_shortfall > 0)
             return delivered;
         count = prefix;
@@ -362,6 +368,7 @@ template <class Value>
 qint32 File::Read(Value &Data, qint32 Length)
 {
     return WithSource(u"File::ReadData()", [&] {
+        RequireAccess(ReadAccess);
         if constexpr (IsText<Value>) {
             return ReadText(Data, Length);
         } else {
@@ -414,9 +421,6 @@ void File::WritePending()
 
 void File::WriteBytes(const char *bytes, qint64 count)
 {
-    if (!m_handle)
-        Common::SetLastSystemError(EBADF);
-    Common::CheckApiResult(m_handle != nullptr);
     // What was read ahead may be what is overwritten now.
     m_readLength = 0;
     m_written.append(bytes, count);
@@ -437,6 +441,7 @@ template <class Value>
 void File::Write(const Value &Data, qint32 Length)
 {
     WithSource(u"File::WriteData()", [&] {
+        RequireAccess(WriteAccess);
         if constexpr (IsText<Value> || IsBlock<Value>) {
             QByteArray bytes;
             if constexpr (IsText<Value>)

@@ -150,6 +150,9 @@ private:
     bool Has(quint32 bit) const { return (m_attributes & bit) != 0; }
     void Set(quint32 bit, bool on) { m_attributes = on ? m_attributes | bit : m_attributes & ~bit; }
 
+    // Fails as the system would, but at once: a write that is only buffered
+    // and a read of nothing left do not come to the system.
+    void RequireAccess(quint32 access) const;
     qint64 ByteSize() const;
     qint64 ReadBytes(char *out, qint64 count);
     // Up to count bytes, never more than the file has left.

@@ -43,6 +43,8 @@ QImage Load(const QString &Path)
     if (!formats.contains(format))
         throw fail(u"The file is not a BMP, GIF, JPEG, ICO or PNG picture"_s);
     const QSize size = reader.size();
+    if (size == QSize())
+        throw fail(u"The picture is damaged"_s);
     // A bitmap stored from its top down reports a negative height.
     const qint64 pixels = qAbs(qint64(size.width())) * qAbs(qint64(size.height()));
     if (!size.isNull() && (size.width() <= 0 || pixels == 0 || pixels > MostPixels))

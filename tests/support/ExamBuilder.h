@@ -2,6 +2,8 @@
 
 #include "model/Exam.h"
 
+#include <QStringList>
+
 #include <memory>
 
 // Exams for tests, in memory.
@@ -16,12 +18,12 @@ struct ExamSheet {
 std::shared_ptr<Exam> NewExam(const ExamSheet &sheet = {});
 
 struct ItemSheet {
-    QString Problem;
+    QString Problem = {};
     // One statement for each option; those beginning with "*" are solutions.
-    QStringList Options;
+    QStringList Options = {};
     bool HasHint = false;
-    QString Exhibit;
-    QString Explaination;
+    QString Exhibit = {};
+    QString Explaination = {};
 };
 // Appends an item with the numbers and the solution count that belong to it.
 std::shared_ptr<Question> AddItem(Exam &exam, const ItemSheet &sheet);

@@ -1,0 +1,56 @@
+#include "app/Program.h"
+
+#include "resources/Artwork.h"
+#include "shell/frmAbout.h"
+#include "shell/frmReport.h"
+#include "shell/frmReview.h"
+#include "ui/Guard.h"
+#include "ui/Messages.h"
+
+#include <QApplication>
+
+using namespace Qt::Literals::StringLiterals;
+
+Program::Program()
+    : m_main(std::make_unique<frmMain>())
+{
+    QApplication::setWindowIcon(Artwork::ApplicationIcon());
+    // The end comes through the main window's own question, not because some
+    // window was the last one visible.
+    QApplication::setQuitOnLastWindowClosed(false);
+    connect(m_main.get(), &frmMain::ExamLoaded, this, [this] { Guard([&] { StartSitting(); }); });
+    connect(m_main.get(), &frmMain::AboutRequested, this, [this] { frmAbout(m_main.get()).exec(); });
+    connect(m_main.get(), &frmMain::DownloadRequested, this,
+            [] { ShowMessage(u"The download of exams is not available in this version yet."_s, InformationMessage); });
+}
+
+Program::~Program()
+{
+    delete m_exam;
+}
+
+void Program::Start()
+{
+    m_main->Load();
+    m_main->show();
+}
+
+void Program::StartSitting()
+{
+    auto *exam = new frmExam;
+    m_exam = exam;
+    connect(exam, &frmExam::Starting, m_main.get(), &QWidget::hide);
+    connect(exam, &frmExam::ReviewRequested, this, [exam] {
+        Guard([&] {
+            frmReview window(exam->Session(), exam);
+            window.Load();
+            window.exec();
+        });
+    });
+    connect(exam, &frmExam::ReportRequested, this, [exam] { Guard([&] { frmReport::ShowModal(exam); }); });
+    connect(exam, &frmExam::Unloaded, this, [this, exam] {
+        m_main->show();
+        exam->deleteLater();
+    });
+    exam->StartExam();
+}

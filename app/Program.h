@@ -1,0 +1,30 @@
+#pragma once
+
+#include "session/frmExam.h"
+#include "shell/frmMain.h"
+
+#include <QObject>
+#include <QPointer>
+
+#include <memory>
+
+// The windows and how they hang together: each asks upward by signals, here
+// they are answered.
+class Program : public QObject {
+    Q_OBJECT
+public:
+    Program();
+    ~Program() override;
+
+    // Opens the main window.
+    void Start();
+    frmMain &Main() { return *m_main; }
+    // The exam window of the sitting; null between sittings.
+    frmExam *ExamWindow() { return m_exam; }
+
+private:
+    void StartSitting();
+
+    std::unique_ptr<frmMain> m_main;
+    QPointer<frmExam> m_exam;
+};

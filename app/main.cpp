@@ -1,0 +1,20 @@
+#include "app/Program.h"
+
+#include "ui/Guard.h"
+#include "ui/Messages.h"
+#include "ui/Theme.h"
+
+#include <QApplication>
+#include <QTimer>
+
+int main(int argc, char **argv)
+{
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(ApplicationTitle);
+    QApplication::setDesktopFileName(QStringLiteral("practorium"));
+    Theme::Apply(application);
+    Program program;
+    // Inside the event loop, where an error that nothing trapped can end it.
+    QTimer::singleShot(0, &program, [&] { Guard([&] { program.Start(); }); });
+    return QApplication::exec();
+}

@@ -1,0 +1,160 @@
+#include "author/Check.h"
+
+#include "author/Console.h"
+#include "author/Limits.h"
+#include "author/Package.h"
+#include "common/Error.h"
+#include "model/ExamFormat.h"
+#include "model/File.h"
+#include "model/Globals.h"
+#include "model/IO.h"
+#include "picture/Picture.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QHash>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace Check {
+
+namespace {
+
+class ExamChecker {
+public:
+    // The path as it is shown.
+    ExamChecker(QStringList &faults, QString path)
+        : m_faults(faults)
+        , m_path(std::move(path))
+    {
+    }
+
+    void Run()
+    {
+        Exam exam;
+        if (!Read(exam))
+            return;
+        CheckHeader(exam);
+        qint32 position = 0;
+        for (const auto &question : exam.Questions())
+            CheckItem(*question, ++position);
+    }
+
+private:
+    void Say(const QString &text) { m_faults.append(m_path + u": "_s + text); }
+    void SayOfItem(const QString &text) { Say(u"item %1: %2"_s.arg(m_item).arg(text)); }
+
+    bool Read(Exam &exam)
+    {
+        File file;
+        try {
+            file.OpenFile(m_path, File::BinaryMode, File::ReadAccess, File::OpenExisting);
+            exam.Deserialize(file);
+            if (const qint64 left = qint64(file.Size()) - qint64(file.Position()); left > 0)
+                Say(u"%1 bytes follow the last item"_s.arg(left));
+            return true;
+        } catch (const Error &error) {
+            if (error.Number() == InputPastEnd)
+                Say(u"cut short: the file ends after %1 whole items"_s.arg(exam.Questions().Count()));
+            else
+                Say(Console::OneLine(error));
+            return false;
+        }
+    }
+
+    void CheckHeader(const Exam &exam)
+    {
+        if (exam.MaxScore() <= 0)
+            Say(u"the maximum score is %1"_s.arg(exam.MaxScore()));
+        if (exam.PassScore() < 0)
+            Say(u"the passing score is %1"_s.arg(exam.PassScore()));
+        if (exam.PassScore() > exam.MaxScore())
+            Say(u"the passing score %1 is above the maximum score %2"_s.arg(exam.PassScore()).arg(exam.MaxScore()));
+        if (exam.Duration() < 1)
+            Say(u"the duration is %1 minutes"_s.arg(exam.Duration()));
+        if (exam.Duration() > Limits::MostMinutes)
+            Say(u"the duration of %1 minutes is over %2"_s.arg(exam.Duration()).arg(Limits::MostMinutes));
+        const qint32 count = exam.Questions().Count();
+        if (count == 0)
+            Say(u"there are no items"_s);
+        if (count > Limits::MostItems)
+            Say(u"%1 items are more than %2"_s.arg(count).arg(Limits::MostItems));
+    }
+
+    void CheckItem(const Question &question, qint32 position)
+    {
+        m_item = position;
+        if (question.Number() != position)
+            SayOfItem(u"its number is %1"_s.arg(question.Number()));
+        const qint32 options = question.Choices().Count();
+        if (options == 0)
+            SayOfItem(u"it has no options"_s);
+        if (options > Limits::MostOptions)
+            SayOfItem(u"%1 options are more than %2"_s.arg(options).arg(Limits::MostOptions));
+        qint32 solutions = 0;
+        qint32 number = 0;
+        for (const auto &choice : question.Choices()) {
+            if (choice->Number() != ++number)
+                SayOfItem(u"the number of option %1 is %2"_s.arg(number).arg(choice->Number()));
+            solutions += choice->IsSolution() ? 1 : 0;
+        }
+        if (solutions == 0)
+            SayOfItem(u"it has no solution"_s);
+        if (question.SolutionCount() != solutions)
+            SayOfItem(u"its solution count is %1, but %2 options are solutions"_s.arg(question.SolutionCount()).arg(solutions));
+        if (question.HasHint() && solutions == 0)
+            SayOfItem(u"it limits the selection to none"_s);
+        if (question.HasExhibit())
+            CheckExhibit(question.Exhibit());
+    }
+
+    void CheckExhibit(const QString &name)
+    {
+        if (!Package::IsPlainName(name)) {
+            SayOfItem(u"the exhibit \"%1\" is not a plain file name and may lead out of the folder"_s.arg(name));
+            return;
+        }
+        if (!m_exhibits.contains(name)) {
+            try {
+                Picture::Load(IO::CombinePath(QFileInfo(m_path).absolutePath(), name));
+                m_exhibits.insert(name, {});
+            } catch (const Error &error) {
+                m_exhibits.insert(name, Console::OneLine(error));
+            }
+        }
+        if (const QString fault = m_exhibits.value(name); !fault.isEmpty())
+            SayOfItem(u"the exhibit \"%1\": %2"_s.arg(name, fault));
+    }
+
+    QStringList &m_faults;
+    QString m_path;
+    qint32 m_item = 0;
+    QHash<QString, QString> m_exhibits; // what is wrong with each; empty for nothing
+};
+
+void CheckFolder(QStringList &faults, const QString &path)
+{
+    const QString folder = QDir::toNativeSeparators(QDir::cleanPath(QDir::current().absoluteFilePath(path)));
+    const QString pattern = u"*."_s + QString::fromUtf16(ExamFormat::Extension);
+    QStringList names = QDir(folder).entryList({ pattern }, QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
+    if (Globals::FindExamFile(folder).isEmpty())
+        faults.append(u"%1: the folder's name leads to %2, which is not there"_s.arg(path, Package::ExamFileName(folder)));
+    if (names.size() > 1)
+        faults.append(u"%1: several exam files: %2"_s.arg(path, names.join(u", "_s)));
+    for (const QString &name : names)
+        ExamChecker(faults, IO::CombinePath(path, name)).Run();
+}
+
+}
+
+QStringList Faults(const QString &path)
+{
+    QStringList faults;
+    if (QFileInfo(path).isDir())
+        CheckFolder(faults, path);
+    else
+        ExamChecker(faults, path).Run();
+    return faults;
+}
+
+}

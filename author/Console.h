@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+
+class Error;
+
+// What the program says, in UTF-8 and one line at a time.
+namespace Console {
+
+void Print(const QString &line);
+void Complain(const QString &line);
+
+// Brings what was printed out; false when it did not arrive, because a disk is
+// full or nobody reads any more.
+bool Flush();
+
+// An error's description as one line, without the code of a system error.
+QString OneLine(const Error &error);
+
+}

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QByteArray>
+
+class Exam;
+
+namespace Dump {
+
+// The exam as one JSON object in UTF-8 without a line break at its end, its
+// keys in the order of the file, every text as it is stored.
+QByteArray ToJson(const Exam &exam);
+
+}

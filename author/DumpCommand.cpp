@@ -1,0 +1,29 @@
+#include "author/Command.h"
+#include "author/Console.h"
+#include "author/Dump.h"
+#include "common/Error.h"
+#include "model/Exam.h"
+
+using namespace Qt::Literals::StringLiterals;
+
+int Command::DumpExam(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(u"Prints an exam file as JSON, in UTF-8. Texts stand there as they are stored."_s);
+    parser.addPositionalArgument(u"FILE"_s, u"The exam file."_s);
+    if (const auto code = Parse(parser, arguments))
+        return *code;
+    if (parser.positionalArguments().size() != 1)
+        return Misused(u"one exam file is wanted"_s);
+
+    const QString path = parser.positionalArguments().first();
+    Exam exam;
+    try {
+        exam.Load(path);
+    } catch (const Error &error) {
+        Console::Complain(u"%1: %2"_s.arg(path, Console::OneLine(error)));
+        return Failure;
+    }
+    Console::Print(QString::fromUtf8(Dump::ToJson(exam)));
+    return Success;
+}

@@ -1,0 +1,182 @@
+#include "author/Gift.h"
+
+#include "author/GiftLines.h"
+
+#include <QRegularExpression>
+#include <QStringDecoder>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace Gift {
+
+namespace {
+
+constexpr double FullCredit = 100;
+
+// Takes a format prefix off the text; without one the fallback is its format.
+Text Formatted(const QString &hidden, Markup fallback)
+{
+    static const QRegularExpression prefix(u"^\\s*\\[(html|moodle|plain|markdown)\\]"_s);
+    Text text{ hidden, fallback };
+    if (const auto match = prefix.match(hidden); match.hasMatch()) {
+        const QString name = match.captured(1);
+        text.Markup = name == "html"_L1  ? Markup::Html
+            : name == "plain"_L1         ? Markup::Plain
+            : name == "markdown"_L1      ? Markup::Markdown
+                                         : Markup::Moodle;
+        text.Source = hidden.mid(match.capturedEnd());
+    }
+    text.Source = GiftLines::Restore(text.Source.trimmed());
+    return text;
+}
+
+// The text less its "::title::", which an exam has no place for.
+QString WithoutTitle(const QString &text)
+{
+    const qsizetype end = text.startsWith("::"_L1) ? text.indexOf("::"_L1, 2) : -1;
+    return end < 0 ? text : text.mid(end + 2);
+}
+
+// What stands before and behind the answer block as one text. Nothing but
+// closing tags behind it does not make the block part of a sentence.
+QString Stem(const QString &before, const QString &behind)
+{
+    static const QRegularExpression noSentence(u"^\\s*(</\\w+\\s*>\\s*)*$"_s);
+    return noSentence.match(behind).hasMatch() ? before + behind : before + u"_____"_s + behind;
+}
+
+struct MarkedOption {
+    Option Content;
+    bool HasEqualsSign = false;
+    double Weight = 0;
+};
+
+// One option from its "=" or "~" up to the next one's.
+MarkedOption ReadOption(const QString &hidden, Markup fallback)
+{
+    static const QRegularExpression weight(u"^\\s*%(-?[0-9]+(?:[.,][0-9]*)?)%"_s);
+    MarkedOption option;
+    option.HasEqualsSign = hidden.startsWith(u'=');
+    option.Weight = option.HasEqualsSign ? FullCredit : 0;
+    QString text = hidden.mid(1);
+    if (const auto match = weight.match(text); match.hasMatch()) {
+        option.Weight = match.captured(1).replace(u',', u'.').toDouble();
+        text.remove(0, match.capturedEnd());
+    }
+    const qsizetype hash = text.indexOf(u'#');
+    option.Content.Statement = Formatted(hash < 0 ? text : text.left(hash), fallback);
+    if (hash >= 0)
+        option.Content.Feedback = Formatted(text.mid(hash + 1), fallback);
+    return option;
+}
+
+void ReadOptions(Item &item, const QString &block)
+{
+    std::vector<MarkedOption> options;
+    static const QRegularExpression marker(u"[~=]"_s);
+    for (qsizetype at = 0; at < block.size();) {
+        qsizetype next = block.indexOf(marker, at + 1);
+        if (next < 0)
+            next = block.size();
+        options.push_back(ReadOption(block.mid(at, next - at), item.Problem.Markup));
+        at = next;
+    }
+    // With an equals sign anywhere only full credit is right, without one every
+    // credit is part of the answer.
+    const bool anyEqualsSign = std::any_of(options.begin(), options.end(), [](const auto &o) { return o.HasEqualsSign; });
+    for (MarkedOption &option : options) {
+        option.Content.IsRight = anyEqualsSign && !option.HasEqualsSign ? option.Weight >= FullCredit : option.Weight > 0;
+        item.Options.push_back(std::move(option.Content));
+    }
+    const auto right = std::count_if(item.Options.begin(), item.Options.end(), [](const Option &o) { return o.IsRight; });
+    item.IsMultiple = !anyEqualsSign || right > 1;
+}
+
+// {T#when wrong#when right}; false when the block is no such one.
+bool ReadTrueFalse(Item &item, const QString &block)
+{
+    const QStringList parts = block.split(u'#');
+    const QString key = parts.first().trimmed().toUpper();
+    const bool isTrue = key == "T"_L1 || key == "TRUE"_L1;
+    if (!isTrue && key != "F"_L1 && key != "FALSE"_L1)
+        return false;
+    for (const bool value : { true, false }) {
+        const bool isRight = value == isTrue;
+        Option option{ { value ? u"True"_s : u"False"_s, Markup::Plain }, {}, isRight };
+        if (parts.size() > (isRight ? 2 : 1))
+            option.Feedback = Formatted(isRight ? parts.mid(2).join(u'#') : parts.at(1), item.Problem.Markup);
+        item.Options.push_back(std::move(option));
+    }
+    return true;
+}
+
+// Understands the answer block; the reason why an exam cannot hold it.
+QString ReadBlock(Item &item, QString block)
+{
+    const qsizetype general = block.lastIndexOf("####"_L1);
+    if (general >= 0) {
+        item.Feedback = Formatted(block.mid(general + 4), item.Problem.Markup);
+        block.truncate(general);
+    }
+    block = block.trimmed();
+    if (block.isEmpty())
+        return u"an essay question has no options"_s;
+    if (block.startsWith(u'#'))
+        return u"a numerical question has no options"_s;
+    if (ReadTrueFalse(item, block))
+        return {};
+    if (!block.startsWith(u'=') && !block.startsWith(u'~'))
+        return u"the answer block begins with neither \"=\" nor \"~\""_s;
+    if (!block.contains(u'~'))
+        return block.contains("->"_L1) ? u"a matching question has no options"_s : u"a short-answer question has no options"_s;
+    ReadOptions(item, block);
+    return {};
+}
+
+QString Read(Item &item, const GiftLines::Piece &piece)
+{
+    if (piece.Text.isEmpty())
+        return u"the exhibit \"%1\" stands before no question"_s.arg(piece.Exhibit.value_or(QString()));
+    if (piece.IsAmbiguous)
+        return u"more than one exhibit is named"_s;
+    const QString text = WithoutTitle(piece.Text.trimmed());
+    const qsizetype open = text.indexOf(u'{');
+    const qsizetype close = text.indexOf(u'}', std::max<qsizetype>(open, 0));
+    if (open < 0)
+        return close < 0 ? u"a description without answers is no question"_s : u"a \"}\" without its \"{\""_s;
+    if (close < 0)
+        return u"the answer block is not closed"_s;
+    if (text.indexOf(u'{', close) >= 0)
+        return u"more than one answer block (is a blank line missing between two questions?)"_s;
+    if (text.indexOf(u'}', close + 1) >= 0)
+        return u"more than one \"}\" (write \"\\{\" and \"\\}\" for braces in a text)"_s;
+    item.Problem = Formatted(Stem(text.left(open), text.mid(close + 1)), Markup::Moodle);
+    return ReadBlock(item, text.mid(open + 1, close - open - 1));
+}
+
+}
+
+QString Decode(const QByteArray &bytes)
+{
+    QStringDecoder decoder(QStringConverter::encodingForData(bytes).value_or(QStringConverter::Utf8));
+    QString text = decoder(bytes);
+    text.replace(u"\r\n"_s, u"\n"_s);
+    text.replace(u'\r', u'\n');
+    return text;
+}
+
+std::vector<Item> Parse(const QString &text)
+{
+    std::vector<Item> items;
+    for (const GiftLines::Piece &piece : GiftLines::Cut(GiftLines::Hide(text))) {
+        Item item;
+        item.Line = piece.Line;
+        item.IsUnlimited = piece.IsUnlimited;
+        item.Exhibit = piece.Exhibit;
+        item.Refusal = Read(item, piece);
+        items.push_back(std::move(item));
+    }
+    return items;
+}
+
+}

@@ -1,0 +1,200 @@
+#include "author/Package.h"
+
+#include "author/Console.h"
+#include "author/Limits.h"
+#include "author/PlainText.h"
+#include "common/Ansi.h"
+#include "common/Common.h"
+#include "common/Error.h"
+#include "model/ExamFormat.h"
+#include "model/Globals.h"
+#include "model/IO.h"
+#include "picture/Picture.h"
+
+#include <QHash>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace Package {
+
+namespace {
+
+// An item that stays out, with the reason.
+struct Unfit {
+    QString Reason;
+};
+
+QString Described(char32_t character)
+{
+    const QString code = QString::number(character, 16).toUpper().rightJustified(4, u'0');
+    return u"\"%1\" (U+%2)"_s.arg(QString::fromUcs4(&character, 1), code);
+}
+
+// The text in a form that the code page holds: a letter and its accent may be
+// one character there.
+QString Holdable(const QString &text)
+{
+    const Ansi::CodePage &page = Ansi::SystemCodePage();
+    if (page.CanHold(text))
+        return text;
+    const QString composed = text.normalized(QString::NormalizationForm_C);
+    for (const char32_t character : composed.toUcs4()) {
+        if (character == QChar::ReplacementCharacter)
+            throw Unfit{ u"it holds bytes that are not UTF-8"_s };
+        if (!page.CanHold(QString::fromUcs4(&character, 1)))
+            throw Unfit{ u"the character %1 is not in code page %2"_s.arg(Described(character)).arg(page.Number()) };
+    }
+    return composed;
+}
+
+QString Prepared(const Gift::Text &text)
+{
+    return Holdable(PlainText::Readable(text));
+}
+
+// The general feedback and behind it each option's own under its letter.
+QString ExplanationOf(const Gift::Item &item)
+{
+    QStringList lines;
+    qint16 number = 0;
+    for (const Gift::Option &option : item.Options) {
+        ++number;
+        if (const QString feedback = Prepared(option.Feedback); !feedback.isEmpty())
+            lines.append(Globals::OptionLetter(number) + u": "_s + feedback);
+    }
+    QStringList parts = { Prepared(item.Feedback), lines.join(u'\n') };
+    parts.removeAll(QString());
+    return parts.join(u"\n\n"_s);
+}
+
+class Assembler {
+public:
+    Assembler(Content &content, QString pictureFolder)
+        : m_content(content)
+        , m_pictureFolder(std::move(pictureFolder))
+    {
+    }
+
+    void Add(const Gift::Item &item)
+    {
+        try {
+            if (m_content.Exam->Questions().Count() == Limits::MostItems)
+                throw Unfit{ u"an exam holds no more than %1 items"_s.arg(Limits::MostItems) };
+            m_content.Exam->Questions().Add(Made(item));
+        } catch (const Unfit &unfit) {
+            m_content.LeftOut.push_back({ item.Line, unfit.Reason });
+        }
+    }
+
+private:
+    std::shared_ptr<Question> Made(const Gift::Item &item)
+    {
+        if (!item.Refusal.isEmpty())
+            throw Unfit{ item.Refusal };
+        const auto count = static_cast<qint32>(item.Options.size());
+        if (count < Limits::FewestOptions)
+            throw Unfit{ u"it has fewer than %1 options"_s.arg(Limits::FewestOptions) };
+        if (count > Limits::MostOptions)
+            throw Unfit{ u"it has %1 options, and an exam has letters for %2"_s.arg(count).arg(Limits::MostOptions) };
+
+        auto question = std::make_shared<Question>();
+        question->SetProblem(Prepared(item.Problem));
+        if (question->Problem().isEmpty())
+            throw Unfit{ u"it has no question text"_s };
+        for (const Gift::Option &option : item.Options)
+            AddChoice(*question, option);
+        question->Choices().ResetNumbers();
+        question->CalculateSolutionCount();
+        if (question->SolutionCount() == 0)
+            throw Unfit{ u"no option is right"_s };
+        question->SetHasHint(item.IsMultiple && !item.IsUnlimited);
+        question->SetExplaination(ExplanationOf(item));
+        if (item.Exhibit)
+            question->SetExhibit(Exhibit(*item.Exhibit));
+        return question;
+    }
+
+    static void AddChoice(Question &question, const Gift::Option &option)
+    {
+        auto choice = std::make_shared<Choice>();
+        choice->SetStatement(Prepared(option.Statement));
+        if (choice->Statement().isEmpty())
+            throw Unfit{ u"option %1 is empty"_s.arg(question.Choices().Count() + 1) };
+        choice->SetIsSolution(option.IsRight);
+        question.Choices().Add(choice);
+    }
+
+    // The name of an exhibit that the exam window will be able to show.
+    QString Exhibit(const QString &name)
+    {
+        if (!IsPlainName(name))
+            throw Unfit{ u"the exhibit \"%1\" is not a plain file name"_s.arg(name) };
+        if (IO::GetExtension(name).compare(QStringView(ExamFormat::Extension), Qt::CaseInsensitive) == 0)
+            throw Unfit{ u"the exhibit \"%1\" is named like an exam"_s.arg(name) };
+        if (!HoldsPlain(name))
+            throw Unfit{ u"the name of the exhibit \"%1\" is not in code page %2"_s.arg(name)
+                             .arg(Ansi::SystemCodePage().Number()) };
+        if (!m_faults.contains(name)) {
+            m_faults.insert(name, FaultOf(name));
+            if (m_faults.value(name).isEmpty())
+                m_content.Pictures.append(name);
+        }
+        if (const QString fault = m_faults.value(name); !fault.isEmpty())
+            throw Unfit{ u"the exhibit \"%1\": %2"_s.arg(name, fault) };
+        return name;
+    }
+
+    QString FaultOf(const QString &name) const
+    {
+        try {
+            Picture::Load(IO::CombinePath(m_pictureFolder, name));
+        } catch (const Error &error) {
+            return Console::OneLine(error);
+        }
+        return {};
+    }
+
+    Content &m_content;
+    QString m_pictureFolder;
+    QHash<QString, QString> m_faults; // of each exhibit looked at; empty for none
+};
+
+}
+
+bool HoldsPlain(QStringView text)
+{
+    const Ansi::CodePage &page = Ansi::SystemCodePage();
+    return page.CanHold(text) && page.FromText(text).size() == text.size();
+}
+
+bool IsPlainName(const QString &name)
+{
+    const bool hasSeparator = std::any_of(name.begin(), name.end(), [](QChar c) {
+        return c == u'/' || c == u'\\' || c == u':' || c == u'"' || c.isNull();
+    });
+    return !name.isEmpty() && !hasSeparator && name != "."_L1 && name != ".."_L1 && name == Common::TrimBlanks(name);
+}
+
+QString ExamFileName(const QString &folder)
+{
+    QString name = IO::GetFileName(folder, false);
+    return IO::ChangeExtension(name, QString::fromUtf16(ExamFormat::Extension));
+}
+
+Content Assemble(const std::vector<Gift::Item> &items, const Header &header, const QString &pictureFolder)
+{
+    Content content;
+    content.Exam = std::make_shared<Exam>();
+    content.Exam->SetCode(header.Code);
+    content.Exam->SetName(header.Name);
+    content.Exam->SetMaxScore(header.MaxScore);
+    content.Exam->SetPassScore(header.PassScore);
+    content.Exam->SetDuration(header.Minutes);
+    Assembler assembler(content, pictureFolder);
+    for (const Gift::Item &item : items)
+        assembler.Add(item);
+    content.Exam->Questions().ResetNumbers();
+    return content;
+}
+
+}

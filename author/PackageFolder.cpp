@@ -1,0 +1,225 @@
+#include "author/Interrupt.h"
+#include "author/Package.h"
+#include "common/Common.h"
+#include "common/Error.h"
+#include "model/File.h"
+#include "model/Globals.h"
+#include "model/IO.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QRandomGenerator>
+
+#include <filesystem>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace fs = std::filesystem;
+
+namespace Package {
+
+namespace {
+
+Error Refused(const QString &text)
+{
+    return Error(InvalidCall, text, u"Package::Write()"_s);
+}
+
+void Demand(const std::error_code &code, const QString &path)
+{
+    if (code)
+        throw Error(code.value(), u"%1: %2"_s.arg(QDir::toNativeSeparators(path), QString::fromStdString(code.message())),
+                    u"Package::Write()"_s);
+}
+
+fs::path Native(const QString &path)
+{
+    return QFileInfo(path).filesystemFilePath();
+}
+
+// Absolute, with the system's separators and none at the end.
+QString Resolved(const QString &folder)
+{
+    return QDir::toNativeSeparators(QDir::cleanPath(QDir::current().absoluteFilePath(folder)));
+}
+
+void Rename(const QString &from, const QString &to)
+{
+    std::error_code code;
+    fs::rename(Native(from), Native(to), code);
+    Demand(code, to);
+}
+
+// A folder beside the target, and the folders above it that were missing. What
+// is not put in place in the end goes without a trace.
+class Workplace {
+public:
+    explicit Workplace(const QString &target)
+        : m_target(target)
+        , m_folder(Sibling(target))
+    {
+        try {
+            MakeParents();
+            Make(m_folder);
+        } catch (...) {
+            Remove();
+            throw;
+        }
+    }
+    ~Workplace()
+    {
+        if (!m_isInPlace)
+            Remove();
+    }
+    Workplace(const Workplace &) = delete;
+    Workplace &operator=(const Workplace &) = delete;
+
+    QString Path(const QString &name) const { return IO::CombinePath(m_folder, name); }
+
+    // Renames the folder to the target. What stands there now is put aside
+    // first, put back if anything fails, and removed in the end.
+    void PutInPlace()
+    {
+        const QString old = m_folder + u".old"_s;
+        const bool replaces = QFileInfo::exists(m_target);
+        if (replaces)
+            Rename(m_target, old);
+        try {
+            Rename(m_folder, m_target);
+        } catch (const Error &) {
+            std::error_code ignored;
+            if (replaces)
+                fs::rename(Native(old), Native(m_target), ignored);
+            throw;
+        }
+        m_isInPlace = true;
+        std::error_code code;
+        if (replaces)
+            fs::remove_all(Native(old), code);
+        Demand(code, old);
+    }
+
+private:
+    static QString Sibling(const QString &target)
+    {
+        const quint32 number = QRandomGenerator::system()->generate();
+        return IO::CombinePath(QFileInfo(target).path(), u".practorium-"_s + QString::number(number, 16));
+    }
+
+    // Makes one folder that must not be there yet.
+    void Make(const QString &folder)
+    {
+        std::error_code code;
+        if (!fs::create_directory(Native(folder), code) && !code)
+            code = std::make_error_code(std::errc::file_exists);
+        Demand(code, folder);
+        m_made.append(folder);
+    }
+
+    void MakeParents()
+    {
+        QStringList missing;
+        for (QString folder = QFileInfo(m_target).path(); !QFileInfo::exists(folder); folder = QFileInfo(folder).path())
+            missing.prepend(folder);
+        for (const QString &folder : missing)
+            Make(folder);
+    }
+
+    void Remove()
+    {
+        std::error_code ignored;
+        if (m_made.contains(m_folder))
+            fs::remove_all(Native(m_folder), ignored);
+        // Those above go only when nobody else has put anything there.
+        while (!m_made.isEmpty())
+            fs::remove(Native(m_made.takeLast()), ignored);
+    }
+
+    QString m_target;
+    QString m_folder;
+    QStringList m_made;
+    bool m_isInPlace = false;
+};
+
+// Names the file in an error of the system.
+template <class Operation>
+void At(const QString &name, Operation operation)
+{
+    try {
+        operation();
+    } catch (const Error &error) {
+        QString text = Common::ShownText(error.Description()).trimmed();
+        throw Error(error.Number(), name + u": "_s + text.section(u'\n', -1), error.Source());
+    }
+}
+
+void SaveExam(Exam &exam, const QString &path)
+{
+    exam.Save(path);
+    // A disk may take bytes that it has no room for and say so only now.
+    File file;
+    file.OpenFile(path, File::BinaryMode, File::WriteAccess, File::OpenExisting);
+    file.Flush();
+    file.CloseFile();
+}
+
+void CopyPicture(const QString &from, const QString &to)
+{
+    File source;
+    source.OpenFile(from, File::BinaryMode, File::ReadAccess, File::OpenExisting);
+    File target;
+    target.OpenFile(to, File::BinaryMode, File::WriteAccess, File::CreateNew);
+    source.CopyTo(target);
+    target.Flush();
+    target.CloseFile();
+}
+
+// A folder that nobody will miss anything in but an exam.
+bool IsPackage(const QString &folder)
+{
+    const QFileInfo info(folder);
+    if (info.isSymLink() || !info.isDir())
+        return false;
+    const QDir dir(folder);
+    const bool isEmpty = dir.isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    return isEmpty
+        || (!Globals::FindExamFile(folder).isEmpty()
+            && dir.entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot).isEmpty());
+}
+
+}
+
+void CheckTarget(const QString &out, bool replace)
+{
+    const QString target = Resolved(out);
+    const QString name = IO::GetFileName(target, false);
+    if (out.isEmpty() || name.isEmpty())
+        throw Refused(u"\"%1\" is no name for a package folder"_s.arg(out));
+    if (target.contains(u'"') || name != Common::TrimBlanks(name))
+        throw Refused(u"%1: no exam is found in a folder with double quotes, or blanks at the ends, in its path"_s.arg(out));
+    const QFileInfo info(target);
+    if (!info.exists() && !info.isSymLink())
+        return;
+    if (!replace)
+        throw Refused(u"%1: it exists already (--replace replaces a package)"_s.arg(out));
+    if (!IsPackage(target))
+        throw Refused(u"%1: it is not replaced, because it is no package folder"_s.arg(out));
+}
+
+void Write(const Content &content, const QString &pictureFolder, const QString &out, bool replace)
+{
+    CheckTarget(out, replace);
+    const QString target = Resolved(out);
+    const Interrupt interrupt;
+    Workplace workplace(target);
+    const QString examName = ExamFileName(target);
+    At(examName, [&] { SaveExam(*content.Exam, workplace.Path(examName)); });
+    for (const QString &picture : content.Pictures) {
+        Interrupt::Check();
+        At(picture, [&] { CopyPicture(IO::CombinePath(pictureFolder, picture), workplace.Path(picture)); });
+    }
+    Interrupt::Check();
+    workplace.PutInPlace();
+}
+
+}

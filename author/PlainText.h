@@ -1,0 +1,24 @@
+#pragma once
+
+#include "author/Gift.h"
+
+#include <QString>
+
+// Marked-up texts as a candidate can read them.
+namespace PlainText {
+
+// The text without its markup. Lines end with "\n"; there is none at the end,
+// no white space at the end of a line and no two blank lines in a row where
+// markup made them. Nothing that the text refers to is ever loaded.
+//
+// Of HTML and Markdown there remain line breaks, list marks ("- ", "1. "),
+// cells parted by " | ", "[alt]" for a picture, "text (address)" for a link
+// to the web, "^" before a raised number, and the text of unknown tags. Text
+// without a format is HTML only where it holds a known tag (one that is closed
+// too, where that is needed) or a known entity; its own line breaks and
+// indents stay.
+//
+// Needs a QGuiApplication.
+QString Readable(const Gift::Text &text);
+
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QIcon>
+#include <QSizeF>
+
+class QPainter;
+class QRectF;
+
+// The program's pictures, drawn as vectors at whatever size they are shown.
+namespace Artwork {
+
+// Width to height of both logos.
+constexpr qreal LogoAspect = 4.2;
+
+// Emblem and name, into the rectangle.
+void PaintLogo(QPainter &painter, const QRectF &rectangle);
+// The same for paper: dark on white, little ink.
+void PaintPrintableLogo(QPainter &painter, const QRectF &rectangle);
+
+QIcon ApplicationIcon();
+
+// The small pictures of the review list, by their keys "Checked" (marked for
+// review), "Incomplete" and "Complete"; null for any other key.
+QIcon StatusIcon(const QString &key);
+
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "ui/Twips.h"
+
+// How the exhibit window sizes itself to its picture. All lengths are twips.
+namespace ExhibitLayout {
+
+using Twips::Box;
+
+struct Sizes {
+    double PictureWidth = 0;
+    double PictureHeight = 0;
+    double ScreenHeight = 0;
+    double ScrollBarWidth = 0;
+    double ButtonWidth = 0;
+    double ButtonHeight = 0;
+    // What the window's frame and title take of its outer size.
+    double FrameWidth = 0;
+    double FrameHeight = 0;
+};
+
+struct Boxes {
+    double WindowWidth = 0; // outer
+    double WindowHeight = 0;
+    Box Viewport; // in the client area, like the two below
+    Box ScrollBar;
+    Box Button;
+    bool HasScrollBar = false;
+    int Max = 0; // of the scroll bar; Min is 0
+    int SmallChange = 0;
+    int LargeChange = 0;
+};
+
+Boxes Arrange(const Sizes &sizes);
+
+}

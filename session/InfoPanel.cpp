@@ -1,0 +1,82 @@
+#include "session/InfoPanel.h"
+
+#include "session/ExamSession.h"
+#include "ui/Theme.h"
+
+#include <QGridLayout>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPushButton>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr OleColor PanelColor = 0xFDF8F2;
+constexpr OleColor PanelLine = 0xEF993A;
+
+PageLayout::Point PointOf(const QMouseEvent *event)
+{
+    return { Twips::Of(event->position().toPoint().x()), Twips::Of(event->position().toPoint().y()) };
+}
+
+}
+
+InfoPanel::InfoPanel(QWidget *parent)
+    : Panel(parent)
+    , lblAnswer(new QLabel(this))
+    , lblStatus(new QLabel(this))
+    , cmdWhy(new QPushButton(u"&Why?"_s, this))
+{
+    setObjectName(u"fraInfo"_s);
+    lblAnswer->setObjectName(u"lblAnswer"_s);
+    lblStatus->setObjectName(u"lblStatus"_s);
+    cmdWhy->setObjectName(u"cmdWhy"_s);
+    cmdWhy->setAccessibleName(u"Why: show the explanation"_s);
+    SetBackColor(PanelColor);
+    SetBorderColor(PanelLine);
+    Theme::ScaleFont(lblStatus, 1.1, QFont::Bold);
+    for (QLabel *label : { lblAnswer, lblStatus }) {
+        label->setTextFormat(Qt::PlainText);
+        label->setAttribute(Qt::WA_TransparentForMouseEvents);
+    }
+    auto *layout = new QGridLayout(this);
+    layout->setContentsMargins(14, 10, 14, 10);
+    layout->setHorizontalSpacing(18);
+    layout->addWidget(lblAnswer, 0, 0);
+    layout->addWidget(lblStatus, 1, 0);
+    layout->addWidget(cmdWhy, 0, 1, 2, 1, Qt::AlignVCenter);
+    // The panel keeps its size when the button comes and goes.
+    QSizePolicy keep = cmdWhy->sizePolicy();
+    keep.setRetainSizeWhenHidden(true);
+    cmdWhy->setSizePolicy(keep);
+    setCursor(Qt::SizeAllCursor);
+    cmdWhy->setCursor(Qt::ArrowCursor);
+}
+
+void InfoPanel::Display(const PageState &page)
+{
+    lblAnswer->setText(page.Answer);
+    lblStatus->setText(page.Status);
+    QPalette colours = palette();
+    colours.setColor(QPalette::WindowText, page.IsCorrect ? Theme::CorrectText : Theme::IncorrectText);
+    lblStatus->setPalette(colours);
+    cmdWhy->setVisible(page.HasExplanation);
+}
+
+void InfoPanel::mousePressEvent(QMouseEvent *event)
+{
+    m_isPressed = event->button() == Qt::LeftButton;
+    m_press = PointOf(event);
+}
+
+void InfoPanel::mouseMoveEvent(QMouseEvent *event)
+{
+    if (m_isPressed && event->buttons().testFlag(Qt::LeftButton))
+        Q_EMIT Dragged(m_press, PointOf(event));
+}
+
+void InfoPanel::mouseReleaseEvent(QMouseEvent *)
+{
+    m_isPressed = false;
+}

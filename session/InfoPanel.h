@@ -1,0 +1,36 @@
+#pragma once
+
+#include "session/PageLayout.h"
+#include "ui/Panel.h"
+
+class QLabel;
+class QPushButton;
+struct PageState;
+
+// The panel that tells, after the exam, the key of the item on the page and
+// whether the answer was right. It reports how the pointer drags it and leaves
+// the moving to its frame.
+class InfoPanel : public Panel {
+    Q_OBJECT
+public:
+    explicit InfoPanel(QWidget *parent);
+
+    void Display(const PageState &page);
+    QPushButton *WhyButton() const { return cmdWhy; }
+
+Q_SIGNALS:
+    // Both points in twips from the panel's own corner.
+    void Dragged(PageLayout::Point press, PageLayout::Point pointer);
+
+protected:
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+
+private:
+    QLabel *lblAnswer;
+    QLabel *lblStatus;
+    QPushButton *cmdWhy;
+    bool m_isPressed = false;
+    PageLayout::Point m_press;
+};

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "ui/Twips.h"
+
+#include <vector>
+
+// Where everything on the exam page goes, as functions from sizes to
+// rectangles. All lengths are twips inside the window's client area; "inner"
+// sizes are without the container's border.
+namespace PageLayout {
+
+using Twips::Box;
+
+struct Sizes {
+    double InnerWidth = 0;
+    double InnerHeight = 0;
+    // The mark box stays where the page's design has it.
+    Box Mark;
+    Box Time; // only its width and height count
+    double FrameBorder = 0; // of the question frame, on each side
+    double ScrollBarWidth = 0;
+    double PanelWidth = 0;
+    double PanelHeight = 0;
+};
+
+struct Boxes {
+    Box Frame;         // in the window
+    Box Content;       // in the frame; its height is the rows' matter
+    Box ScrollBar;     // in the frame
+    double MarkLeft = 0;
+    double TimeLeft = 0;
+    double QuestionWidth = 0;
+    double PanelLeft = 0; // in the frame: its home
+    double PanelTop = 0;
+};
+
+// The page for a window size; NextHeight is the height of the button row.
+Boxes Arrange(const Sizes &sizes, double NextHeight);
+
+struct ButtonLefts {
+    double Top = 0;
+    double Next = 0;
+    double Prev = 0;
+    double Exhibit = 0; // means nothing while the button is hidden
+    double Review = 0;
+};
+
+// The row of buttons below the frame, evenly spaced by their left edges.
+ButtonLefts ArrangeButtons(const Box &frame, double innerHeight, double nextHeight, double reviewWidth, bool hasExhibit);
+
+// The width that an option's text gets beside a selector.
+double LabelWidth(double questionWidth, double selectorWidth);
+
+// The tops of the option rows below a question text that begins at the top of
+// the content, and the height of the content that holds them.
+struct Rows {
+    std::vector<double> Tops;
+    double ContentHeight = 0;
+};
+Rows ArrangeRows(double questionHeight, const std::vector<double> &labelHeights);
+
+// The scroll bar for a content in a frame; what fits is not scrolled.
+struct Scroll {
+    bool IsEnabled = false;
+    int Max = 0; // Min is 0
+    int SmallChange = 0;
+    int LargeChange = 0;
+};
+Scroll ScrollFor(double frameInnerHeight, double contentHeight);
+
+// Where the panel goes when the pointer, in the panel's own coordinates, has
+// moved away from where it was pressed. Each axis moves only as long as it
+// stays inside the frame.
+struct Point {
+    double X = 0;
+    double Y = 0;
+};
+Point DragPanel(const Box &panel, Point press, Point pointer, double frameInnerWidth, double frameInnerHeight,
+                double scrollBarWidth);
+
+}

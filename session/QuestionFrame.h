@@ -1,0 +1,76 @@
+#pragma once
+
+#include "session/ExamSession.h"
+#include "session/PageLayout.h"
+
+#include <QFrame>
+
+#include <vector>
+
+class InfoPanel;
+class QAbstractButton;
+class QCheckBox;
+class QRadioButton;
+class QScrollBar;
+class TextBlock;
+
+// The question frame: the stem and its option rows on a page that scrolls, and
+// the panel of the review after the exam. It paints a PageState and reports
+// what the candidate does to the rows.
+class QuestionFrame : public QFrame {
+    Q_OBJECT
+public:
+    explicit QuestionFrame(QWidget *parent);
+
+    // Shows another item, from its top.
+    void ShowItem(const PageState &page);
+    // Brings selectors and panel up to date.
+    void ShowChanges(const PageState &page);
+    // Puts everything inside where the boxes say, and the panel to its home.
+    void Place(const PageLayout::Boxes &boxes);
+    // The size of the texts, 1 being the system font's.
+    void SetTextScale(double scale);
+
+    double BorderTwips() const;
+    double ScrollBarTwips() const;
+    InfoPanel *Info() const { return fraInfo; }
+    QScrollBar *ScrollBar() const { return vsbScroll; }
+    // The controls of the rows on the page in the order of the Tab key, between
+    // the two given.
+    void ChainTabs(QWidget *before, QWidget *after);
+
+Q_SIGNALS:
+    void RadioClicked(int row);
+    void CheckClicked(int row, bool checked);
+    void LabelClicked(int row);
+
+protected:
+    void wheelEvent(QWheelEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    struct Row {
+        QRadioButton *Radio;
+        QCheckBox *Check;
+        TextBlock *Label;
+    };
+
+    Row &RowAt(size_t index);
+    QAbstractButton *SelectorOf(const Row &row) const;
+    void ArrangeRows();
+    void AdjustScrollBar();
+    void MoveContent(int value);
+    void RevealRow(const QWidget *selector);
+
+    QWidget *picQuestion;
+    TextBlock *lblQuestion;
+    QScrollBar *vsbScroll;
+    InfoPanel *fraInfo;
+    std::vector<Row> m_rows; // a store: rows beyond the item's are hidden
+    size_t m_rowCount = 0;
+    SelectorKind m_kind = SelectorKind::Radio;
+    PageLayout::Boxes m_boxes;
+    double m_contentHeight = 0;
+    double m_scale = 1;
+    QWidget *m_tabEnd = nullptr;
+};

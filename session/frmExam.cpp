@@ -1,0 +1,307 @@
+#include "session/frmExam.h"
+
+#include "model/Globals.h"
+#include "session/InfoPanel.h"
+#include "session/QuestionFrame.h"
+#include "session/frmExhibit.h"
+#include "session/frmExplain.h"
+#include "ui/Guard.h"
+#include "ui/Layout.h"
+#include "ui/Messages.h"
+#include "ui/Theme.h"
+
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QShortcut>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr double ScaleStep = 1.1;
+constexpr double SmallestScale = 0.7;
+constexpr double LargestScale = 2.6;
+constexpr int TopMargin = 8; // pixels
+constexpr int MinuteColons = 2;
+
+}
+
+frmExam::frmExam()
+    : m_session(*this)
+    , chkMarked(new QCheckBox(u"&Mark this item for review"_s, this))
+    , lblTime(new QLabel(this))
+    , picBorder(new QuestionFrame(this))
+    , cmdNext(new QPushButton(u"&Next"_s, this))
+    , cmdPrev(new QPushButton(u"&Previous"_s, this))
+    , cmdExhibit(new QPushButton(u"E&xhibit"_s, this))
+    , cmdReview(new QPushButton(u"&Review"_s, this))
+{
+    setObjectName(u"frmExam"_s);
+    setMinimumSize(560, 400);
+    chkMarked->setObjectName(u"chkMarked"_s);
+    lblTime->setObjectName(u"lblTime"_s);
+    lblTime->setTextFormat(Qt::PlainText);
+    lblTime->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    Theme::ScaleFont(lblTime, 1.1, QFont::DemiBold);
+    cmdNext->setObjectName(u"cmdNext"_s);
+    cmdPrev->setObjectName(u"cmdPrev"_s);
+    cmdExhibit->setObjectName(u"cmdExhibit"_s);
+    cmdReview->setObjectName(u"cmdReview"_s);
+    for (QPushButton *button : { cmdNext, cmdPrev, cmdExhibit, cmdReview })
+        button->resize(std::max(110, button->sizeHint().width()), button->sizeHint().height() + 6);
+    picBorder->ChainTabs(chkMarked, cmdNext);
+    setTabOrder(cmdNext, cmdPrev);
+    setTabOrder(cmdPrev, cmdExhibit);
+    setTabOrder(cmdExhibit, cmdReview);
+
+    const auto press = [this](QPushButton *button, void (ExamSession::*operation)()) {
+        connect(button, &QPushButton::clicked, this, [this, operation] { Guard([&] { (m_session.*operation)(); }); });
+    };
+    press(cmdNext, &ExamSession::cmdNext_Click);
+    press(cmdPrev, &ExamSession::cmdPrev_Click);
+    press(cmdExhibit, &ExamSession::cmdExhibit_Click);
+    press(cmdReview, &ExamSession::cmdReview_Click);
+    press(picBorder->Info()->WhyButton(), &ExamSession::cmdWhy_Click);
+    connect(chkMarked, &QCheckBox::clicked, this, [this](bool marked) { m_session.chkMarked_Click(marked); });
+    connect(picBorder, &QuestionFrame::RadioClicked, this, [this](int row) { Guard([&] { m_session.optChoices_Click(row); }); });
+    connect(picBorder, &QuestionFrame::CheckClicked, this,
+            [this](int row, bool checked) { Guard([&] { m_session.chkChoices_Click(row, checked); }); });
+    connect(picBorder, &QuestionFrame::LabelClicked, this, [this](int row) { Guard([&] { m_session.lblChoices_Click(row); }); });
+    connect(&m_clock, &ExamClock::Tick, this, [this] { Guard([&] { m_session.tmrTimer_Timer(); }); });
+
+    const auto shortcut = [this](const QList<QKeySequence> &keys, double factor) {
+        auto *action = new QShortcut(this);
+        action->setKeys(keys);
+        connect(action, &QShortcut::activated, this, [this, factor] { SetTextScale(factor == 0 ? 1 : m_textScale * factor); });
+    };
+    shortcut({ QKeySequence(Qt::CTRL | Qt::Key_Plus), QKeySequence(Qt::CTRL | Qt::Key_Equal) }, ScaleStep);
+    shortcut({ QKeySequence(Qt::CTRL | Qt::Key_Minus) }, 1 / ScaleStep);
+    shortcut({ QKeySequence(Qt::CTRL | Qt::Key_0) }, 0);
+    CoverWorkArea(this);
+}
+
+frmExam::~frmExam() = default;
+
+void frmExam::StartExam()
+{
+    m_session.StartExam();
+}
+
+int frmExam::Ask(const QString &text, int style, const QVariantList &values)
+{
+    return ShowMessage(text, style, values);
+}
+
+void frmExam::ShowItem()
+{
+    picBorder->ShowItem(m_session.Page());
+    ShowChanges();
+    ArrangeButtons();
+}
+
+void frmExam::ShowChanges()
+{
+    const PageState &page = m_session.Page();
+    if (windowTitle() != page.Title)
+        setWindowTitle(page.Title);
+    picBorder->ShowChanges(page);
+    chkMarked->setChecked(page.IsMarked);
+    chkMarked->setEnabled(page.CanMark);
+    cmdPrev->setEnabled(page.CanGoBack);
+    cmdReview->setEnabled(page.CanReview);
+    cmdExhibit->setVisible(page.HasExhibit);
+    lblTime->setVisible(!page.IsPostExam);
+    ShowTime(page.Time);
+}
+
+void frmExam::ShowTime(const QString &time)
+{
+    lblTime->setText(time);
+    // A name of its own keeps the label from being announced at every change;
+    // the name is renewed once a minute.
+    const QString minute = time.section(u':', 0, MinuteColons);
+    if (minute != m_announcedMinute) {
+        m_announcedMinute = minute;
+        lblTime->setAccessibleName(minute.simplified());
+    }
+}
+
+void frmExam::ShowExam()
+{
+    Q_EMIT Starting();
+    show();
+    cmdNext->setFocus();
+}
+
+void frmExam::StartClock()
+{
+    m_clock.Start();
+}
+
+void frmExam::StopClock()
+{
+    m_clock.Stop();
+}
+
+void frmExam::ShowExhibit(const QString &name)
+{
+    const bool isOpen = !m_exhibit.isNull();
+    auto *exhibit = isOpen ? m_exhibit.data() : new frmExhibit(this);
+    try {
+        exhibit->SetExhibit(name);
+    } catch (...) {
+        if (!isOpen)
+            delete exhibit;
+        throw;
+    }
+    m_exhibit = exhibit;
+    exhibit->show();
+    exhibit->raise();
+    exhibit->activateWindow();
+}
+
+void frmExam::CloseExhibit()
+{
+    if (m_exhibit)
+        m_exhibit->close();
+}
+
+void frmExam::ShowExplanation(qint16 index)
+{
+    frmExplain window(this);
+    window.QuestionNumber = index;
+    window.Load();
+    window.exec();
+}
+
+void frmExam::ShowReviewList()
+{
+    Q_EMIT ReviewRequested();
+}
+
+void frmExam::ShowReport()
+{
+    Q_EMIT ReportRequested();
+}
+
+void frmExam::Arrange()
+{
+    PageLayout::Sizes sizes;
+    sizes.InnerWidth = Twips::Of(width());
+    sizes.InnerHeight = Twips::Of(height());
+    chkMarked->adjustSize();
+    chkMarked->move(chkMarked->x(), TopMargin);
+    sizes.Mark = { Twips::Of(chkMarked->x()), Twips::Of(TopMargin), Twips::Of(chkMarked->width()), Twips::Of(chkMarked->height()) };
+    const int timeWidth = lblTime->fontMetrics().horizontalAdvance(u"Time Remaining:  000:00:00"_s);
+    sizes.Time = { 0, 0, Twips::Of(timeWidth), Twips::Of(chkMarked->height()) };
+    sizes.FrameBorder = picBorder->BorderTwips();
+    sizes.ScrollBarWidth = picBorder->ScrollBarTwips();
+    const QSize panel = picBorder->Info()->sizeHint();
+    sizes.PanelWidth = Twips::Of(panel.width());
+    sizes.PanelHeight = Twips::Of(panel.height());
+
+    const PageLayout::Boxes boxes = PageLayout::Arrange(sizes, Twips::Of(cmdNext->height()));
+    picBorder->setGeometry(boxes.Frame.ToPixels());
+    picBorder->Place(boxes);
+    chkMarked->move(Twips::ToPixels(boxes.MarkLeft), TopMargin);
+    lblTime->setGeometry(Twips::ToPixels(boxes.TimeLeft), TopMargin, timeWidth, chkMarked->height());
+    ArrangeButtons();
+}
+
+void frmExam::ArrangeButtons()
+{
+    const PageLayout::Box frame{ Twips::Of(picBorder->x()), Twips::Of(picBorder->y()), Twips::Of(picBorder->width()),
+                                 Twips::Of(picBorder->height()) };
+    const PageLayout::ButtonLefts row =
+        PageLayout::ArrangeButtons(frame, Twips::Of(height()), Twips::Of(cmdNext->height()), Twips::Of(cmdReview->width()),
+                                   m_session.Page().HasExhibit);
+    const int top = Twips::ToPixels(row.Top);
+    cmdNext->move(Twips::ToPixels(row.Next), top);
+    cmdPrev->move(Twips::ToPixels(row.Prev), top);
+    cmdExhibit->move(Twips::ToPixels(row.Exhibit), top);
+    cmdReview->move(Twips::ToPixels(row.Review), top);
+}
+
+void frmExam::SetTextScale(double scale)
+{
+    m_textScale = std::clamp(scale, SmallestScale, LargestScale);
+    picBorder->SetTextScale(m_textScale);
+    Arrange();
+}
+
+bool frmExam::PressLetter(QChar letter)
+{
+    const auto &selectors = m_session.Page().Selectors();
+    for (size_t index = 0; index < selectors.size(); ++index) {
+        const Selector &selector = selectors[index];
+        if (!selector.IsVisible || selector.Caption != letter.toUpper() + u"."_s)
+            continue;
+        if (selector.IsEnabled) {
+            const int row = static_cast<int>(index) + 1;
+            if (m_session.Page().Kind == SelectorKind::Radio)
+                m_session.optChoices_Click(row);
+            else
+                m_session.chkChoices_Click(row, selector.Value != Selector::On);
+        }
+        return true;
+    }
+    return false;
+}
+
+void frmExam::keyPressEvent(QKeyEvent *event)
+{
+    Guard([&] {
+        const bool plain = (event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) == Qt::NoModifier;
+        switch (event->key()) {
+        case Qt::Key_PageUp:
+        case Qt::Key_PageDown:
+        case Qt::Key_Home:
+        case Qt::Key_End:
+            QCoreApplication::sendEvent(picBorder->ScrollBar(), event);
+            return;
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+            if (auto *button = qobject_cast<QPushButton *>(focusWidget()))
+                button->click();
+            return;
+        default:
+            break;
+        }
+        if (!plain || event->text().size() != 1 || !PressLetter(event->text().front()))
+            QWidget::keyPressEvent(event);
+    });
+}
+
+void frmExam::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    Arrange();
+}
+
+void frmExam::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    Arrange();
+}
+
+void frmExam::closeEvent(QCloseEvent *event)
+{
+    bool mayClose = false;
+    if (!m_isClosing)
+        Guard([&] { mayClose = m_session.QueryClose(); });
+    if (!mayClose) {
+        event->ignore();
+        return;
+    }
+    m_isClosing = true;
+    m_clock.Stop();
+    CloseExhibit();
+    hide();
+    Globals::CurrentExam.reset();
+    Q_EMIT Unloaded();
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QAbstractTableModel>
+#include <QString>
+
+#include <vector>
+
+// The rows of the main window's list: one installed exam each, its code in the
+// first column and its name in the second.
+class CatalogueModel : public QAbstractTableModel {
+    Q_OBJECT
+public:
+    using QAbstractTableModel::QAbstractTableModel;
+
+    // Fills the rows anew from the headers of the installed exams, in the order
+    // in which the system lists them. An error of a header is raised; the rows
+    // added before it stay.
+    void Refresh();
+    // The exam file behind a row, which counts from 0.
+    QString Path(int row) const { return m_rows.at(row).Path; }
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    int columnCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role) const override;
+    // The share of each column in percent stands under ColumnTagRole.
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+private:
+    struct Row {
+        QString Path;
+        QString Code;
+        QString Name;
+    };
+    std::vector<Row> m_rows;
+};

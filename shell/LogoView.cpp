@@ -1,0 +1,22 @@
+#include "shell/LogoView.h"
+
+#include "resources/Artwork.h"
+#include "ui/Messages.h"
+
+#include <QPainter>
+
+using namespace Qt::Literals::StringLiterals;
+
+LogoView::LogoView(int width, QWidget *parent)
+    : QWidget(parent)
+{
+    setObjectName(u"picLogo"_s);
+    setAccessibleName(ApplicationTitle);
+    setFixedSize(width, qRound(width / Artwork::LogoAspect));
+}
+
+void LogoView::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    Artwork::PaintLogo(painter, QRectF(rect()));
+}

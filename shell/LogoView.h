@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QWidget>
+
+// The program's logo at a fixed width, in pixels.
+class LogoView : public QWidget {
+    Q_OBJECT
+public:
+    LogoView(int width, QWidget *parent);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+};

@@ -1,0 +1,73 @@
+#include "shell/ScoreReport.h"
+
+#include "common/Common.h"
+#include "model/Exam.h"
+#include "ui/Theme.h"
+
+using namespace Qt::Literals::StringLiterals;
+
+ScoreReport ScoreReport::Of(const Exam &exam)
+{
+    return { exam.MaxScore(), exam.PassScore(), exam.CalculateScore() };
+}
+
+qint16 ScoreReport::RequiredShare() const
+{
+    return Common::ToInt16(Common::Percentage(RequiredScore, TotalScore));
+}
+
+qint16 ScoreReport::ObtainedShare() const
+{
+    return Common::ToInt16(Common::Percentage(ObtainedScore, TotalScore));
+}
+
+QString ScoreReport::Headline() const
+{
+    return IsPassed() ? u"Contratulations!"_s : u"Sorry!"_s;
+}
+
+QString ScoreReport::Message() const
+{
+    return Common::FormatText(u"{1}{CRLF}A score of {2} or better was required to pass this exam.{CRLF}Your score was {3}"_s,
+                              { Headline(), RequiredScore, ObtainedScore });
+}
+
+QColor ScoreReport::RequiredColor()
+{
+    return Theme::Blue;
+}
+
+QColor ScoreReport::ObtainedColor() const
+{
+    return IsPassed() ? Theme::Green : Theme::Orange;
+}
+
+namespace ReportLayout {
+
+namespace {
+
+constexpr double LogoTop = 500;
+constexpr double ScoresGap = 200;
+
+}
+
+Boxes Arrange(double innerWidth, double innerHeight, const Boxes &sizes)
+{
+    Boxes boxes = sizes;
+    for (Box *box : { &boxes.Logo, &boxes.Message, &boxes.Scores })
+        box->Left = (innerWidth - box->Width) / 2;
+    boxes.Logo.Top = LogoTop;
+    boxes.Message.Top = boxes.Logo.Bottom();
+    boxes.Scores.Top = boxes.Message.Bottom() + ScoresGap;
+    boxes.Print.Left = boxes.Scores.Left;
+    boxes.Exit.Left = boxes.Scores.Right() - boxes.Exit.Width;
+    boxes.Print.Top = boxes.Exit.Top = innerHeight - 2 * boxes.Print.Height;
+    return boxes;
+}
+
+float BarWidth(qint16 share, float areaWidth)
+{
+    return Common::PercentOf(areaWidth, share);
+}
+
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "ui/Twips.h"
+
+#include <QColor>
+#include <QString>
+
+class Exam;
+
+// The result of an exam and how the report window lays it out.
+struct ScoreReport {
+    qint16 TotalScore = 0;
+    qint16 RequiredScore = 0;
+    qint16 ObtainedScore = 0;
+
+    // Raises what Exam::CalculateScore raises.
+    static ScoreReport Of(const Exam &exam);
+
+    // A score equal to the required one passes.
+    bool IsPassed() const { return ObtainedScore >= RequiredScore; }
+    // Percent of TotalScore, which may be above 100. Raise DivisionByZero for
+    // a TotalScore of 0, and Overflow.
+    qint16 RequiredShare() const;
+    qint16 ObtainedShare() const;
+
+    QString Headline() const;
+    // Headline, required and obtained score, a line each.
+    QString Message() const;
+    static QColor RequiredColor();
+    QColor ObtainedColor() const;
+};
+
+namespace ReportLayout {
+
+using Twips::Box;
+
+// All lengths are twips; of the boxes that come in, only the sizes count.
+struct Boxes {
+    Box Logo;
+    Box Message;
+    Box Scores;
+    Box Print;
+    Box Exit;
+};
+Boxes Arrange(double innerWidth, double innerHeight, const Boxes &sizes);
+
+// The width of a bar in an area; a share above 100 gives more than the area.
+float BarWidth(qint16 share, float areaWidth);
+
+}

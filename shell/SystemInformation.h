@@ -1,0 +1,4 @@
+#pragma once
+
+// Starts the system's own system-information tool; false when it has none.
+bool StartSystemInformationTool();

@@ -1,0 +1,181 @@
+#include "shell/frmMain.h"
+
+#include "common/Common.h"
+#include "model/Globals.h"
+#include "shell/CatalogueModel.h"
+#include "shell/LogoView.h"
+#include "ui/Busy.h"
+#include "ui/Guard.h"
+#include "ui/Layout.h"
+#include "ui/LinkLabel.h"
+#include "ui/Messages.h"
+#include "ui/Theme.h"
+
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QTreeView>
+#include <QVBoxLayout>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+const QString ProductsPage = u"https://www.practorium.example/Products.asp"_s;
+
+LinkLabel *NewLink(const QString &name, const QString &caption, QWidget *parent)
+{
+    auto *link = new LinkLabel(parent);
+    link->setObjectName(name);
+    link->InitProperties();
+    link->SetCaption(caption);
+    // The default blue is meant for a grey face; this one reads better here.
+    link->SetForeColor(0xB45F1A);
+    return link;
+}
+
+}
+
+frmMain::frmMain()
+    : m_catalogue(new CatalogueModel(this))
+    , lvwExams(new QTreeView(this))
+    , lblStatus(new QLabel(this))
+    , lblDownload(NewLink(u"lblDownload"_s, u"Download Exams"_s, this))
+    , lblAbout(NewLink(u"lblAbout"_s, u"About"_s, this))
+    , lblProductLink(NewLink(u"lblProductLink"_s, u"More exam packs on the web"_s, this))
+    , cmdStart(new QPushButton(u"&Start Exam"_s, this))
+    , cmdExit(new QPushButton(u"E&xit"_s, this))
+{
+    setObjectName(u"frmMain"_s);
+    setWindowTitle(ApplicationTitle);
+    lvwExams->setObjectName(u"lvwExams"_s);
+    lvwExams->setAccessibleName(u"Installed exams"_s);
+    lvwExams->setModel(m_catalogue);
+    lvwExams->setRootIsDecorated(false);
+    lvwExams->setUniformRowHeights(true);
+    lvwExams->setAllColumnsShowFocus(true);
+    lvwExams->setAlternatingRowColors(true);
+    lvwExams->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    lvwExams->header()->setStretchLastSection(false);
+    lvwExams->header()->setSectionsMovable(false);
+    lblStatus->setObjectName(u"lblStatus"_s);
+    lblStatus->setTextFormat(Qt::PlainText);
+    lblProductLink->SetHRef(ProductsPage);
+    cmdStart->setObjectName(u"cmdStart"_s);
+    cmdExit->setObjectName(u"cmdExit"_s);
+    for (QPushButton *button : { cmdStart, cmdExit })
+        button->setMinimumSize(120, button->sizeHint().height() + 6);
+
+    auto *picLogo = new LogoView(270, this);
+    auto *head = new QHBoxLayout;
+    head->addWidget(picLogo);
+    head->addStretch();
+    auto *status = new QHBoxLayout;
+    status->setSpacing(0);
+    status->addWidget(lblStatus);
+    status->addWidget(lblDownload);
+    status->addWidget(new QLabel(u"  |  "_s, this));
+    status->addWidget(lblAbout);
+    status->addStretch();
+    status->addWidget(lblProductLink);
+    auto *buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(cmdStart);
+    buttons->addWidget(cmdExit);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(18, 18, 18, 16);
+    layout->setSpacing(12);
+    layout->addLayout(head);
+    layout->addWidget(lvwExams);
+    layout->addLayout(status);
+    layout->addLayout(buttons);
+    setMinimumSize(600, 380);
+    resize(760, 500);
+    QWidget *order[] = { lvwExams, lblDownload, lblAbout, lblProductLink, cmdStart, cmdExit };
+    for (size_t i = 1; i < std::size(order); ++i)
+        setTabOrder(order[i - 1], order[i]);
+
+    connect(cmdStart, &QPushButton::clicked, this, [this] { Guard([&] { cmdStart_Click(); }); });
+    connect(lvwExams, &QTreeView::doubleClicked, cmdStart, &QPushButton::click);
+    connect(cmdExit, &QPushButton::clicked, this, &QWidget::close);
+    connect(lblDownload, &LinkLabel::Click, this, [this] {
+        Guard([&] {
+            Q_EMIT DownloadRequested();
+            RefreshExamList();
+        });
+    });
+    connect(lblAbout, &LinkLabel::Click, this, &frmMain::AboutRequested);
+}
+
+void frmMain::Load()
+{
+    SizeColumns(lvwExams);
+    RefreshExamList();
+}
+
+void frmMain::RefreshExamList()
+{
+    try {
+        m_catalogue->Refresh();
+        lblStatus->setText(Common::FormatText(u"{1} Exams Installed  |  "_s, { m_catalogue->rowCount() }));
+    } catch (const Error &) {
+        ShowMessage(u"The operation failed because of an unexpected internal error."_s, CriticalMessage);
+    }
+}
+
+void frmMain::cmdStart_Click()
+{
+    if (m_catalogue->rowCount() == 0) {
+        ShowMessage(u"No exams are available. Please install your exam pack(s)."_s, ExclamationMessage);
+        return;
+    }
+    const QModelIndexList selected = lvwExams->selectionModel()->selectedRows();
+    if (selected.isEmpty()) {
+        ShowMessage(u"Please select an exam to start"_s, ExclamationMessage);
+        return;
+    }
+    const QString path = m_catalogue->Path(selected.first().row());
+    BeginBusy();
+    Globals::CurrentExam = std::make_shared<Exam>();
+    Globals::CurrentExam->Load(path);
+    EndBusy();
+    Q_EMIT ExamLoaded();
+}
+
+void frmMain::closeEvent(QCloseEvent *event)
+{
+    event->ignore();
+    if (m_isAskingToExit)
+        return;
+    Guard([&] {
+        m_isAskingToExit = true;
+        const int answer = ShowMessage(u"Are you sure you want to exit Practorium?"_s, QuestionMessage);
+        m_isAskingToExit = false;
+        if (answer == AnswerNo)
+            return;
+        hide();
+        QCoreApplication::processEvents();
+        QCoreApplication::exit(0);
+    });
+}
+
+void frmMain::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    SizeColumns(lvwExams);
+}
+
+void frmMain::keyPressEvent(QKeyEvent *event)
+{
+    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isEnter && focusWidget() == cmdExit)
+        cmdExit->click();
+    else if (isEnter)
+        cmdStart->click();
+    else
+        QWidget::keyPressEvent(event);
+}

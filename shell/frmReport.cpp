@@ -1,0 +1,182 @@
+#include "shell/frmReport.h"
+
+#include "common/Error.h"
+#include "model/Globals.h"
+#include "shell/LogoView.h"
+#include "shell/ReportSheet.h"
+#include "ui/Guard.h"
+#include "ui/Layout.h"
+#include "ui/Messages.h"
+#include "ui/Theme.h"
+
+#include <QFileDialog>
+#include <QGridLayout>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QPrinter>
+#include <QPushButton>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr int BarHeight = 26; // pixels
+constexpr int BarGap = 16;
+constexpr int AreaWidth = 420;
+
+}
+
+frmReport::frmReport(QWidget *owner)
+    : QDialog(owner, Qt::Window)
+    , picLogo(new LogoView(340, this))
+    , lblMessage(new QLabel(this))
+    , fraScores(new QFrame(this))
+    , picScores(new QWidget(fraScores))
+    , shpRequired(new QFrame(picScores))
+    , shpObtained(new QFrame(picScores))
+    , cmdPrint(new QPushButton(u"&Print"_s, this))
+    , cmdSavePdf(new QPushButton(u"&Save as PDF..."_s, this))
+    , cmdExit(new QPushButton(u"&Exit"_s, this))
+{
+    setObjectName(u"frmReport"_s);
+    setWindowTitle(u"Score Report"_s);
+    setMinimumSize(680, 480);
+    lblMessage->setObjectName(u"lblMessage"_s);
+    lblMessage->setTextFormat(Qt::PlainText);
+    lblMessage->setAlignment(Qt::AlignCenter);
+    lblMessage->setContentsMargins(0, 22, 0, 14);
+    Theme::ScaleFont(lblMessage, 1.35, QFont::DemiBold);
+
+    fraScores->setObjectName(u"fraScores"_s);
+    fraScores->setFrameShape(QFrame::StyledPanel);
+    picScores->setObjectName(u"picScores"_s);
+    picScores->setFixedSize(AreaWidth, 2 * BarHeight + 3 * BarGap);
+    picScores->setAutoFillBackground(true);
+    QPalette white = palette();
+    white.setColor(QPalette::Window, Qt::white);
+    picScores->setPalette(white);
+    shpRequired->setObjectName(u"shpRequired"_s);
+    shpRequired->move(0, BarGap);
+    shpObtained->setObjectName(u"shpObtained"_s);
+    shpObtained->move(0, 2 * BarGap + BarHeight);
+    auto *names = new QVBoxLayout;
+    names->setContentsMargins(0, BarGap, 0, BarGap);
+    names->setSpacing(BarGap);
+    for (const QString &name : { u"Required Score"_s, u"Your Score"_s }) {
+        auto *label = new QLabel(name, fraScores);
+        label->setFixedHeight(BarHeight);
+        names->addWidget(label);
+    }
+    auto *scale = new QHBoxLayout;
+    scale->addWidget(new QLabel(u"0%"_s, fraScores));
+    scale->addStretch();
+    scale->addWidget(new QLabel(u"100%"_s, fraScores));
+    auto *grid = new QGridLayout(fraScores);
+    grid->setContentsMargins(22, 20, 22, 14);
+    grid->setHorizontalSpacing(18);
+    grid->addLayout(names, 0, 0);
+    grid->addWidget(picScores, 0, 1);
+    grid->addLayout(scale, 1, 1);
+
+    cmdPrint->setObjectName(u"cmdPrint"_s);
+    cmdSavePdf->setObjectName(u"cmdSavePdf"_s);
+    cmdExit->setObjectName(u"cmdExit"_s);
+    for (QPushButton *button : { cmdPrint, cmdSavePdf, cmdExit }) {
+        button->setAutoDefault(false);
+        button->resize(std::max(120, button->sizeHint().width()), button->sizeHint().height() + 6);
+    }
+    cmdExit->setDefault(true);
+    cmdExit->setFocus();
+    connect(cmdPrint, &QPushButton::clicked, this, [this] { Guard([&] { PrintReport(); }); });
+    connect(cmdSavePdf, &QPushButton::clicked, this, [this] { Guard([&] { SavePdf(); }); });
+    connect(cmdExit, &QPushButton::clicked, this, &QDialog::accept);
+}
+
+void frmReport::ShowModal(QWidget *owner)
+{
+    frmReport window(owner);
+    window.Load();
+    window.exec();
+}
+
+void frmReport::Load()
+{
+    if (!Globals::CurrentExam)
+        throw Error::RunTime(InvalidCall);
+    m_report = ScoreReport::Of(*Globals::CurrentExam);
+    CoverWorkArea(this);
+}
+
+void frmReport::SetBar(QWidget *bar, qint16 percent, const QColor &color)
+{
+    QPalette fill = bar->palette();
+    fill.setColor(QPalette::Window, color);
+    bar->setPalette(fill);
+    bar->setAutoFillBackground(true);
+    const float width = ReportLayout::BarWidth(percent, static_cast<float>(Twips::Of(picScores->width())));
+    bar->resize(std::max(0, Twips::ToPixels(width)), BarHeight);
+}
+
+void frmReport::resizeEvent(QResizeEvent *event)
+{
+    QDialog::resizeEvent(event);
+    Guard([&] { Arrange(); });
+}
+
+void frmReport::Arrange()
+{
+    SetBar(shpRequired, m_report.RequiredShare(), ScoreReport::RequiredColor());
+    lblMessage->setText(m_report.Message());
+    SetBar(shpObtained, m_report.ObtainedShare(), m_report.ObtainedColor());
+    picScores->setAccessibleName(u"Required %1 percent, yours %2 percent"_s.arg(m_report.RequiredShare()).arg(m_report.ObtainedShare()));
+    lblMessage->adjustSize();
+    fraScores->adjustSize();
+
+    const auto sizeOf = [](const QWidget *widget) {
+        return Twips::Box{ 0, 0, Twips::Of(widget->width()), Twips::Of(widget->height()) };
+    };
+    const ReportLayout::Boxes boxes =
+        ReportLayout::Arrange(Twips::Of(width()), Twips::Of(height()),
+                              { sizeOf(picLogo), sizeOf(lblMessage), sizeOf(fraScores), sizeOf(cmdPrint), sizeOf(cmdExit) });
+    const auto place = [](QWidget *widget, const Twips::Box &box) { widget->move(box.ToPixels().topLeft()); };
+    place(picLogo, boxes.Logo);
+    place(lblMessage, boxes.Message);
+    place(fraScores, boxes.Scores);
+    place(cmdPrint, boxes.Print);
+    place(cmdExit, boxes.Exit);
+    // Half-way between the two that have their places.
+    cmdSavePdf->move((cmdPrint->geometry().right() + cmdExit->x() - cmdSavePdf->width()) / 2, cmdPrint->y());
+}
+
+template <class Job>
+void frmReport::RunJob(Job &&job)
+{
+    bool done = false;
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    try {
+        job();
+        done = true;
+    } catch (const std::exception &) {
+        // Whatever it was, the page is not there.
+    }
+    QGuiApplication::restoreOverrideCursor();
+    if (!done)
+        ShowMessage(u"Error printing report"_s, CriticalMessage);
+}
+
+void frmReport::PrintReport()
+{
+    RunJob([&] {
+        QPrinter printer(QPrinter::HighResolution);
+        ReportSheet::Print(printer, Globals::CurrentExam->Code(), Globals::CurrentExam->Name(), m_report);
+        if (printer.printerState() == QPrinter::Error)
+            throw Error::RunTime(InvalidCall);
+    });
+}
+
+void frmReport::SavePdf()
+{
+    const QString path = QFileDialog::getSaveFileName(this, u"Save the score report"_s, u"Score report.pdf"_s, u"PDF documents (*.pdf)"_s);
+    if (!path.isEmpty())
+        RunJob([&] { ReportSheet::SavePdf(path, Globals::CurrentExam->Code(), Globals::CurrentExam->Name(), m_report); });
+}

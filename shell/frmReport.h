@@ -1,0 +1,55 @@
+#pragma once
+
+#include "shell/ScoreReport.h"
+
+#include <QDialog>
+
+class LogoView;
+class QFrame;
+class QLabel;
+class QPushButton;
+
+// The score report of the current exam: the result in words and as two bars,
+// printed on demand or saved as a PDF file.
+class frmReport : public QDialog {
+    Q_OBJECT
+public:
+    explicit frmReport(QWidget *owner);
+
+    // Loads the report of the current exam, shows it and waits until it is
+    // closed.
+    static void ShowModal(QWidget *owner);
+    // Reads the scores from the current exam. Raises what they raise.
+    void Load();
+
+    qint16 TotalScore() const { return m_report.TotalScore; }
+    void SetTotalScore(qint16 score) { m_report.TotalScore = score; }
+    qint16 RequiredScore() const { return m_report.RequiredScore; }
+    void SetRequiredScore(qint16 score) { m_report.RequiredScore = score; }
+    qint16 ObtainedScore() const { return m_report.ObtainedScore; }
+    void SetObtainedScore(qint16 score) { m_report.ObtainedScore = score; }
+
+    // Fills the bar with the colour and makes it that share of the area wide.
+    void SetBar(QWidget *bar, qint16 percent, const QColor &color);
+    // One page to the default printer; a failure is told in a message box.
+    void PrintReport();
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    void Arrange();
+    void SavePdf();
+    template <class Job> void RunJob(Job &&job);
+
+    ScoreReport m_report;
+    LogoView *picLogo;
+    QLabel *lblMessage;
+    QFrame *fraScores;
+    QWidget *picScores;
+    QFrame *shpRequired;
+    QFrame *shpObtained;
+    QPushButton *cmdPrint;
+    QPushButton *cmdSavePdf;
+    QPushButton *cmdExit;
+};

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QDialog>
+
+class ExamSession;
+class QLabel;
+class QLineEdit;
+class QListWidget;
+class QPushButton;
+
+// The overview of all items, from which the candidate goes to any of them,
+// narrows the exam window to marked ones, or ends the exam. Built anew each
+// time it is opened.
+class frmReview : public QDialog {
+    Q_OBJECT
+public:
+    // Drives the session of its owner, the exam window.
+    frmReview(ExamSession &session, QWidget *owner);
+
+    // Fills the window from the current exam.
+    void Load();
+
+protected:
+    bool event(QEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void cmdGoTo_Click();
+    void cmdEnd_Click();
+    void GotoSelected();
+    void ShowReportAndClose();
+    QWidget *Legend();
+
+    ExamSession &m_session;
+    QListWidget *lvwReview;
+    QLineEdit *txtQuestion;
+    QPushButton *cmdGoTo;
+    QPushButton *cmdReviewAll;
+    QPushButton *cmdReviewMarked;
+    QPushButton *cmdEnd;
+};

@@ -1,0 +1,190 @@
+#include "model/Exam.h"
+#include "tests/support/ExamBuilder.h"
+#include "tests/support/ExpectError.h"
+#include "tests/support/Sandbox.h"
+
+#include <QDir>
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <csignal>
+#include <sys/resource.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+QString Written(const QByteArray &bytes)
+{
+    const QString path = Sandbox::Path(u"any.exam"_s);
+    Sandbox::WriteFile(path, bytes);
+    return path;
+}
+
+// An exam file of another writer: three reserved bytes and two items.
+const QByteArray Known = QByteArray::fromHex(
+    "03000000 010203 04000000 45582d31 05000000 536d616c6c e803 bc02 3c00 02000000"
+    "0100 0100 00000000 00000000 0a000000 cc467d1439f861f15c2b 00000000 02000000"
+    "  0100 ffff0000 04000000 cf467d04  0200 00000000 04000000 cf467503"
+    "0200 0200 ffff0000 08000000 6c6973742e676966 11000000 cc467d1439f87ae8562bca4d840ae9f3da"
+    "  1a000000 bb0e561825b02eec4d75a923f40ae4b8808d9eb27cb4116f72b2 03000000"
+    "  0100 ffff0000 01000000 da  0200 00000000 01000000 d9  0300 ffff0000 01000000 d8");
+
+}
+
+TEST(ExamTest, AKnownFile)
+{
+    const QString path = Written(Known);
+    Exam exam;
+    EXPECT_TRUE(exam.Load(path));
+    EXPECT_EQ(exam.FileName(), path);
+    EXPECT_EQ(exam.Reserved(), "\1\2\3");
+    EXPECT_EQ(exam.Code(), u"EX-1"_s);
+    EXPECT_EQ(exam.Name(), u"Small"_s);
+    EXPECT_EQ(exam.MaxScore(), 1000);
+    EXPECT_EQ(exam.PassScore(), 700);
+    EXPECT_EQ(exam.Duration(), 60);
+    EXPECT_FALSE(exam.IsEnded());
+    ASSERT_EQ(exam.Questions().Count(), 2);
+    const auto first = exam.Questions().Item(1);
+    EXPECT_EQ(first->Problem(), u"Which one?"_s);
+    EXPECT_FALSE(first->HasHint() || first->HasExhibit() || first->IsMarked());
+    EXPECT_EQ(first->CorrectAnswer(), u"1"_s);
+    EXPECT_EQ(first->Choices().Item(2)->Statement(), u"That"_s);
+    const auto second = exam.Questions().Item(2);
+    EXPECT_EQ(second->Problem(), u"Which two?\r\nPick."_s);
+    EXPECT_EQ(second->Exhibit(), u"list.gif"_s);
+    EXPECT_EQ(second->StoredExplaination(), u"  Both stand in the list. "_s);
+    EXPECT_EQ(second->Explaination(), u"Both stand in the list."_s);
+    EXPECT_TRUE(second->HasHint());
+    EXPECT_EQ(second->SolutionCount(), 2);
+    EXPECT_EQ(second->CorrectAnswer(), u"1,3"_s);
+
+    // The sitting leaves no trace in the file.
+    second->SetAnswer(u"1,3"_s);
+    second->SetIsMarked(true);
+    exam.EndExam();
+    const QString copy = Sandbox::Path(u"copy.exam"_s);
+    EXPECT_FALSE(exam.Save(u"\""_s + copy + u'"'));
+    EXPECT_EQ(exam.FileName(), u"\""_s + copy + u'"');
+    EXPECT_EQ(Sandbox::ReadFile(copy), Known);
+    Exam again;
+    again.Load(copy);
+    EXPECT_EQ(again.Questions().Item(2)->Answer(), u""_s);
+    EXPECT_FALSE(again.Questions().Item(2)->IsMarked() || again.IsEnded());
+}
+
+TEST(ExamTest, HeaderBytes)
+{
+    const auto exam = NewExam({ u"ABC-101"_s, u"Sample"_s, 1000, 700, 120 });
+    const QString path = Sandbox::Path(u"header.exam"_s);
+    exam->Save(path);
+    const QByteArray header = QByteArray::fromHex(
+        "00000000 07000000 4142432d313031 06000000 53616d706c65 e803 bc02 7800");
+    EXPECT_EQ(Sandbox::ReadFile(path), header + QByteArray(4, '\0'));
+    EXPECT_TRUE(exam->Load(path));
+    EXPECT_EQ(exam->Questions().Count(), 0);
+
+    // A header that is cut short gives what is there.
+    struct Row { int Bytes; QString Code, Name; qint16 MaxScore, PassScore, Duration; };
+    const Row rows[] = {
+        { 0, u""_s, u""_s, 0, 0, 0 },
+        { 6, u""_s, u""_s, 0, 0, 0 },
+        { 11, u"ABC"_s, u""_s, 0, 0, 0 },
+        { 15, u"ABC-101"_s, u""_s, 0, 0, 0 },
+        { 21, u"ABC-101"_s, u"Sa"_s, 0, 0, 0 },
+        { 26, u"ABC-101"_s, u"Sample"_s, 0xE8, 0, 0 },
+        { 29, u"ABC-101"_s, u"Sample"_s, 1000, 700, 0 },
+        { 31, u"ABC-101"_s, u"Sample"_s, 1000, 700, 120 },
+    };
+    for (const Row &row : rows) {
+        Exam cut;
+        const QString name = u" \""_s + Written(header.left(row.Bytes)) + u"\" "_s;
+        EXPECT_TRUE(cut.LoadHeader(name)) << row.Bytes;
+        EXPECT_EQ(cut.Code(), row.Code) << row.Bytes;
+        EXPECT_EQ(cut.Name(), row.Name) << row.Bytes;
+        EXPECT_EQ(cut.MaxScore(), row.MaxScore) << row.Bytes;
+        EXPECT_EQ(cut.PassScore(), row.PassScore) << row.Bytes;
+        EXPECT_EQ(cut.Duration(), row.Duration) << row.Bytes;
+        EXPECT_EQ(cut.FileName(), name);
+    }
+}
+
+TEST(ExamTest, WhatIsReplaced)
+{
+    Exam exam;
+    exam.Load(Written(Known));
+    exam.LoadHeader(Written(Known));
+    EXPECT_EQ(exam.Questions().Count(), 2) << "the header alone";
+    exam.Load(Written(Known));
+    EXPECT_EQ(exam.Questions().Count(), 2) << "not appended";
+    EXPECT_EQ(ErrorOf([&] { exam.Load(Written(Known.left(120))); }), u"62 Exam::Save()"_s);
+    EXPECT_EQ(exam.Questions().Count(), 1) << "the whole item before the cut";
+}
+
+TEST(ExamTest, ErrorsCarryTheSystemsNumberAndTheOperation)
+{
+    QDir().mkpath(Sandbox::Path(u"folder.exam"_s));
+    struct Row { QString Path; int OnRead, OnWrite; };
+    for (const Row &row : { Row{ u"missing/a.exam"_s, ENOENT, ENOENT }, Row{ u"folder.exam"_s, EISDIR, EISDIR },
+                            Row{ u"/dev/full"_s, EINVAL, EINVAL } }) {
+        Exam exam;
+        EXPECT_EQ(ErrorOf([&] { exam.LoadHeader(row.Path); }), u"%1 Exam::LoadHeader()"_s.arg(row.OnRead)) << row.OnRead;
+        EXPECT_EQ(ErrorOf([&] { exam.Load(row.Path); }), u"%1 Exam::Save()"_s.arg(row.OnRead)) << row.OnRead;
+        EXPECT_EQ(ErrorOf([&] { exam.Save(row.Path); }), u"%1 Exam::Save()"_s.arg(row.OnWrite)) << row.OnWrite;
+        EXPECT_EQ(exam.FileName(), u""_s);
+    }
+
+    // The last buffered bytes fail too.
+    Exam exam;
+    exam.Load(Written(Known));
+    rlimit before = {};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small = { 100, before.rlim_max };
+    setrlimit(RLIMIT_FSIZE, &small);
+    const QString error = ErrorOf([&] { exam.Save(Sandbox::Path(u"full.exam"_s)); });
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ(error, u"%1 Exam::Save()"_s.arg(EFBIG));
+}
+
+TEST(ExamTest, CalculateScore)
+{
+    // One letter for each item: r right, w wrong, - unanswered, n without a solution and unanswered.
+    struct Row { const char *Items; qint16 MaxScore; QString Result; };
+    const Row rows[] = {
+        { "rrw", 1000, u"667"_s }, { "rwwwwwww", 100, u"12"_s }, { "rrrwwwww", 100, u"38"_s }, { "wr", 1, u"0"_s },
+        { "rrrw", 2, u"2"_s }, { "rrr", -1000, u"-1000"_s }, { "r", 32767, u"32767"_s }, { "--", 1000, u"0"_s },
+        { "n", 1000, u"1000"_s }, { "nw", 1000, u"500"_s }, { "", 1000, u"11 "_s }, { "r", -32768, u"-32768"_s },
+    };
+    for (const Row &row : rows) {
+        const auto exam = NewExam();
+        exam->SetMaxScore(row.MaxScore);
+        for (const char item : QByteArrayView(row.Items)) {
+            const auto question = AddItem(*exam, { u"?"_s, { item == 'n' ? u"a"_s : u"*a"_s, u"b"_s, item == 'n' ? u"c"_s : u"*c"_s } });
+            question->SetAnswer(item == 'r' ? u"1,3"_s : item == 'w' ? u"3,1"_s : u""_s);
+        }
+        qint16 score = 0;
+        const QString error = ErrorOf([&] { score = exam->CalculateScore(); });
+        EXPECT_EQ(error == u"none"_s ? QString::number(score) : error, row.Result) << row.Items << " " << row.MaxScore;
+    }
+}
+
+TEST(ExamTest, MoreItemsThanTheCounterHolds)
+{
+    QByteArray bytes(18, '\0');
+    const QByteArray item(ExamFormat::QuestionBytes, '\0');
+    for (const qint32 count : { 32'767, 32'768 }) {
+        QByteArray file = bytes;
+        file.append(reinterpret_cast<const char *>(&count), 4).append(item.repeated(count));
+        const QString path = Written(file);
+        Exam exam;
+        exam.Load(path);
+        EXPECT_EQ(exam.Questions().Count(), count);
+        const bool over = count > 32'767;
+        EXPECT_EQ(ErrorOf([&] { exam.CalculateScore(); }), over ? u"6 "_s : u"none"_s);
+        EXPECT_EQ(ErrorOf([&] { exam.Load(path); }), over ? u"6 Exam::Save()"_s : u"none"_s);
+    }
+}

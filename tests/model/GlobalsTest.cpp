@@ -1,0 +1,99 @@
+#include "model/Globals.h"
+#include "tests/support/ExamBuilder.h"
+#include "tests/support/ExpectError.h"
+#include "tests/support/Sandbox.h"
+
+#include <QDir>
+
+#include <gmock/gmock.h>
+
+#include <unistd.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+// Every test begins with an empty exams folder.
+class GlobalsTest : public testing::Test {
+protected:
+    GlobalsTest() { QDir(Sandbox::ExamsFolder()).removeRecursively(); }
+    ~GlobalsTest() override { QFile::remove(m_folder); }
+
+    const QString m_folder = Globals::ExamsFolder();
+};
+
+}
+
+TEST_F(GlobalsTest, PackageNames)
+{
+    EXPECT_EQ(m_folder, Sandbox::Path(u"xdg_data_home/Practorium/Exams"_s));
+    struct Row { QString Package, File; bool Expected; };
+    const Row rows[] = {
+        { u"ABC-101"_s, u"ABC-101.exam"_s, true }, { u"X.Y"_s, u"X.exam"_s, true }, { u"X.Z"_s, u"X.Z.exam"_s, false },
+        { u"A.B.C"_s, u"A.B.exam"_s, true }, { u"[1] a"_s, u"[1] a.exam"_s, true }, { u"other"_s, u"else.exam"_s, false },
+        { u".dot"_s, u".exam"_s, true }, { u"empty"_s, u""_s, false },
+    };
+    QStringList expected;
+    for (const Row &row : rows) {
+        const QString package = m_folder + u'/' + row.Package;
+        QDir().mkpath(package);
+        if (!row.File.isEmpty())
+            Sandbox::WriteFile(package + u'/' + row.File, "");
+        const QString path = row.Expected ? package + u'/' + row.File : u""_s;
+        EXPECT_EQ(Globals::FindExamFile(package), path) << row.Package.toStdString();
+        if (row.Expected)
+            expected << path;
+    }
+    Sandbox::WriteFile(m_folder + u"/no folder"_s, "");
+    EXPECT_THAT(Globals::GetInstalledExams(), testing::UnorderedElementsAreArray(expected));
+}
+
+TEST_F(GlobalsTest, WhatCannotBeListedIsEmpty)
+{
+    QDir().rmdir(m_folder);
+    EXPECT_EQ(Globals::GetInstalledExams(), QStringList()) << "missing";
+    EXPECT_FALSE(Globals::IsExamInstalled(u"EX-101"_s));
+    ASSERT_EQ(symlink(qPrintable(m_folder), qPrintable(m_folder)), 0);
+    EXPECT_EQ(Globals::GetInstalledExams(), QStringList()) << "a link to itself";
+    QFile::remove(m_folder);
+    Sandbox::WriteFile(m_folder, "");
+    EXPECT_EQ(Globals::GetInstalledExams(), QStringList()) << "a file";
+}
+
+TEST_F(GlobalsTest, IsExamInstalled)
+{
+    EXPECT_FALSE(Globals::IsExamInstalled(u""_s));
+    Install(*NewExam({ u" abc-1 "_s }), u"one"_s);
+    Install(*NewExam({ u"ABC-1"_s }), u"same"_s);
+    Install(*NewExam({ u"XYZ"_s }), u"two"_s);
+    EXPECT_EQ(Globals::GetInstalledExams().size(), 3);
+    struct Row { QString Code; bool Expected; };
+    const Row rows[] = {
+        { u"ABC-1"_s, true }, { u"  abc-1"_s, true }, { u"xyz "_s, true }, { u"abc"_s, false }, { u""_s, false },
+    };
+    for (const Row &row : rows)
+        EXPECT_EQ(Globals::IsExamInstalled(row.Code), row.Expected) << row.Code.toStdString();
+
+    // What cannot be loaded takes part with an empty code and stops nothing.
+    QDir().mkpath(m_folder + u"/broken/broken.exam"_s);
+    for (const Row &row : rows)
+        EXPECT_EQ(Globals::IsExamInstalled(row.Code), row.Expected || row.Code.isEmpty()) << row.Code.toStdString();
+}
+
+TEST_F(GlobalsTest, AnswerLists)
+{
+    struct Row { QString List, Letters; qint16 Count; };
+    const Row rows[] = {
+        { u""_s, u""_s, 0 }, { u"  "_s, u""_s, 1 }, { u"2"_s, u"B"_s, 1 }, { u"1,3"_s, u"A,C"_s, 2 }, { u" 26 , 1"_s, u"Z,A"_s, 2 },
+        { u"1,2,3"_s, u"A,B,C"_s, 3 }, { u"27"_s, u"["_s, 1 }, { u"-24"_s, u"("_s, 1 },
+        { u"-65"_s, u"5 "_s, 1 }, { u","_s, u"13 "_s, 2 }, { u"1,x"_s, u"13 "_s, 2 }, { u"1,,2"_s, u"13 "_s, 3 },
+        { u"40000"_s, u"6 "_s, 1 },
+    };
+    for (const Row &row : rows) {
+        QString letters;
+        const QString error = ErrorOf([&] { letters = Globals::AnswerLetters(row.List); });
+        EXPECT_EQ(error == u"none"_s ? letters : error, row.Letters) << row.List.toStdString();
+        EXPECT_EQ(Globals::ItemCount(row.List), row.Count) << row.List.toStdString();
+    }
+    EXPECT_EQ(ErrorOf([] { Globals::ItemCount(QString(32'767, u',')); }), u"6 "_s);
+}

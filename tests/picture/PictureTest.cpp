@@ -1,0 +1,174 @@
+#include "picture/Picture.h"
+#include "tests/support/ExpectError.h"
+#include "tests/support/Sandbox.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QtEndian>
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <sys/stat.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+QString Written(const QByteArray &bytes)
+{
+    const QString path = Sandbox::Path(u"picture.bmp"_s);
+    Sandbox::WriteFile(path, bytes);
+    return path;
+}
+
+QByteArray Encoded(const QImage &image, const char *format)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    if (!image.save(&buffer, format))
+        qFatal("no writer for %s", format);
+    return bytes;
+}
+
+// Red above blue.
+QImage Sample(int width = 2, int height = 2)
+{
+    QImage image(width, height, QImage::Format_RGB32);
+    image.fill(Qt::blue);
+    for (int x = 0; x < width; ++x)
+        image.setPixelColor(x, 0, Qt::red);
+    return image;
+}
+
+// A GIF of one pixel for each frame, the first red and the others blue, that
+// claims a screen and frames of some other size.
+QByteArray Gif(int frames, quint16 screen = 1, quint16 frame = 1)
+{
+    const auto twice = [](quint16 number) {
+        QByteArray bytes(4, '\0');
+        qToLittleEndian(number, bytes.data());
+        qToLittleEndian(number, bytes.data() + 2);
+        return bytes;
+    };
+    QByteArray gif = "GIF89a" + twice(screen) + QByteArray::fromHex("800000 ff0000 0000ff");
+    for (int i = 0; i < frames; ++i)
+        gif += QByteArray::fromHex("21f904000a000000 2c00000000") + twice(frame)
+            + QByteArray::fromHex(i == 0 ? "00 02 024401 00" : "00 02 024c01 00");
+    return gif + ';';
+}
+
+// Decoders say on the error stream what is wrong with a picture; that is no
+// fault of the program.
+class LetDecodersComplain {
+public:
+    LetDecodersComplain() : m_handler(qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {})) { }
+    ~LetDecodersComplain() { qInstallMessageHandler(m_handler); }
+
+private:
+    QtMessageHandler m_handler;
+};
+
+}
+
+TEST(PictureTest, WhatAnExhibitCanBe)
+{
+    QByteArray topDown = Encoded(Sample(), "BMP");
+    constexpr int heightOffset = 22;
+    qToLittleEndian<qint32>(-2, topDown.data() + heightOffset);
+    struct Row { const char *Name; QByteArray Bytes; QSize Size; QColor Top; };
+    const Row rows[] = {
+        { "bmp", Encoded(Sample(), "BMP"), { 2, 2 }, Qt::red },
+        // The same rows in the file, told from the top down.
+        { "top-down bmp", topDown, { 2, 2 }, Qt::blue },
+        { "png", Encoded(Sample(3, 2), "PNG"), { 3, 2 }, Qt::red },
+        { "ico", Encoded(Sample(16, 16), "ICO"), { 16, 16 }, Qt::red },
+        { "jpeg", Encoded(Sample(16, 16).scaled(16, 160), "JPG"), { 16, 160 }, Qt::red },
+        { "gif", Gif(1), { 1, 1 }, Qt::red },
+        { "moving gif", Gif(3), { 1, 1 }, Qt::red },
+    };
+    for (const Row &row : rows) {
+        const QImage image = Picture::Load(Written(row.Bytes));
+        EXPECT_TRUE(image.size() == row.Size) << row.Name;
+        const QColor top = image.pixelColor(0, 0);
+        EXPECT_NEAR(top.red(), row.Top.red(), 4) << row.Name;
+        EXPECT_NEAR(top.blue(), row.Top.blue(), 4) << row.Name;
+    }
+}
+
+TEST(PictureTest, WhatItCannotBe)
+{
+    const LetDecodersComplain quiet;
+    const QString foreign = u"The file is not a BMP, GIF, JPEG, ICO or PNG picture"_s;
+    const QString size = u"The picture is empty or too large"_s;
+    const QString damaged = u"The picture is damaged"_s;
+    QByteArray flat = Encoded(Sample(), "BMP");
+    qToLittleEndian<qint32>(0, flat.data() + 22);
+    QByteArray wide = Encoded(Sample(), "BMP");
+    qToLittleEndian<qint32>(-100'000, wide.data() + 18);
+    QByteArray deep = Encoded(Sample(), "BMP");
+    qToLittleEndian<qint32>(std::numeric_limits<qint32>::min(), deep.data() + 22);
+    struct Row { const char *Name; QByteArray Bytes; QString Start; };
+    const Row rows[] = {
+        { "empty", "", foreign },
+        { "text that begins like a bmp", "BM was here, and this is plain text", damaged },
+        { "plain text", "Figure 1", foreign },
+        { "svg", "<?xml version=\"1.0\"?><svg xmlns=\"http://www.w3.org/2000/svg\" width=\"9\" height=\"9\"/>", foreign },
+        { "xpm", "/* XPM */\nstatic char *x[] = {\n\"1 1 1 1\",\n\"a c #ff0000\",\n\"a\"};\n", foreign },
+        { "pbm", "P1\n1 1\n1\n", foreign },
+        { "huge gif", Gif(1, 30'000, 30'000), size },
+        { "huge frame", Gif(1, 0, 30'000), u""_s },
+        { "no frame", Gif(0), damaged },
+        { "huge png", Encoded(QImage(4'001, 4'000, QImage::Format_Mono), "PNG"), size },
+        { "bmp without height", flat, u""_s },
+        { "bmp of negative width", wide, u""_s },
+        { "bmp of the most negative height", deep, u""_s },
+        { "cut png", Encoded(Sample(), "PNG").left(60), damaged },
+    };
+    for (const Row &row : rows) {
+        try {
+            const QImage image = Picture::Load(Written(row.Bytes));
+            ADD_FAILURE() << row.Name << " " << image.width() << " x " << image.height();
+        } catch (const Error &error) {
+            EXPECT_EQ(error.Number(), 5) << row.Name;
+            EXPECT_EQ(error.Source(), u"Picture::Load()"_s) << row.Name;
+            EXPECT_TRUE(error.Description().startsWith(row.Start)) << row.Name << ": " << error.what();
+        }
+    }
+    EXPECT_EQ(Gif(1, 30'000, 30'000).size(), 43);
+    EXPECT_EQ(Picture::Load(Written(Encoded(QImage(4'000, 4'000, QImage::Format_Mono), "PNG"))).width(), 4'000);
+}
+
+TEST(PictureTest, OnlyRegularFilesOfThatVeryName)
+{
+    const QString path = Written(Encoded(Sample(), "BMP"));
+    QDir().mkpath(Sandbox::Path(u"folder"_s));
+    ASSERT_EQ(mkfifo(qPrintable(Sandbox::Path(u"pipe.bmp"_s)), 0600), 0);
+    struct Row { QString Name; int Code; };
+    for (const Row &row : { Row{ path.chopped(4), ENOENT }, Row{ u"missing.bmp"_s, ENOENT }, Row{ u"folder"_s, EISDIR },
+                            Row{ u"pipe.bmp"_s, EINVAL }, Row{ u"/dev/zero"_s, EINVAL }, Row{ u""_s, ENOENT } })
+        EXPECT_EQ(ErrorOf([&] { Picture::Load(row.Name); }), u"%1 File::OpenFile()"_s.arg(row.Code)) << row.Name.toStdString();
+}
+
+TEST(PictureTest, EveryLengthAndManyFlippedBits)
+{
+    const LetDecodersComplain quiet;
+    for (const char *format : { "BMP", "PNG", "JPG", "ICO", "GIF" }) {
+        const QByteArray bytes = qstrcmp(format, "GIF") == 0 ? Gif(2) : Encoded(Sample(9, 9), format);
+        const auto harmless = [&](const QByteArray &changed) {
+            const QString result = ErrorOf([&] {
+                const QImage image = Picture::Load(Written(changed));
+                EXPECT_FALSE(image.isNull());
+                EXPECT_LE(qint64(image.width()) * image.height(), Picture::MostPixels);
+            });
+            return result == u"none"_s || result == u"5 Picture::Load()"_s;
+        };
+        for (qsizetype length = 0; length < bytes.size(); ++length)
+            EXPECT_TRUE(harmless(bytes.left(length))) << format << " " << length;
+        for (qsizetype bit = 0; bit < std::min<qsizetype>(bytes.size(), 128) * 8; ++bit) {
+            QByteArray flipped = bytes;
+            flipped[bit / 8] = static_cast<char>(flipped[bit / 8] ^ (1 << bit % 8));
+            EXPECT_TRUE(harmless(flipped)) << format << " " << bit;
+        }
+    }
+}

@@ -1,0 +1,18 @@
+#include "ui/Browser.h"
+
+#include <QProcess>
+#include <QStandardPaths>
+
+using namespace Qt::Literals::StringLiterals;
+
+// Desktops hand documents and addresses alike to whatever the user has chosen
+// for them through one program.
+QString FindDocumentProgram(const QString &)
+{
+    return QStandardPaths::findExecutable(u"xdg-open"_s);
+}
+
+bool OpenWithProgram(const QString &Program, const QString &Url)
+{
+    return QProcess::startDetached(Program, { Url });
+}

@@ -1,0 +1,74 @@
+#include "ui/Layout.h"
+
+#include "common/Common.h"
+#include "ui/Twips.h"
+
+#include <QAbstractItemModel>
+#include <QGuiApplication>
+#include <QHeaderView>
+#include <QScreen>
+#include <QScrollBar>
+#include <QTreeView>
+
+namespace {
+
+constexpr float BorderAllowance = 50; // twips
+
+}
+
+QList<float> ColumnWidths(float ListWidth, const QList<float> &Tags)
+{
+    QList<float> widths;
+    qsizetype widest = -1;
+    for (const float tag : Tags) {
+        widths.append(ListWidth * tag / 100.0F);
+        if (widths.last() > (widest < 0 ? 0.0F : widths.at(widest)))
+            widest = widths.size() - 1;
+    }
+    if (widest >= 0)
+        widths[widest] -= BorderAllowance;
+    return widths;
+}
+
+void SizeColumns(QTreeView *List)
+{
+    QList<int> columns;
+    QList<float> tags;
+    for (int column = 0; column < List->model()->columnCount(); ++column) {
+        bool isNumber = false;
+        const float tag = List->model()->headerData(column, Qt::Horizontal, ColumnTagRole).toFloat(&isNumber);
+        if (!isNumber)
+            continue;
+        columns.append(column);
+        tags.append(tag);
+    }
+    // A vertical scroll bar takes its width from the columns.
+    const QScrollBar *bar = List->verticalScrollBar();
+    const int width = List->width() - (bar->isVisible() ? bar->width() : 0);
+    const QList<float> widths = ColumnWidths(static_cast<float>(Twips::Of(width)), tags);
+    for (qsizetype i = 0; i < columns.size(); ++i)
+        List->setColumnWidth(columns.at(i), Twips::ToPixels(widths.at(i)));
+}
+
+void CenterHorizontally(const QWidget *Container, QWidget *Control)
+{
+    const double left = (Twips::Of(Container->width()) - Twips::Of(Control->width())) / 2;
+    Control->move(Twips::ToPixels(left), Control->y());
+}
+
+WorkArea GetWorkArea()
+{
+    const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
+    const auto edge = [](int pixels) { return static_cast<qint32>(Twips::Of(pixels)); };
+    return { edge(area.left()), edge(area.top()), edge(area.left() + area.width()), edge(area.top() + area.height()) };
+}
+
+void CoverWorkArea(QWidget *Window)
+{
+    const WorkArea area = GetWorkArea();
+    const Twips::Box box{ double(area.Left), double(area.Top), double(area.Right - area.Left), double(area.Bottom - area.Top) };
+    Window->setGeometry(box.ToPixels());
+    // A window manager puts a frame around that, and only it knows how wide;
+    // with several monitors only it knows the bars, too.
+    Window->setWindowState(Window->windowState() | Qt::WindowMaximized);
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QList>
+#include <Qt>
+
+class QTreeView;
+class QWidget;
+
+// Where a column header keeps its share of the list's width, in percent.
+constexpr int ColumnTagRole = Qt::UserRole;
+
+// The widths of columns in the unit of ListWidth: each its percentage, and the
+// widest (the first of several, none when all are 0) 50 twips less, so that
+// all fit inside the list's border.
+QList<float> ColumnWidths(float ListWidth, const QList<float> &Tags);
+
+// Gives each column of the list its width; a column whose header has no number
+// as its tag keeps the one it has. Reports nothing.
+void SizeColumns(QTreeView *List);
+
+// Moves the control to the middle of the container's inner width.
+void CenterHorizontally(const QWidget *Container, QWidget *Control);
+
+// The screen without its bars, in twips.
+struct WorkArea {
+    qint32 Left = 0;
+    qint32 Top = 0;
+    qint32 Right = 0;
+    qint32 Bottom = 0;
+};
+WorkArea GetWorkArea();
+
+// Has the window cover the work area once it is shown.
+void CoverWorkArea(QWidget *Window);

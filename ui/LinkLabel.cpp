@@ -1,0 +1,211 @@
+#include "ui/LinkLabel.h"
+
+#include "common/Common.h"
+#include "ui/Browser.h"
+#include "ui/Guard.h"
+
+#include <QAccessibleWidget>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QStyleOptionFocusRect>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+const QString HRefName = u"HRef"_s;
+const QString ForeColorName = u"ForeColor"_s;
+const QString EnabledName = u"Enabled"_s;
+const QString FontName = u"Font"_s;
+const QString CaptionName = u"Caption"_s;
+const QString BackColorName = u"BackColor"_s;
+
+QAccessibleInterface *LinkInterface(const QString &className, QObject *object)
+{
+    if (className != "LinkLabel"_L1)
+        return nullptr;
+    return new QAccessibleWidget(static_cast<QWidget *>(object), QAccessible::Link);
+}
+
+}
+
+LinkLabel::LinkLabel(QWidget *parent)
+    : QWidget(parent)
+    , lblLink(new QLabel(this))
+{
+    static const bool installed = (QAccessible::installFactory(LinkInterface), true);
+    Q_UNUSED(installed);
+    lblLink->setTextFormat(Qt::PlainText);
+    lblLink->setAttribute(Qt::WA_TransparentForMouseEvents);
+    setFocusPolicy(Qt::StrongFocus);
+    setCursor(Qt::PointingHandCursor);
+    setAutoFillBackground(true);
+    Apply();
+}
+
+void LinkLabel::InitProperties()
+{
+    QFont underlined = lblLink->font();
+    underlined.setUnderline(true);
+    lblLink->setFont(underlined);
+    m_foreColor = OleColors::LinkBlue;
+    lblLink->setText(objectName());
+    Apply();
+}
+
+void LinkLabel::ReadProperties(const QVariantMap &Store)
+{
+    m_href = Store.value(HRefName).toString();
+    m_foreColor = Store.value(ForeColorName, OleColors::LinkBlue).toUInt();
+    setEnabled(Store.value(EnabledName, true).toBool());
+    lblLink->setFont(Store.value(FontName, parentWidget() ? parentWidget()->font() : font()).value<QFont>());
+    lblLink->setText(Store.value(CaptionName, u"LinkLabel"_s).toString());
+    m_backColor = Store.value(BackColorName, OleColors::ButtonFace).toUInt();
+    Apply();
+}
+
+QVariantMap LinkLabel::WriteProperties() const
+{
+    return { { HRefName, m_href },         { ForeColorName, m_foreColor }, { EnabledName, isEnabled() },
+             { FontName, lblLink->font() }, { CaptionName, Caption() },     { BackColorName, m_backColor } };
+}
+
+void LinkLabel::SetHRef(const QString &HRef)
+{
+    m_href = HRef;
+    Q_EMIT PropertyChanged(HRefName);
+}
+
+void LinkLabel::SetForeColor(OleColor Color)
+{
+    m_foreColor = Color;
+    Apply();
+    Q_EMIT PropertyChanged(ForeColorName);
+}
+
+void LinkLabel::SetEnabled(bool Enabled)
+{
+    setEnabled(Enabled);
+    Q_EMIT PropertyChanged(EnabledName);
+}
+
+QFont LinkLabel::Font() const
+{
+    return lblLink->font();
+}
+
+void LinkLabel::SetFont(const QFont &Font)
+{
+    lblLink->setFont(Font);
+    Fit();
+    Q_EMIT PropertyChanged(FontName);
+}
+
+void LinkLabel::Refresh()
+{
+    lblLink->repaint();
+}
+
+QString LinkLabel::Caption() const
+{
+    return lblLink->text();
+}
+
+void LinkLabel::SetCaption(const QString &Caption)
+{
+    lblLink->setText(Caption);
+    Apply();
+    Q_EMIT PropertyChanged(CaptionName);
+}
+
+void LinkLabel::SetBackColor(OleColor Color)
+{
+    m_backColor = Color;
+    Apply();
+    Q_EMIT PropertyChanged(BackColorName);
+}
+
+void LinkLabel::Apply()
+{
+    QPalette surface = palette();
+    surface.setColor(QPalette::Window, OleColors::ToColor(m_backColor, parentWidget() ? parentWidget()->palette() : surface));
+    setPalette(surface);
+    QPalette text = surface;
+    for (const QPalette::ColorGroup group : { QPalette::Active, QPalette::Inactive })
+        text.setColor(group, QPalette::WindowText, OleColors::ToColor(m_foreColor, surface));
+    lblLink->setPalette(text);
+    setAccessibleName(Caption());
+    Fit();
+}
+
+void LinkLabel::Fit()
+{
+    lblLink->adjustSize();
+    lblLink->move(0, 0);
+    setFixedSize(lblLink->size());
+}
+
+void LinkLabel::Follow()
+{
+    Guard([&] {
+        const QString address = Common::TrimBlanks(m_href);
+        if (!address.isEmpty())
+            LaunchBrowser(address);
+    });
+    Q_EMIT Click();
+}
+
+void LinkLabel::showEvent(QShowEvent *event)
+{
+    Fit();
+    QWidget::showEvent(event);
+}
+
+void LinkLabel::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
+        Follow();
+}
+
+void LinkLabel::keyPressEvent(QKeyEvent *event)
+{
+    switch (event->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_Space:
+        Follow();
+        break;
+    default:
+        QWidget::keyPressEvent(event);
+    }
+}
+
+void LinkLabel::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        Fit();
+    QWidget::changeEvent(event);
+}
+
+void LinkLabel::focusInEvent(QFocusEvent *event)
+{
+    QWidget::focusInEvent(event);
+    update();
+}
+
+void LinkLabel::focusOutEvent(QFocusEvent *event)
+{
+    QWidget::focusOutEvent(event);
+    update();
+}
+
+void LinkLabel::paintEvent(QPaintEvent *)
+{
+    if (!hasFocus())
+        return;
+    QPainter painter(this);
+    painter.setPen(QPen(palette().color(QPalette::Highlight), 1, Qt::DotLine));
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QString>
+#include <QVariantList>
+
+// What a message box looks like: a set of buttons plus an icon.
+enum MessageStyle : int {
+    PlainMessage = 0,        // OK
+    CriticalMessage = 16,    // OK, for unexpected failures
+    QuestionMessage = 36,    // Yes and No, for confirmations
+    ExclamationMessage = 48, // OK, for the user's mistakes
+    InformationMessage = 64, // OK, for hints
+};
+
+// Which button answered a message box.
+enum MessageAnswer : int { NoAnswer = 0, AnswerOK = 1, AnswerYes = 6, AnswerNo = 7 };
+
+// The caption of every message box.
+extern const QString ApplicationTitle;
+
+// Where message boxes come from. There is one at a time; a test puts its own
+// in place for as long as it lives.
+class MessagePort {
+public:
+    virtual ~MessagePort() = default;
+    // Shows the text, as plain text, and waits for a button.
+    virtual int Show(const QString &text, int style) = 0;
+};
+
+// The port in use, and another one in its place; null for the real boxes.
+MessagePort &CurrentMessagePort();
+void SetMessagePort(MessagePort *port);
+
+// Expands the template ("{CRLF}" in capitals only) and shows the result; the
+// button pressed. An empty template shows nothing and gives NoAnswer.
+int ShowMessage(const QString &text, int style, const QVariantList &values = {});

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QColor>
+
+class QPalette;
+
+// A colour as 0x00BBGGRR, or with the top bit set the number of a colour of
+// the system's own.
+using OleColor = quint32;
+
+namespace OleColors {
+
+constexpr OleColor LinkBlue = 0xFF0000;
+constexpr OleColor WindowText = 0x80000008;
+constexpr OleColor ButtonFace = 0x8000000F;
+
+// A system colour that the palette has no like of is its window text.
+QColor ToColor(OleColor Color, const QPalette &Palette);
+
+}

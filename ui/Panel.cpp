@@ -1,0 +1,66 @@
+#include "ui/Panel.h"
+
+#include <QPainter>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+const QString BackColorName = u"BackColor"_s;
+const QString EnabledName = u"Enabled"_s;
+const QString BorderColorName = u"BorderColor"_s;
+
+}
+
+Panel::Panel(QWidget *parent)
+    : QWidget(parent)
+{
+}
+
+void Panel::ReadProperties(const QVariantMap &Store)
+{
+    m_backColor = Store.value(BackColorName, OleColors::ButtonFace).toUInt();
+    setEnabled(Store.value(EnabledName, true).toBool());
+    m_borderColor = Store.value(BorderColorName, OleColors::WindowText).toUInt();
+    update();
+}
+
+QVariantMap Panel::WriteProperties() const
+{
+    return { { BackColorName, m_backColor }, { EnabledName, isEnabled() }, { BorderColorName, m_borderColor } };
+}
+
+void Panel::SetBackColor(OleColor Color)
+{
+    m_backColor = Color;
+    update();
+    Q_EMIT PropertyChanged(BackColorName);
+}
+
+void Panel::SetEnabled(bool Enabled)
+{
+    setEnabled(Enabled);
+    Q_EMIT PropertyChanged(EnabledName);
+}
+
+void Panel::Refresh()
+{
+    repaint();
+}
+
+void Panel::SetBorderColor(OleColor Color)
+{
+    m_borderColor = Color;
+    update();
+    Q_EMIT PropertyChanged(BorderColorName);
+}
+
+void Panel::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.fillRect(rect(), OleColors::ToColor(m_backColor, palette()));
+    painter.setPen(OleColors::ToColor(m_borderColor, palette()));
+    // The line lies inside the edges at every size and scaling.
+    const qreal half = 0.5;
+    painter.drawRect(QRectF(rect()).adjusted(half, half, -half, -half));
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QLabel>
+#include <QTextLayout>
+
+// A label for texts of any length out of a stranger's file: always plain,
+// wrapped to its width even inside a word, laid out once for each width and
+// painted only where it shows. Ends at the text's first NUL.
+class TextBlock : public QLabel {
+    Q_OBJECT
+public:
+    explicit TextBlock(QWidget *parent = nullptr);
+
+    void SetText(const QString &text);
+    // Room to the left of the lines and above the first one, in pixels, part of
+    // the width and the height.
+    void SetInsets(int left, int top);
+    int HeightForWidth(int width) const;
+
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override { return HeightForWidth(width); }
+
+Q_SIGNALS:
+    void Clicked();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+
+private:
+    void LayOut(int width) const;
+
+    int m_leftInset = 0;
+    int m_topInset = 0;
+    mutable QTextLayout m_layout;
+    mutable int m_width = -1;
+    mutable int m_height = 0;
+};

@@ -1,0 +1,48 @@
+#include "ui/Theme.h"
+
+#include <QApplication>
+#include <QPalette>
+#include <QStyleFactory>
+#include <QWidget>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace Theme {
+
+void Apply(QApplication &application)
+{
+    const QColor window(243, 246, 250);
+    const QColor text(33, 41, 52);
+    const QColor faint(140, 150, 163);
+    QPalette palette(window);
+    palette.setColor(QPalette::Window, window);
+    palette.setColor(QPalette::WindowText, text);
+    palette.setColor(QPalette::Base, Qt::white);
+    palette.setColor(QPalette::AlternateBase, QColor(247, 249, 252));
+    palette.setColor(QPalette::Text, text);
+    palette.setColor(QPalette::Button, QColor(249, 251, 253));
+    palette.setColor(QPalette::ButtonText, text);
+    palette.setColor(QPalette::ToolTipBase, Qt::white);
+    palette.setColor(QPalette::ToolTipText, text);
+    palette.setColor(QPalette::PlaceholderText, faint);
+    palette.setColor(QPalette::Highlight, QColor(37, 121, 199));
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Link, QColor(26, 95, 180));
+    for (const QPalette::ColorRole role : { QPalette::WindowText, QPalette::Text, QPalette::ButtonText })
+        palette.setColor(QPalette::Disabled, role, faint);
+    application.setStyle(QStyleFactory::create(u"Fusion"_s));
+    application.setPalette(palette);
+}
+
+void ScaleFont(QWidget *widget, double factor, int weight)
+{
+    QFont font = widget->font();
+    if (font.pointSizeF() > 0)
+        font.setPointSizeF(font.pointSizeF() * factor);
+    else
+        font.setPixelSize(qRound(font.pixelSize() * factor));
+    font.setWeight(static_cast<QFont::Weight>(weight));
+    widget->setFont(font);
+}
+
+}
