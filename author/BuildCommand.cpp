@@ -134,7 +134,7 @@ int Command::Build(const QStringList &arguments)
 
     const Package::Content content = Package::Assemble(Gift::Parse(ReadSource(source)), header, pictures);
     for (const Package::LeftOut &item : content.LeftOut)
-        Console::Complain(u"%1:%2: %3"_s.arg(source).arg(item.Line).arg(item.Reason));
+        Console::Complain(Console::OneLine(u"%1:%2: %3"_s.arg(source).arg(item.Line).arg(item.Reason)));
     const qint32 taken = content.Exam->Questions().Count();
     if (taken > 0)
         Package::Write(content, pictures, out, replace);

@@ -41,7 +41,7 @@ public:
     }
 
 private:
-    void Say(const QString &text) { m_faults.append(m_path + u": "_s + text); }
+    void Say(const QString &text) { m_faults.append(Console::OneLine(m_path + u": "_s + text)); }
     void SayOfItem(const QString &text) { Say(u"item %1: %2"_s.arg(m_item).arg(text)); }
 
     bool Read(Exam &exam)
@@ -51,11 +51,11 @@ private:
             file.OpenFile(m_path, File::BinaryMode, File::ReadAccess, File::OpenExisting);
             exam.Deserialize(file);
             if (const qint64 left = qint64(file.Size()) - qint64(file.Position()); left > 0)
-                Say(u"%1 bytes follow the last item"_s.arg(left));
+                Say(u"trailing bytes: %1"_s.arg(left));
             return true;
         } catch (const Error &error) {
             if (error.Number() == InputPastEnd)
-                Say(u"cut short: the file ends after %1 whole items"_s.arg(exam.Questions().Count()));
+                Say(u"cut short: the file ends before item %1 is whole"_s.arg(exam.Questions().Count() + 1));
             else
                 Say(Console::OneLine(error));
             return false;
@@ -137,12 +137,15 @@ void CheckFolder(QStringList &faults, const QString &path)
     const QString folder = QDir::toNativeSeparators(QDir::cleanPath(QDir::current().absoluteFilePath(path)));
     const QString pattern = u"*."_s + QString::fromUtf16(ExamFormat::Extension);
     QStringList names = QDir(folder).entryList({ pattern }, QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
+    const QString name = Package::ExamFileName(folder);
     if (Globals::FindExamFile(folder).isEmpty())
-        faults.append(u"%1: the folder's name leads to %2, which is not there"_s.arg(path, Package::ExamFileName(folder)));
+        faults.append(u"%1: the folder's name leads to %2, which is not there"_s.arg(path, name));
+    else if (!names.contains(name))
+        names.append(name); // it is there, but no file
     if (names.size() > 1)
         faults.append(u"%1: several exam files: %2"_s.arg(path, names.join(u", "_s)));
-    for (const QString &name : names)
-        ExamChecker(faults, IO::CombinePath(path, name)).Run();
+    for (const QString &file : names)
+        ExamChecker(faults, IO::CombinePath(path, file)).Run();
 }
 
 }

@@ -34,6 +34,15 @@ bool Flush()
     return std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
 }
 
+QString OneLine(QString text)
+{
+    for (QChar &c : text) {
+        if (c.category() == QChar::Other_Control)
+            c = u' ';
+    }
+    return text;
+}
+
 QString OneLine(const Error &error)
 {
     QString text = Common::ShownText(error.Description()).trimmed();

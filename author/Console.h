@@ -14,6 +14,9 @@ void Complain(const QString &line);
 // full or nobody reads any more.
 bool Flush();
 
+// A text with a blank for every line break and control character: names come
+// from strangers' files.
+QString OneLine(QString text);
 // An error's description as one line, without the code of a system error.
 QString OneLine(const Error &error);
 

@@ -47,7 +47,8 @@ Content Assemble(const std::vector<Gift::Item> &items, const Header &header, con
 
 // Makes the package folder out (with its missing parents) whole or not at all,
 // copying the pictures from pictureFolder. An existing out is an error, unless
-// replace is set and it is a package: then it goes when the new one stands.
+// replace is set and nothing but a package is in it: then it goes when the new
+// one stands.
 // Raises the system's error, InvalidCall, or what Interrupt::Check raises.
 void Write(const Content &content, const QString &pictureFolder, const QString &out, bool replace);
 

@@ -76,12 +76,12 @@ public:
 
     QString Path(const QString &name) const { return IO::CombinePath(m_folder, name); }
 
-    // Renames the folder to the target. What stands there now is put aside
+    // Renames the folder to the target. What may be replaced there is put aside
     // first, put back if anything fails, and removed in the end.
-    void PutInPlace()
+    void PutInPlace(bool replace)
     {
         const QString old = m_folder + u".old"_s;
-        const bool replaces = QFileInfo::exists(m_target);
+        const bool replaces = replace && QFileInfo::exists(m_target);
         if (replaces)
             Rename(m_target, old);
         try {
@@ -174,17 +174,22 @@ void CopyPicture(const QString &from, const QString &to)
     target.CloseFile();
 }
 
-// A folder that nobody will miss anything in but an exam.
-bool IsPackage(const QString &folder)
+// Why the folder is not one that nobody will miss anything in but an exam;
+// empty when it is.
+QString ReasonToKeep(const QString &folder)
 {
     const QFileInfo info(folder);
     if (info.isSymLink() || !info.isDir())
-        return false;
-    const QDir dir(folder);
-    const bool isEmpty = dir.isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    return isEmpty
-        || (!Globals::FindExamFile(folder).isEmpty()
-            && dir.entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot).isEmpty());
+        return u"it is no folder"_s;
+    static const QStringList kinds = { u"exam"_s, u"bmp"_s, u"gif"_s, u"jpg"_s, u"jpeg"_s, u"ico"_s, u"png"_s };
+    const QFileInfoList entries =
+        QDir(folder).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    for (const QFileInfo &entry : entries) {
+        if (!entry.isFile() || !kinds.contains(entry.suffix().toLower()))
+            return u"\"%1\" in it belongs to no package"_s.arg(entry.fileName());
+    }
+    const bool isPackage = entries.isEmpty() || !Globals::FindExamFile(folder).isEmpty();
+    return isPackage ? QString() : u"it holds no exam of its name"_s;
 }
 
 }
@@ -202,8 +207,8 @@ void CheckTarget(const QString &out, bool replace)
         return;
     if (!replace)
         throw Refused(u"%1: it exists already (--replace replaces a package)"_s.arg(out));
-    if (!IsPackage(target))
-        throw Refused(u"%1: it is not replaced, because it is no package folder"_s.arg(out));
+    if (const QString reason = ReasonToKeep(target); !reason.isEmpty())
+        throw Refused(u"%1: it is not replaced, because %2"_s.arg(out, reason));
 }
 
 void Write(const Content &content, const QString &pictureFolder, const QString &out, bool replace)
@@ -219,7 +224,7 @@ void Write(const Content &content, const QString &pictureFolder, const QString &
         At(picture, [&] { CopyPicture(IO::CombinePath(pictureFolder, picture), workplace.Path(picture)); });
     }
     Interrupt::Check();
-    workplace.PutInPlace();
+    workplace.PutInPlace(replace);
 }
 
 }

@@ -23,13 +23,13 @@ constexpr QChar HiddenBreak = QChar(u'\uFDE0');
 const QSet<QString> &KnownTags()
 {
     static const QStringList names =
-        u"a abbr acronym address area article aside audio b base basefont bdi bdo big blink blockquote body br "
+        u"a abbr acronym address area article aside audio b basefont bdi bdo big blink blockquote body br "
         "button canvas caption center cite code col colgroup data datalist dd del details dfn dialog dir div dl dt "
-        "em embed fieldset figcaption figure font footer form frame frameset h1 h2 h3 h4 h5 h6 head header hgroup hr "
+        "em embed fieldset figcaption figure font footer form h1 h2 h3 h4 h5 h6 head header hgroup hr "
         "html i iframe img input ins kbd label legend li link main map mark menu meta meter nav nobr noscript object "
         "ol optgroup option output p param picture pre progress q ruby rt rp s samp script section select small "
         "source span strike strong style sub summary sup svg table tbody td template textarea tfoot th thead time "
-        "title tr track tt u ul var video wbr"_s.split(u' ');
+        "tr track tt u ul var video wbr"_s.split(u' ');
     static const QSet<QString> set(names.begin(), names.end());
     return set;
 }
@@ -69,7 +69,9 @@ QString NameOf(const QRegularExpressionMatch &tag)
 
 bool IsKnown(const QString &name)
 {
-    return KnownTags().contains(name) || name.contains(u':');
+    // Office programs leave elements of their own behind.
+    static const QRegularExpression office(u"^(o|w|v|m|st1):"_s);
+    return KnownTags().contains(name) || office.match(name).hasMatch();
 }
 
 bool IsKnownEntity(const QString &entity)
@@ -99,7 +101,8 @@ bool HasKnownEntity(const QString &text)
 }
 
 // The tags of a text without a format: those that are closed, or need not be.
-// "List<Data>" and "a <b" are none.
+// "List<Data>" and "a <b" are none, and what builds whole pages is asked about
+// in a question bank, not used.
 QSet<QString> TagsInUse(const QString &text)
 {
     QSet<QString> opened;
@@ -107,7 +110,7 @@ QSet<QString> TagsInUse(const QString &text)
     for (auto match = TagPattern().globalMatch(text); match.hasNext();) {
         const QRegularExpressionMatch tag = match.next();
         const QString name = NameOf(tag);
-        if (!IsKnown(name))
+        if (!IsKnown(name) || IsOneOf(name, "html head body script style meta link form input select option textarea"_L1))
             continue;
         if (tag.capturedLength(u"close"_s) == 0)
             opened.insert(name);
@@ -120,10 +123,13 @@ QSet<QString> TagsInUse(const QString &text)
 // Writes a text as HTML that means the same to the reader of documents.
 class Cleaner {
 public:
-    // With own lines, line breaks and runs of blanks in the text stay.
-    Cleaner(const QSet<QString> &tags, bool hasOwnLines)
-        : m_tags(tags)
-        , m_hasOwnLines(hasOwnLines)
+    // Of HTML proper, every known tag counts.
+    Cleaner() = default;
+    // Of a text of which only these are tags, and whose line breaks and runs of
+    // blanks stay.
+    explicit Cleaner(QSet<QString> tags)
+        : m_tags(std::move(tags))
+        , m_hasOwnLines(true)
     {
     }
 
@@ -133,7 +139,7 @@ public:
         for (auto match = TagPattern().globalMatch(text); match.hasNext();) {
             const QRegularExpressionMatch tag = match.next();
             const QString name = NameOf(tag);
-            if (!name.isEmpty() && !m_tags.contains(name) && !name.contains(u':'))
+            if (!name.isEmpty() && !(m_hasOwnLines ? m_tags.contains(name) : IsKnown(name)))
                 continue; // it stays where it is, as text
             Put(text.mid(at, tag.capturedStart() - at), name);
             PutTag(tag, name);
@@ -195,8 +201,8 @@ private:
         return match.hasMatch() && IsKnownEntity(match.captured());
     }
 
-    const QSet<QString> &m_tags;
-    bool m_hasOwnLines;
+    QSet<QString> m_tags;
+    bool m_hasOwnLines = false;
     bool m_isPre = false;
     QString m_html;
     QString m_lastTag;
@@ -405,7 +411,7 @@ QString FromMoodle(const QString &text)
     const QSet<QString> tags = TagsInUse(text);
     if (tags.isEmpty() && !HasKnownEntity(text))
         return Verbatim(text);
-    const QString readable = FromHtml(Cleaner(tags, true).Clean(text));
+    const QString readable = FromHtml(Cleaner(tags).Clean(text));
     // An option that is but a tag asks about that tag.
     return readable.isEmpty() ? Verbatim(text) : readable;
 }
@@ -414,8 +420,10 @@ QString FromMoodle(const QString &text)
 
 QString Readable(const Gift::Text &text)
 {
+    if (text.Source.isEmpty())
+        return {};
     switch (text.Markup) {
-    case Gift::Markup::Html: return FromHtml(Cleaner(KnownTags(), false).Clean(text.Source));
+    case Gift::Markup::Html: return FromHtml(Cleaner().Clean(text.Source));
     case Gift::Markup::Markdown: return FromMarkdown(text.Source);
     case Gift::Markup::Plain: return Verbatim(text.Source);
     case Gift::Markup::Moodle: break;

@@ -173,9 +173,9 @@ bool File::OpenFile(const QString &FileName, qint32 Mode, quint32 Access, quint3
         m_access = Access;
         m_position = 0;
         auto handle = std::make_unique<Handle>();
-        Common::CheckApiResult(handle->Open(m_name, Access, CreationDisposition));
+        Common::CheckApiResult(handle->Open(m_name, Access, CreationDisposition, m_attributes));
         m_handle = std::move(handle);
-        return GetAttributes();
+        return true;
     });
 }
 

@@ -6,7 +6,8 @@
 // last system error behind.
 struct File::Handle {
     ~Handle();
-    bool Open(const QString &path, quint32 access, quint32 disposition);
+    // Reads the attributes too, which a system tells of an open file at once.
+    bool Open(const QString &path, quint32 access, quint32 disposition, quint32 &attributes);
     bool Close();
     bool Flush();
     // -1 on failure.

@@ -47,7 +47,7 @@ File::Handle::~Handle()
     Close();
 }
 
-bool File::Handle::Open(const QString &path, quint32 access, quint32 disposition)
+bool File::Handle::Open(const QString &path, quint32 access, quint32 disposition, quint32 &attributes)
 {
     // Without O_NONBLOCK the open itself would wait for the other end of a
     // pipe; it means nothing to a regular file.
@@ -58,8 +58,10 @@ bool File::Handle::Open(const QString &path, quint32 access, quint32 disposition
     m_path = path;
     struct stat status = {};
     const bool known = fstat(m_descriptor, &status) == 0;
-    if (known && S_ISREG(status.st_mode))
+    if (known && S_ISREG(status.st_mode)) {
+        attributes = AttributesOf(status, path);
         return true;
+    }
     const int code = !known ? errno : S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
     Close();
     errno = code;

@@ -20,7 +20,7 @@ namespace {
 // nothing touches the frame's line.
 constexpr int TextInset = 12;
 constexpr int SelectorGap = 6;
-constexpr double QuestionScale = 1.1;
+constexpr double QuestionScale = 1.3;
 
 QString Captioned(const QString &caption)
 {

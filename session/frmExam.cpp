@@ -17,7 +17,6 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollBar>
-#include <QShortcut>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -74,14 +73,6 @@ frmExam::frmExam()
     connect(picBorder, &QuestionFrame::LabelClicked, this, [this](int row) { Guard([&] { m_session.lblChoices_Click(row); }); });
     connect(&m_clock, &ExamClock::Tick, this, [this] { Guard([&] { m_session.tmrTimer_Timer(); }); });
 
-    const auto shortcut = [this](const QList<QKeySequence> &keys, double factor) {
-        auto *action = new QShortcut(this);
-        action->setKeys(keys);
-        connect(action, &QShortcut::activated, this, [this, factor] { SetTextScale(factor == 0 ? 1 : m_textScale * factor); });
-    };
-    shortcut({ QKeySequence(Qt::CTRL | Qt::Key_Plus), QKeySequence(Qt::CTRL | Qt::Key_Equal) }, ScaleStep);
-    shortcut({ QKeySequence(Qt::CTRL | Qt::Key_Minus) }, 1 / ScaleStep);
-    shortcut({ QKeySequence(Qt::CTRL | Qt::Key_0) }, 0);
     CoverWorkArea(this);
 }
 
@@ -150,7 +141,8 @@ void frmExam::StopClock()
 
 void frmExam::ShowExhibit(const QString &name)
 {
-    const bool isOpen = !m_exhibit.isNull();
+    // A closed one may still be waiting for its deletion.
+    const bool isOpen = m_exhibit && m_exhibit->isVisible();
     auto *exhibit = isOpen ? m_exhibit.data() : new frmExhibit(this);
     try {
         exhibit->SetExhibit(name);
@@ -234,6 +226,24 @@ void frmExam::SetTextScale(double scale)
     Arrange();
 }
 
+bool frmExam::PressScaleKey(int key)
+{
+    switch (key) {
+    case Qt::Key_Plus:
+    case Qt::Key_Equal: // the same key without Shift
+        SetTextScale(m_textScale * ScaleStep);
+        return true;
+    case Qt::Key_Minus:
+        SetTextScale(m_textScale / ScaleStep);
+        return true;
+    case Qt::Key_0:
+        SetTextScale(1);
+        return true;
+    default:
+        return false;
+    }
+}
+
 bool frmExam::PressLetter(QChar letter)
 {
     const auto &selectors = m_session.Page().Selectors();
@@ -256,7 +266,9 @@ bool frmExam::PressLetter(QChar letter)
 void frmExam::keyPressEvent(QKeyEvent *event)
 {
     Guard([&] {
-        const bool plain = (event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) == Qt::NoModifier;
+        const Qt::KeyboardModifiers modifiers = event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier);
+        if (modifiers == Qt::ControlModifier && PressScaleKey(event->key()))
+            return;
         switch (event->key()) {
         case Qt::Key_PageUp:
         case Qt::Key_PageDown:
@@ -272,7 +284,7 @@ void frmExam::keyPressEvent(QKeyEvent *event)
         default:
             break;
         }
-        if (!plain || event->text().size() != 1 || !PressLetter(event->text().front()))
+        if (modifiers != Qt::NoModifier || event->text().size() != 1 || !PressLetter(event->text().front()))
             QWidget::keyPressEvent(event);
     });
 }

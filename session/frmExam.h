@@ -57,6 +57,7 @@ private:
     void Arrange();
     void ArrangeButtons();
     void SetTextScale(double scale);
+    bool PressScaleKey(int key);
     bool PressLetter(QChar letter);
     void ShowTime(const QString &time);
 

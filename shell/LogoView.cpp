@@ -12,6 +12,11 @@ LogoView::LogoView(int width, QWidget *parent)
 {
     setObjectName(u"picLogo"_s);
     setAccessibleName(ApplicationTitle);
+    SetWidth(width);
+}
+
+void LogoView::SetWidth(int width)
+{
     setFixedSize(width, qRound(width / Artwork::LogoAspect));
 }
 

@@ -7,6 +7,7 @@ class LogoView : public QWidget {
     Q_OBJECT
 public:
     LogoView(int width, QWidget *parent);
+    void SetWidth(int width);
 
 protected:
     void paintEvent(QPaintEvent *event) override;

@@ -18,6 +18,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QStyledItemDelegate>
 #include <QTreeView>
 #include <QVBoxLayout>
 
@@ -26,6 +27,17 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 const QString ProductsPage = u"https://www.practorium.example/Products.asp"_s;
+
+// Rows with room to read and to click.
+class RoomyRows : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        return QStyledItemDelegate::sizeHint(option, index) + QSize(0, 10);
+    }
+};
 
 LinkLabel *NewLink(const QString &name, const QString &caption, QWidget *parent)
 {
@@ -55,6 +67,7 @@ frmMain::frmMain()
     lvwExams->setObjectName(u"lvwExams"_s);
     lvwExams->setAccessibleName(u"Installed exams"_s);
     lvwExams->setModel(m_catalogue);
+    lvwExams->setItemDelegate(new RoomyRows(this));
     lvwExams->setRootIsDecorated(false);
     lvwExams->setUniformRowHeights(true);
     lvwExams->setAllColumnsShowFocus(true);
@@ -62,6 +75,7 @@ frmMain::frmMain()
     lvwExams->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     lvwExams->header()->setStretchLastSection(false);
     lvwExams->header()->setSectionsMovable(false);
+    lvwExams->header()->setMinimumHeight(lvwExams->header()->sizeHint().height() + 8);
     lblStatus->setObjectName(u"lblStatus"_s);
     lblStatus->setTextFormat(Qt::PlainText);
     lblProductLink->SetHRef(ProductsPage);

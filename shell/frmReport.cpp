@@ -4,6 +4,7 @@
 #include "model/Globals.h"
 #include "shell/LogoView.h"
 #include "shell/ReportSheet.h"
+#include "shell/ResultLabel.h"
 #include "ui/Guard.h"
 #include "ui/Layout.h"
 #include "ui/Messages.h"
@@ -20,16 +21,23 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr int BarHeight = 26; // pixels
-constexpr int BarGap = 16;
-constexpr int AreaWidth = 420;
+// Pixels in a window of the height that the sizes were drawn for; they grow
+// and shrink with it.
+constexpr double DrawnHeight = 860;
+constexpr double SmallestScale = 0.6;
+constexpr double LargestScale = 1.5;
+constexpr int LogoWidth = 400;
+constexpr int BarHeight = 38;
+constexpr int BarGap = 22;
+constexpr int AreaWidth = 520;
+constexpr double MessageScale = 1.5;
 
 }
 
 frmReport::frmReport(QWidget *owner)
     : QDialog(owner, Qt::Window)
-    , picLogo(new LogoView(340, this))
-    , lblMessage(new QLabel(this))
+    , picLogo(new LogoView(LogoWidth, this))
+    , lblMessage(new ResultLabel(this))
     , fraScores(new QFrame(this))
     , picScores(new QWidget(fraScores))
     , shpRequired(new QFrame(picScores))
@@ -42,31 +50,20 @@ frmReport::frmReport(QWidget *owner)
     setWindowTitle(u"Score Report"_s);
     setMinimumSize(680, 480);
     lblMessage->setObjectName(u"lblMessage"_s);
-    lblMessage->setTextFormat(Qt::PlainText);
-    lblMessage->setAlignment(Qt::AlignCenter);
-    lblMessage->setContentsMargins(0, 22, 0, 14);
-    Theme::ScaleFont(lblMessage, 1.35, QFont::DemiBold);
-
     fraScores->setObjectName(u"fraScores"_s);
     fraScores->setFrameShape(QFrame::StyledPanel);
     picScores->setObjectName(u"picScores"_s);
-    picScores->setFixedSize(AreaWidth, 2 * BarHeight + 3 * BarGap);
     picScores->setAutoFillBackground(true);
     QPalette white = palette();
     white.setColor(QPalette::Window, Qt::white);
     picScores->setPalette(white);
     shpRequired->setObjectName(u"shpRequired"_s);
-    shpRequired->move(0, BarGap);
     shpObtained->setObjectName(u"shpObtained"_s);
-    shpObtained->move(0, 2 * BarGap + BarHeight);
     auto *names = new QVBoxLayout;
-    names->setContentsMargins(0, BarGap, 0, BarGap);
-    names->setSpacing(BarGap);
-    for (const QString &name : { u"Required Score"_s, u"Your Score"_s }) {
-        auto *label = new QLabel(name, fraScores);
-        label->setFixedHeight(BarHeight);
-        names->addWidget(label);
-    }
+    names->setContentsMargins(0, 0, 0, 0);
+    names->setSpacing(0);
+    names->addWidget(new QLabel(u"Required Score"_s, fraScores));
+    names->addWidget(new QLabel(u"Your Score"_s, fraScores));
     auto *scale = new QHBoxLayout;
     scale->addWidget(new QLabel(u"0%"_s, fraScores));
     scale->addStretch();
@@ -114,7 +111,19 @@ void frmReport::SetBar(QWidget *bar, qint16 percent, const QColor &color)
     bar->setPalette(fill);
     bar->setAutoFillBackground(true);
     const float width = ReportLayout::BarWidth(percent, static_cast<float>(Twips::Of(picScores->width())));
-    bar->resize(std::max(0, Twips::ToPixels(width)), BarHeight);
+    bar->resize(std::max(0, Twips::ToPixels(width)), bar->height());
+}
+
+void frmReport::Scale()
+{
+    const double scale = std::clamp(height() / DrawnHeight, SmallestScale, LargestScale);
+    const auto scaled = [scale](int pixels) { return qRound(pixels * scale); };
+    picLogo->SetWidth(scaled(LogoWidth));
+    lblMessage->setFont(font());
+    Theme::ScaleFont(lblMessage, MessageScale * scale, QFont::DemiBold);
+    picScores->setFixedSize(scaled(AreaWidth), 2 * scaled(BarHeight) + 3 * scaled(BarGap));
+    shpRequired->setGeometry(0, scaled(BarGap), shpRequired->width(), scaled(BarHeight));
+    shpObtained->setGeometry(0, 2 * scaled(BarGap) + scaled(BarHeight), shpObtained->width(), scaled(BarHeight));
 }
 
 void frmReport::resizeEvent(QResizeEvent *event)
@@ -125,12 +134,14 @@ void frmReport::resizeEvent(QResizeEvent *event)
 
 void frmReport::Arrange()
 {
+    Scale();
     SetBar(shpRequired, m_report.RequiredShare(), ScoreReport::RequiredColor());
-    lblMessage->setText(m_report.Message());
+    lblMessage->SetResult(m_report.Message(), m_report.ObtainedColor());
     SetBar(shpObtained, m_report.ObtainedShare(), m_report.ObtainedColor());
     picScores->setAccessibleName(u"Required %1 percent, yours %2 percent"_s.arg(m_report.RequiredShare()).arg(m_report.ObtainedShare()));
-    lblMessage->adjustSize();
-    fraScores->adjustSize();
+    lblMessage->resize(lblMessage->sizeHint());
+    fraScores->layout()->activate();
+    fraScores->resize(fraScores->sizeHint());
 
     const auto sizeOf = [](const QWidget *widget) {
         return Twips::Box{ 0, 0, Twips::Of(widget->width()), Twips::Of(widget->height()) };

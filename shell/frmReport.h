@@ -6,8 +6,8 @@
 
 class LogoView;
 class QFrame;
-class QLabel;
 class QPushButton;
+class ResultLabel;
 
 // The score report of the current exam: the result in words and as two bars,
 // printed on demand or saved as a PDF file.
@@ -38,13 +38,14 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
+    void Scale();
     void Arrange();
     void SavePdf();
     template <class Job> void RunJob(Job &&job);
 
     ScoreReport m_report;
     LogoView *picLogo;
-    QLabel *lblMessage;
+    ResultLabel *lblMessage;
     QFrame *fraScores;
     QWidget *picScores;
     QFrame *shpRequired;

@@ -144,7 +144,7 @@ void frmReview::Load()
         widest = std::max(widest, fontMetrics().horizontalAdvance(entry.Text));
     }
     const int height = std::max(fontMetrics().height(), IconSize) + 10;
-    lvwReview->setGridSize(QSize(std::max(90, widest + IconSize + 22), height));
+    lvwReview->setGridSize(QSize(std::max(100, widest + IconSize + 44), height));
 }
 
 void frmReview::cmdGoTo_Click()

@@ -1,16 +1,14 @@
 #include "model/Exam.h"
-#include "model/File.h"
 #include "model/Globals.h"
 #include "tests/support/ExamBuilder.h"
 #include "tests/support/ExpectError.h"
 #include "tests/support/Sandbox.h"
 
-#include <QtEndian>
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
+#include <cstring>
+#include <vector>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -19,7 +17,7 @@ using namespace Qt::Literals::StringLiterals;
 static size_t largestRequest = 0;
 
 #ifdef __SANITIZE_ADDRESS__
-#include <sanitizer/allocator_interface.h>
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile void *, size_t), void (*)(const volatile void *));
 
 static void NoteRequest(const volatile void *, size_t size) { largestRequest = std::max(largestRequest, size); }
 static const int hooks = __sanitizer_install_malloc_and_free_hooks(NoteRequest, [](const volatile void *) {});
@@ -63,16 +61,13 @@ QString Sit(const QByteArray &bytes)
     Sandbox::WriteFile(path, bytes);
     largestRequest = 0;
     Exam header;
-    EXPECT_EQ(ErrorOf([&] { header.LoadHeader(path); }), u"none"_s);
+    EXPECT_EQ(ResultOf([&] { header.LoadHeader(path); }), u"none"_s);
     Exam exam;
-    const QString result = ErrorOf([&] { exam.Load(path); });
+    const QString result = ResultOf([&] { exam.Load(path); });
     if (result == u"none"_s) {
         for (const auto &question : exam.Questions()) {
             question->SetAnswer(question->CorrectAnswer());
-            ErrorOf([&] { Globals::AnswerLetters(question->Answer()); });
-        }
-        if (exam.Questions().Count() > 0) {
-            EXPECT_EQ(exam.CalculateScore(), exam.MaxScore());
+            ResultOf([&] { Globals::AnswerLetters(question->Answer()); });
         }
         exam.Save(path);
     }
@@ -101,35 +96,29 @@ TEST(HostileExamTest, EveryLength)
     EXPECT_EQ(Sit(bytes + "more"), u"none"_s);
 }
 
-TEST(HostileExamTest, EveryFlippedBit)
+TEST(HostileExamTest, FlippedBitsAndForgedCountsAtEveryPlace)
 {
     const QByteArray bytes = Small();
-    for (qsizetype bit = 0; bit < bytes.size() * 8; ++bit) {
-        QByteArray flipped = bytes;
-        flipped[bit / 8] = static_cast<char>(flipped[bit / 8] ^ (1 << bit % 8));
-        const QString result = Sit(flipped);
-        EXPECT_TRUE(result == u"none"_s || result == cut) << bit << " " << result.toStdString();
-    }
-}
-
-// Every place, and so every count among them.
-TEST(HostileExamTest, ForgedCounts)
-{
-    const QByteArray bytes = Small();
-    for (const quint32 count : { 0xFFFFFFFFU, 0x7FFFFFFFU, 0x80000000U, 0x10000000U }) {
-        for (qsizetype place = 0; place + 4 <= bytes.size(); ++place) {
-            QByteArray forged = bytes;
-            qToLittleEndian(count, forged.data() + place);
-            const QString result = Sit(forged);
-            EXPECT_TRUE(result == u"none"_s || result == cut) << count << " " << place << " " << result.toStdString();
+    for (qsizetype place = 0; place + 4 <= bytes.size(); ++place) {
+        quint32 there = 0;
+        std::memcpy(&there, bytes.data() + place, 4);
+        std::vector<quint32> values = { 0xFFFFFFFF, 0x7FFFFFFF, 0x80000000, 0x10000000 };
+        // The last places are flipped up to their end.
+        for (int bit = 0; bit < (place + 4 == bytes.size() ? 32 : 8); ++bit)
+            values.push_back(there ^ 1U << bit);
+        for (const quint32 value : values) {
+            QByteArray changed = bytes;
+            std::memcpy(changed.data() + place, &value, 4);
+            const QString result = Sit(changed);
+            EXPECT_TRUE(result == u"none"_s || result == cut) << place << " " << value << " " << result.toStdString();
         }
     }
     // The count of the items: promised and not there, or none at all.
     constexpr int items = 4 + 4 + 6 + 4 + 6 + 6;
     struct Row { quint32 Count; QString Result; };
     for (const Row &row : { Row{ 3, cut }, Row{ 0x7FFFFFFF, cut }, Row{ 0xFFFFFFFF, u"none"_s }, Row{ 1, u"none"_s } }) {
-        QByteArray forged = bytes;
-        qToLittleEndian(row.Count, forged.data() + items);
-        EXPECT_EQ(Sit(forged), row.Result) << row.Count;
+        QByteArray changed = bytes;
+        std::memcpy(changed.data() + items, &row.Count, 4);
+        EXPECT_EQ(Sit(changed), row.Result) << row.Count;
     }
 }

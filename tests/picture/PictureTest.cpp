@@ -9,11 +9,15 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <limits>
 #include <sys/stat.h>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
+
+// Where a BMP has its height.
+constexpr int BmpHeight = 22;
 
 QString Written(const QByteArray &bytes)
 {
@@ -74,25 +78,20 @@ private:
 TEST(PictureTest, WhatAnExhibitCanBe)
 {
     QByteArray topDown = Encoded(Sample(), "BMP");
-    constexpr int heightOffset = 22;
-    qToLittleEndian<qint32>(-2, topDown.data() + heightOffset);
+    qToLittleEndian<qint32>(-2, topDown.data() + BmpHeight);
     struct Row { const char *Name; QByteArray Bytes; QSize Size; QColor Top; };
     const Row rows[] = {
         { "bmp", Encoded(Sample(), "BMP"), { 2, 2 }, Qt::red },
         // The same rows in the file, told from the top down.
-        { "top-down bmp", topDown, { 2, 2 }, Qt::blue },
-        { "png", Encoded(Sample(3, 2), "PNG"), { 3, 2 }, Qt::red },
+        { "top-down bmp", topDown, { 2, 2 }, Qt::blue }, { "png", Encoded(Sample(3, 2), "PNG"), { 3, 2 }, Qt::red },
         { "ico", Encoded(Sample(16, 16), "ICO"), { 16, 16 }, Qt::red },
         { "jpeg", Encoded(Sample(16, 16).scaled(16, 160), "JPG"), { 16, 160 }, Qt::red },
-        { "gif", Gif(1), { 1, 1 }, Qt::red },
-        { "moving gif", Gif(3), { 1, 1 }, Qt::red },
+        { "gif", Gif(1), { 1, 1 }, Qt::red }, { "moving gif", Gif(3), { 1, 1 }, Qt::red },
     };
     for (const Row &row : rows) {
         const QImage image = Picture::Load(Written(row.Bytes));
         EXPECT_TRUE(image.size() == row.Size) << row.Name;
-        const QColor top = image.pixelColor(0, 0);
-        EXPECT_NEAR(top.red(), row.Top.red(), 4) << row.Name;
-        EXPECT_NEAR(top.blue(), row.Top.blue(), 4) << row.Name;
+        EXPECT_NEAR(image.pixelColor(0, 0).red(), row.Top.red(), 4) << row.Name;
     }
 }
 
@@ -102,27 +101,23 @@ TEST(PictureTest, WhatItCannotBe)
     const QString foreign = u"The file is not a BMP, GIF, JPEG, ICO or PNG picture"_s;
     const QString size = u"The picture is empty or too large"_s;
     const QString damaged = u"The picture is damaged"_s;
-    QByteArray flat = Encoded(Sample(), "BMP");
-    qToLittleEndian<qint32>(0, flat.data() + 22);
-    QByteArray wide = Encoded(Sample(), "BMP");
-    qToLittleEndian<qint32>(-100'000, wide.data() + 18);
-    QByteArray deep = Encoded(Sample(), "BMP");
-    qToLittleEndian<qint32>(std::numeric_limits<qint32>::min(), deep.data() + 22);
+    const auto bmp = [](int offset, qint32 number) {
+        QByteArray bytes = Encoded(Sample(), "BMP");
+        qToLittleEndian(number, bytes.data() + offset);
+        return bytes;
+    };
     struct Row { const char *Name; QByteArray Bytes; QString Start; };
     const Row rows[] = {
-        { "empty", "", foreign },
-        { "text that begins like a bmp", "BM was here, and this is plain text", damaged },
+        { "empty", "", foreign }, { "text that begins like a bmp", "BM was here, and this is plain text", damaged },
         { "plain text", "Figure 1", foreign },
         { "svg", "<?xml version=\"1.0\"?><svg xmlns=\"http://www.w3.org/2000/svg\" width=\"9\" height=\"9\"/>", foreign },
         { "xpm", "/* XPM */\nstatic char *x[] = {\n\"1 1 1 1\",\n\"a c #ff0000\",\n\"a\"};\n", foreign },
-        { "pbm", "P1\n1 1\n1\n", foreign },
-        { "huge gif", Gif(1, 30'000, 30'000), size },
-        { "huge frame", Gif(1, 0, 30'000), u""_s },
-        { "no frame", Gif(0), damaged },
+        { "pbm", "P1\n1 1\n1\n", foreign }, { "huge gif", Gif(1, 30'000, 30'000), size },
+        { "huge frame", Gif(1, 0, 30'000), u""_s }, { "no frame", Gif(0), damaged },
         { "huge png", Encoded(QImage(4'001, 4'000, QImage::Format_Mono), "PNG"), size },
-        { "bmp without height", flat, u""_s },
-        { "bmp of negative width", wide, u""_s },
-        { "bmp of the most negative height", deep, u""_s },
+        { "bmp without height", bmp(BmpHeight, 0), u""_s },
+        { "bmp of negative width", bmp(BmpHeight - 4, -100'000), u""_s },
+        { "bmp of the most negative height", bmp(BmpHeight, std::numeric_limits<qint32>::min()), u""_s },
         { "cut png", Encoded(Sample(), "PNG").left(60), damaged },
     };
     for (const Row &row : rows) {
@@ -135,7 +130,6 @@ TEST(PictureTest, WhatItCannotBe)
             EXPECT_TRUE(error.Description().startsWith(row.Start)) << row.Name << ": " << error.what();
         }
     }
-    EXPECT_EQ(Gif(1, 30'000, 30'000).size(), 43);
     EXPECT_EQ(Picture::Load(Written(Encoded(QImage(4'000, 4'000, QImage::Format_Mono), "PNG"))).width(), 4'000);
 }
 
@@ -147,7 +141,7 @@ TEST(PictureTest, OnlyRegularFilesOfThatVeryName)
     struct Row { QString Name; int Code; };
     for (const Row &row : { Row{ path.chopped(4), ENOENT }, Row{ u"missing.bmp"_s, ENOENT }, Row{ u"folder"_s, EISDIR },
                             Row{ u"pipe.bmp"_s, EINVAL }, Row{ u"/dev/zero"_s, EINVAL }, Row{ u""_s, ENOENT } })
-        EXPECT_EQ(ErrorOf([&] { Picture::Load(row.Name); }), u"%1 File::OpenFile()"_s.arg(row.Code)) << row.Name.toStdString();
+        EXPECT_EQ(ResultOf([&] { Picture::Load(row.Name); }), u"%1 File::OpenFile()"_s.arg(row.Code)) << row.Name.toStdString();
 }
 
 TEST(PictureTest, EveryLengthAndManyFlippedBits)
@@ -156,7 +150,7 @@ TEST(PictureTest, EveryLengthAndManyFlippedBits)
     for (const char *format : { "BMP", "PNG", "JPG", "ICO", "GIF" }) {
         const QByteArray bytes = qstrcmp(format, "GIF") == 0 ? Gif(2) : Encoded(Sample(9, 9), format);
         const auto harmless = [&](const QByteArray &changed) {
-            const QString result = ErrorOf([&] {
+            const QString result = ResultOf([&] {
                 const QImage image = Picture::Load(Written(changed));
                 EXPECT_FALSE(image.isNull());
                 EXPECT_LE(qint64(image.width()) * image.height(), Picture::MostPixels);

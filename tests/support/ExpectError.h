@@ -6,14 +6,21 @@
 #include <QString>
 
 #include <ostream>
+#include <type_traits>
 
-// The error that an operation raises as its number and source, such as
-// "62 Exam::Save()"; "none" when it comes back.
+// What an operation returns, as text ("none" for nothing), or the error that it
+// raises as its number and source, such as "62 Exam::Save()".
 template <class Operation>
-QString ErrorOf(Operation &&operation)
+QString ResultOf(Operation &&operation)
 {
     try {
-        operation();
+        using Result = decltype(operation());
+        if constexpr (std::is_void_v<Result>)
+            operation();
+        else if constexpr (std::is_arithmetic_v<Result>)
+            return QString::number(operation());
+        else
+            return operation();
     } catch (const Error &error) {
         return QString::number(error.Number()) + u' ' + error.Source();
     }

@@ -1,0 +1,167 @@
+#include "author/Check.h"
+#include "tests/support/ExamBuilder.h"
+#include "tests/support/ExpectError.h"
+#include "tests/support/Sandbox.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QImage>
+#include <QtEndian>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+void WritePicture(const QString &path)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    QImage image(4, 4, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    ASSERT_TRUE(image.save(&buffer, "BMP"));
+    Sandbox::WriteFile(path, bytes);
+}
+
+// The faults without the path at their beginning.
+QString FaultsOf(const QString &path)
+{
+    QStringList faults = Check::Faults(path);
+    for (QString &fault : faults) {
+        EXPECT_TRUE(fault.startsWith(path)) << fault.toStdString();
+        fault.remove(0, path.size() + 2);
+    }
+    return faults.join(u"; "_s);
+}
+
+const ItemSheet GoodItem{ u"Q"_s, { u"*a"_s, u"b"_s } };
+
+struct Row {
+    const char *Name;
+    std::function<void(Exam &)> Spoil; // an exam of two good items
+    const char16_t *Expected;
+};
+
+}
+
+TEST(CheckTest, WhatAnExamCanHoldWrong)
+{
+    const auto item = [](Exam &exam) -> Question & { return *exam.Questions().Item(2); };
+    const auto shown = [&](const QString &name) { return [=](Exam &exam) { item(exam).SetExhibit(name); }; };
+    const std::vector<Row> rows = {
+        { "nothing", [](Exam &) {}, u"" },
+        { "limits", [](Exam &e) { e.SetDuration(546), e.SetMaxScore(32767), e.SetPassScore(32767); }, u"" },
+        { "lower limits", [](Exam &e) { e.SetDuration(1), e.SetMaxScore(1), e.SetPassScore(0); }, u"" },
+        { "long", [](Exam &e) { e.SetDuration(547); }, u"the duration of 547 minutes is over 546" },
+        { "no time", [](Exam &e) { e.SetDuration(0); }, u"the duration is 0 minutes" },
+        { "no score", [](Exam &e) { e.SetMaxScore(0), e.SetPassScore(0); }, u"the maximum score is 0" },
+        { "negative scores", [](Exam &e) { e.SetMaxScore(-2), e.SetPassScore(-3); }, u"the maximum score is -2; the passing score is -3" },
+        { "not to be passed", [](Exam &e) { e.SetPassScore(1001); }, u"the passing score 1001 is above the maximum score 1000" },
+        { "empty", [](Exam &e) { e.Questions().Clear(); }, u"there are no items" },
+        { "item number", [&](Exam &e) { item(e).SetNumber(5); }, u"item 2: its number is 5" },
+        { "option number", [&](Exam &e) { item(e).Choices().Item(2)->SetNumber(0); }, u"item 2: the number of option 2 is 0" },
+        { "no solution", [&](Exam &e) { item(e).Choices().Item(1)->SetIsSolution(false), item(e).CalculateSolutionCount(); },
+          u"item 2: it has no solution" },
+        { "limit of none",
+          [&](Exam &e) { item(e).Choices().Item(1)->SetIsSolution(false), item(e).CalculateSolutionCount(), item(e).SetHasHint(true); },
+          u"item 2: it has no solution; item 2: it limits the selection to none" },
+        { "solution count", [&](Exam &e) { item(e).Choices().Item(2)->SetIsSolution(true); },
+          u"item 2: its solution count is 1, but 2 options are solutions" },
+        { "no options", [&](Exam &e) { item(e).Choices().Clear(), item(e).CalculateSolutionCount(); },
+          u"item 2: it has no options; item 2: it has no solution" },
+        { "26 options", [](Exam &e) { AddItem(e, { u"Q"_s, QStringList(26, u"*x"_s) }); }, u"" },
+        { "27 options", [](Exam &e) { AddItem(e, { u"Q"_s, QStringList(27, u"*x"_s) }); }, u"item 3: 27 options are more than 26" },
+        { "exhibit", shown(u"good.bmp"_s), u"" },
+        { "no exhibit", shown(u"gone.bmp"_s), u"item 2: the exhibit \"gone.bmp\": No such file or directory" },
+        { "no picture", shown(u"text.bmp"_s), u"item 2: the exhibit \"text.bmp\": The file is not a BMP, GIF, JPEG, ICO or PNG picture" },
+        { "upwards", shown(u"../good.bmp"_s), u"item 2: the exhibit \"../good.bmp\" is not a plain file name and may lead out of the folder" },
+        { "backslash", shown(u"..\\x"_s), u"item 2: the exhibit \"..\\x\" is not a plain file name and may lead out of the folder" },
+        { "control characters", shown(u"a\n\x1B[2J"_s), u"item 2: the exhibit \"a  [2J\": No such file or directory" },
+        { "the folder above", shown(u".."_s), u"item 2: the exhibit \"..\" is not a plain file name and may lead out of the folder" },
+    };
+    const QString folder = Sandbox::ExamsFolder() + u"/CHECK"_s;
+    WritePicture(folder + u"/good.bmp"_s);
+    WritePicture(Sandbox::ExamsFolder() + u"/good.bmp"_s);
+    Sandbox::WriteFile(folder + u"/text.bmp"_s, "no picture");
+    for (const Row &row : rows) {
+        const auto exam = NewExam();
+        AddItem(*exam, GoodItem);
+        AddItem(*exam, GoodItem);
+        row.Spoil(*exam);
+        EXPECT_EQ(FaultsOf(Install(*exam, u"CHECK"_s)), QString::fromUtf16(row.Expected)) << row.Name;
+    }
+}
+
+TEST(CheckTest, MoreItemsThanTheCountersHold)
+{
+    const auto exam = NewExam();
+    for (int i = 0; i < 32'768; ++i)
+        exam->Questions().Add(std::make_shared<Question>());
+    EXPECT_TRUE(FaultsOf(Install(*exam, u"MANY"_s)).startsWith("32768 items are more than 32767; "_L1));
+}
+
+TEST(CheckTest, FilesThatAreCutShortOrTooLong)
+{
+    const auto exam = NewExam();
+    AddItem(*exam, GoodItem);
+    AddItem(*exam, GoodItem);
+    const QByteArray whole = Sandbox::ReadFile(Install(*exam, u"CUT"_s));
+    const QString path = Sandbox::Path(u"cut.exam"_s);
+    for (qsizetype length = 0; length < whole.size(); ++length) {
+        Sandbox::WriteFile(path, whole.left(length));
+        const QString faults = FaultsOf(path);
+        EXPECT_TRUE(faults.startsWith("cut short: the file ends before item "_L1)) << length << faults.toStdString();
+        EXPECT_EQ(faults.contains("item 2"_L1), length >= (whole.size() + 4 + 4 + 7 + 4 + 6 + 6 + 4) / 2) << length;
+    }
+    Sandbox::WriteFile(path, whole + "xyz");
+    EXPECT_EQ(FaultsOf(path), u"trailing bytes: 3"_s);
+    // Counts that promise more than there is, and less than nothing.
+    const qsizetype count = 4 + 4 + 6 + 4 + 6 + 6;
+    for (const quint32 forged : { 0x7FFFFFFFU, 0xFFFFFFFFU, 0x80000000U }) {
+        QByteArray bytes = whole;
+        qToLittleEndian(forged, bytes.data() + count);
+        Sandbox::WriteFile(path, bytes);
+        const QString expected = forged == 0x7FFFFFFFU ? u"cut short: the file ends before item 3 is whole"_s
+                                                       : u"trailing bytes: %1; there are no items"_s.arg(whole.size() - count - 4);
+        EXPECT_EQ(FaultsOf(path), expected) << forged;
+    }
+}
+
+TEST(CheckTest, FoldersAndWhatTheirNamesLeadTo)
+{
+    const auto exam = NewExam();
+    AddItem(*exam, GoodItem);
+    const QByteArray bytes = Sandbox::ReadFile(Install(*exam, u"SRC"_s));
+    struct Row {
+        const char16_t *Folder;
+        QStringList Files;
+        const char16_t *Expected;
+    };
+    const std::vector<Row> rows = {
+        { u"good", { u"good.exam"_s }, u"" },
+        { u"dotted.101", { u"dotted.exam"_s }, u"" },
+        { u"other", { u"NET.exam"_s }, u"the folder's name leads to other.exam, which is not there" },
+        { u"empty", { u"read.me"_s }, u"the folder's name leads to empty.exam, which is not there" },
+        { u"two", { u"two.exam"_s, u"three.exam"_s }, u"several exam files: three.exam, two.exam" },
+        { u"case", { u"CASE.EXAM"_s }, u"the folder's name leads to case.exam, which is not there" },
+    };
+    for (const Row &row : rows) {
+        const QString folder = Sandbox::Path(QString::fromUtf16(row.Folder));
+        for (const QString &file : row.Files)
+            Sandbox::WriteFile(folder + u'/' + file, bytes);
+        EXPECT_EQ(FaultsOf(folder), QString::fromUtf16(row.Expected));
+        QDir::setCurrent(folder);
+        EXPECT_EQ(FaultsOf(u"."_s), QString::fromUtf16(row.Expected));
+        QDir::setCurrent(Sandbox::Path({}));
+    }
+    QDir().mkpath(Sandbox::Path(u"hollow/hollow.exam"_s));
+    EXPECT_EQ(Check::Faults(Sandbox::Path(u"hollow"_s)), QStringList{ Sandbox::Path(u"hollow/hollow.exam: Is a directory"_s) });
+    EXPECT_EQ(FaultsOf(Sandbox::Path(u"nowhere"_s)), u"No such file or directory"_s);
+    // A fault inside is told for the file, with a slash behind the folder too.
+    Sandbox::WriteFile(Sandbox::Path(u"good/good.exam"_s), bytes + "x");
+    EXPECT_EQ(Check::Faults(Sandbox::Path(u"good/"_s)),
+              QStringList{ Sandbox::Path(u"good/good.exam: trailing bytes: 1"_s) });
+}

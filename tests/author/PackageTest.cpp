@@ -1,0 +1,218 @@
+#include "author/Interrupt.h"
+#include "author/Package.h"
+#include "tests/support/ExamBuilder.h"
+#include "tests/support/ExpectError.h"
+#include "tests/support/Sandbox.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QImage>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+const Package::Header Header{ u"EX-1"_s, u"Sample"_s, 1000, 700, 90 };
+
+QString PictureFolder()
+{
+    static const QString folder = [] {
+        QImage image(4, 4, QImage::Format_RGB32);
+        image.fill(Qt::red);
+        QByteArray bytes;
+        QBuffer buffer(&bytes);
+        image.save(&buffer, "BMP");
+        const QString path = Sandbox::Path(u"pictures"_s);
+        for (const QString &name : { u"a.bmp"_s, u"b.bmp"_s, u"a.exam"_s, u"\u03B1.bmp"_s })
+            Sandbox::WriteFile(path + u'/' + name, bytes);
+        Sandbox::WriteFile(path + u"/text.bmp"_s, "text");
+        return path;
+    }();
+    return folder;
+}
+
+Package::Content Assembled(const QString &gift)
+{
+    return Package::Assemble(Gift::Parse(gift), Header, PictureFolder());
+}
+
+// "stem | explanation | 1,3 of 4 | hint | exhibit" for each item, then
+// "line: reason" for each left out.
+QString Shown(const Package::Content &content)
+{
+    QStringList lines;
+    for (const auto &question : content.Exam->Questions()) {
+        QString line = u"%1. %2 | %3 | %4 of %5"_s.arg(question->Number()).arg(question->Problem(), question->StoredExplaination(),
+                                                       question->CorrectAnswer()).arg(question->Choices().Count());
+        if (question->SolutionCount() != question->AnswerCount())
+            line += u" | wrong count"_s;
+        if (question->HasHint())
+            line += u" | hint"_s;
+        lines.append(question->HasExhibit() ? line + u" | "_s + question->Exhibit() : line);
+    }
+    for (const Package::LeftOut &item : content.LeftOut)
+        lines.append(u"%1: %2"_s.arg(item.Line).arg(item.Reason));
+    return lines.join(u'\n');
+}
+
+QStringList Names(const QString &folder)
+{
+    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+}
+
+struct Row {
+    const char *Name;
+    QString Source;
+    QString Expected;
+};
+
+}
+
+TEST(PackageTest, WhatIsTakenAndWhatIsLeftOut)
+{
+    const std::vector<Row> rows = {
+        { "single", u"Q {~a =b}"_s, u"1. Q |  | 2 of 2"_s },
+        { "multiple", u"Q {~%50%a ~b ~%50%c}"_s, u"1. Q |  | 1,3 of 3 | hint"_s },
+        { "several right", u"Q {=a ~b =c}"_s, u"1. Q |  | 1,3 of 3 | hint"_s },
+        { "no limit", u"// [nolimit]\nQ {~%50%a ~b ~%50%c}"_s, u"1. Q |  | 1,3 of 3"_s },
+        { "numbers go on", u"Q {T}\n\nR {}\n\nS {F}"_s,
+          u"1. Q |  | 1 of 2\n2. S |  | 2 of 2\n3: an essay question has no options"_s },
+        { "explanation", u"Q {=a ~b####  general  }"_s, u"1. Q | general | 1 of 2"_s },
+        { "feedback", u"Q {=a#yes ~b ~c#[html]<b>no</b>}"_s, u"1. Q | A: yes\nC: no | 1 of 3"_s },
+        { "both", u"Q {=a#yes ~b####general}"_s, u"1. Q | general\n\nA: yes | 1 of 2"_s },
+        { "HTML", u"[html]<p>Q</p> {=<i>a</i> ~b}"_s, u"1. Q |  | 1 of 2"_s },
+        { "of the page", u"\u20AC\u00E9 {T}"_s, u"1. \u20AC\u00E9 |  | 1 of 2"_s },
+        { "an accent of its own", u"e\u0301 {T}"_s, u"1. \u00E9 |  | 1 of 2"_s },
+        { "not of the page", u"\u2192 {T}"_s, u"1: the character \"\u2192\" (U+2192) is not in code page 1252"_s },
+        { "in an option", u"Q {=a ~\U0001F600}"_s, u"1: the character \"\U0001F600\" (U+1F600) is not in code page 1252"_s },
+        { "in an explanation", u"Q {=a ~b####\u2264}"_s, u"1: the character \"\u2264\" (U+2264) is not in code page 1252"_s },
+        { "in an option's feedback", u"Q {=a ~b#\u2264}"_s, u"1: the character \"\u2264\" (U+2264) is not in code page 1252"_s },
+        { "no UTF-8", u"Q {=\uFFFD ~b}"_s, u"1: it holds bytes that are not UTF-8"_s },
+        { "26 options", u"Q {=a"_s + u"~b"_s.repeated(25) + u'}', u"1. Q |  | 1 of 26"_s },
+        { "27 options", u"Q {=a"_s + u"~b"_s.repeated(26) + u'}', u"1: it has 27 options, and an exam has letters for 26"_s },
+        { "one option", u"Q {~%100%a}"_s, u"1: it has fewer than 2 options"_s },
+        { "no right one", u"Q {~a ~b}"_s, u"1: no option is right"_s },
+        { "an empty option", u"Q {=a ~}"_s, u"1: option 2 is empty"_s },
+        { "no question", u"::t:: {T}"_s, u"1: it has no question text"_s },
+        { "exhibit", u"// [exhibit:a.bmp]\nQ {T}"_s, u"1. Q |  | 1 of 2 | a.bmp"_s },
+        { "no exhibit", u"// [exhibit:x.bmp]\nQ {T}"_s, u"2: the exhibit \"x.bmp\": No such file or directory"_s },
+        { "no picture", u"// [exhibit:text.bmp]\nQ {T}"_s,
+          u"2: the exhibit \"text.bmp\": The file is not a BMP, GIF, JPEG, ICO or PNG picture"_s },
+        { "out of the folder", u"// [exhibit:../a.bmp]\nQ {T}"_s, u"2: the exhibit \"../a.bmp\" is not a plain file name"_s },
+        { "backslash", u"// [exhibit:x\\\\a.bmp]\nQ {T}"_s, u"2: the exhibit \"x\\a.bmp\" is not a plain file name"_s },
+        { "the folder above", u"// [exhibit:..]\nQ {T}"_s, u"2: the exhibit \"..\" is not a plain file name"_s },
+        { "no name", u"// [exhibit:]\nQ {T}"_s, u"2: the exhibit \"\" is not a plain file name"_s },
+        { "named like an exam", u"// [exhibit:a.exam]\nQ {T}"_s, u"2: the exhibit \"a.exam\" is named like an exam"_s },
+        { "a name off the page", u"// [exhibit:\u03B1.bmp]\nQ {T}"_s,
+          u"2: the name of the exhibit \"\u03B1.bmp\" is not in code page 1252"_s },
+    };
+    for (const Row &row : rows)
+        EXPECT_EQ(Shown(Assembled(row.Source)), row.Expected) << row.Name;
+}
+
+TEST(PackageTest, AnExamHoldsNoMoreThanItsCounters)
+{
+    const Package::Content content = Assembled(u"Q {T}\n\n"_s.repeated(32'768));
+    EXPECT_EQ(content.Exam->Questions().Count(), 32'767);
+    EXPECT_EQ(content.Exam->Questions().Item(32'767)->Number(), 32'767);
+    ASSERT_EQ(content.LeftOut.size(), 1U);
+    EXPECT_EQ(content.LeftOut.front().Line, 65'535);
+}
+
+TEST(PackageTest, FolderWithExamAndEachPictureOnce)
+{
+    const Package::Content content =
+        Assembled(u"// [exhibit:a.bmp]\nQ {T}\n\n// [exhibit:a.bmp]\nR {F}\n\n// [exhibit:b.bmp]\nS {}"_s);
+    const QString out = Sandbox::Path(u"made/up/NET.101"_s);
+    Package::Write(content, PictureFolder(), out + u'/', false);
+    EXPECT_EQ(Names(out), (QStringList{ u"NET.exam"_s, u"a.bmp"_s })) << "nothing of items left out";
+    EXPECT_EQ(Names(Sandbox::Path(u"made/up"_s)), QStringList{ u"NET.101"_s });
+    EXPECT_EQ(Sandbox::ReadFile(out + u"/a.bmp"_s), Sandbox::ReadFile(PictureFolder() + u"/a.bmp"_s));
+    Exam exam;
+    exam.Load(out + u"/NET.exam"_s);
+    EXPECT_EQ(exam.Code(), Header.Code);
+    EXPECT_EQ(exam.Name(), Header.Name);
+    EXPECT_EQ(exam.MaxScore(), 1000);
+    EXPECT_EQ(exam.PassScore(), 700);
+    EXPECT_EQ(exam.Duration(), 90);
+    EXPECT_EQ(exam.Questions().Count(), 2);
+    const auto plain = Sandbox::Path(u"plain"_s);
+    QDir().mkdir(plain);
+    EXPECT_EQ(QFile::permissions(out), QFile::permissions(plain)) << "others may read what they may read elsewhere";
+}
+
+TEST(PackageTest, TargetsThatAreRefused)
+{
+    const Package::Content content = Assembled(u"Q {T}"_s);
+    const QString root = Sandbox::Path(u"targets"_s);
+    Sandbox::WriteFile(root + u"/PACK/PACK.exam"_s, "old");
+    Sandbox::WriteFile(root + u"/PACK/old.bmp"_s, "old");
+    Sandbox::WriteFile(root + u"/home/notes.txt"_s, "mine");
+    Sandbox::WriteFile(root + u"/deep/deep.exam"_s, "old");
+    Sandbox::WriteFile(root + u"/deep/more/notes.txt"_s, "mine");
+    Sandbox::WriteFile(root + u"/mixed/mixed.exam"_s, "old");
+    Sandbox::WriteFile(root + u"/mixed/notes.txt"_s, "mine");
+    Sandbox::WriteFile(root + u"/photos/a.jpg"_s, "mine");
+    Sandbox::WriteFile(root + u"/file"_s, "mine");
+    QDir().mkdir(root + u"/hollow"_s);
+    QFile::link(root + u"/PACK"_s, root + u"/link"_s);
+    QFile::link(root + u"/nowhere"_s, root + u"/broken"_s);
+    const QStringList before = Names(root);
+    struct Target {
+        const char16_t *Name;
+        bool Replace;
+        const char16_t *Error;
+    };
+    const char16_t refused[] = u"5 Package::Write()";
+    const std::vector<Target> rows = {
+        { u"PACK", false, refused },  { u"hollow", false, refused }, { u"file", true, refused },  { u"home", true, refused },
+        { u"mixed", true, refused },  { u"photos", true, refused },
+        { u"deep", true, refused },   { u"link", true, refused },    { u"broken", true, refused }, { u"a\"b", false, refused },
+        { u"blank ", false, refused }, { u"file/PACK", false, u"20 Package::Write()" },
+    };
+    for (const Target &row : rows) {
+        const QString out = root + u'/' + QString::fromUtf16(row.Name);
+        EXPECT_EQ(ResultOf([&] { Package::Write(content, {}, out, row.Replace); }), QString::fromUtf16(row.Error)) << out.toStdString();
+        EXPECT_EQ(Names(root), before) << out.toStdString();
+    }
+    for (const QString &out : { QString(), u"/"_s })
+        EXPECT_EQ(ResultOf([&] { Package::CheckTarget(out, true); }), QString::fromUtf16(refused)) << out.toStdString();
+
+    for (const QString &name : { u"PACK"_s, u"hollow"_s }) {
+        Package::Write(content, {}, root + u'/' + name, true);
+        EXPECT_EQ(Names(root + u'/' + name), QStringList{ name + u".exam"_s });
+    }
+    EXPECT_EQ(Names(root), before);
+}
+
+TEST(PackageTest, AFailureLeavesNothingButTheOldPackage)
+{
+    Package::Content content = Assembled(u"Q {T}"_s);
+    content.Pictures = { u"a.bmp"_s, u"vanished.bmp"_s };
+    const QString root = Sandbox::Path(u"failing"_s);
+    Sandbox::WriteFile(root + u"/OLD/OLD.exam"_s, "old");
+    for (const QString &name : { u"OLD"_s, u"NEW"_s, u"a/b/NEW"_s }) {
+        EXPECT_EQ(ResultOf([&] { Package::Write(content, PictureFolder(), root + u'/' + name, true); }), u"2 File::OpenFile()"_s);
+        EXPECT_EQ(Names(root), QStringList{ u"OLD"_s });
+        EXPECT_EQ(Sandbox::ReadFile(root + u"/OLD/OLD.exam"_s), QByteArray("old"));
+    }
+}
+
+TEST(PackageTest, ASignalIsNotedWhileFilesAreMade)
+{
+    for (const int signal : { SIGINT, SIGTERM, SIGHUP }) {
+        {
+            const Interrupt interrupt;
+            EXPECT_EQ(ResultOf([] { Interrupt::Check(); }), u"none"_s);
+            std::raise(signal);
+            EXPECT_EQ(ResultOf([] { Interrupt::Check(); }), u"125 Interrupt::Check()"_s);
+        }
+        struct sigaction after = {};
+        sigaction(signal, nullptr, &after);
+        EXPECT_EQ(after.sa_handler, SIG_DFL) << signal;
+    }
+}

@@ -1,0 +1,237 @@
+#include "tests/support/ExamBuilder.h"
+#include "tests/support/ExpectError.h"
+#include "tests/support/Sandbox.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <functional>
+#include <sys/resource.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+struct Outcome {
+    int Code;
+    QString Out;
+    QString Err;
+};
+
+const QString Program = QStringLiteral(AUTHOR_PROGRAM);
+
+// Runs the program in a folder of the sandbox, on a machine with a platform
+// chosen that needs a display and without one.
+Outcome Started(const QStringList &arguments, const std::function<void(QProcess &)> &prepare = {})
+{
+    QProcess process;
+    process.setWorkingDirectory(Sandbox::Path({}));
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(u"DISPLAY"_s);
+    environment.remove(u"WAYLAND_DISPLAY"_s);
+    environment.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
+    process.setProcessEnvironment(environment);
+    if (prepare)
+        prepare(process);
+    process.start(Program, arguments);
+    EXPECT_TRUE(process.waitForFinished(120'000));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    return { process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+             QString::fromUtf8(process.readAllStandardError()) };
+}
+
+const QStringList Numbers = { u"--max"_s, u"1000"_s, u"--pass"_s, u"700"_s, u"--minutes"_s, u"90"_s };
+
+QStringList BuildArguments(const QString &source, const QString &out, const QStringList &more = {})
+{
+    return QStringList{ u"build"_s, source, u"--code"_s, u"EX-1"_s, u"--name"_s, u"Sample"_s, u"--out"_s, out } + Numbers + more;
+}
+
+QByteArray Bmp(int side)
+{
+    QImage image(side, side, QImage::Format_RGB32);
+    image.fill(Qt::green);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    image.save(&buffer, "BMP");
+    return bytes;
+}
+
+QStringList Names(const QString &folder)
+{
+    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+}
+
+QJsonObject Dumped(const QString &path)
+{
+    const Outcome dump = Started({ u"dump"_s, path });
+    EXPECT_EQ(dump.Code, 0) << dump.Err.toStdString();
+    return QJsonDocument::fromJson(dump.Out.toUtf8()).object();
+}
+
+}
+
+TEST(ProgramTest, FromBankToPackage)
+{
+    Sandbox::WriteFile(Sandbox::Path(u"bank/b.gift"_s),
+                       "// [exhibit:p.bmp]\nOne {=a ~b####why}\n\nTwo {=x}\n\n\nThree {~%50%a ~%50%b ~c}\n\n// [exhibit:q.bmp]\nFour {T}\n");
+    Sandbox::WriteFile(Sandbox::Path(u"bank/p.bmp"_s), Bmp(4));
+    const Outcome build = Started(BuildArguments(u"bank/b.gift"_s, u"bank/PACK"_s));
+    EXPECT_EQ(build.Code, 0);
+    EXPECT_EQ(build.Out, QString());
+    EXPECT_EQ(build.Err, u"bank/b.gift:4: a short-answer question has no options\n"
+                         "bank/b.gift:10: the exhibit \"q.bmp\": No such file or directory\n"
+                         "2 items taken, 2 left out\n"_s);
+    EXPECT_EQ(Names(Sandbox::Path(u"bank/PACK"_s)), (QStringList{ u"PACK.exam"_s, u"p.bmp"_s }));
+    const QJsonObject exam = Dumped(u"bank/PACK/PACK.exam"_s);
+    EXPECT_EQ(exam.value("code"_L1).toString(), u"EX-1"_s);
+    EXPECT_EQ(exam.value("questions"_L1).toArray().size(), 2);
+    EXPECT_EQ(exam.value("questions"_L1).toArray().at(1).toObject().value("hasHint"_L1).toBool(), true);
+    EXPECT_EQ(Started({ u"check"_s, u"bank/PACK"_s, u"bank/PACK/PACK.exam"_s }).Code, 0);
+
+    // The pictures from elsewhere this time, and one item less to leave out.
+    Sandbox::WriteFile(Sandbox::Path(u"drawings/p.bmp"_s), Bmp(5));
+    Sandbox::WriteFile(Sandbox::Path(u"drawings/q.bmp"_s), Bmp(5));
+    const Outcome again = Started(BuildArguments(u"bank/b.gift"_s, u"bank/PACK"_s, { u"--replace"_s, u"--pictures"_s, u"drawings"_s }));
+    EXPECT_EQ(again.Code, 0) << again.Err.toStdString();
+    EXPECT_TRUE(again.Err.endsWith("\n3 items taken, 1 left out\n"_L1)) << again.Err.toStdString();
+    EXPECT_EQ(Sandbox::ReadFile(Sandbox::Path(u"bank/PACK/p.bmp"_s)), Bmp(5));
+
+    QFile::remove(Sandbox::Path(u"bank/PACK/q.bmp"_s));
+    const Outcome check = Started({ u"check"_s, u"bank/PACK"_s });
+    EXPECT_EQ(check.Code, 1);
+    EXPECT_EQ(check.Out, u"bank/PACK/PACK.exam: item 3: the exhibit \"q.bmp\": No such file or directory\n"_s);
+}
+
+TEST(ProgramTest, NothingToTakeAndNothingToRead)
+{
+    Sandbox::WriteFile(Sandbox::Path(u"none/b.gift"_s), "Just text\n\nR {=a}\n");
+    Sandbox::WriteFile(Sandbox::Path(u"none/OLD/OLD.exam"_s), "old");
+    for (const QString &out : { u"none/OLD"_s, u"none/NEW"_s }) {
+        const Outcome build = Started(BuildArguments(u"none/b.gift"_s, out, { u"--replace"_s }));
+        EXPECT_EQ(build.Code, 1);
+        EXPECT_TRUE(build.Err.endsWith("\n0 items taken, 2 left out\n"_L1)) << build.Err.toStdString();
+        EXPECT_EQ(Names(Sandbox::Path(u"none"_s)), (QStringList{ u"OLD"_s, u"b.gift"_s }));
+    }
+    EXPECT_EQ(Sandbox::ReadFile(Sandbox::Path(u"none/OLD/OLD.exam"_s)), QByteArray("old"));
+    const Outcome missing = Started(BuildArguments(u"none/x.gift"_s, u"none/NEW"_s));
+    EXPECT_EQ(missing.Code, 1);
+    EXPECT_EQ(missing.Err, u"practorium-author: none/x.gift: No such file or directory\n"_s);
+    const Outcome dump = Started({ u"dump"_s, u"none/OLD/OLD.exam"_s });
+    EXPECT_EQ(dump.Code, 1);
+    EXPECT_EQ(dump.Out, QString());
+    EXPECT_EQ(dump.Err, u"none/OLD/OLD.exam: Input past end of file\n"_s);
+}
+
+TEST(ProgramTest, WrongUsage)
+{
+    Sandbox::WriteFile(Sandbox::Path(u"u/b.gift"_s), "Q {T}");
+    const auto build = [](const QStringList &more) { return BuildArguments(u"u/b.gift"_s, u"u/OUT"_s, more); };
+    const std::vector<QStringList> rows = {
+        {}, { u"bogus"_s }, { u"dump"_s }, { u"dump"_s, u"a"_s, u"b"_s }, { u"check"_s }, { u"check"_s, u"--x"_s },
+        { u"build"_s }, { u"build"_s, u"u/b.gift"_s }, build({ u"more.gift"_s }), build({ u"--bogus"_s }),
+        build({ u"--max"_s, u"0"_s }), build({ u"--max"_s, u"32768"_s }), build({ u"--max"_s, u"1e3"_s }), build({ u"--max"_s, u""_s }),
+        build({ u"--pass"_s, u"1001"_s }), build({ u"--pass"_s, u"-1"_s }), build({ u"--minutes"_s, u"0"_s }),
+        build({ u"--minutes"_s, u"547"_s }), build({ u"--code"_s, u" "_s }), build({ u"--name"_s, u"\u2192"_s }),
+    };
+    for (const QStringList &row : rows) {
+        const Outcome outcome = Started(row);
+        EXPECT_EQ(outcome.Code, 2) << row.join(u' ').toStdString();
+        EXPECT_EQ(outcome.Out, QString()) << row.join(u' ').toStdString();
+        EXPECT_FALSE(outcome.Err.isEmpty()) << row.join(u' ').toStdString();
+        EXPECT_FALSE(QFile::exists(Sandbox::Path(u"u/OUT"_s))) << row.join(u' ').toStdString();
+    }
+    const Outcome limits = Started(build({ u"--max"_s, u"32767"_s, u"--pass"_s, u"0"_s, u"--minutes"_s, u"546"_s }));
+    EXPECT_EQ(limits.Code, 0) << limits.Err.toStdString();
+    EXPECT_EQ(limits.Err, u"1 item taken, 0 left out\n"_s);
+    EXPECT_EQ(Started({ u"--version"_s }).Out, u"practorium-author 1.0.0\n"_s);
+    for (const QStringList &help : { QStringList{ u"--help"_s }, { u"build"_s, u"--help"_s }, { u"dump"_s, u"-h"_s }, { u"check"_s, u"--help"_s } }) {
+        const Outcome outcome = Started(help);
+        EXPECT_EQ(outcome.Code, 0);
+        EXPECT_TRUE(outcome.Out.contains("Usage: practorium-author "_L1)) << outcome.Out.toStdString();
+        EXPECT_EQ(outcome.Err, QString());
+    }
+}
+
+TEST(ProgramTest, ThePageOfTheUsersLanguage)
+{
+    Sandbox::WriteFile(Sandbox::Path(u"ru/b.gift"_s), QStringLiteral("Что? {=да ~нет}\n\nCaf\u00E9? {T}\n").toUtf8());
+    const auto russian = [](QProcess &process) {
+        QProcessEnvironment environment = process.processEnvironment();
+        environment.insert(u"LC_ALL"_s, u"ru_RU.UTF-8"_s);
+        process.setProcessEnvironment(environment);
+    };
+    const Outcome build = Started(BuildArguments(u"ru/b.gift"_s, u"ru/OUT"_s), russian);
+    EXPECT_EQ(build.Code, 0);
+    EXPECT_EQ(build.Err, u"ru/b.gift:3: the character \"\u00E9\" (U+00E9) is not in code page 1251\n1 item taken, 1 left out\n"_s);
+    EXPECT_TRUE(Started({ u"dump"_s, u"ru/OUT/OUT.exam"_s }, russian).Out.contains(u"\"problem\":\"Что?\""_s));
+}
+
+TEST(ProgramTest, AFullDiskLeavesNoHalfPackage)
+{
+    Sandbox::WriteFile(Sandbox::Path(u"full/small.gift"_s), "// [exhibit:p.bmp]\nQ {T}\n");
+    Sandbox::WriteFile(Sandbox::Path(u"full/large.gift"_s), "Q {=" + QByteArray(20'000, 'x') + " ~b}\n");
+    Sandbox::WriteFile(Sandbox::Path(u"full/p.bmp"_s), Bmp(100));
+    Sandbox::WriteFile(Sandbox::Path(u"full/OLD/OLD.exam"_s), "old");
+    const auto limited = [](QProcess &process) {
+        process.setChildProcessModifier([] {
+            const rlimit limit = { 8'000, 8'000 };
+            setrlimit(RLIMIT_FSIZE, &limit);
+        });
+    };
+    const QStringList before = Names(Sandbox::Path(u"full"_s));
+    for (const QString &source : { u"small"_s, u"large"_s }) {
+        for (const QString &out : { u"OLD"_s, u"NEW"_s, u"a/b/NEW"_s }) {
+            const Outcome build = Started(BuildArguments(u"full/"_s + source + u".gift"_s, u"full/"_s + out, { u"--replace"_s }), limited);
+            EXPECT_EQ(build.Code, 1) << build.Err.toStdString();
+            EXPECT_TRUE(build.Err.endsWith(": File too large\n"_L1)) << build.Err.toStdString();
+            EXPECT_EQ(Names(Sandbox::Path(u"full"_s)), before);
+            EXPECT_EQ(Sandbox::ReadFile(Sandbox::Path(u"full/OLD/OLD.exam"_s)), QByteArray("old"));
+        }
+    }
+    const auto full = [](QProcess &process) { process.setStandardOutputFile(u"/dev/full"_s); };
+    const auto exam = NewExam();
+    AddItem(*exam, { u"Q"_s, { u"a"_s } });
+    const QString path = Install(*exam, u"FULL"_s);
+    for (const QString &command : { u"dump"_s, u"check"_s }) {
+        const Outcome outcome = Started({ command, path }, full);
+        EXPECT_EQ(outcome.Code, 1);
+        EXPECT_EQ(outcome.Err, u"practorium-author: the output cannot be written\n"_s);
+    }
+}
+
+TEST(ProgramTest, ACancelledRunLeavesNothing)
+{
+    QByteArray gift;
+    for (int i = 0; i < 12; ++i) {
+        const QString name = u"p%1.bmp"_s.arg(i);
+        gift += "// [exhibit:" + name.toUtf8() + "]\nQ {T}\n\n";
+        Sandbox::WriteFile(Sandbox::Path(u"cancel/"_s + name), Bmp(2'000));
+    }
+    Sandbox::WriteFile(Sandbox::Path(u"cancel/b.gift"_s), gift);
+    const QString parent = Sandbox::Path(u"cancelled"_s);
+    QDir().mkpath(parent);
+    QProcess process;
+    process.setWorkingDirectory(Sandbox::Path({}));
+    process.start(Program, BuildArguments(u"cancel/b.gift"_s, u"cancelled/OUT"_s));
+    QElapsedTimer timer;
+    timer.start();
+    while (Names(parent).isEmpty() && timer.elapsed() < 60'000)
+        QThread::usleep(200);
+    ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
+    ASSERT_TRUE(process.waitForFinished(60'000));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(process.exitCode(), 1);
+    EXPECT_EQ(process.readAllStandardError(), QByteArray("practorium-author: Cancelled\n"));
+    EXPECT_EQ(Names(parent), QStringList());
+}
