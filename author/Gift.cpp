@@ -83,13 +83,15 @@ void ReadOptions(Item &item, const QString &block)
     }
     // With an equals sign anywhere only full credit is right, without one every
     // credit is part of the answer.
-    const bool anyEqualsSign = std::any_of(options.begin(), options.end(), [](const auto &o) { return o.HasEqualsSign; });
+    const bool isSingle = std::any_of(options.begin(), options.end(), [](const auto &o) { return o.HasEqualsSign; });
+    int right = 0;
     for (MarkedOption &option : options) {
-        option.Content.IsRight = anyEqualsSign && !option.HasEqualsSign ? option.Weight >= FullCredit : option.Weight > 0;
+        const bool isPartOnly = isSingle && !option.HasEqualsSign && option.Weight < FullCredit;
+        option.Content.IsRight = option.Weight > 0 && !isPartOnly;
+        right += option.Content.IsRight ? 1 : 0;
         item.Options.push_back(std::move(option.Content));
     }
-    const auto right = std::count_if(item.Options.begin(), item.Options.end(), [](const Option &o) { return o.IsRight; });
-    item.IsMultiple = !anyEqualsSign || right > 1;
+    item.IsMultiple = !isSingle || right > 1;
 }
 
 // {T#when wrong#when right}; false when the block is no such one.
@@ -128,7 +130,8 @@ QString ReadBlock(Item &item, QString block)
     if (!block.startsWith(u'=') && !block.startsWith(u'~'))
         return u"the answer block begins with neither \"=\" nor \"~\""_s;
     if (!block.contains(u'~'))
-        return block.contains("->"_L1) ? u"a matching question has no options"_s : u"a short-answer question has no options"_s;
+        return block.contains("->"_L1) ? u"a matching question has no options"_s
+                                       : u"a short-answer question has no options"_s;
     ReadOptions(item, block);
     return {};
 }

@@ -27,9 +27,9 @@ Error Refused(const QString &text)
 
 void Demand(const std::error_code &code, const QString &path)
 {
+    const QString text = QString::fromLocal8Bit(code.message());
     if (code)
-        throw Error(code.value(), u"%1: %2"_s.arg(QDir::toNativeSeparators(path), QString::fromStdString(code.message())),
-                    u"Package::Write()"_s);
+        throw Error(code.value(), QDir::toNativeSeparators(path) + u": "_s + text, u"Package::Write()"_s);
 }
 
 fs::path Native(const QString &path)
@@ -201,7 +201,7 @@ void CheckTarget(const QString &out, bool replace)
     if (out.isEmpty() || name.isEmpty())
         throw Refused(u"\"%1\" is no name for a package folder"_s.arg(out));
     if (target.contains(u'"') || name != Common::TrimBlanks(name))
-        throw Refused(u"%1: no exam is found in a folder with double quotes, or blanks at the ends, in its path"_s.arg(out));
+        throw Refused(u"%1: the path holds double quotes, or its name begins or ends with a blank"_s.arg(out));
     const QFileInfo info(target);
     if (!info.exists() && !info.isSymLink())
         return;

@@ -110,7 +110,8 @@ QSet<QString> TagsInUse(const QString &text)
     for (auto match = TagPattern().globalMatch(text); match.hasNext();) {
         const QRegularExpressionMatch tag = match.next();
         const QString name = NameOf(tag);
-        if (!IsKnown(name) || IsOneOf(name, "html head body script style meta link form input select option textarea"_L1))
+        if (!IsKnown(name) || IsOneOf(name, "html head body script style meta link form input select option "
+                                            "textarea"_L1))
             continue;
         if (tag.capturedLength(u"close"_s) == 0)
             opened.insert(name);
@@ -287,9 +288,9 @@ private:
         m_margin = format.bottomMargin();
         m_wasList = list != nullptr;
         const QString mark = list ? MarkOf(*list, block) : QString();
-        const QString rule = format.hasProperty(QTextFormat::BlockTrailingHorizontalRulerWidth) ? u"-----"_s : QString();
+        const bool isRule = format.hasProperty(QTextFormat::BlockTrailingHorizontalRulerWidth);
         const QString indent(mark.size(), u' ');
-        QStringList lines = (TextOf(block) + rule).split(QChar(QChar::LineSeparator));
+        QStringList lines = (TextOf(block) + (isRule ? u"-----"_s : QString())).split(QChar(QChar::LineSeparator));
         for (qsizetype i = 0; i < lines.size(); ++i) {
             QString line = (i == 0 ? mark : indent) + lines.at(i);
             while (!line.isEmpty() && line.back().isSpace())
@@ -355,12 +356,59 @@ private:
     bool m_wasList = false;
 };
 
-QString FromHtml(const QString &html)
+// Whether every letter and digit of the text is in the result as often. The
+// toolkit's readers lose what stands in the wrong place of a table.
+bool HoldsAll(const QString &result, const QString &text)
+{
+    QHash<QChar, int> missing;
+    for (const QChar c : text)
+        missing[c] += c.isLetterOrNumber() ? 1 : 0;
+    for (const QChar c : result)
+        --missing[c];
+    return std::all_of(missing.begin(), missing.end(), [](int count) { return count <= 0; });
+}
+
+QString Rendered(const QString &html)
 {
     Document document;
     document.setUndoRedoEnabled(false);
     document.setHtml(html);
     return Reader().Read(document);
+}
+
+QString AltOf(const QRegularExpressionMatch &tag)
+{
+    static const QRegularExpression alt(u"\\balt\\s*=\\s*(?:\"([^\"]*)\"|'([^']*)')"_s);
+    const QRegularExpressionMatch found = alt.match(tag.captured());
+    return found.captured(1) + found.captured(2);
+}
+
+// The text between the tags, one line for each block.
+QString WithoutTags(QString html)
+{
+    static const QRegularExpression unseen(u"<(script|style)\\b.*?</\\1\\s*>"_s,
+                                           QRegularExpression::CaseInsensitiveOption
+                                               | QRegularExpression::DotMatchesEverythingOption);
+    html.remove(unseen);
+    QString text;
+    qsizetype at = 0;
+    for (auto match = TagPattern().globalMatch(html); match.hasNext();) {
+        const QRegularExpressionMatch tag = match.next();
+        text += html.mid(at, tag.capturedStart() - at);
+        if (MakesLines(NameOf(tag)))
+            text += u'\n';
+        else if (const QString alt = AltOf(tag); !alt.isEmpty())
+            text += u'[' + alt + u']';
+        at = tag.capturedEnd();
+    }
+    return Rendered(u"<pre>"_s + text + html.mid(at) + u"</pre>"_s);
+}
+
+QString FromHtml(const QString &html)
+{
+    const QString text = Rendered(html);
+    const QString all = WithoutTags(html);
+    return HoldsAll(text, all) ? text : all;
 }
 
 // Tags are taken out beforehand, outside code: the reader of Markdown loses
@@ -369,7 +417,6 @@ QString FromMarkdown(const QString &markdown)
 {
     static const QRegularExpression codeOrTag(u"(```.*?```|~~~.*?~~~|`[^`\\n]+`)|"_s + TagPattern().pattern(),
                                               QRegularExpression::DotMatchesEverythingOption);
-    static const QRegularExpression alt(u"\\balt\\s*=\\s*(?:\"([^\"]*)\"|'([^']*)')"_s);
     QString bare;
     qsizetype at = 0;
     for (auto match = codeOrTag.globalMatch(markdown); match.hasNext();) {
@@ -383,7 +430,7 @@ QString FromMarkdown(const QString &markdown)
         if (name == "br"_L1)
             bare += HiddenBreak;
         else if (name == "img"_L1)
-            bare += u'[' + alt.match(found.captured()).captured(1) + alt.match(found.captured()).captured(2) + u']';
+            bare += u'[' + AltOf(found) + u']';
         else if (IsPlayed(name) && found.capturedLength(u"close"_s) == 0)
             bare += u'[' + name + u']';
     }
@@ -391,9 +438,16 @@ QString FromMarkdown(const QString &markdown)
 
     Document document;
     document.setUndoRedoEnabled(false);
-    document.setMarkdown(bare, QTextDocument::MarkdownFeatures(QTextDocument::MarkdownDialectGitHub) | QTextDocument::MarkdownNoHTML);
+    document.setMarkdown(bare, QTextDocument::MarkdownFeatures(QTextDocument::MarkdownDialectGitHub)
+                             | QTextDocument::MarkdownNoHTML);
+    const QString text = Reader().Read(document);
+    // The language of code, the target of a picture and an entity's name are
+    // no text. Markdown as it was written is readable too.
+    static const QRegularExpression unseen(u"(^|\\n) *(```|~~~)[^\\n`]*|\\]\\([^)\\n]*\\)|"_s
+                                           + EntityPattern().pattern());
+    const bool isWhole = HoldsAll(text, QString(bare).remove(unseen));
     static const QRegularExpression lineBreak(u" *\uFDE0 *"_s);
-    return Reader().Read(document).replace(lineBreak, u"\n"_s);
+    return QString(isWhole ? text : bare.trimmed()).replace(lineBreak, u"\n"_s);
 }
 
 QString Verbatim(const QString &text)

@@ -40,6 +40,8 @@ InfoPanel::InfoPanel(QWidget *parent)
         label->setTextFormat(Qt::PlainText);
         label->setAttribute(Qt::WA_TransparentForMouseEvents);
     }
+    lblAnswer->setMinimumWidth(lblAnswer->fontMetrics().horizontalAdvance(u"Answer: A,B,C,D,E"_s));
+    lblStatus->setMinimumWidth(lblStatus->fontMetrics().horizontalAdvance(u"INCORRECT"_s));
     auto *layout = new QGridLayout(this);
     layout->setContentsMargins(14, 10, 14, 10);
     layout->setHorizontalSpacing(18);

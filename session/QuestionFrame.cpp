@@ -41,17 +41,11 @@ QuestionFrame::QuestionFrame(QWidget *parent)
     lblQuestion->setObjectName(u"lblQuestion"_s);
     vsbScroll->setObjectName(u"vsbScroll"_s);
     vsbScroll->setAccessibleName(u"Scroll the question"_s);
-    setFrameShape(QFrame::Box);
-    setLineWidth(1);
-    QPalette colours = palette();
-    colours.setColor(QPalette::Window, Qt::white);
-    colours.setColor(QPalette::WindowText, Theme::Line);
-    setPalette(colours);
+    setFrameShape(QFrame::StyledPanel);
+    QPalette paper = palette();
+    paper.setColor(QPalette::Window, Qt::white);
+    setPalette(paper);
     setAutoFillBackground(true);
-    colours.setColor(QPalette::WindowText, parent->palette().color(QPalette::WindowText));
-    picQuestion->setPalette(colours);
-    fraInfo->setPalette(parent->palette());
-    vsbScroll->setPalette(parent->palette());
     lblQuestion->SetInsets(TextInset, TextInset);
     SetTextScale(1);
     fraInfo->hide();
@@ -164,7 +158,11 @@ void QuestionFrame::ShowChanges(const PageState &page)
     }
     fraInfo->setVisible(page.IsPostExam);
     if (page.IsPostExam) {
+        // A longer key makes the panel grow away from the corner it stands in.
+        const QPoint corner = fraInfo->geometry().bottomRight() + QPoint(1, 1);
         fraInfo->Display(page);
+        fraInfo->adjustSize();
+        fraInfo->move(corner - QPoint(fraInfo->width(), fraInfo->height()));
         fraInfo->raise();
     }
 }

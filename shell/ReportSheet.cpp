@@ -26,6 +26,7 @@ constexpr double TitleRow = 60;
 constexpr double TitleRestRow = 65;
 constexpr double GraphLeft = 30;
 constexpr double GraphWidth = 130;
+constexpr double LabelLeft = 5;
 constexpr double GraphTop = 100;
 constexpr double GraphBottom = 130;
 constexpr double BarHeight = 8;
@@ -34,7 +35,7 @@ constexpr double ScoresRow = 145;
 constexpr double FooterRow = 250;
 constexpr double ClosingRow = 255;
 constexpr double LabelGap = 2;
-constexpr double PointSize = 10;
+constexpr double PointSize = 9;
 constexpr double MillimetresAnInch = 25.4;
 
 QFont SheetFont(bool isBold)
@@ -85,7 +86,8 @@ Plan PlanFor(const QString &examCode, const QString &examName, const QString &da
     for (const Row &row : { Row{ u"Required Score:"_s, 110, 106, report.RequiredShare(), ScoreReport::RequiredColor() },
                             Row{ u"Your Score:"_s, 120, 116, report.ObtainedShare(), report.ObtainedColor() } }) {
         const double length = Common::PercentOf(row.Share, static_cast<float>(GraphWidth));
-        write(5, row.LabelTop - BarHeight / 4, row.Label);
+        // The label keeps clear of the bar in whatever font it is printed.
+        write(std::min(LabelLeft, GraphLeft - LabelGap - measure(row.Label, false)), row.LabelTop - BarHeight / 4, row.Label);
         plan.Bars.push_back({ QRectF(GraphLeft, row.BarTop, length, BarHeight), row.Color });
         write(GraphLeft + std::max(length, 0.0) + LabelGap, row.LabelTop - BarHeight / 4, QString::number(row.Share) + u'%');
     }

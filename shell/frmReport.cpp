@@ -40,6 +40,8 @@ frmReport::frmReport(QWidget *owner)
     , lblMessage(new ResultLabel(this))
     , fraScores(new QFrame(this))
     , picScores(new QWidget(fraScores))
+    , lblRequired(new QLabel(fraScores))
+    , lblObtained(new QLabel(fraScores))
     , shpRequired(new QFrame(picScores))
     , shpObtained(new QFrame(picScores))
     , cmdPrint(new QPushButton(u"&Print"_s, this))
@@ -62,8 +64,8 @@ frmReport::frmReport(QWidget *owner)
     auto *names = new QVBoxLayout;
     names->setContentsMargins(0, 0, 0, 0);
     names->setSpacing(0);
-    names->addWidget(new QLabel(u"Required Score"_s, fraScores));
-    names->addWidget(new QLabel(u"Your Score"_s, fraScores));
+    names->addWidget(lblRequired);
+    names->addWidget(lblObtained);
     auto *scale = new QHBoxLayout;
     scale->addWidget(new QLabel(u"0%"_s, fraScores));
     scale->addStretch();
@@ -138,6 +140,8 @@ void frmReport::Arrange()
     SetBar(shpRequired, m_report.RequiredShare(), ScoreReport::RequiredColor());
     lblMessage->SetResult(m_report.Message(), m_report.ObtainedColor());
     SetBar(shpObtained, m_report.ObtainedShare(), m_report.ObtainedColor());
+    lblRequired->setText(u"Required Score: %1"_s.arg(m_report.RequiredScore));
+    lblObtained->setText(u"Your Score: %1"_s.arg(m_report.ObtainedScore));
     picScores->setAccessibleName(u"Required %1 percent, yours %2 percent"_s.arg(m_report.RequiredShare()).arg(m_report.ObtainedShare()));
     lblMessage->resize(lblMessage->sizeHint());
     fraScores->layout()->activate();

@@ -6,6 +6,7 @@
 
 class LogoView;
 class QFrame;
+class QLabel;
 class QPushButton;
 class ResultLabel;
 
@@ -48,6 +49,8 @@ private:
     ResultLabel *lblMessage;
     QFrame *fraScores;
     QWidget *picScores;
+    QLabel *lblRequired;
+    QLabel *lblObtained;
     QFrame *shpRequired;
     QFrame *shpObtained;
     QPushButton *cmdPrint;

@@ -23,7 +23,9 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr int NumberRole = Qt::UserRole;
-constexpr int IconSize = 16;
+constexpr int IconSize = 16; // pixels
+constexpr int CellPadding = 36;
+constexpr int RowPadding = 10;
 
 }
 
@@ -48,7 +50,6 @@ frmReview::frmReview(ExamSession &session, QWidget *owner)
     lvwReview->setWrapping(true);
     lvwReview->setMovement(QListView::Static);
     lvwReview->setResizeMode(QListView::Adjust);
-    lvwReview->setUniformItemSizes(true);
     lvwReview->setIconSize(QSize(IconSize, IconSize));
     lvwReview->setEditTriggers(QAbstractItemView::NoEditTriggers);
     lvwReview->installEventFilter(this);
@@ -135,16 +136,19 @@ void frmReview::Load()
     cmdReviewMarked->setEnabled(ReviewList::HasMarked(exam));
     if (exam.IsEnded())
         cmdEnd->setText(u"&View Report"_s);
+    lvwReview->ensurePolished();
     int widest = 0;
     for (const ReviewList::Entry &entry : ReviewList::Entries(exam)) {
         auto *item = new QListWidgetItem(Artwork::StatusIcon(entry.Icon), entry.Text);
         item->setData(NumberRole, entry.Number);
         item->setData(Qt::AccessibleDescriptionRole, entry.Icon);
         lvwReview->addItem(item);
-        widest = std::max(widest, fontMetrics().horizontalAdvance(entry.Text));
+        widest = std::max(widest, lvwReview->fontMetrics().horizontalAdvance(entry.Text));
     }
-    const int height = std::max(fontMetrics().height(), IconSize) + 10;
-    lvwReview->setGridSize(QSize(std::max(100, widest + IconSize + 44), height));
+    const QSize cell(std::max(100, widest + IconSize + CellPadding), std::max(fontMetrics().height(), IconSize) + RowPadding);
+    lvwReview->setGridSize(cell);
+    for (int row = 0; row < lvwReview->count(); ++row)
+        lvwReview->item(row)->setSizeHint(cell);
 }
 
 void frmReview::cmdGoTo_Click()

@@ -46,6 +46,7 @@ TEST(PlainTextTest, Html)
         { "players", u"<video src='a.mp4'></video><audio controls>x</audio>", u"[video][audio]x" },
         { "links", u"<a href=\"https://x.org/a\">the <b>page</b></a>, <a href='http://y.org'>http://y.org</a>, <a href='#n'>here</a>",
           u"the page (https://x.org/a), http://y.org, here" },
+        { "text in no cell", u"<table><tr>a<td>b</td></tr></table><p>c <img alt='d' src='e'></p>", u"a\nb\n\nc [d]" },
         { "a rule", u"a<hr>b", u"a\n-----\nb" },
         { "a blank", u"[html]The word _____ is <b>missing</b>.", u"[html]The word _____ is missing." },
     });
@@ -81,6 +82,8 @@ TEST(PlainTextTest, Markdown)
         { "code", u"```\nif <b>\n  x\n```\nend", u"if <b>\n  x\n\nend" },
         { "table", u"| a | b |\n|---|---|\n| 1 | 2 |", u"a | b\n1 | 2" },
         { "tags that are never closed", u"List<int> or a<br>b <img src=\"x\" alt=\"cat\"> <b>c</b>\n\nlast", u"List<int> or a\nb [cat] c\n\nlast" },
+        { "more cells than the head has", u"| a |\n|---|\n| 1 | 2 |", u"| a |\n|---|\n| 1 | 2 |" },
+        { "numbers that do not begin at one", u"3. a\n4. b", u"3. a\n4. b" },
         { "pictures and links", u"![dog](x.png) [page](https://x.org)", u"[dog] page (https://x.org)" },
         { "a blank", u"It is _____ here.", u"It is _____ here." },
     });
