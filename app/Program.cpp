@@ -14,7 +14,6 @@ using namespace Qt::Literals::StringLiterals;
 Program::Program()
     : m_main(std::make_unique<frmMain>())
 {
-    QApplication::setWindowIcon(Artwork::ApplicationIcon());
     // The end comes through the main window's own question, not because some
     // window was the last one visible.
     QApplication::setQuitOnLastWindowClosed(false);
@@ -31,8 +30,11 @@ Program::~Program()
 
 void Program::Start()
 {
-    m_main->Load();
+    // The system puts the window on the screen while the exams are looked up;
+    // it is painted when they are in the list.
     m_main->show();
+    m_main->Load();
+    QApplication::setWindowIcon(Artwork::ApplicationIcon());
 }
 
 void Program::StartSitting()

@@ -53,10 +53,7 @@ std::vector<bool> WhereBlocksClose(const QStringList &lines)
     std::vector<bool> closes(static_cast<size_t>(lines.size()));
     bool closesNext = false;
     for (qsizetype i = lines.size() - 1; i >= 0; --i) {
-        const LineKind kind = KindOf(lines.at(i));
-        if (kind == LineKind::Category) {
-            closesNext = false;
-        } else if (kind == LineKind::Text) {
+        if (KindOf(lines.at(i)) == LineKind::Text) {
             const auto brace = std::find_if(lines.at(i).begin(), lines.at(i).end(),
                                             [](QChar c) { return c == u'{' || c == u'}'; });
             if (brace != lines.at(i).end())

@@ -154,8 +154,10 @@ private:
     void PutTag(const QRegularExpressionMatch &tag, const QString &name)
     {
         const bool closes = tag.capturedLength(u"close"_s) > 0;
-        if (name.isEmpty())
-            return; // a comment
+        // The reader takes all that follows an open "link" for its content.
+        const bool isComment = name.isEmpty();
+        if (isComment || name == "link"_L1 || name == "meta"_L1)
+            return;
         if (IsPlayed(name) && !closes)
             m_html += u'[' + name + u']';
         if (name == "pre"_L1)

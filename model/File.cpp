@@ -224,9 +224,7 @@ quint32 File::SeekTo(qint32 Distance, quint32 Method)
 bool File::GetAttributes(const QString &Path)
 {
     return WithSource(u"File::GetAttributes()", [&] {
-        const bool own = Path.isEmpty() && m_handle;
-        Common::CheckApiResult(own ? m_handle->ReadAttributes(m_attributes)
-                                   : Handle::ReadAttributes(Path.isEmpty() ? m_name : Path, m_attributes));
+        Common::CheckApiResult(Handle::ReadAttributes(Path.isEmpty() ? m_name : Path, m_attributes));
         return true;
     });
 }

@@ -17,8 +17,6 @@ struct File::Handle {
 
     static bool ReadAttributes(const QString &path, quint32 &attributes);
     static bool WriteAttributes(const QString &path, quint32 attributes);
-    bool ReadAttributes(quint32 &attributes) const;
 
     int m_descriptor = -1;
-    QString m_path;
 };

@@ -55,7 +55,6 @@ bool File::Handle::Open(const QString &path, quint32 access, quint32 disposition
                         OpenFlags(access, disposition) | O_CLOEXEC | O_NONBLOCK, 0666);
     if (m_descriptor < 0)
         return false;
-    m_path = path;
     struct stat status = {};
     const bool known = fstat(m_descriptor, &status) == 0;
     if (known && S_ISREG(status.st_mode)) {
@@ -111,15 +110,6 @@ bool File::Handle::Write(const char *bytes, qint64 count, qint64 position)
         count -= put;
         position += put;
     }
-    return true;
-}
-
-bool File::Handle::ReadAttributes(quint32 &attributes) const
-{
-    struct stat status = {};
-    if (fstat(m_descriptor, &status) != 0)
-        return false;
-    attributes = AttributesOf(status, m_path);
     return true;
 }
 

@@ -335,6 +335,10 @@ void ExamSession::StartPostExamReview()
 {
     m_port.StopClock();
     m_page.IsPostExam = true;
+    // When time ran out, the item on the page was put there to be answered.
+    m_page.CanMark = false;
+    for (Selector &selector : m_page.Selectors(m_page.Kind))
+        selector.IsEnabled = false;
     m_port.ShowChanges();
 }
 

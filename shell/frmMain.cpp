@@ -53,17 +53,23 @@ LinkLabel *NewLink(const QString &name, const QString &caption, QWidget *parent)
 }
 
 frmMain::frmMain()
-    : m_catalogue(new CatalogueModel(this))
-    , lvwExams(new QTreeView(this))
-    , lblStatus(new QLabel(this))
-    , lblDownload(NewLink(u"lblDownload"_s, u"Download Exams"_s, this))
-    , lblAbout(NewLink(u"lblAbout"_s, u"About"_s, this))
-    , lblProductLink(NewLink(u"lblProductLink"_s, u"More exam packs on the web"_s, this))
-    , cmdStart(new QPushButton(u"&Start Exam"_s, this))
-    , cmdExit(new QPushButton(u"E&xit"_s, this))
 {
     setObjectName(u"frmMain"_s);
     setWindowTitle(ApplicationTitle);
+    setMinimumSize(600, 380);
+    resize(760, 500);
+}
+
+void frmMain::Build()
+{
+    m_catalogue = new CatalogueModel(this);
+    lvwExams = new QTreeView(this);
+    lblStatus = new QLabel(this);
+    lblDownload = NewLink(u"lblDownload"_s, u"Download Exams"_s, this);
+    lblAbout = NewLink(u"lblAbout"_s, u"About"_s, this);
+    lblProductLink = NewLink(u"lblProductLink"_s, u"More exam packs on the web"_s, this);
+    cmdStart = new QPushButton(u"&Start Exam"_s, this);
+    cmdExit = new QPushButton(u"E&xit"_s, this);
     lvwExams->setObjectName(u"lvwExams"_s);
     lvwExams->setAccessibleName(u"Installed exams"_s);
     lvwExams->setModel(m_catalogue);
@@ -76,6 +82,7 @@ frmMain::frmMain()
     lvwExams->header()->setStretchLastSection(false);
     lvwExams->header()->setSectionsMovable(false);
     lvwExams->header()->setMinimumHeight(lvwExams->header()->sizeHint().height() + 8);
+    lvwExams->viewport()->installEventFilter(this);
     lblStatus->setObjectName(u"lblStatus"_s);
     lblStatus->setTextFormat(Qt::PlainText);
     lblProductLink->SetHRef(ProductsPage);
@@ -107,8 +114,6 @@ frmMain::frmMain()
     layout->addWidget(lvwExams);
     layout->addLayout(status);
     layout->addLayout(buttons);
-    setMinimumSize(600, 380);
-    resize(760, 500);
     QWidget *order[] = { lvwExams, lblDownload, lblAbout, lblProductLink, cmdStart, cmdExit };
     for (size_t i = 1; i < std::size(order); ++i)
         setTabOrder(order[i - 1], order[i]);
@@ -127,6 +132,8 @@ frmMain::frmMain()
 
 void frmMain::Load()
 {
+    if (!m_catalogue)
+        Build();
     SizeColumns(lvwExams);
     RefreshExamList();
 }
@@ -177,10 +184,12 @@ void frmMain::closeEvent(QCloseEvent *event)
     });
 }
 
-void frmMain::resizeEvent(QResizeEvent *event)
+// The list changes its inner size with the window and with its scroll bar.
+bool frmMain::eventFilter(QObject *watched, QEvent *event)
 {
-    QWidget::resizeEvent(event);
-    SizeColumns(lvwExams);
+    if (event->type() == QEvent::Resize)
+        SizeColumns(lvwExams);
+    return QWidget::eventFilter(watched, event);
 }
 
 void frmMain::keyPressEvent(QKeyEvent *event)

@@ -15,7 +15,8 @@ class frmMain : public QWidget {
 public:
     frmMain();
 
-    // Fills the window, before it is shown.
+    // Fills the window. It can be on the screen by then: what is slow about a
+    // first window is everything that has a text.
     void Load();
     // Rebuilds the list; a failure is told in a message box.
     void RefreshExamList();
@@ -28,19 +29,20 @@ Q_SIGNALS:
 
 protected:
     void closeEvent(QCloseEvent *event) override;
-    void resizeEvent(QResizeEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    void Build();
     void cmdStart_Click();
 
-    CatalogueModel *m_catalogue;
-    QTreeView *lvwExams;
-    QLabel *lblStatus;
-    LinkLabel *lblDownload;
-    LinkLabel *lblAbout;
-    LinkLabel *lblProductLink;
-    QPushButton *cmdStart;
-    QPushButton *cmdExit;
+    CatalogueModel *m_catalogue = nullptr;
+    QTreeView *lvwExams = nullptr;
+    QLabel *lblStatus = nullptr;
+    LinkLabel *lblDownload = nullptr;
+    LinkLabel *lblAbout = nullptr;
+    LinkLabel *lblProductLink = nullptr;
+    QPushButton *cmdStart = nullptr;
+    QPushButton *cmdExit = nullptr;
     bool m_isAskingToExit = false;
 };

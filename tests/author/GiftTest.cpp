@@ -113,6 +113,7 @@ TEST(GiftTest, TextsAndEscapes)
         { "an unknown format", "[bold]Q {=[x]a ~b}", u"1: [bold]Q | *[x]a | b" },
         { "feedback", "Q {=a # yes ~b#no\n####All of it = ~fine # really}",
           u"1: Q | *a (yes) | b (no) #All of it = ~fine # really" },
+        { "five marks", "Q {=a ~b#####g}", u"1: Q | *a | b #g" },
         { "empty feedback", "Q {=a# ~b####}", u"1: Q | *a | b" },
         { "an empty option", "Q {=a ~}", u"1: Q | *a | " },
         { "several lines", "Q one\n  two {\n\t=a\n\t  more\n\t~b\n}", u"1: Q one\n  two | *a\n\t  more | b" },

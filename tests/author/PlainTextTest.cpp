@@ -89,6 +89,18 @@ TEST(PlainTextTest, Markdown)
     });
 }
 
+// A style sheet that is read would keep the blanks.
+TEST(PlainTextTest, NothingIsLoaded)
+{
+    const QString path = Sandbox::Path(u"style.css"_s);
+    Sandbox::WriteFile(path, "p { white-space: pre }");
+    for (const QString &sheet : { u"<link rel=\"stylesheet\" type=\"text/css\" href=\"%1\">"_s, u"<style>@import url(\"%1\");</style>"_s,
+                                  u"<style>p { white-space: normal } @import \"%1\";</style>"_s }) {
+        for (const QString &address : { path, u"file://"_s + path })
+            EXPECT_EQ(PlainText::Readable({ sheet.arg(address) + u"<p>a   b</p>"_s, Gift::Markup::Html }), u"a b"_s) << sheet.toStdString();
+    }
+}
+
 TEST(PlainTextTest, LongTextsEndInTime)
 {
     const QString open = u"<a "_s.repeated(20'000);

@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <limits>
 #include <sys/stat.h>
 
 using namespace Qt::Literals::StringLiterals;
@@ -117,7 +116,7 @@ TEST(PictureTest, WhatItCannotBe)
         { "huge png", Encoded(QImage(4'001, 4'000, QImage::Format_Mono), "PNG"), size },
         { "bmp without height", bmp(BmpHeight, 0), u""_s },
         { "bmp of negative width", bmp(BmpHeight - 4, -100'000), u""_s },
-        { "bmp of the most negative height", bmp(BmpHeight, std::numeric_limits<qint32>::min()), u""_s },
+        { "endless top-down bmp", bmp(BmpHeight, -100'000'000), size },
         { "cut png", Encoded(Sample(), "PNG").left(60), damaged },
     };
     for (const Row &row : rows) {

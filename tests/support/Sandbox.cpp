@@ -37,6 +37,10 @@ Sandbox::Sandbox()
         QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         qputenv(name, folder.toLocal8Bit());
     }
+    // The platform of the windows, where a run is to be on another one.
+    const QByteArray platform = qgetenv("PRACTORIUM_TEST_PLATFORM");
+    if (!platform.isEmpty())
+        qputenv("QT_QPA_PLATFORM", platform);
     QDir::setCurrent(root);
     qInstallMessageHandler(FailOnWarning);
 }

@@ -1,0 +1,150 @@
+#include "app/Program.h"
+
+#include "model/Globals.h"
+#include "session/frmExhibit.h"
+#include "session/frmExplain.h"
+#include "shell/frmAbout.h"
+#include "shell/frmReport.h"
+#include "shell/frmReview.h"
+#include "tests/support/ExamBuilder.h"
+#include "tests/support/Messages.h"
+#include "tests/support/Sandbox.h"
+#include "tests/support/Windows.h"
+
+#include <QAccessible>
+#include <QDir>
+#include <QImage>
+
+using namespace Qt::Literals::StringLiterals;
+using namespace Windows;
+
+namespace {
+
+QString NameOf(QWidget *widget)
+{
+    QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(widget);
+    return accessible ? accessible->text(QAccessible::Name) : QString();
+}
+
+// The controls that the Tab key reaches, once around, from the topmost on.
+QList<QWidget *> TabStops(QWidget *window)
+{
+    QList<QWidget *> stops;
+    QWidget *stop = window->focusWidget();
+    while (stop && !stops.contains(stop) && stops.size() < 100) {
+        stops.append(stop);
+        QTest::keyClick(stop, Qt::Key_Tab);
+        stop = window->focusWidget();
+    }
+    EXPECT_EQ(stop, stops.value(0)) << "the chain does not close";
+    return stops;
+}
+
+// From top to bottom and in a row from left to right; a control of a row
+// overlaps with the others in height by more than half.
+QList<QWidget *> ReadingOrder(QWidget *window, QList<QWidget *> widgets)
+{
+    const auto place = [window](QWidget *widget) { return QRect(widget->mapTo(window, QPoint()), widget->size()); };
+    std::stable_sort(widgets.begin(), widgets.end(), [&](QWidget *a, QWidget *b) {
+        const QRect first = place(a);
+        const QRect second = place(b);
+        const int overlap = std::min(first.bottom(), second.bottom()) - std::max(first.top(), second.top());
+        return overlap > std::min(first.height(), second.height()) / 2 ? first.left() < second.left() : first.top() < second.top();
+    });
+    return widgets;
+}
+
+void WalkTabs(QWidget *window, const QStringList &expected)
+{
+    SCOPED_TRACE(window->objectName().toStdString());
+    QList<QWidget *> stops = TabStops(window);
+    const QList<QWidget *> order = ReadingOrder(window, stops);
+    // A chain has no beginning of its own: it is read from the topmost on.
+    if (!stops.isEmpty())
+        std::rotate(stops.begin(), std::find(stops.begin(), stops.end(), order.first()), stops.end());
+    const auto namesOf = [](const QList<QWidget *> &widgets) {
+        QStringList names;
+        for (const QWidget *widget : widgets)
+            names.append(widget->objectName());
+        return names;
+    };
+    EXPECT_EQ(namesOf(stops).join(u' ').toStdString(), expected.join(u' ').toStdString());
+    EXPECT_EQ(namesOf(order), namesOf(stops)) << "the eye takes another way";
+    for (QWidget *stop : stops)
+        EXPECT_FALSE(NameOf(stop).isEmpty()) << stop->objectName().toStdString() << " has no name";
+}
+
+class KeyboardTest : public testing::Test {
+protected:
+    KeyboardTest()
+    {
+        QDir(Sandbox::ExamsFolder()).removeRecursively();
+        const auto exam = NewExam();
+        AddItem(*exam, { u"single"_s, { u"*one"_s, u"two"_s, u"three"_s }, false, u"map.png"_s, u"because"_s });
+        AddItem(*exam, { u"multiple"_s, { u"*one"_s, u"*two"_s }, false });
+        const QString path = Install(*exam, u"EX-101"_s);
+        QImage picture(60, 4000, QImage::Format_RGB32);
+        picture.fill(Qt::blue);
+        EXPECT_TRUE(picture.save(QFileInfo(path).path() + u"/map.png"_s));
+        Globals::CurrentExam = exam;
+    }
+    ~KeyboardTest() override { Globals::CurrentExam.reset(); }
+
+    Messages Boxes;
+};
+
+}
+
+TEST_F(KeyboardTest, MainWindow)
+{
+    frmMain window;
+    window.Load();
+    Show(&window);
+    WalkTabs(&window, { u"lvwExams"_s, u"lblDownload"_s, u"lblAbout"_s, u"lblProductLink"_s, u"cmdStart"_s, u"cmdExit"_s });
+}
+
+TEST_F(KeyboardTest, ExamWindow)
+{
+    frmExam window;
+    window.StartExam();
+    Show(&window);
+    WalkTabs(&window, { u"chkMarked"_s, u"optChoices1"_s, u"optChoices2"_s, u"optChoices3"_s, u"cmdNext"_s, u"cmdExhibit"_s, u"cmdReview"_s });
+    Click(&window, u"cmdNext"_s);
+    WalkTabs(&window, { u"chkMarked"_s, u"chkChoices1"_s, u"chkChoices2"_s, u"cmdNext"_s, u"cmdPrev"_s, u"cmdReview"_s });
+    Globals::CurrentExam->EndExam();
+    window.Session().GotoQuestion(1);
+    window.Session().StartPostExamReview();
+    WalkTabs(&window, { u"cmdWhy"_s, u"cmdNext"_s, u"cmdExhibit"_s, u"cmdReview"_s });
+
+    Click(&window, u"cmdExhibit"_s);
+    auto *exhibit = Find<QWidget>(&window, u"frmExhibit"_s);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(exhibit));
+    WalkTabs(exhibit, { u"cmdClose"_s });
+    frmExplain explanation(&window);
+    explanation.QuestionNumber = 1;
+    explanation.Load();
+    Show(&explanation);
+    WalkTabs(&explanation, { u"txtExplaination"_s, u"cmdClose"_s });
+}
+
+TEST_F(KeyboardTest, ReviewListAndReport)
+{
+    frmExam exam;
+    exam.StartExam();
+    Globals::CurrentExam->Questions().Item(2)->SetIsMarked(true);
+    frmReview review(exam.Session(), &exam);
+    review.Load();
+    Show(&review);
+    WalkTabs(&review, { u"lvwReview"_s, u"txtQuestion"_s, u"cmdGoTo"_s, u"cmdReviewAll"_s, u"cmdReviewMarked"_s, u"cmdEnd"_s });
+    frmReport report(&exam);
+    report.Load();
+    Show(&report);
+    WalkTabs(&report, { u"cmdPrint"_s, u"cmdSavePdf"_s, u"cmdExit"_s });
+}
+
+TEST_F(KeyboardTest, AboutBox)
+{
+    frmAbout window(nullptr);
+    Show(&window);
+    WalkTabs(&window, { u"cmdSysInfo"_s, u"cmdOK"_s });
+}

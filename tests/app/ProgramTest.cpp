@@ -1,0 +1,257 @@
+#include "app/Program.h"
+
+#include "model/Globals.h"
+#include "tests/support/ExamBuilder.h"
+#include "tests/support/Messages.h"
+#include "tests/support/Sandbox.h"
+#include "tests/support/Windows.h"
+
+#include <QCheckBox>
+#include <QDir>
+#include <QLabel>
+#include <QListWidget>
+#include <QTreeView>
+
+using namespace Qt::Literals::StringLiterals;
+using namespace Windows;
+
+namespace {
+
+const QString EndQuestion = u"Are you sure you want to end the exam?"_s;
+const QString TimeQuestion = u"The time has elapsed for this exam. Would you like to continue for another 30 minutes?"_s;
+
+// The whole program over an exams folder with one exam, of three items.
+class ProgramTest : public testing::Test {
+protected:
+    ProgramTest()
+    {
+        QDir(Sandbox::ExamsFolder()).removeRecursively();
+    }
+    ~ProgramTest() override { Globals::CurrentExam.reset(); }
+
+    QString InstallExam(qint16 duration)
+    {
+        const auto exam = NewExam({ u"EX-101"_s, u"Sample"_s, 1000, 700, duration });
+        AddItem(*exam, { u"single"_s, { u"*one"_s, u"two"_s } });
+        AddItem(*exam, { u"multiple"_s, { u"*one"_s, u"two"_s, u"*three"_s }, true });
+        AddItem(*exam, { u"last"_s, { u"one"_s, u"*two"_s }, false, u"none.gif"_s, u"because"_s });
+        return Install(*exam, u"EX-101"_s);
+    }
+    void SelectFirst()
+    {
+        auto *list = Find<QTreeView>(&Started->Main(), u"lvwExams"_s);
+        const QRect row = list->visualRect(list->model()->index(0, 0));
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, row.center());
+    }
+    void StartFirst()
+    {
+        Started->Start();
+        Show(&Started->Main());
+        SelectFirst();
+        Click(&Started->Main(), u"cmdStart"_s);
+        ASSERT_NE(Started->ExamWindow(), nullptr);
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(Started->ExamWindow()));
+        QApplication::setActiveWindow(Started->ExamWindow());
+    }
+    // Which of the exam window's controls show (v) and can be used (V), the
+    // first row's standing for all.
+    QString Controls()
+    {
+        QString states;
+        for (const QString &name : { u"chkMarked"_s, u"optChoices1"_s, u"chkChoices1"_s, u"cmdPrev"_s, u"cmdExhibit"_s, u"cmdReview"_s,
+                                     u"lblTime"_s, u"fraInfo"_s, u"cmdWhy"_s }) {
+            const auto *control = Find<QWidget>(Started->ExamWindow(), name);
+            states += !control->isVisible() ? u'-' : control->isEnabled() ? u'V' : u'v';
+        }
+        return states;
+    }
+
+    Messages Boxes;
+    std::unique_ptr<Program> Started = std::make_unique<Program>();
+};
+
+}
+
+TEST_F(ProgramTest, OneSitting)
+{
+    InstallExam(60);
+    StartFirst();
+    if (HasFatalFailure())
+        return;
+    frmExam *exam = Started->ExamWindow();
+    EXPECT_FALSE(Started->Main().isVisible());
+    EXPECT_TRUE(Started->Main().isEnabled());
+    EXPECT_EQ(exam->windowTitle(), u"Exam: EX-101 - Item 1 of 3"_s);
+
+    QTest::keyClick(exam, Qt::Key_A);
+    Click(exam, u"chkMarked"_s);
+    QTest::keyClick(exam, Qt::Key_N, Qt::AltModifier);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return exam->windowTitle() == u"Exam: EX-101 - Item 2 of 3"_s; }));
+    ClickBox(exam, u"chkChoices1"_s);
+    Click(exam, u"lblChoices2"_s);
+    Boxes.Expect(u"You cannot select more than 2 options for this question. To select this option, please unselect another."_s, InformationMessage);
+    ClickBox(exam, u"chkChoices3"_s);
+    EXPECT_FALSE(Find<QCheckBox>(exam, u"chkChoices3"_s)->isChecked());
+    Click(exam, u"cmdNext"_s);
+    QTest::keyClick(exam, Qt::Key_B);
+
+    QStringList entries;
+    QString result;
+    WhenOpen review(u"frmReview"_s, [&](QWidget *list) {
+        for (int row = 0; row < Find<QListWidget>(list, u"lvwReview"_s)->count(); ++row)
+            entries += Find<QListWidget>(list, u"lvwReview"_s)->item(row)->text();
+        Boxes.Expect(EndQuestion, QuestionMessage, AnswerYes);
+        WhenOpen report(u"frmReport"_s, [&](QWidget *window) {
+            result = Find<QLabel>(window, u"lblMessage"_s)->text();
+            Click(window, u"cmdExit"_s);
+        });
+        Click(list, u"cmdEnd"_s);
+    });
+    Click(exam, u"cmdNext"_s);
+    EXPECT_EQ(entries, (QStringList{ u"1 - A"_s, u"2 - A,B"_s, u"3 - B"_s }));
+    EXPECT_EQ(result, u"Sorry!\r\nA score of 700 or better was required to pass this exam.\r\nYour score was 667"_s);
+
+    EXPECT_EQ(Find<QLabel>(exam, u"lblAnswer"_s)->text() + Find<QLabel>(exam, u"lblStatus"_s)->text(), u"Answer: ACORRECT"_s);
+    Click(exam, u"cmdNext"_s);
+    EXPECT_EQ(Find<QLabel>(exam, u"lblAnswer"_s)->text() + Find<QLabel>(exam, u"lblStatus"_s)->text(), u"Answer: A,CINCORRECT"_s);
+
+    exam->close();
+    EXPECT_TRUE(Started->Main().isVisible());
+    EXPECT_EQ(Globals::CurrentExam, nullptr);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !Started->ExamWindow(); }));
+
+    // The next sitting knows nothing of this one.
+    SelectFirst();
+    Click(&Started->Main(), u"cmdStart"_s);
+    ASSERT_NE(Started->ExamWindow(), nullptr);
+    EXPECT_EQ(Globals::CurrentExam->Questions().Item(2)->Answer(), u""_s);
+    EXPECT_EQ(Controls(), u"VV-v-VV--"_s);
+    Boxes.Expect(u"Are you sure you want to terminate the exam?"_s, QuestionMessage, AnswerYes);
+    Started->ExamWindow()->close();
+    EXPECT_TRUE(Started->Main().isVisible());
+}
+
+TEST_F(ProgramTest, WhatShowsInWhichState)
+{
+    InstallExam(60);
+    StartFirst();
+    if (HasFatalFailure())
+        return;
+    frmExam *exam = Started->ExamWindow();
+    const auto fromList = [&](const std::function<void(QWidget *)> &choose) {
+        WhenOpen review(u"frmReview"_s, choose);
+        Click(exam, u"cmdReview"_s);
+    };
+    const auto press = [&](const QString &button) { fromList([button](QWidget *list) { Click(list, button); }); };
+    const auto end = [&] {
+        fromList([&](QWidget *list) {
+            Boxes.Expect(EndQuestion, QuestionMessage, AnswerYes);
+            WhenOpen report(u"frmReport"_s, [](QWidget *window) { Click(window, u"cmdExit"_s); });
+            Click(list, u"cmdEnd"_s);
+        });
+    };
+    const auto next = [&] { Click(exam, u"cmdNext"_s); };
+    struct Row { QString State; std::function<void()> Action; QString Controls; };
+    const Row rows[] = {
+        //                                        mark, radio, check, previous, exhibit, review, time, panel, why
+        { u"the first item"_s, [] {},                                              u"VV-v-VV--"_s },
+        { u"check boxes"_s, next,                                                  u"V-VV-VV--"_s },
+        { u"an exhibit"_s, next,                                                   u"VV-VVVV--"_s },
+        { u"reviewing all"_s, [&] { press(u"cmdReviewAll"_s); },                u"VV-v-VV--"_s },
+        { u"marked"_s, [&] { next(); Click(exam, u"chkMarked"_s); },               u"V-VV-VV--"_s },
+        { u"reviewing marked"_s, [&] { press(u"cmdReviewMarked"_s); },          u"V-VV-VV--"_s },
+        { u"back from the first marked"_s, [&] { Click(exam, u"cmdPrev"_s); },     u"V-Vv-VV--"_s },
+        { u"after the exam"_s, end,                                               u"vv-v-V-V-"_s },
+        { u"the marked item after it"_s, next,                                     u"v-vV-V-V-"_s },
+        { u"an explanation"_s,
+          [&] { fromList([](QWidget *list) { QTest::keyClicks(list->focusWidget(), u"3"_s); QTest::keyClick(list, Qt::Key_Return); }); },
+          u"vv-VVV-VV"_s },
+    };
+    for (const Row &row : rows) {
+        row.Action();
+        EXPECT_EQ(Controls(), row.Controls) << row.State.toStdString();
+    }
+}
+
+TEST_F(ProgramTest, TimeRunsOutWhileTheListIsOpen)
+{
+    InstallExam(0);
+    StartFirst();
+    if (HasFatalFailure())
+        return;
+    frmExam *exam = Started->ExamWindow();
+    QTest::keyClick(exam, Qt::Key_A);
+    Boxes.Expect(TimeQuestion, QuestionMessage, AnswerNo);
+    WhenOpen review(u"frmReview"_s, [&](QWidget *list) {
+        bool isRead = false;
+        WhenOpen report(u"frmReport"_s, [&](QWidget *window) {
+            EXPECT_TRUE(Find<QLabel>(window, u"lblMessage"_s)->text().endsWith(u"Your score was 333"_s));
+            Click(window, u"cmdExit"_s);
+            isRead = true;
+        });
+        EXPECT_TRUE(QTest::qWaitFor([&] { return isRead; }, Patience));
+        EXPECT_TRUE(list->isVisible());
+        QTest::keyClick(list, Qt::Key_Escape);
+    });
+    Click(exam, u"cmdReview"_s);
+    EXPECT_TRUE(Globals::CurrentExam->IsEnded());
+    EXPECT_EQ(Controls(), u"vv-v-V-V-"_s);
+}
+
+TEST_F(ProgramTest, MoreTime)
+{
+    InstallExam(0);
+    Boxes.Expect(TimeQuestion, QuestionMessage, AnswerYes);
+    StartFirst();
+    if (HasFatalFailure())
+        return;
+    const auto *time = Find<QLabel>(Started->ExamWindow(), u"lblTime"_s);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return time->text() == u"Time Remaining:  00:29:59"_s; }, Patience)) << time->text().toStdString();
+    EXPECT_EQ(Boxes.Count(), 1);
+}
+
+// What nothing traps is told, and the program ends.
+TEST_F(ProgramTest, UnhandledErrors)
+{
+    struct Row { QString Case; std::function<void(QString)> Break; QString Message; };
+    const Row rows[] = {
+        { u"no items"_s, [](const QString &) { Install(*NewExam(), u"EX-101"_s); }, u"Run-time error '9':\r\n\r\nSubscript out of range"_s },
+        { u"547 minutes"_s, [this](const QString &) { InstallExam(547); }, u"Run-time error '6':\r\n\r\nOverflow"_s },
+        { u"cut short"_s, [](const QString &path) { ASSERT_TRUE(QFile::resize(path, QFileInfo(path).size() - 1)); },
+          u"Run-time error '62':\r\n\r\nInput past end of file"_s },
+        { u"vanished"_s, [](const QString &path) { ASSERT_TRUE(QFile::remove(path)); },
+          u"Run-time error '2':\r\n\r\nSystem Error: 0x2\r\nNo such file or directory"_s },
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.Case.toStdString());
+        const QString path = InstallExam(60);
+        Started = std::make_unique<Program>();
+        Boxes.Expect(row.Message, CriticalMessage);
+        const int code = RunLoop([&] {
+            Started->Start();
+            row.Break(path);
+            Show(&Started->Main());
+            SelectFirst();
+            Click(&Started->Main(), u"cmdStart"_s);
+        });
+        EXPECT_EQ(code, 1);
+        EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+        EXPECT_TRUE(!Started->ExamWindow() || !Started->ExamWindow()->isVisible());
+    }
+}
+
+TEST_F(ProgramTest, Leaving)
+{
+    InstallExam(60);
+    Boxes.Expect(u"Are you sure you want to exit Practorium?"_s, QuestionMessage, AnswerNo);
+    Boxes.Expect(u"Are you sure you want to exit Practorium?"_s, QuestionMessage, AnswerYes);
+    const int code = RunLoop([&] {
+        Started->Start();
+        Show(&Started->Main());
+        Click(&Started->Main(), u"cmdExit"_s);
+        EXPECT_TRUE(Started->Main().isVisible());
+        Started->Main().close();
+        EXPECT_FALSE(Started->Main().isVisible());
+    });
+    EXPECT_EQ(code, 0);
+}

@@ -1,0 +1,142 @@
+#include "session/ExhibitLayout.h"
+#include "session/PageLayout.h"
+
+#include <gmock/gmock.h>
+
+#include <ostream>
+
+namespace Twips {
+
+void PrintTo(const Box &box, std::ostream *out)
+{
+    *out << box.Left << ' ' << box.Top << ' ' << box.Width << ' ' << box.Height;
+}
+
+}
+
+using Twips::Box;
+
+TEST(PageLayoutTest, Page)
+{
+    PageLayout::Sizes sizes;
+    sizes.InnerWidth = 12'000;
+    sizes.InnerHeight = 9'000;
+    sizes.Mark = { 777, 120, 3'000, 300 };
+    sizes.Time = { 0, 0, 2'800, 300 };
+    sizes.FrameBorder = 15;
+    sizes.ScrollBarWidth = 240;
+    sizes.PanelWidth = 3'000;
+    sizes.PanelHeight = 900;
+    const PageLayout::Boxes boxes = PageLayout::Arrange(sizes, 450);
+    EXPECT_EQ(boxes.Frame, (Box{ 60, 520, 11'880, 7'930 }));
+    // Inside the frame's border it is 11,850 by 7,900.
+    EXPECT_EQ(boxes.Content, (Box{ 0, 0, 11'494.5, 0 }));
+    EXPECT_EQ(boxes.ScrollBar, (Box{ 11'610, 0, 240, 7'900 }));
+    EXPECT_DOUBLE_EQ(boxes.MarkLeft, 60);
+    EXPECT_DOUBLE_EQ(boxes.TimeLeft, 9'060);
+    EXPECT_DOUBLE_EQ(boxes.QuestionWidth, 11'264.61);
+    EXPECT_DOUBLE_EQ(boxes.PanelLeft, 8'560);
+    EXPECT_DOUBLE_EQ(boxes.PanelTop, 6'950);
+}
+
+TEST(PageLayoutTest, Buttons)
+{
+    struct Row { bool HasExhibit; double Prev, Exhibit; };
+    for (const Row &row : { Row{ true, 3'470, 6'880 }, Row{ false, 5'175, 0 } }) {
+        const PageLayout::ButtonLefts lefts = PageLayout::ArrangeButtons({ 60, 520, 11'880, 7'930 }, 9'000, 450, 1'650, row.HasExhibit);
+        EXPECT_DOUBLE_EQ(lefts.Top, 8'550);
+        EXPECT_DOUBLE_EQ(lefts.Next, 60);
+        EXPECT_DOUBLE_EQ(lefts.Prev, row.Prev);
+        if (row.HasExhibit) {
+            EXPECT_DOUBLE_EQ(lefts.Exhibit, row.Exhibit);
+        }
+        EXPECT_DOUBLE_EQ(lefts.Review, 10'290);
+    }
+}
+
+TEST(PageLayoutTest, Rows)
+{
+    const PageLayout::Rows rows = PageLayout::ArrangeRows(1'000, { 300, 600, 285 });
+    EXPECT_THAT(rows.Tops, testing::ElementsAre(1'500, 2'000, 2'800));
+    EXPECT_DOUBLE_EQ(rows.ContentHeight, 4'085);
+    EXPECT_DOUBLE_EQ(PageLayout::ArrangeRows(1'000, {}).ContentHeight, 1'000) << "a question without options";
+    EXPECT_DOUBLE_EQ(PageLayout::LabelWidth(11'000, 400), 10'600);
+}
+
+TEST(PageLayoutTest, Scrolling)
+{
+    struct Row { double Frame, Content; bool IsEnabled; int Max, Small, Large; };
+    const Row rows[] = {
+        { 7'900, 7'899, false, 0, 0, 0 }, { 7'900, 7'900, false, 0, 0, 0 }, { 7'900, 7'901, true, 1, 790, 7'900 },
+        { 1'234, 40'000, true, 38'766, 123, 1'234 }, { 7'900, 10'000'000, true, 9'992'100, 790, 7'900 },
+    };
+    for (const Row &row : rows) {
+        const PageLayout::Scroll scroll = PageLayout::ScrollFor(row.Frame, row.Content);
+        EXPECT_EQ(scroll.IsEnabled, row.IsEnabled) << row.Content;
+        EXPECT_EQ(scroll.Max, row.Max) << row.Content;
+        EXPECT_EQ(scroll.SmallChange, row.Small) << row.Content;
+        EXPECT_EQ(scroll.LargeChange, row.Large) << row.Content;
+    }
+}
+
+// The panel may go from 10 to 8,600 across and from 10 to 6,990 down.
+TEST(PageLayoutTest, Dragging)
+{
+    struct Row { double X, Y, Left, Top; };
+    const Row rows[] = {
+        { 100, 100, 8'000, 5'000 },   { 90, 130, 7'990, 5'030 },
+        { 700, 100, 8'600, 5'000 },   { 701, 90, 8'000, 4'990 },
+        { -7'890, 100, 10, 5'000 },   { -7'891, 100, 8'000, 5'000 },
+        { 100, 2'090, 8'000, 6'990 }, { 110, 2'091, 8'010, 5'000 },
+        { 100, -4'890, 8'000, 10 },   { 100, -4'891, 8'000, 5'000 },
+        { 9'000, 9'000, 8'000, 5'000 },
+    };
+    for (const Row &row : rows) {
+        const PageLayout::Point to = PageLayout::DragPanel({ 8'000, 5'000, 3'000, 900 }, { 100, 100 }, { row.X, row.Y }, 11'850, 7'900, 240);
+        EXPECT_DOUBLE_EQ(to.X, row.Left) << row.X << ' ' << row.Y;
+        EXPECT_DOUBLE_EQ(to.Y, row.Top) << row.X << ' ' << row.Y;
+    }
+}
+
+// On a screen 16,200 high a picture may be 11,340 high.
+TEST(ExhibitLayoutTest, Pictures)
+{
+    struct Row { double Width, Height, Frame, Title; double WindowWidth, WindowHeight; Box Viewport, ScrollBar, Button; int Max; };
+    const Row rows[] = {
+        { 6'000, 4'000, 0, 0, 6'200, 4'950, { 100, 0, 6'000, 4'000 }, {}, { 2'500, 4'150, 1'200, 400 }, 0 },
+        { 6'000, 4'000, 30, 300, 6'200, 4'950, { 85, 0, 6'000, 4'000 }, {}, { 2'485, 4'150, 1'200, 400 }, 0 },
+        { 6'000, 11'340, 0, 0, 6'200, 12'290, { 100, 0, 6'000, 11'340 }, {}, { 2'500, 11'490, 1'200, 400 }, 0 },
+        { 6'000, 11'341, 0, 0, 6'440, 12'290, { 100, 0, 6'000, 11'340 }, { 6'200, 0, 240, 12'290 }, { 2'620, 11'490, 1'200, 400 }, 1 },
+        { 6'000, 40'000, 30, 300, 6'440, 12'290, { 85, 0, 6'000, 11'340 }, { 6'170, 0, 240, 11'990 }, { 2'605, 11'490, 1'200, 400 }, 28'660 },
+    };
+    for (const Row &row : rows) {
+        const ExhibitLayout::Boxes boxes = ExhibitLayout::Arrange({ row.Width, row.Height, 16'200, 240, 1'200, 400, row.Frame, row.Title });
+        SCOPED_TRACE(testing::Message() << row.Width << " x " << row.Height << " framed " << row.Title);
+        EXPECT_DOUBLE_EQ(boxes.WindowWidth, row.WindowWidth);
+        EXPECT_DOUBLE_EQ(boxes.WindowHeight, row.WindowHeight);
+        EXPECT_EQ(boxes.Viewport, row.Viewport);
+        EXPECT_EQ(boxes.Button, row.Button);
+        EXPECT_EQ(boxes.HasScrollBar, row.Max > 0);
+        EXPECT_EQ(boxes.Max, row.Max);
+        if (row.Max > 0) {
+            EXPECT_EQ(boxes.ScrollBar, row.ScrollBar);
+            EXPECT_EQ(boxes.SmallChange, 1'134);
+            EXPECT_EQ(boxes.LargeChange, 11'340);
+        }
+    }
+}
+
+// Whatever the picture and the frame, all of the button is in the window.
+TEST(ExhibitLayoutTest, ButtonIsNeverCut)
+{
+    for (const double width : { 15.0, 500.0, 1'200.0 }) {
+        for (const double title : { 0.0, 300.0, 600.0 }) {
+            const ExhibitLayout::Boxes boxes = ExhibitLayout::Arrange({ width, 300, 16'200, 240, 1'200, 400, 60, title });
+            SCOPED_TRACE(testing::Message() << width << " title " << title);
+            EXPECT_GE(boxes.Button.Left, 0);
+            EXPECT_LE(boxes.Button.Right(), boxes.WindowWidth - 60);
+            EXPECT_LE(boxes.Button.Bottom(), boxes.WindowHeight - title);
+            EXPECT_DOUBLE_EQ(boxes.Viewport.Left, boxes.WindowWidth - 60 - boxes.Viewport.Right()) << "centred";
+        }
+    }
+}

@@ -1,0 +1,21 @@
+#include "tests/support/Sandbox.h"
+#include "ui/Messages.h"
+#include "ui/Theme.h"
+
+#include <QApplication>
+
+#include <gtest/gtest.h>
+
+int main(int argc, char **argv)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && qEnvironmentVariableIsEmpty("DISPLAY"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    Sandbox sandbox;
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(ApplicationTitle);
+    // A test's loop ends when the test says so.
+    QApplication::setQuitOnLastWindowClosed(false);
+    Theme::Apply(application);
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
