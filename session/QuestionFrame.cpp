@@ -171,7 +171,8 @@ void QuestionFrame::Place(const PageLayout::Boxes &boxes)
 {
     m_boxes = boxes;
     const QPoint corner = contentsRect().topLeft();
-    vsbScroll->setGeometry(boxes.ScrollBar.ToPixels().translated(corner));
+    // Rounding may make it a pixel too long for the frame.
+    vsbScroll->setGeometry(boxes.ScrollBar.ToPixels().translated(corner) & contentsRect());
     fraInfo->adjustSize();
     fraInfo->move(corner + QPoint(Twips::ToPixels(boxes.PanelLeft), Twips::ToPixels(boxes.PanelTop)));
     ArrangeRows();
