@@ -42,6 +42,8 @@ void ExamSession::StartExam()
     m_currentIndex = 1;
     m_reviewMode = TakingExam;
     m_secondsRemaining = Common::ToInt16(double(TheExam().Duration()) * SecondsAMinute);
+    if (m_secondsRemaining >= 0)
+        ShowTime();
     GotoQuestion(1);
     m_port.StartClock();
     m_port.ShowExam();
@@ -301,6 +303,11 @@ void ExamSession::cmdWhy_Click()
     m_port.ShowExplanation(m_currentIndex);
 }
 
+void ExamSession::ShowTime()
+{
+    m_page.Time = Common::FormatText(u"Time Remaining:  {1}"_s, { Common::FormatDuration(m_secondsRemaining) });
+}
+
 void ExamSession::tmrTimer_Timer()
 {
     // The clock stands still while its own question is open, and for good once
@@ -309,7 +316,7 @@ void ExamSession::tmrTimer_Timer()
         return;
     m_secondsRemaining = Common::ToInt16(m_secondsRemaining - 1);
     if (m_secondsRemaining >= 0) {
-        m_page.Time = Common::FormatText(u"Time Remaining:  {1}"_s, { Common::FormatDuration(m_secondsRemaining) });
+        ShowTime();
         m_port.ShowChanges();
         return;
     }

@@ -124,6 +124,7 @@ public:
     bool QueryClose();
 
 private:
+    void ShowTime();
     void SaveAnswer();
     void ClearChoices();
     void LoadChoices(const Question &question);

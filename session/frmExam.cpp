@@ -103,6 +103,10 @@ void frmExam::ShowChanges()
     picBorder->ShowChanges(page);
     chkMarked->setChecked(page.IsMarked);
     chkMarked->setEnabled(page.CanMark);
+    // A button that goes away must not hand the focus, and the next Enter, to
+    // its neighbour.
+    if ((!page.CanGoBack && cmdPrev->hasFocus()) || (!page.HasExhibit && cmdExhibit->hasFocus()))
+        cmdNext->setFocus();
     cmdPrev->setEnabled(page.CanGoBack);
     cmdReview->setEnabled(page.CanReview);
     cmdExhibit->setVisible(page.HasExhibit);
@@ -278,13 +282,16 @@ void frmExam::keyPressEvent(QKeyEvent *event)
             return;
         case Qt::Key_Return:
         case Qt::Key_Enter:
+            // A key held down too long answers once.
+            if (event->isAutoRepeat())
+                return;
             if (auto *button = qobject_cast<QPushButton *>(focusWidget()))
                 button->click();
             return;
         default:
             break;
         }
-        if (modifiers != Qt::NoModifier || event->text().size() != 1 || !PressLetter(event->text().front()))
+        if (modifiers != Qt::NoModifier || event->isAutoRepeat() || event->text().size() != 1 || !PressLetter(event->text().front()))
             QWidget::keyPressEvent(event);
     });
 }

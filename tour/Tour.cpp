@@ -184,7 +184,8 @@ void Tour::AnswerItems()
     QWidget *exam = ExamWindow();
     auto *next = Find<QPushButton>(exam, u"cmdNext"_s);
     auto *time = Find<QLabel>(exam, u"lblTime"_s);
-    Expect(QTest::qWaitFor([&] { return !time->text().isEmpty(); }, Patience), u"the clock to run"_s);
+    const QString atStart = time->text();
+    Expect(QTest::qWaitFor([&] { return time->text() != atStart; }, Patience), u"the clock to run"_s);
     Picture(exam, u"first-item"_s);
 
     // Two thirds right: every third item gets a wrong or incomplete answer.

@@ -1,0 +1,79 @@
+#include "tests/support/Messages.h"
+
+#include "ui/Guard.h"
+#include "tests/support/Windows.h"
+
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+
+using namespace Qt::Literals::StringLiterals;
+using namespace Windows;
+
+TEST(MessagesTest, Templates)
+{
+    struct Row { QString Text; QVariantList Values; QString Shown; };
+    const Row rows[] = {
+        { u"plain"_s, {}, u"plain"_s }, { u"{1}{CRLF}{2}"_s, { u"a"_s, 7 }, u"a\r\n7"_s }, { u"a{crlf}b{CrLf}"_s, {}, u"a{crlf}b{CrLf}"_s },
+        { u"{1}"_s, { u"{2}"_s, u"x"_s }, u"x"_s }, { u"{3}"_s, { 1, 2 }, u"{3}"_s }, { u"{1}"_s, { u""_s }, u""_s },
+    };
+    for (const Row &row : rows) {
+        Messages boxes;
+        boxes.Expect(row.Shown, InformationMessage, AnswerOK);
+        EXPECT_EQ(ShowMessage(row.Text, InformationMessage, row.Values), AnswerOK);
+    }
+    const Messages none;
+    EXPECT_EQ(ShowMessage(u""_s, QuestionMessage, { u"x"_s }), NoAnswer) << "nothing to show";
+}
+
+// The real boxes. Every row answers by a button or, with none, by Escape.
+TEST(MessagesTest, Boxes)
+{
+    using Box = QMessageBox;
+    struct Row { int Style; Box::Icon Icon; Box::StandardButtons Buttons; Box::StandardButton Default, Pressed; int Answer; };
+    const Row rows[] = {
+        { 0, Box::NoIcon, Box::Ok, Box::Ok, Box::Ok, 1 },
+        { 16, Box::Critical, Box::Ok, Box::Ok, Box::Ok, 1 },
+        { 48, Box::Warning, Box::Ok, Box::Ok, Box::Ok, 1 },
+        { 64, Box::Information, Box::Ok, Box::Ok, Box::NoButton, 1 },
+        { 36, Box::Question, Box::Yes | Box::No, Box::Yes, Box::Yes, 6 },
+        { 36, Box::Question, Box::Yes | Box::No, Box::Yes, Box::No, 7 },
+        { 36, Box::Question, Box::Yes | Box::No, Box::Yes, Box::NoButton, 7 },
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(testing::Message() << row.Style << " answered by " << row.Pressed);
+        WhenOpen open(u"QMessageBox"_s, [&](QWidget *window) {
+            auto *box = qobject_cast<QMessageBox *>(window);
+            EXPECT_EQ(box->windowTitle(), u"Practorium"_s);
+            EXPECT_EQ(box->text(), u"<b>{1}</b>\r\n&amp;"_s);
+            EXPECT_EQ(box->textFormat(), Qt::PlainText);
+            EXPECT_EQ(box->icon(), row.Icon);
+            EXPECT_EQ(box->standardButtons(), row.Buttons);
+            EXPECT_EQ(box->standardButton(box->defaultButton()), row.Default);
+            if (row.Pressed == Box::NoButton)
+                QTest::keyClick(box, Qt::Key_Escape);
+            else
+                Click(box->button(row.Pressed));
+        });
+        EXPECT_EQ(ShowMessage(u"<b>{1}</b>{CRLF}&amp;\0cut"_s, row.Style), row.Answer);
+    }
+}
+
+TEST(MessagesTest, UnhandledErrors)
+{
+    struct Row { std::function<void()> Action; QString Message; };
+    const Row rows[] = {
+        { [] { throw Error(qint32(0x80040001), u"{1} <b>\0behind"_s, u"X::Y()"_s); }, u"Run-time error '-2147221503':\r\n\r\n{1} <b>"_s },
+        { [] { throw Error::RunTime(TypeMismatch); }, u"Run-time error '13':\r\n\r\nType mismatch"_s },
+        { [] { throw std::bad_alloc(); }, u"Run-time error '7':\r\n\r\nOut of memory"_s },
+    };
+    for (const Row &row : rows) {
+        Messages boxes;
+        boxes.Expect(row.Message, CriticalMessage);
+        EXPECT_EQ(RunLoop([&] { Guard(row.Action); }), 1) << row.Message.toStdString();
+    }
+    const Messages none;
+    bool isDone = false;
+    Guard([&] { isDone = true; });
+    EXPECT_TRUE(isDone);
+}
