@@ -1,11 +1,11 @@
 #include "app/Program.h"
 
+#include "download/frmExamDownloader.h"
 #include "resources/Artwork.h"
 #include "shell/frmAbout.h"
 #include "shell/frmReport.h"
 #include "shell/frmReview.h"
 #include "ui/Guard.h"
-#include "ui/Messages.h"
 
 #include <QApplication>
 
@@ -19,8 +19,7 @@ Program::Program()
     QApplication::setQuitOnLastWindowClosed(false);
     connect(m_main.get(), &frmMain::ExamLoaded, this, [this] { Guard([&] { StartSitting(); }); });
     connect(m_main.get(), &frmMain::AboutRequested, this, [this] { frmAbout(m_main.get()).exec(); });
-    connect(m_main.get(), &frmMain::DownloadRequested, this,
-            [] { ShowMessage(u"The download of exams is not available in this version yet."_s, InformationMessage); });
+    connect(m_main.get(), &frmMain::DownloadRequested, this, [this] { Guard([&] { frmExamDownloader(m_main.get()).exec(); }); });
 }
 
 Program::~Program()

@@ -1,4 +1,15 @@
 #pragma once
 
-// Starts the system's own system-information tool; false when it has none.
+#include "common/Registry.h"
+
+#include <QString>
+
+// Reads one registry value as text; false, and an empty text, when the key
+// cannot be opened for reading and writing or the value is not there or longer
+// than 1,024 bytes. The bytes of a number are written from the last to the
+// first in hexadecimal without leading zeros, and what that reads as is given
+// in decimal.
+bool GetKeyValue(Registry::Hive hive, const QString &SubKey, const QString &ValueName, QString &Value);
+
+// Starts the system's own system-information tool; false when there is none.
 bool StartSystemInformationTool();

@@ -198,18 +198,6 @@ TEST_F(ProgramTest, TimeRunsOutWhileTheListIsOpen)
     EXPECT_EQ(Controls(), u"vv-v-V-V-"_s);
 }
 
-TEST_F(ProgramTest, MoreTime)
-{
-    InstallExam(0);
-    Boxes.Expect(TimeQuestion, QuestionMessage, AnswerYes);
-    StartFirst();
-    if (HasFatalFailure())
-        return;
-    const auto *time = Find<QLabel>(Started->ExamWindow(), u"lblTime"_s);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return time->text() == u"Time Remaining:  00:29:59"_s; }, Patience)) << time->text().toStdString();
-    EXPECT_EQ(Boxes.Count(), 1);
-}
-
 // What nothing traps is told, and the program ends.
 TEST_F(ProgramTest, UnhandledErrors)
 {
@@ -238,20 +226,4 @@ TEST_F(ProgramTest, UnhandledErrors)
         EXPECT_EQ(QApplication::overrideCursor(), nullptr);
         EXPECT_TRUE(!Started->ExamWindow() || !Started->ExamWindow()->isVisible());
     }
-}
-
-TEST_F(ProgramTest, Leaving)
-{
-    InstallExam(60);
-    Boxes.Expect(u"Are you sure you want to exit Practorium?"_s, QuestionMessage, AnswerNo);
-    Boxes.Expect(u"Are you sure you want to exit Practorium?"_s, QuestionMessage, AnswerYes);
-    const int code = RunLoop([&] {
-        Started->Start();
-        Show(&Started->Main());
-        Click(&Started->Main(), u"cmdExit"_s);
-        EXPECT_TRUE(Started->Main().isVisible());
-        Started->Main().close();
-        EXPECT_FALSE(Started->Main().isVisible());
-    });
-    EXPECT_EQ(code, 0);
 }

@@ -342,29 +342,28 @@ TEST_F(ExamWindowTest, Explanations)
     }
 }
 
-TEST_F(ExamWindowTest, ClosingWhileTakingTheExam)
+TEST_F(ExamWindowTest, Closing)
 {
-    Start();
     QSignalSpy unloaded(&Window, &frmExam::Unloaded);
+    Start();
     Boxes.Expect(EndQuestion, QuestionMessage, AnswerNo);
     EXPECT_FALSE(Window.close());
     EXPECT_TRUE(Window.isVisible());
     EXPECT_NE(Globals::CurrentExam, nullptr);
     EXPECT_EQ(unloaded.count(), 0);
-    Boxes.Expect(EndQuestion, QuestionMessage, AnswerYes);
-    Window.close();
-    EXPECT_FALSE(Window.isVisible());
-    EXPECT_EQ(Globals::CurrentExam, nullptr);
-    EXPECT_EQ(unloaded.count(), 1);
-}
-
-TEST_F(ExamWindowTest, ClosingAfterTheExam)
-{
-    Start();
-    EndExam();
-    QSignalSpy unloaded(&Window, &frmExam::Unloaded);
-    Window.close();
-    EXPECT_FALSE(Window.isVisible());
-    EXPECT_EQ(unloaded.count(), 1);
-    EXPECT_EQ(Globals::CurrentExam, nullptr);
+    const auto exam = Globals::CurrentExam;
+    for (const bool isEnded : { false, true }) {
+        frmExam window;
+        QSignalSpy closed(&window, &frmExam::Unloaded);
+        Globals::CurrentExam = exam;
+        window.StartExam();
+        if (isEnded)
+            exam->EndExam();
+        else
+            Boxes.Expect(EndQuestion, QuestionMessage, AnswerYes);
+        window.close();
+        EXPECT_FALSE(window.isVisible()) << isEnded;
+        EXPECT_EQ(Globals::CurrentExam, nullptr) << isEnded;
+        EXPECT_EQ(closed.count(), 1) << isEnded;
+    }
 }

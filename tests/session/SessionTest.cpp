@@ -6,7 +6,7 @@
 #include "tests/support/ExpectError.h"
 #include "ui/Messages.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <functional>
 
@@ -14,50 +14,43 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-const QString TimeQuestion = u"The time has elapsed for this exam. Would you like to continue for another 30 minutes?"_s;
+const QString TimeQuestion = u"36 The time has elapsed for this exam. Would you like to continue for another 30 minutes?"_s;
 
 // The surroundings of a session: notes what it is asked for and answers as told.
 struct ScriptedPort : SessionPort {
     QStringList Log;
     int Answer = AnswerOK;
-    bool HasPicture = true;
-    std::function<void()> Meanwhile; // done while a box or window is open
-
-    int Ask(const QString &text, int style, const QVariantList &values) override
-    {
-        Note(QString::number(style) + u' ' + Common::FormatText(text, values, Common::LineBreakMarker::Exact));
-        return Answer;
-    }
-    void ShowItem() override {}
-    void ShowChanges() override {}
-    void ShowExam() override { Log += u"exam"_s; }
-    void StartClock() override { Log += u"clock"_s; }
-    void StopClock() override { Log += u"no clock"_s; }
-    void ShowExhibit(const QString &name) override
-    {
-        if (!HasPicture)
-            throw Error::RunTime(InvalidCall);
-        Log += u"exhibit "_s + name;
-    }
-    void CloseExhibit() override { ++Closed; }
-    void ShowExplanation(qint16 index) override { Log += u"why %1"_s.arg(index); }
-    void ShowReviewList() override { Note(u"list"_s); }
-    void ShowReport() override { Note(u"report"_s); }
-
     int Closed = 0;
+    bool HasPicture = true;
+    std::function<void()> Meanwhile; // done while the next box or window is open
 
-private:
     void Note(const QString &what)
     {
         Log += what;
         if (const auto meanwhile = std::exchange(Meanwhile, {}))
             meanwhile();
     }
+    int Ask(const QString &text, int style, const QVariantList &values) override
+    {
+        Note(QString::number(style) + u' ' + Common::FormatText(text, values, Common::LineBreakMarker::Exact));
+        return Answer;
+    }
+    void ShowItem() override { }
+    void ShowChanges() override { }
+    void ShowExam() override { Note(u"exam"_s); }
+    void StartClock() override { Note(u"clock"_s); }
+    void StopClock() override { Log += u"no clock"_s; }
+    void ShowExhibit(const QString &name) override { HasPicture ? Note(name) : throw Error::RunTime(InvalidCall); }
+    void CloseExhibit() override { ++Closed; }
+    void ShowExplanation(qint16 index) override { Note(u"why %1"_s.arg(index)); }
+    void ShowReviewList() override { Note(u"list"_s); }
+    void ShowReport() override { Note(u"report"_s); }
 };
 
 class SessionTest : public testing::Test {
 protected:
     SessionTest() { SetUpExam(); }
+    ~SessionTest() override { Globals::CurrentExam.reset(); }
     void SetUpExam()
     {
         Globals::CurrentExam = NewExam();
@@ -67,8 +60,6 @@ protected:
         AddItem(*Globals::CurrentExam, { u"no key"_s, { u"one"_s, u"two"_s } });
         AddItem(*Globals::CurrentExam, { u"last"_s, { u"one"_s, u"*two"_s }, false, u"map.gif"_s, u" because "_s });
     }
-    ~SessionTest() override { Globals::CurrentExam.reset(); }
-
     Question &Item(int index) { return *Globals::CurrentExam->Questions().Item(index); }
 
     // Digits click a row's selector and letters its label; n(ext), p(revious),
@@ -96,19 +87,18 @@ protected:
     }
     void DoInList(QChar step)
     {
-        if (step != u'r')
-            Port.Meanwhile = [this, step] {
-                if (step == u'E') {
-                    Globals::CurrentExam->EndExam();
-                    Session.GotoQuestion(1);
-                    return;
-                }
+        Port.Meanwhile = [this, step] {
+            if (step == u'E')
+                Globals::CurrentExam->EndExam();
+            else if (step != u'r')
                 Session.SetReviewMode(step == u'A' ? ExamSession::ReviewingAll : ExamSession::ReviewingMarked);
-                step == u'A' ? Session.GotoQuestion(1) : Session.GotoFirstMarked();
-            };
+            if (step == u'M')
+                Session.GotoFirstMarked();
+            else if (step != u'r')
+                Session.GotoQuestion(1);
+        };
         Session.cmdReview_Click();
     }
-
     // The item's position, ( for radio buttons or [ for check boxes, each row as
     // . or x (: or X when it is disabled), m for a mark, < when one can go back.
     QString Page() const
@@ -117,7 +107,7 @@ protected:
         QString rows;
         for (const Selector &selector : page.Selectors()) {
             if (selector.IsVisible)
-                rows += selector.IsEnabled ? (selector.Value == Selector::On ? u'x' : u'.') : (selector.Value == Selector::On ? u'X' : u':');
+                rows += (selector.IsEnabled ? u".x"_s : u":X"_s).at(selector.Value == Selector::On);
         }
         return QString::number(Session.CurrentIndex()) + (page.Kind == SelectorKind::Radio ? u'(' : u'[') + rows
             + (page.IsMarked ? u"m"_s : u""_s) + (page.CanGoBack ? u"<"_s : u""_s);
@@ -129,33 +119,29 @@ protected:
     }
 
     ScriptedPort Port;
-    ExamSession Session{ Port };
+    ExamSession Session { Port };
 };
 
 }
 
 TEST_F(SessionTest, Start)
 {
-    Item(1).SetAnswer(u"2"_s);
-    Item(1).SetIsMarked(true);
-    Item(2).SetAnswer(u"1"_s);
-    Item(2).SetIsMarked(true);
+    for (const int index : { 1, 2 }) {
+        Item(index).SetAnswer(u"1"_s);
+        Item(index).SetIsMarked(true);
+    }
     Session.SetReviewMode(ExamSession::ReviewingMarked);
     Session.StartExam();
     EXPECT_EQ(Page(), u"1(..."_s);
     EXPECT_EQ(Item(1).Answer(), u""_s) << "the first item begins anew";
     EXPECT_FALSE(Item(1).IsMarked());
     EXPECT_EQ(Session.ReviewMode(), 0);
-    EXPECT_EQ(Session.SecondsRemaining(), 3600);
-    EXPECT_EQ(Port.Log, (QStringList{ u"clock"_s, u"exam"_s }));
+    EXPECT_EQ(Port.Log, (QStringList { u"clock"_s, u"exam"_s }));
     Do(u"n"_s);
     EXPECT_EQ(Page(), u"2[x...m<"_s) << "the others keep what they have";
-}
 
-TEST_F(SessionTest, Durations)
-{
     struct Row { qint16 Minutes; QString Seconds; };
-    for (const Row &row : { Row{ 0, u"0"_s }, Row{ 1, u"60"_s }, Row{ 546, u"32760"_s }, Row{ 547, u"6 "_s }, Row{ 32'767, u"6 "_s } }) {
+    for (const Row &row : { Row { 0, u"0"_s }, Row { 1, u"60"_s }, Row { 546, u"32760"_s }, Row { 547, u"6 "_s }, Row { 32'767, u"6 "_s } }) {
         Globals::CurrentExam->SetDuration(row.Minutes);
         Port.Log.clear();
         EXPECT_EQ(ResultOf([&] { Session.StartExam(); return Session.SecondsRemaining(); }), row.Seconds) << row.Minutes;
@@ -167,16 +153,10 @@ TEST_F(SessionTest, Durations)
 
 TEST_F(SessionTest, Titles)
 {
-    Globals::CurrentExam->SetCode(u"EX-101"_s);
     Session.StartExam();
     struct Row { qint32 Mode; qint16 Index; QString Title; };
-    const Row rows[] = {
-        { 0, 1, u"Exam: EX-101 - Item 1 of 5"_s },
-        { 1, 5, u"Exam: EX-101 - Item 5 of 5 - Reviewing All"_s },
-        { 2, 2, u"Exam: EX-101 - Item 2 of 5 - Reviewing Marked"_s },
-        { 0, 3, u"Exam: EX-101 - Item 3 of 5"_s },
-    };
-    for (const Row &row : rows) {
+    for (const Row &row : { Row { 0, 1, u"Exam: EX-101 - Item 1 of 5"_s }, Row { 1, 5, u"Exam: EX-101 - Item 5 of 5 - Reviewing All"_s },
+                            Row { 2, 2, u"Exam: EX-101 - Item 2 of 5 - Reviewing Marked"_s }, Row { 0, 3, u"Exam: EX-101 - Item 3 of 5"_s } }) {
         const QString before = Session.Page().Title;
         Session.SetReviewMode(row.Mode);
         EXPECT_EQ(Session.Page().Title, before) << "the next item brings the new title";
@@ -188,77 +168,64 @@ TEST_F(SessionTest, Titles)
 // Every row begins at a fresh item 1; item 2 takes two of four boxes.
 TEST_F(SessionTest, Walks)
 {
+    const QString list = u"list"_s;
     const QString limit = u"64 You cannot select more than 2 options for this question. To select this option, please unselect another."_s;
     struct Row { QString Steps, Page; QStringList Log = {}; };
     const Row rows[] = {
-        { u""_s, u"1(..."_s },
-        { u"2"_s, u"1(.x."_s }, { u"21"_s, u"1(x.."_s }, { u"2np"_s, u"1(.x."_s }, { u"c"_s, u"1(..x"_s }, { u"ccb"_s, u"1(.x."_s },
-        { u"mn"_s, u"2[....<"_s }, { u"mnp"_s, u"1(...m"_s }, { u"mnpmnp"_s, u"1(..."_s },
+        { u""_s, u"1(..."_s }, { u"2"_s, u"1(.x."_s }, { u"21"_s, u"1(x.."_s }, { u"2np"_s, u"1(.x."_s }, { u"c"_s, u"1(..x"_s },
+        { u"ccb"_s, u"1(.x."_s }, { u"mn"_s, u"2[....<"_s }, { u"mnp"_s, u"1(...m"_s }, { u"mnpmnp"_s, u"1(..."_s },
         { u"n31"_s, u"2[x.x.<"_s }, { u"n134"_s, u"2[x.x.<"_s, { limit } }, { u"n1343"_s, u"2[x...<"_s, { limit } },
-        { u"nacd"_s, u"2[x.x.<"_s, { limit } }, { u"nacad"_s, u"2[..xx<"_s }, { u"n13npn"_s, u"3[...<"_s },
-        { u"n13np"_s, u"2[x.x.<"_s },
+        { u"nacd"_s, u"2[x.x.<"_s, { limit } }, { u"nacad"_s, u"2[..xx<"_s }, { u"n13npn"_s, u"3[...<"_s }, { u"n13np"_s, u"2[x.x.<"_s },
         { u"nn123"_s, u"3[xxx<"_s }, { u"nnabcb"_s, u"3[x.x<"_s }, { u"nn12np"_s, u"3[xx.<"_s },
         // Without a key boxes are shown, and labels act on hidden radio buttons.
-        { u"nnn12"_s, u"4[xx<"_s }, { u"nnnab"_s, u"4[..<"_s }, { u"nnn1ap"_s, u"3[...<"_s }, { u"nnn1anp"_s, u"4[x.<"_s },
-        { u"nnnanp"_s, u"4[..<"_s },
-        { u"nnnn"_s, u"5(..<"_s }, { u"nnnn2n"_s, u"5(.x<"_s, { u"list"_s } },
-        { u"2r"_s, u"1(.x."_s, { u"list"_s } },
-        { u"nnA"_s, u"1(..."_s, { u"list"_s } }, { u"Annnnn"_s, u"5(..<"_s, { u"list"_s, u"list"_s } },
+        { u"nnn12"_s, u"4[xx<"_s }, { u"nnnab"_s, u"4[..<"_s }, { u"nnn1anp"_s, u"4[x.<"_s }, { u"nnnanp"_s, u"4[..<"_s },
+        { u"nnnn"_s, u"5(..<"_s }, { u"nnnn2n"_s, u"5(.x<"_s, { list } }, { u"2r"_s, u"1(.x."_s, { list } },
+        { u"nnA"_s, u"1(..."_s, { list } }, { u"Annnnn"_s, u"5(..<"_s, { list, list } },
     };
     for (const Row &row : rows) {
-        for (const auto &item : Globals::CurrentExam->Questions()) {
-            item->SetAnswer({});
-            item->SetIsMarked(false);
-        }
+        SetUpExam();
         Session.StartExam();
         Port.Log.clear();
         Do(row.Steps);
         EXPECT_EQ(Page(), row.Page) << row.Steps.toStdString();
         EXPECT_EQ(Port.Log, row.Log) << row.Steps.toStdString();
     }
-    EXPECT_TRUE(Session.Page().CanReview);
+    Globals::CurrentExam = NewExam();
+    AddItem(*Globals::CurrentExam, { u"only"_s, { u"*yes"_s, u"no"_s } });
+    Session.StartExam();
+    Do(u"1n"_s);
+    EXPECT_EQ(Page(), u"1(x."_s);
+    EXPECT_EQ(Port.Log.last() + Item(1).Answer(), u"list1"_s) << "the only item is the last one";
 }
 
-// Items 2, 3 and 5 are marked.
+// Items 2, 3 and 5 are marked. The number tells how often the list opened.
 TEST_F(SessionTest, MarkedItems)
 {
     struct Row { QString Steps, Page; int Lists; };
     const Row rows[] = {
-        // Where the first marked item is reached from decides whether one can go back.
+        // From where the first marked item is reached decides whether one can go back.
         { u"M"_s, u"2[....m<"_s, 1 }, { u"Mp"_s, u"2[....m"_s, 1 }, { u"Mn"_s, u"3[...m<"_s, 1 }, { u"Mnp"_s, u"2[....m"_s, 1 },
         { u"Mnn"_s, u"5(..m<"_s, 1 }, { u"Mnnn"_s, u"5(..m<"_s, 2 }, { u"Mnnpp"_s, u"2[....m"_s, 1 }, { u"Mnnp"_s, u"3[...m<"_s, 1 },
         // The mark on the page counts once it is saved, which opening the list does.
         { u"Mnnmn"_s, u"5(..<"_s, 2 }, { u"Mnnmnn"_s, u"5(..<"_s, 2 }, { u"Mnnmnp"_s, u"3[...m<"_s, 2 },
-        { u"Mnmn"_s, u"5(..m<"_s, 1 }, { u"Mnmnp"_s, u"2[....m"_s, 1 },
-        { u"MA"_s, u"1(..."_s, 2 }, { u"MAn"_s, u"2[....m<"_s, 2 },
+        { u"Mnmn"_s, u"5(..m<"_s, 1 }, { u"Mnmnp"_s, u"2[....m"_s, 1 }, { u"MA"_s, u"1(..."_s, 2 }, { u"MAn"_s, u"2[....m<"_s, 2 },
     };
     for (const Row &row : rows) {
-        for (int index = 1; index <= 5; ++index)
-            Item(index).SetIsMarked(index == 2 || index == 3 || index == 5);
+        SetUpExam();
+        for (const int index : { 2, 3, 5 })
+            Item(index).SetIsMarked(true);
         Session.StartExam();
         Port.Log.clear();
         Do(row.Steps);
         EXPECT_EQ(Page(), row.Page) << row.Steps.toStdString();
         EXPECT_EQ(Port.Log.count(u"list"_s), row.Lists) << row.Steps.toStdString();
     }
-    for (const auto &item : Globals::CurrentExam->Questions())
-        item->SetIsMarked(false);
+    SetUpExam();
     Session.StartExam();
-    Do(u"nnM"_s);
-    EXPECT_EQ(Page(), u"3[...<"_s) << "none is marked";
-    Do(u"np"_s);
-    EXPECT_EQ(Page(), u"3[...<"_s) << "none is marked";
-}
-
-TEST_F(SessionTest, OneItem)
-{
-    Globals::CurrentExam = NewExam();
-    AddItem(*Globals::CurrentExam, { u"only"_s, { u"*yes"_s, u"no"_s } });
-    Session.StartExam();
-    Do(u"1n"_s);
-    EXPECT_EQ(Page(), u"1(x."_s);
-    EXPECT_EQ(Port.Log.last(), u"list"_s);
-    EXPECT_EQ(Item(1).Answer(), u"1"_s);
+    for (const QString &steps : { u"nnM"_s, u"n"_s, u"p"_s }) {
+        Do(steps);
+        EXPECT_EQ(Page(), u"3[...<"_s) << "none is marked";
+    }
 }
 
 TEST_F(SessionTest, StoredAnswersAreRestored)
@@ -269,29 +236,29 @@ TEST_F(SessionTest, StoredAnswersAreRestored)
         { 5, u"1,2"_s, u"5(.x<"_s, 0 }, { 3, u"4"_s, u"9 "_s, 0 }, { 3, u"0"_s, u"9 "_s, 0 }, { 3, u"x"_s, u"13 "_s, 0 },
     };
     for (const Row &row : rows) {
+        SetUpExam();
         Session.StartExam();
         Port.Log.clear();
         Item(row.Index).SetAnswer(row.Stored);
         EXPECT_EQ(ResultOf([&] { Session.GotoQuestion(qint16(row.Index)); return Page(); }), row.Page) << row.Stored.toStdString();
         EXPECT_EQ(Port.Log.size(), row.Boxes) << row.Stored.toStdString();
-        Item(row.Index).SetAnswer({});
     }
 }
 
 TEST_F(SessionTest, AnswerStrings)
 {
     struct Built { std::vector<int> Values; QString Answer; };
-    for (const Built &row : { Built{ {}, u""_s }, Built{ { 0, 0 }, u""_s }, Built{ { 0, 1 }, u"2"_s }, Built{ { 1, 0, 1 }, u"1,3"_s },
-                              Built{ { 2, 1, 2, 1 }, u"2,4"_s }, Built{ std::vector<int>(12, 1), u"1,2,3,4,5,6,7,8,9,10,11,12"_s } }) {
+    for (const Built &row : { Built { {}, u""_s }, Built { { 0, 0 }, u""_s }, Built { { 0, 1 }, u"2"_s }, Built { { 1, 0, 1 }, u"1,3"_s },
+                              Built { { 2, 1, 2, 1 }, u"2,4"_s }, Built { std::vector<int>(11, 1), u"1,2,3,4,5,6,7,8,9,10,11"_s } }) {
         std::vector<Selector> selectors;
         for (const int value : row.Values)
             selectors.push_back({ 0, {}, value });
         EXPECT_EQ(ExamSession::BuildAnswer(selectors), row.Answer);
     }
     struct Parsed { QString Answer, Numbers; };
-    for (const Parsed &row : { Parsed{ u""_s, u""_s }, Parsed{ u"2"_s, u"2;"_s }, Parsed{ u"1,3"_s, u"1;3;"_s }, Parsed{ u"12,7,"_s, u"12;7;"_s },
-                               Parsed{ u","_s, u"13 "_s }, Parsed{ u"1,,2"_s, u"13 "_s }, Parsed{ u"1,b"_s, u"13 "_s },
-                               Parsed{ u"32768"_s, u"6 "_s } }) {
+    for (const Parsed &row : { Parsed { u""_s, u""_s }, Parsed { u"2"_s, u"2;"_s }, Parsed { u"1,3"_s, u"1;3;"_s }, Parsed { u"12,7,"_s, u"12;7;"_s },
+                               Parsed { u","_s, u"13 "_s }, Parsed { u"1,,2"_s, u"13 "_s }, Parsed { u"1,b"_s, u"13 "_s },
+                               Parsed { u"32768"_s, u"6 "_s } }) {
         const auto parse = [&] {
             QString numbers;
             for (const qint16 number : ExamSession::ParseAnswer(row.Answer))
@@ -304,38 +271,32 @@ TEST_F(SessionTest, AnswerStrings)
 
 TEST_F(SessionTest, RowsSayWhatTheyStandFor)
 {
+    Item(2).Choices().Item(1)->SetNumber(26);
     Session.StartExam();
     const PageState &page = Session.Page();
-    EXPECT_EQ(page.Problem, u"single"_s);
-    ASSERT_EQ(page.lblChoices.size(), 3U);
-    EXPECT_EQ(page.Selectors()[2].Caption + page.lblChoices[2].Text, u"C.three"_s);
-    EXPECT_EQ(page.Selectors()[2].Tag, 3);
-    // The letter follows the option's number, not its place.
-    Item(2).Choices().Item(1)->SetNumber(26);
+    EXPECT_EQ(page.Problem + page.Selectors().at(2).Caption + page.lblChoices.at(2).Text, u"singleC.three"_s);
+    EXPECT_EQ(page.Selectors().at(2).Tag, 3);
     Do(u"n"_s);
-    EXPECT_EQ(page.Selectors()[0].Caption, u"Z."_s);
-    Globals::CurrentExam = NewExam();
+    EXPECT_EQ(page.Selectors().at(0).Caption, u"Z."_s) << "the letter follows the option's number, not its place";
     AddItem(*Globals::CurrentExam, { u"without options"_s, {} });
-    Session.StartExam();
-    EXPECT_EQ(Page(), u"1["_s);
+    Session.GotoQuestion(6);
+    EXPECT_EQ(Page(), u"6[<"_s);
 }
 
 TEST_F(SessionTest, Countdown)
 {
+    const auto time = [&] { return Session.Page().Time; };
     Globals::CurrentExam->SetDuration(1);
     Session.StartExam();
-    Port.Log.clear();
-    const auto time = [&] { return Session.Page().Time; };
     Tick(1);
     EXPECT_EQ(time(), u"Time Remaining:  00:00:59"_s);
     Tick(59);
     EXPECT_EQ(time(), u"Time Remaining:  00:00:00"_s);
-    EXPECT_EQ(Port.Log, QStringList());
-
+    Port.Log.clear();
     Port.Answer = AnswerYes;
     Port.Meanwhile = [&] { Tick(100); };
     Tick(1);
-    EXPECT_EQ(Port.Log, (QStringList{ u"no clock"_s, u"36 "_s + TimeQuestion, u"clock"_s })) << "asked once";
+    EXPECT_EQ(Port.Log, (QStringList { u"no clock"_s, TimeQuestion, u"clock"_s })) << "asked once";
     EXPECT_EQ(Session.SecondsRemaining(), 1800);
     EXPECT_EQ(time(), u"Time Remaining:  00:00:00"_s);
     Tick(1);
@@ -344,6 +305,7 @@ TEST_F(SessionTest, Countdown)
     EXPECT_EQ(time(), u"Time Remaining:  00:00:00"_s);
 
     for (const int answer : { AnswerNo, NoAnswer }) {
+        SetUpExam();
         Globals::CurrentExam->SetDuration(90);
         Session.StartExam();
         Tick(1);
@@ -356,48 +318,34 @@ TEST_F(SessionTest, Countdown)
         bool isEnded = false;
         Port.Meanwhile = [&] { Port.Meanwhile = [&] { isEnded = Globals::CurrentExam->IsEnded(); saved = Item(1).Answer(); }; };
         Tick(1);
-        EXPECT_EQ(Port.Log, (QStringList{ u"no clock"_s, u"36 "_s + TimeQuestion, u"report"_s, u"no clock"_s }));
+        EXPECT_EQ(Port.Log, (QStringList { u"no clock"_s, TimeQuestion, u"report"_s, u"no clock"_s }));
         EXPECT_TRUE(isEnded) << "before the report";
         EXPECT_EQ(saved, u""_s) << "what was on the page does not count";
-        EXPECT_TRUE(Session.Page().IsPostExam);
         EXPECT_EQ(Page(), u"1(X::m"_s);
+        EXPECT_TRUE(Session.Page().IsPostExam);
         EXPECT_FALSE(Session.Page().CanMark);
         Tick(3);
         EXPECT_EQ(Port.Log.size(), 4) << "no tick counts any more";
-        SetUpExam();
     }
-}
-
-TEST_F(SessionTest, TimeRunsOutWhileTheListIsOpen)
-{
-    Globals::CurrentExam->SetDuration(0);
-    Session.StartExam();
-    Do(u"1"_s);
-    Port.Log.clear();
-    Port.Answer = AnswerNo;
-    Port.Meanwhile = [&] { Tick(1); };
-    Do(u"r"_s);
-    EXPECT_EQ(Port.Log.count(u"report"_s), 1);
-    EXPECT_TRUE(Session.Page().IsPostExam);
-    EXPECT_EQ(Item(1).Answer(), u"1"_s) << "the list saved the page before";
 }
 
 TEST_F(SessionTest, ReviewAfterTheExam)
 {
     Item(4).SetExplaination(u"   "_s);
     Session.StartExam();
+    Do(u"1n14n12n1n"_s);
     EXPECT_FALSE(Session.Page().IsPostExam);
-    Do(u"1n14n12n1nE"_s);
+    Do(u"E"_s);
     EXPECT_TRUE(Session.Page().IsPostExam);
     EXPECT_EQ(Port.Log.last(), u"no clock"_s);
     struct Row { QString Page, Answer, Status; bool HasExplanation; };
     const Row rows[] = {
-        { u"1(X::"_s, u"Answer: A"_s, u"CORRECT"_s, false },   { u"2[X::X<"_s, u"Answer: A,C"_s, u"INCORRECT"_s, false },
+        { u"1(X::"_s, u"Answer: A"_s, u"CORRECT"_s, false }, { u"2[X::X<"_s, u"Answer: A,C"_s, u"INCORRECT"_s, false },
         { u"3[XX:<"_s, u"Answer: A,B"_s, u"CORRECT"_s, false }, { u"4[X:<"_s, u"Answer: "_s, u"INCORRECT"_s, false },
         { u"5(::<"_s, u"Answer: B"_s, u"INCORRECT"_s, true },
     };
     for (const Row &row : rows) {
-        Do(u"abcd"_s.left(Item(Session.CurrentIndex()).Choices().Count()));
+        Do(u"ab"_s);
         EXPECT_EQ(Page(), row.Page) << "labels have no effect";
         EXPECT_EQ(Session.Page().Answer, row.Answer);
         EXPECT_EQ(Session.Page().Status, row.Status) << row.Page.toStdString();
@@ -410,14 +358,12 @@ TEST_F(SessionTest, ReviewAfterTheExam)
     EXPECT_EQ(Item(2).Answer(), u"1,4"_s) << "kept by walking past";
     Session.cmdWhy_Click();
     EXPECT_EQ(Port.Log.last(), u"why 5"_s);
-    Do(u"n"_s);
-    EXPECT_EQ(Port.Log.at(Port.Log.size() - 2), u"list"_s) << "still at the last item";
     Item(4).SetAnswer({});
     Session.GotoQuestion(4);
     EXPECT_EQ(Session.Page().Status, u"CORRECT"_s) << "no answer to an item without a key";
 }
 
-TEST_F(SessionTest, Exhibits)
+TEST_F(SessionTest, ExhibitAndClosing)
 {
     Session.StartExam();
     EXPECT_FALSE(Session.Page().HasExhibit);
@@ -427,17 +373,12 @@ TEST_F(SessionTest, Exhibits)
     Session.cmdExhibit_Click();
     Port.HasPicture = false;
     Session.cmdExhibit_Click();
-    EXPECT_EQ(Port.Log, (QStringList{ u"exhibit map.gif"_s, u"16 The exhibit cannot be displayed because required files are missing "
-                                                            "or corrupt. Please reinstall the exam pack."_s }));
+    EXPECT_EQ(Port.Log, (QStringList { u"map.gif"_s, u"16 The exhibit cannot be displayed because required files are missing or corrupt. "
+                                                      "Please reinstall the exam pack."_s }));
     const int closed = Port.Closed;
     Do(u"p"_s);
     EXPECT_EQ(Port.Closed, closed + 1) << "another item closes it";
-    EXPECT_FALSE(Session.Page().HasExhibit);
-}
 
-TEST_F(SessionTest, Closing)
-{
-    Session.StartExam();
     Port.Log.clear();
     for (const int answer : { AnswerNo, NoAnswer, AnswerYes }) {
         Port.Answer = answer;

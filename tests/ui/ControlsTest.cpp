@@ -222,7 +222,7 @@ TEST(TextBlockTest, WrapsAnything)
     TextBlock block;
     const int line = block.HeightForWidth(400);
     EXPECT_GT(line, 0) << "an empty text takes a line";
-    const int wide = block.fontMetrics().horizontalAdvance(u'M') * 20 + 1;
+    const int wide = block.fontMetrics().horizontalAdvance(u"M"_s.repeated(20)) + 2;
     struct Row { QString Text; int Lines; };
     const Row rows[] = {
         { u"M"_s, 1 }, { u"M"_s.repeated(20), 1 }, { u"M"_s.repeated(21), 2 }, { u"M"_s.repeated(100'000), 5'000 },

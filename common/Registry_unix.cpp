@@ -1,0 +1,109 @@
+#include "common/Registry.h"
+
+#include "common/Common.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+#include <QStandardPaths>
+
+#include <cerrno>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace Registry {
+
+namespace {
+
+const QString TypeName = u"type"_s;
+const QString BytesName = u"bytes"_s;
+
+QString HiveFile(Hive hive)
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + u"/Practorium/"_s
+        + (hive == CurrentUser ? u"current-user.json"_s : u"local-machine.json"_s);
+}
+
+qint32 Failed(int code)
+{
+    Common::SetLastSystemError(code);
+    return code;
+}
+
+// The keys of a hive; a file that is not there, or that somebody has spoilt,
+// holds none.
+QJsonObject Load(Hive hive)
+{
+    QFile file(HiveFile(hive));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return QJsonDocument::fromJson(file.readAll()).object();
+}
+
+qint32 Store(Hive hive, const QJsonObject &keys)
+{
+    const QString path = HiveFile(hive);
+    QDir().mkpath(path.section(u'/', 0, -2));
+    QSaveFile file(path);
+    errno = 0;
+    // The permissions come before the content.
+    if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner)
+        || file.write(QJsonDocument(keys).toJson()) < 0 || !file.commit())
+        return Failed(errno != 0 ? errno : EIO);
+    return 0;
+}
+
+// Keys and names are the same in any letter case.
+QString Folded(const QString &name)
+{
+    return name.toCaseFolded();
+}
+
+}
+
+qint32 OpenKey(Hive hive, const QString &SubKey, bool create)
+{
+    QJsonObject keys = Load(hive);
+    if (keys.contains(Folded(SubKey)))
+        return 0;
+    if (!create)
+        return Failed(ENOENT);
+    keys.insert(Folded(SubKey), QJsonObject());
+    return Store(hive, keys);
+}
+
+qint32 QueryStored(Hive hive, const QString &SubKey, const QString &ValueName, StoredValue &value)
+{
+    const QJsonObject values = Load(hive).value(Folded(SubKey)).toObject();
+    const auto found = values.constFind(Folded(ValueName));
+    if (found == values.constEnd())
+        return Failed(ENOENT);
+    value.Type = found->toObject().value(TypeName).toInt();
+    value.Bytes = QByteArray::fromBase64(found->toObject().value(BytesName).toString().toLatin1());
+    return 0;
+}
+
+qint32 SetStored(Hive hive, const QString &SubKey, const QString &ValueName, const StoredValue &value)
+{
+    QJsonObject keys = Load(hive);
+    QJsonObject values = keys.value(Folded(SubKey)).toObject();
+    values.insert(Folded(ValueName),
+                  QJsonObject{ { TypeName, value.Type }, { BytesName, QString::fromLatin1(value.Bytes.toBase64()) } });
+    keys.insert(Folded(SubKey), values);
+    return Store(hive, keys);
+}
+
+qint32 DeleteStored(Hive hive, const QString &SubKey, const QString &ValueName)
+{
+    QJsonObject keys = Load(hive);
+    QJsonObject values = keys.value(Folded(SubKey)).toObject();
+    if (!values.contains(Folded(ValueName)))
+        return Failed(ENOENT);
+    values.remove(Folded(ValueName));
+    keys.insert(Folded(SubKey), values);
+    return Store(hive, keys);
+}
+
+}

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "download/Message.h"
+
+#include <QString>
+#include <QStringList>
+#include <QVariantList>
+
+// What the conversation asks of its surroundings.
+class ConversationPort {
+public:
+    virtual ~ConversationPort() = default;
+    // As ShowMessage does: the button pressed.
+    virtual int Ask(const QString &text, int style, const QVariantList &values = {}) = 0;
+    virtual void UpdateStatus(const QString &text) = 0;
+    // Posts a packed message to the service once the one before has been
+    // answered. Raises an Error when the request cannot be started.
+    virtual void Post(const QString &message) = 0;
+    // Fetches an exam's pack into the file of that name. Raises an Error when
+    // that cannot be started.
+    virtual void Fetch(const QString &sessionID, const QString &examID) = 0;
+    // Runs the pack that has been fetched, waits for it and deletes it. Raises
+    // an Error when it did not come whole or cannot be run.
+    virtual void Install(const QString &examID) = 0;
+    virtual bool IsInstalled(const QString &examID) = 0;
+    virtual void EndRun(bool success) = 0;
+    // Lets the candidate correct the credentials and start again.
+    virtual void OfferStart() = 0;
+    virtual void CloseWindow() = 0;
+};
+
+// One run of the conversation with the download service: log on, ask for the
+// bought exams, fetch and install each, report. It is driven by replies.
+class Conversation {
+public:
+    explicit Conversation(ConversationPort &port);
+
+    // Both without the blanks at both ends.
+    void Start(const QString &userID, const QString &password);
+    // The run is over; what still arrives is not answered.
+    void Stop() { m_isRunning = false; }
+    bool IsRunning() const { return m_isRunning; }
+
+    // The body of a reply; an empty one is not dispatched. Raises what UnPack
+    // raises.
+    void Receive(const QString &body);
+    // A request failed: the transfer object's code and text.
+    void TransportFailed(qint32 code, const QString &text);
+    // Something went wrong while a reply was handled.
+    void HandlingFailed();
+    // The exam at the front of the queue: asks about overwriting, fetches.
+    void DownloadNext();
+    // The pack at the front of the queue has arrived, or ended early.
+    void DownloadComplete();
+
+    const QStringList &Queue() const { return m_queue; }
+    const QString &InstalledList() const { return m_installed; }
+
+private:
+    void Send(const QString &command, const QList<std::pair<QString, QString>> &parameters);
+    void Dispatch(const MESSAGE &reply);
+    void HandleLogin(const MESSAGE &reply);
+    void HandleList(const MESSAGE &reply);
+    void FatalError(const QString &text, const QVariantList &values = {});
+    void InstallFront();
+    void Report();
+
+    ConversationPort &m_port;
+    bool m_isRunning = false;
+    QStringList m_queue;
+    QString m_sessionID;
+    QString m_installed; // each exam ID followed by a comma
+};

@@ -1,0 +1,75 @@
+#include "download/Credentials.h"
+
+#include "common/Common.h"
+#include "common/Error.h"
+#include "common/Registry.h"
+#include "model/CryptoAPI.h"
+
+#include <QSysInfo>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace Credentials {
+
+namespace {
+
+const QString Key = u"Software\\Practorum\\PackCourier"_s;
+const QString UserIDName = u"User ID"_s;
+const QString PasswordName = u"Password"_s;
+const QString EndpointName = u"Endpoint"_s;
+
+// Another machine's copy of the file does not open with it.
+QString PassPhrase()
+{
+    const QByteArray machine = QSysInfo::machineUniqueId();
+    return u"Practorium credentials on "_s
+        + (machine.isEmpty() ? QSysInfo::machineHostName() : QString::fromLatin1(machine.toHex()));
+}
+
+QVariant Value(const QString &name)
+{
+    try {
+        return Registry::ReadValue(Registry::CurrentUser, Key, name);
+    } catch (const Error &) {
+        // Nothing has been stored yet.
+        return {};
+    }
+}
+
+}
+
+Pair Load()
+{
+    Pair pair;
+    pair.UserID = Value(UserIDName).toString();
+    if (!pair.UserID.isEmpty())
+        pair.Password = CryptoAPI::DecryptText(Value(PasswordName).toByteArray(), PassPhrase(), CryptoAPI::CipherRC4, CryptoAPI::HashMD5);
+    return pair;
+}
+
+void Store(const Pair &pair)
+{
+    Registry::WriteValue(Key, UserIDName, pair.UserID, Registry::Text, Registry::CurrentUser);
+    Registry::WriteValue(Key, PasswordName,
+                         CryptoAPI::EncryptText(pair.Password, PassPhrase(), CryptoAPI::CipherRC4, CryptoAPI::HashMD5),
+                         Registry::Binary, Registry::CurrentUser);
+}
+
+void Forget()
+{
+    for (const QString &name : { UserIDName, PasswordName }) {
+        try {
+            Registry::DeleteValue(Key, name, Registry::CurrentUser);
+        } catch (const Error &) {
+            // It was not there.
+        }
+    }
+}
+
+QString Endpoint()
+{
+    const QString endpoint = Common::TrimBlanks(Value(EndpointName).toString());
+    return endpoint.isEmpty() ? QStringLiteral(PRACTORIUM_ENDPOINT) : endpoint;
+}
+
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QString>
+
+// What the download window keeps between runs, under its registry key.
+namespace Credentials {
+
+// Empty when nothing is remembered.
+struct Pair {
+    QString UserID;
+    QString Password;
+};
+// A password that cannot be read is empty.
+Pair Load();
+// Stores the password enciphered. Raises the system's error.
+void Store(const Pair &pair);
+// Values that are not there are no error.
+void Forget();
+
+// Where the service is: the text "Endpoint" under the same key, or else the
+// address that the program was built with.
+QString Endpoint();
+
+}

@@ -1,0 +1,51 @@
+#include "download/DownloadText.h"
+
+#include "common/Common.h"
+#include "model/IO.h"
+
+#include <cmath>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace DownloadText {
+
+namespace {
+
+const QString Nothing = u"NA"_s;
+constexpr double DecimalsFrom = 999 * 1024; // bytes
+constexpr double LargestFraction = 100;
+constexpr double SmallestChange = 10;
+constexpr float Creep = 0.001F;
+
+}
+
+QString Total(double total)
+{
+    return total < 1 ? Nothing : IO::FormatSize(total, 2);
+}
+
+QString Received(double downloaded)
+{
+    return downloaded < 1 ? Nothing : IO::FormatSize(downloaded, downloaded >= DecimalsFrom ? 2 : 0);
+}
+
+QString Rate(double bytesPerSecond)
+{
+    if (bytesPerSecond < 1)
+        return Nothing;
+    return Common::FormatText(u"{1}/s"_s, { IO::FormatSize(bytesPerSecond, bytesPerSecond < 100 ? 1 : 0) });
+}
+
+double BarWidth(double fullWidth, double width, double fraction)
+{
+    const double wanted = fullWidth * std::min(fraction, LargestFraction);
+    return std::abs(wanted - width) >= SmallestChange ? wanted : width;
+}
+
+float NextSimulated(float fraction)
+{
+    const float next = fraction + Creep;
+    return next > 1.0F ? 0.5F : next;
+}
+
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+
+// What the download window writes about a transfer. Sizes are bytes; below 1
+// there is nothing to tell, "NA".
+namespace DownloadText {
+
+QString Total(double total);
+QString Received(double downloaded);
+QString Rate(double bytesPerSecond);
+
+// The width that a bar of that full width is to have for a fraction, in the
+// unit of the widths; the present one when the change is too small to show.
+double BarWidth(double fullWidth, double width, double fraction);
+
+// The fraction of the next tick while a request is under way: it creeps up and
+// falls back to half rather than ever arriving.
+float NextSimulated(float fraction);
+
+}

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "download/PackFile.h"
+#include "download/Transfer.h"
+
+#include <QObject>
+#include <QString>
+
+// Fetches one file over HTTP into a folder, in chunks, and counts what has
+// come and how fast.
+class Downloader : public QObject {
+    Q_OBJECT
+public:
+    static constexpr qsizetype ChunkBytes = 1024;
+
+    using QObject::QObject;
+
+    // The transfer object, not owned, whose states this instance then handles.
+    void Initialize(Transfer *transfer);
+    const QString &TargetPath() const { return m_targetPath; }
+    const QString &FileName() const { return m_fileName; }
+    // Path and name joined.
+    QString TargetFile() const;
+    // Bytes, as the server announced them.
+    qint32 FileSize() const { return m_fileSize; }
+    // Bytes written, never more than FileSize.
+    qint32 Downloaded() const { return m_downloaded; }
+    // Bytes of the last measuring window of at least one second.
+    qint32 TransferRate() const { return m_transferRate; }
+    // The transfer stops at the next chunk.
+    void Cancel() { m_isCancelled = true; }
+    // Starts a download and returns at once; for an empty name the one behind
+    // the address's last "/" is taken. Raises what Transfer::Execute raises.
+    void GetFile(const QString &url, const QString &targetPath, const QString &fileName);
+
+    // True when every announced byte has been written and nothing was cancelled.
+    bool IsWhole() const { return m_isWhole; }
+    // The file that was written, for as long as no other download starts.
+    PackFile &File() { return m_file; }
+
+    // Counts a chunk that arrived at that many seconds since midnight.
+    void Account(qint32 bytes, double now);
+
+Q_SIGNALS:
+    void DownloadStarted();
+    void ChunkDownloaded();
+    // Also after a cancel.
+    void DownloadComplete();
+    // The answer is no pack, or could not be written: what was raised.
+    void DownloadFailed(const QString &text);
+
+private:
+    void StateChanged(int state);
+    void ReceiveBody();
+
+    Transfer *m_transfer = nullptr;
+    QString m_targetPath;
+    QString m_fileName;
+    qint32 m_transferRate = 0;
+    qint32 m_fileSize = 0;
+    qint32 m_downloaded = 0;
+    bool m_isCancelled = false;
+    double m_windowStart = 0; // seconds since midnight; 0 when none is open
+    qint32 m_windowBytes = 0;
+    bool m_isWhole = false;
+    PackFile m_file;
+};

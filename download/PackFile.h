@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QString>
+
+#include <memory>
+
+// The file that a pack is downloaded into and run from. It lies in a folder
+// that is everybody's, so it is created anew for this user alone, never through
+// a link and never over a file that is there, and it is run only if it is still
+// the file that was created. Every operation raises the system's error.
+class PackFile {
+public:
+    PackFile();
+    // Closes the file and leaves it where it is.
+    ~PackFile();
+    PackFile(const PackFile &) = delete;
+    PackFile &operator=(const PackFile &) = delete;
+
+    void Create(const QString &path);
+    void Write(const char *bytes, qint64 count);
+    void Close();
+    const QString &Path() const { return m_path; }
+
+    // Makes the closed file a program. Raises an Error when it is no longer the
+    // one that was created or when another user could exchange it.
+    void MakeRunnable();
+    // Removes the file that was created; of another one at its place nothing.
+    void Remove();
+
+private:
+    struct System;
+    std::unique_ptr<System> m_system;
+    QString m_path;
+};
+
+// Removes a regular file of this user's own; anything else stays as it is.
+void RemoveOwnFile(const QString &path);
+
+// A name that stays inside the folder that it is put into.
+bool IsPlainFileName(const QString &name);

@@ -1,0 +1,134 @@
+#include "download/PackFile.h"
+
+#include "common/Common.h"
+#include "common/Error.h"
+#include "model/IO.h"
+
+#include <QByteArray>
+#include <QFile>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+// Chunks of the network are small; the disk gets them in larger pieces.
+constexpr qsizetype WriteBuffer = 256 * 1024;
+
+Error Exchanged()
+{
+    return Error(InvalidCall, u"The downloaded file is not the one that was written"_s, u"PackFile::MakeRunnable()"_s);
+}
+
+}
+
+struct PackFile::System {
+    int Descriptor = -1;
+    dev_t Device = 0;
+    ino_t Node = 0;
+    QByteArray Pending;
+
+    ~System()
+    {
+        if (Descriptor >= 0)
+            close(Descriptor);
+    }
+
+    void WritePending()
+    {
+        const char *bytes = Pending.constData();
+        qsizetype left = Pending.size();
+        while (left > 0) {
+            const ssize_t put = write(Descriptor, bytes, static_cast<size_t>(left));
+            if (put < 0 && errno == EINTR)
+                continue;
+            Common::CheckApiResult(put > 0);
+            bytes += put;
+            left -= put;
+        }
+        Pending.clear();
+    }
+
+    bool IsStill(const QByteArray &path, struct stat &status) const
+    {
+        return lstat(path.constData(), &status) == 0 && S_ISREG(status.st_mode) && status.st_dev == Device
+            && status.st_ino == Node && status.st_uid == geteuid() && status.st_nlink == 1;
+    }
+};
+
+PackFile::PackFile() = default;
+PackFile::~PackFile() = default;
+
+void PackFile::Create(const QString &path)
+{
+    m_path = path;
+    m_system = std::make_unique<System>();
+    m_system->Pending.reserve(WriteBuffer);
+    m_system->Descriptor = open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+    Common::CheckApiResult(m_system->Descriptor >= 0);
+    struct stat status = {};
+    Common::CheckApiResult(fstat(m_system->Descriptor, &status) == 0);
+    m_system->Device = status.st_dev;
+    m_system->Node = status.st_ino;
+}
+
+void PackFile::Write(const char *bytes, qint64 count)
+{
+    m_system->Pending.append(bytes, count);
+    if (m_system->Pending.size() >= WriteBuffer)
+        m_system->WritePending();
+}
+
+void PackFile::Close()
+{
+    if (!m_system || m_system->Descriptor < 0)
+        return;
+    m_system->WritePending();
+    const int descriptor = std::exchange(m_system->Descriptor, -1);
+    Common::CheckApiResult(close(descriptor) == 0);
+}
+
+void PackFile::MakeRunnable()
+{
+    if (!m_system)
+        throw Exchanged();
+    Close();
+    const QByteArray path = QFile::encodeName(m_path);
+    const QByteArray folder = QFile::encodeName(IO::GetFolder(m_path));
+    struct stat status = {};
+    struct stat around = {};
+    if (!m_system->IsStill(path, status) || lstat(folder.isEmpty() ? "/" : folder.constData(), &around) != 0)
+        throw Exchanged();
+    // In a folder that others may write to, only the sticky bit keeps them from
+    // renaming their own file over this one.
+    const bool isShared = (around.st_mode & (S_IWGRP | S_IWOTH)) != 0 || (around.st_uid != geteuid() && around.st_uid != 0);
+    if (isShared && (around.st_mode & S_ISVTX) == 0)
+        throw Exchanged();
+    Common::CheckApiResult(chmod(path.constData(), S_IRUSR | S_IWUSR | S_IXUSR) == 0);
+}
+
+void PackFile::Remove()
+{
+    const QByteArray path = QFile::encodeName(m_path);
+    struct stat status = {};
+    if (!m_system || !m_system->IsStill(path, status))
+        return;
+    Common::CheckApiResult(unlink(path.constData()) == 0);
+}
+
+void RemoveOwnFile(const QString &path)
+{
+    const QByteArray name = QFile::encodeName(path);
+    struct stat status = {};
+    if (lstat(name.constData(), &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid())
+        unlink(name.constData());
+}
+
+bool IsPlainFileName(const QString &name)
+{
+    return !name.isEmpty() && name != "."_L1 && name != ".."_L1 && !name.contains(u'/') && !name.contains(QChar(u'\0'));
+}

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <QByteArray>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QObject>
+#include <QPointer>
+#include <QTimer>
+
+#include <memory>
+
+// One HTTP request at a time: executed, watched by numbered states, its body
+// fetched in chunks as it arrives and never more than a bounded part of it held
+// in memory. Only http and https; redirections are followed, ten at most and
+// never from https to http.
+class Transfer : public QObject {
+    Q_OBJECT
+public:
+    enum State : int {
+        Requesting = 5,
+        Failed = 11,    // ResponseCode and ResponseInfo say why
+        Completed = 12, // the header is here and the body can be read
+    };
+
+    explicit Transfer(QObject *parent = nullptr);
+    ~Transfer() override;
+
+    // Starts a request. Raises InvalidCall for an address that is neither http
+    // nor https, and while another request is executing. A header is a name, a
+    // colon and a value.
+    void Execute(const QString &url, const QByteArray &operation, const QByteArray &body = {}, const QByteArray &header = {});
+    // From Execute until the body has ended, the request has failed or has been
+    // cancelled.
+    bool StillExecuting() const { return m_isExecuting; }
+    // Ends the request; no state is raised any more, and a waiting GetChunk
+    // returns empty.
+    void Cancel();
+    bool IsCancelled() const { return m_isCancelled; }
+
+    // A response header by its name, in any letter case; empty without one.
+    QByteArray GetHeader(const QByteArray &name) const;
+    // Up to size bytes of the body: what has arrived, or else what arrives next,
+    // with events running meanwhile. Empty at the end of the body and after
+    // Cancel. Raises an Error when the connection breaks before the end.
+    QByteArray GetChunk(qsizetype size);
+    // The HTTP status, or the number of the network's error when there is none.
+    qint32 ResponseCode() const { return m_responseCode; }
+    QString ResponseInfo() const { return m_responseInfo; }
+
+Q_SIGNALS:
+    void StateChanged(int state);
+
+private:
+    void Raise(State state);
+    void HeaderArrived();
+    void Ended();
+    void Silent();
+    void Fail(qint32 code, const QString &text);
+    void Release();
+
+    QNetworkAccessManager m_manager;
+    QPointer<QNetworkReply> m_reply;
+    QTimer m_silence;
+    bool m_isExecuting = false;
+    bool m_isCancelled = false;
+    bool m_hasHeader = false;
+    bool m_hasEnded = false;
+    bool m_hasTimedOut = false;
+    qint64 m_announced = -1;
+    qint64 m_received = 0;
+    qint32 m_responseCode = 0;
+    QString m_responseInfo;
+};

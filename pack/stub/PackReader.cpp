@@ -1,0 +1,167 @@
+#include "pack/stub/PackReader.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr char Unreadable[] = "the pack cannot be read";
+constexpr char Damaged[] = "the pack is damaged";
+constexpr char Misnamed[] = "the pack holds a name that may lead out of its folder";
+constexpr char Misordered[] = "the pack holds a name twice or out of order";
+constexpr char Missized[] = "the sizes in the pack are wrong";
+constexpr char TooMany[] = "the pack holds too many files";
+constexpr char NoExam[] = "the pack holds no exam";
+
+template <class Number>
+Number FromBytes(const unsigned char *bytes)
+{
+    Number number = 0;
+    for (std::size_t i = sizeof(Number); i-- > 0;)
+        number = static_cast<Number>(number << 8 | bytes[i]);
+    return number;
+}
+
+}
+
+template <class Number>
+Number PackReader::Field(std::size_t at) const
+{
+    return FromBytes<Number>(m_trailer + at);
+}
+
+const char *PackReader::Check()
+{
+    if (m_source.Size < PackFormat::TrailerBytes)
+        return Damaged;
+    const std::uint64_t trailer = m_source.Size - PackFormat::TrailerBytes;
+    if (!m_source.Read(m_source.File, trailer, m_trailer, sizeof m_trailer))
+        return Unreadable;
+    const auto start = Field<std::uint64_t>(PackFormat::IndexStartAt);
+    const auto indexBytes = Field<std::uint32_t>(PackFormat::IndexBytesAt);
+    const auto contentBytes = Field<std::uint64_t>(PackFormat::ContentBytesAt);
+    if (std::memcmp(m_trailer, PackFormat::Magic, sizeof PackFormat::Magic) != 0
+        || Field<std::uint32_t>(PackFormat::VersionAt) != PackFormat::Version)
+        return Damaged;
+    if (start > trailer || indexBytes > trailer - start || contentBytes != trailer - start - indexBytes)
+        return Damaged;
+    if (indexBytes > PackFormat::MostIndexBytes)
+        return TooMany;
+
+    m_index.reset(static_cast<unsigned char *>(std::malloc(indexBytes + std::size_t(1))));
+    m_indexBytes = indexBytes;
+    crypto_hash_sha256_init(&m_sum);
+    if (!m_index || !AddToSum(m_sum, 0, start) || !m_source.Read(m_source.File, start, m_index.get(), indexBytes))
+        return Unreadable;
+    crypto_hash_sha256_update(&m_sum, m_index.get(), indexBytes);
+    m_contentPosition = start + indexBytes;
+    crypto_hash_sha256_state sum = m_sum;
+    if (!AddToSum(sum, m_contentPosition, contentBytes))
+        return Unreadable;
+    return IsSum(sum) ? CheckIndex(contentBytes) : Damaged;
+}
+
+const char *PackReader::CheckIndex(std::uint64_t contentBytes)
+{
+    Rewind();
+    if (!PackFormat::IsPlainName(m_folder))
+        return Misnamed;
+    bool hasExam = false;
+    std::size_t count = 0;
+    PackEntry before;
+    PackEntry entry;
+    while (Next(entry)) {
+        if (++count > PackFormat::MostFiles)
+            return TooMany;
+        if (!PackFormat::IsPlainName(entry.Name))
+            return Misnamed;
+        if (entry.Name <= before.Name)
+            return Misordered;
+        if (entry.Size > contentBytes)
+            return Missized;
+        contentBytes -= entry.Size;
+        hasExam = hasExam || PackFormat::IsExamFile(entry.Name, m_folder);
+        before = entry;
+    }
+    if (m_indexPosition != m_indexBytes || contentBytes != 0)
+        return Missized;
+    Rewind();
+    return hasExam ? nullptr : NoExam;
+}
+
+void PackReader::Rewind()
+{
+    m_indexPosition = 0;
+    m_folder = {};
+    TakeName(m_folder);
+}
+
+const unsigned char *PackReader::Take(std::size_t count)
+{
+    if (count > m_indexBytes - m_indexPosition)
+        return nullptr;
+    const unsigned char *bytes = m_index.get() + m_indexPosition;
+    m_indexPosition += count;
+    return bytes;
+}
+
+bool PackReader::TakeName(std::string_view &name)
+{
+    const unsigned char *count = Take(PackFormat::NameCountBytes);
+    const std::size_t length = count ? FromBytes<std::uint16_t>(count) : 0;
+    const unsigned char *bytes = count ? Take(length) : nullptr;
+    if (!bytes)
+        return false;
+    name = { reinterpret_cast<const char *>(bytes), length };
+    return true;
+}
+
+bool PackReader::Next(PackEntry &entry)
+{
+    const std::size_t start = m_indexPosition;
+    if (TakeName(entry.Name)) {
+        if (const unsigned char *size = Take(PackFormat::SizeBytes)) {
+            entry.Size = FromBytes<std::uint64_t>(size);
+            return true;
+        }
+    }
+    // A piece of an entry is none.
+    m_indexPosition = start;
+    return false;
+}
+
+bool PackReader::Read(void *out, std::size_t count)
+{
+    if (!m_source.Read(m_source.File, m_contentPosition, out, count))
+        return false;
+    crypto_hash_sha256_update(&m_sum, static_cast<const unsigned char *>(out), count);
+    m_contentPosition += count;
+    return true;
+}
+
+bool PackReader::IsSame() const
+{
+    return IsSum(m_sum);
+}
+
+bool PackReader::AddToSum(crypto_hash_sha256_state &sum, std::uint64_t offset, std::uint64_t count) const
+{
+    unsigned char block[1 << 16];
+    while (count > 0) {
+        const auto length = static_cast<std::size_t>(std::min<std::uint64_t>(count, sizeof block));
+        if (!m_source.Read(m_source.File, offset, block, length))
+            return false;
+        crypto_hash_sha256_update(&sum, block, length);
+        offset += length;
+        count -= length;
+    }
+    return true;
+}
+
+bool PackReader::IsSum(crypto_hash_sha256_state sum) const
+{
+    unsigned char digest[PackFormat::DigestBytes];
+    crypto_hash_sha256_update(&sum, m_trailer, PackFormat::DigestAt);
+    crypto_hash_sha256_final(&sum, digest);
+    return std::memcmp(digest, m_trailer + PackFormat::DigestAt, sizeof digest) == 0;
+}

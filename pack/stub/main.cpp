@@ -1,0 +1,10 @@
+#include "pack/stub/Install.h"
+
+int main(int argc, char **)
+{
+    if (argc > 1) {
+        Complain(nullptr, "run it without arguments to install the exam", nullptr);
+        return 2;
+    }
+    return InstallPack(OwnFile);
+}

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "service/Clock.h"
+
+#include <QHash>
+#include <QString>
+
+#include <mutex>
+#include <optional>
+
+// Slows down whoever guesses passwords, by user and by address: after a number
+// of failures in a row each further attempt has to wait, twice as long every
+// time. An attempt that comes too early is refused at once, so nobody waits for
+// somebody else. Unknown users count like known ones. May be used by several
+// threads.
+class Guard {
+public:
+    struct Rule {
+        int Free; // attempts without a wait
+        std::chrono::milliseconds First;
+        std::chrono::milliseconds Longest;
+        std::chrono::milliseconds Forgotten; // without an attempt, after the wait
+    };
+    struct Limits {
+        // A user's own wait is short: a stranger can cause it.
+        Rule User = { 5, std::chrono::seconds(2), std::chrono::minutes(2), std::chrono::hours(1) };
+        Rule Address = { 20, std::chrono::seconds(2), std::chrono::minutes(15), std::chrono::hours(6) };
+        qsizetype MostEntries = 10'000;
+    };
+
+    Guard(MonotonicClock clock, Limits limits);
+    explicit Guard(MonotonicClock clock)
+        : Guard(std::move(clock), Limits())
+    {
+    }
+
+    // How long an attempt has to wait; nothing when it may be made now. It then
+    // counts as failed at once, so that attempts side by side are no way
+    // around, until Succeeded takes that back.
+    std::optional<std::chrono::milliseconds> Admit(const QString &user, const QString &address);
+    void Succeeded(const QString &user, const QString &address);
+
+private:
+    struct Entry {
+        int Attempts = 0;
+        std::chrono::milliseconds Until{ 0 };
+    };
+    using Table = QHash<QString, Entry>;
+
+    std::chrono::milliseconds Wait(const Table &table, const QString &name) const;
+    void Count(Table &table, const QString &name, const Rule &rule) const;
+
+    MonotonicClock m_clock;
+    Limits m_limits;
+    std::mutex m_mutex;
+    Table m_users;
+    Table m_addresses;
+};

@@ -1,0 +1,97 @@
+#include "service/Sessions.h"
+
+#include <sodium.h>
+
+#include <array>
+
+namespace {
+
+QByteArray FingerprintOf(const QByteArray &id)
+{
+    QByteArray digest(crypto_generichash_BYTES, '\0');
+    crypto_generichash(reinterpret_cast<uchar *>(digest.data()), static_cast<size_t>(digest.size()),
+                       reinterpret_cast<const uchar *>(id.constData()), static_cast<quint64>(id.size()), nullptr, 0);
+    return digest;
+}
+
+}
+
+Sessions::Use::Use(Sessions &sessions, std::shared_ptr<Session> session)
+    : m_sessions(&sessions)
+    , m_session(std::move(session))
+{
+    ++m_session->Uses;
+}
+
+Sessions::Use::~Use()
+{
+    if (!m_session)
+        return;
+    const std::lock_guard lock(m_sessions->m_mutex);
+    --m_session->Uses;
+    m_session->LastUse = m_sessions->m_clock();
+}
+
+qint64 Sessions::Use::User() const
+{
+    return m_session->User;
+}
+
+QByteArray Sessions::Use::Fingerprint() const
+{
+    return m_session->Fingerprint;
+}
+
+Sessions::Sessions(MonotonicClock clock, Limits limits)
+    : m_clock(std::move(clock))
+    , m_limits(limits)
+{
+}
+
+bool Sessions::IsOver(const Session &session) const
+{
+    const auto now = m_clock();
+    return now - session.Opened >= m_limits.Whole || (session.Uses == 0 && now - session.LastUse >= m_limits.Idle);
+}
+
+void Sessions::MakeRoom(qint64 user)
+{
+    m_sessions.removeIf([this](const auto &entry) { return IsOver(*entry.value()); });
+    std::shared_ptr<Session> oldest;
+    int count = 0;
+    for (const auto &session : std::as_const(m_sessions)) {
+        if (session->User != user)
+            continue;
+        ++count;
+        if (!oldest || session->Opened < oldest->Opened)
+            oldest = session;
+    }
+    if (count >= m_limits.OfOneUser)
+        m_sessions.remove(oldest->Fingerprint);
+}
+
+QString Sessions::Open(qint64 user)
+{
+    std::array<char, 32> bytes;
+    randombytes_buf(bytes.data(), bytes.size());
+    const QByteArray id = QByteArray::fromRawData(bytes.data(), bytes.size()).toHex();
+    const std::lock_guard lock(m_mutex);
+    MakeRoom(user);
+    const auto session = std::make_shared<Session>(Session{ user, FingerprintOf(id), m_clock(), m_clock() });
+    m_sessions.insert(session->Fingerprint, session);
+    return QString::fromLatin1(id);
+}
+
+std::optional<Sessions::Use> Sessions::Find(const QString &id)
+{
+    const QByteArray fingerprint = FingerprintOf(id.toUtf8());
+    const std::lock_guard lock(m_mutex);
+    const auto session = m_sessions.value(fingerprint);
+    if (!session)
+        return {};
+    if (IsOver(*session)) {
+        m_sessions.remove(fingerprint);
+        return {};
+    }
+    return std::optional<Use>(std::in_place, *this, session);
+}

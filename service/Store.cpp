@@ -1,0 +1,238 @@
+#include "service/Store.h"
+
+#include "common/Error.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+
+#include <algorithm>
+#include <atomic>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr int SchemaVersion = 1;
+const QStringList Schema = {
+    u"CREATE TABLE IF NOT EXISTS users(id INTEGER PRIMARY KEY, email TEXT NOT NULL, folded TEXT NOT NULL UNIQUE, "
+    "password BLOB NOT NULL)"_s,
+    u"CREATE TABLE IF NOT EXISTS grants(id INTEGER PRIMARY KEY, user INTEGER NOT NULL REFERENCES users(id), "
+    "exam TEXT NOT NULL, UNIQUE(user, exam))"_s,
+    u"CREATE TABLE IF NOT EXISTS reports(id INTEGER PRIMARY KEY, user INTEGER NOT NULL REFERENCES users(id), "
+    "session BLOB NOT NULL, exams TEXT NOT NULL, time TEXT NOT NULL, received TEXT NOT NULL, "
+    "UNIQUE(session, exams, time))"_s,
+    u"PRAGMA user_version = %1"_s.arg(SchemaVersion),
+};
+
+const QFile::Permissions OwnerOnly = QFile::ReadOwner | QFile::WriteOwner;
+
+QString Folded(const QString &email)
+{
+    return email.trimmed().toCaseFolded();
+}
+
+// Before the database writes anything: its journals take over the file's mode.
+void Protect(const QString &path, Store::IfMissing ifMissing)
+{
+    QFile file(path);
+    const auto mode = ifMissing == Store::IfMissing::Make ? QIODevice::ReadWrite : QIODevice::ReadWrite | QIODevice::ExistingOnly;
+    if (!file.open(mode, OwnerOnly)
+        || ((file.permissions() & ~(OwnerOnly | QFile::ReadUser | QFile::WriteUser)) && !file.setPermissions(OwnerOnly)))
+        throw Error(InvalidCall, u"%1: %2"_s.arg(path, file.errorString()), u"Store::Store()"_s);
+}
+
+class Transaction {
+public:
+    explicit Transaction(QSqlDatabase database)
+        : m_database(std::move(database))
+    {
+        m_database.transaction();
+    }
+    ~Transaction()
+    {
+        if (!m_isDone)
+            m_database.rollback();
+    }
+    Transaction(const Transaction &) = delete;
+    Transaction &operator=(const Transaction &) = delete;
+    void Commit()
+    {
+        m_isDone = m_database.commit();
+        if (!m_isDone)
+            throw Error(InvalidCall, m_database.lastError().text(), u"Store::Commit()"_s);
+    }
+
+private:
+    QSqlDatabase m_database;
+    bool m_isDone = false;
+};
+
+}
+
+struct Store::Connection {
+    QString Name;
+
+    Connection()
+    {
+        static std::atomic<int> count = 0;
+        Name = u"practorium-%1"_s.arg(++count);
+    }
+    ~Connection() { QSqlDatabase::removeDatabase(Name); }
+};
+
+Store::Store(const QString &file, IfMissing ifMissing)
+    : m_file(file)
+{
+    Protect(file, ifMissing);
+    Run(u"PRAGMA journal_mode = WAL"_s);
+    QSqlQuery version = Run(u"PRAGMA user_version"_s);
+    version.next();
+    const int number = version.value(0).toInt();
+    version.finish();
+    if (number > SchemaVersion)
+        throw Error(InvalidCall, u"%1: made by a newer version of this program"_s.arg(file), u"Store::Store()"_s);
+    if (number < SchemaVersion) {
+        Transaction transaction(Database());
+        for (const QString &statement : Schema)
+            Run(statement);
+        transaction.Commit();
+    }
+}
+
+Store::~Store()
+{
+    m_connections.setLocalData({});
+}
+
+bool Store::IsExamId(QStringView text)
+{
+    const auto isPlain = [](QChar c) {
+        return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9') || c == u'-' || c == u'_' || c == u'.';
+    };
+    return !text.isEmpty() && text.size() <= 64 && text.front() != u'.' && std::all_of(text.begin(), text.end(), isPlain);
+}
+
+QSqlDatabase Store::Database() const
+{
+    if (!m_connections.hasLocalData()) {
+        const auto connection = std::make_shared<Connection>();
+        QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, connection->Name);
+        database.setDatabaseName(m_file);
+        database.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=10000"_s);
+        if (!database.open())
+            throw Error(InvalidCall, u"%1: %2"_s.arg(m_file, database.lastError().text()), u"Store::Database()"_s);
+        m_connections.setLocalData(connection);
+        Run(u"PRAGMA foreign_keys = ON"_s);
+    }
+    return QSqlDatabase::database(m_connections.localData()->Name, false);
+}
+
+QSqlQuery Store::Run(const QString &statement, const QVariantList &values) const
+{
+    QSqlQuery query(Database());
+    bool isDone = query.prepare(statement);
+    for (const QVariant &value : values)
+        query.addBindValue(value);
+    isDone = isDone && query.exec();
+    if (!isDone)
+        throw Error(InvalidCall, u"%1: %2"_s.arg(m_file, query.lastError().text()), u"Store::Run()"_s);
+    return query;
+}
+
+qint64 Store::UserOf(const QString &email) const
+{
+    const auto credentials = Find(email);
+    if (!credentials)
+        throw Error(InvalidCall, u"There is no user \"%1\""_s.arg(email), u"Store::UserOf()"_s);
+    return credentials->User;
+}
+
+std::optional<Store::Credentials> Store::Find(const QString &email) const
+{
+    QSqlQuery query = Run(u"SELECT id, password FROM users WHERE folded = ?"_s, { Folded(email) });
+    if (!query.next())
+        return {};
+    return Credentials{ query.value(0).toLongLong(), query.value(1).toByteArray() };
+}
+
+void Store::AddUser(const QString &email, const QByteArray &passwordHash)
+{
+    const QSqlQuery query = Run(u"INSERT OR IGNORE INTO users(email, folded, password) VALUES(?, ?, ?)"_s,
+                                { email, Folded(email), passwordHash });
+    if (query.numRowsAffected() != 1)
+        throw Error(InvalidCall, u"The user \"%1\" is there already"_s.arg(email), u"Store::AddUser()"_s);
+}
+
+void Store::SetPassword(const QString &email, const QByteArray &passwordHash)
+{
+    Run(u"UPDATE users SET password = ? WHERE id = ?"_s, { passwordHash, UserOf(email) });
+}
+
+void Store::Grant(const QString &email, const QStringList &exams)
+{
+    const qint64 user = UserOf(email);
+    Transaction transaction(Database());
+    for (const QString &exam : exams)
+        Run(u"INSERT OR IGNORE INTO grants(user, exam) VALUES(?, ?)"_s, { user, exam });
+    transaction.Commit();
+}
+
+void Store::Revoke(const QString &email, const QStringList &exams)
+{
+    const qint64 user = UserOf(email);
+    Transaction transaction(Database());
+    for (const QString &exam : exams)
+        Run(u"DELETE FROM grants WHERE user = ? AND exam = ?"_s, { user, exam });
+    transaction.Commit();
+}
+
+QStringList Store::Exams(qint64 user) const
+{
+    QSqlQuery query = Run(u"SELECT exam FROM grants WHERE user = ? ORDER BY id"_s, { user });
+    QStringList exams;
+    while (query.next())
+        exams.append(query.value(0).toString());
+    return exams;
+}
+
+bool Store::HasExam(qint64 user, const QString &exam) const
+{
+    return Run(u"SELECT 1 FROM grants WHERE user = ? AND exam = ?"_s, { user, exam }).next();
+}
+
+std::vector<Store::User> Store::Users() const
+{
+    QSqlQuery query = Run(u"SELECT id, email FROM users ORDER BY folded"_s);
+    std::vector<User> users;
+    while (query.next())
+        users.push_back({ query.value(1).toString(), Exams(query.value(0).toLongLong()) });
+    return users;
+}
+
+bool Store::Record(const Report &report)
+{
+    const QVariantList key = { report.Session, report.Exams, report.Time };
+    if (Run(u"SELECT 1 FROM reports WHERE session = ? AND exams = ? AND time = ?"_s, key).next())
+        return true;
+    QSqlQuery count = Run(u"SELECT COUNT(*) FROM reports WHERE session = ?"_s, { report.Session });
+    count.next();
+    if (count.value(0).toInt() >= MostReports)
+        return false;
+    count.finish();
+    // Two threads can come as far as this with the same report.
+    Run(u"INSERT OR IGNORE INTO reports(session, exams, time, user, received) VALUES(?, ?, ?, ?, ?)"_s,
+        key + QVariantList{ report.User, QDateTime::currentDateTimeUtc().toString(Qt::ISODate) });
+    return true;
+}
+
+std::vector<Store::ReportLine> Store::Reports() const
+{
+    QSqlQuery query = Run(u"SELECT received, email, exams, time FROM reports JOIN users ON users.id = reports.user ORDER BY reports.id"_s);
+    std::vector<ReportLine> lines;
+    while (query.next())
+        lines.push_back({ query.value(0).toString(), query.value(1).toString(), query.value(2).toString(), query.value(3).toString() });
+    return lines;
+}

@@ -1,0 +1,197 @@
+#include "shell/frmAbout.h"
+#include "shell/frmMain.h"
+
+#include "model/Globals.h"
+#include "shell/CatalogueModel.h"
+#include "tests/support/ExamBuilder.h"
+#include "tests/support/Messages.h"
+#include "tests/support/Sandbox.h"
+#include "tests/support/Windows.h"
+
+#include <QDate>
+#include <QDir>
+#include <QLabel>
+#include <QSignalSpy>
+#include <QTreeView>
+
+#include <sys/stat.h>
+
+using namespace Qt::Literals::StringLiterals;
+using namespace Windows;
+
+namespace {
+
+const QString Failure = u"The operation failed because of an unexpected internal error."_s;
+const QString ExitQuestion = u"Are you sure you want to exit Practorium?"_s;
+
+class MainWindowTest : public testing::Test {
+protected:
+    MainWindowTest() { QDir(Sandbox::ExamsFolder()).removeRecursively(); }
+    ~MainWindowTest() override { Globals::CurrentExam.reset(); }
+
+    static QString InstallExam(const QString &code)
+    {
+        const auto exam = NewExam({ code, u"Exam "_s + code });
+        AddItem(*exam, { u"?"_s, { u"*yes"_s, u"no"_s } });
+        return Install(*exam, code);
+    }
+    void ShowMain()
+    {
+        Window.Load();
+        List = Find<QTreeView>(&Window, u"lvwExams"_s);
+        Show(&Window);
+    }
+    QString Status() { return Find<QLabel>(&Window, u"lblStatus"_s)->text(); }
+    // Code, name and file of each row.
+    QStringList Rows()
+    {
+        QStringList rows;
+        for (int row = 0; row < List->model()->rowCount(); ++row)
+            rows += List->model()->index(row, 0).data().toString() + u'|' + List->model()->index(row, 1).data().toString() + u'|'
+                + List->model()->index(row, 0).data(Qt::UserRole).toString();
+        return rows;
+    }
+    QPoint RowCentre(int row) { return List->visualRect(List->model()->index(row, 1)).center(); }
+
+    Messages Boxes;
+    frmMain Window;
+    QTreeView *List = nullptr;
+};
+
+}
+
+TEST_F(MainWindowTest, Catalogue)
+{
+    ShowMain();
+    EXPECT_EQ(Status(), u"0 Exams Installed  |  "_s);
+    EXPECT_EQ(Rows(), QStringList());
+    QStringList expected;
+    for (const QString &code : { u"B-1"_s, u"A<b>&"_s, u"C-3"_s }) {
+        const QString path = InstallExam(code);
+        expected += code + u"|Exam "_s + code + u'|' + path;
+        Sandbox::WriteFile(Sandbox::ExamsFolder() + u'/' + code + u" no/other.exam"_s, "");
+        Window.RefreshExamList();
+        EXPECT_EQ(Status(), u"%1 Exams Installed  |  "_s.arg(expected.size()));
+    }
+    QStringList rows = Rows();
+    // In the order of the file system.
+    for (int i = 0; i < rows.size(); ++i)
+        EXPECT_EQ(rows.at(i).section(u'|', 2), Globals::GetInstalledExams().at(i));
+    rows.sort();
+    expected.sort();
+    EXPECT_EQ(rows, expected);
+    for (int column = 0; column < 2; ++column)
+        EXPECT_EQ(List->model()->index(2, column).data(Qt::ForegroundRole).value<QColor>(), QColor(64, 64, 64));
+    EXPECT_EQ(List->model()->headerData(0, Qt::Horizontal, Qt::UserRole), 10);
+    EXPECT_EQ(List->model()->headerData(1, Qt::Horizontal, Qt::UserRole), 90);
+    for (const int width : { 700, 900 }) {
+        Window.resize(width, 500);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return std::abs(List->columnWidth(0) - List->width() / 10) <= 1; }));
+        EXPECT_LE(List->columnWidth(0) + List->columnWidth(1), List->viewport()->width()) << width;
+        EXPECT_NEAR(List->columnWidth(1), List->width() * 0.9 - 50 / 15.0, 1) << width;
+    }
+}
+
+// What stands before the failing file stays in the list.
+TEST_F(MainWindowTest, RefreshFails)
+{
+    InstallExam(u"A"_s);
+    InstallExam(u"B"_s);
+    ShowMain();
+    EXPECT_EQ(Status(), u"2 Exams Installed  |  "_s);
+    for (const QString &kind : { u"folder"_s, u"pipe"_s }) {
+        const QString package = Sandbox::ExamsFolder() + u'/' + kind;
+        const QString path = package + u'/' + kind + u".exam"_s;
+        QDir().mkpath(kind == u"folder"_s ? path : package);
+        if (kind == u"pipe"_s) {
+            ASSERT_EQ(mkfifo(qPrintable(path), 0600), 0);
+        }
+        for (const QString &code : { u"C"_s, u"D"_s, u"E"_s })
+            InstallExam(code + kind);
+        Boxes.Expect(Failure, CriticalMessage);
+        Window.RefreshExamList();
+        EXPECT_EQ(Status(), u"2 Exams Installed  |  "_s) << kind.toStdString();
+        const QStringList paths = Globals::GetInstalledExams();
+        EXPECT_EQ(Rows().size(), paths.indexOf(path)) << kind.toStdString();
+        for (int i = 0; i < Rows().size(); ++i)
+            EXPECT_EQ(Rows().at(i).section(u'|', 2), paths.at(i));
+        QDir(package).removeRecursively();
+    }
+    Window.RefreshExamList();
+    EXPECT_EQ(Status(), u"8 Exams Installed  |  "_s);
+}
+
+TEST_F(MainWindowTest, WhatStartSays)
+{
+    QSignalSpy loaded(&Window, &frmMain::ExamLoaded);
+    ShowMain();
+    Boxes.Expect(u"No exams are available. Please install your exam pack(s)."_s, ExclamationMessage);
+    Click(&Window, u"cmdStart"_s);
+    InstallExam(u"EX-101"_s);
+    Window.RefreshExamList();
+    Boxes.Expect(u"Please select an exam to start"_s, ExclamationMessage);
+    Click(&Window, u"cmdStart"_s);
+    EXPECT_EQ(Globals::CurrentExam, nullptr);
+    EXPECT_EQ(loaded.count(), 0);
+
+    QTest::mouseClick(List->viewport(), Qt::LeftButton, Qt::NoModifier, RowCentre(0));
+    Click(&Window, u"cmdStart"_s);
+    ASSERT_EQ(loaded.count(), 1);
+    EXPECT_EQ(Globals::CurrentExam->Questions().Count(), 1);
+    EXPECT_TRUE(Window.isEnabled());
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    const auto first = Globals::CurrentExam;
+    QTest::mouseDClick(List->viewport(), Qt::LeftButton, Qt::NoModifier, RowCentre(0));
+    EXPECT_EQ(loaded.count(), 2) << "by a double-click";
+    EXPECT_NE(Globals::CurrentExam, first) << "each start replaces the exam";
+    List->setFocus();
+    QTest::keyClick(List, Qt::Key_Return);
+    EXPECT_EQ(loaded.count(), 3) << "by Enter";
+}
+
+TEST_F(MainWindowTest, Links)
+{
+    ShowMain();
+    QSignalSpy about(&Window, &frmMain::AboutRequested);
+    Click(&Window, u"lblAbout"_s);
+    EXPECT_EQ(about.count(), 1);
+    // What was downloaded appears when that window has closed.
+    QObject::connect(&Window, &frmMain::DownloadRequested, &Window, [] { InstallExam(u"NEW"_s); });
+    Click(&Window, u"lblDownload"_s);
+    EXPECT_EQ(Status(), u"1 Exams Installed  |  "_s);
+}
+
+TEST_F(MainWindowTest, ExitIsConfirmed)
+{
+    ShowMain();
+    int code = -1;
+    Boxes.Expect(ExitQuestion, QuestionMessage, AnswerNo, [&] { Window.close(); });
+    Boxes.Expect(ExitQuestion, QuestionMessage, AnswerNo);
+    Boxes.Expect(ExitQuestion, QuestionMessage, NoAnswer);
+    code = RunLoop([&] {
+        Window.close();
+        EXPECT_TRUE(Window.isVisible());
+        Click(&Window, u"cmdExit"_s);
+        EXPECT_TRUE(Window.isVisible());
+        Window.close();
+        EXPECT_FALSE(Window.isVisible()) << "any answer but No";
+    });
+    EXPECT_EQ(code, 0);
+}
+
+TEST(AboutTest, TextsAndSystemInformation)
+{
+    Messages boxes;
+    frmAbout window(nullptr);
+    Show(&window);
+    EXPECT_EQ(window.windowTitle(), u"About Practorium"_s);
+    EXPECT_EQ(Find<QLabel>(&window, u"lblVersion"_s)->text(), u"Version: 1.0 Build: 0"_s);
+    EXPECT_TRUE(Find<QLabel>(&window, u"lblNotice"_s)->text().contains(QString::number(QDate::currentDate().year())));
+    const QWidget *logo = Find<QWidget>(&window, u"picLogo"_s);
+    EXPECT_NEAR(logo->x(), (window.width() - logo->width()) / 2.0, 1);
+    boxes.Expect(u"System Information Is Unavailable At This Time"_s, PlainMessage);
+    Click(&window, u"cmdSysInfo"_s);
+    EXPECT_TRUE(window.isVisible());
+    Click(&window, u"cmdOK"_s);
+    EXPECT_FALSE(window.isVisible());
+}

@@ -1,0 +1,142 @@
+#include "shell/ReportSheet.h"
+#include "shell/ScoreReport.h"
+
+#include "tests/support/ExamBuilder.h"
+#include "tests/support/ExpectError.h"
+
+#include <gtest/gtest.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+const QColor Orange(228, 78, 39);
+const QColor Green(153, 239, 58);
+const QColor Blue(58, 153, 239);
+
+// Every letter a millimetre wide, a bold one two.
+double Ruler(const QString &text, bool isBold)
+{
+    return double(text.size()) * (isBold ? 2 : 1);
+}
+
+}
+
+TEST(ScoreReportTest, Shares)
+{
+    struct Row { qint16 Total, Required, Obtained; bool IsPassed; QString RequiredShare, ObtainedShare; };
+    const Row rows[] = {
+        { 1000, 700, 700, true, u"70"_s, u"70"_s },    { 1000, 700, 699, false, u"70"_s, u"70"_s }, { 1000, 700, 0, false, u"70"_s, u"0"_s },
+        { 1000, 0, 0, true, u"0"_s, u"0"_s },          { 100, 250, 100, false, u"250"_s, u"100"_s },
+        { 200, 1, 5, true, u"0"_s, u"2"_s },           { 200, 3, 201, true, u"2"_s, u"100"_s }, // halves to even
+        { 3, 2, 1, false, u"67"_s, u"33"_s },          { 1, 700, 0, false, u"6 "_s, u"0"_s },
+        { 0, 0, 0, true, u"11 "_s, u"11 "_s },         { -100, 70, 80, true, u"-70"_s, u"-80"_s },
+    };
+    for (const Row &row : rows) {
+        const ScoreReport report{ row.Total, row.Required, row.Obtained };
+        SCOPED_TRACE(testing::Message() << row.Total << ' ' << row.Required << ' ' << row.Obtained);
+        EXPECT_EQ(report.IsPassed(), row.IsPassed);
+        EXPECT_EQ(report.ObtainedColor(), row.IsPassed ? Green : Orange);
+        EXPECT_EQ(report.Message(), (row.IsPassed ? u"Contratulations!"_s : u"Sorry!"_s) + u"\r\nA score of "_s + QString::number(row.Required)
+                                        + u" or better was required to pass this exam.\r\nYour score was "_s + QString::number(row.Obtained));
+        EXPECT_EQ(ResultOf([&] { return report.RequiredShare(); }), row.RequiredShare);
+        EXPECT_EQ(ResultOf([&] { return report.ObtainedShare(); }), row.ObtainedShare);
+    }
+    EXPECT_EQ(ScoreReport::RequiredColor(), Blue);
+}
+
+TEST(ScoreReportTest, OfAnExam)
+{
+    const auto exam = NewExam({ u"E"_s, u"N"_s, 900, 600, 60 });
+    EXPECT_EQ(ResultOf([&] { ScoreReport::Of(*exam); }).left(3), u"11 "_s) << "an exam without items";
+    for (const QString &answer : { u"1"_s, u"1"_s, u"2"_s })
+        AddItem(*exam, { u"?"_s, { u"*yes"_s, u"no"_s } })->SetAnswer(answer);
+    const ScoreReport report = ScoreReport::Of(*exam);
+    EXPECT_EQ(report.TotalScore, 900);
+    EXPECT_EQ(report.RequiredScore, 600);
+    EXPECT_EQ(report.ObtainedScore, 600);
+}
+
+TEST(ReportLayoutTest, Window)
+{
+    using Twips::Box;
+    const ReportLayout::Boxes boxes = ReportLayout::Arrange(12'000, 9'000, { { 0, 0, 6'000, 1'400 }, { 0, 0, 7'000, 1'600 }, { 0, 0, 9'000, 2'500 },
+                                                                            { 0, 0, 1'800, 450 }, { 0, 0, 1'500, 450 } });
+    EXPECT_EQ(boxes.Logo, (Box{ 3'000, 500, 6'000, 1'400 }));
+    EXPECT_EQ(boxes.Message, (Box{ 2'500, 1'900, 7'000, 1'600 }));
+    EXPECT_EQ(boxes.Scores, (Box{ 1'500, 3'700, 9'000, 2'500 }));
+    EXPECT_EQ(boxes.Print, (Box{ 1'500, 8'100, 1'800, 450 }));
+    EXPECT_EQ(boxes.Exit, (Box{ 9'000, 8'100, 1'500, 450 }));
+    struct Row { qint16 Share; float Width; };
+    for (const Row &row : { Row{ 0, 0 }, Row{ 70, 5'600 }, Row{ 100, 8'000 }, Row{ 250, 20'000 }, Row{ -10, -800 } })
+        EXPECT_FLOAT_EQ(ReportLayout::BarWidth(row.Share, 8'000), row.Width) << row.Share;
+}
+
+// With its label of 12 characters, a name of 116 makes a line of 128.
+TEST(ReportSheetTest, LongTitles)
+{
+    const QString x115(115, u'x');
+    struct Row { QString Case, Name, First, Rest; };
+    const Row rows[] = {
+        { u"short"_s, u"A B"_s, u"A B"_s, u""_s },
+        { u"127, blanks"_s, u"a b "_s.repeated(28) + u"c d"_s, u"a b "_s.repeated(28) + u"c d"_s, u""_s },
+        { u"128, the last a blank"_s, x115 + u' ', x115 + u' ', u""_s },
+        { u"129, the 128th a blank"_s, x115 + u" y"_s, x115, u"y"_s },
+        { u"129, the 129th a blank"_s, x115 + u"y "_s, x115 + u'y', u""_s },
+        { u"the 127th a blank"_s, x115.left(114) + u" yy zz"_s, x115.left(114) + u" yy"_s, u"zz"_s },
+        { u"two further blanks"_s, x115 + u"yy z z"_s, x115 + u"yy"_s, u"z z"_s },
+        { u"no blank behind"_s, u"a b "_s + x115 + x115, u"a b "_s + x115 + x115, u""_s },
+    };
+    for (const Row &row : rows) {
+        const ReportSheet::Title title = ReportSheet::TitleOf(row.Name);
+        EXPECT_EQ(title.First, u"Exam Title: "_s + row.First) << row.Case.toStdString();
+        EXPECT_EQ(title.Rest, row.Rest) << row.Case.toStdString();
+    }
+}
+
+TEST(ReportSheetTest, Positions)
+{
+    const QString title = QString(120, u'x') + u" rest"_s;
+    const ReportSheet::Plan plan = ReportSheet::PlanFor(u"EX-101"_s, title, u"Friday"_s, { 200, 140, 100 }, Ruler);
+    EXPECT_DOUBLE_EQ(plan.Logo.width(), 46);
+    EXPECT_LE(plan.Logo.bottom(), 55);
+    struct Row { QString Content; double X, Y; bool IsBold = false; };
+    const Row rows[] = {
+        { u"Exam Code: EX-101"_s, 0, 55 },
+        { u"Dated: Friday"_s, 170 - 13, 55 },
+        { u"Exam Title: "_s + QString(120, u'x'), 0, 60 },
+        { u"rest"_s, 12, 65 },
+        { u"Required Score:"_s, 5, 108 }, // in the middle of its bar
+        { u"70%"_s, 30 + 91 + 2, 108 },
+        { u"Your Score:"_s, 5, 118 },
+        { u"50%"_s, 30 + 65 + 2, 118 },
+        { u"0%"_s, 30, 132 },
+        { u"100%"_s, 160, 132 },
+        { u"Required Score: 140"_s, 0, 145, true },
+        { u"Your Score: 100"_s, (170 - 15 * 2) / 2.0, 145, true },
+        { u"Grade: Fail"_s, 170 - 11 * 2, 145, true },
+        { u"Score report printed with Practorium - The Most Realistic Exam Simulator"_s, (170 - 72) / 2.0, 250 },
+    };
+    ASSERT_EQ(plan.Texts.size(), std::size(rows) + 1);
+    for (size_t i = 0; i < std::size(rows); ++i) {
+        EXPECT_EQ(plan.Texts[i].Content, rows[i].Content);
+        EXPECT_NEAR(plan.Texts[i].X, rows[i].X, 1e-3) << rows[i].Content.toStdString();
+        EXPECT_NEAR(plan.Texts[i].Y, rows[i].Y, 1e-3) << rows[i].Content.toStdString();
+        EXPECT_EQ(plan.Texts[i].IsBold, rows[i].IsBold) << rows[i].Content.toStdString();
+    }
+    EXPECT_FALSE(plan.Texts.back().Content.isEmpty());
+    EXPECT_DOUBLE_EQ(plan.Texts.back().Y, 255);
+    EXPECT_DOUBLE_EQ(plan.Texts.back().X + plan.Texts.back().Content.size() / 2.0, 85) << "centred";
+    ASSERT_EQ(plan.Bars.size(), 2U);
+    EXPECT_EQ(plan.Bars[0].Rectangle, QRectF(30, 106, 91, 8));
+    EXPECT_EQ(plan.Bars[0].Color, Blue);
+    EXPECT_EQ(plan.Bars[1].Rectangle, QRectF(30, 116, 65, 8));
+    EXPECT_EQ(plan.Bars[1].Color, Orange);
+    EXPECT_FALSE(plan.Lines.empty());
+
+    const ReportSheet::Plan passed = ReportSheet::PlanFor(u"E"_s, u"N"_s, u"D"_s, { 100, 70, 120 }, Ruler);
+    EXPECT_EQ(passed.Texts[11].Content, u"Grade: Pass"_s);
+    EXPECT_EQ(passed.Bars[1].Rectangle, QRectF(30, 116, 156, 8)) << "wider than the scale";
+    EXPECT_EQ(passed.Bars[1].Color, Green);
+    EXPECT_EQ(ResultOf([] { ReportSheet::PlanFor(u"E"_s, u"N"_s, u"D"_s, { 0, 0, 0 }, Ruler); }), u"11 "_s);
+}
