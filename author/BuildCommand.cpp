@@ -19,8 +19,7 @@ that its items show. It can be copied into the exams folder. DIR appears whole
 or not at all.
 
 What becomes of a question:
-  {=right ~wrong}        One option is right. Several "=" beside "~" are all
-                         right, and the candidate has to choose all of them.
+  {=right ~wrong}        One option is right.
   {~%50%a ~%50%b ~%-50%c}  Options with a weight above 0 are right. The weights
                          are not kept: an item is right or wrong as a whole.
   {T} {F}                Two options, "True" and "False".
@@ -40,10 +39,12 @@ Comment lines with a meaning, before a question:
 Questions that an exam cannot hold are left out, each with one line of file,
 line and reason on the error output: matching, numerical, essay and
 short-answer questions, descriptions, fewer than 2 or more than 26 options, no
-right option, a character that code page %1 (of this system's language) lacks,
-an exhibit that is missing or no picture. The last line counts what was taken
-and left out. The exit code is 0 when anything was taken, 2 for wrong usage,
-otherwise 1.
+right option, several options each of which is right alone (a second "=", or
+"~%100%" beside a "="), a control character, a character that code page %1 (of
+this system's language) lacks, an exhibit that is missing, damaged or no
+picture. The last line counts what was taken and left out. The exit code is 0
+when anything was taken, 2 for wrong usage, otherwise 1. With --strict a single
+question left out is enough for 1, and nothing is made.
 )"_s;
 
 void Describe(QCommandLineParser &parser)
@@ -59,6 +60,7 @@ void Describe(QCommandLineParser &parser)
         { u"out"_s, u"The package folder to make."_s, u"DIR"_s },
         { u"pictures"_s, u"Where the exhibits' pictures lie, if not beside SOURCE."_s, u"DIR"_s },
         { u"replace"_s, u"Replace a package folder that is there already."_s },
+        { u"strict"_s, u"Make nothing when a question is left out."_s },
     });
 }
 
@@ -74,9 +76,11 @@ QString ReadHeader(const QCommandLineParser &parser, Package::Header &header)
     for (const auto &[option, text] : { std::pair(u"code"_s, header.Code), std::pair(u"name"_s, header.Name) }) {
         if (text.trimmed().isEmpty())
             return u"--%1 is empty"_s.arg(option);
+        if (const QString control = Package::ControlCharacter(text); !control.isEmpty())
+            return u"--%1 holds the control character %2"_s.arg(option, control);
         if (!Package::HoldsPlain(text))
-            return u"--%1: \"%2\" has a character that code page %3 lacks"_s.arg(option, text)
-                .arg(Ansi::SystemCodePage().Number());
+            return u"--%1: \"%2\" has a character that code page %3 lacks"_s
+                .arg(option, Console::OneLine(text), QString::number(Ansi::SystemCodePage().Number()));
     }
     struct Number {
         QString Option;
@@ -134,11 +138,16 @@ int Command::Build(const QStringList &arguments)
 
     const Package::Content content = Package::Assemble(Gift::Parse(ReadSource(source)), header, pictures);
     for (const Package::LeftOut &item : content.LeftOut)
-        Console::Complain(Console::OneLine(u"%1:%2: %3"_s.arg(source).arg(item.Line).arg(item.Reason)));
+        Console::Complain(Console::OneLine(u"%1:%2: %3"_s.arg(source, QString::number(item.Line), item.Reason)));
     const qint32 taken = content.Exam->Questions().Count();
-    if (taken > 0)
-        Package::Write(content, pictures, out, replace);
+    const bool isRefused = parser.isSet(u"strict"_s) && !content.LeftOut.empty();
+    const bool isMade = taken > 0 && !isRefused;
+    if (isMade) {
+        if (const QString warning = Package::Write(content, pictures, out, replace); !warning.isEmpty())
+            Console::Complain(Console::OneLine(warning));
+    }
     Console::Complain(u"%1 %2 taken, %3 left out"_s.arg(taken).arg(taken == 1 ? u"item"_s : u"items"_s)
-                          .arg(content.LeftOut.size()));
-    return taken > 0 ? Success : Failure;
+                          .arg(content.LeftOut.size())
+                      + (isRefused ? u", nothing made (--strict)"_s : QString()));
+    return isMade ? Success : Failure;
 }

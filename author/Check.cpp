@@ -3,11 +3,11 @@
 #include "author/Console.h"
 #include "author/Limits.h"
 #include "author/Package.h"
+#include "common/Common.h"
 #include "common/Error.h"
 #include "model/ExamFormat.h"
 #include "model/File.h"
 #include "model/Globals.h"
-#include "model/IO.h"
 #include "picture/Picture.h"
 
 #include <QDir>
@@ -23,9 +23,12 @@ namespace {
 class ExamChecker {
 public:
     // The path as it is shown.
-    ExamChecker(QStringList &faults, QString path)
+    ExamChecker(QStringList &faults, QStringList *warnings, QString path)
         : m_faults(faults)
+        , m_warnings(warnings)
         , m_path(std::move(path))
+        // An absolute one begins with no blank that opening would take away.
+        , m_file(QDir::current().absoluteFilePath(m_path))
     {
     }
 
@@ -41,14 +44,19 @@ public:
     }
 
 private:
-    void Say(const QString &text) { m_faults.append(Console::OneLine(m_path + u": "_s + text)); }
+    QString Line(const QString &text) const { return Console::OneLine(m_path + u": "_s + text); }
+    void Say(const QString &text) { m_faults.append(Line(text)); }
     void SayOfItem(const QString &text) { Say(u"item %1: %2"_s.arg(m_item).arg(text)); }
 
     bool Read(Exam &exam)
     {
+        if (m_file.contains(u'"') || m_file != Common::TrimBlanks(m_file)) {
+            Say(u"the path holds double quotes or ends with a blank, so it cannot be opened"_s);
+            return false;
+        }
         File file;
         try {
-            file.OpenFile(m_path, File::BinaryMode, File::ReadAccess, File::OpenExisting);
+            file.OpenFile(m_file, File::BinaryMode, File::ReadAccess, File::OpenExisting);
             exam.Deserialize(file);
             if (const qint64 left = qint64(file.Size()) - qint64(file.Position()); left > 0)
                 Say(u"trailing bytes: %1"_s.arg(left));
@@ -62,8 +70,18 @@ private:
         }
     }
 
+    static QString ControlIn(const QString &what, const QString &text)
+    {
+        const QString control = Package::ControlCharacter(text);
+        return control.isEmpty() ? QString() : u"%1 holds the control character %2"_s.arg(what, control);
+    }
+
     void CheckHeader(const Exam &exam)
     {
+        for (const QString &fault : { ControlIn(u"the code"_s, exam.Code()), ControlIn(u"the name"_s, exam.Name()) }) {
+            if (!fault.isEmpty())
+                Say(fault);
+        }
         if (exam.MaxScore() <= 0)
             Say(u"the maximum score is %1"_s.arg(exam.MaxScore()));
         if (exam.PassScore() < 0)
@@ -105,8 +123,20 @@ private:
                           .arg(solutions));
         if (question.HasHint() && solutions == 0)
             SayOfItem(u"it limits the selection to none"_s);
+        CheckTexts(question);
         if (question.HasExhibit())
             CheckExhibit(question.Exhibit());
+    }
+
+    void CheckTexts(const Question &question)
+    {
+        QStringList faults = { ControlIn(u"the question text"_s, question.Problem()) };
+        for (const auto &choice : question.Choices())
+            faults.append(ControlIn(u"option %1"_s.arg(choice->Number()), choice->Statement()));
+        faults.append(ControlIn(u"the explanation"_s, question.StoredExplaination()));
+        faults.removeAll(QString());
+        for (const QString &fault : faults)
+            SayOfItem(fault);
     }
 
     void CheckExhibit(const QString &name)
@@ -117,8 +147,11 @@ private:
         }
         if (!m_exhibits.contains(name)) {
             try {
-                Picture::Load(IO::CombinePath(QFileInfo(m_path).absolutePath(), name));
+                const QImage image = Picture::Load(QFileInfo(m_file).dir().filePath(name));
                 m_exhibits.insert(name, {});
+                if (m_warnings && image.width() > Limits::WidestExhibit)
+                    m_warnings->append(Line(u"warning: item %1: the exhibit \"%2\" is %3 pixels wide, wider than many screens"_s
+                                                .arg(QString::number(m_item), name, QString::number(image.width()))));
             } catch (const Error &error) {
                 m_exhibits.insert(name, Console::OneLine(error));
             }
@@ -128,36 +161,42 @@ private:
     }
 
     QStringList &m_faults;
+    QStringList *m_warnings;
     QString m_path;
+    QString m_file;
     qint32 m_item = 0;
     QHash<QString, QString> m_exhibits; // what is wrong with each; empty for nothing
 };
 
-void CheckFolder(QStringList &faults, const QString &path)
+void CheckFolder(QStringList &faults, QStringList *warnings, const QString &path)
 {
     const QString folder = QDir::toNativeSeparators(QDir::cleanPath(QDir::current().absoluteFilePath(path)));
+    const auto say = [&](const QString &text) { faults.append(Console::OneLine(path + u": "_s + text)); };
     const QString pattern = u"*."_s + QString::fromUtf16(ExamFormat::Extension);
     QStringList names = QDir(folder).entryList({ pattern }, QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
     const QString name = Package::ExamFileName(folder);
     if (Globals::FindExamFile(folder).isEmpty())
-        faults.append(u"%1: the folder's name leads to %2, which is not there"_s.arg(path, name));
+        say(u"the folder's name leads to %1, which is not there"_s.arg(name));
     else if (!names.contains(name))
         names.append(name); // it is there, but no file
     if (names.size() > 1)
-        faults.append(u"%1: several exam files: %2"_s.arg(path, names.join(u", "_s)));
+        say(u"several exam files: %1"_s.arg(names.join(u", "_s)));
     for (const QString &file : names)
-        ExamChecker(faults, IO::CombinePath(path, file)).Run();
+        ExamChecker(faults, warnings, QDir(path).filePath(file)).Run();
 }
 
 }
 
-QStringList Faults(const QString &path)
+QStringList Faults(const QString &path, QStringList *Warnings)
 {
     QStringList faults;
-    if (QFileInfo(path).isDir())
-        CheckFolder(faults, path);
+    const QFileInfo info(QDir::current().absoluteFilePath(path));
+    if (info.isDir())
+        CheckFolder(faults, Warnings, path);
+    else if (!info.exists())
+        faults.append(Console::OneLine(path + u": No such file or directory"_s));
     else
-        ExamChecker(faults, path).Run();
+        ExamChecker(faults, Warnings, path).Run();
     return faults;
 }
 

@@ -50,6 +50,7 @@ const std::vector<Entry> &All()
         { u"build"_s, u"makes a package folder from a question bank in GIFT"_s, Build },
         { u"dump"_s, u"prints an exam file as JSON"_s, DumpExam },
         { u"check"_s, u"tells what would go wrong with exam files and package folders"_s, CheckPaths },
+        { u"pack"_s, u"makes a program that installs a package"_s, Pack },
     };
     return entries;
 }

@@ -24,6 +24,7 @@ const std::vector<Entry> &All();
 int Build(const QStringList &arguments);
 int DumpExam(const QStringList &arguments);
 int CheckPaths(const QStringList &arguments);
+int Pack(const QStringList &arguments);
 
 // Runs the command that the arguments of the program name; its exit code.
 int Run(const QStringList &arguments);

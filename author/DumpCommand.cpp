@@ -21,7 +21,7 @@ int Command::DumpExam(const QStringList &arguments)
     try {
         exam.Load(path);
     } catch (const Error &error) {
-        Console::Complain(u"%1: %2"_s.arg(path, Console::OneLine(error)));
+        Console::Complain(Console::OneLine(u"%1: %2"_s.arg(path, Console::OneLine(error))));
         return Failure;
     }
     Console::Print(QString::fromUtf8(Dump::ToJson(exam)));

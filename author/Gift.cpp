@@ -70,7 +70,8 @@ MarkedOption ReadOption(const QString &hidden, Markup fallback)
     return option;
 }
 
-void ReadOptions(Item &item, const QString &block)
+// The reason why an exam cannot hold the options.
+QString ReadOptions(Item &item, const QString &block)
 {
     std::vector<MarkedOption> options;
     static const QRegularExpression marker(u"[~=]"_s);
@@ -91,7 +92,13 @@ void ReadOptions(Item &item, const QString &block)
         right += option.Content.IsRight ? 1 : 0;
         item.Options.push_back(std::move(option.Content));
     }
-    item.IsMultiple = !isSingle || right > 1;
+    // An exam has one combination that is right.
+    if (isSingle && right > 1) {
+        item.Options.clear();
+        return u"several answers are right alone"_s;
+    }
+    item.IsMultiple = !isSingle;
+    return {};
 }
 
 // {T#when wrong#when right}; false when the block is no such one.
@@ -132,8 +139,7 @@ QString ReadBlock(Item &item, QString block)
     if (!block.contains(u'~'))
         return block.contains("->"_L1) ? u"a matching question has no options"_s
                                        : u"a short-answer question has no options"_s;
-    ReadOptions(item, block);
-    return {};
+    return ReadOptions(item, block);
 }
 
 QString Read(Item &item, const GiftLines::Piece &piece)

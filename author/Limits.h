@@ -15,5 +15,7 @@ constexpr qint16 MostMinutes = std::numeric_limits<qint16>::max() / 60;
 // One letter for each.
 constexpr qint32 MostOptions = 26;
 constexpr qint32 FewestOptions = 2;
+// In pixels; many screens show no more beside the rest of a window.
+constexpr int WidestExhibit = 1'200;
 
 }

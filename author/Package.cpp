@@ -11,6 +11,7 @@
 #include "model/IO.h"
 #include "picture/Picture.h"
 
+#include <QDir>
 #include <QHash>
 
 using namespace Qt::Literals::StringLiterals;
@@ -24,10 +25,20 @@ struct Unfit {
     QString Reason;
 };
 
+QString CodeOf(char32_t character)
+{
+    return u"U+"_s + QString::number(character, 16).toUpper().rightJustified(4, u'0');
+}
+
 QString Described(char32_t character)
 {
-    const QString code = QString::number(character, 16).toUpper().rightJustified(4, u'0');
-    return u"\"%1\" (U+%2)"_s.arg(QString::fromUcs4(&character, 1), code);
+    return u"\"%1\" (%2)"_s.arg(QString::fromUcs4(&character, 1), CodeOf(character));
+}
+
+void DemandNoControl(const QString &text)
+{
+    if (const QString control = ControlCharacter(text); !control.isEmpty())
+        throw Unfit{ u"it holds the control character %1"_s.arg(control) };
 }
 
 // The text in a form that the code page holds: a letter and its accent may be
@@ -42,14 +53,19 @@ QString Holdable(const QString &text)
         if (character == QChar::ReplacementCharacter)
             throw Unfit{ u"it holds bytes that are not UTF-8"_s };
         if (!page.CanHold(QString::fromUcs4(&character, 1)))
-            throw Unfit{ u"the character %1 is not in code page %2"_s.arg(Described(character)).arg(page.Number()) };
+            throw Unfit{ u"the character %1 is not in code page %2"_s
+                             .arg(Described(character), QString::number(page.Number())) };
     }
     return composed;
 }
 
 QString Prepared(const Gift::Text &text)
 {
-    return Holdable(PlainText::Readable(text));
+    // Markup may swallow one, and may make one of an entity.
+    DemandNoControl(text.Source);
+    const QString readable = PlainText::Readable(text);
+    DemandNoControl(readable);
+    return Holdable(readable);
 }
 
 // The general feedback and behind it each option's own under its letter.
@@ -129,11 +145,12 @@ private:
     {
         if (!IsPlainName(name))
             throw Unfit{ u"the exhibit \"%1\" is not a plain file name"_s.arg(name) };
+        DemandNoControl(name);
         if (IO::GetExtension(name).compare(QStringView(ExamFormat::Extension), Qt::CaseInsensitive) == 0)
             throw Unfit{ u"the exhibit \"%1\" is named like an exam"_s.arg(name) };
         if (!HoldsPlain(name))
-            throw Unfit{ u"the name of the exhibit \"%1\" is not in code page %2"_s.arg(name)
-                             .arg(Ansi::SystemCodePage().Number()) };
+            throw Unfit{ u"the name of the exhibit \"%1\" is not in code page %2"_s
+                             .arg(name, QString::number(Ansi::SystemCodePage().Number())) };
         if (!m_faults.contains(name)) {
             m_faults.insert(name, FaultOf(name));
             if (m_faults.value(name).isEmpty())
@@ -147,7 +164,7 @@ private:
     QString FaultOf(const QString &name) const
     {
         try {
-            Picture::Load(IO::CombinePath(m_pictureFolder, name));
+            Picture::Load(QDir(m_pictureFolder).absoluteFilePath(name));
         } catch (const Error &error) {
             return Console::OneLine(error);
         }
@@ -165,6 +182,17 @@ bool HoldsPlain(QStringView text)
 {
     const Ansi::CodePage &page = Ansi::SystemCodePage();
     return page.CanHold(text) && page.FromText(text).size() == text.size();
+}
+
+QString ControlCharacter(QStringView text)
+{
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text.at(i);
+        const bool isBreak = c == u'\n' || (c == u'\r' && text.sliced(i).startsWith(u"\r\n"));
+        if (c.category() == QChar::Other_Control && c != u'\t' && !isBreak)
+            return CodeOf(c.unicode());
+    }
+    return {};
 }
 
 bool IsPlainName(const QString &name)

@@ -34,6 +34,10 @@ struct Content {
 // which take one byte for each character.
 bool HoldsPlain(QStringView text);
 
+// The first control character of the text, such as "U+000B"; empty when there
+// is none but tabs, line feeds and carriage returns before a line feed.
+QString ControlCharacter(QStringView text);
+
 // A name that stays in its folder: no separators, neither "." nor "..", not
 // empty, and no blanks or quotes that opening a file would take away.
 bool IsPlainName(const QString &name);
@@ -49,8 +53,9 @@ Content Assemble(const std::vector<Gift::Item> &items, const Header &header, con
 // copying the pictures from pictureFolder. An existing out is an error, unless
 // replace is set and nothing but a package is in it: then it goes when the new
 // one stands.
-// Raises the system's error, InvalidCall, or what Interrupt::Check raises.
-void Write(const Content &content, const QString &pictureFolder, const QString &out, bool replace);
+// Yields a warning, or nothing: the old package may be left over under another
+// name. Raises the system's error, InvalidCall, or what Interrupt::Check raises.
+QString Write(const Content &content, const QString &pictureFolder, const QString &out, bool replace);
 
 // Raises what Write would say of out before anything is written.
 void CheckTarget(const QString &out, bool replace);

@@ -74,11 +74,12 @@ public:
     Workplace(const Workplace &) = delete;
     Workplace &operator=(const Workplace &) = delete;
 
-    QString Path(const QString &name) const { return IO::CombinePath(m_folder, name); }
+    QString Path(const QString &name) const { return QDir(m_folder).filePath(name); }
 
     // Renames the folder to the target. What may be replaced there is put aside
-    // first, put back if anything fails, and removed in the end.
-    void PutInPlace(bool replace)
+    // first, put back if anything fails, and removed in the end; a warning when
+    // it cannot be removed.
+    QString PutInPlace(bool replace)
     {
         const QString old = m_folder + u".old"_s;
         const bool replaces = replace && QFileInfo::exists(m_target);
@@ -96,14 +97,15 @@ public:
         std::error_code code;
         if (replaces)
             fs::remove_all(Native(old), code);
-        Demand(code, old);
+        return code ? u"%1: the replaced package cannot be removed: %2"_s.arg(old, QString::fromLocal8Bit(code.message()))
+                    : QString();
     }
 
 private:
     static QString Sibling(const QString &target)
     {
         const quint32 number = QRandomGenerator::system()->generate();
-        return IO::CombinePath(QFileInfo(target).path(), u".practorium-"_s + QString::number(number, 16));
+        return QFileInfo(target).dir().filePath(u".practorium-"_s + QString::number(number, 16));
     }
 
     // Makes one folder that must not be there yet.
@@ -211,7 +213,7 @@ void CheckTarget(const QString &out, bool replace)
         throw Refused(u"%1: it is not replaced, because %2"_s.arg(out, reason));
 }
 
-void Write(const Content &content, const QString &pictureFolder, const QString &out, bool replace)
+QString Write(const Content &content, const QString &pictureFolder, const QString &out, bool replace)
 {
     CheckTarget(out, replace);
     const QString target = Resolved(out);
@@ -221,10 +223,10 @@ void Write(const Content &content, const QString &pictureFolder, const QString &
     At(examName, [&] { SaveExam(*content.Exam, workplace.Path(examName)); });
     for (const QString &picture : content.Pictures) {
         Interrupt::Check();
-        At(picture, [&] { CopyPicture(IO::CombinePath(pictureFolder, picture), workplace.Path(picture)); });
+        At(picture, [&] { CopyPicture(QDir(pictureFolder).absoluteFilePath(picture), workplace.Path(picture)); });
     }
     Interrupt::Check();
-    workplace.PutInPlace(replace);
+    return workplace.PutInPlace(replace);
 }
 
 }

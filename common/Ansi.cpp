@@ -19,6 +19,7 @@ CodePage::CodePage(int number)
         }
         // A byte without a meaning keeps its number, so that it survives a
         // way through a text and back.
+        m_hasMeaning[byte] = character < Lead;
         m_single[byte] = character >= Lead ? static_cast<char16_t>(byte) : character;
     }
 }
@@ -66,9 +67,11 @@ const std::vector<quint16> &CodePage::Encoding() const
                     m_encoding[character] = static_cast<quint16>(lead << 8 | trail);
             }
         }
-        for (int byte = 0; byte < 256; ++byte) {
-            if (!m_pairs[byte])
-                m_encoding[m_single[byte]] = static_cast<quint16>(byte);
+        for (const bool hasMeaning : { false, true }) {
+            for (int byte = 0; byte < 256; ++byte) {
+                if (!m_pairs[byte] && m_hasMeaning[byte] == hasMeaning)
+                    m_encoding[m_single[byte]] = static_cast<quint16>(byte);
+            }
         }
     }
     return m_encoding;
@@ -91,8 +94,10 @@ QByteArray CodePage::FromText(QStringView text) const
 bool CodePage::CanHold(QStringView text) const
 {
     const std::vector<quint16> &encoding = Encoding();
-    return std::all_of(text.begin(), text.end(),
-                       [&](QChar c) { return c.isNull() || encoding[c.unicode()] != 0; });
+    return std::all_of(text.begin(), text.end(), [&](QChar c) {
+        const quint16 code = encoding[c.unicode()];
+        return c.isNull() || code > 0xFF || (code != 0 && m_hasMeaning[code]);
+    });
 }
 
 int CodePageOf(const QLocale &locale)

@@ -27,9 +27,11 @@ public:
     // Bytes into a buffer with room for as many characters as there are bytes;
     // the number of characters written.
     qsizetype ToText(const uchar *bytes, qsizetype count, char16_t *out) const;
-    // A character that the page lacks becomes "?", each half of a pair one.
+    // A character that the page lacks becomes "?", each half of a pair one. A
+    // byte without a meaning comes back from the character that ToText made.
     QByteArray FromText(QStringView text) const;
-    // True when FromText loses nothing of the text.
+    // True when the page has every character of the text. A byte without a
+    // meaning has none, though ToText and FromText keep it.
     bool CanHold(QStringView text) const;
 
 private:
@@ -40,6 +42,7 @@ private:
     int m_number;
     bool m_isSingleByte = true;
     std::array<char16_t, 256> m_single{};
+    std::array<bool, 256> m_hasMeaning{};
     std::array<std::unique_ptr<std::array<char16_t, 256>>, 256> m_pairs;
     mutable std::vector<quint16> m_encoding;
 };

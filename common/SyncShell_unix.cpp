@@ -6,6 +6,7 @@
 #include <QProcess>
 
 #include <cerrno>
+#include <csignal>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,6 +15,32 @@
 using namespace Qt::Literals::StringLiterals;
 
 namespace Common {
+
+namespace {
+
+// While SIGCHLD is ignored, as a program may be started, the system keeps no
+// exit codes.
+class ExitCodesAreKept {
+public:
+    ExitCodesAreKept()
+    {
+        sigaction(SIGCHLD, nullptr, &m_before);
+        if (m_before.sa_handler == SIG_IGN)
+            std::signal(SIGCHLD, SIG_DFL);
+    }
+    ~ExitCodesAreKept()
+    {
+        if (m_before.sa_handler == SIG_IGN)
+            sigaction(SIGCHLD, &m_before, nullptr);
+    }
+    ExitCodesAreKept(const ExitCodesAreKept &) = delete;
+    ExitCodesAreKept &operator=(const ExitCodesAreKept &) = delete;
+
+private:
+    struct sigaction m_before = {};
+};
+
+}
 
 qint32 SyncShell(const QString &command)
 {
@@ -30,11 +57,15 @@ qint32 SyncShell(const QString &command)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);
 
+    const ExitCodesAreKept kept;
     pid_t child = 0;
     if (posix_spawnp(&child, arguments.front(), nullptr, nullptr, arguments.data(), environ) != 0)
         throw failed();
     int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) { }
+    while (waitpid(child, &status, 0) < 0) {
+        if (errno != EINTR)
+            throw failed();
+    }
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 

@@ -13,8 +13,9 @@ public:
     // that ends inside them yields what was there. True, or an error under
     // "Exam::LoadHeader()".
     bool LoadHeader(const QString &Path);
-    // Replaces everything by the file's content. True, or an error under
-    // "Exam::Save()"; InputPastEnd when the file ends too early.
+    // Replaces the items, and every other field that is not empty in the file.
+    // True, or an error under "Exam::Save()"; InputPastEnd when the file ends
+    // too early, Overflow for more items than a collection holds.
     bool Load(const QString &Path);
     // Writes the file in place. Always false: only a raised error, under
     // "Exam::Save()", tells of a failure.

@@ -79,9 +79,12 @@ bool FileExists(const QString &Path)
     struct stat status = {};
     if (lstat(QFile::encodeName(Path).constData(), &status) == 0)
         return true;
-    const QString name = GetFileName(Path, false);
+    QString name = GetFileName(Path, false);
     if (!name.contains(u'*') && !name.contains(u'?'))
         return false;
+    // "*.*" means every name, one without a dot too.
+    if (name == "*.*"_L1)
+        name = u"*"_s;
     // A bracket is an ordinary character here, to the matcher it is none.
     const QByteArray pattern = QFile::encodeName(QString(name).replace(u"["_s, u"[[]"_s));
     const QString folder = GetFolder(Path);

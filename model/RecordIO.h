@@ -61,6 +61,7 @@ bool Collection<ItemType>::Deserialize(File &file)
         auto item = std::make_shared<ItemType>();
         item->Deserialize(file);
         Add(std::move(item));
+        CheckCounter();
     }
     return true;
 }

@@ -1,5 +1,6 @@
 #include "pack/Packer.h"
 
+#include "common/Common.h"
 #include "common/Error.h"
 #include "model/Exam.h"
 #include "model/Globals.h"
@@ -79,7 +80,8 @@ void CheckExam(const QString &folder)
     try {
         Exam().Load(path);
     } catch (const Error &error) {
-        throw Error(error.Number(), path + u": "_s + error.Description(), error.Source());
+        const QString text = Common::ShownText(error.Description()).trimmed();
+        throw Error(error.Number(), path + u": "_s + text.section(u'\n', -1), error.Source());
     }
 }
 
@@ -98,9 +100,14 @@ public:
     void Put(QByteArrayView bytes)
     {
         m_step();
-        if (m_file.write(bytes.data(), bytes.size()) != bytes.size())
-            throw Fault();
         m_sum.addData(bytes);
+        // A disk that has room for a part takes it, and only the next write fails.
+        while (!bytes.isEmpty()) {
+            const qint64 count = m_file.write(bytes.data(), bytes.size());
+            if (count <= 0)
+                throw Fault();
+            bytes = bytes.sliced(count);
+        }
     }
 
     qint64 Position() const { return m_file.pos(); }

@@ -2,6 +2,7 @@
 
 #include "common/Error.h"
 #include "model/File.h"
+#include "picture/Wholeness.h"
 
 #include <QBuffer>
 #include <QImageReader>
@@ -14,8 +15,9 @@ namespace Picture {
 
 namespace {
 
-// A decoder's own limit, for formats that lie about their size.
-constexpr int MostMegabytes = 96;
+// A decoder's own limit, for formats that lie about their size: a picture of
+// the largest size with the deepest pixels, of 8 bytes each.
+constexpr int MostMegabytes = (MostPixels * 8 + 0xFFFFF) / 0x100000;
 
 // More than any picture of the largest size needs, and less than hurts.
 constexpr qint32 MostFileBytes = 128 * 1024 * 1024;
@@ -49,6 +51,8 @@ QImage Load(const QString &Path)
     const qint64 pixels = qAbs(qint64(size.width())) * qAbs(qint64(size.height()));
     if (!size.isNull() && (size.width() <= 0 || pixels == 0 || pixels > MostPixels))
         throw fail(u"The picture is empty or too large"_s);
+    if (!IsWhole(bytes, format))
+        throw fail(u"The picture is damaged: the file ends before it is whole"_s);
     QImageReader::setAllocationLimit(MostMegabytes);
     const QImage image = reader.read();
     if (image.isNull())

@@ -10,7 +10,8 @@ namespace Picture {
 constexpr qint64 MostPixels = 16'000'000;
 
 // A BMP, GIF, JPEG, ICO or PNG picture, told by its content and not by its
-// name; of a moving one the first frame. Only regular files are opened.
+// name; of a moving one the first frame. One that was cut off is an
+// error. Only regular files are opened.
 // Raises InvalidCall with what is wrong, or the system's error.
 QImage Load(const QString &Path);
 

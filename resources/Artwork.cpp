@@ -18,6 +18,7 @@ constexpr QColor Ink(33, 41, 52);
 constexpr QColor Orange(228, 78, 39);
 constexpr QColor DoneGreen(72, 161, 60);
 constexpr QColor Pale(150, 160, 172);
+constexpr QColor Amber(247, 183, 51);
 
 // Drawings are made on a square of this size and scaled.
 constexpr qreal Canvas = 100;
@@ -73,6 +74,49 @@ void PaintComplete(QPainter &painter)
     painter.drawRoundedRect(QRectF(14, 14, 72, 72), 14, 14);
     painter.setPen(Stroke(DoneGreen, 12));
     Tick(painter, QPointF(30, 52), 42);
+}
+
+void PaintDisc(QPainter &painter, const QColor &color)
+{
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    painter.drawEllipse(QRectF(4, 4, 92, 92));
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(Stroke(Qt::white, 10));
+}
+
+void PaintCritical(QPainter &painter)
+{
+    PaintDisc(painter, Orange);
+    painter.drawLine(QPointF(34, 34), QPointF(66, 66));
+    painter.drawLine(QPointF(66, 34), QPointF(34, 66));
+}
+
+void PaintQuestion(QPainter &painter)
+{
+    PaintDisc(painter, Blue);
+    QPainterPath hook(QPointF(36, 40));
+    hook.cubicTo(QPointF(36, 16), QPointF(66, 18), QPointF(65, 38));
+    hook.cubicTo(QPointF(64, 50), QPointF(50, 48), QPointF(50, 61));
+    painter.drawPath(hook);
+    painter.drawPoint(QPointF(50, 78));
+}
+
+void PaintExclamation(QPainter &painter)
+{
+    painter.setPen(Stroke(Amber, 8));
+    painter.setBrush(Amber);
+    painter.drawPolygon(QPolygonF({ QPointF(50, 10), QPointF(94, 88), QPointF(6, 88) }));
+    painter.setPen(Stroke(Ink, 9));
+    painter.drawLine(QPointF(50, 38), QPointF(50, 62));
+    painter.drawPoint(QPointF(50, 77));
+}
+
+void PaintInformation(QPainter &painter)
+{
+    PaintDisc(painter, Blue);
+    painter.drawPoint(QPointF(50, 27));
+    painter.drawLine(QPointF(50, 46), QPointF(50, 74));
 }
 
 void PaintApplication(QPainter &painter)
@@ -177,6 +221,19 @@ QIcon StatusIcon(const QString &key)
         return QIcon(new VectorIcon(PaintIncomplete));
     if (key == "Complete"_L1)
         return QIcon(new VectorIcon(PaintComplete));
+    return {};
+}
+
+QIcon MessageIcon(const QString &key)
+{
+    if (key == "Critical"_L1)
+        return QIcon(new VectorIcon(PaintCritical));
+    if (key == "Question"_L1)
+        return QIcon(new VectorIcon(PaintQuestion));
+    if (key == "Exclamation"_L1)
+        return QIcon(new VectorIcon(PaintExclamation));
+    if (key == "Information"_L1)
+        return QIcon(new VectorIcon(PaintInformation));
     return {};
 }
 

@@ -23,4 +23,8 @@ QIcon ApplicationIcon();
 // review), "Incomplete" and "Complete"; null for any other key.
 QIcon StatusIcon(const QString &key);
 
+// The pictures of message boxes: "Critical", "Question", "Exclamation" and
+// "Information"; null for any other key.
+QIcon MessageIcon(const QString &key);
+
 }

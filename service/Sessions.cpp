@@ -1,8 +1,12 @@
 #include "service/Sessions.h"
 
+#include "common/Error.h"
+
 #include <sodium.h>
 
 #include <array>
+
+using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
@@ -46,6 +50,8 @@ Sessions::Sessions(MonotonicClock clock, Limits limits)
     : m_clock(std::move(clock))
     , m_limits(limits)
 {
+    if (sodium_init() < 0)
+        throw Error(InvalidCall, u"The cryptographic library does not start"_s, u"Sessions::Sessions()"_s);
 }
 
 bool Sessions::IsOver(const Session &session) const

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <map>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -29,11 +30,6 @@ const QStringList Schema = {
 
 const QFile::Permissions OwnerOnly = QFile::ReadOwner | QFile::WriteOwner;
 
-QString Folded(const QString &email)
-{
-    return email.trimmed().toCaseFolded();
-}
-
 // Before the database writes anything: its journals take over the file's mode.
 void Protect(const QString &path, Store::IfMissing ifMissing)
 {
@@ -43,6 +39,26 @@ void Protect(const QString &path, Store::IfMissing ifMissing)
         || ((file.permissions() & ~(OwnerOnly | QFile::ReadUser | QFile::WriteUser)) && !file.setPermissions(OwnerOnly)))
         throw Error(InvalidCall, u"%1: %2"_s.arg(path, file.errorString()), u"Store::Store()"_s);
 }
+
+class Connection {
+public:
+    Connection()
+        : m_name(u"practorium-%1"_s.arg(++s_count))
+    {
+    }
+    ~Connection() { QSqlDatabase::removeDatabase(m_name); }
+    Connection(const Connection &) = delete;
+    Connection &operator=(const Connection &) = delete;
+    const QString &Name() const { return m_name; }
+
+private:
+    static inline std::atomic<int> s_count = 0;
+    QString m_name;
+};
+
+// A connection belongs to the thread that opened it and goes with it.
+thread_local std::map<int, Connection> connections; // by the store's number
+std::atomic<int> storeCount = 0;
 
 class Transaction {
 public:
@@ -72,39 +88,39 @@ private:
 
 }
 
-struct Store::Connection {
-    QString Name;
-
-    Connection()
-    {
-        static std::atomic<int> count = 0;
-        Name = u"practorium-%1"_s.arg(++count);
-    }
-    ~Connection() { QSqlDatabase::removeDatabase(Name); }
-};
-
 Store::Store(const QString &file, IfMissing ifMissing)
     : m_file(file)
+    , m_number(++storeCount)
 {
     Protect(file, ifMissing);
+    try {
+        Prepare();
+    } catch (const Error &) {
+        connections.erase(m_number);
+        throw;
+    }
+}
+
+Store::~Store()
+{
+    connections.erase(m_number);
+}
+
+void Store::Prepare()
+{
     Run(u"PRAGMA journal_mode = WAL"_s);
     QSqlQuery version = Run(u"PRAGMA user_version"_s);
     version.next();
     const int number = version.value(0).toInt();
     version.finish();
     if (number > SchemaVersion)
-        throw Error(InvalidCall, u"%1: made by a newer version of this program"_s.arg(file), u"Store::Store()"_s);
-    if (number < SchemaVersion) {
-        Transaction transaction(Database());
-        for (const QString &statement : Schema)
-            Run(statement);
-        transaction.Commit();
-    }
-}
-
-Store::~Store()
-{
-    m_connections.setLocalData({});
+        throw Error(InvalidCall, u"%1: made by a newer version of this program"_s.arg(m_file), u"Store::Prepare()"_s);
+    if (number == SchemaVersion)
+        return;
+    Transaction transaction(Database());
+    for (const QString &statement : Schema)
+        Run(statement);
+    transaction.Commit();
 }
 
 bool Store::IsExamId(QStringView text)
@@ -115,19 +131,27 @@ bool Store::IsExamId(QStringView text)
     return !text.isEmpty() && text.size() <= 64 && text.front() != u'.' && std::all_of(text.begin(), text.end(), isPlain);
 }
 
+QString Store::Folded(const QString &email)
+{
+    return email.trimmed().toCaseFolded();
+}
+
 QSqlDatabase Store::Database() const
 {
-    if (!m_connections.hasLocalData()) {
-        const auto connection = std::make_shared<Connection>();
-        QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, connection->Name);
-        database.setDatabaseName(m_file);
-        database.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=10000"_s);
-        if (!database.open())
-            throw Error(InvalidCall, u"%1: %2"_s.arg(m_file, database.lastError().text()), u"Store::Database()"_s);
-        m_connections.setLocalData(connection);
-        Run(u"PRAGMA foreign_keys = ON"_s);
+    if (const auto known = connections.find(m_number); known != connections.end())
+        return QSqlDatabase::database(known->second.Name(), false);
+    const auto connection = connections.try_emplace(m_number).first;
+    QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, connection->second.Name());
+    database.setDatabaseName(m_file);
+    database.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=10000"_s);
+    if (!database.open()) {
+        const QString reason = database.lastError().text();
+        database = {};
+        connections.erase(connection);
+        throw Error(InvalidCall, u"%1: %2"_s.arg(m_file, reason), u"Store::Database()"_s);
     }
-    return QSqlDatabase::database(m_connections.localData()->Name, false);
+    QSqlQuery(database).exec(u"PRAGMA foreign_keys = ON"_s);
+    return database;
 }
 
 QSqlQuery Store::Run(const QString &statement, const QVariantList &values) const

@@ -2,10 +2,8 @@
 
 #include <QString>
 #include <QStringList>
-#include <QThreadStorage>
 #include <QVariantList>
 
-#include <memory>
 #include <optional>
 #include <vector>
 
@@ -30,6 +28,9 @@ public:
     // IDs: 1 to 64 letters, digits, "-", "_" and "." of ASCII, not beginning
     // with ".".
     static bool IsExamId(QStringView text);
+
+    // What user IDs are compared by.
+    static QString Folded(const QString &email);
 
     struct Credentials {
         qint64 User;
@@ -76,11 +77,11 @@ public:
     std::vector<ReportLine> Reports() const;
 
 private:
-    struct Connection;
+    void Prepare();
     QSqlDatabase Database() const;
     QSqlQuery Run(const QString &statement, const QVariantList &values = {}) const;
     qint64 UserOf(const QString &email) const;
 
     QString m_file;
-    mutable QThreadStorage<std::shared_ptr<Connection>> m_connections;
+    const int m_number; // tells the stores of a process apart
 };

@@ -54,6 +54,11 @@ void ExamSession::GotoQuestion(qint16 index)
     if (m_currentIndex > 0)
         SaveAnswer();
     m_currentIndex = index;
+    ShowCurrentQuestion();
+}
+
+void ExamSession::ShowCurrentQuestion()
+{
     ClearChoices();
     DisplayQuestion(*CurrentQuestion());
     m_page.CanGoBack = !IsFirstQuestion();
@@ -196,6 +201,23 @@ void ExamSession::lblChoices_Click(int row)
     m_port.ShowChanges();
 }
 
+bool ExamSession::PressLetter(QChar letter)
+{
+    const auto &selectors = m_page.Selectors();
+    for (size_t index = 0; index < selectors.size(); ++index) {
+        const Selector &selector = selectors[index];
+        if (!selector.IsVisible || selector.Caption != letter.toUpper() + u"."_s)
+            continue;
+        const int row = static_cast<int>(index) + 1;
+        if (selector.IsEnabled && m_page.Kind == SelectorKind::Radio)
+            optChoices_Click(row);
+        else if (selector.IsEnabled)
+            chkChoices_Click(row, selector.Value != Selector::On);
+        return true;
+    }
+    return false;
+}
+
 void ExamSession::chkMarked_Click(bool marked)
 {
     m_page.IsMarked = marked;
@@ -284,7 +306,8 @@ void ExamSession::cmdReview_Click()
 {
     SaveAnswer();
     m_port.ShowReviewList();
-    if (TheExam().IsEnded())
+    // The exam may have been let go while the list was open.
+    if (Globals::CurrentExam && TheExam().IsEnded())
         StartPostExamReview();
 }
 
@@ -322,8 +345,8 @@ void ExamSession::tmrTimer_Timer()
     }
     m_port.StopClock();
     m_isAskingForTime = true;
-    const int answer = m_port.Ask(
-        u"The time has elapsed for this exam. Would you like to continue for another 30 minutes?"_s, QuestionMessage, {});
+    const int answer = m_port.Interrupt(
+        u"The time has elapsed for this exam. Would you like to continue for another 30 minutes?"_s, QuestionMessage);
     m_isAskingForTime = false;
     if (!Globals::CurrentExam)
         return;
@@ -332,10 +355,14 @@ void ExamSession::tmrTimer_Timer()
         m_port.StartClock();
         return;
     }
-    // What is on the page now has not been saved and does not count.
+    // What is on the page now has not been saved and does not count; so it does
+    // not stay there either.
     TheExam().EndExam();
     m_port.ShowReport();
+    if (!Globals::CurrentExam)
+        return;
     StartPostExamReview();
+    ShowCurrentQuestion();
 }
 
 void ExamSession::StartPostExamReview()
@@ -356,6 +383,24 @@ void ExamSession::ShowStatus()
     m_page.IsCorrect = question->Answer() == question->CorrectAnswer();
     m_page.Status = m_page.IsCorrect ? u"CORRECT"_s : u"INCORRECT"_s;
     m_page.HasExplanation = !question->Explaination().isEmpty();
+}
+
+void ExamSession::ReviewAll()
+{
+    m_reviewMode = ReviewingAll;
+    GotoQuestion(1);
+}
+
+void ExamSession::ReviewMarked()
+{
+    m_reviewMode = ReviewingMarked;
+    GotoFirstMarked();
+}
+
+void ExamSession::EndExam()
+{
+    TheExam().EndExam();
+    GotoQuestion(1);
 }
 
 bool ExamSession::QueryClose()

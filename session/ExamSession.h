@@ -58,6 +58,8 @@ public:
     virtual ~SessionPort() = default;
     // As ShowMessage does: the button pressed.
     virtual int Ask(const QString &text, int style, const QVariantList &values) = 0;
+    // A question that comes by itself, whatever the candidate is doing.
+    virtual int Interrupt(const QString &text, int style) { return Ask(text, style, {}); }
     // Another item is on the page, which is to be shown from its top.
     virtual void ShowItem() = 0;
     // Something on the page other than the item has changed.
@@ -108,10 +110,18 @@ public:
     void ShowStatus();
     void StartPostExamReview();
 
+    // What the review list asks for: to see all items from the first, only the
+    // marked ones, or the end of the exam.
+    void ReviewAll();
+    void ReviewMarked();
+    void EndExam();
+
     // What the candidate does. Rows count from 1.
     void optChoices_Click(int row);
     void chkChoices_Click(int row, bool checked);
     void lblChoices_Click(int row);
+    // A letter key acts on the option of that letter; false when none has it.
+    bool PressLetter(QChar letter);
     void chkMarked_Click(bool marked);
     void cmdNext_Click();
     void cmdPrev_Click();
@@ -124,6 +134,8 @@ public:
     bool QueryClose();
 
 private:
+    // Fills the page from the model, whatever stands on it.
+    void ShowCurrentQuestion();
     void ShowTime();
     void SaveAnswer();
     void ClearChoices();

@@ -21,7 +21,7 @@ Boxes Arrange(const Sizes &sizes)
     // A picture narrower than the button would cut it off.
     boxes.WindowWidth = std::max(boxes.Viewport.Width, sizes.ButtonWidth) + SideRoom;
     const double narrow = boxes.WindowWidth - sizes.FrameWidth;
-    boxes.Viewport.Left = (narrow - boxes.Viewport.Width) / 2;
+    boxes.Viewport.Left = Twips::Centred(narrow, boxes.Viewport.Width);
 
     const double tallest = sizes.ScreenHeight * ScreenShare / 100;
     boxes.HasScrollBar = sizes.PictureHeight > tallest;
@@ -31,7 +31,7 @@ Boxes Arrange(const Sizes &sizes)
     boxes.WindowHeight = boxes.Viewport.Height + sizes.ButtonHeight + FootRoom;
 
     const double innerWidth = boxes.WindowWidth - sizes.FrameWidth;
-    boxes.Button = { (innerWidth - sizes.ButtonWidth) / 2, boxes.Viewport.Height + ButtonGap, sizes.ButtonWidth,
+    boxes.Button = { Twips::Centred(innerWidth, sizes.ButtonWidth), boxes.Viewport.Height + ButtonGap, sizes.ButtonWidth,
                      sizes.ButtonHeight };
     // Under a title bar taller than the room at the foot the button would be
     // cut off.

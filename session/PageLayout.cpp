@@ -34,7 +34,7 @@ Boxes Arrange(const Sizes &sizes, double NextHeight)
     const double frameHeight = frame.Height - 2 * sizes.FrameBorder;
     boxes.Content.Width = Percent(frameWidth, 97);
     boxes.ScrollBar = { frameWidth - sizes.ScrollBarWidth, 0, sizes.ScrollBarWidth, frameHeight };
-    frame.Left = (sizes.InnerWidth - frame.Width) / 2;
+    frame.Left = Twips::Centred(sizes.InnerWidth, frame.Width);
     boxes.MarkLeft = frame.Left;
     boxes.TimeLeft = frame.Left + frameWidth - sizes.Time.Width - EdgeGap;
     boxes.QuestionWidth = Percent(boxes.Content.Width, 98);

@@ -51,12 +51,19 @@ QuestionFrame::QuestionFrame(QWidget *parent)
     fraInfo->hide();
     connect(vsbScroll, &QScrollBar::valueChanged, this, &QuestionFrame::MoveContent);
     connect(fraInfo, &InfoPanel::Dragged, this, [this](PageLayout::Point press, PageLayout::Point pointer) {
-        const PageLayout::Box panel{ Twips::Of(fraInfo->x() - contentsRect().x()), Twips::Of(fraInfo->y() - contentsRect().y()),
-                                     Twips::Of(fraInfo->width()), Twips::Of(fraInfo->height()) };
-        const PageLayout::Point to = PageLayout::DragPanel(panel, press, pointer, Twips::Of(contentsRect().width()),
-                                                           Twips::Of(contentsRect().height()), ScrollBarTwips());
-        fraInfo->move(contentsRect().topLeft() + QPoint(Twips::ToPixels(to.X), Twips::ToPixels(to.Y)));
+        MovePanel({ pointer.X - press.X, pointer.Y - press.Y });
     });
+    Theme::ShowThumb(vsbScroll);
+}
+
+void QuestionFrame::MovePanel(PageLayout::Point distance)
+{
+    const QPoint corner = contentsRect().topLeft();
+    const PageLayout::Box panel{ Twips::Of(fraInfo->x() - corner.x()), Twips::Of(fraInfo->y() - corner.y()),
+                                 Twips::Of(fraInfo->width()), Twips::Of(fraInfo->height()) };
+    const PageLayout::Point to = PageLayout::DragPanel(panel, {}, distance, Twips::Of(contentsRect().width()),
+                                                       Twips::Of(contentsRect().height()), ScrollBarTwips());
+    fraInfo->move(corner + QPoint(Twips::ToPixels(to.X), Twips::ToPixels(to.Y)));
 }
 
 double QuestionFrame::BorderTwips() const
@@ -242,7 +249,11 @@ void QuestionFrame::SetTextScale(double scale)
         row.Check->setFont(lblQuestion->font());
         row.Label->setFont(lblQuestion->font());
     }
+    const double before = m_contentHeight;
     ArrangeRows();
+    if (before > 0 && vsbScroll->isEnabled())
+        vsbScroll->setValue(static_cast<int>(std::lround(vsbScroll->value() * (m_contentHeight / before))));
+    MoveContent(vsbScroll->value());
 }
 
 void QuestionFrame::wheelEvent(QWheelEvent *event)
@@ -251,10 +262,11 @@ void QuestionFrame::wheelEvent(QWheelEvent *event)
     event->accept();
 }
 
-// A row that the Tab key reaches outside the frame's view is scrolled into it.
+// A row that a key reaches outside the frame's view is scrolled into it. Under
+// a pressed mouse button nothing may move.
 bool QuestionFrame::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::FocusIn)
+    if (event->type() == QEvent::FocusIn && static_cast<QFocusEvent *>(event)->reason() != Qt::MouseFocusReason)
         RevealRow(static_cast<QWidget *>(watched));
     return false;
 }

@@ -28,8 +28,11 @@ public:
     void ShowChanges(const PageState &page);
     // Puts everything inside where the boxes say, and the panel to its home.
     void Place(const PageLayout::Boxes &boxes);
-    // The size of the texts, 1 being the system font's.
+    // The size of the texts, 1 being the system font's. What is in view stays
+    // in view.
     void SetTextScale(double scale);
+    // Moves the panel as dragging it does; a distance in twips.
+    void MovePanel(PageLayout::Point distance);
 
     double BorderTwips() const;
     double ScrollBarTwips() const;

@@ -10,12 +10,14 @@
 #include "ui/Messages.h"
 #include "ui/Theme.h"
 
+#include <QAccessible>
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
 #include <QScrollBar>
 
 using namespace Qt::Literals::StringLiterals;
@@ -27,6 +29,7 @@ constexpr double SmallestScale = 0.7;
 constexpr double LargestScale = 2.6;
 constexpr int TopMargin = 8; // pixels
 constexpr int MinuteColons = 2;
+constexpr double PanelStep = 300; // twips
 
 }
 
@@ -41,7 +44,7 @@ frmExam::frmExam()
     , cmdReview(new QPushButton(u"&Review"_s, this))
 {
     setObjectName(u"frmExam"_s);
-    setMinimumSize(560, 400);
+    setMinimumSize(QSize(560, 400).boundedTo(screen()->availableSize()));
     chkMarked->setObjectName(u"chkMarked"_s);
     lblTime->setObjectName(u"lblTime"_s);
     lblTime->setTextFormat(Qt::PlainText);
@@ -71,7 +74,7 @@ frmExam::frmExam()
     connect(picBorder, &QuestionFrame::CheckClicked, this,
             [this](int row, bool checked) { Guard([&] { m_session.chkChoices_Click(row, checked); }); });
     connect(picBorder, &QuestionFrame::LabelClicked, this, [this](int row) { Guard([&] { m_session.lblChoices_Click(row); }); });
-    connect(&m_clock, &ExamClock::Tick, this, [this] { Guard([&] { m_session.tmrTimer_Timer(); }); });
+    connect(&tmrTimer, &ExamClock::Tick, this, [this] { Guard([&] { m_session.tmrTimer_Timer(); }); });
 
     CoverWorkArea(this);
 }
@@ -88,11 +91,29 @@ int frmExam::Ask(const QString &text, int style, const QVariantList &values)
     return ShowMessage(text, style, values);
 }
 
+int frmExam::Interrupt(const QString &text, int style)
+{
+    return ShowUnaskedMessage(text, style);
+}
+
 void frmExam::ShowItem()
 {
     picBorder->ShowItem(m_session.Page());
     ShowChanges();
     ArrangeButtons();
+    Announce();
+}
+
+// The focus stays on Next, so a screen reader has to be told of the new item.
+void frmExam::Announce()
+{
+    const PageState &page = m_session.Page();
+    QString text = page.Title + u". "_s + page.Problem;
+    if (page.IsPostExam)
+        text += u". "_s + page.Status + u". "_s + page.Answer;
+    picBorder->setAccessibleName(text);
+    QAccessibleEvent event(picBorder, QAccessible::Alert);
+    QAccessible::updateAccessibility(&event);
 }
 
 void frmExam::ShowChanges()
@@ -135,12 +156,12 @@ void frmExam::ShowExam()
 
 void frmExam::StartClock()
 {
-    m_clock.Start();
+    tmrTimer.Start();
 }
 
 void frmExam::StopClock()
 {
-    m_clock.Stop();
+    tmrTimer.Stop();
 }
 
 void frmExam::ShowExhibit(const QString &name)
@@ -170,6 +191,7 @@ void frmExam::CloseExhibit()
 void frmExam::ShowExplanation(qint16 index)
 {
     frmExplain window(this);
+    Theme::ScaleFont(&window, m_textScale);
     window.QuestionNumber = index;
     window.Load();
     window.exec();
@@ -227,7 +249,6 @@ void frmExam::SetTextScale(double scale)
 {
     m_textScale = std::clamp(scale, SmallestScale, LargestScale);
     picBorder->SetTextScale(m_textScale);
-    Arrange();
 }
 
 bool frmExam::PressScaleKey(int key)
@@ -248,37 +269,44 @@ bool frmExam::PressScaleKey(int key)
     }
 }
 
-bool frmExam::PressLetter(QChar letter)
+bool frmExam::PressPanelKey(int key)
 {
-    const auto &selectors = m_session.Page().Selectors();
-    for (size_t index = 0; index < selectors.size(); ++index) {
-        const Selector &selector = selectors[index];
-        if (!selector.IsVisible || selector.Caption != letter.toUpper() + u"."_s)
-            continue;
-        if (selector.IsEnabled) {
-            const int row = static_cast<int>(index) + 1;
-            if (m_session.Page().Kind == SelectorKind::Radio)
-                m_session.optChoices_Click(row);
-            else
-                m_session.chkChoices_Click(row, selector.Value != Selector::On);
-        }
+    if (!m_session.Page().IsPostExam)
+        return false;
+    switch (key) {
+    case Qt::Key_Left: picBorder->MovePanel({ -PanelStep, 0 }); return true;
+    case Qt::Key_Right: picBorder->MovePanel({ PanelStep, 0 }); return true;
+    case Qt::Key_Up: picBorder->MovePanel({ 0, -PanelStep }); return true;
+    case Qt::Key_Down: picBorder->MovePanel({ 0, PanelStep }); return true;
+    default: return false;
+    }
+}
+
+bool frmExam::event(QEvent *event)
+{
+    // A mnemonic held down would run through the items; as an ordinary key it
+    // does nothing.
+    if (event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent *>(event)->isAutoRepeat()) {
+        event->accept();
         return true;
     }
-    return false;
+    return QWidget::event(event);
 }
 
 void frmExam::keyPressEvent(QKeyEvent *event)
 {
     Guard([&] {
         const Qt::KeyboardModifiers modifiers = event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier);
-        if (modifiers == Qt::ControlModifier && PressScaleKey(event->key()))
+        if (modifiers == Qt::ControlModifier && (PressScaleKey(event->key()) || PressPanelKey(event->key())))
             return;
         switch (event->key()) {
         case Qt::Key_PageUp:
         case Qt::Key_PageDown:
         case Qt::Key_Home:
         case Qt::Key_End:
-            QCoreApplication::sendEvent(picBorder->ScrollBar(), event);
+            // A bar that cannot scroll would hand the key back to this window.
+            if (picBorder->ScrollBar()->isEnabled())
+                QCoreApplication::sendEvent(picBorder->ScrollBar(), event);
             return;
         case Qt::Key_Return:
         case Qt::Key_Enter:
@@ -291,7 +319,7 @@ void frmExam::keyPressEvent(QKeyEvent *event)
         default:
             break;
         }
-        if (modifiers != Qt::NoModifier || event->isAutoRepeat() || event->text().size() != 1 || !PressLetter(event->text().front()))
+        if (modifiers != Qt::NoModifier || event->isAutoRepeat() || event->text().size() != 1 || !m_session.PressLetter(event->text().front()))
             QWidget::keyPressEvent(event);
     });
 }
@@ -318,7 +346,7 @@ void frmExam::closeEvent(QCloseEvent *event)
         return;
     }
     m_isClosing = true;
-    m_clock.Stop();
+    tmrTimer.Stop();
     CloseExhibit();
     hide();
     Globals::CurrentExam.reset();

@@ -39,10 +39,12 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
+    bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
     int Ask(const QString &text, int style, const QVariantList &values) override;
+    int Interrupt(const QString &text, int style) override;
     void ShowItem() override;
     void ShowChanges() override;
     void ShowExam() override;
@@ -58,11 +60,12 @@ private:
     void ArrangeButtons();
     void SetTextScale(double scale);
     bool PressScaleKey(int key);
-    bool PressLetter(QChar letter);
+    bool PressPanelKey(int key);
+    void Announce();
     void ShowTime(const QString &time);
 
     ExamSession m_session;
-    ExamClock m_clock;
+    ExamClock tmrTimer;
     double m_textScale = 1;
     QString m_announcedMinute;
     bool m_isClosing = false;

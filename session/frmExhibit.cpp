@@ -4,6 +4,7 @@
 #include "model/IO.h"
 #include "picture/Picture.h"
 #include "session/ExhibitLayout.h"
+#include "ui/Theme.h"
 
 #include <QCoreApplication>
 #include <QKeyEvent>
@@ -56,6 +57,7 @@ frmExhibit::frmExhibit(QWidget *owner)
     picExhibit->setAccessibleName(u"Exhibit picture"_s);
     vsbScroll->setObjectName(u"vsbScroll"_s);
     vsbScroll->setAccessibleName(u"Scroll the exhibit"_s);
+    Theme::ShowThumb(vsbScroll);
     cmdClose->setObjectName(u"cmdClose"_s);
     cmdClose->setDefault(true);
     connect(cmdClose, &QPushButton::clicked, this, &QWidget::close);

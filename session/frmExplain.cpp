@@ -3,6 +3,7 @@
 #include "common/Common.h"
 #include "common/Error.h"
 #include "model/Globals.h"
+#include "ui/TextBlock.h"
 
 #include <QDialogButtonBox>
 #include <QPlainTextEdit>
@@ -39,7 +40,7 @@ void frmExplain::Load()
         throw Error::RunTime(InvalidCall);
     setWindowTitle(Common::FormatText(u"Explaination - Question: {1}"_s, { QuestionNumber }));
     const QString text = Globals::CurrentExam->Questions().Item(QuestionNumber)->Explaination();
-    txtExplaination->setPlainText(Common::ShownText(text));
+    txtExplaination->setPlainText(TextBlock::Breakable(Common::ShownText(text)));
     if (txtExplaination->toPlainText().isEmpty())
         txtExplaination->setPlainText(u"Sorry! Explaination is not available for this question."_s);
 }

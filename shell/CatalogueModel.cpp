@@ -1,6 +1,7 @@
 #include "shell/CatalogueModel.h"
 
 #include "common/Common.h"
+#include "common/Error.h"
 #include "model/Globals.h"
 #include "ui/Layout.h"
 #include "ui/Theme.h"
@@ -10,29 +11,26 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr std::array ColumnShares = { 10, 90 };
+// Characters; a longer name would only keep the list busy.
+constexpr qsizetype LongestText = 500;
 
 }
 
 void CatalogueModel::Refresh()
 {
-    const QStringList paths = Globals::GetInstalledExams();
-    // The view hears of the rows that are there in the end, also after an error.
-    struct Reset {
-        explicit Reset(CatalogueModel *model)
-            : Model(model)
-        {
-            Model->beginResetModel();
-        }
-        ~Reset() { Model->endResetModel(); }
-        CatalogueModel *Model;
-    } reset(this);
+    beginResetModel();
     m_rows.clear();
-    for (const QString &path : paths) {
+    for (const QString &path : Globals::GetInstalledExams()) {
         Exam exam;
-        if (!exam.LoadHeader(path))
+        // One file that cannot be read must not hide the exams behind it.
+        try {
+            exam.LoadHeader(path);
+        } catch (const Error &) {
             continue;
-        m_rows.push_back({ path, Common::ShownText(exam.Code()), Common::ShownText(exam.Name()) });
+        }
+        m_rows.push_back({ path, Common::ShownText(exam.Code()).left(LongestText), Common::ShownText(exam.Name()).left(LongestText) });
     }
+    endResetModel();
 }
 
 int CatalogueModel::rowCount(const QModelIndex &parent) const
@@ -47,6 +45,8 @@ int CatalogueModel::columnCount(const QModelIndex &parent) const
 
 QVariant CatalogueModel::data(const QModelIndex &index, int role) const
 {
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+        return {};
     const Row &row = m_rows.at(index.row());
     switch (role) {
     case Qt::DisplayRole:
@@ -66,7 +66,7 @@ QVariant CatalogueModel::data(const QModelIndex &index, int role) const
 
 QVariant CatalogueModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    if (orientation != Qt::Horizontal)
+    if (orientation != Qt::Horizontal || section < 0 || section >= columnCount())
         return {};
     if (role == ColumnTagRole)
         return ColumnShares.at(section);

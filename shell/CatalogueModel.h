@@ -13,8 +13,8 @@ public:
     using QAbstractTableModel::QAbstractTableModel;
 
     // Fills the rows anew from the headers of the installed exams, in the order
-    // in which the system lists them. An error of a header is raised; the rows
-    // added before it stay.
+    // in which the system lists them; a file whose header cannot be read is
+    // left out.
     void Refresh();
     // The exam file behind a row, which counts from 0.
     QString Path(int row) const { return m_rows.at(row).Path; }

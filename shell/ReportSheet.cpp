@@ -64,7 +64,7 @@ Plan PlanFor(const QString &examCode, const QString &examName, const QString &da
 {
     Plan plan;
     const auto write = [&](double x, double y, const QString &text, bool isBold = false) {
-        plan.Texts.push_back({ x, y, text, isBold });
+        plan.Texts.push_back({ x, y, text, isBold, UsableWidth - x });
     };
     plan.Logo = QRectF(0, LogoTop, LogoWidth, LogoWidth / Artwork::LogoAspect);
 
@@ -86,10 +86,10 @@ Plan PlanFor(const QString &examCode, const QString &examName, const QString &da
     for (const Row &row : { Row{ u"Required Score:"_s, 110, 106, report.RequiredShare(), ScoreReport::RequiredColor() },
                             Row{ u"Your Score:"_s, 120, 116, report.ObtainedShare(), report.ObtainedColor() } }) {
         const double length = Common::PercentOf(row.Share, static_cast<float>(GraphWidth));
-        // The label keeps clear of the bar in whatever font it is printed.
-        write(std::min(LabelLeft, GraphLeft - LabelGap - measure(row.Label, false)), row.LabelTop - BarHeight / 4, row.Label);
+        // Whatever font it is printed in, the label keeps clear of the bar.
+        plan.Texts.push_back({ LabelLeft, row.LabelTop, row.Label, false, GraphLeft - LabelGap - LabelLeft });
         plan.Bars.push_back({ QRectF(GraphLeft, row.BarTop, length, BarHeight), row.Color });
-        write(GraphLeft + std::max(length, 0.0) + LabelGap, row.LabelTop - BarHeight / 4, QString::number(row.Share) + u'%');
+        write(GraphLeft + std::max(length, 0.0) + LabelGap, row.LabelTop, QString::number(row.Share) + u'%');
     }
     // The frame of the graph: where 0 stands, the scale, and its quarters.
     plan.Lines.push_back({ { GraphLeft, GraphTop }, { GraphLeft, GraphBottom } });
@@ -142,11 +142,9 @@ void Print(QPagedPaintDevice &device, const QString &examCode, const QString &ex
     painter.setPen(Qt::black);
     for (const Text &text : plan.Texts) {
         QFont font = SheetFont(text.IsBold);
-        // A long line gets smaller letters rather than none at its end.
         const double width = measure(text.Content, text.IsBold);
-        const double room = UsableWidth - text.X;
-        if (width > room && text.X < GraphLeft)
-            font.setPointSizeF(PointSize * room / width);
+        if (width > text.Room && text.X < GraphLeft)
+            font.setPointSizeF(PointSize * text.Room / width);
         painter.setFont(font);
         painter.drawText(place(text.X, text.Y) + QPointF(0, QFontMetricsF(font, &device).ascent()), text.Content);
     }

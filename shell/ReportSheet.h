@@ -24,6 +24,7 @@ struct Text {
     double Y = 0; // top of the line
     QString Content;
     bool IsBold = false;
+    double Room = UsableWidth; // a wider text gets smaller letters
 };
 struct Bar {
     QRectF Rectangle;

@@ -55,7 +55,7 @@ Boxes Arrange(double innerWidth, double innerHeight, const Boxes &sizes)
 {
     Boxes boxes = sizes;
     for (Box *box : { &boxes.Logo, &boxes.Message, &boxes.Scores })
-        box->Left = (innerWidth - box->Width) / 2;
+        box->Left = Twips::Centred(innerWidth, box->Width);
     boxes.Logo.Top = LogoTop;
     boxes.Message.Top = boxes.Logo.Bottom();
     boxes.Scores.Top = boxes.Message.Bottom() + ScoresGap;

@@ -56,8 +56,7 @@ frmMain::frmMain()
 {
     setObjectName(u"frmMain"_s);
     setWindowTitle(ApplicationTitle);
-    setMinimumSize(600, 380);
-    resize(760, 500);
+    FitWorkArea(this, QSize(760, 500), QSize(600, 380));
 }
 
 void frmMain::Build()
@@ -119,7 +118,6 @@ void frmMain::Build()
         setTabOrder(order[i - 1], order[i]);
 
     connect(cmdStart, &QPushButton::clicked, this, [this] { Guard([&] { cmdStart_Click(); }); });
-    connect(lvwExams, &QTreeView::doubleClicked, cmdStart, &QPushButton::click);
     connect(cmdExit, &QPushButton::clicked, this, &QWidget::close);
     connect(lblDownload, &LinkLabel::Click, this, [this] {
         Guard([&] {
@@ -184,11 +182,16 @@ void frmMain::closeEvent(QCloseEvent *event)
     });
 }
 
-// The list changes its inner size with the window and with its scroll bar.
 bool frmMain::eventFilter(QObject *watched, QEvent *event)
 {
+    // The list changes its inner size with the window and with its scroll bar.
     if (event->type() == QEvent::Resize)
         SizeColumns(lvwExams);
+    // Anywhere in the list, which may be empty.
+    if (event->type() == QEvent::MouseButtonDblClick && static_cast<QMouseEvent *>(event)->button() == Qt::LeftButton) {
+        cmdStart->click();
+        return true;
+    }
     return QWidget::eventFilter(watched, event);
 }
 

@@ -16,6 +16,7 @@
 #include <QLabel>
 #include <QPrinter>
 #include <QPushButton>
+#include <QScreen>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -50,7 +51,7 @@ frmReport::frmReport(QWidget *owner)
 {
     setObjectName(u"frmReport"_s);
     setWindowTitle(u"Score Report"_s);
-    setMinimumSize(680, 480);
+    setMinimumSize(QSize(640, 420).boundedTo(screen()->availableSize()));
     lblMessage->setObjectName(u"lblMessage"_s);
     fraScores->setObjectName(u"fraScores"_s);
     fraScores->setFrameShape(QFrame::StyledPanel);
@@ -61,11 +62,9 @@ frmReport::frmReport(QWidget *owner)
     picScores->setPalette(white);
     shpRequired->setObjectName(u"shpRequired"_s);
     shpObtained->setObjectName(u"shpObtained"_s);
-    auto *names = new QVBoxLayout;
-    names->setContentsMargins(0, 0, 0, 0);
-    names->setSpacing(0);
-    names->addWidget(lblRequired);
-    names->addWidget(lblObtained);
+    m_names = new QVBoxLayout;
+    m_names->addWidget(lblRequired);
+    m_names->addWidget(lblObtained);
     auto *scale = new QHBoxLayout;
     scale->addWidget(new QLabel(u"0%"_s, fraScores));
     scale->addStretch();
@@ -73,7 +72,7 @@ frmReport::frmReport(QWidget *owner)
     auto *grid = new QGridLayout(fraScores);
     grid->setContentsMargins(22, 20, 22, 14);
     grid->setHorizontalSpacing(18);
-    grid->addLayout(names, 0, 0);
+    grid->addLayout(m_names, 0, 0);
     grid->addWidget(picScores, 0, 1);
     grid->addLayout(scale, 1, 1);
 
@@ -102,7 +101,8 @@ void frmReport::Load()
 {
     if (!Globals::CurrentExam)
         throw Error::RunTime(InvalidCall);
-    m_report = ScoreReport::Of(*Globals::CurrentExam);
+    m_exam = Globals::CurrentExam;
+    m_report = ScoreReport::Of(*m_exam);
     CoverWorkArea(this);
 }
 
@@ -124,6 +124,11 @@ void frmReport::Scale()
     lblMessage->setFont(font());
     Theme::ScaleFont(lblMessage, MessageScale * scale, QFont::DemiBold);
     picScores->setFixedSize(scaled(AreaWidth), 2 * scaled(BarHeight) + 3 * scaled(BarGap));
+    // The names stand level with their bars.
+    m_names->setContentsMargins(0, scaled(BarGap), 0, scaled(BarGap));
+    m_names->setSpacing(scaled(BarGap));
+    lblRequired->setFixedHeight(scaled(BarHeight));
+    lblObtained->setFixedHeight(scaled(BarHeight));
     shpRequired->setGeometry(0, scaled(BarGap), shpRequired->width(), scaled(BarHeight));
     shpObtained->setGeometry(0, 2 * scaled(BarGap) + scaled(BarHeight), shpObtained->width(), scaled(BarHeight));
 }
@@ -183,7 +188,7 @@ void frmReport::PrintReport()
 {
     RunJob([&] {
         QPrinter printer(QPrinter::HighResolution);
-        ReportSheet::Print(printer, Globals::CurrentExam->Code(), Globals::CurrentExam->Name(), m_report);
+        ReportSheet::Print(printer, m_exam->Code(), m_exam->Name(), m_report);
         if (printer.printerState() == QPrinter::Error)
             throw Error::RunTime(InvalidCall);
     });
@@ -191,7 +196,10 @@ void frmReport::PrintReport()
 
 void frmReport::SavePdf()
 {
-    const QString path = QFileDialog::getSaveFileName(this, u"Save the score report"_s, u"Score report.pdf"_s, u"PDF documents (*.pdf)"_s);
-    if (!path.isEmpty())
-        RunJob([&] { ReportSheet::SavePdf(path, Globals::CurrentExam->Code(), Globals::CurrentExam->Name(), m_report); });
+    QString path = QFileDialog::getSaveFileName(this, u"Save the score report"_s, u"Score report.pdf"_s, u"PDF documents (*.pdf)"_s);
+    if (path.isEmpty())
+        return;
+    if (!path.endsWith(u".pdf"_s, Qt::CaseInsensitive))
+        path += u".pdf"_s;
+    RunJob([&] { ReportSheet::SavePdf(path, m_exam->Code(), m_exam->Name(), m_report); });
 }

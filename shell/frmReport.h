@@ -1,13 +1,17 @@
 #pragma once
 
+#include "model/Exam.h"
 #include "shell/ScoreReport.h"
 
 #include <QDialog>
+
+#include <memory>
 
 class LogoView;
 class QFrame;
 class QLabel;
 class QPushButton;
+class QVBoxLayout;
 class ResultLabel;
 
 // The score report of the current exam: the result in words and as two bars,
@@ -44,7 +48,9 @@ private:
     void SavePdf();
     template <class Job> void RunJob(Job &&job);
 
+    std::shared_ptr<Exam> m_exam; // the window may outlast the sitting
     ScoreReport m_report;
+    QVBoxLayout *m_names = nullptr;
     LogoView *picLogo;
     ResultLabel *lblMessage;
     QFrame *fraScores;

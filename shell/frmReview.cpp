@@ -7,6 +7,7 @@
 #include "shell/ReviewList.h"
 #include "shell/frmReport.h"
 #include "ui/Guard.h"
+#include "ui/Layout.h"
 #include "ui/Messages.h"
 
 #include <QHBoxLayout>
@@ -32,6 +33,7 @@ constexpr int RowPadding = 10;
 frmReview::frmReview(ExamSession &session, QWidget *owner)
     : QDialog(owner)
     , m_session(session)
+    , m_exam(Globals::CurrentExam)
     , lvwReview(new QListWidget(this))
     , txtQuestion(new QLineEdit(this))
     , cmdGoTo(new QPushButton(u"&Go To"_s, this))
@@ -65,6 +67,8 @@ frmReview::frmReview(ExamSession &session, QWidget *owner)
     cmdEnd->setObjectName(u"cmdEnd"_s);
     for (QPushButton *button : { cmdReviewAll, cmdReviewMarked, cmdEnd })
         button->setAutoDefault(false);
+    for (QPushButton *button : { cmdGoTo, cmdReviewAll, cmdReviewMarked, cmdEnd })
+        button->setMinimumWidth(button->sizeHint().width() + 14);
 
     auto *row = new QHBoxLayout;
     row->setSpacing(8);
@@ -82,10 +86,10 @@ frmReview::frmReview(ExamSession &session, QWidget *owner)
     layout->addWidget(lvwReview);
     layout->addWidget(Legend());
     layout->addLayout(row);
-    resize(760, 480);
+    FitWorkArea(this, QSize(760, 480), QSize(400, 280));
 
     connect(txtQuestion, &QLineEdit::textChanged, this, [this](const QString &text) {
-        const QString limited = ReviewList::Limited(text, Globals::CurrentExam->Questions().Count());
+        const QString limited = ReviewList::Limited(text, m_exam->Questions().Count());
         if (limited != text)
             txtQuestion->setText(limited);
     });
@@ -93,15 +97,13 @@ frmReview::frmReview(ExamSession &session, QWidget *owner)
     connect(lvwReview, &QListWidget::itemDoubleClicked, this, [this] { Guard([&] { GotoSelected(); }); });
     connect(cmdReviewAll, &QPushButton::clicked, this, [this] {
         Guard([&] {
-            m_session.SetReviewMode(ExamSession::ReviewingAll);
-            m_session.GotoQuestion(1);
+            m_session.ReviewAll();
             accept();
         });
     });
     connect(cmdReviewMarked, &QPushButton::clicked, this, [this] {
         Guard([&] {
-            m_session.SetReviewMode(ExamSession::ReviewingMarked);
-            m_session.GotoFirstMarked();
+            m_session.ReviewMarked();
             accept();
         });
     });
@@ -132,7 +134,7 @@ QWidget *frmReview::Legend()
 
 void frmReview::Load()
 {
-    const Exam &exam = *Globals::CurrentExam;
+    const Exam &exam = *m_exam;
     cmdReviewMarked->setEnabled(ReviewList::HasMarked(exam));
     if (exam.IsEnded())
         cmdEnd->setText(u"&View Report"_s);
@@ -164,20 +166,19 @@ void frmReview::cmdGoTo_Click()
 
 void frmReview::GotoSelected()
 {
-    const QList<QListWidgetItem *> selected = lvwReview->selectedItems();
-    if (selected.isEmpty())
+    const QListWidgetItem *item = lvwReview->currentItem();
+    if (!item)
         return;
-    m_session.GotoQuestion(selected.first()->data(NumberRole).value<qint16>());
+    m_session.GotoQuestion(item->data(NumberRole).value<qint16>());
     accept();
 }
 
 void frmReview::cmdEnd_Click()
 {
-    if (!Globals::CurrentExam->IsEnded()) {
+    if (!m_exam->IsEnded()) {
         if (ShowMessage(u"Are you sure you want to end the exam?"_s, QuestionMessage) != AnswerYes)
             return;
-        Globals::CurrentExam->EndExam();
-        m_session.GotoQuestion(1);
+        m_session.EndExam();
     }
     ShowReportAndClose();
 }

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "model/Exam.h"
+
 #include <QDialog>
+
+#include <memory>
 
 class ExamSession;
 class QLabel;
@@ -32,6 +36,7 @@ private:
     QWidget *Legend();
 
     ExamSession &m_session;
+    std::shared_ptr<Exam> m_exam; // the window may outlast the sitting
     QListWidget *lvwReview;
     QLineEdit *txtQuestion;
     QPushButton *cmdGoTo;

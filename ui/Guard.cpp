@@ -5,11 +5,17 @@
 #include "ui/Messages.h"
 
 #include <QCoreApplication>
+#include <QScopedValueRollback>
 
 using namespace Qt::Literals::StringLiterals;
 
 void ReportUnhandled(const Error &error)
 {
+    // What else goes wrong behind the open box has no news for the user.
+    static bool isReporting = false;
+    if (isReporting)
+        return;
+    const QScopedValueRollback reporting(isReporting, true);
     EndBusy();
     // The description is shown as it is: a template would expand it.
     CurrentMessagePort().Show(u"Run-time error '"_s + QString::number(error.Number()) + u"':\r\n\r\n"_s

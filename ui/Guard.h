@@ -20,5 +20,7 @@ void Guard(Action &&action)
         ReportUnhandled(error);
     } catch (const std::bad_alloc &) {
         ReportUnhandled(Error(7, QStringLiteral("Out of memory")));
+    } catch (const std::exception &exception) {
+        ReportUnhandled(Error(InvalidCall, QString::fromLocal8Bit(exception.what())));
     }
 }

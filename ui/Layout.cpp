@@ -52,7 +52,7 @@ void SizeColumns(QTreeView *List)
 
 void CenterHorizontally(const QWidget *Container, QWidget *Control)
 {
-    const double left = (Twips::Of(Container->width()) - Twips::Of(Control->width())) / 2;
+    const double left = Twips::Centred(Twips::Of(Container->width()), Twips::Of(Control->width()));
     Control->move(Twips::ToPixels(left), Control->y());
 }
 
@@ -61,6 +61,13 @@ WorkArea GetWorkArea()
     const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
     const auto edge = [](int pixels) { return static_cast<qint32>(Twips::Of(pixels)); };
     return { edge(area.left()), edge(area.top()), edge(area.left() + area.width()), edge(area.top() + area.height()) };
+}
+
+void FitWorkArea(QWidget *Window, QSize Wanted, QSize Least)
+{
+    const QSize room = Window->screen()->availableSize();
+    Window->setMinimumSize(Least.boundedTo(room));
+    Window->resize(Wanted.boundedTo(room));
 }
 
 void CoverWorkArea(QWidget *Window)

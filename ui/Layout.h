@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QList>
+#include <QSize>
 #include <Qt>
 
 class QTreeView;
@@ -29,6 +30,10 @@ struct WorkArea {
     qint32 Bottom = 0;
 };
 WorkArea GetWorkArea();
+
+// Gives the window its size and its least size, both in pixels, as far as the
+// screen has room for them.
+void FitWorkArea(QWidget *Window, QSize Wanted, QSize Least);
 
 // Has the window cover the work area once it is shown.
 void CoverWorkArea(QWidget *Window);

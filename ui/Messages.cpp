@@ -1,9 +1,14 @@
 #include "ui/Messages.h"
 
 #include "common/Common.h"
+#include "resources/Artwork.h"
 
+#include <QAbstractButton>
 #include <QApplication>
+#include <QElapsedTimer>
+#include <QKeyEvent>
 #include <QMessageBox>
+#include <QPointer>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -11,26 +16,86 @@ const QString ApplicationTitle = u"Practorium"_s;
 
 namespace {
 
+constexpr int DeafTime = 1000; // milliseconds
+constexpr int IconSize = 44;
+
+// Lets no key through to a box until a moment has passed and the keys that were
+// down have come up.
+class Deafness : public QObject {
+public:
+    explicit Deafness(QObject *parent)
+        : QObject(parent)
+    {
+        m_since.start();
+        qApp->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        const bool isKey = event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease
+            || event->type() == QEvent::ShortcutOverride || event->type() == QEvent::Shortcut;
+        if (!isKey)
+            return false;
+        const bool isHeld = event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->isAutoRepeat();
+        return m_since.elapsed() < DeafTime || isHeld;
+    }
+
+private:
+    QElapsedTimer m_since;
+};
+
+// The window that a box belongs to: one that outlives it, also while the user
+// is in another program.
+QWidget *Owner()
+{
+    if (QWidget *modal = QApplication::activeModalWidget())
+        return modal;
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (window->isVisible() && window->windowType() == Qt::Window && !window->testAttribute(Qt::WA_DeleteOnClose))
+            return window;
+    }
+    return nullptr;
+}
+
+QString IconKey(int style)
+{
+    switch (style & ~0xF) {
+    case CriticalMessage: return u"Critical"_s;
+    case QuestionMessage & ~0xF: return u"Question"_s;
+    case ExclamationMessage: return u"Exclamation"_s;
+    case InformationMessage: return u"Information"_s;
+    default: return {};
+    }
+}
+
 class MessageBoxes : public MessagePort {
 public:
-    int Show(const QString &text, int style) override
+    int Show(const QString &text, int style) override { return Run(text, style, false); }
+    int ShowUnasked(const QString &text, int style) override { return Run(text, style, true); }
+
+private:
+    int Run(const QString &text, int style, bool isUnasked)
     {
-        QMessageBox box(QApplication::activeWindow());
-        box.setWindowTitle(ApplicationTitle);
+        // The owner may go, and the box with it, while it is open.
+        const QPointer<QMessageBox> box = new QMessageBox(Owner());
+        box->setWindowTitle(ApplicationTitle);
         // A text from a file or a server must not be taken for markup.
-        box.setTextFormat(Qt::PlainText);
-        box.setText(Common::ShownText(text));
-        switch (style & ~0xF) {
-        case CriticalMessage: box.setIcon(QMessageBox::Critical); break;
-        case QuestionMessage & ~0xF: box.setIcon(QMessageBox::Question); break;
-        case ExclamationMessage: box.setIcon(QMessageBox::Warning); break;
-        case InformationMessage: box.setIcon(QMessageBox::Information); break;
-        default: break;
-        }
+        box->setTextFormat(Qt::PlainText);
+        box->setText(Common::ShownText(text));
+        if (!IconKey(style).isEmpty())
+            box->setIconPixmap(Artwork::MessageIcon(IconKey(style)).pixmap(QSize(IconSize, IconSize), box->devicePixelRatioF()));
         const bool asks = style == QuestionMessage;
-        box.setStandardButtons(asks ? QMessageBox::Yes | QMessageBox::No : QMessageBox::StandardButtons(QMessageBox::Ok));
-        box.setDefaultButton(asks ? QMessageBox::Yes : QMessageBox::Ok);
-        switch (box.exec()) {
+        box->setStandardButtons(asks ? QMessageBox::Yes | QMessageBox::No : QMessageBox::StandardButtons(QMessageBox::Ok));
+        box->setDefaultButton(asks ? QMessageBox::Yes : QMessageBox::Ok);
+        for (QAbstractButton *button : box->buttons())
+            button->setIcon({});
+        if (isUnasked) {
+            new Deafness(box);
+            QApplication::alert(box);
+        }
+        const int answer = box->exec();
+        delete box;
+        switch (answer) {
         case QMessageBox::Yes: return AnswerYes;
         case QMessageBox::No: return AnswerNo;
         default: return asks ? AnswerNo : AnswerOK;
@@ -58,4 +123,9 @@ int ShowMessage(const QString &text, int style, const QVariantList &values)
     if (text.isEmpty())
         return NoAnswer;
     return CurrentMessagePort().Show(Common::FormatText(text, values, Common::LineBreakMarker::Exact), style);
+}
+
+int ShowUnaskedMessage(const QString &text, int style, const QVariantList &values)
+{
+    return CurrentMessagePort().ShowUnasked(Common::FormatText(text, values, Common::LineBreakMarker::Exact), style);
 }

@@ -25,6 +25,9 @@ public:
     virtual ~MessagePort() = default;
     // Shows the text, as plain text, and waits for a button.
     virtual int Show(const QString &text, int style) = 0;
+    // The same for a box that the user has not asked for: a key that was meant
+    // for the window below must not answer it.
+    virtual int ShowUnasked(const QString &text, int style) { return Show(text, style); }
 };
 
 // The port in use, and another one in its place; null for the real boxes.
@@ -34,3 +37,4 @@ void SetMessagePort(MessagePort *port);
 // Expands the template ("{CRLF}" in capitals only) and shows the result; the
 // button pressed. An empty template shows nothing and gives NoAnswer.
 int ShowMessage(const QString &text, int style, const QVariantList &values = {});
+int ShowUnaskedMessage(const QString &text, int style, const QVariantList &values = {});

@@ -10,6 +10,13 @@
 
 using namespace Qt::Literals::StringLiterals;
 
+namespace {
+
+constexpr qsizetype LongestRun = 1000; // characters
+constexpr QChar ZeroWidthSpace(0x200B);
+
+}
+
 TextBlock::TextBlock(QWidget *parent)
     : QLabel(parent)
 {
@@ -29,9 +36,28 @@ void TextBlock::SetText(const QString &text)
     setText(shown);
     QString lines = shown;
     lines.replace(u"\r\n"_s, u"\n"_s).replace(u'\r', u'\n').replace(u'\n', QChar::LineSeparator);
-    m_layout.setText(lines);
+    m_layout.setText(Breakable(lines));
     m_width = -1;
     update();
+}
+
+QString TextBlock::Breakable(const QString &text)
+{
+    QString result;
+    qsizetype copied = 0;
+    qsizetype run = 0;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text.at(i);
+        if (c == u' ' || c == u'\n' || c == u'\t' || c == QChar::LineSeparator) {
+            run = 0;
+        } else if (++run > LongestRun && !c.isLowSurrogate()) {
+            result += QStringView(text).mid(copied, i - copied);
+            result += ZeroWidthSpace;
+            copied = i;
+            run = 1;
+        }
+    }
+    return copied == 0 ? text : result + text.mid(copied);
 }
 
 void TextBlock::SetInsets(int left, int top)

@@ -12,6 +12,9 @@ public:
     explicit TextBlock(QWidget *parent = nullptr);
 
     void SetText(const QString &text);
+    // The text with invisible places to break inside what is unreasonably long
+    // without one: laying that out costs the square of its length.
+    static QString Breakable(const QString &text);
     // Room to the left of the lines and above the first one, in pixels, part of
     // the width and the height.
     void SetInsets(int left, int top);

@@ -34,6 +34,14 @@ void Apply(QApplication &application)
     application.setPalette(palette);
 }
 
+void ShowThumb(QWidget *scrollBar)
+{
+    QPalette palette = scrollBar->palette();
+    palette.setColor(QPalette::Button, QColor(186, 198, 212));
+    palette.setColor(QPalette::Window, QColor(236, 240, 245));
+    scrollBar->setPalette(palette);
+}
+
 void ScaleFont(QWidget *widget, double factor, int weight)
 {
     QFont font = widget->font();

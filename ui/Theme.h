@@ -17,8 +17,11 @@ constexpr QColor CorrectText(0, 128, 0);
 constexpr QColor IncorrectText(255, 0, 0);
 constexpr QColor Line(198, 207, 218);
 
-// Gives the application style, palette and icon behaviour.
+// Gives the application its style and palette.
 void Apply(QApplication &application);
+
+// A scroll bar whose thumb stands out from its groove.
+void ShowThumb(QWidget *scrollBar);
 
 // The widget's font, larger by the factor, in that weight of QFont::Weight.
 void ScaleFont(QWidget *widget, double factor, int weight = 400);

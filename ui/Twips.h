@@ -22,6 +22,12 @@ constexpr double Of(int pixels)
     return pixels * PerPixel;
 }
 
+// The left edge of what stands in the middle of a container.
+constexpr double Centred(double innerWidth, double width)
+{
+    return (innerWidth - width) / 2;
+}
+
 // A rectangle in twips.
 struct Box {
     double Left = 0;

@@ -152,10 +152,8 @@ TEST(ExamTest, MoreItemsThanTheCounterHolds)
         const QByteArray promised(reinterpret_cast<const char *>(&count), 4);
         const QString path = Written(QByteArray(18, '\0') + promised + item.repeated(count));
         Exam exam;
-        exam.Load(path);
-        EXPECT_EQ(exam.Questions().Count(), count);
         const bool over = count > 32'767;
-        EXPECT_EQ(ResultOf([&] { exam.CalculateScore(); }), over ? u"6 "_s : u"none"_s);
-        EXPECT_EQ(ResultOf([&] { exam.Load(path); }), over ? u"6 Exam::Save()"_s : u"none"_s);
+        EXPECT_EQ(ResultOf([&] { exam.Load(path); }), over ? u"6 Exam::Save()"_s : u"none"_s) << count;
+        EXPECT_EQ(ResultOf([&] { exam.CalculateScore(); }), over ? u"6 "_s : u"none"_s) << count;
     }
 }

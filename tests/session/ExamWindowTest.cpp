@@ -9,6 +9,7 @@
 
 #include <QCheckBox>
 #include <QFrame>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -91,6 +92,10 @@ TEST_F(ExamWindowTest, RowsByMouseAndKeyboard)
         { u"a letter without a row"_s, [&] { QTest::keyClick(&Window, Qt::Key_D); }, u".x."_s },
         { u"a capital letter"_s, [&] { QTest::keyClick(&Window, Qt::Key_C, Qt::ShiftModifier); }, u"..x"_s },
         { u"a letter with Control"_s, [&] { QTest::keyClick(&Window, Qt::Key_A, Qt::ControlModifier); }, u"..x"_s },
+        { u"a letter held down"_s, [&] {
+             QKeyEvent repeated(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier, u"a"_s, true);
+             QCoreApplication::sendEvent(&Window, &repeated);
+         }, u"..x"_s },
         { u"Space"_s, [&] { QTest::keyClick(Row(radio, 1), Qt::Key_Space); }, u"x.."_s },
     };
     for (const Step &step : steps) {
@@ -159,8 +164,8 @@ TEST_F(ExamWindowTest, TextSize)
     }
     EXPECT_GT(Row(u"optChoices"_s, 1)->y(), top) << "the rows make room";
     Click(&Window, u"cmdNext"_s);
-    for (const QWidget *text : { Find<QWidget>(&Window, u"lblQuestion"_s), Find<QWidget>(&Window, u"lblChoices26"_s),
-                                 Find<QWidget>(&Window, u"optChoices26"_s) })
+    for (const QWidget *text : { Find<QWidget>(&Window, u"lblQuestion"_s), Find<QWidget>(&Window, u"lblChoices1"_s),
+                                 Find<QWidget>(&Window, u"optChoices1"_s), Find<QWidget>(&Window, u"optChoices26"_s) })
         EXPECT_NEAR(text->font().pointSizeF(), normal * 2.6, 0.05) << text->objectName().toStdString() << " on the next item";
 }
 
@@ -234,10 +239,12 @@ TEST_F(ExamWindowTest, Scrolling)
     EXPECT_EQ(Bar->value(), value) << "and the bar stays where it is";
     Bar->setValue(value + 15);
     EXPECT_EQ(Content->y(), Frame->contentsRect().top() - (value + 15 + 7) / 15) << "until it is moved";
-    Click(&Window, u"cmdNext"_s);
-    EXPECT_EQ(Bar->value(), 0);
-    EXPECT_EQ(Content->y(), Frame->contentsRect().top());
-    EXPECT_FALSE(Bar->isEnabled());
+    for (const qint16 item : { 2, 3 }) {
+        Window.Session().GotoQuestion(item);
+        EXPECT_EQ(Bar->value(), 0) << item;
+        EXPECT_EQ(Content->y(), Frame->contentsRect().top()) << item;
+        EXPECT_EQ(Bar->isEnabled(), item == 2);
+    }
 }
 
 TEST_F(ExamWindowTest, PanelIsDraggedAndReturns)

@@ -321,7 +321,7 @@ TEST_F(SessionTest, Countdown)
         EXPECT_EQ(Port.Log, (QStringList { u"no clock"_s, TimeQuestion, u"report"_s, u"no clock"_s }));
         EXPECT_TRUE(isEnded) << "before the report";
         EXPECT_EQ(saved, u""_s) << "what was on the page does not count";
-        EXPECT_EQ(Page(), u"1(X::m"_s);
+        EXPECT_EQ(Page() + Session.Page().Status, u"1(:::INCORRECT"_s) << "nor does it stay there";
         EXPECT_TRUE(Session.Page().IsPostExam);
         EXPECT_FALSE(Session.Page().CanMark);
         Tick(3);

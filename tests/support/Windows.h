@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/ExpectError.h"
+
 #include <QAbstractButton>
 #include <QApplication>
 #include <QTest>

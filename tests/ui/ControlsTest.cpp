@@ -233,12 +233,27 @@ TEST(TextBlockTest, WrapsAnything)
         EXPECT_NEAR(block.HeightForWidth(wide), row.Lines * line, row.Lines * 0.1 + 1) << row.Text.left(30).toStdString();
         EXPECT_LE(block.HeightForWidth(wide * 2), block.HeightForWidth(wide));
     }
+    // This size would hang were each line's time to grow with the text.
+    block.SetText(u"M"_s.repeated(1'000'000));
+    EXPECT_NEAR(block.HeightForWidth(wide), 50'000 * line, 5'000 * 1.0);
     block.SetText(u"M"_s.repeated(100));
     const int plain = block.HeightForWidth(wide);
     block.SetInsets(wide / 2, 33);
     EXPECT_NEAR(block.HeightForWidth(wide), plain * 2 + 33, 3) << "the insets are part of the size";
     Theme::ScaleFont(&block, 2);
     EXPECT_GT(block.HeightForWidth(wide), plain * 4) << "a larger font is laid out anew";
+}
+
+TEST(TextBlockTest, LongRunsAreBreakable)
+{
+    const QString run(1'000, u'x');
+    const QString gap(QChar(0x200B));
+    const QString pair = u"\U0001F600"_s;
+    struct Row { QString Text, Expected; };
+    for (const Row &row : { Row{ run, run }, Row{ run + u' ' + run, run + u' ' + run }, Row{ run + u'y', run + gap + u'y' },
+                            Row{ run + run + run + u'y', run + gap + run + gap + run + gap + u'y' },
+                            Row{ run.left(999) + pair, run.left(999) + pair }, Row{ run + pair, run + gap + pair } })
+        EXPECT_EQ(TextBlock::Breakable(row.Text), row.Expected) << row.Text.size();
 }
 
 TEST(TextBlockTest, PaintsWhatLooksLikeMarkup)

@@ -2,6 +2,7 @@
 
 #include "service/Clock.h"
 
+#include <QByteArray>
 #include <QHash>
 #include <QString>
 
@@ -13,7 +14,7 @@
 // time. An attempt that comes too early is refused at once, so nobody waits for
 // somebody else. Unknown users count like known ones. May be used by several
 // threads.
-class Guard {
+class GuessGuard {
 public:
     struct Rule {
         int Free; // attempts without a wait
@@ -28,9 +29,9 @@ public:
         qsizetype MostEntries = 10'000;
     };
 
-    Guard(MonotonicClock clock, Limits limits);
-    explicit Guard(MonotonicClock clock)
-        : Guard(std::move(clock), Limits())
+    GuessGuard(MonotonicClock clock, Limits limits);
+    explicit GuessGuard(MonotonicClock clock)
+        : GuessGuard(std::move(clock), Limits())
     {
     }
 
@@ -45,10 +46,10 @@ private:
         int Attempts = 0;
         std::chrono::milliseconds Until{ 0 };
     };
-    using Table = QHash<QString, Entry>;
+    using Table = QHash<QByteArray, Entry>;
 
-    std::chrono::milliseconds Wait(const Table &table, const QString &name) const;
-    void Count(Table &table, const QString &name, const Rule &rule) const;
+    std::chrono::milliseconds Wait(const Table &table, const QByteArray &name) const;
+    void Count(Table &table, const QByteArray &name, const Rule &rule) const;
 
     MonotonicClock m_clock;
     Limits m_limits;

@@ -1,4 +1,6 @@
-#include "service/Guard.h"
+#include "service/GuessGuard.h"
+
+#include <QCryptographicHash>
 
 #include <algorithm>
 
@@ -6,28 +8,34 @@ using std::chrono::milliseconds;
 
 namespace {
 
-milliseconds WaitAfter(int attempts, const Guard::Rule &rule)
+milliseconds WaitAfter(int attempts, const GuessGuard::Rule &rule)
 {
     if (attempts < rule.Free)
         return milliseconds(0);
     const int doublings = std::min(attempts - rule.Free, 30);
-    return std::min(rule.First * (1LL << doublings), rule.Longest);
+    return std::min<milliseconds>(rule.First * (1LL << doublings), rule.Longest);
+}
+
+// A stranger chooses the name, and may choose a long one.
+QByteArray KeyOf(const QString &name)
+{
+    return QCryptographicHash::hash(name.toUtf8(), QCryptographicHash::Sha256);
 }
 
 }
 
-Guard::Guard(MonotonicClock clock, Limits limits)
+GuessGuard::GuessGuard(MonotonicClock clock, Limits limits)
     : m_clock(std::move(clock))
     , m_limits(limits)
 {
 }
 
-milliseconds Guard::Wait(const Table &table, const QString &name) const
+milliseconds GuessGuard::Wait(const Table &table, const QByteArray &name) const
 {
     return table.value(name).Until - m_clock();
 }
 
-void Guard::Count(Table &table, const QString &name, const Rule &rule) const
+void GuessGuard::Count(Table &table, const QByteArray &name, const Rule &rule) const
 {
     const auto now = m_clock();
     const auto isForgotten = [&](const Entry &entry) { return now - entry.Until >= rule.Forgotten; };
@@ -44,27 +52,29 @@ void Guard::Count(Table &table, const QString &name, const Rule &rule) const
     entry.Until = now + WaitAfter(entry.Attempts, rule);
 }
 
-std::optional<milliseconds> Guard::Admit(const QString &user, const QString &address)
+std::optional<milliseconds> GuessGuard::Admit(const QString &user, const QString &address)
 {
+    const QByteArray userKey = KeyOf(user);
+    const QByteArray addressKey = KeyOf(address);
     const std::lock_guard lock(m_mutex);
-    const auto wait = std::max(Wait(m_users, user), Wait(m_addresses, address));
+    const auto wait = std::max(Wait(m_users, userKey), Wait(m_addresses, addressKey));
     if (wait > milliseconds(0))
         return wait;
-    Count(m_users, user, m_limits.User);
-    Count(m_addresses, address, m_limits.Address);
+    Count(m_users, userKey, m_limits.User);
+    Count(m_addresses, addressKey, m_limits.Address);
     return {};
 }
 
-void Guard::Succeeded(const QString &user, const QString &address)
+void GuessGuard::Succeeded(const QString &user, const QString &address)
 {
     const std::lock_guard lock(m_mutex);
-    m_users.remove(user);
-    const auto entry = m_addresses.find(address);
+    m_users.remove(KeyOf(user));
+    const auto entry = m_addresses.find(KeyOf(address));
     if (entry == m_addresses.end())
         return;
     // Not forgotten: a guesser may have a password of his own.
     if (--entry->Attempts == 0)
         m_addresses.erase(entry);
     else
-        entry->Until = m_clock();
+        entry->Until = std::min(entry->Until, m_clock() + WaitAfter(entry->Attempts, m_limits.Address));
 }

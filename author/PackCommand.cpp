@@ -1,0 +1,46 @@
+#include "author/Command.h"
+#include "author/Interrupt.h"
+#include "pack/PackFormat.h"
+#include "pack/Packer.h"
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+const QString Notes = uR"(
+FILE is a program for this kind of system that needs nothing else to be there.
+Run without arguments it installs the exam into the exams folder of the user
+who runs it, in place of the exam of that name if there is one. A FILE that did
+not come whole, or that anything of was changed, installs nothing. FILE appears
+whole or not at all.
+
+FOLDER holds the exam file named after it, which must load, and besides
+nothing but regular files: at most %1, with names of at most %2 bytes that
+neither begin with a dot or a blank, nor end with one, nor hold control
+characters or any of / \ : * ? " < > |.
+
+The exit code is 0, 2 for wrong usage, otherwise 1.
+)"_s;
+
+}
+
+int Command::Pack(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(u"Makes a program that installs the package it holds."_s);
+    parser.addPositionalArgument(u"FOLDER"_s, u"The package folder, named as it is to be installed."_s);
+    parser.addOptions({
+        { u"out"_s, u"The program to make."_s, u"FILE"_s },
+        { u"replace"_s, u"Replace a file that is there already."_s },
+    });
+    if (const auto code = Parse(parser, arguments, Notes.arg(PackFormat::MostFiles).arg(PackFormat::LongestName)))
+        return *code;
+    if (parser.positionalArguments().size() != 1)
+        return Misused(u"one package folder is wanted"_s);
+    if (parser.value(u"out"_s).isEmpty())
+        return Misused(u"--out is missing"_s);
+
+    const Interrupt interrupt;
+    Packer::Write(parser.positionalArguments().first(), parser.value(u"out"_s), parser.isSet(u"replace"_s), Interrupt::Check);
+    return Success;
+}

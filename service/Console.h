@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+// What the program says, in UTF-8 and one line at a time.
+namespace Console {
+
+void Print(const QString &line);
+void Complain(const QString &line);
+
+// Brings what was printed out; false when it did not arrive, because a disk is
+// full or nobody reads any more.
+bool Flush();
+
+// A text with a blank for every line break and control character: reports come
+// from strangers.
+QString OneLine(QString text);
+
+}

@@ -1,0 +1,338 @@
+#include "service/HttpServer.h"
+
+#include "common/Error.h"
+
+#include <microhttpd.h>
+
+#include <QFile>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <mutex>
+#include <set>
+
+#include <fcntl.h>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr const char *Path = "/PackCourier.asp";
+constexpr unsigned Threads = 4;
+constexpr size_t HeaderMemory = 32 * 1024;
+// A body that is too long is still read to its end, up to here: who is cut off
+// while sending never sees the answer.
+constexpr qsizetype LongestSwallowed = 1024 * 1024;
+
+struct AddressList {
+    addrinfo *First = nullptr;
+    ~AddressList()
+    {
+        if (First)
+            freeaddrinfo(First);
+    }
+};
+
+// A home has one IPv4 address but a whole IPv6 network.
+QString NetworkOf(const sockaddr *address)
+{
+    std::array<uchar, 16> bytes{};
+    if (address->sa_family == AF_INET) {
+        sockaddr_in ip;
+        std::memcpy(&ip, address, sizeof ip);
+        std::memcpy(bytes.data(), &ip.sin_addr, 4);
+        return QString::fromLatin1(QByteArray::fromRawData(reinterpret_cast<char *>(bytes.data()), 4).toHex());
+    }
+    sockaddr_in6 ip;
+    std::memcpy(&ip, address, sizeof ip);
+    std::memcpy(bytes.data(), &ip.sin6_addr, 16);
+    if (IN6_IS_ADDR_V4MAPPED(&ip.sin6_addr))
+        return QString::fromLatin1(QByteArray::fromRawData(reinterpret_cast<char *>(bytes.data() + 12), 4).toHex());
+    return QString::fromLatin1(QByteArray::fromRawData(reinterpret_cast<char *>(bytes.data()), 8).toHex());
+}
+
+// The descriptor of a pack and its size; a negative descriptor for none. A
+// symbolic link is none, and neither is anything that is no file.
+std::pair<int, quint64> OpenPack(const QString &folder, const QString &exam)
+{
+    const QByteArray path = QFile::encodeName(u"%1/%2.exe"_s.arg(folder, exam));
+    const int file = ::open(path.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
+    struct stat status;
+    if (file >= 0 && ::fstat(file, &status) == 0 && S_ISREG(status.st_mode))
+        return { file, static_cast<quint64>(status.st_size) };
+    if (file >= 0)
+        ::close(file);
+    return { -1, 0 };
+}
+
+QString Argument(MHD_Connection *connection, const char *name)
+{
+    const char *value = nullptr;
+    size_t size = 0;
+    MHD_lookup_connection_value_n(connection, MHD_GET_ARGUMENT_KIND, name, std::strlen(name), &value, &size);
+    return QString::fromUtf8(value, value ? static_cast<qsizetype>(size) : 0);
+}
+
+MHD_Result Send(MHD_Connection *connection, unsigned status, MHD_Response *response, const char *type)
+{
+    if (!response)
+        return MHD_NO;
+    MHD_add_response_header(response, MHD_HTTP_HEADER_CONTENT_TYPE, type);
+    MHD_add_response_header(response, MHD_HTTP_HEADER_CACHE_CONTROL, "no-store");
+    MHD_add_response_header(response, MHD_HTTP_HEADER_ACCEPT_RANGES, "none");
+    if (status == MHD_HTTP_METHOD_NOT_ALLOWED)
+        MHD_add_response_header(response, MHD_HTTP_HEADER_ALLOW, "GET, HEAD, POST");
+    const MHD_Result result = MHD_queue_response(connection, status, response);
+    MHD_destroy_response(response);
+    return result;
+}
+
+MHD_Result SendText(MHD_Connection *connection, unsigned status, const QByteArray &text)
+{
+    // The library only reads from a text that it is to copy.
+    void *bytes = const_cast<char *>(text.constData());
+    return Send(connection, status,
+                MHD_create_response_from_buffer(static_cast<size_t>(text.size()), bytes, MHD_RESPMEM_MUST_COPY), "text/plain");
+}
+
+}
+
+struct HttpServer::Daemon {
+    // One connection; it is receiving unless an answer is on its way.
+    struct Socket {
+        int Descriptor;
+        bool IsReceiving = true;
+        std::chrono::milliseconds Since;
+    };
+    struct Request {
+        QByteArray Body;
+        qsizetype Received = 0;
+        std::optional<Sessions::Use> Session;
+    };
+
+    Daemon(::Responder &responder, const HttpServer::Options &options, MonotonicClock clock)
+        : m_responder(responder)
+        , m_options(options)
+        , m_clock(std::move(clock))
+    {
+        Start();
+    }
+    ~Daemon() { MHD_stop_daemon(m_daemon); }
+    Daemon(const Daemon &) = delete;
+    Daemon &operator=(const Daemon &) = delete;
+
+    QString Endpoint() const
+    {
+        const auto port = MHD_get_daemon_info(m_daemon, MHD_DAEMON_INFO_BIND_PORT)->port;
+        const bool isIPv6 = m_options.Address.contains(u':');
+        return u"%1://%2:%3%4"_s.arg(m_options.Certificate.isEmpty() ? u"http"_s : u"https"_s,
+                                     isIPv6 ? u'[' + m_options.Address + u']' : m_options.Address)
+            .arg(port).arg(QLatin1StringView(Path));
+    }
+
+    void CloseOverdue()
+    {
+        const std::lock_guard lock(m_mutex);
+        const auto now = m_clock();
+        for (const Socket *socket : m_sockets) {
+            if (socket->IsReceiving && now - socket->Since >= m_options.RequestTime)
+                ::shutdown(socket->Descriptor, SHUT_RDWR);
+        }
+    }
+
+private:
+    void Start();
+    MHD_Result Receive(MHD_Connection *connection, const char *path, const char *method, const char *bytes, size_t *size,
+                       Request *&request);
+    MHD_Result Answer(MHD_Connection *connection, const char *path, QByteArrayView method, Request &request);
+    MHD_Result AnswerGet(MHD_Connection *connection, Request &request);
+    void Mark(MHD_Connection *connection, bool isReceiving);
+    void Notify(MHD_Connection *connection, void **socket, MHD_ConnectionNotificationCode code);
+
+    static void Log(void *self, const char *format, va_list arguments);
+
+    ::Responder &m_responder;
+    const HttpServer::Options m_options;
+    MonotonicClock m_clock;
+    MHD_Daemon *m_daemon = nullptr;
+
+    std::mutex m_mutex;
+    bool m_hasStarted = false;
+    QString m_lastWords; // of the library
+    std::set<Socket *> m_sockets; // which they leave before they are closed
+};
+
+// Said by the library why it cannot start. Later it only tells what strangers
+// did wrong.
+void HttpServer::Daemon::Log(void *self, const char *format, va_list arguments)
+{
+    auto *daemon = static_cast<Daemon *>(self);
+    const std::lock_guard lock(daemon->m_mutex);
+    if (!daemon->m_hasStarted)
+        daemon->m_lastWords = QString::vasprintf(format, arguments).trimmed();
+}
+
+void HttpServer::Daemon::Start()
+{
+    AddressList addresses;
+    const addrinfo hints = { AI_NUMERICHOST | AI_NUMERICSERV | AI_PASSIVE, AF_UNSPEC, SOCK_STREAM, 0, 0, nullptr, nullptr, nullptr };
+    if (getaddrinfo(m_options.Address.toLatin1().constData(), QByteArray::number(m_options.Port).constData(), &hints, &addresses.First) != 0)
+        throw Error(InvalidCall, u"\"%1\" is no address"_s.arg(m_options.Address), u"HttpServer::Start()"_s);
+
+    const bool isSecure = !m_options.Certificate.isEmpty();
+    unsigned flags = MHD_USE_EPOLL_INTERNAL_THREAD | MHD_USE_ERROR_LOG;
+    if (addresses.First->ai_family == AF_INET6)
+        flags |= MHD_USE_IPv6;
+    if (isSecure)
+        flags |= MHD_USE_TLS;
+
+    const auto onMessage = [](void *self, MHD_Connection *connection, const char *path, const char *method, const char *,
+                              const char *bytes, size_t *size, void **request) {
+        return static_cast<Daemon *>(self)->Receive(connection, path, method, bytes, size, *reinterpret_cast<Request **>(request));
+    };
+    const auto onEnd = [](void *self, MHD_Connection *connection, void **request, MHD_RequestTerminationCode) {
+        delete static_cast<Request *>(*request);
+        *request = nullptr;
+        static_cast<Daemon *>(self)->Mark(connection, true);
+    };
+    const auto onConnection = [](void *self, MHD_Connection *connection, void **socket, MHD_ConnectionNotificationCode code) {
+        static_cast<Daemon *>(self)->Notify(connection, socket, code);
+    };
+    const MHD_OptionItem security[] = {
+        { MHD_OPTION_HTTPS_MEM_CERT, 0, const_cast<char *>(m_options.Certificate.constData()) },
+        { MHD_OPTION_HTTPS_MEM_KEY, 0, const_cast<char *>(m_options.Key.constData()) },
+        { MHD_OPTION_HTTPS_PRIORITIES, 0, const_cast<char *>("NORMAL:-VERS-TLS1.0:-VERS-TLS1.1") },
+        { MHD_OPTION_END, 0, nullptr },
+    };
+    const MHD_OptionItem none[] = { { MHD_OPTION_END, 0, nullptr } };
+
+    // The log comes first: it is to hear of the other options.
+    m_daemon = MHD_start_daemon(
+        flags, m_options.Port, nullptr, nullptr, static_cast<MHD_AccessHandlerCallback>(onMessage), this,
+        MHD_OPTION_EXTERNAL_LOGGER, &Daemon::Log, this,
+        MHD_OPTION_SOCK_ADDR, addresses.First->ai_addr,
+        MHD_OPTION_THREAD_POOL_SIZE, Threads,
+        MHD_OPTION_CONNECTION_LIMIT, std::max(m_options.Connections, Threads),
+        MHD_OPTION_PER_IP_CONNECTION_LIMIT, m_options.ConnectionsOfOneAddress,
+        MHD_OPTION_CONNECTION_MEMORY_LIMIT, HeaderMemory,
+        MHD_OPTION_CONNECTION_TIMEOUT, static_cast<unsigned>(m_options.Silence.count()),
+        MHD_OPTION_STRICT_FOR_CLIENT, 1,
+        MHD_OPTION_NOTIFY_COMPLETED, static_cast<MHD_RequestCompletedCallback>(onEnd), this,
+        MHD_OPTION_NOTIFY_CONNECTION, static_cast<MHD_NotifyConnectionCallback>(onConnection), this,
+        MHD_OPTION_ARRAY, isSecure ? security : none,
+        MHD_OPTION_END);
+    const std::lock_guard lock(m_mutex);
+    m_hasStarted = true;
+    if (!m_daemon)
+        throw Error(InvalidCall, m_lastWords.isEmpty() ? u"The service cannot be started"_s : m_lastWords, u"HttpServer::Start()"_s);
+}
+
+void HttpServer::Daemon::Notify(MHD_Connection *connection, void **socket, MHD_ConnectionNotificationCode code)
+{
+    const std::lock_guard lock(m_mutex);
+    if (code == MHD_CONNECTION_NOTIFY_STARTED) {
+        const int descriptor = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
+        *socket = *m_sockets.insert(new Socket{ descriptor, true, m_clock() }).first;
+    } else {
+        auto *closed = static_cast<Socket *>(*socket);
+        m_sockets.erase(closed);
+        delete closed;
+    }
+}
+
+void HttpServer::Daemon::Mark(MHD_Connection *connection, bool isReceiving)
+{
+    auto *socket = static_cast<Socket *>(MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT)->socket_context);
+    const std::lock_guard lock(m_mutex);
+    socket->IsReceiving = isReceiving;
+    socket->Since = m_clock();
+}
+
+// Called once with the headers, then with each piece of the body, and at last
+// without one.
+MHD_Result HttpServer::Daemon::Receive(MHD_Connection *connection, const char *path, const char *method, const char *bytes,
+                                   size_t *size, Request *&request)
+{
+    try {
+        if (!request) {
+            request = new Request;
+            const char *length = MHD_lookup_connection_value(connection, MHD_HEADER_KIND, MHD_HTTP_HEADER_CONTENT_LENGTH);
+            if (length && QByteArrayView(length).toULongLong() > quint64(LongestSwallowed))
+                return SendText(connection, MHD_HTTP_CONTENT_TOO_LARGE, "The message is too long.\n");
+            return MHD_YES;
+        }
+        if (*size > 0) {
+            request->Received += static_cast<qsizetype>(*size);
+            if (request->Received > LongestSwallowed)
+                return MHD_NO;
+            if (request->Received <= LongestBody)
+                request->Body.append(bytes, static_cast<qsizetype>(*size));
+            *size = 0;
+            return MHD_YES;
+        }
+        Mark(connection, false);
+        return Answer(connection, path, method, *request);
+    } catch (const std::exception &error) {
+        qWarning("%s", error.what());
+        return SendText(connection, MHD_HTTP_INTERNAL_SERVER_ERROR, "The service has a problem of its own.\n");
+    }
+}
+
+MHD_Result HttpServer::Daemon::Answer(MHD_Connection *connection, const char *path, QByteArrayView method, Request &request)
+{
+    if (request.Received > LongestBody)
+        return SendText(connection, MHD_HTTP_CONTENT_TOO_LARGE, "The message is too long.\n");
+    if (std::strcmp(path, Path) != 0)
+        return SendText(connection, MHD_HTTP_NOT_FOUND, "There is nothing here.\n");
+    if (method == QByteArrayView("POST")) {
+        const sockaddr *client = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS)->client_addr;
+        return SendText(connection, MHD_HTTP_OK, m_responder.Answer(request.Body, NetworkOf(client)));
+    }
+    if (method == QByteArrayView("GET") || method == QByteArrayView("HEAD"))
+        return AnswerGet(connection, request);
+    return SendText(connection, MHD_HTTP_METHOD_NOT_ALLOWED, "GET, HEAD or POST.\n");
+}
+
+MHD_Result HttpServer::Daemon::AnswerGet(MHD_Connection *connection, Request &request)
+{
+    const QString exam = Argument(connection, "eid");
+    Responder::Admission admission = m_responder.Admit(Argument(connection, "sid"), exam);
+    if (admission.Answer == Responder::Access::NoSession)
+        return SendText(connection, MHD_HTTP_FORBIDDEN, "You are not logged on, or not any more.\n");
+    if (!Store::IsExamId(exam))
+        return SendText(connection, MHD_HTTP_NOT_FOUND, "There is no such exam.\n");
+    if (admission.Answer == Responder::Access::NotBought)
+        return SendText(connection, MHD_HTTP_FORBIDDEN, "You do not have this exam.\n");
+    const auto [file, size] = OpenPack(m_options.Packs, exam);
+    if (file < 0)
+        return SendText(connection, MHD_HTTP_NOT_FOUND, "The pack of this exam is not there.\n");
+    MHD_Response *response = MHD_create_response_from_fd64(size, file);
+    if (!response)
+        ::close(file);
+    request.Session.emplace(*std::move(admission.Session));
+    return Send(connection, MHD_HTTP_OK, response, "application/octet-stream");
+}
+
+HttpServer::HttpServer(Responder &responder, const Options &options, MonotonicClock clock)
+    : m_daemon(std::make_unique<Daemon>(responder, options, std::move(clock)))
+{
+}
+
+HttpServer::~HttpServer() = default;
+
+QString HttpServer::Endpoint() const
+{
+    return m_daemon->Endpoint();
+}
+
+void HttpServer::CloseOverdue()
+{
+    m_daemon->CloseOverdue();
+}

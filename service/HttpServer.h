@@ -1,0 +1,49 @@
+#pragma once
+
+#include "service/Clock.h"
+#include "service/Responder.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <memory>
+
+// The service over HTTP. Everything is at one path: POST
+// with a message as the body, GET with "?sid=…&eid=…" for the pack EID.exe of
+// the packs' folder. It answers on threads of its own, from the construction
+// until the end of the object, which breaks off what is still being sent.
+class HttpServer {
+public:
+    struct Options {
+        QString Address = QStringLiteral("127.0.0.1");
+        quint16 Port = 0; // 0: any that is free
+        QString Packs; // the folder
+        // Texts in PEM format; without them it is HTTP, with them HTTPS.
+        QByteArray Certificate;
+        QByteArray Key;
+        // For a whole request to arrive, the handshake included.
+        std::chrono::milliseconds RequestTime = std::chrono::seconds(30);
+        // Without a byte in either direction.
+        std::chrono::seconds Silence{ 60 };
+        unsigned Connections = 512;
+        unsigned ConnectionsOfOneAddress = 64;
+    };
+    static constexpr qsizetype LongestBody = 64 * 1024;
+
+    // Raises an error when the service cannot be reached at the address.
+    HttpServer(Responder &responder, const Options &options, MonotonicClock clock = SystemClock());
+    ~HttpServer();
+    HttpServer(const HttpServer &) = delete;
+    HttpServer &operator=(const HttpServer &) = delete;
+
+    // The address of the service, such as "http://127.0.0.1:8080/PackCourier.asp".
+    QString Endpoint() const;
+
+    // Ends the connections whose request is not there in time; to be called
+    // every second or so, from any thread.
+    void CloseOverdue();
+
+private:
+    struct Daemon;
+    std::unique_ptr<Daemon> m_daemon;
+};

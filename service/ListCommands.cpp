@@ -1,0 +1,31 @@
+#include "service/Command.h"
+
+#include "service/Console.h"
+#include "service/Store.h"
+
+using namespace Qt::Literals::StringLiterals;
+
+int Command::ListUsers(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(u"Prints a line for each user: the user ID, a tab, and the exams parted by commas."_s);
+    if (const auto code = Parse(parser, arguments, 0, 0))
+        return *code;
+    const Store store(parser.value(u"database"_s));
+    for (const Store::User &user : store.Users())
+        Console::Print(user.Email + u'\t' + user.Exams.join(u','));
+    return Success;
+}
+
+int Command::ListReports(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(u"Prints a line for each report, parted by tabs: when it came (UTC), the user ID, the "
+                                     "exams parted by commas, and the candidate's own time."_s);
+    if (const auto code = Parse(parser, arguments, 0, 0))
+        return *code;
+    const Store store(parser.value(u"database"_s));
+    for (const Store::ReportLine &line : store.Reports())
+        Console::Print(QStringList{ line.Received, line.Email, Console::OneLine(line.Exams), Console::OneLine(line.Time) }.join(u'\t'));
+    return Success;
+}

@@ -1,0 +1,131 @@
+#include "service/Responder.h"
+
+#include "common/Ansi.h"
+#include "common/Error.h"
+#include "service/Password.h"
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+// What is the caller's fault, under the code and the text of the reply.
+class Refusal : public Error {
+public:
+    using Error::Error;
+};
+
+using Values = std::initializer_list<std::pair<QString, QString>>;
+
+MESSAGE Reply(const QString &command, const Values &values)
+{
+    MESSAGE reply;
+    reply.SetCommand(command);
+    for (const auto &[name, value] : values)
+        reply.Parameters().Add(name, value);
+    return reply;
+}
+
+MESSAGE ErrorReply(qint32 code, const QString &description)
+{
+    return Reply(u"ERROR"_s, { { u"code"_s, QString::number(code) }, { u"description"_s, description } });
+}
+
+QString ValueOf(const MESSAGE &request, const QString &name)
+{
+    const Parameters &parameters = request.Parameters();
+    if (parameters.GetIndex(name) > parameters.Count())
+        throw Refusal(Responder::MissingParameter, u"The parameter \"%1\" is missing."_s.arg(name));
+    return parameters.Item(name)->value();
+}
+
+}
+
+Responder::Responder(Store &store, Sessions &sessions, GuessGuard &guard)
+    : m_store(store)
+    , m_sessions(sessions)
+    , m_guard(guard)
+    , m_nobodysHash(Password::Hash(u"nobody"_s))
+{
+}
+
+MESSAGE Responder::Answer(const MESSAGE &request, const QString &address)
+{
+    try {
+        if (request.Command() == "LOGIN"_L1)
+            return LogIn(request, address);
+        if (request.Command() == "LIST"_L1)
+            return List(request);
+        if (request.Command() == "REPORT"_L1)
+            return Report(request);
+        return ErrorReply(UnknownCommand, u"The service does not know this command."_s);
+    } catch (const Refusal &refusal) {
+        return ErrorReply(refusal.Number(), refusal.Description());
+    } catch (const std::exception &error) {
+        qWarning("%s", error.what());
+        return ErrorReply(OwnFailure, u"The service has a problem of its own. Please try again later."_s);
+    }
+}
+
+QByteArray Responder::Answer(const QByteArray &request, const QString &address)
+{
+    MESSAGE reply;
+    try {
+        MESSAGE message;
+        message.UnPack(Ansi::ToText(request));
+        reply = Answer(message, address);
+    } catch (const Error &error) {
+        reply = ErrorReply(Undecodable, error.Description());
+    }
+    reply.Pack();
+    return Ansi::FromText(reply.Text());
+}
+
+MESSAGE Responder::LogIn(const MESSAGE &request, const QString &address)
+{
+    const QString email = Store::Folded(ValueOf(request, u"email"_s));
+    const QString password = ValueOf(request, u"pwd"_s);
+    if (const auto wait = m_guard.Admit(email, address)) {
+        const auto seconds = std::chrono::ceil<std::chrono::seconds>(*wait).count();
+        throw Refusal(TooOften, u"There were too many failed attempts. Please try again in %1 seconds."_s.arg(seconds));
+    }
+    const auto credentials = m_store.Find(email);
+    const bool isRight = Password::Matches(credentials ? credentials->PasswordHash : m_nobodysHash, password);
+    if (!credentials || !isRight)
+        return Reply(u"LOGIN"_s, { { u"status"_s, u"FAILED"_s } });
+    m_guard.Succeeded(email, address);
+    return Reply(u"LOGIN"_s, { { u"status"_s, u"OK"_s }, { u"sid"_s, m_sessions.Open(credentials->User) } });
+}
+
+Sessions::Use Responder::SessionOf(const MESSAGE &request)
+{
+    auto session = m_sessions.Find(ValueOf(request, u"sid"_s));
+    if (!session)
+        throw Refusal(BadSession, u"You are not logged on, or not any more. Please start again."_s);
+    return *std::move(session);
+}
+
+MESSAGE Responder::List(const MESSAGE &request)
+{
+    const auto session = SessionOf(request);
+    return Reply(u"LIST"_s, { { u"status"_s, u"OK"_s }, { u"data"_s, m_store.Exams(session.User()).join(u',') } });
+}
+
+MESSAGE Responder::Report(const MESSAGE &request)
+{
+    const QString exams = ValueOf(request, u"list"_s);
+    const QString time = ValueOf(request, u"time"_s);
+    const auto session = SessionOf(request);
+    if (!m_store.Record({ session.User(), session.Fingerprint(), exams, time }))
+        throw Refusal(TooOften, u"There were too many reports in one session."_s);
+    return Reply(u"REPORT"_s, { { u"status"_s, u"OK"_s } });
+}
+
+Responder::Admission Responder::Admit(const QString &session, const QString &exam)
+{
+    auto use = m_sessions.Find(session);
+    if (!use)
+        return { Access::NoSession, {} };
+    if (!m_store.HasExam(use->User(), exam))
+        return { Access::NotBought, {} };
+    return { Access::Granted, std::move(use) };
+}

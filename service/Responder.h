@@ -1,0 +1,56 @@
+#pragma once
+
+#include "download/Message.h"
+#include "service/GuessGuard.h"
+#include "service/Sessions.h"
+#include "service/Store.h"
+
+#include <QByteArray>
+
+#include <optional>
+
+// What the service answers, without the network: a message in, a message out.
+// May be used by several threads.
+class Responder {
+public:
+    // The codes of an ERROR reply.
+    enum ErrorCode : qint32 {
+        Undecodable = 400,
+        BadSession = 401,
+        UnknownCommand = 404,
+        MissingParameter = 422,
+        TooOften = 429,
+        OwnFailure = 500,
+    };
+
+    // All three have to outlive it.
+    Responder(Store &store, Sessions &sessions, GuessGuard &guard);
+
+    // The address tells who asks from who else asks. Never raises: what goes
+    // wrong is an ERROR reply.
+    MESSAGE Answer(const MESSAGE &request, const QString &address);
+    // The same for the bytes of both on the wire.
+    QByteArray Answer(const QByteArray &request, const QString &address);
+
+    enum class Access { Granted, NoSession, NotBought };
+    struct Admission {
+        Access Answer;
+        // Kept by whoever sends the pack, until it is sent.
+        std::optional<Sessions::Use> Session;
+    };
+    // Whether a session may fetch the pack of an exam.
+    Admission Admit(const QString &session, const QString &exam);
+
+private:
+    MESSAGE LogIn(const MESSAGE &request, const QString &address);
+    MESSAGE List(const MESSAGE &request);
+    MESSAGE Report(const MESSAGE &request);
+    Sessions::Use SessionOf(const MESSAGE &request);
+
+    Store &m_store;
+    Sessions &m_sessions;
+    GuessGuard &m_guard;
+    // Checked in place of the hash of a user who is not there, so that the
+    // time of an answer does not tell who is.
+    QByteArray m_nobodysHash;
+};

@@ -1,0 +1,84 @@
+#include "service/Command.h"
+
+#include "common/Error.h"
+#include "service/Console.h"
+#include "service/Responder.h"
+#include "service/HttpServer.h"
+#include "service/Signals.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+QByteArray ReadFile(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw Error(InvalidCall, u"%1: %2"_s.arg(path, file.errorString()), u"Command::Serve()"_s);
+    const QByteArray bytes = file.readAll();
+    if (bytes.isEmpty())
+        throw Error(InvalidCall, u"%1: is empty"_s.arg(path), u"Command::Serve()"_s);
+    return bytes;
+}
+
+void Describe(QCommandLineParser &parser)
+{
+    parser.setApplicationDescription(
+        u"Answers candidates until it gets SIGTERM or SIGINT. The first line on the standard output is the address, once "
+        "it can be reached. Users, exams and packs may change meanwhile; replace a pack by renaming a new one over it."_s);
+    parser.addOptions({
+        { u"packs"_s, u"The folder with the pack of each exam, EXAM.exe."_s, u"DIR"_s },
+        { u"address"_s, u"The IP address to listen on; 127.0.0.1 unless told otherwise."_s, u"ADDRESS"_s, u"127.0.0.1"_s },
+        { u"port"_s, u"The port to listen on; 0, any that is free, unless told otherwise."_s, u"PORT"_s, u"0"_s },
+        { u"certificate"_s, u"For HTTPS: a file in PEM format with the certificate and those up to its root."_s, u"FILE"_s },
+        { u"key"_s, u"For HTTPS: a file in PEM format with the certificate's key."_s, u"FILE"_s },
+    });
+}
+
+bool IsOfThisMachine(const QString &address)
+{
+    return address.startsWith("127."_L1) || address == "::1"_L1;
+}
+
+}
+
+int Command::Serve(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    Describe(parser);
+    if (const auto code = Parse(parser, arguments, 0, 0))
+        return *code;
+    HttpServer::Options options;
+    options.Packs = parser.value(u"packs"_s);
+    if (!QFileInfo(options.Packs).isDir())
+        return Misused(u"--packs must name a folder"_s);
+    options.Address = parser.value(u"address"_s);
+    bool isNumber = false;
+    options.Port = parser.value(u"port"_s).toUShort(&isNumber);
+    if (!isNumber)
+        return Misused(u"--port must be a number from 0 to 65535"_s);
+    if (parser.isSet(u"certificate"_s) != parser.isSet(u"key"_s))
+        return Misused(u"--certificate and --key belong together"_s);
+    if (parser.isSet(u"certificate"_s)) {
+        options.Certificate = ReadFile(parser.value(u"certificate"_s));
+        options.Key = ReadFile(parser.value(u"key"_s));
+    } else if (!IsOfThisMachine(options.Address)) {
+        Console::Complain(u"Without --certificate and --key, everybody on the way can read the passwords."_s);
+    }
+
+    Signals::Hold();
+    Store store(parser.value(u"database"_s));
+    Sessions sessions(SystemClock());
+    GuessGuard guard(SystemClock());
+    Responder responder(store, sessions, guard);
+    HttpServer server(responder, options);
+    Console::Print(server.Endpoint());
+    if (!Console::Flush())
+        return Failure;
+    while (!Signals::HasCome(std::chrono::seconds(1)))
+        server.CloseOverdue();
+    return Success;
+}

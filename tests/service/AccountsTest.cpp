@@ -1,0 +1,128 @@
+#include "tests/support/ExpectError.h"
+#include "tests/support/Sandbox.h"
+
+#include "service/Password.h"
+#include "service/Store.h"
+
+#include <QFile>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+using namespace Qt::Literals::StringLiterals;
+
+TEST(AccountsTest, PasswordsAreKeptUnderArgon2id)
+{
+    const QString password = u"caf\u00E9 & 100%; \u20AC"_s;
+    const QByteArray hash = Password::Hash(password, Password::LeastCost);
+    EXPECT_TRUE(hash.startsWith("$argon2id$v=19$")) << hash.toStdString();
+    EXPECT_NE(hash, Password::Hash(password, Password::LeastCost));
+    EXPECT_TRUE(Password::Matches(hash, password));
+    for (const QString &wrong : { password.left(5), password + u'x', u"cafe & 100%; \u20AC"_s, u""_s })
+        EXPECT_FALSE(Password::Matches(hash, wrong)) << wrong.toStdString();
+    for (const QByteArray &odd : { QByteArray(), QByteArray("$argon2id$"), hash.chopped(1), QByteArray(4096, '$') })
+        EXPECT_FALSE(Password::Matches(odd, password)) << odd.toStdString();
+}
+
+TEST(AccountsTest, OnlyWhatTheWindowCanSend)
+{
+    const std::vector<std::pair<QString, bool>> rows = {
+        { u"pass"_s, true }, { u"a b&c=d;%3B\u00E9\u20AC"_s, true }, { QString(1'000, u'x'), true },
+        { u""_s, false }, { u" pass"_s, false }, { u"pass "_s, false }, { u"pa\tss"_s, false }, { u"pass\u2192"_s, false },
+        { QString(1'001, u'x'), false },
+    };
+    for (const auto &[text, isSound] : rows) {
+        EXPECT_EQ(Password::Fault(text).isEmpty(), isSound) << text.toStdString();
+        EXPECT_EQ(Password::FaultOfUser(text).isEmpty(), isSound) << text.toStdString();
+    }
+}
+
+TEST(AccountsTest, ExamIds)
+{
+    const std::vector<std::pair<QString, bool>> rows = {
+        { u"NET-101"_s, true }, { u"101"_s, true }, { u"a_b.c"_s, true }, { QString(64, u'x'), true },
+        { QString(65, u'x'), false }, { u""_s, false }, { u"."_s, false }, { u".."_s, false }, { u".hidden"_s, false },
+        { u"a/b"_s, false }, { u"a\\b"_s, false }, { u"a b"_s, false }, { u"a,b"_s, false }, { u"a&b"_s, false }, { u"a%2Fb"_s, false },
+        { u"a:b"_s, false }, { u"\u00E9"_s, false }, { QString(QChar(u'\0')), false }, { u"a\n"_s, false },
+    };
+    for (const auto &[text, isSound] : rows)
+        EXPECT_EQ(Store::IsExamId(text), isSound) << text.toStdString();
+}
+
+TEST(AccountsTest, TheStoreKeepsWhatItWasTold)
+{
+    const QString path = Sandbox::Path(u"store/a.db"_s);
+    Sandbox::WriteFile(path, {});
+    QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
+    {
+        Store store(path);
+        store.AddUser(u"Ann@Example.org"_s, "hash");
+        store.AddUser(u"'; DROP TABLE users; --"_s, "other");
+        store.Grant(u"ann@example.org"_s, { u"NET-101"_s, u"LNX-101"_s, u"NET-101"_s });
+        store.Grant(u"ann@example.org"_s, { u"SQL-101"_s, u"LNX-101"_s });
+        store.Revoke(u"ANN@EXAMPLE.ORG"_s, { u"LNX-101"_s, u"NONE"_s });
+        EXPECT_EQ(ResultOf([&] { store.AddUser(u"ANN@example.org"_s, "x"); }), u"5 Store::AddUser()"_s);
+        EXPECT_EQ(ResultOf([&] { store.SetPassword(u"bob"_s, "x"); }), u"5 Store::UserOf()"_s);
+        EXPECT_EQ(ResultOf([&] { store.Grant(u"bob"_s, { u"A"_s }); }), u"5 Store::UserOf()"_s);
+        for (const char *journal : { "", "-wal", "-shm" }) {
+            const auto others = QFile::permissions(path + QLatin1StringView(journal)) & ~QFile::Permissions(0x6600);
+            EXPECT_EQ(others, QFile::Permissions()) << journal;
+        }
+    }
+    const Store store(path);
+    const auto ann = store.Find(u"ANN@EXAMPLE.ORG"_s);
+    ASSERT_TRUE(ann);
+    EXPECT_EQ(ann->PasswordHash, QByteArray("hash"));
+    EXPECT_EQ(store.Exams(ann->User), (QStringList{ u"NET-101"_s, u"SQL-101"_s }));
+    EXPECT_TRUE(store.HasExam(ann->User, u"SQL-101"_s));
+    EXPECT_FALSE(store.HasExam(ann->User, u"LNX-101"_s));
+    EXPECT_FALSE(store.HasExam(ann->User + 1, u"SQL-101"_s));
+    EXPECT_FALSE(store.Find(u"ann"_s));
+    ASSERT_EQ(store.Users().size(), 2u);
+    EXPECT_EQ(store.Users()[1].Email, u"Ann@Example.org"_s);
+}
+
+TEST(AccountsTest, AReportIsKeptOnce)
+{
+    Store store(Sandbox::Path(u"reports.db"_s), Store::IfMissing::Make);
+    store.AddUser(u"ann"_s, "hash");
+    const qint64 ann = store.Find(u"ann"_s)->User;
+    EXPECT_TRUE(store.Record({ ann, "s1", u"101,102"_s, u"noon"_s }));
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([&] { EXPECT_TRUE(store.Record({ ann, "s1", u"101,102"_s, u"noon"_s })); });
+    for (std::thread &thread : threads)
+        thread.join();
+    EXPECT_EQ(store.Reports().size(), 1u);
+    EXPECT_TRUE(store.Record({ ann, "s2", u"101,102"_s, u"noon"_s }));
+    EXPECT_TRUE(store.Record({ ann, "s1", u""_s, u"noon"_s }));
+    EXPECT_TRUE(store.Record({ ann, "s1", u"101,102"_s, u"one"_s }));
+    ASSERT_EQ(store.Reports().size(), 4u);
+    EXPECT_EQ(store.Reports()[2].Exams, u""_s);
+
+    for (int i = 2; i < Store::MostReports; ++i)
+        store.Record({ ann, "s1", u"101"_s, QString::number(i) });
+    EXPECT_FALSE(store.Record({ ann, "s1", u"101"_s, u"late"_s }));
+    EXPECT_TRUE(store.Record({ ann, "s1", u"101,102"_s, u"noon"_s }));
+    EXPECT_TRUE(store.Record({ ann, "s2", u"101"_s, u"late"_s }));
+}
+
+TEST(AccountsTest, FilesThatAreNoDatabase)
+{
+    const QString newer = Sandbox::Path(u"odd/newer.db"_s);
+    Sandbox::WriteFile(Sandbox::Path(u"odd/text.db"_s), QByteArray(5'000, 'x'));
+    {
+        Store store(newer, Store::IfMissing::Make);
+        QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"newer"_s);
+        database.setDatabaseName(newer);
+        ASSERT_TRUE(database.open() && QSqlQuery(database).exec(u"PRAGMA user_version = 99"_s));
+    }
+    QSqlDatabase::removeDatabase(u"newer"_s);
+    for (const QString &name : { u"odd/text.db"_s, u"odd/none.db"_s, u"odd"_s, u"odd/newer.db"_s })
+        EXPECT_TRUE(ResultOf([&] { Store store(Sandbox::Path(name)); }).startsWith("5 Store::"_L1)) << name.toStdString();
+    EXPECT_FALSE(QFile::exists(Sandbox::Path(u"odd/none.db"_s)));
+    EXPECT_EQ(Sandbox::ReadFile(Sandbox::Path(u"odd/text.db"_s)), QByteArray(5'000, 'x'));
+}

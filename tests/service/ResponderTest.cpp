@@ -1,0 +1,143 @@
+#include "tests/service/ManualClock.h"
+#include "tests/support/Sandbox.h"
+
+#include "service/Password.h"
+#include "service/Responder.h"
+
+#include <QElapsedTimer>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::Literals::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+const QString Pass = u"a&b=c; 100%3B\u00E9"_s;
+
+class ResponderTest : public testing::Test {
+protected:
+    ResponderTest()
+        : m_store(FreshPath(), Store::IfMissing::Make)
+        , m_sessions(m_clock.Port())
+        , m_guard(m_clock.Port())
+        , m_responder(m_store, m_sessions, m_guard)
+    {
+        m_store.AddUser(u"ann"_s, Password::Hash(Pass));
+        m_store.AddUser(u"new"_s, Password::Hash(Pass, Password::LeastCost));
+        m_store.Grant(u"ann"_s, { u"101"_s, u"102"_s });
+    }
+
+    static QString FreshPath()
+    {
+        static int count = 0;
+        return Sandbox::Path(u"responder-%1.db"_s.arg(++count));
+    }
+    QByteArray Ask(const QByteArray &request, const QString &address = u"home"_s) { return m_responder.Answer(request, address); }
+    QByteArray LogIn(const QByteArray &user = "ann")
+    {
+        const QByteArray reply = Ask("LOGIN?email=" + user + "&pwd=a%26b%3Dc%3B 100%253B\xE9;");
+        EXPECT_TRUE(reply.startsWith("LOGIN?status=OK&sid=")) << reply.toStdString();
+        return reply.mid(20).chopped(1);
+    }
+
+    ManualClock m_clock;
+    Store m_store;
+    Sessions m_sessions;
+    GuessGuard m_guard;
+    Responder m_responder;
+};
+
+}
+
+TEST_F(ResponderTest, EveryMessageHasItsAnswer)
+{
+    const QByteArray session = "ERROR?code=401&description=You are not logged on, or not any more. Please start again.;";
+    const QByteArray unknown = "ERROR?code=404&description=The service does not know this command.;";
+    const auto missing = [](const QByteArray &name) {
+        return "ERROR?code=422&description=The parameter \"" + name + "\" is missing.;";
+    };
+    const std::vector<std::pair<QByteArray, QByteArray>> rows = {
+        { "LIST?sid={ann};", "LIST?status=OK&data=101,102;" },
+        { "LIST?SID={ann}&more=x;rest", "LIST?status=OK&data=101,102;" },
+        { "LIST?sid={new};", "LIST?status=OK&data=;" },
+        { "LIST;", missing("sid") }, { "LIST?;", missing("sid") }, { "LIST?id={ann};", missing("sid") },
+        { "LIST?sid=;", session }, { "LIST?sid={ann}x;", session }, { "LIST?sid='%20OR%201%3D1;", session },
+        { "REPORT?sid={ann}&list=101,102&time=21.11.2026 05:56:00;", "REPORT?status=OK;" },
+        { "REPORT?sid={ann}&list=101,102&time=21.11.2026 05:56:00;", "REPORT?status=OK;" },
+        { "REPORT?sid={ann}&list=&time=;", "REPORT?status=OK;" },
+        { "REPORT?sid={ann}&list=101;", missing("time") }, { "REPORT?sid={ann}&time=x;", missing("list") },
+        { "REPORT?list=101&time=x;", missing("sid") },
+        { "REPORT?sid=7&list=101&time=x;", session },
+        { "LOGIN?email=ann&pwd=wrong;", "LOGIN?status=FAILED;" }, { "LOGIN?email=nobody&pwd=x;", "LOGIN?status=FAILED;" },
+        { "LOGIN?email=&pwd=;", "LOGIN?status=FAILED;" }, { "LOGIN?email=ann;", missing("pwd") }, { "LOGIN?pwd=x;", missing("email") },
+        { "LOGIN;", missing("email") },
+        { "login?email=ann&pwd=x;", unknown }, { "ERROR?description=x;", unknown }, { ";", unknown }, { "?a=1;", unknown },
+        { "STATUS;", unknown }, { QByteArray("LI\0ST;", 6), unknown },
+        { "", "ERROR?code=400&description=Invalid message;" }, { "LIST?sid={ann}", "ERROR?code=400&description=Invalid message;" },
+        { QByteArray(65'536, '\xFF'), "ERROR?code=400&description=Invalid message;" },
+        { "LIST?sid;", "ERROR?code=400&description=Error decoding parameters;" },
+        { "LIST?sid={ann}&;", "ERROR?code=400&description=Error decoding parameters;" },
+        { ";?", "ERROR?code=400&description=Invalid procedure call or argument;" },
+    };
+    const QByteArray ann = LogIn();
+    const QByteArray newcomer = LogIn("NEW");
+    int number = 0;
+    for (auto [request, reply] : rows) {
+        request.replace("{ann}", ann).replace("{new}", newcomer);
+        EXPECT_EQ(Ask(request).toStdString(), reply.toStdString()) << "row " << ++number;
+    }
+    ASSERT_EQ(m_store.Reports().size(), 2u);
+    EXPECT_EQ(m_store.Reports()[0].Exams, u"101,102"_s);
+    EXPECT_EQ(m_store.Reports()[0].Time, u"21.11.2026 05:56:00"_s);
+    EXPECT_EQ(m_store.Reports()[0].Email, u"ann"_s);
+}
+
+TEST_F(ResponderTest, ASessionEndsAndARunningServiceSeesChanges)
+{
+    const QByteArray sid = LogIn();
+    const QString session = QString::fromLatin1(sid);
+    m_store.Revoke(u"ann"_s, { u"101"_s });
+    m_store.Grant(u"ann"_s, { u"103"_s });
+    EXPECT_EQ(Ask("LIST?sid=" + sid + ';'), "LIST?status=OK&data=102,103;");
+    EXPECT_EQ(m_responder.Admit(session, u"103"_s).Answer, Responder::Access::Granted);
+    EXPECT_EQ(m_responder.Admit(session, u"101"_s).Answer, Responder::Access::NotBought);
+    EXPECT_EQ(m_responder.Admit(u"x"_s, u"103"_s).Answer, Responder::Access::NoSession);
+    m_clock.Advance(30min);
+    EXPECT_TRUE(Ask("LIST?sid=" + sid + ';').startsWith("ERROR?code=401&"));
+    EXPECT_EQ(m_responder.Admit(session, u"103"_s).Answer, Responder::Access::NoSession);
+}
+
+TEST_F(ResponderTest, AGuesserWaitsAndNobodyElse)
+{
+    const QByteArray sid = LogIn("new");
+    for (const QByteArray user : { "ann", "nobody" }) {
+        for (int i = 0; i < 5; ++i)
+            EXPECT_EQ(Ask("LOGIN?email=" + user + "&pwd=" + QByteArray::number(i) + ';', user == "ann" ? u"away"_s : u"far"_s), "LOGIN?status=FAILED;");
+        // Not even with the right password, and no different for one who is not there.
+        for (const QByteArray address : { "away", "home" })
+            EXPECT_EQ(Ask("LOGIN?email=" + user.toUpper() + "&pwd=a%26b%3Dc%3B 100%253B\xE9;", QString::fromLatin1(address)),
+                      "ERROR?code=429&description=There were too many failed attempts. Please try again in 2 seconds.;");
+    }
+    EXPECT_EQ(Ask("LIST?sid=" + sid + ';', u"away"_s), "LIST?status=OK&data=;");
+    LogIn("new");
+    m_clock.Advance(2s);
+    LogIn("ann");
+    LogIn("ann");
+}
+
+TEST_F(ResponderTest, AnUnknownUserTakesAsLong)
+{
+    const auto fastest = [this](const QByteArray &user) {
+        qint64 best = std::numeric_limits<qint64>::max();
+        for (int i = 0; i < 4; ++i) {
+            QElapsedTimer timer;
+            timer.start();
+            EXPECT_EQ(Ask("LOGIN?email=" + user + "&pwd=wrong;"), "LOGIN?status=FAILED;");
+            best = std::min(best, timer.nsecsElapsed());
+        }
+        return best;
+    };
+    const qint64 known = fastest("ann");
+    EXPECT_GT(fastest("nobody"), known / 2);
+}
