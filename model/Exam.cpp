@@ -5,11 +5,22 @@
 
 using namespace ExamFormat;
 
+namespace {
+
+void OpenExam(File &file, const QString &path)
+{
+    file.OpenFile(path, File::BinaryMode, File::ReadAccess, File::OpenExisting);
+    if (file.Size() > LargestFile)
+        throw Error(Overflow, QStringLiteral("The exam file is too large"));
+}
+
+}
+
 bool Exam::LoadHeader(const QString &Path)
 {
     return WithSource(u"Exam::LoadHeader()", [&] {
         File file;
-        file.OpenFile(Path, File::BinaryMode, File::ReadAccess, File::OpenExisting);
+        OpenExam(file, Path);
         file.ReadData(m_reserved, WithCount);
         file.ReadData(m_code, WithCount);
         file.ReadData(m_name, WithCount);
@@ -25,7 +36,7 @@ bool Exam::Load(const QString &Path)
 {
     return WithSource(u"Exam::Save()", [&] {
         File file;
-        file.OpenFile(Path, File::BinaryMode, File::ReadAccess, File::OpenExisting);
+        OpenExam(file, Path);
         m_questions.Clear();
         Deserialize(file);
         file.CloseFile();

@@ -17,6 +17,9 @@ constexpr qint64 QuestionBytes = 2 + 2 + 4 + 4 + 4 + 4 + 4;
 // The shortest record of a choice: number, solution flag, an empty text.
 constexpr qint64 ChoiceBytes = 2 + 4 + 4;
 
+// Bytes; no exam is larger. A file may claim any size without taking room.
+constexpr quint32 LargestFile = 256 * 1024 * 1024;
+
 // The letter of option 1 is the character behind this one.
 constexpr int LetterBase = 64;
 

@@ -30,6 +30,7 @@ constexpr double LargestScale = 2.6;
 constexpr int TopMargin = 8; // pixels
 constexpr int MinuteColons = 2;
 constexpr double PanelStep = 300; // twips
+constexpr double ExplanationScale = 1.15;
 
 }
 
@@ -191,7 +192,7 @@ void frmExam::CloseExhibit()
 void frmExam::ShowExplanation(qint16 index)
 {
     frmExplain window(this);
-    Theme::ScaleFont(&window, m_textScale);
+    Theme::ScaleFont(&window, m_textScale * ExplanationScale);
     window.QuestionNumber = index;
     window.Load();
     window.exec();

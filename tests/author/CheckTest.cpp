@@ -16,11 +16,11 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-void WritePicture(const QString &path)
+void WritePicture(const QString &path, int width = 4)
 {
     QByteArray bytes;
     QBuffer buffer(&bytes);
-    QImage image(4, 4, QImage::Format_RGB32);
+    QImage image(width, 4, QImage::Format_RGB32);
     image.fill(Qt::red);
     ASSERT_TRUE(image.save(&buffer, "BMP"));
     Sandbox::WriteFile(path, bytes);
@@ -74,6 +74,15 @@ TEST(CheckTest, WhatAnExamCanHoldWrong)
           u"item 2: it has no options; item 2: it has no solution" },
         { "26 options", [](Exam &e) { AddItem(e, { u"Q"_s, QStringList(26, u"*x"_s) }); }, u"" },
         { "27 options", [](Exam &e) { AddItem(e, { u"Q"_s, QStringList(27, u"*x"_s) }); }, u"item 3: 27 options are more than 26" },
+        { "line breaks and tabs", [&](Exam &e) { e.SetName(u"a\tb"_s), item(e).SetProblem(u"a\r\nb\nc"_s); }, u"" },
+        { "control characters in texts",
+          [&](Exam &e) {
+              e.SetCode(u"A\0"_s), e.SetName(u"\u001B[2J"_s), item(e).SetProblem(u"Q\u0007\0"_s);
+              item(e).Choices().Item(2)->SetStatement(u"\0"_s), item(e).SetExplaination(u"x\u007F"_s);
+          },
+          u"the code holds the control character U+0000; the name holds the control character U+001B; "
+          "item 2: the question text holds the control character U+0007; item 2: option 2 holds the control character U+0000; "
+          "item 2: the explanation holds the control character U+007F" },
         { "exhibit", shown(u"good.bmp"_s), u"" },
         { "no exhibit", shown(u"gone.bmp"_s), u"item 2: the exhibit \"gone.bmp\": No such file or directory" },
         { "no picture", shown(u"text.bmp"_s), u"item 2: the exhibit \"text.bmp\": The file is not a BMP, GIF, JPEG, ICO or PNG picture" },
@@ -93,6 +102,50 @@ TEST(CheckTest, WhatAnExamCanHoldWrong)
         row.Spoil(*exam);
         EXPECT_EQ(FaultsOf(Install(*exam, u"CHECK"_s)), QString::fromUtf16(row.Expected)) << row.Name;
     }
+}
+
+TEST(CheckTest, AWideExhibitIsAWarning)
+{
+    const QString folder = Sandbox::ExamsFolder() + u"/WIDE"_s;
+    const auto exam = NewExam();
+    for (const int width : { 1'200, 1'201, 1'201 }) {
+        const QString name = u"%1.bmp"_s.arg(width);
+        WritePicture(folder + u'/' + name, width);
+        AddItem(*exam, { u"Q"_s, { u"*a"_s, u"b"_s }, false, name });
+    }
+    const QString path = Install(*exam, u"WIDE"_s);
+    QStringList warnings;
+    EXPECT_EQ(Check::Faults(path, &warnings), QStringList());
+    EXPECT_EQ(warnings, QStringList{ path + u": warning: item 2: the exhibit \"1201.bmp\" is 1201 pixels wide, wider than many screens"_s });
+}
+
+TEST(CheckTest, PathsWithBlanksAndLineFeeds)
+{
+    const QString folder = Sandbox::Path(u"deep/ blank "_s);
+    const auto exam = NewExam();
+    AddItem(*exam, { u"Q"_s, { u"*a"_s, u"b"_s }, false, u"a.bmp"_s });
+    const QByteArray bytes = Sandbox::ReadFile(Install(*exam, u"SRC"_s));
+    WritePicture(folder + u"/a.bmp"_s);
+    Sandbox::WriteFile(folder + u"/x.exam"_s, bytes);
+    Sandbox::WriteFile(folder + u"/y.exam "_s, bytes);
+    Sandbox::WriteFile(folder + u"/y.exam"_s, bytes);
+    QDir::setCurrent(Sandbox::Path(u"deep"_s));
+    struct Row { QString Path; QStringList Faults; };
+    const Row rows[] = {
+        { u" blank /x.exam"_s, {} },
+        { u" blank /y.exam "_s, { u" blank /y.exam : the path holds double quotes or ends with a blank, so it cannot be opened"_s } },
+        { u" blank /x.exam "_s, { u" blank /x.exam : No such file or directory"_s } },
+        { u" x.exam"_s, { u" x.exam: No such file or directory"_s } },
+        { u"a\nb"_s, { u"a b: the folder's name leads to a b.exam, which is not there"_s, u"a b: several exam files: 1 .exam, 2.exam"_s } },
+    };
+    WritePicture(Sandbox::Path(u"deep/a.bmp"_s));
+    WritePicture(Sandbox::Path(u"deep/a\nb/a.bmp"_s));
+    Sandbox::WriteFile(Sandbox::Path(u"deep/x.exam"_s), bytes);
+    Sandbox::WriteFile(Sandbox::Path(u"deep/a\nb/1\n.exam"_s), bytes);
+    Sandbox::WriteFile(Sandbox::Path(u"deep/a\nb/2.exam"_s), bytes);
+    for (const Row &row : rows)
+        EXPECT_EQ(Check::Faults(row.Path), row.Faults) << row.Path.toStdString();
+    QDir::setCurrent(Sandbox::Path({}));
 }
 
 TEST(CheckTest, MoreItemsThanTheCountersHold)

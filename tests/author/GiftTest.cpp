@@ -66,8 +66,9 @@ TEST(GiftTest, KindsOfItems)
     ExpectRows({
         { "single choice", "Q {=a ~b}", u"1: Q | *a | b" },
         { "wrong answers first", "Q{~a\n~b\n=c}", u"1: Q | a | b | *c" },
-        { "several right in single choice", "Q {=a ~b =c}", u"1: Q | *a | b | *c [multiple]" },
-        { "full credit beside =", "Q {=a ~%100%b ~%50%c}", u"1: Q | *a | *b | c [multiple]" },
+        { "several right in single choice", "Q {=a ~b =c}", u"1! several answers are right alone" },
+        { "full credit beside =", "Q {=a ~%100%b ~%50%c}", u"1! several answers are right alone" },
+        { "part of the credit beside =", "Q {=a ~%50%b ~c}", u"1: Q | *a | b | c" },
         { "no credit on =", "Q {=a =%0%b ~c}", u"1: Q | *a | b | c" },
         { "weights", "Q {~%50%a ~%50%b ~%-100%c}", u"1: Q | *a | *b | c [multiple]" },
         { "fractions", "Q {~%33.33333%a ~%-0.5%b ~ %66,7% c ~%0%d}", u"1: Q | *a | b | *c | d [multiple]" },

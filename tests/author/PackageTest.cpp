@@ -10,7 +10,12 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <csignal>
+#include <linux/capability.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -64,6 +69,23 @@ QStringList Names(const QString &folder)
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
 }
 
+// Files' permissions hold for the administrator too while this lives.
+class NoPrivilege {
+public:
+    NoPrivilege()
+    {
+        syscall(SYS_capget, &m_header, m_before.data());
+        auto less = m_before;
+        less[0].effective &= ~(1U << CAP_DAC_OVERRIDE);
+        syscall(SYS_capset, &m_header, less.data());
+    }
+    ~NoPrivilege() { syscall(SYS_capset, &m_header, m_before.data()); }
+
+private:
+    __user_cap_header_struct m_header = { _LINUX_CAPABILITY_VERSION_3, 0 };
+    std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> m_before = {};
+};
+
 struct Row {
     const char *Name;
     QString Source;
@@ -77,7 +99,7 @@ TEST(PackageTest, WhatIsTakenAndWhatIsLeftOut)
     const std::vector<Row> rows = {
         { "single", u"Q {~a =b}"_s, u"1. Q |  | 2 of 2"_s },
         { "multiple", u"Q {~%50%a ~b ~%50%c}"_s, u"1. Q |  | 1,3 of 3 | hint"_s },
-        { "several right", u"Q {=a ~b =c}"_s, u"1. Q |  | 1,3 of 3 | hint"_s },
+        { "several right", u"Q {=a ~b =c}"_s, u"1: several answers are right alone"_s },
         { "no limit", u"// [nolimit]\nQ {~%50%a ~b ~%50%c}"_s, u"1. Q |  | 1,3 of 3"_s },
         { "numbers go on", u"Q {T}\n\nR {}\n\nS {F}"_s,
           u"1. Q |  | 1 of 2\n2. S |  | 2 of 2\n3: an essay question has no options"_s },
@@ -92,6 +114,14 @@ TEST(PackageTest, WhatIsTakenAndWhatIsLeftOut)
         { "in an explanation", u"Q {=a ~b####\u2264}"_s, u"1: the character \"\u2264\" (U+2264) is not in code page 1252"_s },
         { "in an option's feedback", u"Q {=a ~b#\u2264}"_s, u"1: the character \"\u2264\" (U+2264) is not in code page 1252"_s },
         { "no UTF-8", u"Q {=\uFFFD ~b}"_s, u"1: it holds bytes that are not UTF-8"_s },
+        { "tabs and line breaks", u"[plain]Q\n\tR {T####[plain]x\ty}"_s, u"1. Q\n\tR | x\ty | 1 of 2"_s },
+        { "NUL", u"Q\0R {T}"_s, u"1: it holds the control character U+0000"_s },
+        { "NUL in HTML", u"[html]<p>Q\0</p> {T}"_s, u"1: it holds the control character U+0000"_s },
+        { "a control character in an option", u"Q {=a\u000B ~b}"_s, u"1: it holds the control character U+000B"_s },
+        { "in feedback", u"Q {=a ~b#\u001B[2J}"_s, u"1: it holds the control character U+001B"_s },
+        { "above ASCII", u"Q {=a ~b####\u0085x}"_s, u"1: it holds the control character U+0085"_s },
+        { "by its number", u"[html]Q&#7; {T}"_s, u"1: it holds the control character U+0007"_s },
+        { "in an exhibit's name", u"// [exhibit:a\u0007.bmp]\nQ {T}"_s, u"2: it holds the control character U+0007"_s },
         { "26 options", u"Q {=a"_s + u"~b"_s.repeated(25) + u'}', u"1. Q |  | 1 of 26"_s },
         { "27 options", u"Q {=a"_s + u"~b"_s.repeated(26) + u'}', u"1: it has 27 options, and an exam has letters for 26"_s },
         { "one option", u"Q {~%100%a}"_s, u"1: it has fewer than 2 options"_s },
@@ -200,6 +230,41 @@ TEST(PackageTest, AFailureLeavesNothingButTheOldPackage)
         EXPECT_EQ(Names(root), QStringList{ u"OLD"_s });
         EXPECT_EQ(Sandbox::ReadFile(root + u"/OLD/OLD.exam"_s), QByteArray("old"));
     }
+}
+
+TEST(PackageTest, FoldersWithBlanksAtTheirEnds)
+{
+    const QString root = Sandbox::Path(u" blanks "_s);
+    Sandbox::WriteFile(root + u"/a.bmp"_s, Sandbox::ReadFile(PictureFolder() + u"/a.bmp"_s));
+    const Package::Content content = Package::Assemble(Gift::Parse(u"// [exhibit:a.bmp]\nQ {T}"_s), Header, u" blanks "_s);
+    EXPECT_TRUE(content.LeftOut.empty());
+    for (const bool replace : { false, true }) {
+        EXPECT_EQ(Package::Write(content, u" blanks "_s, u" blanks /made /NEW"_s, replace), QString());
+        EXPECT_EQ(Names(root + u"/made "_s), QStringList{ u"NEW"_s });
+        EXPECT_EQ(Names(root + u"/made /NEW"_s), (QStringList{ u"NEW.exam"_s, u"a.bmp"_s }));
+    }
+    EXPECT_FALSE(QFile::exists(Sandbox::Path(u"blanks"_s)));
+    EXPECT_FALSE(QFile::exists(root + u"/made"_s));
+}
+
+TEST(PackageTest, AnOldPackageThatCannotBeRemovedIsAWarning)
+{
+    const QString root = Sandbox::Path(u"kept"_s);
+    Sandbox::WriteFile(root + u"/OLD/OLD.exam"_s, "old");
+    ASSERT_EQ(chmod(qPrintable(root + u"/OLD"_s), 0500), 0);
+    QString warning;
+    {
+        const NoPrivilege none;
+        warning = Package::Write(Assembled(u"Q {T}"_s), {}, root + u"/OLD"_s, true);
+    }
+    const QString left = Names(root).value(0);
+    EXPECT_EQ(warning, u"%1/%2: the replaced package cannot be removed: Permission denied"_s.arg(root, left));
+    EXPECT_EQ(Names(root), (QStringList{ left, u"OLD"_s }));
+    EXPECT_EQ(Sandbox::ReadFile(root + u'/' + left + u"/OLD.exam"_s), QByteArray("old"));
+    Exam exam;
+    exam.Load(root + u"/OLD/OLD.exam"_s);
+    EXPECT_EQ(exam.Questions().Count(), 1);
+    chmod(qPrintable(root + u'/' + left), 0700);
 }
 
 TEST(PackageTest, ASignalIsNotedWhileFilesAreMade)

@@ -113,6 +113,24 @@ TEST(ProgramTest, FromBankToPackage)
     EXPECT_EQ(check.Out, u"bank/PACK/PACK.exam: item 3: the exhibit \"q.bmp\": No such file or directory\n"_s);
 }
 
+TEST(ProgramTest, StrictMakesAllOrNothing)
+{
+    // The name looks like a place for another text.
+    Sandbox::WriteFile(Sandbox::Path(u"strict/q%1.gift"_s), "Q {T}\n\nR {=x}\n");
+    Sandbox::WriteFile(Sandbox::Path(u"strict/good.gift"_s), "Q {T}\n");
+    const QString reason = u"strict/q%1.gift:3: a short-answer question has no options\n"_s;
+    const Outcome strict = Started(BuildArguments(u"strict/q%1.gift"_s, u"strict/OUT"_s, { u"--strict"_s }));
+    EXPECT_EQ(strict.Code, 1);
+    EXPECT_EQ(strict.Err, reason + u"1 item taken, 1 left out, nothing made (--strict)\n"_s);
+    EXPECT_EQ(Names(Sandbox::Path(u"strict"_s)), (QStringList{ u"good.gift"_s, u"q%1.gift"_s }));
+    const Outcome lenient = Started(BuildArguments(u"strict/q%1.gift"_s, u"strict/OUT"_s));
+    EXPECT_EQ(lenient.Code, 0);
+    EXPECT_EQ(lenient.Err, reason + u"1 item taken, 1 left out\n"_s);
+    const Outcome good = Started(BuildArguments(u"strict/good.gift"_s, u"strict/GOOD"_s, { u"--strict"_s }));
+    EXPECT_EQ(good.Code, 0);
+    EXPECT_EQ(good.Err, u"1 item taken, 0 left out\n"_s);
+}
+
 TEST(ProgramTest, NothingToTakeAndNothingToRead)
 {
     Sandbox::WriteFile(Sandbox::Path(u"none/b.gift"_s), "Just text\n\nR {=a}\n");
@@ -143,6 +161,7 @@ TEST(ProgramTest, WrongUsage)
         build({ u"--max"_s, u"0"_s }), build({ u"--max"_s, u"32768"_s }), build({ u"--max"_s, u"1e3"_s }), build({ u"--max"_s, u""_s }),
         build({ u"--pass"_s, u"1001"_s }), build({ u"--pass"_s, u"-1"_s }), build({ u"--minutes"_s, u"0"_s }),
         build({ u"--minutes"_s, u"547"_s }), build({ u"--code"_s, u" "_s }), build({ u"--name"_s, u"\u2192"_s }),
+        build({ u"--code"_s, u"A\u001B"_s }),
     };
     for (const QStringList &row : rows) {
         const Outcome outcome = Started(row);

@@ -4,6 +4,7 @@
 
 #include <QBuffer>
 #include <QDir>
+#include <QImageWriter>
 #include <QtEndian>
 
 #include <gtest/gtest.h>
@@ -130,6 +131,53 @@ TEST(PictureTest, WhatItCannotBe)
         }
     }
     EXPECT_EQ(Picture::Load(Written(Encoded(QImage(4'000, 4'000, QImage::Format_Mono), "PNG"))).width(), 4'000);
+}
+
+TEST(PictureTest, APictureThatIsCutOffIsRefused)
+{
+    const LetDecodersComplain quiet;
+    // Noise, so that every row of it takes bytes.
+    QImage noise(40, 30, QImage::Format_RGB32);
+    for (int i = 0; i < noise.width() * noise.height(); ++i)
+        noise.setPixel(i % noise.width(), i / noise.width(), 0xFF000000U | (quint32(i) * 2654435761U) >> 8);
+    const QByteArray bmp = Encoded(noise, "BMP");
+    QByteArray topDown = bmp;
+    qToLittleEndian<qint32>(-noise.height(), topDown.data() + BmpHeight);
+    // The short header of old: its length, width, height, planes and depth.
+    const QByteArray old = "BM" + QByteArray::fromHex("00000000 00000000 1a000000 0c000000 2800 1e00 0100 1800") + bmp.mid(54);
+    QByteArray progressive;
+    QBuffer buffer(&progressive);
+    QImageWriter writer(&buffer, "JPG");
+    writer.setProgressiveScanWrite(true);
+    ASSERT_TRUE(writer.write(noise));
+    struct Row { const char *Name; QByteArray Bytes; qsizetype From; }; // the shortest that shows its format
+    const Row rows[] = {
+        { "bmp", bmp, 2 }, { "top-down bmp", topDown, 2 }, { "bmp with a short header", old, 2 },
+        { "bmp of 8 bits", Encoded(noise.convertToFormat(QImage::Format_Indexed8), "BMP"), 2 },
+        { "bmp of 1 bit", Encoded(noise.convertToFormat(QImage::Format_Mono), "BMP"), 2 },
+        { "jpeg", Encoded(noise, "JPG"), 3 }, { "progressive jpeg", progressive, 3 },
+        { "gif", Gif(1), 6 }, { "moving gif", Gif(3), 6 }, { "png", Encoded(noise, "PNG"), 8 },
+    };
+    for (const Row &row : rows) {
+        for (const QByteArray &behind : { QByteArray(), QByteArray("what somebody put behind it") })
+            EXPECT_FALSE(Picture::Load(Written(row.Bytes + behind)).isNull()) << row.Name;
+        const qsizetype size = row.Bytes.size();
+        for (qsizetype length = row.From; length < size; length += length > 100 && length < size - 20 ? 13 : 1) {
+            try {
+                Picture::Load(Written(row.Bytes.left(length)));
+                ADD_FAILURE() << row.Name << ", " << length << " of " << size;
+            } catch (const Error &error) {
+                EXPECT_TRUE(error.Description().startsWith("The picture is damaged"_L1)) << row.Name << ", " << length << ": " << error.what();
+            }
+        }
+    }
+}
+
+TEST(PictureTest, TheLargestPictureWithTheDeepestPixels)
+{
+    QImage image(4'000, 4'000, QImage::Format_RGBA64);
+    image.fill(Qt::red);
+    EXPECT_EQ(Picture::Load(Written(Encoded(image, "PNG"))).format(), QImage::Format_RGBA64);
 }
 
 TEST(PictureTest, OnlyRegularFilesOfThatVeryName)

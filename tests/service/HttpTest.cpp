@@ -125,8 +125,9 @@ TEST_F(HttpTest, EveryRequestHasItsStatus)
         const HttpClient::Reply reply = HttpClient::Exchange(Endpoint(), row.Request);
         EXPECT_EQ(reply.Status, row.Status) << "row " << ++number << ": " << reply.Head.toStdString();
         EXPECT_FALSE(reply.Body.contains("secret")) << "row " << number;
-        if (!row.Body.isNull())
+        if (!row.Body.isNull()) {
             EXPECT_EQ(reply.Body.toStdString(), row.Body.toStdString()) << "row " << number;
+        }
     }
 }
 
@@ -139,7 +140,7 @@ TEST_F(HttpTest, APackArrivesWhole)
         const HttpClient::Reply reply = HttpClient::Exchange(Endpoint(), HttpClient::GetRequest(Target(sid, u"BIG"_s), more));
         EXPECT_EQ(reply.Status, 200);
         EXPECT_TRUE(reply.Body == pack) << reply.Body.size();
-        for (const QByteArray &line : { "\r\nContent-Length: 50000000\r\n", "\r\nContent-Type: application/octet-stream\r\n", "\r\nAccept-Ranges: none\r\n" })
+        for (const char *line : { "\r\nContent-Length: 50000000\r\n", "\r\nContent-Type: application/octet-stream\r\n", "\r\nAccept-Ranges: none\r\n" })
             EXPECT_TRUE((reply.Head + "\r\n").contains(line)) << reply.Head.toStdString();
         EXPECT_FALSE(reply.Head.contains("Content-Encoding") || reply.Head.contains("Content-Range")) << reply.Head.toStdString();
     }

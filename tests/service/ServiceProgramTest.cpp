@@ -22,7 +22,7 @@ struct Outcome {
     QString Err;
 };
 
-Outcome Run(const QStringList &arguments, const QByteArray &input = {})
+Outcome Started(const QStringList &arguments, const QByteArray &input = {})
 {
     QProcess process;
     process.setWorkingDirectory(Sandbox::Path({}));
@@ -101,23 +101,24 @@ TEST(ServiceProgramTest, AccountsFromTheCommandLine)
     };
     int number = 0;
     for (const Row &row : rows) {
-        const Outcome outcome = Run(On(u"a.db"_s, row.Arguments), row.Input);
+        const Outcome outcome = Started(On(u"a.db"_s, row.Arguments), row.Input);
         EXPECT_EQ(outcome.Code, row.Code) << "row " << ++number << ": " << outcome.Err.toStdString();
         EXPECT_EQ(outcome.Out, QString()) << "row " << number;
         EXPECT_EQ(outcome.Err.isEmpty(), row.Code == 0) << "row " << number;
-        if (!row.Err.isEmpty())
+        if (!row.Err.isEmpty()) {
             EXPECT_EQ(outcome.Err.toStdString(), row.Err.toStdString()) << "row " << number;
+        }
     }
-    EXPECT_EQ(Run(On(u"a.db"_s, { u"list-users"_s })).Out, u"ann\tNET-101\n"_s);
-    EXPECT_EQ(Run({ u"list-users"_s }).Code, 2);
-    EXPECT_EQ(Run({}).Code, 2);
-    EXPECT_TRUE(Run({ u"serve"_s, u"--help"_s }).Out.startsWith("Usage: practorium-service serve "_L1));
+    EXPECT_EQ(Started(On(u"a.db"_s, { u"list-users"_s })).Out, u"ann\tNET-101\n"_s);
+    EXPECT_EQ(Started({ u"list-users"_s }).Code, 2);
+    EXPECT_EQ(Started({}).Code, 2);
+    EXPECT_TRUE(Started({ u"serve"_s, u"--help"_s }).Out.startsWith("Usage: practorium-service serve "_L1));
 }
 
 TEST(ServiceProgramTest, ARunFromEndToEndInLittleMemory)
 {
-    ASSERT_EQ(Run(On(u"run.db"_s, { u"add-user"_s, u"ann"_s }), "pass\n").Code, 0);
-    ASSERT_EQ(Run(On(u"run.db"_s, { u"grant"_s, u"ann"_s, u"NET-101"_s }), {}).Code, 0);
+    ASSERT_EQ(Started(On(u"run.db"_s, { u"add-user"_s, u"ann"_s }), "pass\n").Code, 0);
+    ASSERT_EQ(Started(On(u"run.db"_s, { u"grant"_s, u"ann"_s, u"NET-101"_s }), {}).Code, 0);
     Sandbox::WriteFile(Sandbox::Path(u"program-packs/NET-101.exe"_s), QByteArray(50'000'000, 'p'));
     Running service(u"run.db"_s);
     ASSERT_TRUE(QRegularExpression(u"^http://127\\.0\\.0\\.1:\\d+/PackCourier\\.asp$"_s).match(service.Endpoint).hasMatch())
@@ -145,14 +146,14 @@ TEST(ServiceProgramTest, ARunFromEndToEndInLittleMemory)
     EXPECT_EQ(outcome.Err, QString());
     EXPECT_LT(timer.elapsed(), 5'000);
     EXPECT_TRUE(half.HasEnded());
-    const QString reports = Run(On(u"run.db"_s, { u"list-reports"_s })).Out;
+    const QString reports = Started(On(u"run.db"_s, { u"list-reports"_s })).Out;
     EXPECT_TRUE(QRegularExpression(u"^20\\d\\d-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\dZ\tann\tNET-101\ta b c\n$"_s).match(reports).hasMatch())
         << reports.toStdString();
 }
 
 TEST(ServiceProgramTest, StopsAtOnce)
 {
-    ASSERT_EQ(Run(On(u"stop.db"_s, { u"add-user"_s, u"ann"_s }), "pass\n").Code, 0);
+    ASSERT_EQ(Started(On(u"stop.db"_s, { u"add-user"_s, u"ann"_s }), "pass\n").Code, 0);
     for (const int signal : { SIGINT, SIGTERM }) {
         Running service(u"stop.db"_s);
         EXPECT_EQ(service.Stop(signal).Code, 0) << signal;
