@@ -10,6 +10,7 @@
 #include <QStandardPaths>
 
 #include <cerrno>
+#include <unistd.h>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -65,6 +66,10 @@ QString Folded(const QString &name)
 
 qint32 OpenKey(Hive hive, const QString &SubKey, bool create)
 {
+    // A key is opened for writing too.
+    const QByteArray path = QFile::encodeName(HiveFile(hive));
+    if (access(path.constData(), F_OK) == 0 && access(path.constData(), R_OK | W_OK) != 0)
+        return Failed(errno);
     QJsonObject keys = Load(hive);
     if (keys.contains(Folded(SubKey)))
         return 0;

@@ -119,7 +119,7 @@ void Conversation::HandleList(const MESSAGE &reply)
 // many there are.
 void Conversation::DownloadNext()
 {
-    while (m_isRunning) {
+    while (m_isRunning && !m_queue.isEmpty()) {
         const QString examID = m_queue.first();
         if (!m_port.IsInstalled(examID)
             || m_port.Ask(u"Exam {1} is already installed on this computer. Do you want to overwrite the existing exam?"_s,

@@ -48,6 +48,7 @@ void Downloader::StateChanged(int state)
         ReceiveBody();
     } catch (const Error &error) {
         m_transfer->Cancel();
+        m_file.Abandon();
         Q_EMIT DownloadFailed(error.Description());
         return;
     }

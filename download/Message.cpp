@@ -27,6 +27,15 @@ QString Escape(QString value)
     return value;
 }
 
+// Each character by itself, as the comparison of two names does it: full folding
+// would make one key of names that differ in more than letter case.
+QString Key(QString name)
+{
+    for (QChar &character : name)
+        character = character.toCaseFolded();
+    return name;
+}
+
 QString Unescape(QString value)
 {
     for (auto escape = Escapes.rbegin(); escape != Escapes.rend(); ++escape)
@@ -38,7 +47,7 @@ QString Unescape(QString value)
 
 qint32 Parameters::Find(const QString &name) const
 {
-    return m_positions.value(name.toCaseFolded(), -1);
+    return m_positions.value(Key(name), -1);
 }
 
 Parameters::Pointer Parameters::Add(const QString &Name, const QString &Value)
@@ -47,7 +56,7 @@ Parameters::Pointer Parameters::Add(const QString &Name, const QString &Value)
     if (position < 0) {
         position = Count();
         m_entries.push_back(std::make_shared<Parameter>());
-        m_positions.insert(Name.toCaseFolded(), position);
+        m_positions.insert(Key(Name), position);
     }
     const Pointer &entry = m_entries[position];
     entry->SetName(Name);

@@ -19,12 +19,15 @@ public:
     void Create(const QString &path);
     void Write(const char *bytes, qint64 count);
     void Close();
+    // Closes the file without what has not been written yet; raises nothing.
+    void Abandon();
     const QString &Path() const { return m_path; }
 
     // Makes the closed file a program. Raises an Error when it is no longer the
     // one that was created or when another user could exchange it.
     void MakeRunnable();
-    // Removes the file that was created; of another one at its place nothing.
+    // Removes the file that was created. Raises an Error when it is gone, or
+    // another one is at its place, which stays.
     void Remove();
 
 private:

@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -21,7 +22,7 @@ constexpr qsizetype WriteBuffer = 256 * 1024;
 
 Error Exchanged()
 {
-    return Error(InvalidCall, u"The downloaded file is not the one that was written"_s, u"PackFile::MakeRunnable()"_s);
+    return Error(InvalidCall, u"The downloaded file is not the one that was written"_s, u"PackFile"_s);
 }
 
 }
@@ -92,6 +93,12 @@ void PackFile::Close()
     Common::CheckApiResult(close(descriptor) == 0);
 }
 
+void PackFile::Abandon()
+{
+    if (m_system && m_system->Descriptor >= 0)
+        close(std::exchange(m_system->Descriptor, -1));
+}
+
 void PackFile::MakeRunnable()
 {
     if (!m_system)
@@ -116,7 +123,7 @@ void PackFile::Remove()
     const QByteArray path = QFile::encodeName(m_path);
     struct stat status = {};
     if (!m_system || !m_system->IsStill(path, status))
-        return;
+        throw Exchanged();
     Common::CheckApiResult(unlink(path.constData()) == 0);
 }
 

@@ -1,5 +1,6 @@
 #include "download/Transfer.h"
 
+#include "common/Ansi.h"
 #include "common/Error.h"
 
 #include <QEventLoop>
@@ -8,11 +9,11 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr int ConnectTime = 30'000; // milliseconds
-constexpr int SilenceTime = 60'000;
 constexpr int MostRedirections = 10;
 constexpr qint64 ReadBuffer = 256 * 1024; // bytes
 constexpr int FirstError = 400;           // of the HTTP status codes
+// The visible characters of ASCII that are sent as they are.
+constexpr char AsTheyAre[] = "!$%&'()*+,/:;=?@[]";
 
 }
 
@@ -28,13 +29,29 @@ Transfer::~Transfer()
     Cancel();
 }
 
-void Transfer::Execute(const QString &url, const QByteArray &operation, const QByteArray &body, const QByteArray &header)
+void Transfer::SetTimeouts(int connectTime, int silenceTime)
 {
-    const QUrl address(url, QUrl::StrictMode);
+    m_connectTime = connectTime;
+    m_silenceTime = silenceTime;
+}
+
+QNetworkRequest Transfer::Request(const QString &url) const
+{
+    const qsizetype question = url.indexOf(u'?');
+    QUrl address(url.left(question), QUrl::StrictMode);
     const bool isWeb = address.scheme() == "http"_L1 || address.scheme() == "https"_L1;
     if (m_isExecuting || !isWeb || address.host().isEmpty())
         throw Error::RunTime(InvalidCall, u"Transfer::Execute()"_s);
+    if (question >= 0)
+        address.setQuery(QString::fromLatin1(Ansi::FromText(url.mid(question + 1)).toPercentEncoding(AsTheyAre)));
+    return QNetworkRequest(address);
+}
+
+void Transfer::Execute(const QString &url, const QByteArray &operation, const QByteArray &body, const QByteArray &header)
+{
+    QNetworkRequest request = Request(url);
     Release();
+    ++m_round;
     m_isExecuting = true;
     m_isCancelled = m_hasHeader = m_hasEnded = m_hasTimedOut = false;
     m_announced = -1;
@@ -42,7 +59,6 @@ void Transfer::Execute(const QString &url, const QByteArray &operation, const QB
     m_responseCode = 0;
     m_responseInfo.clear();
 
-    QNetworkRequest request(address);
     request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
     request.setMaximumRedirectsAllowed(MostRedirections);
@@ -56,18 +72,19 @@ void Transfer::Execute(const QString &url, const QByteArray &operation, const QB
     m_reply->setReadBufferSize(ReadBuffer);
     connect(m_reply, &QNetworkReply::metaDataChanged, this, &Transfer::HeaderArrived);
     connect(m_reply, &QNetworkReply::finished, this, &Transfer::Ended);
-    connect(m_reply, &QNetworkReply::requestSent, this, [this] { m_silence.start(SilenceTime); });
-    connect(m_reply, &QNetworkReply::readyRead, this, [this] { m_silence.start(SilenceTime); });
-    m_silence.start(ConnectTime);
+    connect(m_reply, &QNetworkReply::requestSent, this, [this] { m_silence.start(m_silenceTime); });
+    connect(m_reply, &QNetworkReply::readyRead, this, [this] { m_silence.start(m_silenceTime); });
+    m_silence.start(m_connectTime);
     Raise(Requesting);
 }
 
 // From the event loop: whoever executes a request, or reads a body, does not
-// expect to be called from inside.
+// expect to be called from inside, and a handler may wait for long, which the
+// reply's own signals must not.
 void Transfer::Raise(State state)
 {
-    QMetaObject::invokeMethod(this, [this, state, reply = m_reply] {
-        if (reply && reply == m_reply)
+    QMetaObject::invokeMethod(this, [this, state, round = m_round] {
+        if (round == m_round)
             Q_EMIT StateChanged(state);
     }, Qt::QueuedConnection);
 }
@@ -87,6 +104,7 @@ void Transfer::Release()
 void Transfer::Cancel()
 {
     m_silence.stop();
+    ++m_round;
     m_isCancelled = true;
     m_isExecuting = false;
     m_hasEnded = true;
@@ -101,14 +119,14 @@ void Transfer::Fail(qint32 code, const QString &text)
     m_isExecuting = false;
     m_hasEnded = true;
     Release();
-    Q_EMIT StateChanged(Failed);
+    Raise(Failed);
 }
 
 void Transfer::Silent()
 {
     // A body that nobody has fetched yet is not silence.
     if (m_reply && m_reply->bytesAvailable() > 0) {
-        m_silence.start(SilenceTime);
+        m_silence.start(m_silenceTime);
         return;
     }
     m_hasTimedOut = true;
@@ -139,7 +157,7 @@ void Transfer::HeaderArrived()
     bool isNumber = false;
     const qint64 length = m_reply->rawHeader("Content-Length").toLongLong(&isNumber);
     m_announced = isNumber && length >= 0 ? length : -1;
-    m_silence.start(SilenceTime);
+    m_silence.start(m_silenceTime);
     Raise(Completed);
 }
 
@@ -162,14 +180,17 @@ QByteArray Transfer::GetHeader(const QByteArray &name) const
 QByteArray Transfer::GetChunk(qsizetype size)
 {
     const auto broken = [](const QString &text) { return Error(InvalidCall, text, u"Transfer::GetChunk()"_s); };
-    while (m_reply && m_reply->bytesAvailable() == 0 && !m_hasEnded) {
+    const quint32 round = m_round;
+    while (round == m_round && m_reply && m_reply->bytesAvailable() == 0 && !m_hasEnded) {
         QEventLoop wait;
         connect(m_reply, &QNetworkReply::readyRead, &wait, &QEventLoop::quit);
         connect(m_reply, &QNetworkReply::finished, &wait, &QEventLoop::quit);
         connect(m_reply, &QObject::destroyed, &wait, &QEventLoop::quit);
-        wait.exec();
+        // No loop runs any more when the program is about to end.
+        if (wait.exec() < 0)
+            Cancel();
     }
-    if (m_isCancelled)
+    if (m_isCancelled || round != m_round)
         return {};
     if (m_hasTimedOut)
         throw broken(u"The server does not go on"_s);

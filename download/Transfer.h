@@ -16,6 +16,10 @@
 class Transfer : public QObject {
     Q_OBJECT
 public:
+    // In milliseconds.
+    static constexpr int ConnectTime = 30'000;
+    static constexpr int SilenceTime = 60'000;
+
     enum State : int {
         Requesting = 5,
         Failed = 11,    // ResponseCode and ResponseInfo say why
@@ -25,7 +29,14 @@ public:
     explicit Transfer(QObject *parent = nullptr);
     ~Transfer() override;
 
-    // Starts a request. Raises InvalidCall for an address that is neither http
+    // How long the server may take until the request has been sent, and then
+    // for each next part of its answer, in milliseconds.
+    void SetTimeouts(int connectTime, int silenceTime);
+    // Starts a request. What stands behind the address's first "?" is sent as
+    // it is, in ANSI bytes; only what has no place in an address is written as
+    // its percent code. A request whose connection ends before any answer is
+    // sent again, up to twice: a server may close one that lay idle while a
+    // pack was being installed. Raises InvalidCall for an address that is neither http
     // nor https, and while another request is executing. A header is a name, a
     // colon and a value.
     void Execute(const QString &url, const QByteArray &operation, const QByteArray &body = {}, const QByteArray &header = {});
@@ -51,6 +62,7 @@ Q_SIGNALS:
     void StateChanged(int state);
 
 private:
+    QNetworkRequest Request(const QString &url) const;
     void Raise(State state);
     void HeaderArrived();
     void Ended();
@@ -61,6 +73,9 @@ private:
     QNetworkAccessManager m_manager;
     QPointer<QNetworkReply> m_reply;
     QTimer m_silence;
+    int m_connectTime = ConnectTime;
+    int m_silenceTime = SilenceTime;
+    quint32 m_round = 0; // another one with each Execute and Cancel
     bool m_isExecuting = false;
     bool m_isCancelled = false;
     bool m_hasHeader = false;

@@ -15,7 +15,6 @@
 #include "ui/Twips.h"
 
 #include <QCheckBox>
-#include <QCloseEvent>
 #include <QCoreApplication>
 #include <QFrame>
 #include <QGridLayout>
@@ -80,6 +79,12 @@ frmExamDownloader::frmExamDownloader(QWidget *owner)
 }
 
 frmExamDownloader::~frmExamDownloader() = default;
+
+void frmExamDownloader::SetTimeouts(int connectTime, int silenceTime)
+{
+    icRequestDispatcher.SetTimeouts(connectTime, silenceTime);
+    icDownloader.SetTimeouts(connectTime, silenceTime);
+}
 
 void frmExamDownloader::Build()
 {
@@ -168,6 +173,9 @@ void frmExamDownloader::Open()
 void frmExamDownloader::showEvent(QShowEvent *event)
 {
     QDialog::showEvent(event);
+    // A window that comes back from the task bar keeps its progress.
+    if (m_fullWidth > 0)
+        return;
     m_fullWidth = Twips::Of(picProgress->width() - 2);
     shpProgress->setGeometry(1, 1, 0, ProgressHeight - 2);
 }
@@ -222,7 +230,10 @@ void frmExamDownloader::UpdateStatus(const QString &text)
 
 void frmExamDownloader::UpdateStatus(const QString &text, double total, double downloaded, double rate)
 {
-    lblInfo->SetText(text);
+    if (text != m_status) {
+        m_status = text;
+        lblInfo->SetText(text);
+    }
     const auto show = [](QLabel *label, const QString &value) {
         if (label->text() != value)
             label->setText(value);
@@ -270,7 +281,7 @@ void frmExamDownloader::CloseWindow()
 
 void frmExamDownloader::Post(const QString &message)
 {
-    while (icRequestDispatcher.StillExecuting())
+    while (m_conversation.IsRunning() && icRequestDispatcher.StillExecuting())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     if (!m_conversation.IsRunning())
         return;
@@ -337,7 +348,7 @@ void frmExamDownloader::m_oDownloader_ChunkDownloaded()
     if (m_sinceUpdate.isValid() && m_sinceUpdate.elapsed() < UpdateEvery && !isLast)
         return;
     m_sinceUpdate.start();
-    UpdateStatus(lblInfo->text(), m_oDownloader.FileSize(), m_oDownloader.Downloaded(), m_oDownloader.TransferRate());
+    UpdateStatus(m_status, m_oDownloader.FileSize(), m_oDownloader.Downloaded(), m_oDownloader.TransferRate());
 }
 
 void frmExamDownloader::m_oDownloader_DownloadComplete()
@@ -354,10 +365,10 @@ void frmExamDownloader::Install(const QString &)
     m_oDownloader.File().Remove();
 }
 
-void frmExamDownloader::closeEvent(QCloseEvent *event)
+void frmExamDownloader::reject()
 {
-    Guard([&] { EndRun(false); });
+    EndRun(false);
     if (!chkRemember->isChecked())
         Credentials::Forget();
-    QDialog::closeEvent(event);
+    QDialog::reject();
 }

@@ -22,6 +22,11 @@ public:
     explicit frmExamDownloader(QWidget *owner);
     ~frmExamDownloader() override;
 
+    // Of both transfers; see there.
+    void SetTimeouts(int connectTime, int silenceTime);
+    // However the window is closed, by its button, its close box or Escape.
+    void reject() override;
+
     // Ends the current run; a successful one closes the window soon.
     void EndRun(bool success) override;
     // Sizes in bytes; below 1 there is nothing to tell.
@@ -30,7 +35,6 @@ public:
     void DownloadNext() { m_conversation.DownloadNext(); }
 
 protected:
-    void closeEvent(QCloseEvent *event) override;
     void showEvent(QShowEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
@@ -65,6 +69,7 @@ private:
     double m_fullWidth = 0; // twips
     double m_barWidth = 0;
     QString m_endpoint;
+    QString m_status;
 
     QLineEdit *txtEmail;
     QLineEdit *txtPassword;

@@ -247,6 +247,58 @@ TEST_F(ExamWindowTest, Scrolling)
     }
 }
 
+// On an item that fits there is nothing to scroll, and the keys do nothing.
+TEST_F(ExamWindowTest, ScrollKeysOnAShortItem)
+{
+    Start();
+    for (const Qt::Key key : { Qt::Key_PageDown, Qt::Key_PageUp, Qt::Key_End, Qt::Key_Home })
+        QTest::keyClick(&Window, key);
+    EXPECT_FALSE(Bar->isEnabled());
+    EXPECT_EQ(Content->y(), Frame->contentsRect().y());
+}
+
+// The press of a click gives the row the focus; were the page to move under
+// it, the release would miss the row.
+TEST_F(ExamWindowTest, ClicksMoveNothing)
+{
+    Start();
+    Click(&Window, u"cmdNext"_s);
+    QAbstractButton *row = Row(u"optChoices"_s, 20);
+    Bar->setValue(static_cast<int>((row->y() - Frame->height() + 20) * 15.0));
+    const int before = Content->y();
+    ASSERT_LT(before, 0);
+    row->setFocus(Qt::MouseFocusReason);
+    EXPECT_EQ(Content->y(), before);
+    Row(u"optChoices"_s, 21)->setFocus(Qt::TabFocusReason);
+    EXPECT_LT(Content->y(), before) << "but a key brings its row into view";
+}
+
+TEST_F(ExamWindowTest, HeldMnemonics)
+{
+    Start();
+    QKeyEvent held(QEvent::ShortcutOverride, Qt::Key_N, Qt::AltModifier, u"n"_s, true);
+    held.ignore();
+    QCoreApplication::sendEvent(&Window, &held);
+    EXPECT_TRUE(held.isAccepted()) << "not left to the mnemonic";
+    QKeyEvent pressed(QEvent::ShortcutOverride, Qt::Key_N, Qt::AltModifier, u"n"_s);
+    pressed.ignore();
+    QCoreApplication::sendEvent(&Window, &pressed);
+    EXPECT_FALSE(pressed.isAccepted());
+}
+
+TEST_F(ExamWindowTest, PanelByKeyboard)
+{
+    Start();
+    const QPoint before = Panel->pos();
+    QTest::keyClick(&Window, Qt::Key_Left, Qt::ControlModifier);
+    EXPECT_EQ(Panel->pos(), before) << "not while the exam runs";
+    EndExam();
+    const QPoint home = Panel->pos();
+    QTest::keyClick(&Window, Qt::Key_Left, Qt::ControlModifier);
+    QTest::keyClick(&Window, Qt::Key_Up, Qt::ControlModifier);
+    EXPECT_EQ(Panel->pos(), home - QPoint(20, 20));
+}
+
 TEST_F(ExamWindowTest, PanelIsDraggedAndReturns)
 {
     Start();

@@ -110,6 +110,8 @@ TEST_F(MainWindowTest, WhatStartSays)
     ShowMain();
     Boxes.Expect(u"No exams are available. Please install your exam pack(s)."_s, ExclamationMessage);
     Click(&Window, u"cmdStart"_s);
+    Boxes.Expect(u"No exams are available. Please install your exam pack(s)."_s, ExclamationMessage);
+    QTest::mouseDClick(List->viewport(), Qt::LeftButton, Qt::NoModifier, List->viewport()->rect().center());
     InstallExam(u"EX-101"_s);
     Window.RefreshExamList();
     Boxes.Expect(u"Please select an exam to start"_s, ExclamationMessage);
