@@ -57,6 +57,10 @@ private:
         File file;
         try {
             file.OpenFile(m_file, File::BinaryMode, File::ReadAccess, File::OpenExisting);
+            if (file.Size() > ExamFormat::LargestFile) {
+                Say(u"the exam file is too large"_s);
+                return false;
+            }
             exam.Deserialize(file);
             if (const qint64 left = qint64(file.Size()) - qint64(file.Position()); left > 0)
                 Say(u"trailing bytes: %1"_s.arg(left));
@@ -64,10 +68,20 @@ private:
         } catch (const Error &error) {
             if (error.Number() == InputPastEnd)
                 Say(u"cut short: the file ends before item %1 is whole"_s.arg(exam.Questions().Count() + 1));
+            else if (error.Number() == Overflow)
+                Say(TooMany(exam));
             else
                 Say(Console::OneLine(error));
             return false;
         }
+    }
+
+    // What reading stopped at when a counter overflowed.
+    static QString TooMany(const Exam &exam)
+    {
+        const qint32 read = exam.Questions().Count();
+        return read > Limits::MostItems ? u"there are more than %1 items"_s.arg(Limits::MostItems)
+                                        : u"item %1: there are more than %2 options"_s.arg(read + 1).arg(Limits::MostOptions);
     }
 
     static QString ControlIn(const QString &what, const QString &text)
@@ -92,11 +106,8 @@ private:
             Say(u"the duration is %1 minutes"_s.arg(exam.Duration()));
         if (exam.Duration() > Limits::MostMinutes)
             Say(u"the duration of %1 minutes is over %2"_s.arg(exam.Duration()).arg(Limits::MostMinutes));
-        const qint32 count = exam.Questions().Count();
-        if (count == 0)
+        if (exam.Questions().Count() == 0)
             Say(u"there are no items"_s);
-        if (count > Limits::MostItems)
-            Say(u"%1 items are more than %2"_s.arg(count).arg(Limits::MostItems));
     }
 
     void CheckItem(const Question &question, qint32 position)

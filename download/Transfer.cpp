@@ -13,7 +13,7 @@ constexpr int MostRedirections = 10;
 constexpr qint64 ReadBuffer = 256 * 1024; // bytes
 constexpr int FirstError = 400;           // of the HTTP status codes
 // The visible characters of ASCII that are sent as they are.
-constexpr char AsTheyAre[] = "!$%&'()*+,/:;=?@[]";
+constexpr char AsTheyAre[] = "!$&'()*+,/:;=?@[]";
 
 }
 
@@ -42,8 +42,10 @@ QNetworkRequest Transfer::Request(const QString &url) const
     const bool isWeb = address.scheme() == "http"_L1 || address.scheme() == "https"_L1;
     if (m_isExecuting || !isWeb || address.host().isEmpty())
         throw Error::RunTime(InvalidCall, u"Transfer::Execute()"_s);
-    if (question >= 0)
-        address.setQuery(QString::fromLatin1(Ansi::FromText(url.mid(question + 1)).toPercentEncoding(AsTheyAre)));
+    if (question >= 0) {
+        QByteArray query = Ansi::FromText(url.mid(question + 1)).toPercentEncoding(AsTheyAre);
+        address.setQuery(QString::fromLatin1(query.replace("%25", "%")));
+    }
     return QNetworkRequest(address);
 }
 

@@ -1,5 +1,6 @@
 #include "pack/stub/Install.h"
 
+#include "pack/stub/Files_unix.h"
 #include "pack/stub/PackReader.h"
 
 #include <algorithm>
@@ -8,13 +9,10 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <dirent.h>
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
 
 const char OwnFile[] = "/proc/self/exe";
 
@@ -31,7 +29,6 @@ constexpr std::size_t WorkDigits = 16;
 constexpr std::string_view KeptPrefix = ".practorium-kept-";
 
 constexpr char ExamsPath[] = "/Practorium/Exams";
-constexpr int FolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 constexpr int MostAttempts = 100;
 
 volatile std::sig_atomic_t hasCome = 0;
@@ -74,32 +71,6 @@ Fault SystemFault(const char *text)
     return { text, errno };
 }
 
-class Descriptor {
-public:
-    explicit Descriptor(int number = -1)
-        : m_number(number)
-    {
-    }
-    ~Descriptor() { Close(); }
-    Descriptor(Descriptor &&other) noexcept
-        : m_number(std::exchange(other.m_number, -1))
-    {
-    }
-    Descriptor &operator=(Descriptor &&other) noexcept
-    {
-        std::swap(m_number, other.m_number);
-        return *this;
-    }
-
-    bool IsOpen() const { return m_number >= 0; }
-    operator int() const { return m_number; }
-    // A disk may say only now that it has no room.
-    bool Close() { return m_number < 0 || close(std::exchange(m_number, -1)) == 0; }
-
-private:
-    int m_number;
-};
-
 // A name of the pack as the system wants it.
 class Name {
 public:
@@ -128,82 +99,6 @@ bool ReadAt(int file, std::uint64_t offset, void *out, std::size_t count)
         count -= static_cast<std::size_t>(got);
     }
     return count == 0;
-}
-
-bool WriteAll(int file, const char *bytes, std::size_t count)
-{
-    while (count > 0) {
-        const ssize_t put = write(file, bytes, count);
-        if (put < 0 && errno == EINTR)
-            continue;
-        if (put <= 0)
-            return false;
-        bytes += put;
-        count -= static_cast<std::size_t>(put);
-    }
-    return true;
-}
-
-// Some file systems have nothing to do for a folder and say so.
-bool Sync(int file)
-{
-    return fsync(file) == 0 || errno == EINVAL;
-}
-
-// Shows every name in the folder to visit until that returns false. False when
-// the folder cannot be listed.
-template <class Visit>
-bool ForEach(int folder, Visit visit)
-{
-    const int own = openat(folder, ".", FolderFlags);
-    DIR *listing = own < 0 ? nullptr : fdopendir(own);
-    if (!listing) {
-        close(own);
-        return false;
-    }
-    while (const dirent *entry = readdir(listing)) {
-        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0 && !visit(entry->d_name))
-            break;
-    }
-    closedir(listing);
-    return true;
-}
-
-// True too when it cannot be told.
-bool HoldsFolder(int folder)
-{
-    bool holds = false;
-    const bool isListed = ForEach(folder, [&](const char *name) {
-        struct stat status = {};
-        holds = fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
-        return !holds;
-    });
-    return holds || !isListed;
-}
-
-// Removes a folder and the files in it. One that holds a folder stays as it is.
-void Remove(int parent, const char *name)
-{
-    const Descriptor folder(openat(parent, name, FolderFlags | O_NOFOLLOW));
-    if (!folder.IsOpen() || HoldsFolder(folder))
-        return;
-    fchmod(folder, S_IRWXU);
-    // A listing may miss names while others go.
-    for (bool again = true; again;) {
-        again = false;
-        ForEach(folder, [&](const char *file) {
-            again = unlinkat(folder, file, 0) == 0 || again;
-            return true;
-        });
-    }
-    unlinkat(parent, name, AT_REMOVEDIR);
-}
-
-// A lock on a folder shows that the run that unpacks into it is alive; the
-// system takes it away with the run. False when somebody else holds it.
-bool Lock(int folder)
-{
-    return flock(folder, LOCK_EX | LOCK_NB) == 0;
 }
 
 // The user's exams folder. What was made of its path goes again if nothing

@@ -153,7 +153,18 @@ TEST(CheckTest, MoreItemsThanTheCountersHold)
     const auto exam = NewExam();
     for (int i = 0; i < 32'768; ++i)
         exam->Questions().Add(std::make_shared<Question>());
-    EXPECT_TRUE(FaultsOf(Install(*exam, u"MANY"_s)).startsWith("32768 items are more than 32767; "_L1));
+    EXPECT_EQ(FaultsOf(Install(*exam, u"MANY"_s)), u"there are more than 32767 items"_s);
+    const auto other = NewExam();
+    AddItem(*other, GoodItem);
+    auto &choices = AddItem(*other, GoodItem)->Choices();
+    while (choices.Count() < 32'768)
+        choices.Add(std::make_shared<Choice>());
+    EXPECT_EQ(FaultsOf(Install(*other, u"LETTERS"_s)), u"item 2: there are more than 26 options"_s);
+    // A file that claims its size and takes no room.
+    const QString path = Sandbox::Path(u"huge.exam"_s);
+    Sandbox::WriteFile(path, {});
+    ASSERT_TRUE(QFile::resize(path, qint64(256) * 1024 * 1024 + 1));
+    EXPECT_EQ(FaultsOf(path), u"the exam file is too large"_s);
 }
 
 TEST(CheckTest, FilesThatAreCutShortOrTooLong)

@@ -65,7 +65,9 @@ HttpClient::Reply HttpClient::Receive()
 
 bool HttpClient::HasEnded()
 {
-    return !IsOpen() || m_socket->waitForDisconnected(Patience);
+    while (m_socket->waitForReadyRead(Patience))
+        m_socket->readAll();
+    return !IsOpen();
 }
 
 bool HttpClient::IsOpen() const

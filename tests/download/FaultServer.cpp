@@ -1,0 +1,116 @@
+#include "tests/download/FaultServer.h"
+
+#include <QHostAddress>
+#include <QTimer>
+
+#include <memory>
+#include <sys/socket.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+Answer Answer::Whole(const QByteArray &body, const QByteArray &status, const QByteArray &headers)
+{
+    return Raw("HTTP/1.1 " + status + "\r\n" + headers + "Content-Length: " + QByteArray::number(body.size()) + "\r\n", body,
+               KeepsOpen);
+}
+
+Answer Answer::Raw(const QByteArray &headers, const QByteArray &body, Ending end)
+{
+    return { headers + "\r\n" + body, end, 0, 0 };
+}
+
+FaultServer::FaultServer()
+{
+    connect(this, &QTcpServer::newConnection, this, [this] {
+        while (QTcpSocket *socket = nextPendingConnection())
+            Serve(socket);
+    });
+    if (!listen(QHostAddress::LocalHost))
+        qFatal("no port to listen on");
+}
+
+QString FaultServer::Url() const
+{
+    return u"http://127.0.0.1:%1/PackCourier.asp"_s.arg(serverPort());
+}
+
+void FaultServer::On(const QByteArray &key, const Answer &answer)
+{
+    m_answers.prepend({ key, answer });
+}
+
+int FaultServer::Count(const QByteArray &key) const
+{
+    return static_cast<int>(std::count_if(Requests.begin(), Requests.end(), [&](const QByteArray &r) { return r.contains(key); }));
+}
+
+void FaultServer::Serve(QTcpSocket *socket)
+{
+    connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+    connect(socket, &QTcpSocket::bytesWritten, this, [this](qint64 bytes) { BytesTaken += bytes; });
+    auto pending = std::make_shared<QByteArray>();
+    connect(socket, &QTcpSocket::readyRead, socket, [this, socket, pending] {
+        *pending += socket->readAll();
+        const qsizetype body = pending->indexOf("\r\n\r\n") + 4;
+        if (body < 4)
+            return;
+        const QByteArray headers = pending->left(body).toLower();
+        const qsizetype length = headers.indexOf("content-length: ");
+        const qsizetype size = length < 0 ? 0 : headers.mid(length + 16, headers.indexOf('\r', length) - length - 16).toLongLong();
+        if (pending->size() < body + size)
+            return;
+        const QByteArray request = pending->left(pending->indexOf("\r\n")) + '\n' + pending->mid(body, size);
+        *pending = pending->mid(body + size);
+        Requests.append(request);
+        for (auto action = m_actions.begin(); action != m_actions.end(); ++action) {
+            if (request.contains(action.key()) && action.value())
+                std::exchange(action.value(), {})();
+        }
+        for (const auto &[key, answer] : m_answers) {
+            if (request.contains(key))
+                return Send(socket, answer);
+        }
+    });
+}
+
+void FaultServer::Send(QTcpSocket *socket, const Answer &answer)
+{
+    if (answer.Pause > 0) {
+        auto *timer = new QTimer(socket);
+        connect(timer, &QTimer::timeout, socket, [socket, answer, timer, sent = qsizetype(0)]() mutable {
+            if (sent == answer.Bytes.size()) {
+                timer->stop();
+                return End(socket, answer.End);
+            }
+            socket->write(answer.Bytes.mid(sent++, 1));
+            socket->flush();
+        });
+        timer->start(answer.Pause);
+        return;
+    }
+    socket->write(answer.Bytes);
+    socket->flush();
+    if (answer.Repetitions > 0) {
+        connect(socket, &QTcpSocket::bytesWritten, socket, [socket, left = answer.Repetitions]() mutable {
+            if (left > 0 && socket->bytesToWrite() == 0) {
+                --left;
+                socket->write(QByteArray(1 << 20, 'x'));
+            }
+        });
+        return;
+    }
+    End(socket, answer.End);
+}
+
+void FaultServer::End(QTcpSocket *socket, Answer::Ending ending)
+{
+    if (ending == Answer::KeepsOpen)
+        return;
+    if (ending == Answer::Resets) {
+        const linger none = { 1, 0 };
+        setsockopt(static_cast<int>(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &none, sizeof none);
+        socket->abort();
+        return;
+    }
+    socket->disconnectFromHost();
+}

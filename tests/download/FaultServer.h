@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QMap>
+#include <QTcpServer>
+#include <QTcpSocket>
+
+#include <functional>
+
+// What the server does with one request.
+struct Answer {
+    enum Ending { KeepsOpen, Closes, Resets };
+    QByteArray Bytes;
+    Ending End = Closes;
+    int Pause = 0;         // milliseconds before each byte; 0 sends all at once
+    qint64 Repetitions = 0; // how often the bytes are sent behind it, as they are taken
+
+    // A whole answer with that body.
+    static Answer Whole(const QByteArray &body, const QByteArray &status = "200 OK", const QByteArray &headers = {});
+    // The headers, written as they stand, and a body.
+    static Answer Raw(const QByteArray &headers, const QByteArray &body = {}, Ending end = Closes);
+};
+
+// A service that answers as it is told, wrongly for the most part.
+class FaultServer : public QTcpServer {
+public:
+    FaultServer();
+
+    QString Url() const;
+    // The answer to requests in which the key stands; of several keys the one
+    // that was told last. A request without a key is kept waiting.
+    void On(const QByteArray &key, const Answer &answer);
+    // Done as soon as such a request is here, before its answer.
+    void Meanwhile(const QByteArray &key, std::function<void()> action) { m_actions.insert(key, std::move(action)); }
+
+    // First line and body of each request.
+    QList<QByteArray> Requests;
+    int Count(const QByteArray &key) const;
+    qint64 BytesTaken = 0;
+
+private:
+    void Serve(QTcpSocket *socket);
+    void Send(QTcpSocket *socket, const Answer &answer);
+    static void End(QTcpSocket *socket, Answer::Ending ending);
+
+    QList<std::pair<QByteArray, Answer>> m_answers;
+    QMap<QByteArray, std::function<void()>> m_actions;
+};
