@@ -19,7 +19,8 @@ Program::Program()
     QApplication::setQuitOnLastWindowClosed(false);
     connect(m_main.get(), &frmMain::ExamLoaded, this, [this] { Guard([&] { StartSitting(); }); });
     connect(m_main.get(), &frmMain::AboutRequested, this, [this] { frmAbout(m_main.get()).exec(); });
-    connect(m_main.get(), &frmMain::DownloadRequested, this, [this] { Guard([&] { frmExamDownloader(m_main.get()).exec(); }); });
+    connect(m_main.get(), &frmMain::DownloadRequested, this,
+            [this] { Guard([&] { frmExamDownloader(m_main.get()).exec(); }); });
 }
 
 Program::~Program()

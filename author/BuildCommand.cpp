@@ -79,8 +79,9 @@ QString ReadHeader(const QCommandLineParser &parser, Package::Header &header)
         if (const QString control = Package::ControlCharacter(text); !control.isEmpty())
             return u"--%1 holds the control character %2"_s.arg(option, control);
         if (!Package::HoldsPlain(text))
-            return u"--%1: \"%2\" has a character that code page %3 lacks"_s
-                .arg(option, Console::OneLine(text), QString::number(Ansi::SystemCodePage().Number()));
+            return u"--%1: \"%2\" has a character that code page %3 lacks"_s.arg(option, Console::OneLine(text),
+                                                                                 QString::number(
+                                                                                     Ansi::SystemCodePage().Number()));
     }
     struct Number {
         QString Option;
@@ -146,8 +147,8 @@ int Command::Build(const QStringList &arguments)
         if (const QString warning = Package::Write(content, pictures, out, replace); !warning.isEmpty())
             Console::Complain(Console::OneLine(warning));
     }
-    Console::Complain(u"%1 %2 taken, %3 left out"_s.arg(taken).arg(taken == 1 ? u"item"_s : u"items"_s)
-                          .arg(content.LeftOut.size())
-                      + (isRefused ? u", nothing made (--strict)"_s : QString()));
+    Console::Complain(
+        u"%1 %2 taken, %3 left out"_s.arg(taken).arg(taken == 1 ? u"item"_s : u"items"_s).arg(content.LeftOut.size())
+        + (isRefused ? u", nothing made (--strict)"_s : QString()));
     return isMade ? Success : Failure;
 }

@@ -130,8 +130,7 @@ private:
         if (solutions == 0)
             SayOfItem(u"it has no solution"_s);
         if (question.SolutionCount() != solutions)
-            SayOfItem(u"its solution count is %1, but %2 options are solutions"_s.arg(question.SolutionCount())
-                          .arg(solutions));
+            SayOfItem(u"its solution count is %1, but %2 options are solutions"_s.arg(question.SolutionCount()).arg(solutions));
         if (question.HasHint() && solutions == 0)
             SayOfItem(u"it limits the selection to none"_s);
         CheckTexts(question);

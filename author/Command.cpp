@@ -17,8 +17,9 @@ const QString ProgramName = u"practorium-author"_s;
 
 QString Help()
 {
-    QStringList lines = { u"Makes, shows and checks exam files and packages."_s, {},
-                          u"Usage: %1 COMMAND …"_s.arg(ProgramName), {}, u"Commands:"_s };
+    QStringList lines = {
+        u"Makes, shows and checks exam files and packages."_s, {}, u"Usage: %1 COMMAND …"_s.arg(ProgramName), {}, u"Commands:"_s
+    };
     for (const Entry &entry : All())
         lines.append(u"  %1  %2"_s.arg(entry.Name, -6).arg(entry.Summary));
     lines += { {}, u"%1 COMMAND --help tells more; %1 --version the version."_s.arg(ProgramName) };

@@ -20,10 +20,10 @@ Text Formatted(const QString &hidden, Markup fallback)
     Text text{ hidden, fallback };
     if (const auto match = prefix.match(hidden); match.hasMatch()) {
         const QString name = match.captured(1);
-        text.Markup = name == "html"_L1  ? Markup::Html
-            : name == "plain"_L1         ? Markup::Plain
-            : name == "markdown"_L1      ? Markup::Markdown
-                                         : Markup::Moodle;
+        text.Markup = name == "html"_L1 ? Markup::Html
+            : name == "plain"_L1        ? Markup::Plain
+            : name == "markdown"_L1     ? Markup::Markdown
+                                        : Markup::Moodle;
         text.Source = hidden.mid(match.capturedEnd());
     }
     text.Source = GiftLines::Restore(text.Source.trimmed());
@@ -137,8 +137,7 @@ QString ReadBlock(Item &item, QString block)
     if (!block.startsWith(u'=') && !block.startsWith(u'~'))
         return u"the answer block begins with neither \"=\" nor \"~\""_s;
     if (!block.contains(u'~'))
-        return block.contains("->"_L1) ? u"a matching question has no options"_s
-                                       : u"a short-answer question has no options"_s;
+        return block.contains("->"_L1) ? u"a matching question has no options"_s : u"a short-answer question has no options"_s;
     return ReadOptions(item, block);
 }
 

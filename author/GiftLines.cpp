@@ -54,8 +54,8 @@ std::vector<bool> WhereBlocksClose(const QStringList &lines)
     bool closesNext = false;
     for (qsizetype i = lines.size() - 1; i >= 0; --i) {
         if (KindOf(lines.at(i)) == LineKind::Text) {
-            const auto brace = std::find_if(lines.at(i).begin(), lines.at(i).end(),
-                                            [](QChar c) { return c == u'{' || c == u'}'; });
+            const auto brace
+                = std::find_if(lines.at(i).begin(), lines.at(i).end(), [](QChar c) { return c == u'{' || c == u'}'; });
             if (brace != lines.at(i).end())
                 closesNext = *brace == u'}';
         }
@@ -169,21 +169,15 @@ std::vector<Piece> Cut(const QString &hiddenText)
     for (qsizetype i = 0; i < lines.size(); ++i) {
         const int number = static_cast<int>(i) + 1;
         switch (KindOf(lines.at(i))) {
-        case LineKind::Comment:
-            cutter.Comment(lines.at(i), number);
-            break;
-        case LineKind::Text:
-            cutter.Text(lines.at(i), number);
-            break;
+        case LineKind::Comment: cutter.Comment(lines.at(i), number); break;
+        case LineKind::Text: cutter.Text(lines.at(i), number); break;
         case LineKind::Blank:
             if (cutter.IsOpen() && closes[static_cast<size_t>(i)])
                 cutter.Text({}, number);
             else
                 cutter.Finish();
             break;
-        case LineKind::Category:
-            cutter.Finish();
-            break;
+        case LineKind::Category: cutter.Finish(); break;
         }
     }
     cutter.End();

@@ -53,8 +53,8 @@ QString Holdable(const QString &text)
         if (character == QChar::ReplacementCharacter)
             throw Unfit{ u"it holds bytes that are not UTF-8"_s };
         if (!page.CanHold(QString::fromUcs4(&character, 1)))
-            throw Unfit{ u"the character %1 is not in code page %2"_s
-                             .arg(Described(character), QString::number(page.Number())) };
+            throw Unfit{ u"the character %1 is not in code page %2"_s.arg(Described(character),
+                                                                          QString::number(page.Number())) };
     }
     return composed;
 }
@@ -149,8 +149,8 @@ private:
         if (IO::GetExtension(name).compare(QStringView(ExamFormat::Extension), Qt::CaseInsensitive) == 0)
             throw Unfit{ u"the exhibit \"%1\" is named like an exam"_s.arg(name) };
         if (!HoldsPlain(name))
-            throw Unfit{ u"the name of the exhibit \"%1\" is not in code page %2"_s
-                             .arg(name, QString::number(Ansi::SystemCodePage().Number())) };
+            throw Unfit{ u"the name of the exhibit \"%1\" is not in code page %2"_s.arg(
+                name, QString::number(Ansi::SystemCodePage().Number())) };
         if (!m_faults.contains(name)) {
             m_faults.insert(name, FaultOf(name));
             if (m_faults.value(name).isEmpty())

@@ -144,8 +144,7 @@ private:
 };
 
 // Names the file in an error of the system.
-template <class Operation>
-void At(const QString &name, Operation operation)
+template <class Operation> void At(const QString &name, Operation operation)
 {
     try {
         operation();
@@ -184,8 +183,8 @@ QString ReasonToKeep(const QString &folder)
     if (info.isSymLink() || !info.isDir())
         return u"it is no folder"_s;
     static const QStringList kinds = { u"exam"_s, u"bmp"_s, u"gif"_s, u"jpg"_s, u"jpeg"_s, u"ico"_s, u"png"_s };
-    const QFileInfoList entries =
-        QDir(folder).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    const QFileInfoList entries
+        = QDir(folder).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     for (const QFileInfo &entry : entries) {
         if (!entry.isFile() || !kinds.contains(entry.suffix().toLower()))
             return u"\"%1\" in it belongs to no package"_s.arg(entry.fileName());

@@ -22,14 +22,14 @@ constexpr QChar HiddenBreak = QChar(u'\uFDE0');
 
 const QSet<QString> &KnownTags()
 {
-    static const QStringList names =
-        u"a abbr acronym address area article aside audio b basefont bdi bdo big blink blockquote body br "
-        "button canvas caption center cite code col colgroup data datalist dd del details dfn dialog dir div dl dt "
-        "em embed fieldset figcaption figure font footer form h1 h2 h3 h4 h5 h6 head header hgroup hr "
-        "html i iframe img input ins kbd label legend li link main map mark menu meta meter nav nobr noscript object "
-        "ol optgroup option output p param picture pre progress q ruby rt rp s samp script section select small "
-        "source span strike strong style sub summary sup svg table tbody td template textarea tfoot th thead time "
-        "tr track tt u ul var video wbr"_s.split(u' ');
+    static const QStringList names
+        = u"a abbr acronym address area article aside audio b basefont bdi bdo big blink blockquote body br "
+          "button canvas caption center cite code col colgroup data datalist dd del details dfn dialog dir div dl dt "
+          "em embed fieldset figcaption figure font footer form h1 h2 h3 h4 h5 h6 head header hgroup hr "
+          "html i iframe img input ins kbd label legend li link main map mark menu meta meter nav nobr noscript object "
+          "ol optgroup option output p param picture pre progress q ruby rt rp s samp script section select small "
+          "source span strike strong style sub summary sup svg table tbody td template textarea tfoot th thead time "
+          "tr track tt u ul var video wbr"_s.split(u' ');
     static const QSet<QString> set(names.begin(), names.end());
     return set;
 }
@@ -42,9 +42,10 @@ bool IsOneOf(const QString &name, QLatin1StringView names)
 // Tags at whose sides a line break of the source means nothing.
 bool MakesLines(const QString &name)
 {
-    return IsOneOf(name, "address article aside blockquote body br caption center col colgroup dd div dl dt figure "
-                         "footer form h1 h2 h3 h4 h5 h6 head header hr html li main nav ol p pre section table tbody "
-                         "td tfoot th thead tr ul"_L1);
+    return IsOneOf(name,
+                   "address article aside blockquote body br caption center col colgroup dd div dl dt figure "
+                   "footer form h1 h2 h3 h4 h5 h6 head header hr html li main nav ol p pre section table tbody "
+                   "td tfoot th thead tr ul"_L1);
 }
 
 // What a player would show; a candidate gets to know that it was there.
@@ -110,8 +111,10 @@ QSet<QString> TagsInUse(const QString &text)
     for (auto match = TagPattern().globalMatch(text); match.hasNext();) {
         const QRegularExpressionMatch tag = match.next();
         const QString name = NameOf(tag);
-        if (!IsKnown(name) || IsOneOf(name, "html head body script style meta link form input select option "
-                                            "textarea"_L1))
+        if (!IsKnown(name)
+            || IsOneOf(name,
+                       "html head body script style meta link form input select option "
+                       "textarea"_L1))
             continue;
         if (tag.capturedLength(u"close"_s) == 0)
             opened.insert(name);
@@ -199,8 +202,8 @@ private:
 
     static bool IsEntityAt(const QString &text, qsizetype at)
     {
-        const auto match = EntityPattern().match(text, at, QRegularExpression::NormalMatch,
-                                                 QRegularExpression::AnchorAtOffsetMatchOption);
+        const auto match
+            = EntityPattern().match(text, at, QRegularExpression::NormalMatch, QRegularExpression::AnchorAtOffsetMatchOption);
         return match.hasMatch() && IsKnownEntity(match.captured());
     }
 
@@ -440,13 +443,12 @@ QString FromMarkdown(const QString &markdown)
 
     Document document;
     document.setUndoRedoEnabled(false);
-    document.setMarkdown(bare, QTextDocument::MarkdownFeatures(QTextDocument::MarkdownDialectGitHub)
-                             | QTextDocument::MarkdownNoHTML);
+    document.setMarkdown(bare,
+                         QTextDocument::MarkdownFeatures(QTextDocument::MarkdownDialectGitHub) | QTextDocument::MarkdownNoHTML);
     const QString text = Reader().Read(document);
     // The language of code, the target of a picture and an entity's name are
     // no text. Markdown as it was written is readable too.
-    static const QRegularExpression unseen(u"(^|\\n) *(```|~~~)[^\\n`]*|\\]\\([^)\\n]*\\)|"_s
-                                           + EntityPattern().pattern());
+    static const QRegularExpression unseen(u"(^|\\n) *(```|~~~)[^\\n`]*|\\]\\([^)\\n]*\\)|"_s + EntityPattern().pattern());
     const bool isWhole = HoldsAll(text, QString(bare).remove(unseen));
     static const QRegularExpression lineBreak(u" *\uFDE0 *"_s);
     return QString(isWhole ? text : bare.trimmed()).replace(lineBreak, u"\n"_s);

@@ -23,7 +23,8 @@ constexpr int Options = 26;
 // Sentences of different lengths and, on purpose, never the same twice.
 QString Text(int seed, int words)
 {
-    static const QStringList stock = u"the router forwards every packet whose address matches no longer entry of its table"_s.split(u' ');
+    static const QStringList stock
+        = u"the router forwards every packet whose address matches no longer entry of its table"_s.split(u' ');
     QStringList text;
     for (int i = 0; i < words; ++i)
         text.append(stock.at((seed * 7 + i * 3) % stock.size()));

@@ -48,8 +48,8 @@ qsizetype CodePage::ToText(const uchar *bytes, qsizetype count, char16_t *out) c
 QString CodePage::ToText(QByteArrayView bytes) const
 {
     QString text(bytes.size(), Qt::Uninitialized);
-    const qsizetype length = ToText(reinterpret_cast<const uchar *>(bytes.data()), bytes.size(),
-                                    reinterpret_cast<char16_t *>(text.data()));
+    const qsizetype length
+        = ToText(reinterpret_cast<const uchar *>(bytes.data()), bytes.size(), reinterpret_cast<char16_t *>(text.data()));
     text.truncate(length);
     return text;
 }
@@ -110,11 +110,9 @@ int CodePageOf(const QLocale &locale)
     case QLocale::Slovenian:
     case QLocale::Croatian:
     case QLocale::Romanian:
-    case QLocale::Albanian:
-        return 1250;
+    case QLocale::Albanian: return 1250;
     case QLocale::Bosnian:
-    case QLocale::Serbian:
-        return locale.script() == QLocale::CyrillicScript ? 1251 : 1250;
+    case QLocale::Serbian: return locale.script() == QLocale::CyrillicScript ? 1251 : 1250;
     case QLocale::Russian:
     case QLocale::Ukrainian:
     case QLocale::Belarusian:
@@ -123,36 +121,24 @@ int CodePageOf(const QLocale &locale)
     case QLocale::Kazakh:
     case QLocale::Kirghiz:
     case QLocale::Mongolian:
-    case QLocale::Tatar:
-        return 1251;
-    case QLocale::Greek:
-        return 1253;
+    case QLocale::Tatar: return 1251;
+    case QLocale::Greek: return 1253;
     case QLocale::Turkish:
     case QLocale::Azerbaijani:
-    case QLocale::Uzbek:
-        return 1254;
-    case QLocale::Hebrew:
-        return 1255;
+    case QLocale::Uzbek: return 1254;
+    case QLocale::Hebrew: return 1255;
     case QLocale::Arabic:
     case QLocale::Persian:
-    case QLocale::Urdu:
-        return 1256;
+    case QLocale::Urdu: return 1256;
     case QLocale::Estonian:
     case QLocale::Latvian:
-    case QLocale::Lithuanian:
-        return 1257;
-    case QLocale::Vietnamese:
-        return 1258;
-    case QLocale::Thai:
-        return 874;
-    case QLocale::Japanese:
-        return 932;
-    case QLocale::Korean:
-        return 949;
-    case QLocale::Chinese:
-        return locale.script() == QLocale::TraditionalChineseScript ? 950 : 936;
-    default:
-        return 1252;
+    case QLocale::Lithuanian: return 1257;
+    case QLocale::Vietnamese: return 1258;
+    case QLocale::Thai: return 874;
+    case QLocale::Japanese: return 932;
+    case QLocale::Korean: return 949;
+    case QLocale::Chinese: return locale.script() == QLocale::TraditionalChineseScript ? 950 : 936;
+    default: return 1252;
     }
 }
 

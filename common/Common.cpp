@@ -16,16 +16,12 @@ QString ToText(const QVariant &value)
     QLocale locale = QLocale::system();
     locale.setNumberOptions(QLocale::OmitGroupSeparator);
     switch (value.typeId()) {
-    case QMetaType::Bool:
-        return value.toBool() ? u"True"_s : u"False"_s;
-    case QMetaType::Float:
-        return locale.toString(value.toDouble(), 'g', 7);
-    case QMetaType::Double:
-        return locale.toString(value.toDouble(), 'g', 15);
+    case QMetaType::Bool: return value.toBool() ? u"True"_s : u"False"_s;
+    case QMetaType::Float: return locale.toString(value.toDouble(), 'g', 7);
+    case QMetaType::Double: return locale.toString(value.toDouble(), 'g', 15);
     case QMetaType::UChar: // to the variant it is a character
         return QString::number(value.value<quint8>());
-    default:
-        return value.toString();
+    default: return value.toString();
     }
 }
 
@@ -34,8 +30,7 @@ QString FormatText(const QString &text, const QVariantList &values, LineBreakMar
     QString result = text;
     for (qsizetype i = 0; i < values.size(); ++i)
         result.replace(u'{' + QString::number(i + 1) + u'}', ToText(values.at(i)));
-    result.replace(u"{CRLF}"_s, u"\r\n"_s,
-                   marker == LineBreakMarker::Exact ? Qt::CaseSensitive : Qt::CaseInsensitive);
+    result.replace(u"{CRLF}"_s, u"\r\n"_s, marker == LineBreakMarker::Exact ? Qt::CaseSensitive : Qt::CaseInsensitive);
     return result;
 }
 
@@ -106,8 +101,7 @@ QString NullBuffer(int length)
 namespace {
 
 // The processor's default rounding mode is the one wanted: ties to even.
-template <class Integer>
-Integer Rounded(double value)
+template <class Integer> Integer Rounded(double value)
 {
     const double whole = std::nearbyint(value);
     if (!(whole >= std::numeric_limits<Integer>::min() && whole <= std::numeric_limits<Integer>::max()))

@@ -16,8 +16,7 @@ enum class LineBreakMarker { AnyCase, Exact };
 // order, each pass working on the result of the one before, so that a value
 // holding "{2}" is expanded too. "{CRLF}" becomes a carriage return and a line
 // feed. A placeholder without a value stays. There is no escape.
-QString FormatText(const QString &text, const QVariantList &values = {},
-                   LineBreakMarker marker = LineBreakMarker::AnyCase);
+QString FormatText(const QString &text, const QVariantList &values = {}, LineBreakMarker marker = LineBreakMarker::AnyCase);
 
 // A value as text: numbers without grouping and with the locale's decimal
 // sign, booleans as True or False.

@@ -6,12 +6,12 @@
 
 // The classic run-time error numbers that the program raises itself.
 enum RunTimeError : qint32 {
-    InvalidCall = 5,        // invalid procedure call or argument
-    Overflow = 6,           // a result does not fit its integer type
+    InvalidCall = 5, // invalid procedure call or argument
+    Overflow = 6, // a result does not fit its integer type
     SubscriptOutOfRange = 9,
     DivisionByZero = 11,
     TypeMismatch = 13,
-    InputPastEnd = 62,      // a file ends inside a record
+    InputPastEnd = 62, // a file ends inside a record
 };
 
 // The one kind of exception: a number, a description for the user and the
@@ -40,8 +40,7 @@ private:
 
 // Runs an operation and lets an error leave it under the operation's own
 // name; whatever the operation opened is released by its destructors.
-template <class Operation>
-auto WithSource(const char16_t *source, Operation &&operation)
+template <class Operation> auto WithSource(const char16_t *source, Operation &&operation)
 {
     try {
         return operation();

@@ -22,15 +22,13 @@ QVariant ReadValue(Hive hive, const QString &SubKey, const QString &ValueName, q
         *Type = stored.Type;
     switch (stored.Type) {
     case Text: {
-        QString text = QString::fromUtf16(reinterpret_cast<const char16_t *>(stored.Bytes.constData()), stored.Bytes.size() / 2);
+        QString text
+            = QString::fromUtf16(reinterpret_cast<const char16_t *>(stored.Bytes.constData()), stored.Bytes.size() / 2);
         return Common::TrimNull(text);
     }
-    case Number:
-        return stored.Bytes.size() < 4 ? QVariant(0) : QVariant(qFromLittleEndian<qint32>(stored.Bytes.constData()));
-    case Binary:
-        return stored.Bytes;
-    default:
-        return {};
+    case Number: return stored.Bytes.size() < 4 ? QVariant(0) : QVariant(qFromLittleEndian<qint32>(stored.Bytes.constData()));
+    case Binary: return stored.Bytes;
+    default: return {};
     }
 }
 

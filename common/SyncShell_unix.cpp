@@ -44,9 +44,7 @@ private:
 
 qint32 SyncShell(const QString &command)
 {
-    const auto failed = [&] {
-        return Error(InvalidCall, u"Unable to execute command "_s + command, u"SyncShell()"_s);
-    };
+    const auto failed = [&] { return Error(InvalidCall, u"Unable to execute command "_s + command, u"SyncShell()"_s); };
     std::vector<QByteArray> words;
     for (const QString &word : QProcess::splitCommand(command))
         words.push_back(QFile::encodeName(word));

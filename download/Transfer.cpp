@@ -91,15 +91,18 @@ void Transfer::Raise(State state)
     }, Qt::QueuedConnection);
 }
 
-// The reply must not be deleted while one of its own signals is on the way.
+// The reply must neither be aborted nor be deleted while one of its own signals
+// is on the way. A waiting GetChunk is woken by its end.
 void Transfer::Release()
 {
     if (!m_reply)
         return;
     m_reply->disconnect(this);
-    if (m_reply->isRunning())
-        m_reply->abort();
-    m_reply->deleteLater();
+    QMetaObject::invokeMethod(m_reply, [reply = m_reply.data()] {
+        if (reply->isRunning())
+            reply->abort();
+        reply->deleteLater();
+    }, Qt::QueuedConnection);
     m_reply.clear();
 }
 

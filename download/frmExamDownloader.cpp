@@ -67,7 +67,11 @@ frmExamDownloader::frmExamDownloader(QWidget *owner)
     });
     connect(&m_oDownloader, &Downloader::DownloadStarted, this, [this] { m_oDownloader_DownloadStarted(); });
     connect(&m_oDownloader, &Downloader::ChunkDownloaded, this, [this] { m_oDownloader_ChunkDownloaded(); });
-    connect(&m_oDownloader, &Downloader::DownloadComplete, this, [this] { Guard([&] { m_oDownloader_DownloadComplete(); }); });
+    connect(&m_oDownloader, &Downloader::DownloadComplete, this, [this] {
+        // Nothing follows a cancel, whoever it came from.
+        if (!icDownloader.IsCancelled())
+            Guard([&] { m_oDownloader_DownloadComplete(); });
+    });
     // A pack that did not come is one that cannot be installed; the run goes on.
     connect(&m_oDownloader, &Downloader::DownloadFailed, this, [this] { Guard([&] { m_oDownloader_DownloadComplete(); }); });
     connect(&tmrProgressSimulator, &QTimer::timeout, this, [this] {
@@ -310,6 +314,8 @@ void frmExamDownloader::ReadReply()
             if (body.size() > LongestReply)
                 throw Error::RunTime(Overflow);
         }
+        if (icRequestDispatcher.IsCancelled())
+            return;
         m_conversation.Receive(Ansi::ToText(body));
         SetProgress(1.0);
         tmrProgressSimulator.stop();

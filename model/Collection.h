@@ -10,8 +10,7 @@
 // An ordered list with 1-based positions that owns its items together with
 // whoever else holds them. Its position counters are 16-bit: Clear and
 // ResetNumbers raise Overflow for more than 32,767 items.
-template <class ItemType>
-class Collection : public ISerializable {
+template <class ItemType> class Collection : public ISerializable {
 public:
     using Pointer = std::shared_ptr<ItemType>;
 

@@ -126,8 +126,8 @@ const QString &RecordPassPhrase()
 {
     static QString phrase;
     if (phrase.isEmpty()) {
-        static constexpr char constants[] =
-            "Practorium exam record: problem, explanation and statement texts are sealed by it.";
+        static constexpr char constants[]
+            = "Practorium exam record: problem, explanation and statement texts are sealed by it.";
         static_assert(sizeof constants - 1 == 82);
         phrase = QString::fromLatin1(constants);
     }

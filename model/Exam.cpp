@@ -60,8 +60,7 @@ bool Exam::Save(const QString &Path)
 qint16 Exam::CalculateScore() const
 {
     const auto isRight = [](const auto &question) { return question->Answer() == question->CorrectAnswer(); };
-    const qint16 correct = Common::ToInt16(
-        static_cast<double>(std::count_if(m_questions.begin(), m_questions.end(), isRight)));
+    const qint16 correct = Common::ToInt16(static_cast<double>(std::count_if(m_questions.begin(), m_questions.end(), isRight)));
     if (m_questions.Count() == 0)
         throw Error::RunTime(DivisionByZero);
     return Common::ToInt16(static_cast<double>(correct) / m_questions.Count() * m_maxScore);

@@ -52,8 +52,7 @@ QDateTime DateOfNumber(double number)
 }
 
 // How a value of fixed width stands in the file, little-endian.
-template <class Number>
-struct Codec {
+template <class Number> struct Codec {
     static constexpr qsizetype Width = sizeof(Number);
     static Number Get(const char *bytes) { return qFromLittleEndian<Number>(bytes); }
     static void Put(Number value, char *bytes) { qToLittleEndian(value, bytes); }
@@ -74,8 +73,7 @@ struct Codec {
 
 // Four bytes, twice the width of the value in memory. Only the low half means
 // something; the high half is written as 0.
-template <>
-struct Codec<bool> {
+template <> struct Codec<bool> {
     static constexpr qsizetype Width = 4;
     static bool Get(const char *bytes) { return qFromLittleEndian<quint16>(bytes) != 0; }
     static void Put(bool value, char *bytes) { qToLittleEndian<quint32>(value ? 0xFFFF : 0, bytes); }
@@ -90,8 +88,7 @@ struct Codec<bool> {
     static QVariant Plain(bool value) { return value; }
 };
 
-template <>
-struct Codec<Currency> {
+template <> struct Codec<Currency> {
     static constexpr qsizetype Width = 8;
     static Currency Get(const char *bytes) { return { qFromLittleEndian<qint64>(bytes) }; }
     static void Put(Currency value, char *bytes) { qToLittleEndian(value.Scaled, bytes); }
@@ -105,8 +102,7 @@ struct Codec<Currency> {
     static QVariant Plain(Currency value) { return static_cast<double>(value.Scaled) / 10'000; }
 };
 
-template <>
-struct Codec<QDateTime> {
+template <> struct Codec<QDateTime> {
     static constexpr qsizetype Width = 8;
     static QDateTime Get(const char *bytes) { return DateOfNumber(qFromLittleEndian<double>(bytes)); }
     static void Put(const QDateTime &value, char *bytes) { qToLittleEndian(DateNumber(value), bytes); }
@@ -117,20 +113,14 @@ struct Codec<QDateTime> {
             throw Error::RunTime(TypeMismatch);
         return date;
     }
-    static QVariant Plain(const QDateTime &value)
-    {
-        return QLocale::system().toString(value, QLocale::ShortFormat);
-    }
+    static QVariant Plain(const QDateTime &value) { return QLocale::system().toString(value, QLocale::ShortFormat); }
 };
 
-template <class Value>
-constexpr bool IsText = std::is_same_v<Value, QString>;
-template <class Value>
-constexpr bool IsBlock = std::is_same_v<Value, QByteArray>;
+template <class Value> constexpr bool IsText = std::is_same_v<Value, QString>;
+template <class Value> constexpr bool IsBlock = std::is_same_v<Value, QByteArray>;
 
 // Calls the function with Data as the type that it holds.
-template <class Function>
-auto WithHeldType(const QVariant &Data, Function &&function)
+template <class Function> auto WithHeldType(const QVariant &Data, Function &&function)
 {
     switch (Data.typeId()) {
     case QMetaType::Short: return function(Data.value<qint16>());
@@ -353,8 +343,7 @@ qint32 File::ReadByteBlock(QByteArray &Data, qint32 Length)
     return static_cast<qint32>(Data.size());
 }
 
-template <class Value>
-qint32 File::ReadFixed(Value &Data)
+template <class Value> qint32 File::ReadFixed(Value &Data)
 {
     std::array<char, Codec<Value>::Width> bytes{};
     const qint64 delivered = ReadBytes(bytes.data(), bytes.size());
@@ -362,8 +351,7 @@ qint32 File::ReadFixed(Value &Data)
     return static_cast<qint32>(delivered);
 }
 
-template <class Value>
-qint32 File::Read(Value &Data, qint32 Length)
+template <class Value> qint32 File::Read(Value &Data, qint32 Length)
 {
     return WithSource(u"File::ReadData()", [&] {
         RequireAccess(ReadAccess);
@@ -387,16 +375,46 @@ qint32 File::Read(Value &Data, qint32 Length)
     });
 }
 
-qint32 File::ReadData(qint16 &Data, qint32 Length) { return Read(Data, Length); }
-qint32 File::ReadData(qint32 &Data, qint32 Length) { return Read(Data, Length); }
-qint32 File::ReadData(float &Data, qint32 Length) { return Read(Data, Length); }
-qint32 File::ReadData(double &Data, qint32 Length) { return Read(Data, Length); }
-qint32 File::ReadData(Currency &Data, qint32 Length) { return Read(Data, Length); }
-qint32 File::ReadData(QDateTime &Data, qint32 Length) { return Read(Data, Length); }
-qint32 File::ReadData(bool &Data, qint32 Length) { return Read(Data, Length); }
-qint32 File::ReadData(quint8 &Data, qint32 Length) { return Read(Data, Length); }
-qint32 File::ReadData(QString &Data, qint32 Length) { return Read(Data, Length); }
-qint32 File::ReadData(QByteArray &Data, qint32 Length) { return Read(Data, Length); }
+qint32 File::ReadData(qint16 &Data, qint32 Length)
+{
+    return Read(Data, Length);
+}
+qint32 File::ReadData(qint32 &Data, qint32 Length)
+{
+    return Read(Data, Length);
+}
+qint32 File::ReadData(float &Data, qint32 Length)
+{
+    return Read(Data, Length);
+}
+qint32 File::ReadData(double &Data, qint32 Length)
+{
+    return Read(Data, Length);
+}
+qint32 File::ReadData(Currency &Data, qint32 Length)
+{
+    return Read(Data, Length);
+}
+qint32 File::ReadData(QDateTime &Data, qint32 Length)
+{
+    return Read(Data, Length);
+}
+qint32 File::ReadData(bool &Data, qint32 Length)
+{
+    return Read(Data, Length);
+}
+qint32 File::ReadData(quint8 &Data, qint32 Length)
+{
+    return Read(Data, Length);
+}
+qint32 File::ReadData(QString &Data, qint32 Length)
+{
+    return Read(Data, Length);
+}
+qint32 File::ReadData(QByteArray &Data, qint32 Length)
+{
+    return Read(Data, Length);
+}
 
 qint32 File::ReadData(QVariant &Data, qint32 Length)
 {
@@ -435,8 +453,7 @@ void File::WriteBlock(const QByteArray &bytes, qint64 count)
         WriteBytes(QByteArray(count - own, '\0').constData(), count - own);
 }
 
-template <class Value>
-void File::Write(const Value &Data, qint32 Length)
+template <class Value> void File::Write(const Value &Data, qint32 Length)
 {
     WithSource(u"File::WriteData()", [&] {
         RequireAccess(WriteAccess);
@@ -461,22 +478,50 @@ void File::Write(const Value &Data, qint32 Length)
     });
 }
 
-void File::WriteData(qint16 Data, qint32 Length) { Write(Data, Length); }
-void File::WriteData(qint32 Data, qint32 Length) { Write(Data, Length); }
-void File::WriteData(float Data, qint32 Length) { Write(Data, Length); }
-void File::WriteData(double Data, qint32 Length) { Write(Data, Length); }
-void File::WriteData(Currency Data, qint32 Length) { Write(Data, Length); }
-void File::WriteData(const QDateTime &Data, qint32 Length) { Write(Data, Length); }
-void File::WriteData(bool Data, qint32 Length) { Write(Data, Length); }
-void File::WriteData(quint8 Data, qint32 Length) { Write(Data, Length); }
-void File::WriteData(const QString &Data, qint32 Length) { Write(Data, Length); }
-void File::WriteData(const QByteArray &Data, qint32 Length) { Write(Data, Length); }
+void File::WriteData(qint16 Data, qint32 Length)
+{
+    Write(Data, Length);
+}
+void File::WriteData(qint32 Data, qint32 Length)
+{
+    Write(Data, Length);
+}
+void File::WriteData(float Data, qint32 Length)
+{
+    Write(Data, Length);
+}
+void File::WriteData(double Data, qint32 Length)
+{
+    Write(Data, Length);
+}
+void File::WriteData(Currency Data, qint32 Length)
+{
+    Write(Data, Length);
+}
+void File::WriteData(const QDateTime &Data, qint32 Length)
+{
+    Write(Data, Length);
+}
+void File::WriteData(bool Data, qint32 Length)
+{
+    Write(Data, Length);
+}
+void File::WriteData(quint8 Data, qint32 Length)
+{
+    Write(Data, Length);
+}
+void File::WriteData(const QString &Data, qint32 Length)
+{
+    Write(Data, Length);
+}
+void File::WriteData(const QByteArray &Data, qint32 Length)
+{
+    Write(Data, Length);
+}
 
 void File::WriteData(const QVariant &Data, qint32 Length)
 {
-    WithSource(u"File::WriteData()", [&] {
-        WithHeldType(Data, [&](const auto &value) { Write(value, Length); });
-    });
+    WithSource(u"File::WriteData()", [&] { WithHeldType(Data, [&](const auto &value) { Write(value, Length); }); });
 }
 
 void File::CopyTo(File &Target)

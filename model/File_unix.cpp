@@ -51,8 +51,7 @@ bool File::Handle::Open(const QString &path, quint32 access, quint32 disposition
 {
     // Without O_NONBLOCK the open itself would wait for the other end of a
     // pipe; it means nothing to a regular file.
-    m_descriptor = open(QFile::encodeName(path).constData(),
-                        OpenFlags(access, disposition) | O_CLOEXEC | O_NONBLOCK, 0666);
+    m_descriptor = open(QFile::encodeName(path).constData(), OpenFlags(access, disposition) | O_CLOEXEC | O_NONBLOCK, 0666);
     if (m_descriptor < 0)
         return false;
     struct stat status = {};

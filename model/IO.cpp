@@ -119,11 +119,8 @@ QString FormatSize(double Size, qint16 Decimals)
         QLatin1StringView Name;
     };
     static constexpr std::array units = {
-        Unit{ 1e3, 0x1p10, " KB"_L1 },
-        Unit{ 1e6, 0x1p20, " MB"_L1 },
-        Unit{ 1e9, 0x1p30, " GB"_L1 },
-        Unit{ 1e12, 0x1p40, " TB"_L1 },
-        Unit{ 1e15, 0x1p50, " PB"_L1 },
+        Unit{ 1e3, 0x1p10, " KB"_L1 },  Unit{ 1e6, 0x1p20, " MB"_L1 },  Unit{ 1e9, 0x1p30, " GB"_L1 },
+        Unit{ 1e12, 0x1p40, " TB"_L1 }, Unit{ 1e15, 0x1p50, " PB"_L1 },
     };
     QLocale locale = QLocale::system();
     locale.setNumberOptions(QLocale::DefaultNumberOptions);

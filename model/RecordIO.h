@@ -12,8 +12,7 @@
 namespace ExamFormat {
 
 // Read one value of a record that must be whole. Raise InputPastEnd.
-template <class Value>
-void Read(File &file, Value &value, qint32 length = 0)
+template <class Value> void Read(File &file, Value &value, qint32 length = 0)
 {
     file.ReadData(value, length);
     if (file.Shortfall() > 0)
@@ -42,8 +41,7 @@ inline size_t Plausible(const File &file, qint32 count, qint64 itemBytes)
 
 // The record of a collection: the count, then each item's own record.
 
-template <class ItemType>
-bool Collection<ItemType>::Serialize(File &file) const
+template <class ItemType> bool Collection<ItemType>::Serialize(File &file) const
 {
     file.WriteData(Count());
     for (const Pointer &item : m_items)
@@ -51,8 +49,7 @@ bool Collection<ItemType>::Serialize(File &file) const
     return true;
 }
 
-template <class ItemType>
-bool Collection<ItemType>::Deserialize(File &file)
+template <class ItemType> bool Collection<ItemType>::Deserialize(File &file)
 {
     qint32 count = 0;
     ExamFormat::Read(file, count);

@@ -63,8 +63,7 @@ bool IsWholeGif(Walker file)
     skipColours(screen);
     while (!file.IsPastEnd()) {
         switch (file.Byte()) {
-        case 0x3B:
-            return true;
+        case 0x3B: return true;
         case 0x21:
             file.Skip(1);
             skipBlocks();
@@ -75,10 +74,8 @@ bool IsWholeGif(Walker file)
             file.Skip(1);
             skipBlocks();
             break;
-        case 0:
-            break;
-        default:
-            return true;
+        case 0: break;
+        default: return true;
         }
     }
     return false;
@@ -86,7 +83,8 @@ bool IsWholeGif(Walker file)
 
 bool IsWholeBmp(const QByteArray &bytes)
 {
-    const auto half = [&](qsizetype at) { return at + 2 <= bytes.size() ? qFromLittleEndian<quint16>(bytes.data() + at) : quint16(0); };
+    const auto half
+        = [&](qsizetype at) { return at + 2 <= bytes.size() ? qFromLittleEndian<quint16>(bytes.data() + at) : quint16(0); };
     const auto number = [&](qsizetype at) { return at + 4 <= bytes.size() ? qFromLittleEndian<qint32>(bytes.data() + at) : 0; };
     constexpr qint64 fileHeader = 14;
     constexpr int old = 12;

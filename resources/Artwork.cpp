@@ -190,7 +190,8 @@ void PaintWhole(QPainter &painter, const QRectF &rectangle, void (*emblem)(QPain
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     const qreal height = std::min(rectangle.height(), rectangle.width() / LogoAspect);
-    const QRectF area(rectangle.center().x() - height * LogoAspect / 2, rectangle.center().y() - height / 2, height * LogoAspect, height);
+    const QRectF area(rectangle.center().x() - height * LogoAspect / 2, rectangle.center().y() - height / 2,
+                      height * LogoAspect, height);
     OnCanvas(painter, QRectF(area.topLeft(), QSizeF(height, height)), emblem);
     PaintName(painter, area.adjusted(height * 1.22, height * 0.18, 0, -height * 0.06), nameColor);
     painter.restore();
@@ -205,7 +206,8 @@ void PaintLogo(QPainter &painter, const QRectF &rectangle)
 
 void PaintPrintableLogo(QPainter &painter, const QRectF &rectangle)
 {
-    PaintWhole(painter, rectangle, [](QPainter &on) { PaintEmblem(on, Ink, Qt::white); }, Ink);
+    PaintWhole(
+        painter, rectangle, [](QPainter &on) { PaintEmblem(on, Ink, Qt::white); }, Ink);
 }
 
 QIcon ApplicationIcon()

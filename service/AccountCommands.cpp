@@ -24,12 +24,14 @@ QString PasswordFrom(const QString &path)
     return line;
 }
 
-int ChangeExams(const QStringList &arguments, const QString &description, void (Store::*change)(const QString &, const QStringList &))
+int ChangeExams(const QStringList &arguments, const QString &description,
+                void (Store::*change)(const QString &, const QStringList &))
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(description);
     parser.addPositionalArgument(u"EMAIL"_s, u"The user ID."_s);
-    parser.addPositionalArgument(u"EXAM"_s, u"An exam's ID, such as NET-101: letters, digits, \"-\", \"_\", \".\"."_s, u"EXAM…"_s);
+    parser.addPositionalArgument(u"EXAM"_s, u"An exam's ID, such as NET-101: letters, digits, \"-\", \"_\", \".\"."_s,
+                                 u"EXAM…"_s);
     if (const auto code = Command::Parse(parser, arguments, 2, std::numeric_limits<qsizetype>::max()))
         return *code;
     const QStringList exams = parser.positionalArguments().mid(1);
@@ -59,8 +61,8 @@ int Command::AddUser(const QStringList &arguments)
     const QString email = parser.positionalArguments().first();
     if (const QString fault = Password::FaultOfUser(email); !fault.isEmpty())
         return Misused(fault);
-    const QString password = parser.isSet(u"password-file"_s) ? PasswordFrom(parser.value(u"password-file"_s))
-                                                               : ReadSecret(u"Password: "_s);
+    const QString password
+        = parser.isSet(u"password-file"_s) ? PasswordFrom(parser.value(u"password-file"_s)) : ReadSecret(u"Password: "_s);
     if (const QString fault = Password::Fault(password); !fault.isEmpty())
         return Misused(fault);
 

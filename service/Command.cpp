@@ -17,8 +17,11 @@ const QString ProgramName = u"practorium-service"_s;
 
 QString Help()
 {
-    QStringList lines = { u"Lets candidates download the exams that they have bought."_s, {},
-                          u"Usage: %1 COMMAND …"_s.arg(ProgramName), {}, u"Commands:"_s };
+    QStringList lines = { u"Lets candidates download the exams that they have bought."_s,
+                          {},
+                          u"Usage: %1 COMMAND …"_s.arg(ProgramName),
+                          {},
+                          u"Commands:"_s };
     for (const Entry &entry : All())
         lines.append(u"  %1  %2"_s.arg(entry.Name, -12).arg(entry.Summary));
     lines += { {}, u"%1 COMMAND --help tells more; %1 --version the version."_s.arg(ProgramName) };

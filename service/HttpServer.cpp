@@ -8,7 +8,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
+#include <atomic>
 #include <cstring>
 #include <mutex>
 #include <set>
@@ -132,9 +132,11 @@ struct HttpServer::Daemon {
     {
         const auto port = MHD_get_daemon_info(m_daemon, MHD_DAEMON_INFO_BIND_PORT)->port;
         const bool isIPv6 = m_options.Address.contains(u':');
-        return u"%1://%2:%3%4"_s.arg(m_options.Certificate.isEmpty() ? u"http"_s : u"https"_s,
-                                     isIPv6 ? u'[' + m_options.Address + u']' : m_options.Address)
-            .arg(port).arg(QLatin1StringView(Path));
+        return u"%1://%2:%3%4"_s
+            .arg(m_options.Certificate.isEmpty() ? u"http"_s : u"https"_s,
+                 isIPv6 ? u'[' + m_options.Address + u']' : m_options.Address)
+            .arg(port)
+            .arg(QLatin1StringView(Path));
     }
 
     void CloseOverdue()
@@ -164,7 +166,7 @@ private:
     MHD_Daemon *m_daemon = nullptr;
 
     std::mutex m_mutex;
-    bool m_hasStarted = false;
+    std::atomic<bool> m_hasStarted = false;
     QString m_lastWords; // of the library
     std::set<Socket *> m_sockets; // which they leave before they are closed
 };
@@ -174,16 +176,20 @@ private:
 void HttpServer::Daemon::Log(void *self, const char *format, va_list arguments)
 {
     auto *daemon = static_cast<Daemon *>(self);
+    if (daemon->m_hasStarted)
+        return;
     const std::lock_guard lock(daemon->m_mutex);
-    if (!daemon->m_hasStarted)
-        daemon->m_lastWords = QString::vasprintf(format, arguments).trimmed();
+    daemon->m_lastWords = QString::vasprintf(format, arguments).trimmed();
 }
 
 void HttpServer::Daemon::Start()
 {
     AddressList addresses;
-    const addrinfo hints = { AI_NUMERICHOST | AI_NUMERICSERV | AI_PASSIVE, AF_UNSPEC, SOCK_STREAM, 0, 0, nullptr, nullptr, nullptr };
-    if (getaddrinfo(m_options.Address.toLatin1().constData(), QByteArray::number(m_options.Port).constData(), &hints, &addresses.First) != 0)
+    const addrinfo hints
+        = { AI_NUMERICHOST | AI_NUMERICSERV | AI_PASSIVE, AF_UNSPEC, SOCK_STREAM, 0, 0, nullptr, nullptr, nullptr };
+    if (getaddrinfo(m_options.Address.toLatin1().constData(), QByteArray::number(m_options.Port).constData(), &hints,
+                    &addresses.First)
+        != 0)
         throw Error(InvalidCall, u"\"%1\" is no address"_s.arg(m_options.Address), u"HttpServer::Start()"_s);
 
     const bool isSecure = !m_options.Certificate.isEmpty();
@@ -195,7 +201,8 @@ void HttpServer::Daemon::Start()
 
     const auto onMessage = [](void *self, MHD_Connection *connection, const char *path, const char *method, const char *,
                               const char *bytes, size_t *size, void **request) {
-        return static_cast<Daemon *>(self)->Receive(connection, path, method, bytes, size, *reinterpret_cast<Request **>(request));
+        return static_cast<Daemon *>(self)->Receive(connection, path, method, bytes, size,
+                                                    *reinterpret_cast<Request **>(request));
     };
     const auto onEnd = [](void *self, MHD_Connection *connection, void **request, MHD_RequestTerminationCode) {
         delete static_cast<Request *>(*request);
@@ -214,24 +221,21 @@ void HttpServer::Daemon::Start()
     const MHD_OptionItem none[] = { { MHD_OPTION_END, 0, nullptr } };
 
     // The log comes first: it is to hear of the other options.
-    m_daemon = MHD_start_daemon(
-        flags, m_options.Port, nullptr, nullptr, static_cast<MHD_AccessHandlerCallback>(onMessage), this,
-        MHD_OPTION_EXTERNAL_LOGGER, &Daemon::Log, this,
-        MHD_OPTION_SOCK_ADDR, addresses.First->ai_addr,
-        MHD_OPTION_THREAD_POOL_SIZE, Threads,
-        MHD_OPTION_CONNECTION_LIMIT, std::max(m_options.Connections, Threads),
-        MHD_OPTION_PER_IP_CONNECTION_LIMIT, m_options.ConnectionsOfOneAddress,
-        MHD_OPTION_CONNECTION_MEMORY_LIMIT, HeaderMemory,
-        MHD_OPTION_CONNECTION_TIMEOUT, static_cast<unsigned>(m_options.Silence.count()),
-        MHD_OPTION_STRICT_FOR_CLIENT, 1,
-        MHD_OPTION_NOTIFY_COMPLETED, static_cast<MHD_RequestCompletedCallback>(onEnd), this,
-        MHD_OPTION_NOTIFY_CONNECTION, static_cast<MHD_NotifyConnectionCallback>(onConnection), this,
-        MHD_OPTION_ARRAY, isSecure ? security : none,
-        MHD_OPTION_END);
-    const std::lock_guard lock(m_mutex);
+    m_daemon = MHD_start_daemon(flags, m_options.Port, nullptr, nullptr, static_cast<MHD_AccessHandlerCallback>(onMessage),
+                                this, MHD_OPTION_EXTERNAL_LOGGER, &Daemon::Log, this, MHD_OPTION_SOCK_ADDR,
+                                addresses.First->ai_addr, MHD_OPTION_THREAD_POOL_SIZE, Threads, MHD_OPTION_CONNECTION_LIMIT,
+                                std::max(m_options.Connections, Threads), MHD_OPTION_PER_IP_CONNECTION_LIMIT,
+                                m_options.ConnectionsOfOneAddress, MHD_OPTION_CONNECTION_MEMORY_LIMIT, HeaderMemory,
+                                MHD_OPTION_CONNECTION_TIMEOUT, static_cast<unsigned>(m_options.Silence.count()),
+                                MHD_OPTION_STRICT_FOR_CLIENT, 1, MHD_OPTION_NOTIFY_COMPLETED,
+                                static_cast<MHD_RequestCompletedCallback>(onEnd), this, MHD_OPTION_NOTIFY_CONNECTION,
+                                static_cast<MHD_NotifyConnectionCallback>(onConnection), this, MHD_OPTION_ARRAY,
+                                isSecure ? security : none, MHD_OPTION_END);
     m_hasStarted = true;
+    const std::lock_guard lock(m_mutex);
     if (!m_daemon)
-        throw Error(InvalidCall, m_lastWords.isEmpty() ? u"The service cannot be started"_s : m_lastWords, u"HttpServer::Start()"_s);
+        throw Error(InvalidCall, m_lastWords.isEmpty() ? u"The service cannot be started"_s : m_lastWords,
+                    u"HttpServer::Start()"_s);
 }
 
 void HttpServer::Daemon::Notify(MHD_Connection *connection, void **socket, MHD_ConnectionNotificationCode code)
@@ -249,7 +253,8 @@ void HttpServer::Daemon::Notify(MHD_Connection *connection, void **socket, MHD_C
 
 void HttpServer::Daemon::Mark(MHD_Connection *connection, bool isReceiving)
 {
-    auto *socket = static_cast<Socket *>(MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT)->socket_context);
+    auto *socket
+        = static_cast<Socket *>(MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT)->socket_context);
     const std::lock_guard lock(m_mutex);
     socket->IsReceiving = isReceiving;
     socket->Since = m_clock();
@@ -258,7 +263,7 @@ void HttpServer::Daemon::Mark(MHD_Connection *connection, bool isReceiving)
 // Called once with the headers, then with each piece of the body, and at last
 // without one.
 MHD_Result HttpServer::Daemon::Receive(MHD_Connection *connection, const char *path, const char *method, const char *bytes,
-                                   size_t *size, Request *&request)
+                                       size_t *size, Request *&request)
 {
     try {
         if (!request) {

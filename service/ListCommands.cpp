@@ -26,6 +26,7 @@ int Command::ListReports(const QStringList &arguments)
         return *code;
     const Store store(parser.value(u"database"_s));
     for (const Store::ReportLine &line : store.Reports())
-        Console::Print(QStringList{ line.Received, line.Email, Console::OneLine(line.Exams), Console::OneLine(line.Time) }.join(u'\t'));
+        Console::Print(
+            QStringList{ line.Received, line.Email, Console::OneLine(line.Exams), Console::OneLine(line.Time) }.join(u'\t'));
     return Success;
 }

@@ -34,7 +34,8 @@ const QFile::Permissions OwnerOnly = QFile::ReadOwner | QFile::WriteOwner;
 void Protect(const QString &path, Store::IfMissing ifMissing)
 {
     QFile file(path);
-    const auto mode = ifMissing == Store::IfMissing::Make ? QIODevice::ReadWrite : QIODevice::ReadWrite | QIODevice::ExistingOnly;
+    const auto mode
+        = ifMissing == Store::IfMissing::Make ? QIODevice::ReadWrite : QIODevice::ReadWrite | QIODevice::ExistingOnly;
     if (!file.open(mode, OwnerOnly)
         || ((file.permissions() & ~(OwnerOnly | QFile::ReadUser | QFile::WriteUser)) && !file.setPermissions(OwnerOnly)))
         throw Error(InvalidCall, u"%1: %2"_s.arg(path, file.errorString()), u"Store::Store()"_s);
@@ -126,7 +127,8 @@ void Store::Prepare()
 bool Store::IsExamId(QStringView text)
 {
     const auto isPlain = [](QChar c) {
-        return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9') || c == u'-' || c == u'_' || c == u'.';
+        return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9') || c == u'-' || c == u'_'
+            || c == u'.';
     };
     return !text.isEmpty() && text.size() <= 64 && text.front() != u'.' && std::all_of(text.begin(), text.end(), isPlain);
 }
@@ -254,9 +256,11 @@ bool Store::Record(const Report &report)
 
 std::vector<Store::ReportLine> Store::Reports() const
 {
-    QSqlQuery query = Run(u"SELECT received, email, exams, time FROM reports JOIN users ON users.id = reports.user ORDER BY reports.id"_s);
+    QSqlQuery query
+        = Run(u"SELECT received, email, exams, time FROM reports JOIN users ON users.id = reports.user ORDER BY reports.id"_s);
     std::vector<ReportLine> lines;
     while (query.next())
-        lines.push_back({ query.value(0).toString(), query.value(1).toString(), query.value(2).toString(), query.value(3).toString() });
+        lines.push_back(
+            { query.value(0).toString(), query.value(1).toString(), query.value(2).toString(), query.value(3).toString() });
     return lines;
 }

@@ -89,8 +89,8 @@ void ExamSession::DisplayQuestion(const Question &question)
     const Exam &exam = TheExam();
     m_port.CloseExhibit();
     m_page.Problem = question.Problem();
-    m_page.Title = Common::FormatText(u"Exam: {1} - Item {2} of {3}"_s,
-                                      { exam.Code(), question.Number(), exam.Questions().Count() });
+    m_page.Title
+        = Common::FormatText(u"Exam: {1} - Item {2} of {3}"_s, { exam.Code(), question.Number(), exam.Questions().Count() });
     if (m_reviewMode == ReviewingAll)
         m_page.Title = Common::FormatText(u"{1} - Reviewing All"_s, { m_page.Title });
     else if (m_reviewMode == ReviewingMarked)
@@ -316,8 +316,9 @@ void ExamSession::cmdExhibit_Click()
     try {
         m_port.ShowExhibit(CurrentQuestion()->Exhibit());
     } catch (const Error &) {
-        m_port.Ask(u"The exhibit cannot be displayed because required files are missing or corrupt. Please reinstall the exam pack."_s,
-                   CriticalMessage, {});
+        m_port.Ask(
+            u"The exhibit cannot be displayed because required files are missing or corrupt. Please reinstall the exam pack."_s,
+            CriticalMessage, {});
     }
 }
 
@@ -345,8 +346,9 @@ void ExamSession::tmrTimer_Timer()
     }
     m_port.StopClock();
     m_isAskingForTime = true;
-    const int answer = m_port.Interrupt(
-        u"The time has elapsed for this exam. Would you like to continue for another 30 minutes?"_s, QuestionMessage);
+    const int answer
+        = m_port.Interrupt(u"The time has elapsed for this exam. Would you like to continue for another 30 minutes?"_s,
+                           QuestionMessage);
     m_isAskingForTime = false;
     if (!Globals::CurrentExam)
         return;

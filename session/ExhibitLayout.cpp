@@ -37,8 +37,8 @@ Boxes Arrange(const Sizes &sizes)
     // cut off.
     boxes.WindowHeight = std::max(boxes.WindowHeight, boxes.Button.Bottom() + LeastFoot + sizes.FrameHeight);
     if (boxes.HasScrollBar) {
-        boxes.ScrollBar = { innerWidth - sizes.ScrollBarWidth, 0, sizes.ScrollBarWidth,
-                            boxes.WindowHeight - sizes.FrameHeight };
+        boxes.ScrollBar
+            = { innerWidth - sizes.ScrollBarWidth, 0, sizes.ScrollBarWidth, boxes.WindowHeight - sizes.FrameHeight };
         boxes.Max = static_cast<int>(std::lround(sizes.PictureHeight - boxes.Viewport.Height));
         boxes.SmallChange = static_cast<int>(std::lround(boxes.Viewport.Height * 10 / 100));
         boxes.LargeChange = static_cast<int>(std::lround(boxes.Viewport.Height));

@@ -4,8 +4,8 @@ namespace PageLayout {
 
 namespace {
 
-constexpr double Gap = 100;         // above and below the frame
-constexpr double EdgeGap = 50;      // of what is right-aligned in the frame
+constexpr double Gap = 100; // above and below the frame
+constexpr double EdgeGap = 50; // of what is right-aligned in the frame
 constexpr double FirstRowGap = 500;
 constexpr double RowGap = 200;
 constexpr double ContentFoot = 1000;

@@ -24,9 +24,9 @@ struct Sizes {
 };
 
 struct Boxes {
-    Box Frame;         // in the window
-    Box Content;       // in the frame; its height is the rows' matter
-    Box ScrollBar;     // in the frame
+    Box Frame; // in the window
+    Box Content; // in the frame; its height is the rows' matter
+    Box ScrollBar; // in the frame
     double MarkLeft = 0;
     double TimeLeft = 0;
     double QuestionWidth = 0;

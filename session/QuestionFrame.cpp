@@ -198,8 +198,8 @@ void QuestionFrame::ArrangeRows()
     if (m_rowCount > 0) {
         QAbstractButton *first = SelectorOf(m_rows.front());
         size = first->sizeHint();
-        size.rwidth() += first->fontMetrics().horizontalAdvance(u'W') - first->fontMetrics().horizontalAdvance(first->text().left(1))
-            + SelectorGap;
+        size.rwidth() += first->fontMetrics().horizontalAdvance(u'W')
+            - first->fontMetrics().horizontalAdvance(first->text().left(1)) + SelectorGap;
     }
     const double selectorWidth = Twips::Of(size.width() + TextInset);
     const int labelWidth = Twips::ToPixels(PageLayout::LabelWidth(m_boxes.QuestionWidth, selectorWidth));

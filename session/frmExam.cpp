@@ -71,10 +71,12 @@ frmExam::frmExam()
     press(cmdReview, &ExamSession::cmdReview_Click);
     press(picBorder->Info()->WhyButton(), &ExamSession::cmdWhy_Click);
     connect(chkMarked, &QCheckBox::clicked, this, [this](bool marked) { m_session.chkMarked_Click(marked); });
-    connect(picBorder, &QuestionFrame::RadioClicked, this, [this](int row) { Guard([&] { m_session.optChoices_Click(row); }); });
+    connect(picBorder, &QuestionFrame::RadioClicked, this,
+            [this](int row) { Guard([&] { m_session.optChoices_Click(row); }); });
     connect(picBorder, &QuestionFrame::CheckClicked, this,
             [this](int row, bool checked) { Guard([&] { m_session.chkChoices_Click(row, checked); }); });
-    connect(picBorder, &QuestionFrame::LabelClicked, this, [this](int row) { Guard([&] { m_session.lblChoices_Click(row); }); });
+    connect(picBorder, &QuestionFrame::LabelClicked, this,
+            [this](int row) { Guard([&] { m_session.lblChoices_Click(row); }); });
     connect(&tmrTimer, &ExamClock::Tick, this, [this] { Guard([&] { m_session.tmrTimer_Timer(); }); });
 
     CoverWorkArea(this);
@@ -215,7 +217,8 @@ void frmExam::Arrange()
     sizes.InnerHeight = Twips::Of(height());
     chkMarked->adjustSize();
     chkMarked->move(chkMarked->x(), TopMargin);
-    sizes.Mark = { Twips::Of(chkMarked->x()), Twips::Of(TopMargin), Twips::Of(chkMarked->width()), Twips::Of(chkMarked->height()) };
+    sizes.Mark
+        = { Twips::Of(chkMarked->x()), Twips::Of(TopMargin), Twips::Of(chkMarked->width()), Twips::Of(chkMarked->height()) };
     const int timeWidth = lblTime->fontMetrics().horizontalAdvance(u"Time Remaining:  000:00:00"_s);
     sizes.Time = { 0, 0, Twips::Of(timeWidth), Twips::Of(chkMarked->height()) };
     sizes.FrameBorder = picBorder->BorderTwips();
@@ -236,9 +239,8 @@ void frmExam::ArrangeButtons()
 {
     const PageLayout::Box frame{ Twips::Of(picBorder->x()), Twips::Of(picBorder->y()), Twips::Of(picBorder->width()),
                                  Twips::Of(picBorder->height()) };
-    const PageLayout::ButtonLefts row =
-        PageLayout::ArrangeButtons(frame, Twips::Of(height()), Twips::Of(cmdNext->height()), Twips::Of(cmdReview->width()),
-                                   m_session.Page().HasExhibit);
+    const PageLayout::ButtonLefts row = PageLayout::ArrangeButtons(frame, Twips::Of(height()), Twips::Of(cmdNext->height()),
+                                                                   Twips::Of(cmdReview->width()), m_session.Page().HasExhibit);
     const int top = Twips::ToPixels(row.Top);
     cmdNext->move(Twips::ToPixels(row.Next), top);
     cmdPrev->move(Twips::ToPixels(row.Prev), top);
@@ -259,14 +261,9 @@ bool frmExam::PressScaleKey(int key)
     case Qt::Key_Equal: // the same key without Shift
         SetTextScale(m_textScale * ScaleStep);
         return true;
-    case Qt::Key_Minus:
-        SetTextScale(m_textScale / ScaleStep);
-        return true;
-    case Qt::Key_0:
-        SetTextScale(1);
-        return true;
-    default:
-        return false;
+    case Qt::Key_Minus: SetTextScale(m_textScale / ScaleStep); return true;
+    case Qt::Key_0: SetTextScale(1); return true;
+    default: return false;
     }
 }
 
@@ -317,10 +314,10 @@ void frmExam::keyPressEvent(QKeyEvent *event)
             if (auto *button = qobject_cast<QPushButton *>(focusWidget()))
                 button->click();
             return;
-        default:
-            break;
+        default: break;
         }
-        if (modifiers != Qt::NoModifier || event->isAutoRepeat() || event->text().size() != 1 || !m_session.PressLetter(event->text().front()))
+        if (modifiers != Qt::NoModifier || event->isAutoRepeat() || event->text().size() != 1
+            || !m_session.PressLetter(event->text().front()))
             QWidget::keyPressEvent(event);
     });
 }

@@ -89,7 +89,8 @@ void frmExhibit::Arrange()
     sizes.FrameHeight = Twips::Of(framed->frameGeometry().height() - framed->height());
     const ExhibitLayout::Boxes boxes = ExhibitLayout::Arrange(sizes);
 
-    setFixedSize(Twips::ToPixels(boxes.WindowWidth - sizes.FrameWidth), Twips::ToPixels(boxes.WindowHeight - sizes.FrameHeight));
+    setFixedSize(Twips::ToPixels(boxes.WindowWidth - sizes.FrameWidth),
+                 Twips::ToPixels(boxes.WindowHeight - sizes.FrameHeight));
     picClipper->setGeometry(boxes.Viewport.ToPixels());
     cmdClose->setGeometry(boxes.Button.ToPixels());
     vsbScroll->setVisible(boxes.HasScrollBar);
@@ -116,11 +117,8 @@ void frmExhibit::keyPressEvent(QKeyEvent *event)
     case Qt::Key_PageUp:
     case Qt::Key_PageDown:
     case Qt::Key_Home:
-    case Qt::Key_End:
-        QCoreApplication::sendEvent(vsbScroll, event);
-        break;
-    default:
-        QDialog::keyPressEvent(event); // Enter and Escape
+    case Qt::Key_End: QCoreApplication::sendEvent(vsbScroll, event); break;
+    default: QDialog::keyPressEvent(event); // Enter and Escape
     }
 }
 

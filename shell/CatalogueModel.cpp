@@ -28,7 +28,8 @@ void CatalogueModel::Refresh()
         } catch (const Error &) {
             continue;
         }
-        m_rows.push_back({ path, Common::ShownText(exam.Code()).left(LongestText), Common::ShownText(exam.Name()).left(LongestText) });
+        m_rows.push_back(
+            { path, Common::ShownText(exam.Code()).left(LongestText), Common::ShownText(exam.Name()).left(LongestText) });
     }
     endResetModel();
 }
@@ -55,12 +56,9 @@ QVariant CatalogueModel::data(const QModelIndex &index, int role) const
         const QString text = index.column() == 0 ? row.Code : row.Name;
         return role == Qt::DisplayRole ? text : text.toHtmlEscaped();
     }
-    case Qt::ForegroundRole:
-        return Theme::ListText;
-    case Qt::UserRole:
-        return row.Path;
-    default:
-        return {};
+    case Qt::ForegroundRole: return Theme::ListText;
+    case Qt::UserRole: return row.Path;
+    default: return {};
     }
 }
 

@@ -125,7 +125,8 @@ void Print(QPagedPaintDevice &device, const QString &examCode, const QString &ex
     const double dots = device.logicalDpiX() / MillimetresAnInch;
     const QSizeF paper = device.pageLayout().fullRect(QPageLayout::Millimeter).size();
     const QRectF paintable = device.pageLayout().paintRect(QPageLayout::Millimeter);
-    const QPointF corner = QPointF((paper.width() - UsableWidth) / 2, std::max(0.0, (paper.height() - UsableHeight) / 2)) - paintable.topLeft();
+    const QPointF corner
+        = QPointF((paper.width() - UsableWidth) / 2, std::max(0.0, (paper.height() - UsableHeight) / 2)) - paintable.topLeft();
     const auto place = [&](double x, double y) { return (corner + QPointF(x, y)) * dots; };
     const auto measure = [&](const QString &text, bool isBold) {
         return QFontMetricsF(SheetFont(isBold), &device).horizontalAdvance(text) / dots;
@@ -160,7 +161,8 @@ void SavePdf(const QString &path, const QString &examCode, const QString &examNa
     {
         QPdfWriter writer(&buffer);
         writer.setTitle(u"Score report: "_s + Common::ShownText(examCode));
-        writer.setPageSize(QPageSize(QLocale::system().measurementSystem() == QLocale::ImperialUSSystem ? QPageSize::Letter : QPageSize::A4));
+        writer.setPageSize(
+            QPageSize(QLocale::system().measurementSystem() == QLocale::ImperialUSSystem ? QPageSize::Letter : QPageSize::A4));
         Print(writer, examCode, examName, report);
     }
     QSaveFile file(path);

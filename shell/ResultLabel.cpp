@@ -46,7 +46,8 @@ QSize ResultLabel::sizeHint() const
     int width = QFontMetrics(HeadlineFont()).horizontalAdvance(lines.first()) + 2 * BandSides;
     for (const QString &line : lines.mid(1))
         width = std::max(width, fontMetrics().horizontalAdvance(line));
-    return { width, 2 * Margin + BandHeight() + BandPadding + static_cast<int>(lines.size() - 1) * fontMetrics().lineSpacing() };
+    return { width,
+             2 * Margin + BandHeight() + BandPadding + static_cast<int>(lines.size() - 1) * fontMetrics().lineSpacing() };
 }
 
 void ResultLabel::paintEvent(QPaintEvent *)

@@ -21,14 +21,16 @@ frmAbout::frmAbout(QWidget *owner)
     setObjectName(u"frmAbout"_s);
     setWindowTitle(u"About "_s + ApplicationTitle);
     auto *picLogo = new LogoView(300, this);
-    auto *lblVersion = new QLabel(
-        Common::FormatText(u"Version: {1}.{2} Build: {3}"_s, { PRACTORIUM_MAJOR, PRACTORIUM_MINOR, PRACTORIUM_REVISION }), this);
+    auto *lblVersion = new QLabel(Common::FormatText(u"Version: {1}.{2} Build: {3}"_s,
+                                                     { PRACTORIUM_MAJOR, PRACTORIUM_MINOR, PRACTORIUM_REVISION }),
+                                  this);
     lblVersion->setObjectName(u"lblVersion"_s);
     Theme::ScaleFont(lblVersion, 1.1, QFont::DemiBold);
-    auto *lblNotice = new QLabel(
-        Common::FormatText(u"Copyright © {1} the authors of Practorium.\nFree software under the Apache License, version 2.0."_s,
-                           { QDate::currentDate().year() }),
-        this);
+    auto *lblNotice
+        = new QLabel(Common::FormatText(
+                         u"Copyright © {1} the authors of Practorium.\nFree software under the Apache License, version 2.0."_s,
+                         { QDate::currentDate().year() }),
+                     this);
     lblNotice->setObjectName(u"lblNotice"_s);
     lblNotice->setAlignment(Qt::AlignCenter);
     auto *cmdSysInfo = new QPushButton(u"&System Info..."_s, this);

@@ -147,7 +147,8 @@ void frmReport::Arrange()
     SetBar(shpObtained, m_report.ObtainedShare(), m_report.ObtainedColor());
     lblRequired->setText(u"Required Score: %1"_s.arg(m_report.RequiredScore));
     lblObtained->setText(u"Your Score: %1"_s.arg(m_report.ObtainedScore));
-    picScores->setAccessibleName(u"Required %1 percent, yours %2 percent"_s.arg(m_report.RequiredShare()).arg(m_report.ObtainedShare()));
+    picScores->setAccessibleName(
+        u"Required %1 percent, yours %2 percent"_s.arg(m_report.RequiredShare()).arg(m_report.ObtainedShare()));
     lblMessage->resize(lblMessage->sizeHint());
     fraScores->layout()->activate();
     fraScores->resize(fraScores->sizeHint());
@@ -155,9 +156,9 @@ void frmReport::Arrange()
     const auto sizeOf = [](const QWidget *widget) {
         return Twips::Box{ 0, 0, Twips::Of(widget->width()), Twips::Of(widget->height()) };
     };
-    const ReportLayout::Boxes boxes =
-        ReportLayout::Arrange(Twips::Of(width()), Twips::Of(height()),
-                              { sizeOf(picLogo), sizeOf(lblMessage), sizeOf(fraScores), sizeOf(cmdPrint), sizeOf(cmdExit) });
+    const ReportLayout::Boxes boxes
+        = ReportLayout::Arrange(Twips::Of(width()), Twips::Of(height()),
+                                { sizeOf(picLogo), sizeOf(lblMessage), sizeOf(fraScores), sizeOf(cmdPrint), sizeOf(cmdExit) });
     const auto place = [](QWidget *widget, const Twips::Box &box) { widget->move(box.ToPixels().topLeft()); };
     place(picLogo, boxes.Logo);
     place(lblMessage, boxes.Message);
@@ -168,8 +169,7 @@ void frmReport::Arrange()
     cmdSavePdf->move((cmdPrint->geometry().right() + cmdExit->x() - cmdSavePdf->width()) / 2, cmdPrint->y());
 }
 
-template <class Job>
-void frmReport::RunJob(Job &&job)
+template <class Job> void frmReport::RunJob(Job &&job)
 {
     bool done = false;
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
@@ -196,7 +196,8 @@ void frmReport::PrintReport()
 
 void frmReport::SavePdf()
 {
-    QString path = QFileDialog::getSaveFileName(this, u"Save the score report"_s, u"Score report.pdf"_s, u"PDF documents (*.pdf)"_s);
+    QString path
+        = QFileDialog::getSaveFileName(this, u"Save the score report"_s, u"Score report.pdf"_s, u"PDF documents (*.pdf)"_s);
     if (path.isEmpty())
         return;
     if (!path.endsWith(u".pdf"_s, Qt::CaseInsensitive))

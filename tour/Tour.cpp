@@ -43,8 +43,7 @@ void Expect(bool holds, const QString &what)
         Stop(what);
 }
 
-template <class Widget>
-Widget *Find(QWidget *window, const QString &name)
+template <class Widget> Widget *Find(QWidget *window, const QString &name)
 {
     auto *widget = window->findChild<Widget *>(name);
     Expect(widget != nullptr, name + u" in "_s + window->objectName());
@@ -71,8 +70,7 @@ Question &Item(int number)
 }
 
 // The first item that the condition holds for.
-template <class Condition>
-int ItemWhere(Condition &&condition, const QString &what)
+template <class Condition> int ItemWhere(Condition &&condition, const QString &what)
 {
     for (int number = 1; number <= Globals::CurrentExam->Questions().Count(); ++number) {
         if (condition(Item(number)))
@@ -213,9 +211,12 @@ void Tour::AnswerItems()
             Click(next);
     }
 
-    const int limited = ItemWhere([](const Question &item) { return item.HasHint() && item.AnswerCount() > 1
-                                          && item.Choices().Count() > item.AnswerCount() && item.Answer() == item.CorrectAnswer(); },
-                                  u"a selection limit"_s);
+    const int limited = ItemWhere(
+        [](const Question &item) {
+            return item.HasHint() && item.AnswerCount() > 1 && item.Choices().Count() > item.AnswerCount()
+                && item.Answer() == item.CorrectAnswer();
+        },
+        u"a selection limit"_s);
     GoTo(limited);
     for (const auto &choice : Item(limited).Choices()) {
         if (choice->IsSolution())
@@ -234,10 +235,12 @@ void Tour::AnswerItems()
     Picture(exhibit, u"exhibit"_s);
     Click(Find<QPushButton>(exhibit, u"cmdClose"_s));
 
-    const int tall = ItemWhere([](const Question &item) { return item.Exhibit() == u"route-table.gif"_s; }, u"a tall exhibit"_s);
+    const int tall
+        = ItemWhere([](const Question &item) { return item.Exhibit() == u"route-table.gif"_s; }, u"a tall exhibit"_s);
     GoTo(tall);
     Click(Find<QPushButton>(exam, u"cmdExhibit"_s));
-    Expect(QTest::qWaitFor([&] { return exam->findChild<QWidget *>(u"frmExhibit"_s) != nullptr; }, Patience), u"the tall exhibit"_s);
+    Expect(QTest::qWaitFor([&] { return exam->findChild<QWidget *>(u"frmExhibit"_s) != nullptr; }, Patience),
+           u"the tall exhibit"_s);
     exhibit = exam->findChildren<QWidget *>(u"frmExhibit"_s).last();
     auto *bar = Find<QScrollBar>(exhibit, u"vsbScroll"_s);
     Expect(QTest::qWaitForWindowExposed(exhibit), u"the tall exhibit to show"_s);

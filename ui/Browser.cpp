@@ -12,7 +12,8 @@ void LaunchBrowser(const QString &Url)
     const QString probe = u"temp.htm"_s;
     QFile file(probe);
     // Only a document can be asked for its program, so there must be one.
-    const bool written = !QFileInfo(probe).isSymLink() && file.open(QIODevice::WriteOnly) && file.write("<HTML></HTML>\r\n") > 0 && file.flush();
+    const bool written = !QFileInfo(probe).isSymLink() && file.open(QIODevice::WriteOnly) && file.write("<HTML></HTML>\r\n") > 0
+        && file.flush();
     file.close();
     if (!written) {
         CurrentMessagePort().Show(u"Cannot launch browser because an error occured writing to temporary file."_s, PlainMessage);

@@ -15,9 +15,8 @@ constexpr char Tag[] = "tag";
 QWidgetList OpenWindows()
 {
     QWidgetList windows = QApplication::topLevelWidgets();
-    windows.removeIf([](const QWidget *widget) {
-        return widget->windowType() != Qt::Window && widget->windowType() != Qt::Dialog;
-    });
+    windows.removeIf(
+        [](const QWidget *widget) { return widget->windowType() != Qt::Window && widget->windowType() != Qt::Dialog; });
     return windows;
 }
 

@@ -11,8 +11,7 @@ void ReportUnhandled(const Error &error);
 
 // Runs what the user's action asks for. No exception may travel through Qt's
 // own code, so every slot and event handler that can raise stands inside one.
-template <class Action>
-void Guard(Action &&action)
+template <class Action> void Guard(Action &&action)
 {
     try {
         std::forward<Action>(action)();

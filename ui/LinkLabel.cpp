@@ -68,7 +68,7 @@ void LinkLabel::ReadProperties(const QVariantMap &Store)
 
 QVariantMap LinkLabel::WriteProperties() const
 {
-    return { { HRefName, m_href },         { ForeColorName, m_foreColor }, { EnabledName, isEnabled() },
+    return { { HRefName, m_href },          { ForeColorName, m_foreColor }, { EnabledName, isEnabled() },
              { FontName, lblLink->font() }, { CaptionName, Caption() },     { BackColorName, m_backColor } };
 }
 
@@ -174,11 +174,8 @@ void LinkLabel::keyPressEvent(QKeyEvent *event)
     switch (event->key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
-    case Qt::Key_Space:
-        Follow();
-        break;
-    default:
-        QWidget::keyPressEvent(event);
+    case Qt::Key_Space: Follow(); break;
+    default: QWidget::keyPressEvent(event);
     }
 }
 

@@ -83,7 +83,8 @@ private:
         box->setTextFormat(Qt::PlainText);
         box->setText(Common::ShownText(text));
         if (!IconKey(style).isEmpty())
-            box->setIconPixmap(Artwork::MessageIcon(IconKey(style)).pixmap(QSize(IconSize, IconSize), box->devicePixelRatioF()));
+            box->setIconPixmap(
+                Artwork::MessageIcon(IconKey(style)).pixmap(QSize(IconSize, IconSize), box->devicePixelRatioF()));
         const bool asks = style == QuestionMessage;
         box->setStandardButtons(asks ? QMessageBox::Yes | QMessageBox::No : QMessageBox::StandardButtons(QMessageBox::Ok));
         box->setDefaultButton(asks ? QMessageBox::Yes : QMessageBox::Ok);

@@ -5,9 +5,9 @@
 
 // What a message box looks like: a set of buttons plus an icon.
 enum MessageStyle : int {
-    PlainMessage = 0,        // OK
-    CriticalMessage = 16,    // OK, for unexpected failures
-    QuestionMessage = 36,    // Yes and No, for confirmations
+    PlainMessage = 0, // OK
+    CriticalMessage = 16, // OK, for unexpected failures
+    QuestionMessage = 36, // Yes and No, for confirmations
     ExclamationMessage = 48, // OK, for the user's mistakes
     InformationMessage = 64, // OK, for hints
 };

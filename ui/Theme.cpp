@@ -36,12 +36,13 @@ void Apply(QApplication &application)
 
 void ShowThumb(QWidget *scrollBar)
 {
-    scrollBar->setStyleSheet(u"QScrollBar:vertical { background: #edf1f6; width: 16px; }"
-                             "QScrollBar::handle:vertical { background: #a9b9cb; border-radius: 5px; margin: 2px; min-height: 28px; }"
-                             "QScrollBar::handle:vertical:hover { background: #8fa3ba; }"
-                             "QScrollBar::handle:vertical:disabled { background: #edf1f6; }"
-                             "QScrollBar::add-line, QScrollBar::sub-line { height: 0; }"
-                             "QScrollBar::add-page, QScrollBar::sub-page { background: transparent; }"_s);
+    scrollBar->setStyleSheet(
+        u"QScrollBar:vertical { background: #edf1f6; width: 16px; }"
+        "QScrollBar::handle:vertical { background: #a9b9cb; border-radius: 5px; margin: 2px; min-height: 28px; }"
+        "QScrollBar::handle:vertical:hover { background: #8fa3ba; }"
+        "QScrollBar::handle:vertical:disabled { background: #edf1f6; }"
+        "QScrollBar::add-line, QScrollBar::sub-line { height: 0; }"
+        "QScrollBar::add-page, QScrollBar::sub-page { background: transparent; }"_s);
 }
 
 void ScaleFont(QWidget *widget, double factor, int weight)

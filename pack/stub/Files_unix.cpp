@@ -31,7 +31,8 @@ bool HoldsFolder(int folder)
         holds = fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
         return !holds;
     });
-    return holds || !isListed;
+    // One that was removed meanwhile holds nothing.
+    return holds || (!isListed && errno != ENOENT);
 }
 
 void Remove(int parent, const char *name)

@@ -31,6 +31,8 @@ public:
 
     bool IsOpen() const { return m_number >= 0; }
     operator int() const { return m_number; }
+    // Somebody else closes it.
+    void Release() { m_number = -1; }
     // A disk may say only now that it has no room.
     bool Close() { return m_number < 0 || close(std::exchange(m_number, -1)) == 0; }
 
@@ -44,16 +46,15 @@ bool WriteAll(int file, const char *bytes, std::size_t count);
 bool Sync(int file);
 
 // Shows every name in the folder to visit until that returns false. False when
-// the folder cannot be listed.
+// the folder cannot be listed, with the system's code left behind.
 template <class Visit>
 bool ForEach(int folder, Visit visit)
 {
-    const int own = openat(folder, ".", FolderFlags);
-    DIR *listing = own < 0 ? nullptr : fdopendir(own);
-    if (!listing) {
-        close(own);
+    Descriptor own(openat(folder, ".", FolderFlags));
+    DIR *listing = own.IsOpen() ? fdopendir(own) : nullptr;
+    if (!listing)
         return false;
-    }
+    own.Release();
     while (const dirent *entry = readdir(listing)) {
         if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0 && !visit(entry->d_name))
             break;

@@ -127,9 +127,10 @@ public:
             return { NoExamsFolder };
         for (const char *part : { hasData ? data : home, hasData ? "" : "/.local/share", ExamsPath }) {
             const std::size_t length = std::strlen(m_path);
-            if (length + std::strlen(part) >= sizeof m_path)
+            const std::size_t more = std::strlen(part);
+            if (length + more >= sizeof m_path)
                 return { NoExamsFolder, ENAMETOOLONG };
-            std::strcpy(m_path + length, part);
+            std::copy_n(part, more + 1, m_path + length);
         }
         m_folder = Descriptor(open(m_path, FolderFlags));
         if (!m_folder.IsOpen() && errno == ENOENT && Make())
@@ -165,12 +166,11 @@ private:
 // Whether an exam can come to that place: nothing is there, or a folder of files.
 Fault CheckPlace(int exams, const char *name)
 {
-    struct stat status = {};
-    if (fstatat(exams, name, &status, AT_SYMLINK_NOFOLLOW) != 0)
-        return errno == ENOENT ? Fault() : SystemFault(NotWritten);
-    if (!S_ISDIR(status.st_mode))
-        return { "a file or a link is in its place" };
     const Descriptor folder(openat(exams, name, FolderFlags | O_NOFOLLOW));
+    if (!folder.IsOpen() && errno == ENOENT)
+        return {};
+    if (!folder.IsOpen() && (errno == ENOTDIR || errno == ELOOP))
+        return { "a file or a link is in its place" };
     if (!folder.IsOpen())
         return SystemFault("the installed exam cannot be replaced");
     return HoldsFolder(folder) ? Fault{ "the installed exam cannot be replaced, because a folder is in it" } : Fault();
@@ -363,7 +363,7 @@ void Complain(const char *about, const char *text, const char *reason)
     std::size_t length = 0;
     const auto add = [&](const char *part) {
         const std::size_t count = std::min(std::strlen(part), sizeof line - 1 - length);
-        std::memcpy(line + length, part, count);
+        std::copy_n(part, count, line + length);
         length += count;
     };
     add("Exam pack: ");

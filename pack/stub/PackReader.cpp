@@ -48,7 +48,7 @@ const char *PackReader::Check()
     if (indexBytes > PackFormat::MostIndexBytes)
         return TooMany;
 
-    m_index.reset(static_cast<unsigned char *>(std::malloc(indexBytes + std::size_t(1))));
+    m_index.reset(static_cast<unsigned char *>(std::malloc(std::max<std::size_t>(indexBytes, 1))));
     m_indexBytes = indexBytes;
     crypto_hash_sha256_init(&m_sum);
     if (!m_index || !AddToSum(m_sum, 0, start) || !m_source.Read(m_source.File, start, m_index.get(), indexBytes))

@@ -46,8 +46,7 @@ QList<QWidget *> ReadingOrder(QWidget *window, QList<QWidget *> widgets)
 {
     const auto place = [window](QWidget *widget) { return QRect(widget->mapTo(window, QPoint()), widget->size()); };
     std::stable_sort(widgets.begin(), widgets.end(), [&](QWidget *a, QWidget *b) {
-        const QRect first = place(a);
-        const QRect second = place(b);
+        const QRect first = place(a), second = place(b);
         const int overlap = std::min(first.bottom(), second.bottom()) - std::max(first.top(), second.top());
         return overlap > std::min(first.height(), second.height()) / 2 ? first.left() < second.left() : first.top() < second.top();
     });
@@ -95,12 +94,15 @@ protected:
 
 }
 
-TEST_F(KeyboardTest, MainWindow)
+TEST_F(KeyboardTest, MainWindowAndAboutBox)
 {
     frmMain window;
     window.Load();
     Show(&window);
     WalkTabs(&window, { u"lvwExams"_s, u"lblDownload"_s, u"lblAbout"_s, u"lblProductLink"_s, u"cmdStart"_s, u"cmdExit"_s });
+    frmAbout about(nullptr);
+    Show(&about);
+    WalkTabs(&about, { u"cmdSysInfo"_s, u"cmdOK"_s });
 }
 
 TEST_F(KeyboardTest, ExamWindow)
@@ -140,11 +142,4 @@ TEST_F(KeyboardTest, ReviewListAndReport)
     report.Load();
     Show(&report);
     WalkTabs(&report, { u"cmdPrint"_s, u"cmdSavePdf"_s, u"cmdExit"_s });
-}
-
-TEST_F(KeyboardTest, AboutBox)
-{
-    frmAbout window(nullptr);
-    Show(&window);
-    WalkTabs(&window, { u"cmdSysInfo"_s, u"cmdOK"_s });
 }

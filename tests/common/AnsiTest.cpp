@@ -27,16 +27,11 @@ TEST(AnsiTest, BytesAndCharacters)
         // Bytes without a meaning keep their numbers, but are no characters.
         { 1252, u"\u0081\u008D\u008F\u0090\u009D"_s, "\x81\x8D\x8F\x90\x9D", false },
         { 1251, u"\u0098"_s, "\x98", false }, { 1253, u"\u00AA"_s, "\xAA", false }, { 1253, u"\u00D2\u00FF"_s, "\xD2\xFF", false },
-        { 1255, u"\u00FC"_s, "\xFC", false }, { 1255, u"\u05D0\u20AA"_s, "\xE0\xA4" },
-        { 1257, u"\u00A1"_s, "\xA1", false }, { 1257, u"\u00A5"_s, "\xA5", false }, { 1257, u"\u00FC\u0161"_s, "\xFC\xF0" },
-        { 874, u"\u00DB"_s, "\xDB", false }, { 874, u"\u00FF"_s, "\xFF", false }, { 874, u"\u0E01\u0E3F"_s, "\xA1\xDF" },
-        { 1252, u"a\0b"_s, QByteArray("a\0b", 3) },
         { 1251, u"\u041F\u0440\u0438\u0451\u20AC"_s, "\xCF\xF0\xE8\xB8\x88" },
         // U+2252 stands twice in this page; the first place counts.
         { 932, u"a\u3042\u65E5\uFF71\u2252"_s, "a\x82\xA0\x93\xFA\xB1\x81\xE0" }, { 936, u"\u4F60z"_s, "\xC4\xE3z" },
         { 99999, u"a\u00E9"_s, "a\xE9" }, { 1252, u"a\u0416b"_s, "a?b", false },
         { 1252, u"\U0001F600."_s, "?" "?.", false }, { 1251, u"\u00E9"_s, "?", false },
-        { 932, u"\u00E9\u3042"_s, "?\x82\xA0", false },
     };
     for (const Row &row : rows) {
         const Ansi::CodePage page(row.Page);
@@ -54,7 +49,7 @@ TEST(AnsiTest, BytesAndCharacters)
 TEST(AnsiTest, PagesOfLanguages)
 {
     struct Row { const char *Locale; int Page; };
-    for (const Row &row : { Row{ "C", 1252 }, Row{ "de_DE", 1252 }, Row{ "pl_PL", 1250 }, Row{ "ru_RU", 1251 },
+    for (const Row &row : { Row{ "C", 1252 }, Row{ "de_DE", 1252 }, Row{ "ru_RU", 1251 },
                             Row{ "sr_Cyrl_RS", 1251 }, Row{ "sr_Latn_RS", 1250 }, Row{ "el_GR", 1253 }, Row{ "tr_TR", 1254 },
                             Row{ "ja_JP", 932 }, Row{ "zh_CN", 936 }, Row{ "zh_TW", 950 } })
         EXPECT_EQ(Ansi::CodePageOf(QLocale(QLatin1String(row.Locale))), row.Page) << row.Locale;

@@ -1,1 +1,286 @@
-#include <gtest/gtest.h>
+#include "tests/download/DownloadFixture.h"
+#include "tests/support/SmallDisk.h"
+
+#include <QProcess>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QStandardPaths>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Qt::Literals::StringLiterals;
+using namespace Download;
+
+namespace {
+
+using DownloadFaultsTest = DownloadTest;
+
+constexpr auto Resets = Answer::Resets;
+const QByteArray Fine = "HTTP/1.1 200 OK\r\n";
+const QByteArray Html = "<html><body>Sorry; not here</body></html>";
+
+QString Code(const QString &hex)
+{
+    return u"16 Error (0x"_s + hex + u')';
+}
+
+}
+
+// Instead of a message. A run that has ended leaves the window open.
+TEST_F(DownloadFaultsTest, Replies)
+{
+    const QByteArray whole = "LOGIN?status=NO;";
+    const QString refused = u"16 Cannot continue because the User ID or password is incorrect"_s;
+    struct Row { const char *Name; Answer Reply; QString Box; QString Status = u"Error communicating to server"_s; };
+    const QString connecting = u"Connecting to Practorium Download Server"_s;
+    const QString failed = u"Authentication failed!"_s;
+    const Row rows[] = {
+        { "reset at once", { "", Resets }, Code(u"2"_s), connecting },
+        { "closed at once", { "" }, Code(u"2"_s), connecting },
+        { "reset in the headers", { "HTTP/1.1 200 OK\r\nConte", Resets }, Code(u"2"_s), connecting },
+        { "reset after the headers", Answer::Raw(Fine + "Content-Length: 16\r\n", {}, Resets), Trouble },
+        { "body too short", Answer::Raw(Fine + "Content-Length: 17\r\n", whole), Trouble },
+        { "body too long", Answer::Raw(Fine + "Content-Length: 16\r\n", whole + whole), refused, failed },
+        { "no length", Answer::Raw(Fine, whole), refused, failed },
+        { "no length and cut", Answer::Raw(Fine, "LOGIN?status=NO", Resets), Trouble },
+        { "negative length", Answer::Raw(Fine + "Content-Length: -1\r\n", whole), refused, failed },
+        { "chunked", Answer::Raw(Fine + "Transfer-Encoding: chunked\r\n", "6\r\nLOGIN?\r\na\r\nstatus=NO;\r\n0\r\n\r\n"), refused, failed },
+        { "chunk cut", Answer::Raw(Fine + "Transfer-Encoding: chunked\r\n", "6\r\nLOGIN?\r\na\r\nstat"), Trouble },
+        { "one byte at a time", { Fine + "Content-Length: 16\r\n\r\n" + whole, Answer::KeepsOpen, 2 }, refused, failed },
+        { "gzip", Answer::Whole(QByteArray::fromHex("1f8b08000000000000030300000000000000"), "200 OK", "Content-Encoding: gzip\r\n"), Trouble },
+        { "no semicolon", Answer::Whole("LOGIN?status=NO"), Trouble },
+        { "spoilt parameters", Answer::Whole("LOGIN?status;"), Trouble },
+        { "no HTTP", { "SSH-2.0-OpenSSH_9.2\r\n\r\n" }, {}, connecting },
+        { "401", Answer::Whole(Html, "401 No", "WWW-Authenticate: Basic realm=\"x\"\r\n"), Code(u"191"_s), connecting },
+        { "404", Answer::Whole(Html, "404 Not Found"), Code(u"194"_s), connecting },
+        { "500", Answer::Whole(Html, "500 Oops"), Code(u"1F4"_s), connecting },
+        { "500 with a message", Answer::Whole(whole, "500 Oops"), Code(u"1F4"_s), connecting },
+        { "redirected to itself", Answer::Whole(Html, "301 Moved", "Location: /x?LOGIN?\r\n"), Code(u"A"_s), connecting },
+        { "redirected to a file", Answer::Whole(Html, "302 Found", "Location: file:///etc/passwd\r\n"), Code(u"12D"_s), connecting },
+        { "100 MB", { Fine + "Content-Length: 104857600\r\n\r\n", Answer::KeepsOpen, 0, 100 }, Trouble },
+    };
+    for (const Row &row : rows) {
+
+        Server.On("LOGIN?", row.Reply);
+        Server.BytesTaken = 0;
+        const QString boxes = Run();
+        if (row.Box.isEmpty())
+            EXPECT_EQ(Shown.Shown.size(), 1) << row.Name << boxes.toStdString();
+        else
+            EXPECT_EQ(boxes, row.Box) << row.Name;
+        EXPECT_EQ(Status(), row.Status) << row.Name;
+        EXPECT_TRUE(Window->isVisible()) << row.Name;
+        EXPECT_EQ(Caption(), row.Status == failed ? Start : Close) << row.Name;
+        EXPECT_LT(Server.BytesTaken, 20'000'000) << row.Name << ": stops soon behind the first megabyte";
+    }
+}
+
+// What is no reply at all leaves the run waiting for the candidate.
+TEST_F(DownloadFaultsTest, RepliesThatAreIgnored)
+{
+    for (const Answer &reply : { Answer::Whole(""), Answer::Whole("HELLO;"), Answer::Whole(Html), Answer::Whole("", "204 Nothing") }) {
+        Server.On("LOGIN?", reply);
+        Open();
+        Press();
+        auto *bar = Windows::Find<QWidget>(Window.get(), u"shpProgress"_s);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return bar->width() >= bar->parentWidget()->width() - 3; })) << "full all the same";
+        EXPECT_EQ(Caption(), Cancel);
+        Press();
+        EXPECT_FALSE(Window->isVisible());
+    }
+    EXPECT_TRUE(Shown.Shown.isEmpty());
+}
+
+TEST_F(DownloadFaultsTest, NoService)
+{
+    QTcpServer gone;
+    ASSERT_TRUE(gone.listen(QHostAddress::LocalHost));
+    const QString refusing = u"http://127.0.0.1:%1/x"_s.arg(gone.serverPort());
+    gone.close();
+    struct Row { QString Url, Box; };
+    for (const Row &row : { Row{ refusing, Code(u"1"_s) }, Row{ u"http://no.such.host.invalid/x"_s, Code(u"3"_s) },
+                            Row{ u"file:///etc/passwd"_s, u"16 Invalid procedure call or argument"_s },
+                            Row{ u"nonsense"_s, u"16 Invalid procedure call or argument"_s } }) {
+        SetEndpoint(row.Url);
+        EXPECT_EQ(Run(), row.Box) << row.Url.toStdString();
+        EXPECT_EQ(Caption(), Close);
+        Press();
+        EXPECT_FALSE(Window->isVisible());
+    }
+}
+
+TEST_F(DownloadFaultsTest, Silence)
+{
+    struct Row { const char *Name; QByteArray Key; Answer Reply; QString Box; };
+    const Row rows[] = {
+        { "no answer", "LOGIN?", { "", Answer::KeepsOpen }, Code(u"4"_s) },
+        { "half the headers", "LOGIN?", { Fine, Answer::KeepsOpen }, Code(u"4"_s) },
+        { "half a message", "LOGIN?", { Fine + "Content-Length: 16\r\n\r\nLOGIN", Answer::KeepsOpen }, Trouble },
+        { "no pack", "eid=", { "", Answer::KeepsOpen }, Code(u"4"_s) },
+        { "half a pack", "eid=", { Fine + "Content-Length: 1000000\r\n\r\n" + PackOf("pack"), Answer::KeepsOpen }, Failed(u"101"_s) },
+    };
+    for (const Row &row : rows) {
+        Server.On("LOGIN?", Answer::Whole("LOGIN?status=OK&sid=s7;"));
+        Server.On(row.Key, row.Reply);
+        Shown.Shown.clear();
+        Open();
+        Window->SetTimeouts(300, 300);
+        Press();
+        ASSERT_TRUE(WaitForEnd()) << row.Name;
+        EXPECT_EQ(Shown.Shown.join(u'\n'), row.Box) << row.Name;
+        EXPECT_FALSE(WasRun(u"pack"_s)) << row.Name;
+    }
+    // Slow is not silent: longer than the time-out in all, never in between.
+    Server.On("LOGIN?", { Fine + "Content-Length: 16\r\n\r\nLOGIN?status=NO;", Answer::KeepsOpen, 30 });
+    Open();
+    Window->SetTimeouts(5000, 1300);
+    Press();
+    ASSERT_TRUE(WaitForEnd());
+    EXPECT_EQ(Caption(), Start);
+}
+
+// Instead of a pack. The run goes on to its report, or ends when the transfer
+// itself has failed; a pack that did not come whole is never run.
+TEST_F(DownloadFaultsTest, Packs)
+{
+    // More than what waits in memory for the disk.
+    const QByteArray pack = PackOf("pack", {}, 600'000);
+    const QByteArray size = QByteArray::number(pack.size());
+    const auto sized = [](const QByteArray &length) { return Fine + "Content-Length: " + length + "\r\n"; };
+    struct Row { const char *Name; Answer Reply; QString Box; bool IsRun = false; };
+    const QString failed = Failed(u"101"_s);
+    const Row rows[] = {
+        { "whole", Answer::Whole(pack), u""_s, true },
+        { "reset at once", { "", Resets }, Code(u"2"_s) },
+        { "reset in the headers", { Fine + "Conte", Resets }, Code(u"2"_s) },
+        { "reset after the headers", Answer::Raw(sized(size), {}, Resets), failed },
+        { "reset in the body", Answer::Raw(sized(size), pack.left(500'000), Resets), failed },
+        { "too short by one", Answer::Raw(sized(QByteArray::number(pack.size() + 1)), pack), failed },
+        { "longer than announced", Answer::Raw(sized(size), pack + "more"), u""_s, true },
+        { "no length", Answer::Raw(Fine, pack), failed },
+        { "negative length", Answer::Raw(sized("-5"), pack), failed },
+        { "no number", Answer::Raw(sized("1e3"), pack), failed },
+        { "two lengths", Answer::Raw(Fine + "Content-Length: " + size + "\r\nContent-Length: 7\r\n", pack), failed },
+        { "beyond 32 bits", Answer::Raw(sized("2147483648"), pack), failed },
+        { "beyond 64 bits", Answer::Raw(sized("99999999999999999999"), pack), failed },
+        { "no length but 64 bits' worth", Answer::Raw(sized("2147483647"), pack), failed },
+        { "chunked", Answer::Raw(Fine + "Transfer-Encoding: chunked\r\n", "5\r\n#!/bi\r\n0\r\n\r\n"), failed },
+        { "gzip", Answer::Whole(pack, "200 OK", "Content-Encoding: gzip\r\n"), failed },
+        { "part", Answer::Whole(pack, "206 Partial Content"), failed },
+        { "elsewhere", Answer::Whole(pack, "302 Found"), failed },
+        { "moved and found", Answer::Whole(Html, "302 Found", "Location: /x?moved\r\n"), u""_s, true },
+        { "moved for ever", Answer::Whole(Html, "301 Moved", "Location: /x?eid=101\r\n"), Code(u"A"_s) },
+        { "empty", Answer::Whole(""), failed },
+        { "page", Answer::Whole(Html), failed },
+        { "401", Answer::Whole(pack, "401 No"), Code(u"191"_s) },
+        { "404", Answer::Whole(pack, "404 Not Found"), Code(u"194"_s) },
+        { "500", Answer::Whole(pack, "500 Oops"), Code(u"1F4"_s) },
+        { "slow", { sized(QByteArray::number(PackOf("pack").size())) + "\r\n" + PackOf("pack"), Answer::KeepsOpen, 1 }, u""_s, true },
+    };
+    Server.On("moved", Answer::Whole(pack));
+    for (const Row &row : rows) {
+        Server.On("eid=", row.Reply);
+        Server.Requests.clear();
+        EXPECT_EQ(Run(), row.Box) << row.Name;
+        EXPECT_EQ(WasRun(u"pack"_s), row.IsRun) << row.Name;
+        EXPECT_EQ(Caption(), Close) << row.Name;
+        const bool goesOn = !row.Box.startsWith(u"16 Error"_s);
+        EXPECT_EQ(Server.Count(row.IsRun ? "list=101&" : "list=&"), goesOn ? 1 : 0) << row.Name;
+        EXPECT_EQ(Status(), goesOn ? u"Completed"_s : u"Downloading: 101.exe"_s) << row.Name;
+        QFile::remove(Sandbox::Path(u"mark-pack"_s));
+    }
+}
+
+// What stands in the temporary folder under the pack's name.
+TEST_F(DownloadFaultsTest, PlacesOfPacks)
+{
+    const QString place = TempFile(u"101.exe"_s);
+    const QString victim = Sandbox::Path(u"victim"_s);
+    Sandbox::WriteFile(victim, "mine");
+    const QByteArray folder = QFile::encodeName(QFileInfo(place).path());
+    struct Row { const char *Name; std::function<void()> Prepare; bool IsRun; bool Stays; };
+    const Row rows[] = {
+        { "an old pack", [&] { Sandbox::WriteFile(place, QByteArray(100'000, 'o')); }, true, false },
+        { "a link to a file", [&] { QFile::link(victim, place); }, false, true },
+        { "a link to nothing", [&] { QFile::link(Sandbox::Path(u"nothing"_s), place); }, false, true },
+        { "a folder", [&] { QDir().mkpath(place); }, false, true },
+        { "another user's file", [&] {
+             Sandbox::WriteFile(place, "theirs");
+             ASSERT_TRUE(chown(QFile::encodeName(place).constData(), 65534, 65534) == 0 || geteuid() != 0);
+         }, geteuid() != 0, geteuid() == 0 },
+        { "a folder in which all may rename", [&] { chmod(folder.constData(), 0777); }, false, true },
+        { "the same with the sticky bit", [&] { chmod(folder.constData(), 01777); }, true, false },
+        { "a pack that removes itself", [&] { Server.On("eid=", Answer::Whole(PackOf("pack", "rm -f \"$0\""))); }, true, false },
+    };
+    for (const Row &row : rows) {
+        QFile::remove(place);
+        QDir(place).removeRecursively();
+        row.Prepare();
+        const bool isGone = qstrcmp(row.Name, "a pack that removes itself") == 0;
+        EXPECT_EQ(Run(), row.IsRun && !isGone ? u""_s : Failed(u"101"_s)) << row.Name;
+        EXPECT_EQ(WasRun(u"pack"_s), row.IsRun) << row.Name;
+        EXPECT_EQ(QFileInfo(place).exists() || QFileInfo(place).isSymLink(), row.Stays) << row.Name;
+        EXPECT_EQ(Status(), u"Completed"_s) << row.Name;
+        QFile::remove(Sandbox::Path(u"mark-pack"_s));
+        chmod(folder.constData(), 0700);
+    }
+    EXPECT_EQ(Sandbox::ReadFile(victim), "mine");
+    EXPECT_FALSE(QFile::exists(Sandbox::Path(u"nothing"_s)));
+}
+
+TEST_F(DownloadFaultsTest, NamesThatLeadOut)
+{
+    for (const QByteArray &examID : { QByteArray("../out"), QByteArray("a/b"), QByteArray("/etc/out"), QByteArray("..") }) {
+        Server.On("LIST?", Answer::Whole("LIST?status=OK&data=" + examID + ';'));
+        const bool isName = examID == ".."; // "...exe" is one
+        EXPECT_EQ(Run(), isName ? u""_s : Failed(QString::fromLatin1(examID))) << examID.toStdString();
+        EXPECT_EQ(WasRun(u"pack"_s), isName) << examID.toStdString();
+    }
+    EXPECT_FALSE(QFile::exists(Sandbox::Path(u"out.exe"_s)));
+}
+
+TEST_F(DownloadFaultsTest, DiskFull)
+{
+    // The one is noticed while it arrives, the other at its end.
+    for (const qsizetype padding : { 2'000'000, 100'000 }) {
+        Server.On("eid=", Answer::Whole(PackOf("pack", {}, padding)));
+        const SmallDisk disk(64 * 1024);
+        EXPECT_EQ(Run(), Failed(u"101"_s)) << padding;
+        EXPECT_EQ(Server.Count("list=&"), 1);
+        EXPECT_FALSE(WasRun(u"pack"_s));
+        Server.Requests.clear();
+    }
+}
+
+TEST_F(DownloadFaultsTest, Encryption)
+{
+    if (!QSslSocket::supportsSsl() || QStandardPaths::findExecutable(u"openssl"_s).isEmpty())
+        GTEST_SKIP() << "needs Qt's TLS and the openssl program";
+    QProcess openssl;
+    openssl.start(u"openssl"_s, { u"req"_s, u"-x509"_s, u"-newkey"_s, u"rsa:2048"_s, u"-nodes"_s, u"-keyout"_s, u"key.pem"_s,
+                                  u"-out"_s, u"certificate.pem"_s, u"-days"_s, u"2"_s, u"-subj"_s, u"/CN=127.0.0.1"_s,
+                                  u"-addext"_s, u"subjectAltName=IP:127.0.0.1"_s });
+    ASSERT_TRUE(openssl.waitForFinished());
+    const QByteArray certificate = Sandbox::ReadFile(Sandbox::Path(u"certificate.pem"_s));
+    Server.SetTls(Sandbox::ReadFile(Sandbox::Path(u"key.pem"_s)), certificate);
+    SetEndpoint(Server.Url(u"https"_s));
+    EXPECT_EQ(Run(), Code(u"6"_s)) << "nobody vouches for it";
+    EXPECT_TRUE(Server.Requests.isEmpty());
+
+    const QSslConfiguration before = QSslConfiguration::defaultConfiguration();
+    QSslConfiguration trusting = before;
+    trusting.addCaCertificate(QSslCertificate(certificate));
+    QSslConfiguration::setDefaultConfiguration(trusting);
+    EXPECT_EQ(Run(), u""_s) << "a whole run";
+    EXPECT_TRUE(WasRun(u"pack"_s));
+
+    FaultServer plain;
+    plain.On("x", Answer::Whole(PackOf("pack")));
+    QFile::remove(Sandbox::Path(u"mark-pack"_s));
+    Server.On("eid=", Answer::Whole("", "302 Found", "Location: " + plain.Url().toLatin1() + "?x\r\n"));
+    EXPECT_EQ(Run(), Code(u"B"_s)) << "from https to http";
+    EXPECT_TRUE(plain.Requests.isEmpty());
+    EXPECT_FALSE(WasRun(u"pack"_s));
+    QSslConfiguration::setDefaultConfiguration(before);
+}

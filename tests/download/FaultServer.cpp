@@ -1,6 +1,9 @@
 #include "tests/download/FaultServer.h"
 
 #include <QHostAddress>
+#include <QSslCertificate>
+#include <QSslKey>
+#include <QSslSocket>
 #include <QTimer>
 
 #include <memory>
@@ -21,17 +24,31 @@ Answer Answer::Raw(const QByteArray &headers, const QByteArray &body, Ending end
 
 FaultServer::FaultServer()
 {
-    connect(this, &QTcpServer::newConnection, this, [this] {
-        while (QTcpSocket *socket = nextPendingConnection())
-            Serve(socket);
-    });
     if (!listen(QHostAddress::LocalHost))
         qFatal("no port to listen on");
 }
 
-QString FaultServer::Url() const
+void FaultServer::SetTls(const QByteArray &key, const QByteArray &certificate)
 {
-    return u"http://127.0.0.1:%1/PackCourier.asp"_s.arg(serverPort());
+    m_key = key;
+    m_certificate = certificate;
+}
+
+void FaultServer::incomingConnection(qintptr descriptor)
+{
+    auto *socket = new QSslSocket(this);
+    socket->setSocketDescriptor(descriptor);
+    Serve(socket);
+    if (m_key.isEmpty())
+        return;
+    socket->setPrivateKey(QSslKey(m_key, QSsl::Rsa));
+    socket->setLocalCertificate(QSslCertificate(m_certificate));
+    socket->startServerEncryption();
+}
+
+QString FaultServer::Url(const QString &scheme) const
+{
+    return scheme + u"://127.0.0.1:%1/PackCourier.asp"_s.arg(serverPort());
 }
 
 void FaultServer::On(const QByteArray &key, const Answer &answer)
@@ -91,12 +108,14 @@ void FaultServer::Send(QTcpSocket *socket, const Answer &answer)
     socket->write(answer.Bytes);
     socket->flush();
     if (answer.Repetitions > 0) {
-        connect(socket, &QTcpSocket::bytesWritten, socket, [socket, left = answer.Repetitions]() mutable {
+        const QByteArray megabyte(1 << 20, 'x');
+        connect(socket, &QTcpSocket::bytesWritten, socket, [socket, megabyte, left = answer.Repetitions - 1]() mutable {
             if (left > 0 && socket->bytesToWrite() == 0) {
                 --left;
-                socket->write(QByteArray(1 << 20, 'x'));
+                socket->write(megabyte);
             }
         });
+        socket->write(megabyte);
         return;
     }
     End(socket, answer.End);

@@ -14,7 +14,7 @@ struct Answer {
     QByteArray Bytes;
     Ending End = Closes;
     int Pause = 0;         // milliseconds before each byte; 0 sends all at once
-    qint64 Repetitions = 0; // how often the bytes are sent behind it, as they are taken
+    qint64 Repetitions = 0; // megabytes sent behind the bytes, as they are taken
 
     // A whole answer with that body.
     static Answer Whole(const QByteArray &body, const QByteArray &status = "200 OK", const QByteArray &headers = {});
@@ -27,7 +27,10 @@ class FaultServer : public QTcpServer {
 public:
     FaultServer();
 
-    QString Url() const;
+    // From now on connections are encrypted with that key and certificate.
+    void SetTls(const QByteArray &key, const QByteArray &certificate);
+
+    QString Url(const QString &scheme = QStringLiteral("http")) const;
     // The answer to requests in which the key stands; of several keys the one
     // that was told last. A request without a key is kept waiting.
     void On(const QByteArray &key, const Answer &answer);
@@ -39,6 +42,9 @@ public:
     int Count(const QByteArray &key) const;
     qint64 BytesTaken = 0;
 
+protected:
+    void incomingConnection(qintptr descriptor) override;
+
 private:
     void Serve(QTcpSocket *socket);
     void Send(QTcpSocket *socket, const Answer &answer);
@@ -46,4 +52,6 @@ private:
 
     QList<std::pair<QByteArray, Answer>> m_answers;
     QMap<QByteArray, std::function<void()>> m_actions;
+    QByteArray m_key;
+    QByteArray m_certificate;
 };

@@ -99,10 +99,11 @@ TEST(DamageTest, HostilePacks)
         { { .MoreIndexBytes = 8, .MoreContentBytes = ~quint64(0) - 7 }, missized },
         { { .BehindIndex = QByteArray(2'200'000, 'x') }, tooMany },
     };
-    for (const QByteArray &name : { QByteArray("../x"), QByteArray("/tmp/x"), QByteArray("a/b"), QByteArray("a\\b"), QByteArray("c:x"),
-                                    QByteArray("."), QByteArray(".."), QByteArray(".a"), QByteArray(), QByteArray("a\n"), QByteArray("a\0b", 3),
-                                    QByteArray("a\x7F"), QByteArray("a\xC2\x9B"), QByteArray("a "), QByteArray(" a"), QByteArray("a."),
-                                    QByteArray("a*"), QByteArray(201, 'a') }) {
+    const QByteArrayList names = {
+        "../x", "/tmp/x", "a/b", "a\\b", "c:x", ".", "..", ".a", "", "a\n", QByteArray("a\0b", 3), "a\x7F", "a\xC2\x9B",
+        "a ", " a", "a.", "a*", QByteArray(201, 'a'),
+    };
+    for (const QByteArray &name : names) {
         rows.push_back({ { .Folder = name }, misnamed });
         PackSheet sheet;
         (name < "NET-101.exam" ? sheet.Files.front() : sheet.Files.back()).Name = name;
@@ -143,7 +144,7 @@ TEST(DamageTest, RandomIndexes)
     for (int round = 0; round < 30'000; ++round) {
         QByteArray pack = sound;
         for (unsigned count = random() % 3 + 1; count > 0; --count)
-            pack[static_cast<qsizetype>(13 + random() % (indexEnd - 13))] = static_cast<char>(random() % 4 == 0 ? random() : random() % 32);
+            pack[13 + qsizetype(random()) % (indexEnd - 13)] = static_cast<char>(random() % (random() % 4 == 0 ? 256 : 32));
         PackReader reader = ReaderOf(Summed(pack));
         if (reader.Check())
             continue;
@@ -158,16 +159,6 @@ TEST(DamageTest, RandomIndexes)
         EXPECT_EQ(size, 8u);
     }
     EXPECT_GT(soundOnes, 0);
-}
-
-TEST(DamageTest, ADiskThatReadsOtherBytesTheSecondTime)
-{
-    PackReader reader = ReaderOf(ToBytes({}));
-    ASSERT_EQ(reader.Check(), nullptr);
-    char bytes[8];
-    memory[memory.size() - 64 - 1] = 'q';
-    EXPECT_TRUE(reader.Read(bytes, sizeof bytes));
-    EXPECT_FALSE(reader.IsSame());
 }
 
 TEST(DamageTest, ARealPack)
@@ -188,8 +179,8 @@ TEST(DamageTest, ARealPack)
         flipped[at] = static_cast<char>(flipped[at] ^ 1 << at % 8);
         rows.push_back(flipped);
     }
-    for (qsizetype count : { start, start + 1, start + index, sound.size() - 64, sound.size() - 33, sound.size() - 32, sound.size() - 1 })
-        rows.push_back(sound.first(count));
+    for (qsizetype missing : { 1, 32, 33, 64, 65 })
+        rows.push_back(sound.chopped(missing));
     for (qsizetype count = start; count < sound.size(); count += 997)
         rows.push_back(sound.first(count));
     for (const QByteArray &more : { QByteArray(1, '\0'), sound.last(64), sound })

@@ -85,19 +85,25 @@ void WithVariables(QProcess &process, const QMap<QString, QString> &variables)
     process.setProcessEnvironment(environment);
 }
 
+// Waits until a first file of a pack is there.
+void AwaitUnpacking(const QString &exams)
+{
+    const auto hasBegun = [&] {
+        const QStringList names = HiddenNames(exams);
+        return !names.isEmpty() && QDir(exams + u'/' + names.first()).count() > 2;
+    };
+    QElapsedTimer timer;
+    timer.start();
+    while (!hasBegun() && timer.elapsed() < 60'000)
+        QThread::usleep(100);
+}
+
 // Starts a pack and lets it come to its unpacking.
 std::unique_ptr<QProcess> Unpacking(const QString &program, const QString &exams)
 {
     auto process = std::make_unique<QProcess>();
     process->start(program, QStringList());
-    QElapsedTimer timer;
-    timer.start();
-    const auto hasBegun = [&] {
-        const QStringList names = HiddenNames(exams);
-        return !names.isEmpty() && QDir(exams + u'/' + names.first()).count() > 2;
-    };
-    while (!hasBegun() && timer.elapsed() < 60'000)
-        QThread::usleep(100);
+    AwaitUnpacking(exams);
     return process;
 }
 
@@ -125,7 +131,7 @@ TEST(InstallTest, WhereExamsAreLookedFor)
         const Outcome outcome = OutcomeOf(program, {}, [&](QProcess &process) { WithVariables(process, variables); });
         EXPECT_EQ(outcome.Code, 0) << folder.toStdString();
         EXPECT_EQ(outcome.Err, QByteArray());
-        EXPECT_EQ(Snapshot(root + folder + u"/Practorium/Exams"_s), Installed(u"NET-101.v2"_s, u"A-1"_s)) << folder.toStdString();
+        EXPECT_EQ(Snapshot(root + folder + u"/Practorium/Exams"_s), Installed(u"NET-101.v2"_s, u"A-1"_s));
     }
     const auto before = Snapshot(root);
     for (const QMap<QString, QString> &variables : { QMap<QString, QString>(), { { u"HOME"_s, u"relative"_s } } }) {
@@ -188,7 +194,7 @@ TEST(InstallTest, WhereNoExamCanCome)
         { [](const QString &exams) { Sandbox::WriteFile(exams + u"/PLACE"_s, "x"); }, inPlace },
         { [&](const QString &exams) { QDir().mkpath(exams); QFile::link(elsewhere, exams + u"/PLACE"_s); }, inPlace },
         { [](const QString &exams) { QDir().mkpath(exams); QFile::link(u"/nowhere"_s, exams + u"/PLACE"_s); }, inPlace },
-        { [](const QString &exams) { QDir().mkpath(exams + u"/PLACE/notes"_s); Sandbox::WriteFile(exams + u"/PLACE/notes/n"_s, "x"); },
+        { [](const QString &exams) { Sandbox::WriteFile(exams + u"/PLACE/notes/n"_s, "x"); },
           "the installed exam cannot be replaced, because a folder is in it" },
         { [](const QString &exams) { Sandbox::WriteFile(exams, "x"); }, noFolder },
         { [](const QString &exams) { Sandbox::WriteFile(QFileInfo(exams).path(), "x"); }, noFolder },
@@ -251,6 +257,7 @@ TEST(InstallTest, SignalsMidway)
     const QString large = MakePack(u"BIG"_s, u"B-2"_s, LargeBytes);
     const auto before = Snapshot(exams);
     for (const int number : { SIGTERM, SIGINT, SIGHUP }) {
+        std::signal(number, SIG_DFL); // a test run may have been told to ignore it
         const auto process = Unpacking(large, exams);
         Signal(*process, number);
         ASSERT_TRUE(process->waitForFinished(60'000));
@@ -331,10 +338,10 @@ TEST(InstallTest, FoldersThatCannotChangePlaces)
 TEST(InstallTest, OnlyLeftoversAreClearedAway)
 {
     const QString exams = FreshFolder();
-    for (const QString &name : { u".practorium-pack-notes/n"_s, u".practorium-pack-0123456789ABCDEF/n"_s, u".practorium-pack-0123456789abcdef0/n"_s,
-                                 u".practorium-pack-0123456789abcdea/folder/n"_s, u".practorium-kept-/n"_s, u".practorium-kept-.a/n"_s,
-                                 u".practorium-pack-0123456789abcdeb"_s, u".other/n"_s })
-        Sandbox::WriteFile(exams + u'/' + name, "mine");
+    for (const QString &name : { u"pack-notes/n"_s, u"pack-0123456789ABCDEF/n"_s, u"pack-0123456789abcdef0/n"_s,
+                                 u"pack-0123456789abcdea/folder/n"_s, u"pack-0123456789abcdea/a"_s,
+                                 u"pack-0123456789abcdeb"_s, u"kept-/n"_s, u"kept-.a/n"_s })
+        Sandbox::WriteFile(exams + u"/.practorium-"_s + name, "mine");
     QFile::link(Sandbox::Path(u"packages"_s), exams + u"/.practorium-pack-0123456789abcdec"_s);
     auto before = Snapshot(exams);
     Sandbox::WriteFile(exams + u"/.practorium-pack-0123456789abcdef/half"_s, "x");
@@ -361,6 +368,17 @@ TEST(InstallTest, AsALibrary)
     }
     EXPECT_EQ(Snapshot(exams), Installed(u"LIB"_s, u"L-1"_s));
     EXPECT_EQ(installed(second), "0 ");
+    EXPECT_EQ(Snapshot(exams), Installed(u"LIB"_s, u"L-2"_s));
+
+    // Not what was summed up any more when it is unpacked.
+    const QString large = MakePack(u"LIB"_s, u"L-3"_s, LargeBytes);
+    std::thread spoiler([&] {
+        AwaitUnpacking(exams);
+        QFile file(large);
+        EXPECT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(file.size() - 65) && file.write("x") == 1);
+    });
+    EXPECT_EQ(installed(QFile::encodeName(large)), "1 Exam pack: LIB: the pack has changed while it was read\n");
+    spoiler.join();
     EXPECT_EQ(Snapshot(exams), Installed(u"LIB"_s, u"L-2"_s));
     EXPECT_EQ(installed("/nowhere"), "1 Exam pack: the pack cannot be read: No such file or directory\n");
     EXPECT_EQ(installed("/tmp"), "1 Exam pack: the pack cannot be read\n");

@@ -12,7 +12,7 @@
 
 using namespace Qt::Literals::StringLiterals;
 
-Outcome OutcomeOf(const QString &program, const QStringList &arguments, const std::function<void(QProcess &)> &prepare)
+Outcome OutcomeOf(const QString &program, const QStringList &arguments, const Preparation &prepare)
 {
     QProcess process;
     process.setWorkingDirectory(Sandbox::Path({}));
@@ -25,7 +25,7 @@ Outcome OutcomeOf(const QString &program, const QStringList &arguments, const st
     return { process.exitCode(), process.readAllStandardError() };
 }
 
-Outcome AuthorOutcome(const QStringList &arguments, const std::function<void(QProcess &)> &prepare)
+Outcome AuthorOutcome(const QStringList &arguments, const Preparation &prepare)
 {
     return OutcomeOf(QStringLiteral(AUTHOR_PROGRAM), arguments, prepare);
 }

