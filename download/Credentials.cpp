@@ -31,7 +31,7 @@ QVariant Value(const QString &name)
     try {
         return Registry::ReadValue(Registry::CurrentUser, Key, name);
     } catch (const Error &) {
-        // Nothing has been stored yet.
+        // Nothing has been stored yet, or it cannot be read.
         return {};
     }
 }
@@ -61,7 +61,7 @@ void Forget()
         try {
             Registry::DeleteValue(Key, name, Registry::CurrentUser);
         } catch (const Error &) {
-            // It was not there.
+            // It was not there, or cannot be forgotten; the window closes all the same.
         }
     }
 }

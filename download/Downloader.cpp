@@ -98,10 +98,10 @@ void Downloader::ReceiveBody()
         }
     }
     m_file.Close();
-    const bool wasCancelled = m_isCancelled || m_transfer->IsCancelled();
+    const bool wasBrokenOff = m_isCancelled || m_transfer->IsBrokenOff();
     if (m_transfer->StillExecuting())
         m_transfer->Cancel();
-    m_isWhole = !wasCancelled && written == length;
+    m_isWhole = !wasBrokenOff && written == length;
 }
 
 void Downloader::Account(qint32 bytes, double now)

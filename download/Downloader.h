@@ -44,9 +44,11 @@ public:
 Q_SIGNALS:
     void DownloadStarted();
     void ChunkDownloaded();
-    // Also after a cancel.
+    // Also after a cancel, and before the transfer's state 11 when the server
+    // fell silent in the middle.
     void DownloadComplete();
-    // The answer is no pack, or could not be written: what was raised.
+    // The answer is no pack, could not be written or ended early: what was
+    // raised.
     void DownloadFailed(const QString &text);
 
 private:

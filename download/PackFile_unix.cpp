@@ -8,7 +8,10 @@
 #include <QFile>
 
 #include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
+#include <memory>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -23,6 +26,26 @@ constexpr qsizetype WriteBuffer = 256 * 1024;
 Error Exchanged()
 {
     return Error(InvalidCall, u"The downloaded file is not the one that was written"_s, u"PackFile"_s);
+}
+
+// Whether nobody but this user and the administrator can put another file at
+// the place of one of this user's in the folder, or another folder at the place
+// of that one or of one above it. Where others may write, the sticky bit keeps
+// them from renaming what is not theirs; it does not keep a folder's owner.
+bool IsSafe(const QString &folder)
+{
+    const std::unique_ptr<char, decltype(&std::free)> real(realpath(QFile::encodeName(folder).constData(), nullptr), &std::free);
+    if (!real)
+        return false;
+    for (std::string path = real.get(); !path.empty(); path.erase(path.rfind('/'))) {
+        struct stat status = {};
+        if (stat(path.c_str(), &status) != 0 || (status.st_uid != geteuid() && status.st_uid != 0))
+            return false;
+        const bool isShared = (status.st_mode & (S_IWGRP | S_IWOTH)) != 0;
+        if (isShared && (status.st_mode & S_ISVTX) == 0)
+            return false;
+    }
+    return true;
 }
 
 }
@@ -105,15 +128,8 @@ void PackFile::MakeRunnable()
         throw Exchanged();
     Close();
     const QByteArray path = QFile::encodeName(m_path);
-    const QByteArray folder = QFile::encodeName(IO::GetFolder(m_path));
     struct stat status = {};
-    struct stat around = {};
-    if (!m_system->IsStill(path, status) || lstat(folder.isEmpty() ? "/" : folder.constData(), &around) != 0)
-        throw Exchanged();
-    // In a folder that others may write to, only the sticky bit keeps them from
-    // renaming their own file over this one.
-    const bool isShared = (around.st_mode & (S_IWGRP | S_IWOTH)) != 0 || (around.st_uid != geteuid() && around.st_uid != 0);
-    if (isShared && (around.st_mode & S_ISVTX) == 0)
+    if (!IsSafe(IO::GetFolder(m_path)) || !m_system->IsStill(path, status))
         throw Exchanged();
     Common::CheckApiResult(chmod(path.constData(), S_IRUSR | S_IWUSR | S_IXUSR) == 0);
 }

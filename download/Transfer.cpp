@@ -10,7 +10,7 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr int MostRedirections = 10;
-constexpr qint64 ReadBuffer = 256 * 1024; // bytes
+constexpr qint64 ReadBuffer = 512 * 1024; // bytes
 constexpr int FirstError = 400;           // of the HTTP status codes
 // The visible characters of ASCII that are sent as they are.
 constexpr char AsTheyAre[] = "!$&'()*+,/:;=?@[]";
@@ -55,7 +55,7 @@ void Transfer::Execute(const QString &url, const QByteArray &operation, const QB
     Release();
     ++m_round;
     m_isExecuting = true;
-    m_isCancelled = m_hasHeader = m_hasEnded = m_hasTimedOut = false;
+    m_isBrokenOff = m_hasHeader = m_hasEnded = false;
     m_announced = -1;
     m_received = 0;
     m_responseCode = 0;
@@ -70,7 +70,7 @@ void Transfer::Execute(const QString &url, const QByteArray &operation, const QB
     const qsizetype colon = header.indexOf(':');
     if (colon > 0)
         request.setRawHeader(header.left(colon), header.mid(colon + 1).trimmed());
-    m_reply = m_manager.sendCustomRequest(request, operation, body);
+    m_reply = operation == "GET" ? m_manager.get(request) : m_manager.sendCustomRequest(request, operation, body);
     m_reply->setReadBufferSize(ReadBuffer);
     connect(m_reply, &QNetworkReply::metaDataChanged, this, &Transfer::HeaderArrived);
     connect(m_reply, &QNetworkReply::finished, this, &Transfer::Ended);
@@ -110,7 +110,7 @@ void Transfer::Cancel()
 {
     m_silence.stop();
     ++m_round;
-    m_isCancelled = true;
+    m_isBrokenOff = true;
     m_isExecuting = false;
     m_hasEnded = true;
     Release();
@@ -121,6 +121,7 @@ void Transfer::Fail(qint32 code, const QString &text)
     m_silence.stop();
     m_responseCode = code;
     m_responseInfo = text;
+    m_isBrokenOff = true;
     m_isExecuting = false;
     m_hasEnded = true;
     Release();
@@ -134,14 +135,7 @@ void Transfer::Silent()
         m_silence.start(m_silenceTime);
         return;
     }
-    m_hasTimedOut = true;
-    if (m_hasHeader) {
-        m_hasEnded = true;
-        m_isExecuting = false;
-        Release();
-    } else {
-        Fail(QNetworkReply::TimeoutError, u"The server does not answer"_s);
-    }
+    Fail(QNetworkReply::TimeoutError, m_hasHeader ? u"The server does not go on"_s : u"The server does not answer"_s);
 }
 
 void Transfer::HeaderArrived()
@@ -157,6 +151,8 @@ void Transfer::HeaderArrived()
         return;
     }
     m_hasHeader = true;
+    // A request with a body starts later, and has forgotten this by then.
+    m_reply->setReadBufferSize(ReadBuffer);
     m_responseCode = status;
     m_responseInfo = reason;
     bool isNumber = false;
@@ -195,10 +191,8 @@ QByteArray Transfer::GetChunk(qsizetype size)
         if (wait.exec() < 0)
             Cancel();
     }
-    if (m_isCancelled || round != m_round)
+    if (m_isBrokenOff || round != m_round)
         return {};
-    if (m_hasTimedOut)
-        throw broken(u"The server does not go on"_s);
     if (!m_reply)
         return {};
     if (m_reply->bytesAvailable() > 0) {

@@ -35,24 +35,25 @@ public:
     // Starts a request. What stands behind the address's first "?" is sent as
     // it is, in ANSI bytes; only what has no place in an address is written as
     // its percent code. A request whose connection ends before any answer is
-    // sent again, up to twice: a server may close one that lay idle while a
+    // sent again: a server may close one that lay idle while a
     // pack was being installed. Raises InvalidCall for an address that is neither http
     // nor https, and while another request is executing. A header is a name, a
     // colon and a value.
     void Execute(const QString &url, const QByteArray &operation, const QByteArray &body = {}, const QByteArray &header = {});
-    // From Execute until the body has ended, the request has failed or has been
-    // cancelled.
+    // From Execute until GetChunk has told the body's end, the request has
+    // failed or has been cancelled.
     bool StillExecuting() const { return m_isExecuting; }
     // Ends the request; no state is raised any more, and a waiting GetChunk
     // returns empty.
     void Cancel();
-    bool IsCancelled() const { return m_isCancelled; }
+    // Cancelled or failed: what has been fetched is not the whole body.
+    bool IsBrokenOff() const { return m_isBrokenOff; }
 
     // A response header by its name, in any letter case; empty without one.
     QByteArray GetHeader(const QByteArray &name) const;
     // Up to size bytes of the body: what has arrived, or else what arrives next,
-    // with events running meanwhile. Empty at the end of the body and after
-    // Cancel. Raises an Error when the connection breaks before the end.
+    // with events running meanwhile. Empty at the end of the body, after Cancel,
+    // and when the server fell silent, which is state 11 as well. Raises an Error when the connection breaks before the end.
     QByteArray GetChunk(qsizetype size);
     // The HTTP status, or the number of the network's error when there is none.
     qint32 ResponseCode() const { return m_responseCode; }
@@ -77,10 +78,9 @@ private:
     int m_silenceTime = SilenceTime;
     quint32 m_round = 0; // another one with each Execute and Cancel
     bool m_isExecuting = false;
-    bool m_isCancelled = false;
+    bool m_isBrokenOff = false;
     bool m_hasHeader = false;
     bool m_hasEnded = false;
-    bool m_hasTimedOut = false;
     qint64 m_announced = -1;
     qint64 m_received = 0;
     qint32 m_responseCode = 0;

@@ -18,6 +18,7 @@
 #include <QCoreApplication>
 #include <QFrame>
 #include <QGridLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -68,8 +69,9 @@ frmExamDownloader::frmExamDownloader(QWidget *owner)
     connect(&m_oDownloader, &Downloader::DownloadStarted, this, [this] { m_oDownloader_DownloadStarted(); });
     connect(&m_oDownloader, &Downloader::ChunkDownloaded, this, [this] { m_oDownloader_ChunkDownloaded(); });
     connect(&m_oDownloader, &Downloader::DownloadComplete, this, [this] {
-        // Nothing follows a cancel, whoever it came from.
-        if (!icDownloader.IsCancelled())
+        // Nothing follows a cancel, whoever it came from; a failure is told as
+        // the transfer's state.
+        if (!icDownloader.IsBrokenOff())
             Guard([&] { m_oDownloader_DownloadComplete(); });
     });
     // A pack that did not come is one that cannot be installed; the run goes on.
@@ -203,8 +205,14 @@ void frmExamDownloader::cmdAction_Click()
         txtPassword->setFocus();
         return;
     }
-    if (chkRemember->isChecked())
-        Credentials::Store({ txtEmail->text(), txtPassword->text() });
+    if (chkRemember->isChecked()) {
+        try {
+            Credentials::Store({ txtEmail->text(), txtPassword->text() });
+        } catch (const Error &error) {
+            // What cannot be remembered can be typed again; the exams matter more.
+            ShowMessage(error.Description(), ExclamationMessage);
+        }
+    }
     // Before the conversation starts: what goes wrong at once changes it again.
     cmdAction->setText(CancelCaption);
     m_conversation.Start(userID, password);
@@ -217,14 +225,25 @@ void frmExamDownloader::lblRemember_Click()
 
 bool frmExamDownloader::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == lblRemember && event->type() == QEvent::MouseButtonRelease)
-        lblRemember_Click();
+    if (watched == lblRemember && event->type() == QEvent::MouseButtonRelease) {
+        const auto *release = static_cast<QMouseEvent *>(event);
+        if (release->button() == Qt::LeftButton && lblRemember->rect().contains(release->position().toPoint()))
+            lblRemember_Click();
+    }
     return QDialog::eventFilter(watched, event);
 }
 
+// A key held down would press Start and then Cancel.
+void frmExamDownloader::keyPressEvent(QKeyEvent *event)
+{
+    if (!event->isAutoRepeat())
+        QDialog::keyPressEvent(event);
+}
+
+// These come when the network answers, not when the candidate expects them.
 int frmExamDownloader::Ask(const QString &text, int style, const QVariantList &values)
 {
-    return ShowMessage(text, style, values);
+    return ShowUnaskedMessage(text, style, values);
 }
 
 void frmExamDownloader::UpdateStatus(const QString &text)
@@ -314,7 +333,7 @@ void frmExamDownloader::ReadReply()
             if (body.size() > LongestReply)
                 throw Error::RunTime(Overflow);
         }
-        if (icRequestDispatcher.IsCancelled())
+        if (icRequestDispatcher.IsBrokenOff())
             return;
         m_conversation.Receive(Ansi::ToText(body));
         SetProgress(1.0);
@@ -362,11 +381,14 @@ void frmExamDownloader::m_oDownloader_DownloadComplete()
     m_conversation.DownloadComplete();
 }
 
-void frmExamDownloader::Install(const QString &)
+void frmExamDownloader::Install(const QString &examID)
 {
     if (!m_oDownloader.IsWhole())
         throw Error::RunTime(InvalidCall);
     m_oDownloader.File().MakeRunnable();
+    // What is shown while no events run is painted now.
+    repaint();
+    Q_EMIT Installing(examID);
     Common::SyncShell(u'"' + m_oDownloader.TargetFile().replace(u"\""_s, u"\"\"\""_s) + u'"');
     m_oDownloader.File().Remove();
 }

@@ -34,8 +34,14 @@ public:
     void SetProgress(double fraction);
     void DownloadNext() { m_conversation.DownloadNext(); }
 
+Q_SIGNALS:
+    // The pack has arrived and is about to be run. No events run from then on
+    // until it has ended.
+    void Installing(const QString &examID);
+
 protected:
     void showEvent(QShowEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:

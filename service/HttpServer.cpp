@@ -12,6 +12,7 @@
 #include <cstring>
 #include <mutex>
 #include <set>
+#include <thread>
 
 #include <fcntl.h>
 #include <netdb.h>
@@ -30,6 +31,8 @@ constexpr size_t HeaderMemory = 32 * 1024;
 // A body that is too long is still read to its end, up to here: who is cut off
 // while sending never sees the answer.
 constexpr qsizetype LongestSwallowed = 1024 * 1024;
+constexpr size_t SlowPiece = 64 * 1024;
+constexpr quint32 PiecesOfSecond = 20;
 
 struct AddressList {
     addrinfo *First = nullptr;
@@ -70,6 +73,45 @@ std::pair<int, quint64> OpenPack(const QString &folder, const QString &exam)
     if (file >= 0)
         ::close(file);
     return { -1, 0 };
+}
+
+// A pack that is sent slowly, as if the network were slow.
+struct SlowPack {
+    int File;
+    quint32 Rate;
+
+    ~SlowPack() { ::close(File); }
+    ssize_t Read(quint64 position, char *bytes, size_t size) const
+    {
+        const size_t piece = std::clamp<size_t>(Rate / PiecesOfSecond, 1, size);
+        const ssize_t count = ::pread(File, bytes, piece, static_cast<off_t>(position));
+        if (count <= 0)
+            return MHD_CONTENT_READER_END_WITH_ERROR;
+        std::this_thread::sleep_for(std::chrono::duration<double>(static_cast<double>(count) / Rate));
+        return count;
+    }
+};
+
+// Takes the descriptor over.
+MHD_Response *PackResponse(int file, quint64 size, quint32 rate)
+{
+    MHD_Response *response = nullptr;
+    if (rate == 0) {
+        response = MHD_create_response_from_fd64(size, file);
+        if (!response)
+            ::close(file);
+        return response;
+    }
+    auto pack = std::make_unique<SlowPack>(file, rate);
+    response = MHD_create_response_from_callback(
+        size, SlowPiece,
+        [](void *slow, uint64_t position, char *bytes, size_t room) {
+            return static_cast<SlowPack *>(slow)->Read(position, bytes, room);
+        },
+        pack.get(), [](void *slow) { delete static_cast<SlowPack *>(slow); });
+    if (response)
+        pack.release();
+    return response;
 }
 
 QString Argument(MHD_Connection *connection, const char *name)
@@ -318,9 +360,7 @@ MHD_Result HttpServer::Daemon::AnswerGet(MHD_Connection *connection, Request &re
     const auto [file, size] = OpenPack(m_options.Packs, exam);
     if (file < 0)
         return SendText(connection, MHD_HTTP_NOT_FOUND, "The pack of this exam is not there.\n");
-    MHD_Response *response = MHD_create_response_from_fd64(size, file);
-    if (!response)
-        ::close(file);
+    MHD_Response *response = PackResponse(file, size, m_options.Rate);
     request.Session.emplace(*std::move(admission.Session));
     return Send(connection, MHD_HTTP_OK, response, "application/octet-stream");
 }

@@ -18,6 +18,9 @@ public:
         QString Address = QStringLiteral("127.0.0.1");
         quint16 Port = 0; // 0: any that is free
         QString Packs; // the folder
+        // Bytes of packs that each of the service's threads sends in a second,
+        // for trials on one machine; 0: as fast as it goes.
+        quint32 Rate = 0;
         // Texts in PEM format; without them it is HTTP, with them HTTPS.
         QByteArray Certificate;
         QByteArray Key;

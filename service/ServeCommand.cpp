@@ -1,7 +1,7 @@
-#include "service/Command.h"
+#include "service/Commands.h"
 
 #include "common/Error.h"
-#include "service/Console.h"
+#include "console/Console.h"
 #include "service/Responder.h"
 #include "service/HttpServer.h"
 #include "service/Signals.h"
@@ -33,6 +33,7 @@ void Describe(QCommandLineParser &parser)
         { u"packs"_s, u"The folder with the pack of each exam, EXAM.exe."_s, u"DIR"_s },
         { u"address"_s, u"The IP address to listen on; 127.0.0.1 unless told otherwise."_s, u"ADDRESS"_s, u"127.0.0.1"_s },
         { u"port"_s, u"The port to listen on; 0, any that is free, unless told otherwise."_s, u"PORT"_s, u"0"_s },
+        { u"rate"_s, u"For trials: sends packs at this many bytes a second."_s, u"BYTES"_s, u"0"_s },
         { u"certificate"_s, u"For HTTPS: a file in PEM format with the certificate and those up to its root."_s, u"FILE"_s },
         { u"key"_s, u"For HTTPS: a file in PEM format with the certificate's key."_s, u"FILE"_s },
     });
@@ -49,7 +50,7 @@ int Command::Serve(const QStringList &arguments)
 {
     QCommandLineParser parser;
     Describe(parser);
-    if (const auto code = Parse(parser, arguments, 0, 0))
+    if (const auto code = ParseWithDatabase(parser, arguments, 0, 0))
         return *code;
     HttpServer::Options options;
     options.Packs = parser.value(u"packs"_s);
@@ -60,6 +61,9 @@ int Command::Serve(const QStringList &arguments)
     options.Port = parser.value(u"port"_s).toUShort(&isNumber);
     if (!isNumber)
         return Misused(u"--port must be a number from 0 to 65535"_s);
+    options.Rate = parser.value(u"rate"_s).toUInt(&isNumber);
+    if (!isNumber)
+        return Misused(u"--rate must be a number of bytes"_s);
     if (parser.isSet(u"certificate"_s) != parser.isSet(u"key"_s))
         return Misused(u"--certificate and --key belong together"_s);
     if (parser.isSet(u"certificate"_s)) {

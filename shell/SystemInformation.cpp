@@ -9,7 +9,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr qsizetype LongestValue = 1024; // bytes
+constexpr qsizetype LongestValue = 1024; // bytes, of a text one for each character
 
 }
 
@@ -17,8 +17,8 @@ bool GetKeyValue(Registry::Hive hive, const QString &SubKey, const QString &Valu
 {
     Value.clear();
     Registry::StoredValue stored;
-    if (Registry::OpenKey(hive, SubKey, false) != 0 || Registry::QueryStored(hive, SubKey, ValueName, stored) != 0
-        || stored.Bytes.size() > LongestValue)
+    if (Registry::OpenKey(hive, SubKey, false, Registry::ReadAndWrite) != 0 || Registry::QueryStored(hive, SubKey, ValueName, stored) != 0
+        || stored.Bytes.size() > (stored.Type == Registry::Text ? 2 * LongestValue : LongestValue))
         return false;
     if (stored.Type == Registry::Text) {
         Value = QString::fromUtf16(reinterpret_cast<const char16_t *>(stored.Bytes.constData()), stored.Bytes.size() / 2);

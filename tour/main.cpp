@@ -1,6 +1,7 @@
-#include "tour/Tour.h"
-
+#include "common/Registry.h"
 #include "model/Globals.h"
+#include "tour/DownloadTour.h"
+#include "tour/SittingTour.h"
 #include "ui/Messages.h"
 #include "ui/Theme.h"
 
@@ -27,34 +28,57 @@ void CopyFolder(const QString &from, const QString &to)
     }
 }
 
+int Usage()
+{
+    std::fprintf(stderr,
+                 "usage: practorium-tour sitting OUT PACKS\n"
+                 "       practorium-tour download OUT ENDPOINT USER-ID PASSWORD\n");
+    return 2;
 }
 
-// practorium-tour PACKS OUT: sits an exam of the packs in a home folder of its
-// own and leaves the pictures in OUT.
+}
+
+// Takes the program through a sitting of an exam of the packs, or through a
+// download, in a home folder of its own, and leaves the pictures in OUT.
 int main(int argc, char **argv)
 {
-    if (argc != 3) {
-        std::fprintf(stderr, "usage: practorium-tour PACKS OUT\n");
-        return 2;
-    }
+    QStringList words;
+    for (int i = 1; i < argc; ++i)
+        words.append(QString::fromLocal8Bit(argv[i]));
+    const QString what = words.value(0);
+    if (!(what == "sitting"_L1 && argc == 4) && !(what == "download"_L1 && argc == 6))
+        return Usage();
     const QTemporaryDir home;
     for (const char *name : { "HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME" })
         qputenv(name, home.path().toLocal8Bit());
+    const QString temporary = home.filePath(u"tmp"_s);
+    QDir().mkpath(temporary);
+    // What others may write to is no place for a pack.
+    QFile::setPermissions(temporary, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    for (const char *name : { "TMPDIR", "TMP" })
+        qputenv(name, QDir::toNativeSeparators(temporary).toLocal8Bit());
+
+    // A dialog of the system's own could not be driven.
+    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication application(argc, argv);
     QApplication::setApplicationName(ApplicationTitle);
     Theme::Apply(application);
-    const QString out = QDir(QFile::decodeName(argv[2])).absolutePath();
+    const QString out = QDir(words.at(1)).absolutePath();
     QDir().mkpath(out);
-    CopyFolder(QDir(QFile::decodeName(argv[1])).absolutePath(), Globals::ExamsFolder());
+    if (what == "sitting"_L1)
+        CopyFolder(QDir(words.at(2)).absolutePath(), Globals::ExamsFolder());
+    else
+        Registry::WriteValue(u"Software\\Practorum\\PackCourier"_s, u"Endpoint"_s, words.at(2), Registry::Text,
+                             Registry::CurrentUser);
 
     // Where the report is saved unless the candidate says otherwise.
     QDir::setCurrent(out);
     Program program;
     program.Start();
     QTimer::singleShot(0, &program, [&] {
-        Tour tour(program, out);
-        tour.Run();
-        std::printf("%d pictures and the score report (PDF) in %s\n", tour.Pictures(), qPrintable(out));
+        const int pictures = what == "sitting"_L1 ? SittingTour(program, out).Run()
+                                                  : DownloadTour(program, out, { words.at(3), words.at(4) }).Run();
+        std::printf("%d pictures in %s\n", pictures, qPrintable(out));
     });
     return QApplication::exec();
 }

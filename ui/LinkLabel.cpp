@@ -165,8 +165,14 @@ void LinkLabel::showEvent(QShowEvent *event)
 
 void LinkLabel::mouseReleaseEvent(QMouseEvent *event)
 {
-    if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
+    // The second release of a double-click is no click of its own.
+    if (event->button() == Qt::LeftButton && !std::exchange(m_isDoubleClick, false) && rect().contains(event->position().toPoint()))
         Follow();
+}
+
+void LinkLabel::mouseDoubleClickEvent(QMouseEvent *)
+{
+    m_isDoubleClick = true;
 }
 
 void LinkLabel::keyPressEvent(QKeyEvent *event)

@@ -44,6 +44,7 @@ Q_SIGNALS:
 protected:
     void showEvent(QShowEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void changeEvent(QEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
@@ -56,6 +57,7 @@ private:
     void Follow();
 
     QLabel *lblLink;
+    bool m_isDoubleClick = false;
     QString m_href;
     OleColor m_foreColor = OleColors::LinkBlue;
     OleColor m_backColor = OleColors::ButtonFace;

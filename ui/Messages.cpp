@@ -68,6 +68,24 @@ QString IconKey(int style)
     }
 }
 
+// A box taller than the screen would have its buttons beyond it.
+QString Fitting(const QString &text)
+{
+    constexpr qsizetype Lines = 25;
+    constexpr qsizetype Characters = 2000;
+    const qsizetype lastLine = [&] {
+        qsizetype at = -1;
+        for (qsizetype line = 0; line < Lines; ++line) {
+            at = text.indexOf(u'\n', at + 1);
+            if (at < 0)
+                return text.size();
+        }
+        return at;
+    }();
+    const qsizetype end = std::min(lastLine, Characters);
+    return end < text.size() ? text.left(end) + u'…' : text;
+}
+
 class MessageBoxes : public MessagePort {
 public:
     int Show(const QString &text, int style) override { return Run(text, style, false); }
@@ -81,7 +99,7 @@ private:
         box->setWindowTitle(ApplicationTitle);
         // A text from a file or a server must not be taken for markup.
         box->setTextFormat(Qt::PlainText);
-        box->setText(Common::ShownText(text));
+        box->setText(Fitting(Common::ShownText(text)));
         if (!IconKey(style).isEmpty())
             box->setIconPixmap(
                 Artwork::MessageIcon(IconKey(style)).pixmap(QSize(IconSize, IconSize), box->devicePixelRatioF()));
@@ -128,5 +146,7 @@ int ShowMessage(const QString &text, int style, const QVariantList &values)
 
 int ShowUnaskedMessage(const QString &text, int style, const QVariantList &values)
 {
+    if (text.isEmpty())
+        return NoAnswer;
     return CurrentMessagePort().ShowUnasked(Common::FormatText(text, values, Common::LineBreakMarker::Exact), style);
 }

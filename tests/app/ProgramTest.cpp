@@ -41,15 +41,19 @@ protected:
         const QRect row = list->visualRect(list->model()->index(0, 0));
         QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, row.center());
     }
-    void StartFirst()
+    // Starts the program, and with it the exam.
+    void StartFirst(qint16 duration)
     {
+        InstallExam(duration);
         Started->Start();
         Show(&Started->Main());
         SelectFirst();
         Click(&Started->Main(), u"cmdStart"_s);
-        ASSERT_NE(Started->ExamWindow(), nullptr);
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(Started->ExamWindow()));
-        QApplication::setActiveWindow(Started->ExamWindow());
+        Sitting = Started->ExamWindow();
+        if (!Sitting)
+            qFatal("the exam did not start");
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(Sitting));
+        QApplication::setActiveWindow(Sitting);
     }
     // Which of the exam window's controls show (v) and can be used (V), the
     // first row's standing for all.
@@ -66,29 +70,26 @@ protected:
 
     Messages Boxes;
     std::unique_ptr<Program> Started = std::make_unique<Program>();
+    frmExam *Sitting = nullptr;
 };
 
 }
 
 TEST_F(ProgramTest, OneSitting)
 {
-    InstallExam(60);
-    StartFirst();
-    if (HasFatalFailure())
-        return;
-    frmExam *exam = Started->ExamWindow();
+    StartFirst(60);
     EXPECT_FALSE(Started->Main().isVisible());
 
-    QTest::keyClick(exam, Qt::Key_A);
-    Click(exam, u"chkMarked"_s);
-    QTest::keyClick(exam, Qt::Key_N, Qt::AltModifier);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return exam->windowTitle() == u"Exam: EX-101 - Item 2 of 3"_s; }));
-    ClickBox(exam, u"chkChoices1"_s);
-    Click(exam, u"lblChoices2"_s);
+    QTest::keyClick(Sitting, Qt::Key_A);
+    Click(Sitting, u"chkMarked"_s);
+    QTest::keyClick(Sitting, Qt::Key_N, Qt::AltModifier);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return Sitting->windowTitle() == u"Exam: EX-101 - Item 2 of 3"_s; }));
+    ClickBox(Sitting, u"chkChoices1"_s);
+    Click(Sitting, u"lblChoices2"_s);
     Boxes.Expect(LimitMessage, InformationMessage);
-    ClickBox(exam, u"chkChoices3"_s);
-    Click(exam, u"cmdNext"_s);
-    QTest::keyClick(exam, Qt::Key_B);
+    ClickBox(Sitting, u"chkChoices3"_s);
+    Click(Sitting, u"cmdNext"_s);
+    QTest::keyClick(Sitting, Qt::Key_B);
 
     QStringList entries;
     QString result;
@@ -102,13 +103,13 @@ TEST_F(ProgramTest, OneSitting)
         });
         Click(list, u"cmdEnd"_s);
     });
-    Click(exam, u"cmdNext"_s);
+    Click(Sitting, u"cmdNext"_s);
     EXPECT_EQ(entries, (QStringList{ u"1 - A"_s, u"2 - A,B"_s, u"3 - B"_s }));
     EXPECT_EQ(result, u"Sorry!\r\nA score of 700 or better was required to pass this exam.\r\nYour score was 667"_s);
 
-    EXPECT_EQ(Find<QLabel>(exam, u"lblAnswer"_s)->text() + Find<QLabel>(exam, u"lblStatus"_s)->text(), u"Answer: ACORRECT"_s);
+    EXPECT_EQ(Find<QLabel>(Sitting, u"lblAnswer"_s)->text() + Find<QLabel>(Sitting, u"lblStatus"_s)->text(), u"Answer: ACORRECT"_s);
 
-    exam->close();
+    Sitting->close();
     EXPECT_TRUE(Started->Main().isVisible());
     EXPECT_EQ(Globals::CurrentExam, nullptr);
     EXPECT_TRUE(QTest::qWaitFor([&] { return !Started->ExamWindow(); }));
@@ -119,21 +120,20 @@ TEST_F(ProgramTest, OneSitting)
     ASSERT_NE(Started->ExamWindow(), nullptr);
     EXPECT_EQ(Globals::CurrentExam->Questions().Item(2)->Answer(), u""_s);
     EXPECT_EQ(Controls(), u"VV-v-VV--"_s);
-    Boxes.Expect(u"Are you sure you want to terminate the exam?"_s, QuestionMessage, AnswerYes);
-    Started->ExamWindow()->close();
-    EXPECT_TRUE(Started->Main().isVisible());
+    for (const int answer : { AnswerNo, AnswerYes }) {
+        Boxes.Expect(u"Are you sure you want to terminate the exam?"_s, QuestionMessage, answer);
+        EXPECT_EQ(Started->ExamWindow()->close(), answer == AnswerYes);
+        EXPECT_EQ(Started->Main().isVisible(), answer == AnswerYes);
+        EXPECT_EQ(Globals::CurrentExam == nullptr, answer == AnswerYes);
+    }
 }
 
 TEST_F(ProgramTest, WhatShowsInWhichState)
 {
-    InstallExam(60);
-    StartFirst();
-    if (HasFatalFailure())
-        return;
-    frmExam *exam = Started->ExamWindow();
+    StartFirst(60);
     const auto fromList = [&](const std::function<void(QWidget *)> &choose) {
         WhenOpen review(u"frmReview"_s, choose);
-        Click(exam, u"cmdReview"_s);
+        Click(Sitting, u"cmdReview"_s);
     };
     const auto press = [&](const QString &button) { fromList([button](QWidget *list) { Click(list, button); }); };
     const auto end = [&] {
@@ -143,7 +143,7 @@ TEST_F(ProgramTest, WhatShowsInWhichState)
             Click(list, u"cmdEnd"_s);
         });
     };
-    const auto next = [&] { Click(exam, u"cmdNext"_s); };
+    const auto next = [&] { Click(Sitting, u"cmdNext"_s); };
     struct Row { QString State; std::function<void()> Action; QString Controls; };
     const Row rows[] = {
         //                                        mark, radio, check, previous, exhibit, review, time, panel, why
@@ -151,9 +151,9 @@ TEST_F(ProgramTest, WhatShowsInWhichState)
         { u"check boxes"_s, next,                                                  u"V-VV-VV--"_s },
         { u"an exhibit"_s, next,                                                   u"VV-VVVV--"_s },
         { u"reviewing all"_s, [&] { press(u"cmdReviewAll"_s); },                u"VV-v-VV--"_s },
-        { u"marked"_s, [&] { next(); Click(exam, u"chkMarked"_s); },               u"V-VV-VV--"_s },
+        { u"marked"_s, [&] { next(); Click(Sitting, u"chkMarked"_s); },               u"V-VV-VV--"_s },
         { u"reviewing marked"_s, [&] { press(u"cmdReviewMarked"_s); },          u"V-VV-VV--"_s },
-        { u"back from the first marked"_s, [&] { Click(exam, u"cmdPrev"_s); },     u"V-Vv-VV--"_s },
+        { u"back from the first marked"_s, [&] { Click(Sitting, u"cmdPrev"_s); },     u"V-Vv-VV--"_s },
         { u"after the exam"_s, end,                                               u"vv-v-V-V-"_s },
         { u"an explanation"_s,
           [&] { fromList([](QWidget *list) { QTest::keyClicks(list->focusWidget(), u"3"_s); QTest::keyClick(list, Qt::Key_Return); }); },
@@ -167,12 +167,8 @@ TEST_F(ProgramTest, WhatShowsInWhichState)
 
 TEST_F(ProgramTest, TimeRunsOutWhileTheListIsOpen)
 {
-    InstallExam(0);
-    StartFirst();
-    if (HasFatalFailure())
-        return;
-    frmExam *exam = Started->ExamWindow();
-    QTest::keyClick(exam, Qt::Key_A);
+    StartFirst(0);
+    QTest::keyClick(Sitting, Qt::Key_A);
     Boxes.Expect(TimeQuestion, QuestionMessage, AnswerNo);
     WhenOpen review(u"frmReview"_s, [&](QWidget *list) {
         bool isRead = false;
@@ -185,7 +181,7 @@ TEST_F(ProgramTest, TimeRunsOutWhileTheListIsOpen)
         EXPECT_TRUE(list->isVisible());
         QTest::keyClick(list, Qt::Key_Escape);
     });
-    Click(exam, u"cmdReview"_s);
+    Click(Sitting, u"cmdReview"_s);
     EXPECT_TRUE(Globals::CurrentExam->IsEnded());
     EXPECT_EQ(Controls(), u"vv-v-V-V-"_s);
 }

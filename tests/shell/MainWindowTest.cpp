@@ -6,14 +6,13 @@
 #include "tests/support/ExamBuilder.h"
 #include "tests/support/Messages.h"
 #include "tests/support/Sandbox.h"
+#include "tests/support/System.h"
 #include "tests/support/Windows.h"
 
 #include <QDir>
 #include <QLabel>
 #include <QSignalSpy>
 #include <QTreeView>
-
-#include <sys/stat.h>
 
 using namespace Qt::Literals::StringLiterals;
 using namespace Windows;
@@ -87,7 +86,7 @@ TEST_F(MainWindowTest, UnreadablePackages)
     InstallExam(u"A"_s);
     QDir().mkpath(Sandbox::ExamsFolder() + u"/folder/folder.exam"_s);
     QDir().mkpath(Sandbox::ExamsFolder() + u"/pipe"_s);
-    ASSERT_EQ(mkfifo(qPrintable(Sandbox::ExamsFolder() + u"/pipe/pipe.exam"_s), 0600), 0);
+    System::MakePipe(Sandbox::ExamsFolder() + u"/pipe/pipe.exam"_s);
     InstallExam(u"B"_s);
     ShowMain();
     EXPECT_EQ(Status(), u"2 Exams Installed  |  "_s);

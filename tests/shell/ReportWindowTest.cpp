@@ -88,9 +88,9 @@ TEST_F(ReportWindowTest, SavedAsPdf)
     };
     save(Sandbox::Path(u"second.pdf"_s));
     EXPECT_TRUE(Sandbox::ReadFile(Sandbox::Path(u"second.pdf"_s)).startsWith("%PDF-"));
-    // A device that takes nothing.
+    // A file where a folder is wanted.
     Boxes.Expect(PrintFailure, CriticalMessage);
-    save(u"/dev/full/report.pdf"_s);
+    save(Sandbox::Path(u"second.pdf/report.pdf"_s));
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
 }
 

@@ -1,66 +1,29 @@
-#include "tour/Tour.h"
+#include "tour/SittingTour.h"
 
 #include "model/Globals.h"
 
-#include <QApplication>
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QFile>
-#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
-#include <QListWidget>
 #include <QMessageBox>
-#include <QPixmap>
 #include <QPushButton>
-#include <QRadioButton>
 #include <QScrollBar>
 #include <QTest>
-#include <QTimer>
 #include <QTreeView>
-
-#include <cstdio>
-#include <cstdlib>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr int Patience = 15000; // milliseconds
 const QString TouredExam = u"NET-101"_s;
-
-[[noreturn]] void Stop(const QString &what)
-{
-    std::fprintf(stderr, "the tour stopped: expected %s\n", qPrintable(what));
-    std::fflush(nullptr);
-    // The windows of the moment are of no use to anybody any more.
-    std::_Exit(1);
-}
-
-void Expect(bool holds, const QString &what)
-{
-    if (!holds)
-        Stop(what);
-}
-
-template <class Widget> Widget *Find(QWidget *window, const QString &name)
-{
-    auto *widget = window->findChild<Widget *>(name);
-    Expect(widget != nullptr, name + u" in "_s + window->objectName());
-    return widget;
-}
-
-void Click(QWidget *widget)
-{
-    Expect(widget->isVisible() && widget->isEnabled(), widget->objectName() + u" to be ready"_s);
-    QTest::mouseClick(widget, Qt::LeftButton, Qt::NoModifier, widget->rect().center());
-}
 
 // Beside the indicator, as a person would.
 void ClickRow(QWidget *exam, const QString &name)
 {
-    auto *row = Find<QAbstractButton>(exam, name);
-    Expect(row->isVisible() && row->isEnabled(), name + u" to be ready"_s);
+    auto *row = Driver::Find<QAbstractButton>(exam, name);
+    Driver::Expect(row->isVisible() && row->isEnabled(), name + u" to be ready"_s);
     QTest::mouseClick(row, Qt::LeftButton, Qt::NoModifier, QPoint(10, row->height() / 2));
 }
 
@@ -76,70 +39,38 @@ template <class Condition> int ItemWhere(Condition &&condition, const QString &w
         if (condition(Item(number)))
             return number;
     }
-    Stop(u"an item with "_s + what);
+    Driver::Stop(u"an item with "_s + what);
 }
 
 }
 
-Tour::Tour(Program &program, QString folder)
-    : m_program(program)
-    , m_folder(std::move(folder))
+SittingTour::SittingTour(Program &program, const QString &folder)
+    : Driver(folder)
+    , m_program(program)
 {
 }
 
-void Tour::Run()
+int SittingTour::Run()
 {
-    Expect(QTest::qWaitForWindowExposed(&m_program.Main()), u"the main window"_s);
     ChooseExam();
     AnswerItems();
+    LookAtExhibits();
+    ReadLongItem();
     ReviewItems();
     EndExam();
     ReviewAfterTheExam();
     Leave();
-    Expect(m_waiting == 0, u"every window that was to show"_s);
+    Expect(Waiting() == 0, u"every window that was to show"_s);
+    return Pictures();
 }
 
-void Tour::Picture(QWidget *window, const QString &name)
-{
-    Expect(QTest::qWaitForWindowExposed(window), name + u" to show"_s);
-    QCoreApplication::processEvents();
-    ++m_pictures;
-    const QString path = u"%1/%2-%3.png"_s.arg(m_folder).arg(m_pictures, 2, 10, QChar(u'0')).arg(name);
-    Expect(window->grab().save(path), path);
-}
-
-void Tour::When(const QString &name, std::function<void(QWidget *)> step)
-{
-    ++m_waiting;
-    auto *timer = new QTimer(&m_program);
-    timer->setInterval(10);
-    QObject::connect(timer, &QTimer::timeout, timer, [this, timer, name, step] {
-        QWidget *window = QApplication::activeModalWidget();
-        if (!window || !window->isVisible() || (window->objectName() != name && !window->inherits(qPrintable(name))))
-            return;
-        timer->stop();
-        timer->deleteLater();
-        --m_waiting;
-        step(window);
-    });
-    timer->start();
-}
-
-void Tour::WhenAsked(const QString &picture, int button)
-{
-    When(u"QMessageBox"_s, [this, picture, button](QWidget *box) {
-        Picture(box, picture);
-        Click(qobject_cast<QMessageBox *>(box)->button(static_cast<QMessageBox::StandardButton>(button)));
-    });
-}
-
-QWidget *Tour::ExamWindow()
+QWidget *SittingTour::ExamWindow()
 {
     Expect(m_program.ExamWindow() != nullptr, u"the exam window"_s);
     return m_program.ExamWindow();
 }
 
-void Tour::ChooseExam()
+void SittingTour::ChooseExam()
 {
     frmMain &main = m_program.Main();
     Picture(&main, u"main"_s);
@@ -163,11 +94,11 @@ void Tour::ChooseExam()
     QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, list->visualRect(row).center());
     Picture(&main, u"main-selected"_s);
     Click(Find<QPushButton>(&main, u"cmdStart"_s));
-    Expect(QTest::qWaitForWindowExposed(ExamWindow()), u"the exam window"_s);
+    WaitForExposed(ExamWindow(), u"the exam window"_s);
 }
 
 // Through the review list, which every jump of a candidate goes through.
-void Tour::GoTo(int item)
+void SittingTour::GoTo(int item)
 {
     When(u"frmReview"_s, [item](QWidget *review) {
         QTest::keyClicks(Find<QLineEdit>(review, u"txtQuestion"_s), QString::number(item));
@@ -177,13 +108,13 @@ void Tour::GoTo(int item)
     Expect(ExamWindow()->windowTitle().contains(u"Item %1 of"_s.arg(item)), u"item %1 on the page"_s.arg(item));
 }
 
-void Tour::AnswerItems()
+void SittingTour::AnswerItems()
 {
     QWidget *exam = ExamWindow();
     auto *next = Find<QPushButton>(exam, u"cmdNext"_s);
     auto *time = Find<QLabel>(exam, u"lblTime"_s);
     const QString atStart = time->text();
-    Expect(QTest::qWaitFor([&] { return time->text() != atStart; }, Patience), u"the clock to run"_s);
+    WaitFor([&] { return time->text() != atStart; }, u"the clock to run"_s);
     Picture(exam, u"first-item"_s);
 
     // Two thirds right: every third item gets a wrong or incomplete answer.
@@ -225,7 +156,11 @@ void Tour::AnswerItems()
         ClickRow(exam, u"chkChoices%1"_s.arg(choice->Number()));
         break;
     }
+}
 
+void SittingTour::LookAtExhibits()
+{
+    QWidget *exam = ExamWindow();
     const int pictured = ItemWhere([](const Question &item) { return item.Exhibit() == u"campus.gif"_s; }, u"an exhibit"_s);
     GoTo(pictured);
     Picture(exam, u"item-with-exhibit"_s);
@@ -239,16 +174,20 @@ void Tour::AnswerItems()
         = ItemWhere([](const Question &item) { return item.Exhibit() == u"route-table.gif"_s; }, u"a tall exhibit"_s);
     GoTo(tall);
     Click(Find<QPushButton>(exam, u"cmdExhibit"_s));
-    Expect(QTest::qWaitFor([&] { return exam->findChild<QWidget *>(u"frmExhibit"_s) != nullptr; }, Patience),
-           u"the tall exhibit"_s);
+    WaitFor([&] { return exam->findChild<QWidget *>(u"frmExhibit"_s) != nullptr; }, u"the tall exhibit"_s);
     exhibit = exam->findChildren<QWidget *>(u"frmExhibit"_s).last();
     auto *bar = Find<QScrollBar>(exhibit, u"vsbScroll"_s);
-    Expect(QTest::qWaitForWindowExposed(exhibit), u"the tall exhibit to show"_s);
+    WaitForExposed(exhibit, u"the tall exhibit to show"_s);
     if (bar->isVisible())
         QTest::keyClick(exhibit, Qt::Key_End);
     Picture(exhibit, u"tall-exhibit"_s);
     Click(Find<QPushButton>(exhibit, u"cmdClose"_s));
+}
 
+void SittingTour::ReadLongItem()
+{
+    QWidget *exam = ExamWindow();
+    const int count = Globals::CurrentExam->Questions().Count();
     int longest = 1;
     for (int number = 1; number <= count; ++number) {
         if (Item(number).Problem().size() > Item(longest).Problem().size())
@@ -256,7 +195,7 @@ void Tour::AnswerItems()
     }
     GoTo(longest);
     Picture(exam, u"long-item"_s);
-    bar = Find<QScrollBar>(Find<QWidget>(exam, u"picBorder"_s), u"vsbScroll"_s);
+    auto *bar = Find<QScrollBar>(Find<QWidget>(exam, u"picBorder"_s), u"vsbScroll"_s);
     if (bar->isEnabled()) {
         QTest::keyClick(exam, Qt::Key_End);
         Picture(exam, u"long-item-end"_s);
@@ -267,7 +206,7 @@ void Tour::AnswerItems()
     QTest::keyClick(exam, Qt::Key_0, Qt::ControlModifier);
 }
 
-void Tour::ReviewItems()
+void SittingTour::ReviewItems()
 {
     QWidget *exam = ExamWindow();
     When(u"frmReview"_s, [this](QWidget *review) {
@@ -281,7 +220,7 @@ void Tour::ReviewItems()
     Expect(Find<QCheckBox>(exam, u"chkMarked"_s)->isChecked(), u"a marked item"_s);
 }
 
-void Tour::EndExam()
+void SittingTour::EndExam()
 {
     When(u"frmReview"_s, [this](QWidget *review) {
         WhenAsked(u"really-end"_s, QMessageBox::Yes);
@@ -292,10 +231,10 @@ void Tour::EndExam()
     Expect(Globals::CurrentExam->IsEnded(), u"the exam to have ended"_s);
 }
 
-void Tour::ReadReport(QWidget *report)
+void SittingTour::ReadReport(QWidget *report)
 {
     Picture(report, u"report"_s);
-    const QString pdf = m_folder + u"/Score report.pdf"_s;
+    const QString pdf = Folder() + u"/Score report.pdf"_s;
     QFile::remove(pdf);
     When(u"QFileDialog"_s, [this](QWidget *dialog) {
         Picture(dialog, u"save-as-pdf"_s);
@@ -306,7 +245,7 @@ void Tour::ReadReport(QWidget *report)
     Click(Find<QPushButton>(report, u"cmdExit"_s));
 }
 
-void Tour::ReviewAfterTheExam()
+void SittingTour::ReviewAfterTheExam()
 {
     QWidget *exam = ExamWindow();
     auto *status = Find<QLabel>(exam, u"lblStatus"_s);
@@ -338,10 +277,10 @@ void Tour::ReviewAfterTheExam()
     Click(Find<QPushButton>(exam, u"cmdReview"_s));
 }
 
-void Tour::Leave()
+void SittingTour::Leave()
 {
     ExamWindow()->close();
-    Expect(QTest::qWaitFor([&] { return m_program.Main().isVisible(); }, Patience), u"the main window again"_s);
+    WaitFor([&] { return m_program.Main().isVisible(); }, u"the main window again"_s);
     Expect(!Globals::CurrentExam, u"the exam to be released"_s);
     WhenAsked(u"really-exit"_s, QMessageBox::Yes);
     Click(Find<QPushButton>(&m_program.Main(), u"cmdExit"_s));
