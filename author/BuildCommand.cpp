@@ -1,5 +1,5 @@
-#include "author/Command.h"
-#include "author/Console.h"
+#include "author/Commands.h"
+#include "console/Console.h"
 #include "author/Gift.h"
 #include "author/Limits.h"
 #include "author/Package.h"

@@ -1,6 +1,6 @@
 #include "author/Check.h"
 
-#include "author/Console.h"
+#include "console/Console.h"
 #include "author/Limits.h"
 #include "author/Package.h"
 #include "common/Common.h"
@@ -192,7 +192,7 @@ void CheckFolder(QStringList &faults, QStringList *warnings, const QString &path
     if (names.size() > 1)
         say(u"several exam files: %1"_s.arg(names.join(u", "_s)));
     for (const QString &file : names)
-        ExamChecker(faults, warnings, QDir(path).filePath(file)).Run();
+        ExamChecker(faults, warnings, QDir::toNativeSeparators(QDir(path).filePath(file))).Run();
 }
 
 }

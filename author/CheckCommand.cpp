@@ -1,6 +1,6 @@
 #include "author/Check.h"
-#include "author/Command.h"
-#include "author/Console.h"
+#include "author/Commands.h"
+#include "console/Console.h"
 
 using namespace Qt::Literals::StringLiterals;
 

@@ -1,5 +1,5 @@
-#include "author/Command.h"
-#include "author/Console.h"
+#include "author/Commands.h"
+#include "console/Console.h"
 #include "author/Dump.h"
 #include "common/Error.h"
 #include "model/Exam.h"

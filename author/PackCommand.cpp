@@ -1,4 +1,4 @@
-#include "author/Command.h"
+#include "author/Commands.h"
 #include "author/Interrupt.h"
 #include "pack/PackFormat.h"
 #include "pack/Packer.h"
@@ -8,16 +8,18 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 const QString Notes = uR"(
-FILE is a program for this kind of system that needs nothing else to be there.
-Run without arguments it installs the exam into the exams folder of the user
-who runs it, in place of the exam of that name if there is one. A FILE that did
-not come whole, or that anything of was changed, installs nothing. FILE appears
-whole or not at all.
+FILE is a program that needs nothing else to be there, for the system that
+--for names, "linux" or "windows", on whichever of them it is made. Run without
+arguments it installs the exam into the exams folder of the user who runs it, in
+place of the exam of that name if there is one. A FILE that did not come whole,
+or that anything of was changed, installs nothing. FILE appears whole or not at
+all.
 
 FOLDER holds the exam file named after it, which must load, and besides
 nothing but regular files: at most %1, with names of at most %2 bytes that
 neither begin with a dot or a blank, nor end with one, nor hold control
-characters or any of / \ : * ? " < > |.
+characters or any of / \ : * ? " < > |, nor are what Windows calls a device,
+such as CON, nor differ in nothing but letter case.
 
 The exit code is 0, 2 for wrong usage, otherwise 1.
 )"_s;
@@ -31,6 +33,7 @@ int Command::Pack(const QStringList &arguments)
     parser.addPositionalArgument(u"FOLDER"_s, u"The package folder, named as it is to be installed."_s);
     parser.addOptions({
         { u"out"_s, u"The program to make."_s, u"FILE"_s },
+        { u"for"_s, u"The system that runs the program; without it, this one."_s, u"SYSTEM"_s },
         { u"replace"_s, u"Replace a file that is there already."_s },
     });
     if (const auto code = Parse(parser, arguments, Notes.arg(PackFormat::MostFiles).arg(PackFormat::LongestName)))
@@ -40,7 +43,15 @@ int Command::Pack(const QStringList &arguments)
     if (parser.value(u"out"_s).isEmpty())
         return Misused(u"--out is missing"_s);
 
+    Packer::System system = Packer::OwnSystem;
+    if (const QString name = parser.value(u"for"_s); name == "windows"_L1)
+        system = Packer::System::Windows;
+    else if (name == "linux"_L1)
+        system = Packer::System::Linux;
+    else if (parser.isSet(u"for"_s))
+        return Misused(u"--for takes linux or windows"_s);
+
     const Interrupt interrupt;
-    Packer::Write(parser.positionalArguments().first(), parser.value(u"out"_s), parser.isSet(u"replace"_s), Interrupt::Check);
+    Packer::Write(parser.positionalArguments().first(), parser.value(u"out"_s), system, parser.isSet(u"replace"_s), Interrupt::Check);
     return Success;
 }

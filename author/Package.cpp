@@ -1,6 +1,6 @@
 #include "author/Package.h"
 
-#include "author/Console.h"
+#include "console/Console.h"
 #include "author/Limits.h"
 #include "author/PlainText.h"
 #include "common/Ansi.h"

@@ -121,10 +121,17 @@ private:
     void MakeParents()
     {
         QStringList missing;
-        for (QString folder = QFileInfo(m_target).path(); !QFileInfo::exists(folder); folder = QFileInfo(folder).path())
+        QString folder = QFileInfo(m_target).path();
+        while (!QFileInfo::exists(folder)) {
             missing.prepend(folder);
-        for (const QString &folder : missing)
-            Make(folder);
+            // A drive that is not there has nothing above it.
+            const QString above = QFileInfo(folder).path();
+            if (above == folder)
+                break;
+            folder = above;
+        }
+        for (const QString &each : missing)
+            Make(each);
     }
 
     void Remove()

@@ -1,8 +1,10 @@
-#include "author/Command.h"
+#include "author/Commands.h"
 
 #include <QGuiApplication>
 
 #include <cstdio>
+
+using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
@@ -23,5 +25,13 @@ int main(int argc, char **argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication::setDesktopSettingsAware(false);
     const QGuiApplication application(argc, argv);
-    return Command::Run(QCoreApplication::arguments());
+    QCoreApplication::setApplicationName(u"practorium-author"_s);
+    QCoreApplication::setApplicationVersion(u"" PRACTORIUM_VERSION ""_s);
+    return Command::Run(u"Makes, shows and checks exam files and packages."_s,
+                        {
+                            { u"build"_s, u"makes a package folder from a question bank in GIFT"_s, Command::Build },
+                            { u"dump"_s, u"prints an exam file as JSON"_s, Command::DumpExam },
+                            { u"check"_s, u"tells what would go wrong with exam files and package folders"_s, Command::CheckPaths },
+                            { u"pack"_s, u"makes a program that installs a package"_s, Command::Pack },
+                        });
 }

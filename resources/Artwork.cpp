@@ -1,5 +1,7 @@
 #include "resources/Artwork.h"
 
+#include "resources/Brand.h"
+
 #include <QFont>
 #include <QFontMetricsF>
 #include <QIconEngine>
@@ -12,10 +14,10 @@ namespace Artwork {
 
 namespace {
 
-constexpr QColor Blue(58, 153, 239);
+using Brand::Blue;
+using Brand::Ink;
+using Brand::Orange;
 constexpr QColor DeepBlue(24, 92, 160);
-constexpr QColor Ink(33, 41, 52);
-constexpr QColor Orange(228, 78, 39);
 constexpr QColor DoneGreen(72, 161, 60);
 constexpr QColor Pale(150, 160, 172);
 constexpr QColor Amber(247, 183, 51);

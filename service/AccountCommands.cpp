@@ -1,4 +1,4 @@
-#include "service/Command.h"
+#include "service/Commands.h"
 
 #include "common/Error.h"
 #include "service/Password.h"
@@ -32,7 +32,7 @@ int ChangeExams(const QStringList &arguments, const QString &description,
     parser.addPositionalArgument(u"EMAIL"_s, u"The user ID."_s);
     parser.addPositionalArgument(u"EXAM"_s, u"An exam's ID, such as NET-101: letters, digits, \"-\", \"_\", \".\"."_s,
                                  u"EXAM…"_s);
-    if (const auto code = Command::Parse(parser, arguments, 2, std::numeric_limits<qsizetype>::max()))
+    if (const auto code = Command::ParseWithDatabase(parser, arguments, 2, std::numeric_limits<qsizetype>::max()))
         return *code;
     const QStringList exams = parser.positionalArguments().mid(1);
     for (const QString &exam : exams) {
@@ -56,7 +56,7 @@ int Command::AddUser(const QStringList &arguments)
         { u"password-file"_s, u"Read the password from FILE."_s, u"FILE"_s },
         { u"replace"_s, u"Give a user who is there already a new password."_s },
     });
-    if (const auto code = Parse(parser, arguments, 1, 1))
+    if (const auto code = ParseWithDatabase(parser, arguments, 1, 1))
         return *code;
     const QString email = parser.positionalArguments().first();
     if (const QString fault = Password::FaultOfUser(email); !fault.isEmpty())

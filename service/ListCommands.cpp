@@ -1,6 +1,6 @@
-#include "service/Command.h"
+#include "service/Commands.h"
 
-#include "service/Console.h"
+#include "console/Console.h"
 #include "service/Store.h"
 
 using namespace Qt::Literals::StringLiterals;
@@ -9,7 +9,7 @@ int Command::ListUsers(const QStringList &arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(u"Prints a line for each user: the user ID, a tab, and the exams parted by commas."_s);
-    if (const auto code = Parse(parser, arguments, 0, 0))
+    if (const auto code = ParseWithDatabase(parser, arguments, 0, 0))
         return *code;
     const Store store(parser.value(u"database"_s));
     for (const Store::User &user : store.Users())
@@ -22,7 +22,7 @@ int Command::ListReports(const QStringList &arguments)
     QCommandLineParser parser;
     parser.setApplicationDescription(u"Prints a line for each report, parted by tabs: when it came (UTC), the user ID, the "
                                      "exams parted by commas, and the candidate's own time."_s);
-    if (const auto code = Parse(parser, arguments, 0, 0))
+    if (const auto code = ParseWithDatabase(parser, arguments, 0, 0))
         return *code;
     const Store store(parser.value(u"database"_s));
     for (const Store::ReportLine &line : store.Reports())

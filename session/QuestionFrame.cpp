@@ -149,7 +149,6 @@ void QuestionFrame::ShowItem(const PageState &page)
         m_rows[index].Check->hide();
         m_rows[index].Label->hide();
     }
-    ShowChanges(page);
     ArrangeRows();
     MoveContent(0);
     vsbScroll->setValue(0);

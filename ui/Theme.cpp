@@ -12,7 +12,7 @@ namespace Theme {
 void Apply(QApplication &application)
 {
     const QColor window(243, 246, 250);
-    const QColor text(33, 41, 52);
+    const QColor text = Brand::Ink;
     const QColor faint(140, 150, 163);
     QPalette palette(window);
     palette.setColor(QPalette::Window, window);

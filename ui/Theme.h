@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QColor>
+#include "resources/Brand.h"
 
 class QApplication;
 class QWidget;
@@ -9,13 +9,12 @@ class QWidget;
 // the fixed colours of texts and bars need one.
 namespace Theme {
 
-constexpr QColor Blue(58, 153, 239);
-constexpr QColor Orange(228, 78, 39);
-constexpr QColor Green(153, 239, 58);
+using Brand::Blue;
+using Brand::Green;
+using Brand::Orange;
 constexpr QColor ListText(64, 64, 64);
 constexpr QColor CorrectText(0, 128, 0);
 constexpr QColor IncorrectText(255, 0, 0);
-constexpr QColor Line(198, 207, 218);
 
 // Gives the application its style and palette.
 void Apply(QApplication &application);

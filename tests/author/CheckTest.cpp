@@ -1,30 +1,13 @@
 #include "author/Check.h"
-#include "tests/support/ExamBuilder.h"
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
+#include "tests/author/AuthorFixture.h"
 
-#include <QBuffer>
-#include <QDir>
-#include <QImage>
 #include <QtEndian>
-
-#include <gtest/gtest.h>
 
 #include <functional>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
-
-void WritePicture(const QString &path, int width = 4)
-{
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    QImage image(width, 4, QImage::Format_RGB32);
-    image.fill(Qt::red);
-    ASSERT_TRUE(image.save(&buffer, "BMP"));
-    Sandbox::WriteFile(path, bytes);
-}
 
 // The faults without the path at their beginning.
 QString FaultsOf(const QString &path)
@@ -37,7 +20,14 @@ QString FaultsOf(const QString &path)
     return faults.join(u"; "_s);
 }
 
-const ItemSheet GoodItem{ u"Q"_s, { u"*a"_s, u"b"_s } };
+// An exam without faults.
+std::shared_ptr<Exam> GoodExam(int items)
+{
+    auto exam = NewExam();
+    for (int i = 0; i < items; ++i)
+        AddItem(*exam, { u"Q"_s, { u"*a"_s, u"b"_s } });
+    return exam;
+}
 
 struct Row {
     const char *Name;
@@ -79,13 +69,11 @@ TEST(CheckTest, WhatAnExamCanHoldWrong)
         { "upwards", shown(u"../good.bmp"_s), u"item 2: the exhibit \"../good.bmp\" is not a plain file name and may lead out of the folder" },
     };
     const QString folder = Sandbox::ExamsFolder() + u"/CHECK"_s;
-    WritePicture(folder + u"/good.bmp"_s);
-    WritePicture(Sandbox::ExamsFolder() + u"/good.bmp"_s);
+    for (const QString &place : { folder, Sandbox::ExamsFolder() })
+        Sandbox::WriteFile(place + u"/good.bmp"_s, Bmp());
     Sandbox::WriteFile(folder + u"/text.bmp"_s, "no picture");
     for (const Row &row : rows) {
-        const auto exam = NewExam();
-        AddItem(*exam, GoodItem);
-        AddItem(*exam, GoodItem);
+        const auto exam = GoodExam(2);
         row.Spoil(*exam);
         EXPECT_EQ(FaultsOf(Install(*exam, u"CHECK"_s)), QString::fromUtf16(row.Expected)) << row.Name;
     }
@@ -93,10 +81,7 @@ TEST(CheckTest, WhatAnExamCanHoldWrong)
 
 TEST(CheckTest, FilesThatAreCutShortOrTooLong)
 {
-    const auto exam = NewExam();
-    AddItem(*exam, GoodItem);
-    AddItem(*exam, GoodItem);
-    const QByteArray whole = Sandbox::ReadFile(Install(*exam, u"CUT"_s));
+    const QByteArray whole = Sandbox::ReadFile(Install(*GoodExam(2), u"CUT"_s));
     const QString path = Sandbox::Path(u"cut.exam"_s);
     for (qsizetype length = 0; length < whole.size(); ++length) {
         Sandbox::WriteFile(path, whole.left(length));
@@ -120,9 +105,7 @@ TEST(CheckTest, FilesThatAreCutShortOrTooLong)
 
 TEST(CheckTest, FoldersAndWhatTheirNamesLeadTo)
 {
-    const auto exam = NewExam();
-    AddItem(*exam, GoodItem);
-    const QByteArray bytes = Sandbox::ReadFile(Install(*exam, u"SRC"_s));
+    const QByteArray bytes = Sandbox::ReadFile(Install(*GoodExam(1), u"SRC"_s));
     struct Row {
         const char16_t *Folder;
         QStringList Files;

@@ -1,13 +1,5 @@
 #include "author/Package.h"
-#include "tests/support/ExamBuilder.h"
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
-
-#include <QBuffer>
-#include <QDir>
-#include <QImage>
-
-#include <gtest/gtest.h>
+#include "tests/author/AuthorFixture.h"
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -17,19 +9,11 @@ const Package::Header Header{ u"EX-1"_s, u"Sample"_s, 1000, 700, 90 };
 
 QString PictureFolder()
 {
-    static const QString folder = [] {
-        QImage image(4, 4, QImage::Format_RGB32);
-        image.fill(Qt::red);
-        QByteArray bytes;
-        QBuffer buffer(&bytes);
-        image.save(&buffer, "BMP");
-        const QString path = Sandbox::Path(u"pictures"_s);
-        for (const QString &name : { u"a.bmp"_s, u"b.bmp"_s, u"a.exam"_s, u"\u03B1.bmp"_s })
-            Sandbox::WriteFile(path + u'/' + name, bytes);
-        Sandbox::WriteFile(path + u"/text.bmp"_s, "text");
-        return path;
-    }();
-    return folder;
+    const QString path = Sandbox::Path(u"pictures"_s);
+    for (const QString &name : { u"a.bmp"_s, u"b.bmp"_s, u"a.exam"_s, u"\u03B1.bmp"_s })
+        Sandbox::WriteFile(path + u'/' + name, Bmp());
+    Sandbox::WriteFile(path + u"/text.bmp"_s, "text");
+    return path;
 }
 
 Package::Content Assembled(const QString &gift)
@@ -56,22 +40,14 @@ QString Shown(const Package::Content &content)
     return lines.join(u'\n');
 }
 
-QStringList Names(const QString &folder)
-{
-    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
-}
-
-struct Row {
-    const char *Name;
-    QString Source;
-    QString Expected;
-};
-
 }
 
 TEST(PackageTest, WhatIsTakenAndWhatIsLeftOut)
 {
-    const std::vector<Row> rows = {
+    const struct {
+        const char *Name;
+        QString Source, Expected;
+    } rows[] = {
         { "multiple", u"Q {~%50%a ~b ~%50%c}"_s, u"1. Q |  | 1,3 of 3 | hint"_s },
         { "several right", u"Q {=a ~b =c}"_s, u"1: several answers are right alone"_s },
         { "no limit", u"// [nolimit]\nQ {~%50%a ~b ~%50%c}"_s, u"1. Q |  | 1,3 of 3"_s },
@@ -98,7 +74,7 @@ TEST(PackageTest, WhatIsTakenAndWhatIsLeftOut)
         { "a name off the page", u"// [exhibit:\u03B1.bmp]\nQ {T}"_s,
           u"2: the name of the exhibit \"\u03B1.bmp\" is not in code page 1252"_s },
     };
-    for (const Row &row : rows)
+    for (const auto &row : rows)
         EXPECT_EQ(Shown(Assembled(row.Source)), row.Expected) << row.Name;
 }
 
@@ -124,33 +100,28 @@ TEST(PackageTest, TargetsThatAreRefused)
 {
     const Package::Content content = Assembled(u"Q {T}"_s);
     const QString root = Sandbox::Path(u"targets"_s);
-    Sandbox::WriteFile(root + u"/PACK/PACK.exam"_s, "old");
-    Sandbox::WriteFile(root + u"/PACK/old.bmp"_s, "old");
-    Sandbox::WriteFile(root + u"/home/notes.txt"_s, "mine");
-    Sandbox::WriteFile(root + u"/deep/deep.exam"_s, "old");
-    Sandbox::WriteFile(root + u"/deep/more/notes.txt"_s, "mine");
-    Sandbox::WriteFile(root + u"/mixed/mixed.exam"_s, "old");
-    Sandbox::WriteFile(root + u"/mixed/notes.txt"_s, "mine");
-    Sandbox::WriteFile(root + u"/file"_s, "mine");
+    for (const QString &name : { u"PACK/PACK.exam"_s, u"PACK/old.bmp"_s, u"home/notes.txt"_s, u"deep/deep.exam"_s,
+                                 u"deep/more/notes.txt"_s, u"mixed/mixed.exam"_s, u"mixed/notes.txt"_s, u"file"_s })
+        Sandbox::WriteFile(root + u'/' + name, "old");
     QDir().mkdir(root + u"/hollow"_s);
     QFile::link(root + u"/PACK"_s, root + u"/link"_s);
     QFile::link(root + u"/nowhere"_s, root + u"/broken"_s);
     const QStringList before = Names(root);
-    struct Target {
+    const char16_t refused[] = u"5 Package::Write()";
+    const struct {
         const char16_t *Name;
         bool Replace;
         const char16_t *Error;
-    };
-    const char16_t refused[] = u"5 Package::Write()";
-    const std::vector<Target> rows = {
+    } rows[] = {
         { u"PACK", false, refused },  { u"hollow", false, refused }, { u"file", true, refused },  { u"home", true, refused },
         { u"mixed", true, refused },  { u"deep", true, refused },   { u"link", true, refused },
         { u"broken", true, refused }, { u"a\"b", false, refused },
         { u"blank ", false, refused }, { u"file/PACK", false, u"20 Package::Write()" },
     };
-    for (const Target &row : rows) {
+    for (const auto &row : rows) {
         const QString out = root + u'/' + QString::fromUtf16(row.Name);
-        EXPECT_EQ(ResultOf([&] { Package::Write(content, {}, out, row.Replace); }), QString::fromUtf16(row.Error)) << out.toStdString();
+        const QString result = ResultOf([&] { Package::Write(content, {}, out, row.Replace); });
+        EXPECT_EQ(result, QString::fromUtf16(row.Error)) << out.toStdString();
         EXPECT_EQ(Names(root), before) << out.toStdString();
     }
     for (const QString &out : { QString(), u"/"_s })

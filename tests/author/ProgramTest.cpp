@@ -1,53 +1,33 @@
-#include "tests/support/ExamBuilder.h"
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
+#include "tests/author/AuthorFixture.h"
+#include "tests/support/Program.h"
+#include "tests/support/SmallDisk.h"
+#include "tests/support/System.h"
 
-#include <QBuffer>
-#include <QDir>
-#include <QElapsedTimer>
-#include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
-#include <QThread>
-
-#include <gtest/gtest.h>
 
 #include <csignal>
-#include <functional>
-#include <sys/resource.h>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-struct Outcome {
-    int Code;
-    QString Out;
-    QString Err;
-};
-
 const QString Program = QStringLiteral(AUTHOR_PROGRAM);
 
 // Runs the program in a folder of the sandbox, on a machine with a platform
 // chosen that needs a display and without one.
-Outcome Started(const QStringList &arguments, const std::function<void(QProcess &)> &prepare = {})
+Outcome Started(const QStringList &arguments, const Preparation &prepare = {})
 {
-    QProcess process;
-    process.setWorkingDirectory(Sandbox::Path({}));
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.remove(u"DISPLAY"_s);
-    environment.remove(u"WAYLAND_DISPLAY"_s);
-    environment.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
-    process.setProcessEnvironment(environment);
-    if (prepare)
-        prepare(process);
-    process.start(Program, arguments);
-    EXPECT_TRUE(process.waitForFinished(120'000));
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    return { process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-             QString::fromUtf8(process.readAllStandardError()) };
+    return OutcomeOf(Program, arguments, [&](QProcess &process) {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove(u"DISPLAY"_s);
+        environment.remove(u"WAYLAND_DISPLAY"_s);
+        environment.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
+        process.setProcessEnvironment(environment);
+        if (prepare)
+            prepare(process);
+    });
 }
 
 const QStringList Numbers = { u"--max"_s, u"1000"_s, u"--pass"_s, u"700"_s, u"--minutes"_s, u"90"_s };
@@ -57,28 +37,6 @@ QStringList BuildArguments(const QString &source, const QString &out, const QStr
     return QStringList{ u"build"_s, source, u"--code"_s, u"EX-1"_s, u"--name"_s, u"Sample"_s, u"--out"_s, out } + Numbers + more;
 }
 
-QByteArray Bmp(int side)
-{
-    QImage image(side, side, QImage::Format_RGB32);
-    image.fill(Qt::green);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    image.save(&buffer, "BMP");
-    return bytes;
-}
-
-QStringList Names(const QString &folder)
-{
-    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
-}
-
-QJsonObject Dumped(const QString &path)
-{
-    const Outcome dump = Started({ u"dump"_s, path });
-    EXPECT_EQ(dump.Code, 0) << dump.Err.toStdString();
-    return QJsonDocument::fromJson(dump.Out.toUtf8()).object();
-}
-
 }
 
 TEST(ProgramTest, FromBankToPackage)
@@ -86,18 +44,17 @@ TEST(ProgramTest, FromBankToPackage)
     Sandbox::WriteFile(Sandbox::Path(u"bank/b.gift"_s),
                        "// [exhibit:p.bmp]\nOne {=a ~b####why}\n\nTwo {=x}\n\n\nThree {~%50%a ~%50%b ~c}\n\n// [exhibit:q.bmp]\nFour {T}\n");
     Sandbox::WriteFile(Sandbox::Path(u"bank/p.bmp"_s), Bmp(4));
-    const Outcome build = Started(BuildArguments(u"bank/b.gift"_s, u"bank/PACK"_s));
-    EXPECT_EQ(build.Code, 0);
-    EXPECT_EQ(build.Out, QString());
-    EXPECT_EQ(build.Err, u"bank/b.gift:4: a short-answer question has no options\n"
-                         "bank/b.gift:10: the exhibit \"q.bmp\": No such file or directory\n"
-                         "2 items taken, 2 left out\n"_s);
+    const QString report = u"bank/b.gift:4: a short-answer question has no options\n"
+                           "bank/b.gift:10: the exhibit \"q.bmp\": %1\n2 items taken, 2 left out\n"_s;
+    const QString notFound = System::TextOf(System::NotFound);
+    EXPECT_EQ(Started(BuildArguments(u"bank/b.gift"_s, u"bank/PACK"_s)), (Outcome{ 0, {}, report.arg(notFound) }));
     EXPECT_EQ(Names(Sandbox::Path(u"bank/PACK"_s)), (QStringList{ u"PACK.exam"_s, u"p.bmp"_s }));
-    const QJsonObject exam = Dumped(u"bank/PACK/PACK.exam"_s);
+    const QString dump = Started({ u"dump"_s, u"bank/PACK/PACK.exam"_s }).Out;
+    const QJsonObject exam = QJsonDocument::fromJson(dump.toUtf8()).object();
     EXPECT_EQ(exam.value("code"_L1).toString(), u"EX-1"_s);
     EXPECT_EQ(exam.value("questions"_L1).toArray().size(), 2);
     EXPECT_EQ(exam.value("questions"_L1).toArray().at(1).toObject().value("hasHint"_L1).toBool(), true);
-    EXPECT_EQ(Started({ u"check"_s, u"bank/PACK"_s, u"bank/PACK/PACK.exam"_s }).Code, 0);
+    EXPECT_EQ(Started({ u"check"_s, u"bank/PACK"_s, u"bank/PACK/PACK.exam"_s }), Outcome{});
 
     // The pictures from elsewhere this time, and one item less to leave out.
     Sandbox::WriteFile(Sandbox::Path(u"drawings/p.bmp"_s), Bmp(5));
@@ -108,9 +65,8 @@ TEST(ProgramTest, FromBankToPackage)
     EXPECT_EQ(Sandbox::ReadFile(Sandbox::Path(u"bank/PACK/p.bmp"_s)), Bmp(5));
 
     QFile::remove(Sandbox::Path(u"bank/PACK/q.bmp"_s));
-    const Outcome check = Started({ u"check"_s, u"bank/PACK"_s });
-    EXPECT_EQ(check.Code, 1);
-    EXPECT_EQ(check.Out, u"bank/PACK/PACK.exam: item 3: the exhibit \"q.bmp\": No such file or directory\n"_s);
+    const QString fault = u"bank/PACK/PACK.exam: item 3: the exhibit \"q.bmp\": %1\n"_s;
+    EXPECT_EQ(Started({ u"check"_s, u"bank/PACK"_s }), (Outcome{ 1, fault.arg(notFound) }));
 }
 
 TEST(ProgramTest, StrictMakesAllOrNothing)
@@ -118,14 +74,12 @@ TEST(ProgramTest, StrictMakesAllOrNothing)
     // The name looks like a place for another text.
     Sandbox::WriteFile(Sandbox::Path(u"strict/q%1.gift"_s), "Q {T}\n\nR {=x}\n");
     Sandbox::WriteFile(Sandbox::Path(u"strict/good.gift"_s), "Q {T}\n");
-    const QString reason = u"strict/q%1.gift:3: a short-answer question has no options\n"_s;
-    const Outcome strict = Started(BuildArguments(u"strict/q%1.gift"_s, u"strict/OUT"_s, { u"--strict"_s }));
-    EXPECT_EQ(strict.Code, 1);
-    EXPECT_EQ(strict.Err, reason + u"1 item taken, 1 left out, nothing made (--strict)\n"_s);
+    const QString report = u"strict/q%1.gift:3: a short-answer question has no options\n"
+                           "1 item taken, 1 left out, nothing made (--strict)\n"_s;
+    EXPECT_EQ(Started(BuildArguments(u"strict/q%1.gift"_s, u"strict/OUT"_s, { u"--strict"_s })), (Outcome{ 1, {}, report }));
     EXPECT_EQ(Names(Sandbox::Path(u"strict"_s)), (QStringList{ u"good.gift"_s, u"q%1.gift"_s }));
-    const Outcome good = Started(BuildArguments(u"strict/good.gift"_s, u"strict/GOOD"_s, { u"--strict"_s }));
-    EXPECT_EQ(good.Code, 0);
-    EXPECT_EQ(good.Err, u"1 item taken, 0 left out\n"_s);
+    EXPECT_EQ(Started(BuildArguments(u"strict/good.gift"_s, u"strict/GOOD"_s, { u"--strict"_s })),
+              (Outcome{ 0, {}, u"1 item taken, 0 left out\n"_s }));
 }
 
 TEST(ProgramTest, NothingToTakeAndNothingToRead)
@@ -136,12 +90,10 @@ TEST(ProgramTest, NothingToTakeAndNothingToRead)
     EXPECT_EQ(build.Code, 1);
     EXPECT_TRUE(build.Err.endsWith("\n0 items taken, 2 left out\n"_L1)) << build.Err.toStdString();
     EXPECT_EQ(Sandbox::ReadFile(Sandbox::Path(u"none/OLD/OLD.exam"_s)), QByteArray("old"));
-    const Outcome missing = Started(BuildArguments(u"none/x.gift"_s, u"none/NEW"_s));
-    EXPECT_EQ(missing.Code, 1);
-    EXPECT_EQ(missing.Err, u"practorium-author: none/x.gift: No such file or directory\n"_s);
-    const Outcome dump = Started({ u"dump"_s, u"none/OLD/OLD.exam"_s });
-    EXPECT_EQ(dump.Code, 1);
-    EXPECT_EQ(dump.Err, u"none/OLD/OLD.exam: Input past end of file\n"_s);
+    const QString missing = u"practorium-author: none/x.gift: %1\n"_s.arg(System::TextOf(System::NotFound));
+    EXPECT_EQ(Started(BuildArguments(u"none/x.gift"_s, u"none/NEW"_s)), (Outcome{ 1, {}, missing }));
+    EXPECT_EQ(Started({ u"dump"_s, u"none/OLD/OLD.exam"_s }),
+              (Outcome{ 1, {}, u"none/OLD/OLD.exam: Input past end of file\n"_s }));
 }
 
 TEST(ProgramTest, WrongUsage)
@@ -161,30 +113,26 @@ TEST(ProgramTest, WrongUsage)
         EXPECT_FALSE(outcome.Err.isEmpty()) << row.join(u' ').toStdString();
         EXPECT_FALSE(QFile::exists(Sandbox::Path(u"u/OUT"_s))) << row.join(u' ').toStdString();
     }
-    const Outcome limits = Started(build({ u"--max"_s, u"32767"_s, u"--pass"_s, u"0"_s, u"--minutes"_s, u"546"_s }));
-    EXPECT_EQ(limits.Code, 0) << limits.Err.toStdString();
-    EXPECT_EQ(limits.Err, u"1 item taken, 0 left out\n"_s);
+    EXPECT_EQ(Started(build({ u"--max"_s, u"32767"_s, u"--pass"_s, u"0"_s, u"--minutes"_s, u"546"_s })),
+              (Outcome{ 0, {}, u"1 item taken, 0 left out\n"_s }));
     EXPECT_EQ(Started({ u"--version"_s }).Out, u"practorium-author 1.0.0\n"_s);
     EXPECT_TRUE(Started({ u"build"_s, u"--help"_s }).Out.contains("Usage: practorium-author "_L1));
 }
 
 TEST(ProgramTest, AFullDiskLeavesNoHalfPackage)
 {
+    if (const char *reason = SmallDisk::WhyNot())
+        GTEST_SKIP() << reason;
     Sandbox::WriteFile(Sandbox::Path(u"full/small.gift"_s), "// [exhibit:p.bmp]\nQ {T}\n");
     Sandbox::WriteFile(Sandbox::Path(u"full/large.gift"_s), "Q {=" + QByteArray(20'000, 'x') + " ~b}\n");
     Sandbox::WriteFile(Sandbox::Path(u"full/p.bmp"_s), Bmp(100));
     Sandbox::WriteFile(Sandbox::Path(u"full/OLD/OLD.exam"_s), "old");
-    const auto limited = [](QProcess &process) {
-        process.setChildProcessModifier([] {
-            const rlimit limit = { 8'000, 8'000 };
-            setrlimit(RLIMIT_FSIZE, &limit);
-        });
-    };
     const QStringList before = Names(Sandbox::Path(u"full"_s));
     for (const QString &source : { u"small"_s, u"large"_s }) {
         for (const QString &out : { u"OLD"_s, u"NEW"_s, u"a/b/NEW"_s }) {
-            const Outcome build = Started(BuildArguments(u"full/"_s + source + u".gift"_s, u"full/"_s + out, { u"--replace"_s }), limited);
-            EXPECT_EQ(build.Code, 1) << build.Err.toStdString();
+            const QStringList arguments = BuildArguments(u"full/%1.gift"_s.arg(source), u"full/"_s + out, { u"--replace"_s });
+            const Outcome build = Started(arguments, SmallFiles(8'000));
+            EXPECT_EQ(build.Code, 1);
             EXPECT_TRUE(build.Err.endsWith(": File too large\n"_L1)) << build.Err.toStdString();
             EXPECT_EQ(Names(Sandbox::Path(u"full"_s)), before);
             EXPECT_EQ(Sandbox::ReadFile(Sandbox::Path(u"full/OLD/OLD.exam"_s)), QByteArray("old"));
@@ -192,10 +140,9 @@ TEST(ProgramTest, AFullDiskLeavesNoHalfPackage)
     }
     const auto exam = NewExam();
     AddItem(*exam, { u"Q"_s, { u"a"_s } });
-    const Outcome outcome = Started({ u"dump"_s, Install(*exam, u"FULL"_s) },
-                                    [](QProcess &process) { process.setStandardOutputFile(u"/dev/full"_s); });
-    EXPECT_EQ(outcome.Code, 1);
-    EXPECT_EQ(outcome.Err, u"practorium-author: the output cannot be written\n"_s);
+    const auto toFull = [](QProcess &process) { process.setStandardOutputFile(u"/dev/full"_s); };
+    EXPECT_EQ(Started({ u"dump"_s, Install(*exam, u"FULL"_s) }, toFull),
+              (Outcome{ 1, {}, u"practorium-author: the output cannot be written\n"_s }));
 }
 
 TEST(ProgramTest, ACancelledRunLeavesNothing)
@@ -211,15 +158,11 @@ TEST(ProgramTest, ACancelledRunLeavesNothing)
     QDir().mkpath(parent);
     QProcess process;
     process.setWorkingDirectory(Sandbox::Path({}));
+    if (!HearsSignals(process))
+        GTEST_SKIP() << "Wine has no console to send a signal through where no terminal is";
     process.start(Program, BuildArguments(u"cancel/b.gift"_s, u"cancelled/OUT"_s));
-    QElapsedTimer timer;
-    timer.start();
-    while (Names(parent).isEmpty() && timer.elapsed() < 60'000)
-        QThread::usleep(200);
-    ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
-    ASSERT_TRUE(process.waitForFinished(60'000));
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(process.exitCode(), 1);
-    EXPECT_EQ(process.readAllStandardError(), QByteArray("practorium-author: Cancelled\n"));
+    Await([&] { return !Names(parent).isEmpty(); });
+    Signal(process, SIGTERM);
+    EXPECT_EQ(EndOf(process), (Outcome{ 1, {}, u"practorium-author: Cancelled\n"_s }));
     EXPECT_EQ(Names(parent), QStringList());
 }

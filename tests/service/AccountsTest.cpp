@@ -1,8 +1,7 @@
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
-
 #include "service/Password.h"
 #include "service/Store.h"
+#include "tests/support/ExpectError.h"
+#include "tests/support/Sandbox.h"
 
 #include <QFile>
 #include <QSqlDatabase>
@@ -27,29 +26,17 @@ TEST(AccountsTest, PasswordsAreKeptUnderArgon2id)
         EXPECT_FALSE(Password::Matches(odd, password)) << odd.toStdString();
 }
 
-TEST(AccountsTest, OnlyWhatTheWindowCanSend)
+TEST(AccountsTest, WhatUsersPasswordsAndExamsMayBe)
 {
-    const std::vector<std::pair<QString, bool>> rows = {
-        { u"pass"_s, true }, { u"a b&c=d;%3B\u00E9\u20AC"_s, true }, { QString(1'000, u'x'), true },
-        { u""_s, false }, { u" pass"_s, false }, { u"pass "_s, false }, { u"pa\tss"_s, false }, { u"pass\u2192"_s, false },
-        { QString(1'001, u'x'), false },
-    };
-    for (const auto &[text, isSound] : rows) {
-        EXPECT_EQ(Password::Fault(text).isEmpty(), isSound) << text.toStdString();
-        EXPECT_EQ(Password::FaultOfUser(text).isEmpty(), isSound) << text.toStdString();
-    }
-}
-
-TEST(AccountsTest, ExamIds)
-{
-    const std::vector<std::pair<QString, bool>> rows = {
-        { u"NET-101"_s, true }, { u"101"_s, true }, { u"a_b.c"_s, true }, { QString(64, u'x'), true },
-        { QString(65, u'x'), false }, { u""_s, false }, { u"."_s, false }, { u".."_s, false }, { u".hidden"_s, false },
-        { u"a/b"_s, false }, { u"a\\b"_s, false }, { u"a b"_s, false }, { u"a,b"_s, false }, { u"a&b"_s, false }, { u"a%2Fb"_s, false },
-        { u"a:b"_s, false }, { u"\u00E9"_s, false }, { QString(QChar(u'\0')), false }, { u"a\n"_s, false },
-    };
-    for (const auto &[text, isSound] : rows)
-        EXPECT_EQ(Store::IsExamId(text), isSound) << text.toStdString();
+    for (const QString &sound : { u"pass"_s, u"a b&c=d;%3B\u00E9\u20AC"_s, QString(1'000, u'x') })
+        EXPECT_EQ(Password::Fault(sound) + Password::FaultOfUser(sound), QString()) << sound.toStdString();
+    for (const QString &odd : { u""_s, u" pass"_s, u"pass "_s, u"pa\tss"_s, u"pass\u2192"_s, QString(1'001, u'x') })
+        EXPECT_FALSE(Password::Fault(odd).isEmpty() || Password::FaultOfUser(odd).isEmpty()) << odd.toStdString();
+    for (const QString &sound : { u"NET-101"_s, u"101"_s, u"a_b.c"_s, QString(64, u'x') })
+        EXPECT_TRUE(Store::IsExamId(sound)) << sound.toStdString();
+    for (const QString &odd : { u""_s, u"."_s, u".."_s, u".hidden"_s, u"a/b"_s, u"a\\b"_s, u"a b"_s, u"a,b"_s, u"a&b"_s,
+                                u"a%2Fb"_s, u"a:b"_s, u"\u00E9"_s, QString(1, u'\0'), u"a\n"_s, QString(65, u'x') })
+        EXPECT_FALSE(Store::IsExamId(odd)) << odd.toStdString();
 }
 
 TEST(AccountsTest, TheStoreKeepsWhatItWasTold)
@@ -78,8 +65,7 @@ TEST(AccountsTest, TheStoreKeepsWhatItWasTold)
     EXPECT_EQ(ann->PasswordHash, QByteArray("hash"));
     EXPECT_EQ(store.Exams(ann->User), (QStringList{ u"NET-101"_s, u"SQL-101"_s }));
     EXPECT_TRUE(store.HasExam(ann->User, u"SQL-101"_s));
-    EXPECT_FALSE(store.HasExam(ann->User, u"LNX-101"_s));
-    EXPECT_FALSE(store.HasExam(ann->User + 1, u"SQL-101"_s));
+    EXPECT_FALSE(store.HasExam(ann->User, u"LNX-101"_s) || store.HasExam(ann->User + 1, u"SQL-101"_s));
     EXPECT_FALSE(store.Find(u"ann"_s));
     ASSERT_EQ(store.Users().size(), 2u);
     EXPECT_EQ(store.Users()[1].Email, u"Ann@Example.org"_s);
@@ -90,7 +76,6 @@ TEST(AccountsTest, AReportIsKeptOnce)
     Store store(Sandbox::Path(u"reports.db"_s), Store::IfMissing::Make);
     store.AddUser(u"ann"_s, "hash");
     const qint64 ann = store.Find(u"ann"_s)->User;
-    EXPECT_TRUE(store.Record({ ann, "s1", u"101,102"_s, u"noon"_s }));
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)
         threads.emplace_back([&] { EXPECT_TRUE(store.Record({ ann, "s1", u"101,102"_s, u"noon"_s })); });
@@ -112,17 +97,17 @@ TEST(AccountsTest, AReportIsKeptOnce)
 
 TEST(AccountsTest, FilesThatAreNoDatabase)
 {
-    const QString newer = Sandbox::Path(u"odd/newer.db"_s);
-    Sandbox::WriteFile(Sandbox::Path(u"odd/text.db"_s), QByteArray(5'000, 'x'));
+    const QString odd = Sandbox::Path(u"odd"_s);
+    Sandbox::WriteFile(odd + u"/text.db"_s, QByteArray(5'000, 'x'));
     {
-        Store store(newer, Store::IfMissing::Make);
+        Store store(odd + u"/newer.db"_s, Store::IfMissing::Make);
         QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"newer"_s);
-        database.setDatabaseName(newer);
+        database.setDatabaseName(odd + u"/newer.db"_s);
         ASSERT_TRUE(database.open() && QSqlQuery(database).exec(u"PRAGMA user_version = 99"_s));
     }
     QSqlDatabase::removeDatabase(u"newer"_s);
-    for (const QString &name : { u"odd/text.db"_s, u"odd/none.db"_s, u"odd"_s, u"odd/newer.db"_s })
-        EXPECT_TRUE(ResultOf([&] { Store store(Sandbox::Path(name)); }).startsWith("5 Store::"_L1)) << name.toStdString();
-    EXPECT_FALSE(QFile::exists(Sandbox::Path(u"odd/none.db"_s)));
-    EXPECT_EQ(Sandbox::ReadFile(Sandbox::Path(u"odd/text.db"_s)), QByteArray(5'000, 'x'));
+    for (const QString &name : { u"/text.db"_s, u"/none.db"_s, u""_s, u"/newer.db"_s })
+        EXPECT_TRUE(ResultOf([&] { Store store(odd + name); }).startsWith("5 Store::"_L1)) << name.toStdString();
+    EXPECT_FALSE(QFile::exists(odd + u"/none.db"_s));
+    EXPECT_EQ(Sandbox::ReadFile(odd + u"/text.db"_s), QByteArray(5'000, 'x'));
 }

@@ -1,4 +1,4 @@
-#include "author/Console.h"
+#include "console/Console.h"
 
 #include "common/Common.h"
 #include "common/Error.h"

@@ -4,7 +4,7 @@
 
 class Error;
 
-// What the program says, in UTF-8 and one line at a time.
+// What a program without a window says, in UTF-8 and one line at a time.
 namespace Console {
 
 void Print(const QString &line);
@@ -14,8 +14,8 @@ void Complain(const QString &line);
 // full or nobody reads any more.
 bool Flush();
 
-// A text with a blank for every line break and control character: names come
-// from strangers' files.
+// A text with a blank for every line break and control character: files and
+// reports come from strangers.
 QString OneLine(QString text);
 // An error's description as one line, without the code of a system error.
 QString OneLine(const Error &error);

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "service/Password.h"
+#include "service/Responder.h"
+#include "tests/support/Sandbox.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+
+// A clock that moves when a test says so.
+class ManualClock {
+public:
+    void Advance(std::chrono::milliseconds time) { m_now += time.count(); }
+    MonotonicClock Port()
+    {
+        return [this] { return std::chrono::milliseconds(m_now); };
+    }
+
+private:
+    std::atomic<std::chrono::milliseconds::rep> m_now = 5'000;
+};
+
+// The service without the network, each on a store of its own.
+class ServiceFixture : public testing::Test {
+protected:
+    static QString FreshPath()
+    {
+        static int count = 0;
+        return Sandbox::Path(QStringLiteral("service-%1.db").arg(++count));
+    }
+    // The session in the answer to a LOGIN.
+    static QByteArray SessionIn(const QByteArray &reply)
+    {
+        EXPECT_TRUE(reply.startsWith("LOGIN?status=OK&sid=")) << reply.toStdString();
+        return reply.mid(20).chopped(1);
+    }
+
+    ManualClock m_clock;
+    Store m_store{ FreshPath(), Store::IfMissing::Make };
+    Sessions m_sessions{ m_clock.Port() };
+    GuessGuard m_guard{ m_clock.Port() };
+    Responder m_responder{ m_store, m_sessions, m_guard };
+};
