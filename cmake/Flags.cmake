@@ -6,6 +6,9 @@ target_compile_definitions(practorium_flags INTERFACE
   QT_NO_CAST_TO_ASCII
   QT_NO_KEYWORDS
   QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+if(WIN32)
+  target_compile_definitions(practorium_flags INTERFACE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0A00)
+endif()
 target_compile_options(practorium_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wimplicit-fallthrough)
 if(PRACTORIUM_WERROR)

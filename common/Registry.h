@@ -28,13 +28,17 @@ void CheckRegistryResult(qint32 result);
 
 // The system's half: each returns the system's result, 0 for success.
 
+// What a key is opened for; a system without such rights wants reading and
+// writing for either.
+enum KeyAccess : quint32 { FullAccess = 0xF003F, ReadAndWrite = 0x2003F };
+
 // The bytes of a value as the system keeps them: of a text the characters in
 // UTF-16 with a NUL behind, of a number four bytes, low one first.
 struct StoredValue {
     qint32 Type = NoType;
     QByteArray Bytes;
 };
-qint32 OpenKey(Hive hive, const QString &SubKey, bool create);
+qint32 OpenKey(Hive hive, const QString &SubKey, bool create, KeyAccess access = FullAccess);
 qint32 QueryStored(Hive hive, const QString &SubKey, const QString &ValueName, StoredValue &value);
 qint32 SetStored(Hive hive, const QString &SubKey, const QString &ValueName, const StoredValue &value);
 qint32 DeleteStored(Hive hive, const QString &SubKey, const QString &ValueName);

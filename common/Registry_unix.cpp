@@ -64,7 +64,7 @@ QString Folded(const QString &name)
 
 }
 
-qint32 OpenKey(Hive hive, const QString &SubKey, bool create)
+qint32 OpenKey(Hive hive, const QString &SubKey, bool create, KeyAccess)
 {
     // A key is opened for writing too.
     const QByteArray path = QFile::encodeName(HiveFile(hive));

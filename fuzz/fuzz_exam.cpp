@@ -1,3 +1,5 @@
+#include "fuzz/MemoryFile.h"
+
 #include "common/Error.h"
 #include "model/Exam.h"
 #include "model/Globals.h"
@@ -8,8 +10,6 @@
 #include <cstring>
 #include <initializer_list>
 #include <string>
-#include <sys/mman.h>
-#include <unistd.h>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -17,36 +17,6 @@ using namespace Qt::Literals::StringLiterals;
 // loaded again. What must come out is told by a reader of its own.
 
 namespace {
-
-void Require(bool condition, const char *what)
-{
-    if (condition)
-        return;
-    std::fprintf(stderr, "violated: %s\n", what);
-    std::abort();
-}
-
-// A file in memory that has a path.
-class MemoryFile {
-public:
-    QString Path() const { return u"/proc/self/fd/%1"_s.arg(m_descriptor); }
-
-    void Fill(const uint8_t *data, size_t size) const
-    {
-        Require(ftruncate(m_descriptor, 0) == 0, "an empty file");
-        Require(pwrite(m_descriptor, data, size, 0) == static_cast<ssize_t>(size), "a filled file");
-    }
-
-    std::string Bytes() const
-    {
-        std::string bytes(static_cast<size_t>(lseek(m_descriptor, 0, SEEK_END)), '\0');
-        Require(pread(m_descriptor, bytes.data(), bytes.size(), 0) == static_cast<ssize_t>(bytes.size()), "a read file");
-        return bytes;
-    }
-
-private:
-    int m_descriptor = memfd_create("exam", MFD_CLOEXEC);
-};
 
 // Walks over the records and writes them down as a save does: flags as 0 or
 // FF FF 00 00, counts below 0 as 0, nothing behind the last record. Whole is
@@ -158,7 +128,8 @@ void Sit(Exam &exam)
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
     // The code page is the language's; this one keeps all 256 bytes.
-    return setenv("LC_ALL", "C.UTF-8", 1);
+    qputenv("LC_ALL", "C.UTF-8");
+    return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)

@@ -18,7 +18,7 @@ int main(int argc, char **argv)
         for (const auto &entry : std::filesystem::directory_iterator(argv[i])) {
             if (!entry.is_regular_file())
                 continue;
-            std::printf("%s\n", entry.path().c_str());
+            std::printf("%s\n", entry.path().string().c_str());
             std::fflush(stdout);
             std::ifstream stream(entry.path(), std::ios::binary);
             const std::vector<char> bytes{ std::istreambuf_iterator<char>(stream), {} };

@@ -10,7 +10,6 @@
 #include <QtEndian>
 
 #include <array>
-#include <cerrno>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -255,7 +254,7 @@ void File::RequireAccess(quint32 access) const
 {
     const bool allowed = m_handle && (m_access & access) != 0;
     if (!allowed)
-        Common::SetLastSystemError(EBADF);
+        Common::SetLastSystemError(Handle::RefusalCode(m_handle != nullptr));
     Common::CheckApiResult(allowed);
 }
 

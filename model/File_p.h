@@ -18,5 +18,9 @@ struct File::Handle {
     static bool ReadAttributes(const QString &path, quint32 &attributes);
     static bool WriteAttributes(const QString &path, quint32 attributes);
 
-    int m_descriptor = -1;
+    // The system's code for a read or a write that the open file was not opened
+    // for, or that comes while no file is open.
+    static qint32 RefusalCode(bool isOpen);
+
+    qintptr m_descriptor = -1;
 };

@@ -133,3 +133,8 @@ bool File::Handle::WriteAttributes(const QString &path, quint32 attributes)
     const mode_t mode = readOnly ? status.st_mode & ~AnyWrite : status.st_mode | S_IWUSR;
     return chmod(name.constData(), mode & 07777) == 0;
 }
+
+qint32 File::Handle::RefusalCode(bool)
+{
+    return EBADF;
+}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -35,14 +36,47 @@ constexpr std::size_t SizeBytes = 8;
 constexpr std::size_t MostIndexBytes =
     NameCountBytes + LongestName + MostFiles * (NameCountBytes + LongestName + SizeBytes);
 
+constexpr bool IsSameLetters(std::string_view text, std::string_view capitals)
+{
+    if (text.size() != capitals.size())
+        return false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if ((c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c) != capitals[i])
+            return false;
+    }
+    return true;
+}
+
+// Whether Windows takes the name for a device, in whatever folder it stands:
+// what stands behind a dot, and blanks before it, make no difference there.
+constexpr bool IsDeviceName(std::string_view name)
+{
+    std::string_view stem(name.data(), std::min(name.find('.'), name.size()));
+    while (stem.ends_with(' '))
+        stem.remove_suffix(1);
+    for (const std::string_view device : { "CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$" }) {
+        if (IsSameLetters(stem, device))
+            return true;
+    }
+    const std::string_view kind(stem.data(), std::min<std::size_t>(stem.size(), 3));
+    if (!IsSameLetters(kind, "COM") && !IsSameLetters(kind, "LPT"))
+        return false;
+    // The small raised digits count as digits.
+    const std::string_view port(stem.data() + 3, stem.size() - 3);
+    return (port.size() == 1 && port[0] >= '0' && port[0] <= '9') || port == "\xC2\xB9" || port == "\xC2\xB2" || port == "\xC2\xB3";
+}
+
 // Whether a name, of a file or of the folder, stays where it is put and means
 // the same on every system: no separators or wildcards, no control characters,
-// no leading dot, no blank or dot at its end, no blank in front.
+// no leading dot, no blank or dot at its end, no blank in front, no device.
 constexpr bool IsPlainName(std::string_view name)
 {
     if (name.empty() || name.size() > LongestName)
         return false;
     if (name.front() == '.' || name.front() == ' ' || name.back() == '.' || name.back() == ' ')
+        return false;
+    if (IsDeviceName(name))
         return false;
     unsigned char before = 0;
     for (const char c : name) {

@@ -57,6 +57,8 @@ bool IsPlain(const QByteArray &name)
 Sources SourcesOf(const QString &folder)
 {
     Sources sources;
+    // Windows keeps one file under names that differ in nothing but letter case.
+    std::map<QString, QString> folded;
     const QFileInfoList entries =
         QDir(folder).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     for (const QFileInfo &entry : entries) {
@@ -65,6 +67,9 @@ Sources SourcesOf(const QString &folder)
             throw Refused(u"%1: it is no regular file"_s.arg(entry.filePath()));
         if (!IsPlain(name))
             throw Refused(u"%1: a pack cannot hold a file of that name"_s.arg(entry.filePath()));
+        const auto [twin, isNew] = folded.insert({ entry.fileName().toCaseFolded(), entry.fileName() });
+        if (!isNew)
+            throw Refused(u"%1: its name differs from %2 in nothing but letter case"_s.arg(entry.filePath(), twin->second));
         sources.insert({ name, { entry.filePath(), entry.size() } });
     }
     if (sources.size() > PackFormat::MostFiles)
@@ -164,8 +169,12 @@ void CheckTarget(const QString &file, bool replace)
 
 }
 
-void Write(const QString &folder, const QString &file, bool replace, const std::function<void()> &step)
+void Write(const QString &folder, const QString &file, System system, bool replace, const std::function<void()> &step)
 {
+    const QByteArrayView stub = StubBytes(system);
+    if (stub.isEmpty())
+        throw Refused(u"this program was built without what packs for %1 need"_s.arg(
+            system == System::Windows ? u"Windows"_s : u"Linux"_s));
     const QString package = QDir::toNativeSeparators(QDir::cleanPath(QDir::current().absoluteFilePath(folder)));
     const QByteArray name = IO::GetFileName(package, false).toUtf8();
     if (folder.isEmpty() || !IsPlain(name))
@@ -186,7 +195,7 @@ void Write(const QString &folder, const QString &file, bool replace, const std::
     }
 
     Target target(file, step);
-    target.Put(StubBytes());
+    target.Put(stub);
     const auto indexStart = static_cast<quint64>(target.Position());
     target.Put(index);
     for (const auto &[fileName, source] : sources)

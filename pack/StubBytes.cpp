@@ -1,24 +1,26 @@
 #include "pack/StubBytes.h"
 
-// The assembler takes the stub in as it is, where an array in the source would
-// keep the compiler busy for seconds.
-asm(".pushsection .rodata, \"a\"\n"
+// The assembler takes the stubs in as they are, where an array in the source
+// would keep the compiler busy for seconds.
+asm(".section " PRACTORIUM_STUB_SECTION "\n"
     ".balign 16\n"
-    ".globl practorium_stub_begin\n"
-    ".hidden practorium_stub_begin\n"
-    "practorium_stub_begin:\n"
-    ".incbin \"" PRACTORIUM_STUB_FILE "\"\n"
-    ".globl practorium_stub_end\n"
-    ".hidden practorium_stub_end\n"
+    ".globl practorium_stub_unix, practorium_stub_win, practorium_stub_end\n"
+    "practorium_stub_unix:\n"
+    ".incbin \"" PRACTORIUM_STUB_FOLDER "/stub-unix.bin\"\n"
+    "practorium_stub_win:\n"
+    ".incbin \"" PRACTORIUM_STUB_FOLDER "/stub-win.bin\"\n"
     "practorium_stub_end:\n"
-    ".popsection\n");
+    ".byte 0\n"
+    ".text\n");
 
 extern "C" {
-extern const char practorium_stub_begin[];
+extern const char practorium_stub_unix[];
+extern const char practorium_stub_win[];
 extern const char practorium_stub_end[];
 }
 
-QByteArrayView StubBytes()
+QByteArrayView StubBytes(Packer::System system)
 {
-    return { practorium_stub_begin, practorium_stub_end };
+    return system == Packer::System::Linux ? QByteArrayView(practorium_stub_unix, practorium_stub_win)
+                                           : QByteArrayView(practorium_stub_win, practorium_stub_end);
 }

@@ -1,9 +1,6 @@
-#include "pack/stub/Install.h"
-
 #include "pack/stub/Files_unix.h"
-#include "pack/stub/PackReader.h"
+#include "pack/stub/Steps.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <csignal>
@@ -14,61 +11,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-const char OwnFile[] = "/proc/self/exe";
-
 namespace {
 
-// Folders inside the exams folder that are no exams: no package holds a file
-// with a leading dot, so that none of them ever holds an exam of its own name.
-//
-// What is being unpacked, or was replaced: a number of 16 digits follows.
-constexpr std::string_view WorkPrefix = ".practorium-pack-";
-constexpr std::size_t WorkDigits = 16;
-// The exam that is being replaced where two folders cannot change places: the
-// package's name follows.
-constexpr std::string_view KeptPrefix = ".practorium-kept-";
-
 constexpr char ExamsPath[] = "/Practorium/Exams";
-constexpr int MostAttempts = 100;
 
 volatile std::sig_atomic_t hasCome = 0;
 
 void Note(int)
 {
     hasCome = 1;
-}
-
-// A wish to stop only leaves a note, so that nothing half-made stays. A write
-// past a limit is an error like a full disk.
-void NoteSignals()
-{
-    for (const int number : { SIGINT, SIGTERM, SIGHUP }) {
-        struct sigaction before = {};
-        struct sigaction action = {};
-        action.sa_handler = Note;
-        sigaction(number, nullptr, &before);
-        if (before.sa_handler != SIG_IGN)
-            sigaction(number, &action, nullptr);
-    }
-    std::signal(SIGXFSZ, SIG_IGN);
-    std::signal(SIGPIPE, SIG_IGN);
-}
-
-// What went wrong, with the system's code for it if there is one; without a
-// text nothing did.
-struct Fault {
-    const char *Text = nullptr;
-    int Code = 0;
-    explicit operator bool() const { return Text != nullptr; }
-};
-
-constexpr Fault Cancelled = { "cancelled", 0 };
-constexpr char NotWritten[] = "the exam cannot be written";
-constexpr char NoExamsFolder[] = "there is no exams folder to install into";
-
-Fault SystemFault(const char *text)
-{
-    return { text, errno };
 }
 
 // A name of the pack as the system wants it.
@@ -85,11 +36,12 @@ private:
     char m_text[KeptPrefix.size() + PackFormat::LongestName + 1];
 };
 
-bool ReadAt(int file, std::uint64_t offset, void *out, std::size_t count)
+bool ReadAt(std::intptr_t file, std::uint64_t offset, void *out, std::size_t count)
 {
     auto *bytes = static_cast<char *>(out);
+    errno = 0;
     while (count > 0 && !hasCome) {
-        const ssize_t got = pread(file, bytes, count, static_cast<off_t>(offset));
+        const ssize_t got = pread(static_cast<int>(file), bytes, count, static_cast<off_t>(offset));
         if (got < 0 && errno == EINTR)
             continue;
         if (got <= 0)
@@ -99,6 +51,35 @@ bool ReadAt(int file, std::uint64_t offset, void *out, std::size_t count)
         count -= static_cast<std::size_t>(got);
     }
     return count == 0;
+}
+
+class PackFile {
+public:
+    Fault Open(const char *path)
+    {
+        m_file = Descriptor(open(path ? path : "/proc/self/exe", O_RDONLY | O_CLOEXEC));
+        return m_file.IsOpen() && fstat(m_file, &m_status) == 0 ? Fault() : SystemFault(NotRead);
+    }
+
+    PackSource Source() const { return { ReadAt, m_file, static_cast<std::uint64_t>(m_status.st_size) }; }
+    bool IsCancelled() const { return hasCome != 0; }
+
+private:
+    Descriptor m_file;
+    struct stat m_status = {};
+};
+
+// Whether an exam can come to that place: nothing is there, or a folder of files.
+Fault CheckPlace(int exams, const char *name)
+{
+    const Descriptor folder(openat(exams, name, FolderFlags | O_NOFOLLOW));
+    if (!folder.IsOpen() && errno == ENOENT)
+        return {};
+    if (!folder.IsOpen() && (errno == ENOTDIR || errno == ELOOP))
+        return InPlace;
+    if (!folder.IsOpen())
+        return SystemFault(NotReplaced);
+    return HoldsFolder(folder) ? FolderInside : Fault();
 }
 
 // The user's exams folder. What was made of its path goes again if nothing
@@ -138,6 +119,9 @@ public:
         return m_folder.IsOpen() ? Fault() : SystemFault(NoExamsFolder);
     }
 
+    Fault Check(std::string_view package) const { return CheckPlace(m_folder, Name(package)); }
+    void Sweep() const;
+
     operator int() const { return m_folder; }
 
 private:
@@ -163,19 +147,6 @@ private:
     Descriptor m_folder;
 };
 
-// Whether an exam can come to that place: nothing is there, or a folder of files.
-Fault CheckPlace(int exams, const char *name)
-{
-    const Descriptor folder(openat(exams, name, FolderFlags | O_NOFOLLOW));
-    if (!folder.IsOpen() && errno == ENOENT)
-        return {};
-    if (!folder.IsOpen() && (errno == ENOTDIR || errno == ELOOP))
-        return { "a file or a link is in its place" };
-    if (!folder.IsOpen())
-        return SystemFault("the installed exam cannot be replaced");
-    return HoldsFolder(folder) ? Fault{ "the installed exam cannot be replaced, because a folder is in it" } : Fault();
-}
-
 // A new folder inside the exams folder, which goes with everything in it
 // unless it has been swapped in.
 class WorkFolder {
@@ -183,63 +154,72 @@ public:
     explicit WorkFolder(int exams)
         : m_exams(exams)
     {
-        std::copy(WorkPrefix.begin(), WorkPrefix.end(), m_name);
     }
     ~WorkFolder()
     {
         if (m_isMade)
-            Remove(m_exams, m_name);
+            Remove(m_exams, m_name.Text);
     }
     WorkFolder(const WorkFolder &) = delete;
     WorkFolder &operator=(const WorkFolder &) = delete;
-
-    operator int() const { return m_folder; }
 
     Fault Make()
     {
         errno = EEXIST;
         for (int attempt = 0; attempt < MostAttempts; ++attempt) {
-            unsigned char random[WorkDigits / 2];
+            unsigned char random[WorkDigits / 2] = {};
             if (getrandom(random, sizeof random, 0) != sizeof random)
                 break;
-            for (std::size_t i = 0; i < WorkDigits; ++i)
-                m_name[WorkPrefix.size() + i] = "0123456789abcdef"[random[i / 2] >> (i % 2 * 4) & 0xF];
-            if (mkdirat(m_exams, m_name, 0777) != 0) {
+            m_name = WorkName(random);
+            if (mkdirat(m_exams, m_name.Text, 0777) != 0) {
                 if (errno == EEXIST)
                     continue;
                 break;
             }
             m_isMade = true;
-            m_folder = Descriptor(openat(m_exams, m_name, FolderFlags | O_NOFOLLOW));
+            m_folder = Descriptor(openat(m_exams, m_name.Text, FolderFlags | O_NOFOLLOW));
             if (m_folder.IsOpen() && IsOurs())
                 return {};
             m_isMade = false;
-            unlinkat(m_exams, m_name, AT_REMOVEDIR);
+            unlinkat(m_exams, m_name.Text, AT_REMOVEDIR);
         }
         return SystemFault(NotWritten);
     }
 
+    // A new file in the folder, its bytes, and its end.
+    Fault Begin(std::string_view name)
+    {
+        m_file = Descriptor(openat(m_folder, Name(name), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+        return m_file.IsOpen() ? Fault() : SystemFault(NotWritten);
+    }
+    Fault Put(const char *bytes, std::size_t count) { return WriteAll(m_file, bytes, count) ? Fault() : SystemFault(NotWritten); }
+    Fault End() { return Sync(m_file) && m_file.Close() ? Fault() : SystemFault(NotWritten); }
+    // Has the system bring the folder to the disk.
+    Fault Keep() { return Sync(m_folder) ? Fault() : SystemFault(NotWritten); }
+
     // Puts the folder where the exam belongs and removes what was there.
     Fault SwapIn(std::string_view package)
     {
+        if (hasCome)
+            return Cancelled;
         const Name place(package);
         const Name kept(package, KeptPrefix);
         for (int attempt = 0; attempt < MostAttempts; ++attempt) {
             if (const Fault fault = CheckPlace(m_exams, place))
                 return fault;
             // Nothing was there, or an empty folder.
-            if (renameat(m_exams, m_name, m_exams, place) == 0)
-                return Finish(m_name);
+            if (renameat(m_exams, m_name.Text, m_exams, place) == 0)
+                return Finish(m_name.Text);
             if (errno != ENOTEMPTY && errno != EEXIST)
                 return SystemFault(NotWritten);
-            if (renameat2(m_exams, m_name, m_exams, place, RENAME_EXCHANGE) == 0)
-                return Finish(m_name);
+            if (renameat2(m_exams, m_name.Text, m_exams, place, RENAME_EXCHANGE) == 0)
+                return Finish(m_name.Text);
             if (errno == EINVAL || errno == ENOSYS) {
                 // Two steps, in between of which a run that dies leaves an exam
                 // that the next one puts back.
                 Remove(m_exams, kept);
                 if (renameat(m_exams, place, m_exams, kept) == 0) {
-                    if (renameat(m_exams, m_name, m_exams, place) == 0)
+                    if (renameat(m_exams, m_name.Text, m_exams, place) == 0)
                         return Finish(kept);
                     const int code = errno;
                     renameat(m_exams, kept, m_exams, place);
@@ -273,128 +253,69 @@ private:
     }
 
     int m_exams;
-    char m_name[WorkPrefix.size() + WorkDigits + 1] = {};
+    WorkName m_name{ {} };
     bool m_isMade = false;
     Descriptor m_folder;
+    Descriptor m_file;
 };
 
-bool IsWorkName(std::string_view name)
-{
-    return name.starts_with(WorkPrefix) && name.size() == WorkPrefix.size() + WorkDigits
-        && name.find_first_not_of("0123456789abcdef", WorkPrefix.size()) == std::string_view::npos;
-}
-
 // Clears away what runs left behind that were ended by force.
-void Sweep(int exams)
+void ExamsFolder::Sweep() const
 {
-    ForEach(exams, [exams](const char *entry) {
-        const std::string_view name = entry;
-        const char *place = entry + std::min(name.size(), KeptPrefix.size());
-        const bool isKept = name.starts_with(KeptPrefix) && PackFormat::IsPlainName(place);
-        if (!isKept && !IsWorkName(name))
+    ForEach(m_folder, [this](const char *entry) {
+        const std::string_view package = KeptPackage(entry);
+        if (package.empty() && !IsWorkName(entry))
             return true;
-        const Descriptor folder(openat(exams, entry, FolderFlags | O_NOFOLLOW));
+        const Descriptor folder(openat(m_folder, entry, FolderFlags | O_NOFOLLOW));
         struct stat status = {};
         if (!folder.IsOpen() || fstat(folder, &status) != 0 || status.st_uid != geteuid())
             return true;
-        if (isKept) {
-            if (fstatat(exams, place, &status, AT_SYMLINK_NOFOLLOW) != 0 && errno == ENOENT)
-                renameat(exams, entry, exams, place);
+        if (!package.empty()) {
+            if (fstatat(m_folder, package.data(), &status, AT_SYMLINK_NOFOLLOW) != 0 && errno == ENOENT)
+                renameat(m_folder, entry, m_folder, package.data());
             else
-                Remove(exams, entry);
+                Remove(m_folder, entry);
         } else if (Lock(folder)) {
-            Remove(exams, entry);
+            Remove(m_folder, entry);
         }
         return true;
     });
 }
 
-Fault WriteFile(PackReader &pack, int folder, const PackEntry &entry)
+}
+
+// A wish to stop only leaves a note, so that nothing half-made stays. A write
+// past a limit is an error like a full disk.
+void PrepareProgram()
 {
-    static char block[1 << 18];
-    Descriptor file(openat(folder, Name(entry.Name), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
-    if (!file.IsOpen())
-        return SystemFault(NotWritten);
-    for (std::uint64_t left = entry.Size; left > 0;) {
-        const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(left, sizeof block));
-        errno = 0;
-        if (!pack.Read(block, count))
-            return SystemFault("the pack cannot be read");
-        if (!WriteAll(file, block, count))
-            return SystemFault(NotWritten);
-        left -= count;
+    for (const int number : { SIGINT, SIGTERM, SIGHUP }) {
+        struct sigaction before = {};
+        struct sigaction action = {};
+        action.sa_handler = Note;
+        sigaction(number, nullptr, &before);
+        if (before.sa_handler != SIG_IGN)
+            sigaction(number, &action, nullptr);
     }
-    return Sync(file) && file.Close() ? Fault() : SystemFault(NotWritten);
+    std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN);
 }
 
-Fault Unpack(PackReader &pack, int folder)
+Fault SystemFault(const char *text)
 {
-    PackEntry entry;
-    while (pack.Next(entry)) {
-        if (const Fault fault = WriteFile(pack, folder, entry))
-            return fault;
-    }
-    if (!pack.IsSame())
-        return { "the pack has changed while it was read" };
-    return Sync(folder) ? Fault() : SystemFault(NotWritten);
+    return { text, static_cast<unsigned long>(errno) };
 }
 
-Fault Install(PackReader &pack)
+const char *SystemText(unsigned long code)
 {
-    ExamsFolder exams;
-    if (const Fault fault = exams.Open())
-        return fault;
-    if (const Fault fault = CheckPlace(exams, Name(pack.Folder())))
-        return fault;
-    Sweep(exams);
-    WorkFolder work(exams);
-    if (const Fault fault = work.Make())
-        return fault;
-    if (const Fault fault = Unpack(pack, work))
-        return fault;
-    return hasCome ? Cancelled : work.SwapIn(pack.Folder());
+    return strerrordesc_np(static_cast<int>(code));
 }
 
-}
-
-void Complain(const char *about, const char *text, const char *reason)
+void WriteErrorLine(const char *line, std::size_t length)
 {
-    char line[1024];
-    std::size_t length = 0;
-    const auto add = [&](const char *part) {
-        const std::size_t count = std::min(std::strlen(part), sizeof line - 1 - length);
-        std::copy_n(part, count, line + length);
-        length += count;
-    };
-    add("Exam pack: ");
-    for (const char *part : { about, text, reason }) {
-        if (part && part != about && length > std::strlen("Exam pack: "))
-            add(": ");
-        if (part)
-            add(part);
-    }
-    line[length++] = '\n';
     WriteAll(STDERR_FILENO, line, length);
 }
 
 int InstallPack(const char *file)
 {
-    hasCome = 0;
-    NoteSignals();
-    const Descriptor descriptor(open(file, O_RDONLY | O_CLOEXEC));
-    struct stat status = {};
-    if (!descriptor.IsOpen() || fstat(descriptor, &status) != 0) {
-        Complain(nullptr, "the pack cannot be read", strerrordesc_np(errno));
-        return 1;
-    }
-    PackReader pack({ ReadAt, descriptor, static_cast<std::uint64_t>(status.st_size) });
-    const char *damage = pack.Check();
-    Fault fault = damage ? Fault{ damage } : Install(pack);
-    if (!fault)
-        return 0;
-    if (hasCome)
-        fault = Cancelled;
-    Complain(damage ? nullptr : static_cast<const char *>(Name(pack.Folder())), fault.Text,
-             fault.Code != 0 ? strerrordesc_np(fault.Code) : nullptr);
-    return 1;
+    return InstallFile<PackFile, ExamsFolder, WorkFolder>(file);
 }

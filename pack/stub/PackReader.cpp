@@ -50,12 +50,12 @@ const char *PackReader::Check()
 
     m_index.reset(static_cast<unsigned char *>(std::malloc(std::max<std::size_t>(indexBytes, 1))));
     m_indexBytes = indexBytes;
-    crypto_hash_sha256_init(&m_sum);
+    m_sum = Digest();
     if (!m_index || !AddToSum(m_sum, 0, start) || !m_source.Read(m_source.File, start, m_index.get(), indexBytes))
         return Unreadable;
-    crypto_hash_sha256_update(&m_sum, m_index.get(), indexBytes);
+    m_sum.Add(m_index.get(), indexBytes);
     m_contentPosition = start + indexBytes;
-    crypto_hash_sha256_state sum = m_sum;
+    Digest sum = m_sum;
     if (!AddToSum(sum, m_contentPosition, contentBytes))
         return Unreadable;
     return IsSum(sum) ? CheckIndex(contentBytes) : Damaged;
@@ -134,7 +134,7 @@ bool PackReader::Read(void *out, std::size_t count)
 {
     if (!m_source.Read(m_source.File, m_contentPosition, out, count))
         return false;
-    crypto_hash_sha256_update(&m_sum, static_cast<const unsigned char *>(out), count);
+    m_sum.Add(out, count);
     m_contentPosition += count;
     return true;
 }
@@ -144,24 +144,23 @@ bool PackReader::IsSame() const
     return IsSum(m_sum);
 }
 
-bool PackReader::AddToSum(crypto_hash_sha256_state &sum, std::uint64_t offset, std::uint64_t count) const
+bool PackReader::AddToSum(Digest &sum, std::uint64_t offset, std::uint64_t count) const
 {
     unsigned char block[1 << 16];
     while (count > 0) {
         const auto length = static_cast<std::size_t>(std::min<std::uint64_t>(count, sizeof block));
         if (!m_source.Read(m_source.File, offset, block, length))
             return false;
-        crypto_hash_sha256_update(&sum, block, length);
+        sum.Add(block, length);
         offset += length;
         count -= length;
     }
     return true;
 }
 
-bool PackReader::IsSum(crypto_hash_sha256_state sum) const
+bool PackReader::IsSum(Digest sum) const
 {
     unsigned char digest[PackFormat::DigestBytes];
-    crypto_hash_sha256_update(&sum, m_trailer, PackFormat::DigestAt);
-    crypto_hash_sha256_final(&sum, digest);
-    return std::memcmp(digest, m_trailer + PackFormat::DigestAt, sizeof digest) == 0;
+    sum.Add(m_trailer, PackFormat::DigestAt);
+    return sum.Finish(digest) && std::memcmp(digest, m_trailer + PackFormat::DigestAt, sizeof digest) == 0;
 }

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "pack/PackFormat.h"
-
-#include <sodium/crypto_hash_sha256.h>
+#include "pack/stub/Digest.h"
 
 #include <cstdlib>
 #include <memory>
@@ -10,8 +9,8 @@
 // The file of a pack as the system reads it.
 struct PackSource {
     // Reads so many bytes from that offset on: all of them, or false.
-    bool (*Read)(int file, std::uint64_t offset, void *out, std::size_t count);
-    int File;
+    bool (*Read)(std::intptr_t file, std::uint64_t offset, void *out, std::size_t count);
+    std::intptr_t File; // the system's number for it
     std::uint64_t Size;
 };
 
@@ -46,8 +45,8 @@ public:
 
 private:
     template <class Number> Number Field(std::size_t at) const;
-    bool AddToSum(crypto_hash_sha256_state &sum, std::uint64_t offset, std::uint64_t count) const;
-    bool IsSum(crypto_hash_sha256_state sum) const;
+    bool AddToSum(Digest &sum, std::uint64_t offset, std::uint64_t count) const;
+    bool IsSum(Digest sum) const;
     const char *CheckIndex(std::uint64_t contentBytes);
     void Rewind();
     // The next bytes of the index; nullptr when it has not so many left.
@@ -62,5 +61,5 @@ private:
     std::uint64_t m_contentPosition = 0;
     std::string_view m_folder;
     // Of everything that stands before m_contentPosition.
-    crypto_hash_sha256_state m_sum = {};
+    Digest m_sum;
 };

@@ -2,9 +2,10 @@
 
 int main(int argc, char **)
 {
+    PrepareProgram();
     if (argc > 1) {
         Complain(nullptr, "run it without arguments to install the exam", nullptr);
         return 2;
     }
-    return InstallPack(OwnFile);
+    return InstallPack(nullptr);
 }

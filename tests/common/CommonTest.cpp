@@ -1,11 +1,8 @@
 #include "common/Common.h"
 #include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
-#include <csignal>
 #include <limits>
 
 using namespace Qt::Literals::StringLiterals;
@@ -24,54 +21,6 @@ TEST(CommonTest, FormatText)
     };
     for (const Row &row : rows)
         EXPECT_EQ(FormatText(row.Text, row.Values, row.Breaks), row.Expected) << row.Text.toStdString();
-}
-
-TEST(CommonTest, SystemErrors)
-{
-    const QString text = SystemErrorText(ENOENT);
-    EXPECT_EQ(text, u"No such file or directory"_s.leftJustified(256, QChar(u'\0')));
-    EXPECT_EQ(ShownText(text), u"No such file or directory"_s);
-    SetLastSystemError(ENOENT);
-    EXPECT_EQ(ResultOf([] { CheckApiResult(true); }), u"none"_s);
-    struct Row { qint32 Code; const char *Shown; };
-    for (const Row &row : { Row{ ENOTEMPTY, "System Error: 0x27\r\nDirectory not empty" },
-                            Row{ 2250, "System Error: 0x8CA\r\nUnknown error" },
-                            Row{ qint32(0x80090008), "System Error: 0x80090008\r\nUnknown error" } }) {
-        SetLastSystemError(row.Code);
-        try {
-            CheckApiResult(false);
-            FAIL() << row.Code;
-        } catch (const Error &error) {
-            EXPECT_EQ(error.Number(), row.Code);
-            EXPECT_STREQ(error.what(), row.Shown);
-        }
-    }
-}
-
-TEST(CommonTest, SyncShell)
-{
-    const QString pack = Sandbox::Path(u"a pack"_s);
-    Sandbox::WriteFile(pack, "#!/bin/sh\nexit $1\n");
-    QFile::setPermissions(pack, QFile::ReadOwner | QFile::ExeOwner);
-    const QString failed = u"5 SyncShell()"_s;
-    struct Row { QString Command, Result; };
-    const Row rows[] = {
-        { u"true"_s, u"0"_s }, { u"sh -c \"exit 200\""_s, u"200"_s }, { u"sh -c \"kill -TERM $$\""_s, u"143"_s },
-        { u'"' + pack + u"\" 3"_s, u"3"_s }, { u"/no/such/program -x"_s, failed }, { u"  "_s, failed }, { u"/"_s, failed },
-    };
-    // Whoever started the program may have left the signal ignored.
-    for (const auto disposition : { SIG_DFL, SIG_IGN }) {
-        const auto before = std::signal(SIGCHLD, disposition);
-        for (const Row &row : rows)
-            EXPECT_EQ(ResultOf([&] { return SyncShell(row.Command); }), row.Result) << row.Command.toStdString();
-        EXPECT_EQ(std::signal(SIGCHLD, before), disposition);
-    }
-    try {
-        SyncShell(u"/no/such/program -x"_s);
-        FAIL();
-    } catch (const Error &error) {
-        EXPECT_EQ(error.Description(), u"Unable to execute command /no/such/program -x"_s);
-    }
 }
 
 TEST(CommonTest, RoundingAndOverflow)

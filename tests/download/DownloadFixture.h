@@ -3,6 +3,7 @@
 #include "common/Registry.h"
 #include "download/frmExamDownloader.h"
 #include "model/Globals.h"
+#include "tests/download/FakePack.h"
 #include "tests/download/FaultServer.h"
 #include "tests/support/Sandbox.h"
 #include "tests/support/Windows.h"
@@ -34,10 +35,9 @@ inline QString Failed(const QString &examID)
     return u"16 Installation of "_s + examID + u" failed. Click OK to continue."_s;
 }
 
-// A pack that leaves a mark, and may do something more, when it is run.
-inline QByteArray PackOf(const QByteArray &name, const QByteArray &script = {}, qsizetype padding = 0)
+inline QByteArray PackOf(const QByteArray &name, qsizetype padding = 0)
 {
-    return "#!/bin/sh\necho run >> '" + Sandbox::Path(u"mark-"_s).toUtf8() + name + "'\n" + script + "\nexit 0\n" + QByteArray(padding, 'x');
+    return FakePack{ name, {}, {}, false, padding }.Bytes();
 }
 
 // Message boxes as they came. The words in which the network tells of an error

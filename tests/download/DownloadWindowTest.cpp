@@ -16,10 +16,10 @@ QString SavedExam(const QString &code)
 }
 
 // Copies an exam to where it is installed.
-QByteArray Installer(const QString &code)
+QByteArray Installer(const QString &code, qsizetype padding = 0)
 {
-    const QString folder = Sandbox::ExamsFolder() + u"/Pack "_s + code;
-    return u"mkdir -p '%1' && cp '%2' '%1/Pack %3.exam'"_s.arg(folder, SavedExam(code), code).toUtf8();
+    const QString exam = Sandbox::ExamsFolder() + u"/Pack %1/Pack %1.exam"_s.arg(code);
+    return FakePack{ code.toUtf8(), SavedExam(code), exam, false, padding }.Bytes();
 }
 
 }
@@ -27,9 +27,9 @@ QByteArray Installer(const QString &code)
 TEST_F(DownloadWindowTest, WholeRun)
 {
     Server.On("LIST?", Answer::Whole("LIST?status=OK&data= 101,202 ;"));
-    const QByteArray first = PackOf("101", Installer(u"101"_s), 3'000'000);
+    const QByteArray first = Installer(u"101"_s, 3'000'000);
     Server.On("eid=101", Answer::Whole(first));
-    Server.On("eid=202", Answer::Whole(PackOf("202", Installer(u"202"_s))));
+    Server.On("eid=202", Answer::Whole(Installer(u"202"_s)));
     Open(u"  a&b "_s, u" x=1"_s);
     for (const QString &label : { u"lblTotal"_s, u"lblDownloaded"_s, u"lblRate"_s })
         EXPECT_EQ(Windows::Find<QLabel>(Window.get(), label)->text(), u"NA"_s);
@@ -186,7 +186,7 @@ TEST_F(DownloadWindowTest, OverwriteQuestion)
 // pack is run and the service hears no more.
 TEST_F(DownloadWindowTest, ClosedInEveryState)
 {
-    const QByteArray whole = PackOf("pack", {}, 300'000);
+    const QByteArray whole = PackOf("pack", 300'000);
     const Answer silence{ "", Answer::KeepsOpen };
     const Answer half{ "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(whole.size()) + "\r\n\r\n" + whole.left(100'000), Answer::KeepsOpen };
     const std::pair<QString, std::function<void()>> ways[] = {

@@ -1,5 +1,7 @@
 #include "tests/download/FaultServer.h"
 
+#include "tests/download/SocketReset.h"
+
 #include <QHostAddress>
 #include <QSslCertificate>
 #include <QSslKey>
@@ -7,7 +9,6 @@
 #include <QTimer>
 
 #include <memory>
-#include <sys/socket.h>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -28,12 +29,6 @@ FaultServer::FaultServer()
         qFatal("no port to listen on");
 }
 
-void FaultServer::SetTls(const QByteArray &key, const QByteArray &certificate)
-{
-    m_key = key;
-    m_certificate = certificate;
-}
-
 void FaultServer::incomingConnection(qintptr descriptor)
 {
     auto *socket = new QSslSocket(this);
@@ -51,14 +46,10 @@ QString FaultServer::Url(const QString &scheme) const
     return scheme + u"://127.0.0.1:%1/PackCourier.asp"_s.arg(serverPort());
 }
 
-void FaultServer::On(const QByteArray &key, const Answer &answer)
-{
-    m_answers.prepend({ key, answer });
-}
-
 int FaultServer::Count(const QByteArray &key) const
 {
-    return static_cast<int>(std::count_if(Requests.begin(), Requests.end(), [&](const QByteArray &r) { return r.contains(key); }));
+    const auto holdsKey = [&](const QByteArray &request) { return request.contains(key); };
+    return static_cast<int>(std::count_if(Requests.begin(), Requests.end(), holdsKey));
 }
 
 void FaultServer::Serve(QTcpSocket *socket)
@@ -71,9 +62,9 @@ void FaultServer::Serve(QTcpSocket *socket)
         const qsizetype body = pending->indexOf("\r\n\r\n") + 4;
         if (body < 4)
             return;
-        const QByteArray headers = pending->left(body).toLower();
-        const qsizetype length = headers.indexOf("content-length: ");
-        const qsizetype size = length < 0 ? 0 : headers.mid(length + 16, headers.indexOf('\r', length) - length - 16).toLongLong();
+        LastHead = pending->left(body).toLower();
+        const qsizetype length = LastHead.indexOf("content-length: ");
+        const qsizetype size = length < 0 ? 0 : LastHead.mid(length + 16).split('\r').first().toLongLong();
         if (pending->size() < body + size)
             return;
         const QByteArray request = pending->left(pending->indexOf("\r\n")) + '\n' + pending->mid(body, size);
@@ -126,8 +117,7 @@ void FaultServer::End(QTcpSocket *socket, Answer::Ending ending)
     if (ending == Answer::KeepsOpen)
         return;
     if (ending == Answer::Resets) {
-        const linger none = { 1, 0 };
-        setsockopt(static_cast<int>(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &none, sizeof none);
+        ResetOnClose(socket->socketDescriptor());
         socket->abort();
         return;
     }

@@ -28,17 +28,22 @@ public:
     FaultServer();
 
     // From now on connections are encrypted with that key and certificate.
-    void SetTls(const QByteArray &key, const QByteArray &certificate);
+    void SetTls(const QByteArray &key, const QByteArray &certificate)
+    {
+        m_key = key;
+        m_certificate = certificate;
+    }
 
     QString Url(const QString &scheme = QStringLiteral("http")) const;
     // The answer to requests in which the key stands; of several keys the one
     // that was told last. A request without a key is kept waiting.
-    void On(const QByteArray &key, const Answer &answer);
+    void On(const QByteArray &key, const Answer &answer) { m_answers.prepend({ key, answer }); }
     // Done as soon as such a request is here, before its answer.
     void Meanwhile(const QByteArray &key, std::function<void()> action) { m_actions.insert(key, std::move(action)); }
 
     // First line and body of each request.
     QList<QByteArray> Requests;
+    QByteArray LastHead; // in small letters
     int Count(const QByteArray &key) const;
     qint64 BytesTaken = 0;
 

@@ -1,16 +1,18 @@
 #include "model/File.h"
+#include "model/IO.h"
 #include "tests/support/ExpectError.h"
 #include "tests/support/Sandbox.h"
 #include "tests/support/SmallDisk.h"
+#include "tests/support/System.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
 #include <functional>
-#include <sys/stat.h>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -96,17 +98,19 @@ TEST(FileTest, Opening)
 {
     Sandbox::WriteFile(Sandbox::Path(u"there"_s), "abc");
     QDir().mkpath(Sandbox::Path(u"folder"_s));
-    ASSERT_EQ(mkfifo(qPrintable(Sandbox::Path(u"pipe"_s)), 0600), 0);
+    const QString pipe = System::MakePipe(Sandbox::Path(u"pipe"_s)) ? u"pipe"_s : System::Device;
     struct Row { QString Name; quint32 Access, Disposition; int Code; qint64 Size = 0; };
     const Row rows[] = {
         { u"  \""_s + Sandbox::Path(u"there"_s) + u"\" "_s, File::ReadAccess, File::OpenExisting, 0, 3 },
         { u"th\"e\"re"_s, File::ReadAccess, File::OpenExisting, 0, 3 },
-        { u"missing"_s, File::ReadAccess, File::OpenExisting, ENOENT },
-        { u"there"_s, File::WriteAccess, File::CreateNew, EEXIST }, { u"there"_s, ReadWrite, File::OpenAlways, 0, 3 },
+        { u"missing"_s, File::ReadAccess, File::OpenExisting, System::NotFound },
+        { u"there"_s, File::WriteAccess, File::CreateNew, System::Exists }, { u"there"_s, ReadWrite, File::OpenAlways, 0, 3 },
         { u"there"_s, ReadWrite, File::TruncateExisting, 0 }, { u"new"_s, ReadWrite, File::OpenAlways, 0 },
         // Nothing waits for the other end of a pipe.
-        { u"pipe"_s, File::ReadAccess, File::OpenExisting, EINVAL },
-        { u"folder"_s, File::ReadAccess, File::OpenExisting, EISDIR },
+        { pipe, File::ReadAccess, File::OpenExisting, System::IsDevice },
+        { System::Device, File::ReadAccess, File::OpenExisting, System::IsDevice },
+        { u"folder"_s, File::ReadAccess, File::OpenExisting, System::IsFolder },
+        { u"no/folder"_s, File::ReadAccess, File::OpenExisting, System::FolderNotFound },
     };
     for (const Row &row : rows) {
         File file;
@@ -117,8 +121,54 @@ TEST(FileTest, Opening)
     }
 }
 
+// Names that no code page holds, in a path longer than any of the system's old limits.
+TEST(FileTest, LongAndForeignNames)
+{
+    QString folder = Sandbox::Path(u"\u65E5\u672C"_s);
+    for (int i = 0; i < 6; ++i)
+        folder += QDir::separator() + QString(60, QChar(u'a' + i));
+    ASSERT_TRUE(QDir().mkpath(folder));
+    const QString path = folder + QDir::separator() + u"\u0416\u00E9\U0001F600.exam"_s;
+    File file;
+    file.OpenFile(path, File::BinaryMode, File::WriteAccess, File::CreateNew);
+    file.WriteData(u"ABC"_s, -1);
+    file.CloseFile();
+    EXPECT_TRUE(file.GetAttributes(path));
+    EXPECT_FALSE(file.IsDirectory());
+    EXPECT_TRUE(file.GetAttributes(folder));
+    EXPECT_TRUE(file.IsDirectory());
+    QString text;
+    file.OpenFile(path, File::BinaryMode, File::ReadAccess, File::OpenExisting);
+    file.ReadData(text, -1);
+    EXPECT_EQ(text, u"ABC"_s);
+    EXPECT_TRUE(IO::FileExists(path));
+    EXPECT_TRUE(IO::FileExists(folder + QDir::separator() + u"*.exam"_s));
+    EXPECT_TRUE(IO::GetSubFolders(IO::GetFolder(folder)).contains(QString(60, u'f')));
+}
+
+TEST(FileTest, Attributes)
+{
+    Sandbox::WriteFile(Sandbox::Path(u"kept"_s), "abc");
+    File file;
+    file.SetName(u"kept"_s);
+    for (const bool readOnly : { true, false }) {
+        file.GetAttributes();
+        EXPECT_EQ(file.IsReadOnly(), !readOnly);
+        file.SetIsReadOnly(readOnly);
+        EXPECT_TRUE(file.SetAttributes());
+        file.SetIsReadOnly(!readOnly);
+        EXPECT_TRUE(file.GetAttributes());
+        EXPECT_EQ(file.IsReadOnly(), readOnly) << "as the disk has it";
+        EXPECT_EQ(QFileInfo(u"kept"_s).permissions() & QFile::WriteOwner, readOnly ? QFile::Permissions() : QFile::WriteOwner);
+    }
+    EXPECT_EQ(ResultOf([&] { file.GetAttributes(u"missing"_s); }), u"%1 File::GetAttributes()"_s.arg(System::NotFound));
+    EXPECT_EQ(ResultOf([&] { file.SetAttributes(u"missing"_s); }), u"%1 File::SetAttributes()"_s.arg(System::NotFound));
+}
+
 TEST(FileTest, AFullDiskIsReported)
 {
+    if (const char *reason = SmallDisk::WhyNot())
+        GTEST_SKIP() << reason;
     const QString full = u"%1 "_s.arg(EFBIG);
     const SmallDisk disk(100'000);
     for (const bool flush : { true, false }) {

@@ -2,6 +2,7 @@
 #include "tests/support/ExamBuilder.h"
 #include "tests/support/ExpectError.h"
 #include "tests/support/Sandbox.h"
+#include "tests/support/System.h"
 
 #include <QDir>
 
@@ -22,7 +23,7 @@ protected:
 
 TEST_F(GlobalsTest, PackageNames)
 {
-    EXPECT_EQ(m_folder, Sandbox::Path(u"xdg_data_home/Practorium/Exams"_s));
+    EXPECT_EQ(m_folder, System::ProgramFiles() + QDir::toNativeSeparators(u"/Practorium/Exams"_s));
     struct Row { QString Package, File; bool Expected; };
     const Row rows[] = {
         { u"X.Y"_s, u"X.exam"_s, true }, { u"X.Z"_s, u"X.Z.exam"_s, false },
@@ -30,11 +31,11 @@ TEST_F(GlobalsTest, PackageNames)
     };
     QStringList expected;
     for (const Row &row : rows) {
-        const QString package = m_folder + u'/' + row.Package;
+        const QString package = m_folder + QDir::separator() + row.Package;
         QDir().mkpath(package);
         if (!row.File.isEmpty())
             Sandbox::WriteFile(package + u'/' + row.File, "");
-        const QString path = row.Expected ? package + u'/' + row.File : u""_s;
+        const QString path = row.Expected ? package + QDir::separator() + row.File : u""_s;
         EXPECT_EQ(Globals::FindExamFile(package), path) << row.Package.toStdString();
         if (row.Expected)
             expected << path;

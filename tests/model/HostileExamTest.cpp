@@ -1,5 +1,6 @@
 #include "model/Exam.h"
 #include "model/Globals.h"
+#include "tests/model/MemoryRequests.h"
 #include "tests/support/ExamBuilder.h"
 #include "tests/support/ExpectError.h"
 #include "tests/support/Sandbox.h"
@@ -12,31 +13,6 @@
 #include <vector>
 
 using namespace Qt::Literals::StringLiterals;
-
-// The largest request for memory, of Qt's containers too, which do not go
-// through operator new.
-static size_t largestRequest = 0;
-
-#ifdef __SANITIZE_ADDRESS__
-extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile void *, size_t), void (*)(const volatile void *));
-
-static void NoteRequest(const volatile void *, size_t size) { largestRequest = std::max(largestRequest, size); }
-static const int hooks = __sanitizer_install_malloc_and_free_hooks(NoteRequest, [](const volatile void *) {});
-#else
-extern "C" void *__libc_malloc(size_t size);
-extern "C" void *__libc_realloc(void *memory, size_t size);
-
-extern "C" void *malloc(size_t size)
-{
-    largestRequest = std::max(largestRequest, size);
-    return __libc_malloc(size);
-}
-extern "C" void *realloc(void *memory, size_t size)
-{
-    largestRequest = std::max(largestRequest, size);
-    return __libc_realloc(memory, size);
-}
-#endif
 
 namespace {
 

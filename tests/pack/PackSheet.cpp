@@ -1,34 +1,16 @@
 #include "tests/pack/PackSheet.h"
 
 #include "tests/support/ExamBuilder.h"
+#include "tests/support/Program.h"
 #include "tests/support/Sandbox.h"
 
 #include <QCryptographicHash>
-#include <QDirIterator>
 #include <QRegularExpression>
 #include <QtEndian>
 
 #include <gtest/gtest.h>
 
 using namespace Qt::Literals::StringLiterals;
-
-Outcome OutcomeOf(const QString &program, const QStringList &arguments, const Preparation &prepare)
-{
-    QProcess process;
-    process.setWorkingDirectory(Sandbox::Path({}));
-    if (prepare)
-        prepare(process);
-    process.start(program, arguments);
-    EXPECT_TRUE(process.waitForFinished(120'000)) << program.toStdString();
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit) << program.toStdString();
-    EXPECT_EQ(process.readAllStandardOutput(), QByteArray());
-    return { process.exitCode(), process.readAllStandardError() };
-}
-
-Outcome AuthorOutcome(const QStringList &arguments, const Preparation &prepare)
-{
-    return OutcomeOf(QStringLiteral(AUTHOR_PROGRAM), arguments, prepare);
-}
 
 QString MakePackage(const QString &name, const QString &code, qsizetype pictureBytes)
 {
@@ -44,9 +26,9 @@ QString MakePackage(const QString &name, const QString &code, qsizetype pictureB
 QString MakePack(const QString &name, const QString &code, qsizetype pictureBytes)
 {
     const QString file = Sandbox::Path(name + u'-' + code + u".run"_s);
-    const Outcome made = AuthorOutcome({ u"pack"_s, MakePackage(name, code, pictureBytes), u"--out"_s, file, u"--replace"_s });
-    EXPECT_EQ(made.Code, 0) << made.Err.constData();
-    EXPECT_EQ(made.Err, QByteArray());
+    const QString folder = MakePackage(name, code, pictureBytes);
+    const QStringList arguments = { u"pack"_s, folder, u"--out"_s, file, u"--replace"_s };
+    EXPECT_EQ(OutcomeOf(QStringLiteral(AUTHOR_PROGRAM), arguments), Outcome{});
     return file;
 }
 
@@ -76,26 +58,12 @@ QByteArray ToBytes(const PackSheet &sheet)
     return Summed(stub + index + sheet.Contents + "PRACPACK" + Little(sheet.Version)
                   + Little(static_cast<quint32>(index.size()) + sheet.MoreIndexBytes)
                   + Little(static_cast<quint64>(stub.size()) + sheet.MoreStart)
-                  + Little(static_cast<quint64>(sheet.Contents.size()) + sheet.MoreContentBytes) + QByteArray(32, '\0'));
+                  + Little(static_cast<quint64>(sheet.Contents.size()) + sheet.MoreContentBytes)
+                  + QByteArray(32, '\0'));
 }
 
 QByteArray Summed(QByteArray pack)
 {
     pack.chop(32);
     return pack + QCryptographicHash::hash(pack, QCryptographicHash::Sha256);
-}
-
-std::map<QString, QByteArray> Snapshot(const QString &folder)
-{
-    std::map<QString, QByteArray> found;
-    QDirIterator entries(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                         QDirIterator::Subdirectories);
-    while (entries.hasNext()) {
-        const QString path = entries.next();
-        const QFileInfo info = entries.fileInfo();
-        found[path.mid(folder.size())] = info.isSymLink() ? "-> " + info.symLinkTarget().toUtf8()
-            : info.isFile()                               ? Sandbox::ReadFile(path)
-                                                          : QByteArray("folder");
-    }
-    return found;
 }

@@ -1,26 +1,11 @@
 #pragma once
 
 #include <QByteArray>
-#include <QProcess>
 #include <QString>
-#include <QStringList>
 
-#include <functional>
-#include <map>
 #include <vector>
 
-// Packs for tests, made by the packer or by hand, and runs of programs.
-
-struct Outcome {
-    int Code = 0;
-    QByteArray Err;
-};
-
-// Runs the program to its end, in a folder of the sandbox. One that crashes
-// fails the test.
-using Preparation = std::function<void(QProcess &)>;
-Outcome OutcomeOf(const QString &program, const QStringList &arguments = {}, const Preparation &prepare = {});
-Outcome AuthorOutcome(const QStringList &arguments, const Preparation &prepare = {});
+// Packs for tests, made by the packer or by hand.
 
 // A package folder of the sandbox, its exam under that code and a picture of
 // so many bytes; the folder.
@@ -47,6 +32,3 @@ struct PackSheet {
 QByteArray ToBytes(const PackSheet &sheet);
 // The same bytes with the sum that belongs to them.
 QByteArray Summed(QByteArray pack);
-
-// Everything below a folder: the contents of files and the targets of links.
-std::map<QString, QByteArray> Snapshot(const QString &folder);

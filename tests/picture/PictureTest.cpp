@@ -1,6 +1,7 @@
 #include "picture/Picture.h"
 #include "tests/support/ExpectError.h"
 #include "tests/support/Sandbox.h"
+#include "tests/support/System.h"
 
 #include <QBuffer>
 #include <QDir>
@@ -8,9 +9,6 @@
 #include <QtEndian>
 
 #include <gtest/gtest.h>
-
-#include <cerrno>
-#include <sys/stat.h>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -172,9 +170,10 @@ TEST(PictureTest, OnlyRegularFilesOfThatVeryName)
 {
     const QString path = Written(Encoded(Sample(), "BMP"));
     QDir().mkpath(Sandbox::Path(u"folder"_s));
-    ASSERT_EQ(mkfifo(qPrintable(Sandbox::Path(u"pipe.bmp"_s)), 0600), 0);
+    const QString pipe = System::MakePipe(Sandbox::Path(u"pipe.bmp"_s)) ? u"pipe.bmp"_s : System::Device;
     struct Row { QString Name; int Code; };
-    for (const Row &row : { Row{ path.chopped(4), ENOENT }, Row{ u"missing.bmp"_s, ENOENT }, Row{ u"folder"_s, EISDIR },
-                            Row{ u"pipe.bmp"_s, EINVAL }, Row{ u"/dev/zero"_s, EINVAL }, Row{ u""_s, ENOENT } })
+    for (const Row &row : { Row{ path.chopped(4), System::NotFound }, Row{ u"missing.bmp"_s, System::NotFound },
+                            Row{ u"folder"_s, System::IsFolder }, Row{ pipe, System::IsDevice },
+                            Row{ System::Device, System::IsDevice }, Row{ u""_s, System::FolderNotFound } })
         EXPECT_EQ(ResultOf([&] { Picture::Load(row.Name); }), u"%1 File::OpenFile()"_s.arg(row.Code)) << row.Name.toStdString();
 }

@@ -5,6 +5,7 @@
 #include "tests/support/ExamBuilder.h"
 #include "tests/support/Messages.h"
 #include "tests/support/Sandbox.h"
+#include "tests/support/System.h"
 #include "tests/support/Windows.h"
 
 #include <QDir>
@@ -13,8 +14,6 @@
 #include <QPointer>
 #include <QScreen>
 #include <QScrollBar>
-
-#include <sys/stat.h>
 
 using namespace Qt::Literals::StringLiterals;
 using namespace Windows;
@@ -66,7 +65,7 @@ TEST_F(ExhibitTest, WhatIsNoPictureIsTold)
     Sandbox::WriteFile(Folder + u"/empty.jpg"_s, "");
     Sandbox::WriteFile(Folder + u"/vector.bmp"_s, "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>");
     QDir().mkpath(Folder + u"/folder.bmp"_s);
-    ASSERT_EQ(mkfifo(qPrintable(Folder + u"/pipe.bmp"_s), 0600), 0);
+    System::MakePipe(Folder + u"/pipe.bmp"_s);
     for (const QString &name : bad) {
         SCOPED_TRACE(name.toStdString());
         Boxes.Expect(u"The exhibit cannot be displayed because required files are missing or corrupt. Please reinstall the exam pack."_s,
@@ -85,7 +84,7 @@ TEST_F(ExhibitTest, AnotherItemClosesIt)
     Start({ u"map.png"_s, u"map.png"_s });
     SavePicture(u"map.png"_s, { 300, 200 });
     QPointer<frmExhibit> exhibit = Open();
-    EXPECT_EQ(exhibit->Exhibit(), Folder + u"/map.png"_s);
+    EXPECT_EQ(exhibit->Exhibit(), QDir::toNativeSeparators(Folder + u"/map.png"_s));
     Click(&Window, u"cmdExhibit"_s);
     EXPECT_EQ(Window.findChildren<frmExhibit *>().size(), 1) << "opened once";
     Click(&Window, u"cmdNext"_s);

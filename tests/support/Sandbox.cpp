@@ -29,7 +29,7 @@ void FailOnWarning(QtMsgType type, const QMessageLogContext &, const QString &te
 
 Sandbox::Sandbox()
 {
-    root = m_folder.path();
+    root = QDir::toNativeSeparators(m_folder.path());
     qputenv("HOME", root.toLocal8Bit());
     for (const char *name : { "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR", "TMPDIR" }) {
         const QString folder = Path(QString::fromLatin1(name).toLower());
@@ -37,6 +37,8 @@ Sandbox::Sandbox()
         QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         qputenv(name, folder.toLocal8Bit());
     }
+    // What Windows calls it.
+    qputenv("TMP", qgetenv("TMPDIR"));
     // The platform of the windows, where a run is to be on another one.
     const QByteArray platform = qgetenv("PRACTORIUM_TEST_PLATFORM");
     if (!platform.isEmpty())
@@ -47,12 +49,12 @@ Sandbox::Sandbox()
 
 Sandbox::~Sandbox()
 {
-    QDir::setCurrent(u"/"_s);
+    QDir::setCurrent(QDir::rootPath());
 }
 
 QString Sandbox::Path(const QString &name)
 {
-    return root + u'/' + name;
+    return root + QDir::separator() + QDir::toNativeSeparators(name);
 }
 
 QString Sandbox::ExamsFolder()

@@ -13,7 +13,7 @@ public:
     Sandbox(const Sandbox &) = delete;
     Sandbox &operator=(const Sandbox &) = delete;
 
-    // An absolute path inside the sandbox.
+    // An absolute path inside the sandbox, with the system's separators.
     static QString Path(const QString &name);
     // The exams folder of the sandbox, made if need be.
     static QString ExamsFolder();

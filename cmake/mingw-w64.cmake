@@ -1,0 +1,17 @@
+# Toolchain of the Windows program: Debian's mingw-w64 with posix threads, which std::thread needs.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+
+set(triplet x86_64-w64-mingw32)
+set(CMAKE_C_COMPILER ${triplet}-gcc-posix)
+set(CMAKE_CXX_COMPILER ${triplet}-g++-posix)
+set(CMAKE_RC_COMPILER ${triplet}-windres)
+
+# PRACTORIUM_QT is the folder of a Qt that was built with this file.
+set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES PRACTORIUM_QT)
+set(CMAKE_FIND_ROOT_PATH /usr/${triplet} ${PRACTORIUM_QT})
+list(APPEND CMAKE_PREFIX_PATH ${PRACTORIUM_QT})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+#include <utility>
+
+#include <windows.h>
+
+// Open files and folders of the system, and paths that it takes as they are
+// written: behind "\\?\" neither dots nor blanks nor names of devices mean
+// anything else.
+
+class Handle {
+public:
+    explicit Handle(HANDLE handle = INVALID_HANDLE_VALUE)
+        : m_handle(handle)
+    {
+    }
+    ~Handle() { Close(); }
+    Handle(Handle &&other) noexcept
+        : m_handle(std::exchange(other.m_handle, INVALID_HANDLE_VALUE))
+    {
+    }
+    Handle &operator=(Handle &&other) noexcept
+    {
+        std::swap(m_handle, other.m_handle);
+        return *this;
+    }
+
+    bool IsOpen() const { return m_handle != INVALID_HANDLE_VALUE; }
+    operator HANDLE() const { return m_handle; }
+    bool Close() { return !IsOpen() || CloseHandle(std::exchange(m_handle, INVALID_HANDLE_VALUE)); }
+
+private:
+    HANDLE m_handle;
+};
+
+// A path; one that grows too long is empty, and nothing is there.
+class Path {
+public:
+    Path() = default;
+    // A name in a folder, the text being UTF-8. One that is not becomes an
+    // empty path.
+    Path(const Path &folder, std::string_view name, std::string_view prefix = {});
+    // A name that the system has told, in a folder.
+    Path(const Path &folder, const wchar_t *name);
+
+    void Append(const wchar_t *text);
+    operator const wchar_t *() const { return m_text; }
+    // What stands behind the last separator.
+    const wchar_t *Name() const;
+
+private:
+    static constexpr std::size_t Longest = 1024;
+    wchar_t m_text[Longest] = {};
+    std::size_t m_length = 0;
+};
+
+// Shows every entry of the folder, as WIN32_FIND_DATAW, to visit until that
+// returns false. False when the folder cannot be listed, with the system's code
+// left behind.
+template <class Visit>
+bool ForEach(const Path &folder, Visit visit)
+{
+    WIN32_FIND_DATAW entry = {};
+    const HANDLE listing = FindFirstFileW(Path(folder, L"*"), &entry);
+    if (listing == INVALID_HANDLE_VALUE)
+        return GetLastError() == ERROR_FILE_NOT_FOUND;
+    do {
+        const std::wstring_view name = entry.cFileName;
+        if (name != L"." && name != L".." && !visit(entry))
+            break;
+    } while (FindNextFileW(listing, &entry));
+    FindClose(listing);
+    return true;
+}
+
+// Whether the entry is a folder or a link to one.
+bool IsFolder(const WIN32_FIND_DATAW &entry);
+// Whether a folder is in the folder; true too when it cannot be told.
+bool HoldsFolder(const Path &folder);
+// Removes the files in a folder and then it. One that holds a folder stays as it is.
+void Remove(const Path &folder);
+// The same for a folder that no living run has locked; the others stay.
+void RemoveUnlocked(const Path &folder);
+
+// An open folder. It is a lock on it, too: it shows that the run that unpacks
+// into it is alive, and the system takes it away with the run. Nobody can remove
+// or rename the folder meanwhile unless FILE_SHARE_DELETE is shared.
+Handle Lock(const Path &folder, DWORD share);

@@ -1,0 +1,357 @@
+#define _CRT_RAND_S
+#include "pack/stub/Files_win.h"
+#include "pack/stub/Steps.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include <shlobj.h>
+
+namespace {
+
+// Between two attempts at what another program may be in the way of, such as
+// one that looks for viruses in every new file: 5 seconds in all.
+constexpr DWORD AttemptMilliseconds = 50;
+
+bool ReadAt(std::intptr_t file, std::uint64_t offset, void *out, std::size_t count)
+{
+    auto *bytes = static_cast<char *>(out);
+    SetLastError(ERROR_SUCCESS);
+    while (count > 0) {
+        OVERLAPPED at = {};
+        at.Offset = static_cast<DWORD>(offset);
+        at.OffsetHigh = static_cast<DWORD>(offset >> 32);
+        DWORD got = 0;
+        const auto wanted = static_cast<DWORD>(std::min<std::size_t>(count, 1 << 30));
+        if (!ReadFile(reinterpret_cast<HANDLE>(file), bytes, wanted, &got, &at) || got == 0)
+            return false;
+        bytes += got;
+        offset += got;
+        count -= got;
+    }
+    return true;
+}
+
+class PackFile {
+public:
+    Fault Open(const char *path)
+    {
+        static wchar_t wide[32'768];
+        const bool isNamed = path ? MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, wide, std::size(wide)) > 0
+                                  : GetModuleFileNameW(nullptr, wide, std::size(wide)) < std::size(wide);
+        if (!isNamed)
+            return SystemFault(NotRead);
+        // While it is open nobody can write to it.
+        m_file = Handle(CreateFileW(wide, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0, nullptr));
+        return m_file.IsOpen() && GetFileSizeEx(m_file, &m_size) ? Fault() : SystemFault(NotRead);
+    }
+
+    PackSource Source() const
+    {
+        return { ReadAt, reinterpret_cast<std::intptr_t>(static_cast<HANDLE>(m_file)), static_cast<std::uint64_t>(m_size.QuadPart) };
+    }
+    // A program without a console is ended by force or not at all.
+    bool IsCancelled() const { return false; }
+
+private:
+    Handle m_file;
+    LARGE_INTEGER m_size = {};
+};
+
+// Why a file keeps its folder from being renamed: somebody has it open. No
+// fault when nobody has.
+Fault CheckFile(const Path &path)
+{
+    const Handle file(CreateFileW(path, DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                  FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    if (file.IsOpen() || GetLastError() == ERROR_FILE_NOT_FOUND || GetLastError() == ERROR_PATH_NOT_FOUND)
+        return {};
+    return SystemFault(NotReplaced);
+}
+
+// Whether an exam can come to that place: nothing is there, or a folder of
+// files that nobody has open.
+Fault CheckPlace(const Path &place)
+{
+    WIN32_FIND_DATAW found = {};
+    const HANDLE search = FindFirstFileW(place, &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return GetLastError() == ERROR_FILE_NOT_FOUND ? Fault() : SystemFault(NotReplaced);
+    FindClose(search);
+    // What is found by another name than its own is another exam's folder,
+    // by its short name.
+    if (!IsFolder(found) || (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT)
+        || CompareStringOrdinal(found.cFileName, -1, place.Name(), -1, TRUE) != CSTR_EQUAL)
+        return InPlace;
+    Fault fault;
+    const bool isListed = ForEach(place, [&](const WIN32_FIND_DATAW &entry) {
+        fault = IsFolder(entry) ? FolderInside : CheckFile(Path(place, entry.cFileName));
+        return !fault;
+    });
+    return isListed || GetLastError() == ERROR_PATH_NOT_FOUND ? fault : SystemFault(NotReplaced);
+}
+
+// The same, with patience for whoever looks into new files.
+Fault CheckPatiently(const Path &place)
+{
+    Fault fault = CheckPlace(place);
+    for (int attempt = 1; attempt < MostAttempts && fault.Code == ERROR_SHARING_VIOLATION; ++attempt) {
+        Sleep(AttemptMilliseconds);
+        fault = CheckPlace(place);
+    }
+    return fault;
+}
+
+bool Move(const Path &from, const Path &to)
+{
+    return MoveFileExW(from, to, MOVEFILE_WRITE_THROUGH);
+}
+
+// The exams folder in the folder of programs, where the program looks for it.
+// What was made of its path goes again if nothing comes into it.
+class ExamsFolder {
+public:
+    ExamsFolder() = default;
+    ~ExamsFolder()
+    {
+        m_folder.Close();
+        if (m_isExamsMade)
+            RemoveDirectoryW(m_exams);
+        if (m_isProgramMade)
+            RemoveDirectoryW(m_program);
+    }
+    ExamsFolder(const ExamsFolder &) = delete;
+    ExamsFolder &operator=(const ExamsFolder &) = delete;
+
+    Fault Open()
+    {
+        wchar_t programs[MAX_PATH] = {};
+        if (SHGetFolderPathW(nullptr, CSIDL_PROGRAM_FILES, nullptr, SHGFP_TYPE_CURRENT, programs) != S_OK || programs[0] == L'\0')
+            return { NoExamsFolder };
+        // A path on another machine begins with two separators.
+        const bool isLocal = programs[0] != L'\\';
+        m_program.Append(isLocal ? L"\\\\?\\" : L"\\\\?\\UNC");
+        m_program.Append(isLocal ? programs : programs + 1);
+        m_program.Append(L"\\Practorium");
+        m_exams = Path(m_program, L"Exams");
+        m_isProgramMade = CreateDirectoryW(m_program, nullptr);
+        m_isExamsMade = CreateDirectoryW(m_exams, nullptr);
+        // Nobody can rename it while it is open.
+        m_folder = Handle(CreateFileW(m_exams, FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+        BY_HANDLE_FILE_INFORMATION about = {};
+        if (!m_folder.IsOpen() || !GetFileInformationByHandle(m_folder, &about))
+            return SystemFault(NoExamsFolder);
+        return about.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY ? Fault() : Fault{ NoExamsFolder, ERROR_DIRECTORY };
+    }
+
+    Fault Check(std::string_view package) const { return CheckPatiently(Path(m_exams, package)); }
+
+    // Clears away what runs left behind that were ended by force.
+    void Sweep() const
+    {
+        ForEach(m_exams, [this](const WIN32_FIND_DATAW &entry) {
+            char name[MAX_PATH * 3] = {};
+            if (!IsFolder(entry) || WideCharToMultiByte(CP_UTF8, 0, entry.cFileName, -1, name, sizeof name, nullptr, nullptr) <= 0)
+                return true;
+            const Path path(m_exams, entry.cFileName);
+            if (IsWorkName(name)) {
+                RemoveUnlocked(path);
+            } else if (const std::string_view package = KeptPackage(name); !package.empty()) {
+                if (!Move(path, Path(m_exams, package)))
+                    Remove(path);
+            }
+            return true;
+        });
+    }
+
+    operator const Path &() const { return m_exams; }
+
+private:
+    Path m_program;
+    Path m_exams;
+    bool m_isProgramMade = false;
+    bool m_isExamsMade = false;
+    Handle m_folder;
+};
+
+// A new folder inside the exams folder, which goes with everything in it
+// unless it has been swapped in.
+class WorkFolder {
+public:
+    explicit WorkFolder(const Path &exams)
+        : m_exams(exams)
+    {
+    }
+    ~WorkFolder()
+    {
+        m_file.Close();
+        m_folder.Close();
+        if (m_isMade)
+            Remove(m_path);
+    }
+    WorkFolder(const WorkFolder &) = delete;
+    WorkFolder &operator=(const WorkFolder &) = delete;
+
+    Fault Make()
+    {
+        SetLastError(ERROR_ALREADY_EXISTS);
+        for (int attempt = 0; attempt < MostAttempts; ++attempt) {
+            unsigned int parts[2] = {};
+            if (rand_s(&parts[0]) != 0 || rand_s(&parts[1]) != 0)
+                break;
+            unsigned char random[WorkDigits / 2] = {};
+            static_assert(sizeof random == sizeof parts);
+            std::memcpy(random, parts, sizeof random);
+            m_path = Path(m_exams, WorkName(random).Text);
+            if (!CreateDirectoryW(m_path, nullptr)) {
+                if (GetLastError() == ERROR_ALREADY_EXISTS)
+                    continue;
+                break;
+            }
+            // Whoever clears away leftovers may have come before the lock.
+            m_folder = Lock(m_path, 0);
+            m_isMade = m_folder.IsOpen();
+            if (m_isMade)
+                return {};
+            RemoveDirectoryW(m_path);
+        }
+        return SystemFault(NotWritten);
+    }
+
+    // A new file in the folder, its bytes, and its end. A name that differs in
+    // letter case only is there already.
+    Fault Begin(std::string_view name)
+    {
+        m_file = Handle(CreateFileW(Path(m_path, name), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        return m_file.IsOpen() ? Fault() : SystemFault(NotWritten);
+    }
+    Fault Put(const char *bytes, std::size_t count)
+    {
+        while (count > 0) {
+            DWORD put = 0;
+            SetLastError(ERROR_DISK_FULL);
+            if (!WriteFile(m_file, bytes, static_cast<DWORD>(std::min<std::size_t>(count, 1 << 30)), &put, nullptr) || put == 0)
+                return SystemFault(NotWritten);
+            bytes += put;
+            count -= put;
+        }
+        return {};
+    }
+    Fault End() { return FlushFileBuffers(m_file) && m_file.Close() ? Fault() : SystemFault(NotWritten); }
+    // The system keeps a record of what happens to folders.
+    Fault Keep() { return {}; }
+
+    // Puts the folder where the exam belongs and removes what was there. Two
+    // folders cannot change places: a run that dies between the two steps
+    // leaves an exam that the next one puts back.
+    Fault SwapIn(std::string_view package)
+    {
+        const Path place(m_exams, package);
+        const Path kept(m_exams, package, KeptPrefix);
+        // The folder stays locked while it is renamed.
+        m_folder = Lock(m_path, FILE_SHARE_DELETE);
+        if (!m_folder.IsOpen())
+            return SystemFault(NotWritten);
+        DWORD code = ERROR_SUCCESS;
+        for (int attempt = 0; attempt < MostAttempts; ++attempt) {
+            if (attempt > 0)
+                Sleep(AttemptMilliseconds);
+            if (const Fault fault = CheckPatiently(place))
+                return fault;
+            if (Move(m_path, place))
+                return Finish(kept);
+            Remove(kept);
+            if (!Move(place, kept)) {
+                code = GetLastError();
+            } else {
+                if (Move(m_path, place))
+                    return Finish(kept);
+                code = GetLastError();
+                PutBack(kept, place);
+            }
+            // Another run may have been faster, whose exam is replaced in turn;
+            // or somebody has opened a file just now.
+            const bool isPassing = code == ERROR_ALREADY_EXISTS || code == ERROR_FILE_EXISTS || code == ERROR_FILE_NOT_FOUND
+                || code == ERROR_PATH_NOT_FOUND || code == ERROR_ACCESS_DENIED || code == ERROR_SHARING_VIOLATION;
+            if (!isPassing)
+                break;
+        }
+        return { NotWritten, code };
+    }
+
+private:
+    static void PutBack(const Path &kept, const Path &place)
+    {
+        for (int attempt = 0; attempt < MostAttempts && !Move(kept, place); ++attempt) {
+            if (GetLastError() != ERROR_ACCESS_DENIED && GetLastError() != ERROR_SHARING_VIOLATION)
+                return;
+            Sleep(AttemptMilliseconds);
+        }
+    }
+
+    Fault Finish(const Path &kept)
+    {
+        m_isMade = false;
+        Remove(kept);
+        return {};
+    }
+
+    const Path &m_exams;
+    Path m_path;
+    bool m_isMade = false;
+    Handle m_folder;
+    Handle m_file;
+};
+
+}
+
+void PrepareProgram()
+{
+    SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
+    // No boxes of the system's own, such as for a missing disk.
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
+}
+
+Fault SystemFault(const char *text)
+{
+    return { text, GetLastError() };
+}
+
+const char *SystemText(unsigned long code)
+{
+    wchar_t wide[256] = {};
+    static char text[sizeof wide / sizeof *wide * 3];
+    constexpr DWORD how = FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK;
+    DWORD length = FormatMessageW(how, nullptr, code, 0, wide, std::size(wide), nullptr);
+    while (length > 0 && wide[length - 1] == L' ')
+        wide[--length] = L'\0';
+    return WideCharToMultiByte(CP_UTF8, 0, wide, -1, text, sizeof text, nullptr, nullptr) > 1 ? text : nullptr;
+}
+
+// The program has no console of its own, so that none flashes up where a
+// program with windows runs it. It uses what it was given or its starter's; a
+// double click gives it neither, and a box has to do.
+void WriteErrorLine(const char *line, std::size_t length)
+{
+    wchar_t wide[1024] = {};
+    const int count = MultiByteToWideChar(CP_UTF8, 0, line, static_cast<int>(length), wide, std::size(wide) - 1);
+    DWORD put = 0;
+    const HANDLE error = GetStdHandle(STD_ERROR_HANDLE);
+    if (error && error != INVALID_HANDLE_VALUE && GetConsoleMode(error, &put)) {
+        WriteConsoleW(error, wide, static_cast<DWORD>(count), &put, nullptr);
+    } else if (error && error != INVALID_HANDLE_VALUE && WriteFile(error, line, static_cast<DWORD>(length), &put, nullptr)) {
+        return;
+    } else if (AttachConsole(ATTACH_PARENT_PROCESS)) {
+        const Handle console(CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                         OPEN_EXISTING, 0, nullptr));
+        WriteConsoleW(console, wide, static_cast<DWORD>(count), &put, nullptr);
+    } else {
+        MessageBoxW(nullptr, wide, L"Practorium", MB_OK | MB_ICONERROR | MB_SETFOREGROUND);
+    }
+}
+
+int InstallPack(const char *file)
+{
+    return InstallFile<PackFile, ExamsFolder, WorkFolder>(file);
+}

@@ -1,0 +1,112 @@
+#pragma once
+
+#include "pack/stub/Install.h"
+#include "pack/stub/PackReader.h"
+
+#include <algorithm>
+
+// What installing a pack is on every system.
+
+// Folders inside the exams folder that are no exams: no package holds a file
+// with a leading dot, so that none of them ever holds an exam of its own name.
+//
+// What is being unpacked, or was replaced: a number of 16 digits follows.
+constexpr std::string_view WorkPrefix = ".practorium-pack-";
+constexpr std::size_t WorkDigits = 16;
+// The exam that is being replaced where two folders cannot change places: the
+// package's name follows.
+constexpr std::string_view KeptPrefix = ".practorium-kept-";
+
+constexpr int MostAttempts = 100;
+
+// What went wrong, with the system's code for it if there is one; without a
+// text nothing did.
+struct Fault {
+    const char *Text = nullptr;
+    unsigned long Code = 0;
+    explicit operator bool() const { return Text != nullptr; }
+};
+
+constexpr Fault Cancelled = { "cancelled", 0 };
+constexpr char NotRead[] = "the pack cannot be read";
+constexpr char NotWritten[] = "the exam cannot be written";
+constexpr char NotReplaced[] = "the installed exam cannot be replaced";
+constexpr char NoExamsFolder[] = "there is no exams folder to install into";
+constexpr Fault InPlace = { "a file or a link is in its place", 0 };
+constexpr Fault FolderInside = { "the installed exam cannot be replaced, because a folder is in it", 0 };
+
+// A fault with the code that the system has left behind.
+Fault SystemFault(const char *text);
+// The system's words for a code, in UTF-8; good until the next call.
+const char *SystemText(unsigned long code);
+// One line for whoever runs the program.
+void WriteErrorLine(const char *line, std::size_t length);
+
+// The name of a work folder that belongs to a random number.
+struct WorkName {
+    explicit WorkName(const unsigned char (&random)[WorkDigits / 2]);
+    char Text[WorkPrefix.size() + WorkDigits + 1];
+};
+bool IsWorkName(std::string_view name);
+// The package of which that folder is the exam kept aside; empty when it is none.
+std::string_view KeptPackage(std::string_view name);
+
+template <class Work>
+Fault Unpack(PackReader &pack, Work &work)
+{
+    static char block[1 << 18];
+    PackEntry entry;
+    while (pack.Next(entry)) {
+        if (const Fault fault = work.Begin(entry.Name))
+            return fault;
+        for (std::uint64_t left = entry.Size; left > 0;) {
+            const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(left, sizeof block));
+            if (!pack.Read(block, count))
+                return SystemFault(NotRead);
+            if (const Fault fault = work.Put(block, count))
+                return fault;
+            left -= count;
+        }
+        if (const Fault fault = work.End())
+            return fault;
+    }
+    return pack.IsSame() ? work.Keep() : Fault{ "the pack has changed while it was read" };
+}
+
+template <class Exams, class Work>
+Fault Install(PackReader &pack)
+{
+    Exams exams;
+    if (const Fault fault = exams.Open())
+        return fault;
+    if (const Fault fault = exams.Check(pack.Folder()))
+        return fault;
+    exams.Sweep();
+    Work work(exams);
+    if (const Fault fault = work.Make())
+        return fault;
+    if (const Fault fault = Unpack(pack, work))
+        return fault;
+    return work.SwapIn(pack.Folder());
+}
+
+template <class File, class Exams, class Work>
+int InstallFile(const char *path)
+{
+    const auto complain = [](const char *about, const Fault &fault) {
+        Complain(about, fault.Text, fault.Code != 0 ? SystemText(fault.Code) : nullptr);
+        return 1;
+    };
+    File file;
+    if (const Fault fault = file.Open(path))
+        return complain(nullptr, fault);
+    PackReader pack(file.Source());
+    if (const char *damage = pack.Check())
+        return complain(nullptr, file.IsCancelled() ? Cancelled : Fault{ damage });
+    const Fault fault = Install<Exams, Work>(pack);
+    if (!fault)
+        return 0;
+    char name[PackFormat::LongestName + 1] = {};
+    std::copy(pack.Folder().begin(), pack.Folder().end(), name);
+    return complain(name, file.IsCancelled() ? Cancelled : fault);
+}

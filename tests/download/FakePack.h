@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+// A pack that leaves a mark when it is run, and may do something more.
+struct FakePack {
+    // Of the file "mark-NAME" in the sandbox.
+    QByteArray Name;
+    // Copied to CopyTo, whose folder is made.
+    QString CopyFrom = {};
+    QString CopyTo = {};
+    bool RemovesItself = false;
+    // Bytes without a meaning behind the program.
+    qsizetype Padding = 0;
+
+    // The program, for the system that the test runs on.
+    QByteArray Bytes() const;
+};

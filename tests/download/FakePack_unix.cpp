@@ -1,0 +1,17 @@
+#include "tests/download/FakePack.h"
+
+#include "tests/support/Sandbox.h"
+
+#include <QFileInfo>
+
+using namespace Qt::Literals::StringLiterals;
+
+QByteArray FakePack::Bytes() const
+{
+    QString script = u"#!/bin/sh\necho run >> '%1'\n"_s.arg(Sandbox::Path(u"mark-"_s + QString::fromUtf8(Name)));
+    if (!CopyFrom.isEmpty())
+        script += u"mkdir -p '%1' && cp '%2' '%3'\n"_s.arg(QFileInfo(CopyTo).path(), CopyFrom, CopyTo);
+    if (RemovesItself)
+        script += u"rm -f \"$0\"\n"_s;
+    return script.toUtf8() + "exit 0\n" + QByteArray(Padding, 'x');
+}

@@ -1,0 +1,17 @@
+#include "tests/download/FakePack.h"
+
+#include "tests/support/Sandbox.h"
+
+#include <QDir>
+
+using namespace Qt::Literals::StringLiterals;
+
+// The program is the same for all; what it is to do stands behind it.
+QByteArray FakePack::Bytes() const
+{
+    static const QByteArray program = Sandbox::ReadFile(QStringLiteral(FAKE_PACK));
+    const QStringList lines = { Sandbox::Path(u"mark-"_s + QString::fromUtf8(Name)), QDir::toNativeSeparators(CopyFrom),
+                                QDir::toNativeSeparators(CopyTo), RemovesItself ? u"remove"_s : QString() };
+    const QString text = lines.join(u'\n') + u'\n';
+    return program + QByteArray(reinterpret_cast<const char *>(text.utf16()), text.size() * 2) + QByteArray(Padding, '\0');
+}

@@ -1,0 +1,113 @@
+#include "download/PackFile.h"
+
+#include "common/Common.h"
+#include "common/WidePath_win.h"
+#include "tests/download/DownloadFixture.h"
+
+#include <windows.h>
+
+#include <aclapi.h>
+
+using namespace Qt::Literals::StringLiterals;
+using namespace Download;
+
+namespace {
+
+using PackPlacesTest = DownloadTest;
+
+}
+
+// What stands in the temporary folder under the pack's name.
+TEST_F(PackPlacesTest, PlacesOfPacks)
+{
+    const QString place = TempFile(u"101.exe"_s);
+    HANDLE other = INVALID_HANDLE_VALUE;
+    const auto openShared = [&](DWORD share) {
+        Sandbox::WriteFile(place, "theirs");
+        other = CreateFileW(Wide(place), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr);
+        ASSERT_NE(other, INVALID_HANDLE_VALUE);
+    };
+    struct Row { const char *Name; std::function<void()> Prepare; bool IsRun; bool Stays; };
+    const Row rows[] = {
+        { "an old pack", [&] { Sandbox::WriteFile(place, QByteArray(100'000, 'o')); }, true, false },
+        { "a folder", [&] { QDir().mkpath(place); }, false, true },
+        { "a file that another program has open", [&] { openShared(FILE_SHARE_READ); }, false, true },
+        // The system gives up no program that runs.
+        { "a pack that removes itself", [&] { Server.On("eid=", Answer::Whole(FakePack{ "pack", {}, {}, true }.Bytes())); }, true, false },
+    };
+    for (const Row &row : rows) {
+        QFile::remove(place);
+        QDir(place).removeRecursively();
+        row.Prepare();
+        EXPECT_EQ(Run(), row.IsRun ? u""_s : Failed(u"101"_s)) << row.Name;
+        EXPECT_EQ(WasRun(u"pack"_s), row.IsRun) << row.Name;
+        EXPECT_EQ(QFileInfo::exists(place), row.Stays) << row.Name;
+        EXPECT_EQ(Status(), u"Completed"_s) << row.Name;
+        QFile::remove(Sandbox::Path(u"mark-pack"_s));
+        if (other != INVALID_HANDLE_VALUE)
+            CloseHandle(std::exchange(other, INVALID_HANDLE_VALUE));
+    }
+}
+
+// From its first byte to its end nobody else writes, moves or removes it, and
+// nobody else may open it at all.
+TEST_F(PackPlacesTest, AFileOfOnesOwn)
+{
+    const QString place = TempFile(u"\u65E5 own.exe"_s);
+    const QString elsewhere = TempFile(u"elsewhere"_s);
+    const auto isHeld = [&] {
+        const HANDLE handle = CreateFileW(Wide(place), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                          OPEN_EXISTING, 0, nullptr);
+        if (handle != INVALID_HANDLE_VALUE)
+            CloseHandle(handle);
+        return handle == INVALID_HANDLE_VALUE && !MoveFileW(Wide(place), Wide(elsewhere)) && !DeleteFileW(Wide(place));
+    };
+    PackFile file;
+    file.Create(place);
+    EXPECT_TRUE(isHeld());
+    const QByteArray bytes = PackOf("own", 300'000);
+    file.Write(bytes.constData(), bytes.size());
+    file.Close();
+    EXPECT_TRUE(isHeld());
+    file.MakeRunnable();
+    EXPECT_TRUE(isHeld());
+    EXPECT_EQ(Sandbox::ReadFile(place), bytes);
+    EXPECT_EQ(Common::SyncShell(u'"' + place + u'"'), 0);
+    EXPECT_TRUE(WasRun(u"own"_s));
+    EXPECT_TRUE(isHeld());
+
+    PACL rights = nullptr;
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    ASSERT_EQ(GetNamedSecurityInfoW(Wide(place), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, &rights, nullptr, &descriptor),
+              DWORD(ERROR_SUCCESS));
+    BYTE everyone[SECURITY_MAX_SID_SIZE];
+    DWORD size = sizeof everyone;
+    CreateWellKnownSid(WinWorldSid, nullptr, everyone, &size);
+    for (DWORD i = 0; i < rights->AceCount; ++i) {
+        void *entry = nullptr;
+        ASSERT_TRUE(GetAce(rights, i, &entry));
+        const auto *allowed = static_cast<const ACCESS_ALLOWED_ACE *>(entry);
+        EXPECT_FALSE(EqualSid(const_cast<DWORD *>(&allowed->SidStart), everyone) && allowed->Mask != 0) << "everybody has rights";
+    }
+    LocalFree(descriptor);
+
+    file.Remove();
+    EXPECT_FALSE(QFileInfo::exists(place));
+    EXPECT_THROW(file.Remove(), Error) << "it is gone";
+    Sandbox::WriteFile(place, "theirs");
+    EXPECT_THROW(file.Remove(), Error) << "another one";
+    PackFile second;
+    EXPECT_EQ(ResultOf([&] { second.Create(place); }), u"80 "_s) << "what is there stays";
+    EXPECT_EQ(Sandbox::ReadFile(place), "theirs");
+    RemoveOwnFile(place);
+    EXPECT_FALSE(QFileInfo::exists(place));
+}
+
+TEST_F(PackPlacesTest, NamesThatStayInTheirFolder)
+{
+    for (const QString &name : { u"101.exe"_s, u"...exe"_s, u"NET 101 \u65E5.exe"_s, u"console.exe"_s, u"a;b.exe"_s })
+        EXPECT_TRUE(IsPlainFileName(name)) << name.toStdString();
+    for (const QString &name : { u""_s, u"."_s, u".."_s, u"a/b"_s, u"a\\b"_s, u"c:x.exe"_s, u"x.exe:stream"_s, u"x.exe."_s, u"x.exe "_s,
+                                 u" x.exe"_s, u"CON"_s, u"nul.exe"_s, u"com1.exe"_s, u"a*.exe"_s, u"a?b"_s, u"a\nb"_s, u"\\\\s\\x"_s })
+        EXPECT_FALSE(IsPlainFileName(name)) << name.toStdString();
+}

@@ -1,0 +1,9 @@
+#include "tests/download/SocketReset.h"
+
+#include <winsock2.h>
+
+void ResetOnClose(qintptr descriptor)
+{
+    const linger none = { 1, 0 };
+    setsockopt(static_cast<SOCKET>(descriptor), SOL_SOCKET, SO_LINGER, reinterpret_cast<const char *>(&none), sizeof none);
+}

@@ -1,0 +1,122 @@
+#include "common/WidePath_win.h"
+#include "pack/stub/Files_win.h"
+#include "tests/pack/Installed.h"
+#include "tests/pack/PackSheet.h"
+#include "tests/support/Sandbox.h"
+#include "tests/support/System.h"
+
+#include <QDir>
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include <windows.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+// The system's own calls for what a debugger does; no header declares them.
+void Call(const char *name, const QProcess &process)
+{
+    using Function = LONG(WINAPI *)(HANDLE);
+    const auto function = reinterpret_cast<Function>(reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
+    const HANDLE handle = OpenProcess(PROCESS_SUSPEND_RESUME, FALSE, static_cast<DWORD>(process.processId()));
+    ASSERT_TRUE(function && handle);
+    EXPECT_EQ(function(handle), 0) << name;
+    CloseHandle(handle);
+}
+
+// Writes the pack that the sheet describes, and runs it here.
+std::string InstallSheet(const PackSheet &sheet)
+{
+    const QString path = Sandbox::Path(u"sheet.exe"_s);
+    Sandbox::WriteFile(path, ToBytes(sheet));
+    return InstallHere(path);
+}
+
+}
+
+void Freeze(const QProcess &process)
+{
+    Call("NtSuspendProcess", process);
+}
+
+void Thaw(const QProcess &process)
+{
+    Call("NtResumeProcess", process);
+}
+
+TEST(InstallTest, AnExamInUse)
+{
+    const QString exams = FreshFolder();
+    ASSERT_EQ(OutcomeOf(MakePack(u"USED"_s, u"U-1"_s)), Done);
+    const QString pack = MakePack(u"USED"_s, u"U-2"_s);
+    const QString picture = exams + u"/USED/picture.bmp"_s;
+    const auto before = Snapshot(exams);
+    const auto opened = [&](DWORD share) {
+        return Handle(CreateFileW(Wide(QDir::toNativeSeparators(picture)), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr));
+    };
+    {
+        const Handle file = opened(FILE_SHARE_READ | FILE_SHARE_WRITE);
+        ASSERT_TRUE(file.IsOpen());
+        const QString reason = u"the installed exam cannot be replaced: "_s;
+        const Outcome outcome = OutcomeOf(pack);
+        EXPECT_EQ(outcome.Code, 1);
+        EXPECT_TRUE(outcome.Err.startsWith(u"Exam pack: USED: "_s + reason)) << outcome.Err.toStdString();
+    }
+    EXPECT_EQ(Snapshot(exams), before);
+    EXPECT_EQ(OutcomeOf(pack), Done);
+    EXPECT_EQ(Snapshot(exams), Installed(u"USED"_s, u"U-2"_s));
+}
+
+TEST(InstallTest, ManyAtOnce)
+{
+    const QStringList programs = { MakePack(u"BOTH"_s, u"X-1"_s), MakePack(u"BOTH"_s, u"X-2"_s, 50'000) };
+    const QString exams = FreshFolder();
+    for (int round = 0; round < 4; ++round) {
+        std::vector<std::unique_ptr<QProcess>> runs;
+        for (int i = 0; i < 6; ++i) {
+            runs.push_back(std::make_unique<QProcess>());
+            runs.back()->start(programs[i % 2], QStringList());
+        }
+        for (const auto &run : runs)
+            EXPECT_EQ(EndOf(*run), Done);
+        EXPECT_EQ(Snapshot(exams), Installed(u"BOTH"_s, CodeOf(u"BOTH"_s))) << "round " << round;
+    }
+}
+
+// Names that pass as plain and yet mean something else to this system.
+TEST(InstallTest, NamesThatMeanAnother)
+{
+    const QString exams = FreshFolder();
+    const QString longName = u"A rather long name of an exam"_s;
+    Sandbox::WriteFile(exams + u'/' + longName + u"/mine"_s, "mine");
+    std::array<wchar_t, MAX_PATH> wide{};
+    GetShortPathNameW(Wide(QDir::toNativeSeparators(exams + u'/' + longName)), wide.data(), MAX_PATH);
+    const QString shortName = QFileInfo(QString::fromWCharArray(wide.data())).fileName();
+    ASSERT_NE(shortName, longName) << "this disk keeps no short names";
+    const auto before = Snapshot(exams);
+
+    const std::string notWritten = "the exam cannot be written";
+    const struct {
+        PackSheet Sheet;
+        std::string Reason;
+    } rows[] = {
+        { { .Files = { { "A.bmp", 1 }, { "NET-101.exam", 5 }, { "a.bmp", 2 } } }, notWritten },
+        { { .Files = { { "NET-101.exam", 5 }, { "NET-101.exam\xFF", 3 } } }, notWritten },
+        { { .Folder = shortName.toUtf8(), .Files = { { shortName.section(u'.', 0, 0).toUtf8() + ".exam", 8 } } },
+          "a file or a link is in its place" },
+    };
+    for (const auto &[sheet, reason] : rows) {
+        const std::string said = InstallSheet(sheet);
+        EXPECT_TRUE(said.starts_with("1 Exam pack: " + sheet.Folder.toStdString() + ": " + reason)) << said;
+        EXPECT_EQ(Snapshot(exams), before) << said;
+    }
+    // The same exam, whatever the case of its letters.
+    EXPECT_EQ(InstallSheet({ .Folder = "net-101", .Files = { { "a.bmp", 3 }, { "net-101.exam", 5 } } }), "0 ");
+    EXPECT_EQ(InstallSheet({}), "0 ");
+    EXPECT_EQ(QDir(exams).entryList(QDir::Dirs | QDir::NoDotAndDotDot), QStringList({ longName, u"NET-101"_s }));
+    EXPECT_EQ(Sandbox::ReadFile(exams + u"/NET-101/NET-101.exam"_s), QByteArray("exam!"));
+}

@@ -1,0 +1,53 @@
+#include "tests/support/System.h"
+
+#include "common/Common.h"
+#include "tests/support/Sandbox.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <cerrno>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace System {
+
+const int NotFound = ENOENT;
+const int FolderNotFound = ENOENT;
+const int Exists = EEXIST;
+const int IsFolder = EISDIR;
+const int IsDevice = EINVAL;
+const int BelowAFile = ENOTDIR;
+
+const bool RunsByName = false;
+
+const QString Device = u"/dev/zero"_s;
+
+QString TextOf(int code)
+{
+    return Common::ShownText(Common::SystemErrorText(code));
+}
+
+QString ProgramFiles()
+{
+    return Sandbox::Path(u"xdg_data_home"_s);
+}
+
+void ForgetSettings(const QString &)
+{
+    QDir(Sandbox::Path(u"xdg_config_home/Practorium"_s)).removeRecursively();
+}
+
+bool MakePipe(const QString &path)
+{
+    return mkfifo(QFile::encodeName(path).constData(), 0600) == 0;
+}
+
+bool MakeLink(const QString &target, const QString &path)
+{
+    return symlink(QFile::encodeName(target).constData(), QFile::encodeName(path).constData()) == 0;
+}
+
+}

@@ -1,0 +1,53 @@
+#include "tests/support/System.h"
+
+#include "common/Common.h"
+#include "common/WidePath_win.h"
+
+#include <cerrno>
+
+#include <windows.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace System {
+
+const int NotFound = ERROR_FILE_NOT_FOUND;
+const int FolderNotFound = ERROR_PATH_NOT_FOUND;
+const int Exists = ERROR_FILE_EXISTS;
+const int IsFolder = ERROR_ACCESS_DENIED;
+const int IsDevice = ERROR_INVALID_PARAMETER;
+const int BelowAFile = ENOENT;
+
+const bool RunsByName = true;
+
+const QString Device = u"NUL"_s;
+
+QString TextOf(int code)
+{
+    return Common::ShownText(Common::SystemErrorText(code)).simplified();
+}
+
+QString ProgramFiles()
+{
+    return qEnvironmentVariable("ProgramFiles");
+}
+
+void ForgetSettings(const QString &key)
+{
+    for (const HKEY hive : { HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE })
+        RegDeleteTreeW(hive, Wide(key));
+}
+
+// Pipes lie in a place of their own here.
+bool MakePipe(const QString &)
+{
+    return false;
+}
+
+// Wine makes no links, and Windows wants a right for it that users have not.
+bool MakeLink(const QString &, const QString &)
+{
+    return false;
+}
+
+}

@@ -1,0 +1,232 @@
+; The installer of the Windows program. scripts/windows/installer lays out what
+; goes in and defines
+;   VERSION   1.2.3
+;   STAGE     the folder that is installed
+;   FILES     a list of commands that removes just these files again
+;   SAMPLES   a folder of sample packages
+;   OUT       the installer to make
+; A silent installation is "/S", for the user alone with "/CurrentUser", for all
+; with "/AllUsers"; "/D=FOLDER" comes last. A silent removal is
+; "uninstall.exe /S", which leaves the exams alone unless told "/EXAMS".
+Unicode true
+Target amd64-unicode
+SetCompressor /SOLID lzma
+ManifestDPIAware true
+ManifestSupportedOS Win10
+
+!define NAME "Practorium"
+!define EXE "practorium.exe"
+; Where the program looks for exams, wherever it is installed itself.
+!define EXAMS "$PROGRAMFILES64\Practorium\Exams"
+!define APPS_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Practorium"
+!define TYPE "Practorium.Exam"
+; What the program remembers of a user, the password for downloads among it.
+!define SETTINGS_KEY "Software\Practorum\PackCourier"
+
+!define MULTIUSER_EXECUTIONLEVEL Highest
+!define MULTIUSER_MUI
+!define MULTIUSER_USE_PROGRAMFILES64
+!define MULTIUSER_INSTALLMODE_COMMANDLINE
+!define MULTIUSER_INSTALLMODE_INSTDIR "${NAME}"
+!define MULTIUSER_INSTALLMODE_INSTDIR_REGISTRY_KEY "${APPS_KEY}"
+!define MULTIUSER_INSTALLMODE_INSTDIR_REGISTRY_VALUENAME "InstallLocation"
+!define MULTIUSER_INSTALLMODE_DEFAULT_REGISTRY_KEY "${APPS_KEY}"
+!define MULTIUSER_INSTALLMODE_DEFAULT_REGISTRY_VALUENAME "InstallLocation"
+!include MultiUser.nsh
+!include MUI2.nsh
+!include FileFunc.nsh
+!include LogicLib.nsh
+!include x64.nsh
+!include WinVer.nsh
+
+Name "${NAME}"
+OutFile "${OUT}"
+BrandingText "${NAME} ${VERSION}"
+VIProductVersion "${VERSION}.0"
+VIAddVersionKey ProductName "${NAME}"
+VIAddVersionKey ProductVersion "${VERSION}"
+VIAddVersionKey FileVersion "${VERSION}"
+VIAddVersionKey FileDescription "Installs ${NAME}"
+VIAddVersionKey CompanyName "${NAME}"
+VIAddVersionKey LegalCopyright "Apache License 2.0"
+
+!define MUI_ICON "${STAGE}\practorium.ico"
+!define MUI_UNICON "${STAGE}\practorium.ico"
+!define MUI_ABORTWARNING
+!define MUI_FINISHPAGE_RUN "$INSTDIR\${EXE}"
+!insertmacro MULTIUSER_PAGE_INSTALLMODE
+!insertmacro MUI_PAGE_COMPONENTS
+!insertmacro MUI_PAGE_DIRECTORY
+!insertmacro MUI_PAGE_INSTFILES
+!insertmacro MUI_PAGE_FINISH
+!insertmacro MUI_UNPAGE_CONFIRM
+!insertmacro MUI_UNPAGE_COMPONENTS
+!insertmacro MUI_UNPAGE_INSTFILES
+!insertmacro MUI_LANGUAGE English
+
+; Whether the program is running: then its file cannot be opened for writing.
+!macro StopIfRunning
+    ${If} ${FileExists} "$INSTDIR\${EXE}"
+        ClearErrors
+        FileOpen $0 "$INSTDIR\${EXE}" a
+        ${If} ${Errors}
+            MessageBox MB_OK|MB_ICONEXCLAMATION "${NAME} is running, or its files cannot be written. Close it and start again." /SD IDOK
+            SetErrorLevel 2
+            Abort
+        ${EndIf}
+        FileClose $0
+    ${EndIf}
+!macroend
+
+; Whoever may use this machine may install exams: packs run with the rights of
+; the user who runs them. S-1-5-32-545 are the users in every language.
+Function MakeExamsFolder
+    CreateDirectory "${EXAMS}"
+    nsExec::Exec '"$SYSDIR\icacls.exe" "${EXAMS}" /grant *S-1-5-32-545:(OI)(CI)M'
+    Pop $0
+FunctionEnd
+
+; Sets the error flag when no exam can come into the exams folder.
+Function TryExamsFolder
+    ClearErrors
+    GetTempFileName $0 "${EXAMS}"
+    ${IfNot} ${Errors}
+        Delete $0
+    ${EndIf}
+FunctionEnd
+
+Function .onInit
+    ${IfNot} ${RunningX64}
+    ${OrIfNot} ${AtLeastWin10}
+        MessageBox MB_OK|MB_ICONSTOP "${NAME} needs a 64-bit Windows 10 or later." /SD IDOK
+        SetErrorLevel 2
+        Quit
+    ${EndIf}
+    SetRegView 64
+    ; The part that needs an administrator when the rest is for a user alone.
+    ${GetParameters} $0
+    ClearErrors
+    ${GetOptions} $0 "/ExamsFolder" $1
+    ${IfNot} ${Errors}
+        Call MakeExamsFolder
+        Quit
+    ${EndIf}
+    !insertmacro MULTIUSER_INIT
+FunctionEnd
+
+Section "${NAME}" SectionProgram
+    SectionIn RO
+    !insertmacro StopIfRunning
+    SetOutPath "$INSTDIR"
+    SetOverwrite on
+    File /r "${STAGE}/*"
+    WriteUninstaller "$INSTDIR\uninstall.exe"
+    CreateShortCut "$SMPROGRAMS\${NAME}.lnk" "$INSTDIR\${EXE}"
+
+    WriteRegStr SHCTX "Software\Classes\${TYPE}" "" "Practice exam"
+    WriteRegStr SHCTX "Software\Classes\${TYPE}\DefaultIcon" "" '"$INSTDIR\exam.ico"'
+    ; Another program's type stays.
+    ReadRegStr $0 SHCTX "Software\Classes\.exam" ""
+    ${If} $0 == ""
+        WriteRegStr SHCTX "Software\Classes\.exam" "" "${TYPE}"
+    ${EndIf}
+
+    ${GetSize} "$INSTDIR" "/S=0K" $0 $1 $2
+    IntFmt $0 "0x%08X" $0
+    WriteRegStr SHCTX "${APPS_KEY}" "DisplayName" "${NAME}"
+    WriteRegStr SHCTX "${APPS_KEY}" "DisplayVersion" "${VERSION}"
+    WriteRegStr SHCTX "${APPS_KEY}" "DisplayIcon" "$INSTDIR\${EXE}"
+    WriteRegStr SHCTX "${APPS_KEY}" "Publisher" "${NAME}"
+    WriteRegStr SHCTX "${APPS_KEY}" "InstallLocation" "$INSTDIR"
+    WriteRegStr SHCTX "${APPS_KEY}" "UninstallString" '"$INSTDIR\uninstall.exe" /$MultiUser.InstallMode'
+    WriteRegStr SHCTX "${APPS_KEY}" "QuietUninstallString" '"$INSTDIR\uninstall.exe" /$MultiUser.InstallMode /S'
+    WriteRegDWORD SHCTX "${APPS_KEY}" "EstimatedSize" $0
+    WriteRegDWORD SHCTX "${APPS_KEY}" "NoModify" 1
+    WriteRegDWORD SHCTX "${APPS_KEY}" "NoRepair" 1
+    System::Call 'shell32::SHChangeNotify(i 0x08000000, i 0, p 0, p 0)'
+
+    ; Exams are everybody's. A user alone cannot make their folder.
+    ${If} $MultiUser.InstallMode == "AllUsers"
+        Call MakeExamsFolder
+    ${EndIf}
+    Call TryExamsFolder
+    ${If} ${Errors}
+        Call MakeExamsFolder
+        Call TryExamsFolder
+    ${EndIf}
+    ${If} ${Errors}
+        MessageBox MB_YESNO|MB_ICONQUESTION "Exams are kept in ${EXAMS}, which an administrator has to prepare once. Do that now?" /SD IDNO IDNO +2
+        ExecShellWait "runas" "$EXEPATH" "/ExamsFolder"
+    ${EndIf}
+SectionEnd
+
+; Only for somebody who has no exams yet.
+Section "Sample exams" SectionSamples
+    FindFirst $0 $1 "${EXAMS}\*"
+    ${Do}
+        ${If} $1 != "."
+        ${AndIf} $1 != ".."
+            ${ExitDo}
+        ${EndIf}
+        FindNext $0 $1
+    ${Loop}
+    FindClose $0
+    ${If} $1 == ""
+        ClearErrors
+        SetOutPath "${EXAMS}"
+        ${IfNot} ${Errors}
+            SetOverwrite try
+            File /r "${SAMPLES}/*"
+            SetOverwrite on
+        ${EndIf}
+        ClearErrors
+        SetOutPath "$INSTDIR"
+    ${EndIf}
+SectionEnd
+
+!insertmacro MUI_FUNCTION_DESCRIPTION_BEGIN
+    !insertmacro MUI_DESCRIPTION_TEXT ${SectionProgram} "The program, and the tool that makes exams."
+    !insertmacro MUI_DESCRIPTION_TEXT ${SectionSamples} "Three exams to try it with, unless there are exams already."
+!insertmacro MUI_FUNCTION_DESCRIPTION_END
+
+Section "un.${NAME}" SectionRemove
+    SectionIn RO
+    !insertmacro StopIfRunning
+    SetOutPath "$TEMP"
+    !include "${FILES}"
+    Delete "$INSTDIR\uninstall.exe"
+    Delete "$SMPROGRAMS\${NAME}.lnk"
+    DeleteRegKey SHCTX "Software\Classes\${TYPE}"
+    ReadRegStr $0 SHCTX "Software\Classes\.exam" ""
+    ${If} $0 == "${TYPE}"
+        DeleteRegValue SHCTX "Software\Classes\.exam" ""
+        DeleteRegKey /ifempty SHCTX "Software\Classes\.exam"
+    ${EndIf}
+    DeleteRegKey SHCTX "${APPS_KEY}"
+    DeleteRegKey HKCU "${SETTINGS_KEY}"
+    DeleteRegKey /ifempty HKCU "Software\Practorum"
+    System::Call 'shell32::SHChangeNotify(i 0x08000000, i 0, p 0, p 0)'
+    RMDir "$INSTDIR"
+SectionEnd
+
+Section /o "un.Installed exams" SectionExams
+    RMDir /r "${EXAMS}"
+    RMDir "$PROGRAMFILES64\Practorium"
+    RMDir "$INSTDIR"
+SectionEnd
+
+Function un.onInit
+    SetRegView 64
+    !insertmacro MULTIUSER_UNINIT
+    ${GetParameters} $0
+    ClearErrors
+    ${GetOptions} $0 "/EXAMS" $1
+    ${IfNot} ${Errors}
+        !insertmacro SelectSection ${SectionExams}
+    ${EndIf}
+FunctionEnd
+
+!insertmacro MUI_UNFUNCTION_DESCRIPTION_BEGIN
+    !insertmacro MUI_DESCRIPTION_TEXT ${SectionRemove} "The program, with what it remembers of you."
+    !insertmacro MUI_DESCRIPTION_TEXT ${SectionExams} "All exams in ${EXAMS}, for everybody on this machine."
+!insertmacro MUI_UNFUNCTION_DESCRIPTION_END
