@@ -18,7 +18,7 @@ Program::Program()
     // window was the last one visible.
     QApplication::setQuitOnLastWindowClosed(false);
     connect(m_main.get(), &frmMain::ExamLoaded, this, [this] { Guard([&] { StartSitting(); }); });
-    connect(m_main.get(), &frmMain::AboutRequested, this, [this] { frmAbout(m_main.get()).exec(); });
+    connect(m_main.get(), &frmMain::AboutRequested, this, [this] { Guard([&] { frmAbout(m_main.get()).exec(); }); });
     connect(m_main.get(), &frmMain::DownloadRequested, this,
             [this] { Guard([&] { frmExamDownloader(m_main.get()).exec(); }); });
 }

@@ -2,6 +2,7 @@
 
 #include "common/Error.h"
 #include "model/IO.h"
+#include "ui/Guard.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -20,7 +21,7 @@ constexpr qint64 EventsEvery = 5; // milliseconds
 void Downloader::Initialize(Transfer *transfer)
 {
     m_transfer = transfer;
-    connect(transfer, &Transfer::StateChanged, this, &Downloader::StateChanged);
+    connect(transfer, &Transfer::StateChanged, this, [this](int state) { Guard([&] { StateChanged(state); }); });
 }
 
 QString Downloader::TargetFile() const

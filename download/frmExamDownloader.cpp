@@ -66,8 +66,8 @@ frmExamDownloader::frmExamDownloader(QWidget *owner)
         if (state == Transfer::Failed)
             Guard([&] { m_conversation.TransportFailed(icDownloader.ResponseCode(), icDownloader.ResponseInfo()); });
     });
-    connect(&m_oDownloader, &Downloader::DownloadStarted, this, [this] { m_oDownloader_DownloadStarted(); });
-    connect(&m_oDownloader, &Downloader::ChunkDownloaded, this, [this] { m_oDownloader_ChunkDownloaded(); });
+    connect(&m_oDownloader, &Downloader::DownloadStarted, this, [this] { Guard([&] { m_oDownloader_DownloadStarted(); }); });
+    connect(&m_oDownloader, &Downloader::ChunkDownloaded, this, [this] { Guard([&] { m_oDownloader_ChunkDownloaded(); }); });
     connect(&m_oDownloader, &Downloader::DownloadComplete, this, [this] {
         // Nothing follows a cancel, whoever it came from; a failure is told as
         // the transfer's state.
@@ -144,8 +144,8 @@ void frmExamDownloader::Build()
     auto *sizes = new QGridLayout;
     sizes->setHorizontalSpacing(12);
     int column = 0;
-    for (const auto &[caption, label] : { std::pair{ u"Size:"_s, lblTotal }, std::pair{ u"Received:"_s, lblDownloaded },
-                                          std::pair{ u"Rate:"_s, lblRate } }) {
+    for (const auto &[caption, label] :
+         { std::pair{ u"Size:"_s, lblTotal }, std::pair{ u"Received:"_s, lblDownloaded }, std::pair{ u"Rate:"_s, lblRate } }) {
         sizes->addWidget(new QLabel(caption, this), 0, column++);
         sizes->addWidget(label, 0, column);
         sizes->setColumnStretch(column++, 1);

@@ -1,16 +1,10 @@
 #include "download/Conversation.h"
 
 #include "common/Common.h"
-#include "tests/support/ExpectError.h"
 #include "ui/Messages.h"
+#include "tests/support/Test.h"
 
 #include <QRegularExpression>
-
-#include <gtest/gtest.h>
-
-#include <functional>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 

@@ -6,7 +6,6 @@
 #include <QSslConfiguration>
 #include <QStandardPaths>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace Download;
 
 namespace {

@@ -2,17 +2,11 @@
 
 #include "common/Registry.h"
 #include "download/frmExamDownloader.h"
-#include "model/Globals.h"
 #include "tests/download/FakePack.h"
 #include "tests/download/FaultServer.h"
-#include "tests/support/Sandbox.h"
 #include "tests/support/Windows.h"
-#include "ui/Messages.h"
 
 #include <QCheckBox>
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -21,8 +15,6 @@
 #include <deque>
 
 namespace Download {
-
-using namespace Qt::Literals::StringLiterals;
 
 inline const QString Key = u"Software\\Practorum\\PackCourier"_s;
 inline const QString Trouble = u"16 Cannot continue because there seems to be a problem with your internet connection or Practorium's PackCourier Service. If the problem persists, please contact Practorium support."_s;

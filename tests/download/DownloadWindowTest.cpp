@@ -1,7 +1,5 @@
 #include "tests/download/DownloadFixture.h"
-#include "tests/support/ExamBuilder.h"
 
-using namespace Qt::Literals::StringLiterals;
 using namespace Download;
 
 namespace {
@@ -293,6 +291,54 @@ TEST_F(DownloadWindowTest, StartPressedTwice)
     Press();
     EXPECT_FALSE(Window->isVisible()) << "the second press is on the cancel button";
     EXPECT_TRUE(Shown.Shown.isEmpty());
+}
+
+// A key that is held down presses the button once.
+TEST_F(DownloadWindowTest, EnterHeldDown)
+{
+    Server.On("LOGIN?", Answer{ "", Answer::KeepsOpen });
+    Open();
+    const auto enter = [this](bool isRepeated) {
+        QKeyEvent key(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, u"\r"_s, isRepeated);
+        QApplication::sendEvent(Edit(u"txtPassword"_s), &key);
+    };
+    enter(true);
+    EXPECT_EQ(Caption(), Start) << "meant for another window";
+    enter(false);
+    enter(true);
+    EXPECT_EQ(Caption(), Cancel);
+    EXPECT_TRUE(Window->isVisible());
+}
+
+TEST_F(DownloadWindowTest, ErrorInPlaceOfEachReply)
+{
+    for (const QByteArray command : { "LOGIN?", "LIST?", "REPORT?" }) {
+        Server.On(command, Answer::Whole("ERROR?code=401&description=You are not logged on{CRLF}any more.;"));
+        EXPECT_EQ(Run(), u"16 You are not logged on\r\nany more."_s) << command.constData();
+        EXPECT_FALSE(Window->isVisible()) << command.constData();
+        EXPECT_EQ(WasRun(u"pack"_s), command == "REPORT?") << command.constData();
+        Server.On(command, Answer::Whole(command == "LIST?" ? "LIST?status=OK&data=101;" : "LOGIN?status=OK&sid=s7;"));
+    }
+}
+
+// The exams matter more than what is remembered.
+TEST_F(DownloadWindowTest, CredentialsThatCannotBeStored)
+{
+#ifdef Q_OS_WIN
+    GTEST_SKIP() << "nothing keeps a user from writing to the registry";
+#endif
+    Open();
+    Windows::ClickBox(Window.get(), u"chkRemember"_s);
+    const QString settings = QString::fromLocal8Bit(qgetenv("XDG_CONFIG_HOME")) + u"/Practorium"_s;
+    ASSERT_TRUE(QFile::rename(settings, settings + u"-aside"_s));
+    Sandbox::WriteFile(settings, "no folder");
+    Press();
+    EXPECT_TRUE(WaitForEnd());
+    ASSERT_EQ(Shown.Shown.size(), 1);
+    EXPECT_TRUE(Shown.Shown.constFirst().startsWith(u"48 System Error: 0x"_s)) << Shown.Shown.constFirst().toStdString();
+    EXPECT_TRUE(WasRun(u"pack"_s));
+    QFile::remove(settings);
+    ASSERT_TRUE(QFile::rename(settings + u"-aside"_s, settings));
 }
 
 // A server's text of any kind is shown as it stands, and costs no more than it must.

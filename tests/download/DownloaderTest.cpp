@@ -2,16 +2,10 @@
 
 #include "download/DownloadText.h"
 #include "tests/download/FaultServer.h"
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
 #include "tests/support/System.h"
+#include "tests/support/Test.h"
 
-#include <QFileInfo>
 #include <QTest>
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
 
 TEST(DownloadTextTest, Labels)
 {

@@ -1,12 +1,7 @@
 #include "download/Message.h"
-
-#include "tests/support/ExpectError.h"
+#include "tests/support/Test.h"
 
 #include <QElapsedTimer>
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 

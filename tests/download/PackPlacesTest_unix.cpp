@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace Download;
 
 namespace {

@@ -3,17 +3,12 @@
 #include "ui/Panel.h"
 #include "ui/TextBlock.h"
 
-#include "tests/support/Messages.h"
-#include "tests/support/Sandbox.h"
 #include "tests/support/Windows.h"
 #include "tests/ui/FakeBrowser.h"
 
-#include <QDir>
-#include <QFile>
 #include <QLabel>
 #include <QSignalSpy>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace Windows;
 
 namespace {

@@ -13,7 +13,7 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 // Wine does not look at the user's own classes.
-constexpr HKEY Hive = HKEY_LOCAL_MACHINE;
+const HKEY Hive = HKEY_LOCAL_MACHINE;
 const QString Classes = u"Software\\Classes\\"_s;
 const QString Document = u".htm"_s;
 const QString OwnClass = u"PractoriumFakeBrowser"_s;

@@ -5,9 +5,6 @@
 
 #include <QScreen>
 
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
 using namespace Windows;
 
 TEST(HelpersTest, BusyAndBack)

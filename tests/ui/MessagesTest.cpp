@@ -1,5 +1,3 @@
-#include "tests/support/Messages.h"
-
 #include "ui/Guard.h"
 #include "tests/support/Windows.h"
 
@@ -9,7 +7,6 @@
 #include <QPointer>
 #include <QPushButton>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace Windows;
 
 TEST(MessagesTest, Templates)
@@ -54,6 +51,18 @@ TEST(MessagesTest, Boxes)
     }
     for (const int style : icons.keys())
         EXPECT_EQ(icons.keys(icons[style]), QList<int> { style }) << "each has an icon of its own";
+}
+
+// Whoever wrote the text, the button stays on the screen.
+TEST(MessagesTest, EndlessTexts)
+{
+    for (const QString &text : { u"line\r\n"_s.repeated(2000), u"word "_s.repeated(20'000), QString(20'000, u'w') }) {
+        WhenOpen open(u"QMessageBox"_s, [](QWidget *box) {
+            EXPECT_LT(box->height(), 700);
+            QTest::keyClick(box, Qt::Key_Return);
+        });
+        EXPECT_EQ(ShowMessage(text, CriticalMessage), AnswerOK);
+    }
 }
 
 // A key meant for the window below does not answer a box that comes by itself.
