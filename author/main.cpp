@@ -31,7 +31,8 @@ int main(int argc, char **argv)
                         {
                             { u"build"_s, u"makes a package folder from a question bank in GIFT"_s, Command::Build },
                             { u"dump"_s, u"prints an exam file as JSON"_s, Command::DumpExam },
-                            { u"check"_s, u"tells what would go wrong with exam files and package folders"_s, Command::CheckPaths },
+                            { u"check"_s, u"tells what would go wrong with exam files and package folders"_s,
+                              Command::CheckPaths },
                             { u"pack"_s, u"makes a program that installs a package"_s, Command::Pack },
                         });
 }

@@ -217,6 +217,8 @@ void PackFile::Remove()
     if (!m_system->IsSame(file))
         throw Exchanged();
     Common::CheckApiResult(file.Delete());
+    // The next file may get its number.
+    m_system.reset();
 }
 
 void RemoveOwnFile(const QString &path)

@@ -21,11 +21,11 @@ constexpr char Magic[] = { 'P', 'R', 'A', 'C', 'P', 'A', 'C', 'K' };
 constexpr std::uint32_t Version = 1;
 
 // Where the fields of the trailer stand in it.
-constexpr std::size_t VersionAt = 8;       // 32 bits
-constexpr std::size_t IndexBytesAt = 12;   // 32 bits
-constexpr std::size_t IndexStartAt = 16;   // 64 bits, from the start of the file
+constexpr std::size_t VersionAt = 8; // 32 bits
+constexpr std::size_t IndexBytesAt = 12; // 32 bits
+constexpr std::size_t IndexStartAt = 16; // 64 bits, from the start of the file
 constexpr std::size_t ContentBytesAt = 24; // 64 bits
-constexpr std::size_t DigestAt = 32;       // SHA-256 of every byte before it
+constexpr std::size_t DigestAt = 32; // SHA-256 of every byte before it
 constexpr std::size_t DigestBytes = 32;
 constexpr std::size_t TrailerBytes = DigestAt + DigestBytes;
 
@@ -33,8 +33,7 @@ constexpr std::size_t LongestName = 200; // bytes
 constexpr std::size_t MostFiles = 10'000;
 constexpr std::size_t NameCountBytes = 2;
 constexpr std::size_t SizeBytes = 8;
-constexpr std::size_t MostIndexBytes =
-    NameCountBytes + LongestName + MostFiles * (NameCountBytes + LongestName + SizeBytes);
+constexpr std::size_t MostIndexBytes = NameCountBytes + LongestName + MostFiles * (NameCountBytes + LongestName + SizeBytes);
 
 constexpr bool IsSameLetters(std::string_view text, std::string_view capitals)
 {
@@ -64,7 +63,8 @@ constexpr bool IsDeviceName(std::string_view name)
         return false;
     // The small raised digits count as digits.
     const std::string_view port(stem.data() + 3, stem.size() - 3);
-    return (port.size() == 1 && port[0] >= '0' && port[0] <= '9') || port == "\xC2\xB9" || port == "\xC2\xB2" || port == "\xC2\xB3";
+    return (port.size() == 1 && port[0] >= '0' && port[0] <= '9') || port == "\xC2\xB9" || port == "\xC2\xB2"
+        || port == "\xC2\xB3";
 }
 
 // Whether a name, of a file or of the folder, stays where it is put and means

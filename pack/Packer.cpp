@@ -36,8 +36,7 @@ struct Source {
 // By the bytes of the name, which is the order of the index.
 using Sources = std::map<QByteArray, Source>;
 
-template <class Number>
-void Append(QByteArray &bytes, Number number)
+template <class Number> void Append(QByteArray &bytes, Number number)
 {
     const Number little = qToLittleEndian(number);
     bytes.append(reinterpret_cast<const char *>(&little), sizeof little);
@@ -59,8 +58,8 @@ Sources SourcesOf(const QString &folder)
     Sources sources;
     // Windows keeps one file under names that differ in nothing but letter case.
     std::map<QString, QString> folded;
-    const QFileInfoList entries =
-        QDir(folder).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    const QFileInfoList entries
+        = QDir(folder).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     for (const QFileInfo &entry : entries) {
         const QByteArray name = entry.fileName().toUtf8();
         if (entry.isSymLink() || !entry.isFile())
@@ -172,9 +171,10 @@ void CheckTarget(const QString &file, bool replace)
 void Write(const QString &folder, const QString &file, System system, bool replace, const std::function<void()> &step)
 {
     const QByteArrayView stub = StubBytes(system);
-    if (stub.isEmpty())
-        throw Refused(u"this program was built without what packs for %1 need"_s.arg(
-            system == System::Windows ? u"Windows"_s : u"Linux"_s));
+    if (stub.isEmpty()) {
+        const QString name = system == System::Windows ? u"Windows"_s : u"Linux"_s;
+        throw Refused(u"this program was built without what packs for %1 need"_s.arg(name));
+    }
     const QString package = QDir::toNativeSeparators(QDir::cleanPath(QDir::current().absoluteFilePath(folder)));
     const QByteArray name = IO::GetFileName(package, false).toUtf8();
     if (folder.isEmpty() || !IsPlain(name))

@@ -4,23 +4,23 @@
 // would keep the compiler busy for seconds.
 asm(".section " PRACTORIUM_STUB_SECTION "\n"
     ".balign 16\n"
-    ".globl practorium_stub_unix, practorium_stub_win, practorium_stub_end\n"
-    "practorium_stub_unix:\n"
-    ".incbin \"" PRACTORIUM_STUB_FOLDER "/stub-unix.bin\"\n"
-    "practorium_stub_win:\n"
-    ".incbin \"" PRACTORIUM_STUB_FOLDER "/stub-win.bin\"\n"
+    ".globl practorium_own_stub, practorium_other_stub, practorium_stub_end\n"
+    "practorium_own_stub:\n"
+    ".incbin \"" PRACTORIUM_OWN_STUB "\"\n"
+    "practorium_other_stub:\n"
+    ".incbin \"" PRACTORIUM_OTHER_STUB "\"\n"
     "practorium_stub_end:\n"
     ".byte 0\n"
     ".text\n");
 
 extern "C" {
-extern const char practorium_stub_unix[];
-extern const char practorium_stub_win[];
+extern const char practorium_own_stub[];
+extern const char practorium_other_stub[];
 extern const char practorium_stub_end[];
 }
 
 QByteArrayView StubBytes(Packer::System system)
 {
-    return system == Packer::System::Linux ? QByteArrayView(practorium_stub_unix, practorium_stub_win)
-                                           : QByteArrayView(practorium_stub_win, practorium_stub_end);
+    return system == Packer::OwnSystem ? QByteArrayView(practorium_own_stub, practorium_other_stub)
+                                       : QByteArrayView(practorium_other_stub, practorium_stub_end);
 }

@@ -14,7 +14,6 @@ int ListReports(const QStringList &arguments);
 
 // Parse for a command of this program: also reads --database, which every one
 // needs, and wants between least and most arguments that are no options.
-std::optional<int> ParseWithDatabase(QCommandLineParser &parser, const QStringList &arguments, qsizetype least,
-                                     qsizetype most);
+std::optional<int> ParseWithDatabase(QCommandLineParser &parser, const QStringList &arguments, qsizetype least, qsizetype most);
 
 }

@@ -36,7 +36,6 @@ ManifestSupportedOS Win10
 !include MUI2.nsh
 !include FileFunc.nsh
 !include LogicLib.nsh
-!include x64.nsh
 !include WinVer.nsh
 
 Name "${NAME}"
@@ -96,9 +95,8 @@ Function TryExamsFolder
 FunctionEnd
 
 Function .onInit
-    ${IfNot} ${RunningX64}
-    ${OrIfNot} ${AtLeastWin10}
-        MessageBox MB_OK|MB_ICONSTOP "${NAME} needs a 64-bit Windows 10 or later." /SD IDOK
+    ${IfNot} ${AtLeastWin10}
+        MessageBox MB_OKCANCEL|MB_ICONEXCLAMATION "${NAME} is made for Windows 10 or later and may not run here." /SD IDOK IDOK +3
         SetErrorLevel 2
         Quit
     ${EndIf}

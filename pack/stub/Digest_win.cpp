@@ -10,8 +10,7 @@ namespace {
 
 // A pack lies among other downloads. The system's library is taken from the
 // system's folder, whatever lies beside the pack under that name.
-template <class Function>
-Function Loaded(const char *name)
+template <class Function> Function Loaded(const char *name)
 {
     static const HMODULE library = LoadLibraryExW(L"bcrypt.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
     // By way of a pointer, because the types of the two functions differ.

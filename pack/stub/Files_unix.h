@@ -47,8 +47,7 @@ bool Sync(int file);
 
 // Shows every name in the folder to visit until that returns false. False when
 // the folder cannot be listed, with the system's code left behind.
-template <class Visit>
-bool ForEach(int folder, Visit visit)
+template <class Visit> bool ForEach(int folder, Visit visit)
 {
     Descriptor own(openat(folder, ".", FolderFlags));
     DIR *listing = own.IsOpen() ? fdopendir(own) : nullptr;

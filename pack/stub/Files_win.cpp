@@ -26,9 +26,9 @@ Path::Path(const Path &folder, std::string_view name, std::string_view prefix)
 {
     for (const std::string_view part : { prefix, name }) {
         wchar_t wide[Longest] = {};
-        const int length = part.empty() ? 0
-                                        : MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, part.data(),
-                                                              static_cast<int>(part.size()), wide, Longest - 1);
+        const int length = part.empty()
+            ? 0
+            : MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, part.data(), static_cast<int>(part.size()), wide, Longest - 1);
         if (!part.empty() && length <= 0) {
             *this = Path();
             return;

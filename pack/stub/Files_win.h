@@ -59,8 +59,7 @@ private:
 // Shows every entry of the folder, as WIN32_FIND_DATAW, to visit until that
 // returns false. False when the folder cannot be listed, with the system's code
 // left behind.
-template <class Visit>
-bool ForEach(const Path &folder, Visit visit)
+template <class Visit> bool ForEach(const Path &folder, Visit visit)
 {
     WIN32_FIND_DATAW entry = {};
     const HANDLE listing = FindFirstFileW(Path(folder, L"*"), &entry);

@@ -192,7 +192,10 @@ public:
         m_file = Descriptor(openat(m_folder, Name(name), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
         return m_file.IsOpen() ? Fault() : SystemFault(NotWritten);
     }
-    Fault Put(const char *bytes, std::size_t count) { return WriteAll(m_file, bytes, count) ? Fault() : SystemFault(NotWritten); }
+    Fault Put(const char *bytes, std::size_t count)
+    {
+        return WriteAll(m_file, bytes, count) ? Fault() : SystemFault(NotWritten);
+    }
     Fault End() { return Sync(m_file) && m_file.Close() ? Fault() : SystemFault(NotWritten); }
     // Has the system bring the folder to the disk.
     Fault Keep() { return Sync(m_folder) ? Fault() : SystemFault(NotWritten); }

@@ -42,13 +42,15 @@ public:
         if (!isNamed)
             return SystemFault(NotRead);
         // While it is open nobody can write to it.
-        m_file = Handle(CreateFileW(wide, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0, nullptr));
+        m_file
+            = Handle(CreateFileW(wide, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0, nullptr));
         return m_file.IsOpen() && GetFileSizeEx(m_file, &m_size) ? Fault() : SystemFault(NotRead);
     }
 
     PackSource Source() const
     {
-        return { ReadAt, reinterpret_cast<std::intptr_t>(static_cast<HANDLE>(m_file)), static_cast<std::uint64_t>(m_size.QuadPart) };
+        return { ReadAt, reinterpret_cast<std::intptr_t>(static_cast<HANDLE>(m_file)),
+                 static_cast<std::uint64_t>(m_size.QuadPart) };
     }
     // A program without a console is ended by force or not at all.
     bool IsCancelled() const { return false; }
@@ -107,6 +109,37 @@ bool Move(const Path &from, const Path &to)
     return MoveFileExW(from, to, MOVEFILE_WRITE_THROUGH);
 }
 
+bool IsThere(const Path &path)
+{
+    return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
+}
+
+// While it lives no other run moves exams, so that what one has put aside is
+// not taken for what a dead one has left. Runs of another user may not be able
+// to wait for this one's, and go on.
+class MoveLock {
+public:
+    MoveLock()
+        : m_mutex(CreateMutexW(nullptr, FALSE, L"Global\\Practorium.Exams"))
+    {
+        const DWORD result = m_mutex ? WaitForSingleObject(m_mutex, MostAttempts * AttemptMilliseconds) : WAIT_FAILED;
+        m_isHeld = result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
+    }
+    ~MoveLock()
+    {
+        if (m_isHeld)
+            ReleaseMutex(m_mutex);
+        if (m_mutex)
+            CloseHandle(m_mutex);
+    }
+    MoveLock(const MoveLock &) = delete;
+    MoveLock &operator=(const MoveLock &) = delete;
+
+private:
+    HANDLE m_mutex;
+    bool m_isHeld = false;
+};
+
 // The exams folder in the folder of programs, where the program looks for it.
 // What was made of its path goes again if nothing comes into it.
 class ExamsFolder {
@@ -126,7 +159,8 @@ public:
     Fault Open()
     {
         wchar_t programs[MAX_PATH] = {};
-        if (SHGetFolderPathW(nullptr, CSIDL_PROGRAM_FILES, nullptr, SHGFP_TYPE_CURRENT, programs) != S_OK || programs[0] == L'\0')
+        if (SHGetFolderPathW(nullptr, CSIDL_PROGRAM_FILES, nullptr, SHGFP_TYPE_CURRENT, programs) != S_OK
+            || programs[0] == L'\0')
             return { NoExamsFolder };
         // A path on another machine begins with two separators.
         const bool isLocal = programs[0] != L'\\';
@@ -150,16 +184,21 @@ public:
     // Clears away what runs left behind that were ended by force.
     void Sweep() const
     {
+        const MoveLock lock;
         ForEach(m_exams, [this](const WIN32_FIND_DATAW &entry) {
             char name[MAX_PATH * 3] = {};
-            if (!IsFolder(entry) || WideCharToMultiByte(CP_UTF8, 0, entry.cFileName, -1, name, sizeof name, nullptr, nullptr) <= 0)
+            if (!IsFolder(entry)
+                || WideCharToMultiByte(CP_UTF8, 0, entry.cFileName, -1, name, sizeof name, nullptr, nullptr) <= 0)
                 return true;
             const Path path(m_exams, entry.cFileName);
             if (IsWorkName(name)) {
                 RemoveUnlocked(path);
             } else if (const std::string_view package = KeptPackage(name); !package.empty()) {
-                if (!Move(path, Path(m_exams, package)))
+                const Path place(m_exams, package);
+                if (IsThere(place))
                     Remove(path);
+                else
+                    Move(path, place);
             }
             return true;
         });
@@ -253,6 +292,7 @@ public:
         m_folder = Lock(m_path, FILE_SHARE_DELETE);
         if (!m_folder.IsOpen())
             return SystemFault(NotWritten);
+        const MoveLock lock;
         DWORD code = ERROR_SUCCESS;
         for (int attempt = 0; attempt < MostAttempts; ++attempt) {
             if (attempt > 0)
@@ -261,7 +301,8 @@ public:
                 return fault;
             if (Move(m_path, place))
                 return Finish(kept);
-            Remove(kept);
+            if (IsThere(place))
+                Remove(kept);
             if (!Move(place, kept)) {
                 code = GetLastError();
             } else {

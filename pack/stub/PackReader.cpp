@@ -13,8 +13,7 @@ constexpr char Missized[] = "the sizes in the pack are wrong";
 constexpr char TooMany[] = "the pack holds too many files";
 constexpr char NoExam[] = "the pack holds no exam";
 
-template <class Number>
-Number FromBytes(const unsigned char *bytes)
+template <class Number> Number FromBytes(const unsigned char *bytes)
 {
     Number number = 0;
     for (std::size_t i = sizeof(Number); i-- > 0;)
@@ -24,8 +23,7 @@ Number FromBytes(const unsigned char *bytes)
 
 }
 
-template <class Number>
-Number PackReader::Field(std::size_t at) const
+template <class Number> Number PackReader::Field(std::size_t at) const
 {
     return FromBytes<Number>(m_trailer + at);
 }

@@ -51,8 +51,7 @@ bool IsWorkName(std::string_view name);
 // The package of which that folder is the exam kept aside; empty when it is none.
 std::string_view KeptPackage(std::string_view name);
 
-template <class Work>
-Fault Unpack(PackReader &pack, Work &work)
+template <class Work> Fault Unpack(PackReader &pack, Work &work)
 {
     static char block[1 << 18];
     PackEntry entry;
@@ -73,8 +72,7 @@ Fault Unpack(PackReader &pack, Work &work)
     return pack.IsSame() ? work.Keep() : Fault{ "the pack has changed while it was read" };
 }
 
-template <class Exams, class Work>
-Fault Install(PackReader &pack)
+template <class Exams, class Work> Fault Install(PackReader &pack)
 {
     Exams exams;
     if (const Fault fault = exams.Open())
@@ -90,8 +88,7 @@ Fault Install(PackReader &pack)
     return work.SwapIn(pack.Folder());
 }
 
-template <class File, class Exams, class Work>
-int InstallFile(const char *path)
+template <class File, class Exams, class Work> int InstallFile(const char *path)
 {
     const auto complain = [](const char *about, const Fault &fault) {
         Complain(about, fault.Text, fault.Code != 0 ? SystemText(fault.Code) : nullptr);

@@ -1,21 +1,15 @@
 #include "app/Program.h"
 
-#include "model/Globals.h"
 #include "session/frmExhibit.h"
 #include "session/frmExplain.h"
 #include "shell/frmAbout.h"
 #include "shell/frmReport.h"
 #include "shell/frmReview.h"
-#include "tests/support/ExamBuilder.h"
-#include "tests/support/Messages.h"
-#include "tests/support/Sandbox.h"
 #include "tests/support/Windows.h"
 
 #include <QAccessible>
-#include <QDir>
 #include <QImage>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace Windows;
 
 namespace {

@@ -1,17 +1,13 @@
 #include "app/Program.h"
 
-#include "model/Globals.h"
-#include "tests/support/ExamBuilder.h"
-#include "tests/support/Messages.h"
-#include "tests/support/Sandbox.h"
+#include "common/Common.h"
+#include "tests/support/System.h"
 #include "tests/support/Windows.h"
 
-#include <QDir>
 #include <QLabel>
 #include <QListWidget>
 #include <QTreeView>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace Windows;
 
 namespace {
@@ -144,8 +140,7 @@ TEST_F(ProgramTest, WhatShowsInWhichState)
         });
     };
     const auto next = [&] { Click(Sitting, u"cmdNext"_s); };
-    struct Row { QString State; std::function<void()> Action; QString Controls; };
-    const Row rows[] = {
+    const struct { QString State; std::function<void()> Action; QString Controls; } rows[] = {
         //                                        mark, radio, check, previous, exhibit, review, time, panel, why
         { u"the first item"_s, [] {},                                              u"VV-v-VV--"_s },
         { u"check boxes"_s, next,                                                  u"V-VV-VV--"_s },
@@ -159,7 +154,7 @@ TEST_F(ProgramTest, WhatShowsInWhichState)
           [&] { fromList([](QWidget *list) { QTest::keyClicks(list->focusWidget(), u"3"_s); QTest::keyClick(list, Qt::Key_Return); }); },
           u"vv-VVV-VV"_s },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         row.Action();
         EXPECT_EQ(Controls(), row.Controls) << row.State.toStdString();
     }
@@ -189,15 +184,14 @@ TEST_F(ProgramTest, TimeRunsOutWhileTheListIsOpen)
 // What nothing traps is told, and the program ends.
 TEST_F(ProgramTest, UnhandledErrors)
 {
-    struct Row { QString Case; std::function<void(QString)> Break; QString Message; };
-    const Row rows[] = {
+    const struct { QString Case; std::function<void(QString)> Break; QString Message; } rows[] = {
         { u"no items"_s, [](const QString &) { Install(*NewExam(), u"EX-101"_s); }, u"Run-time error '9':\r\n\r\nSubscript out of range"_s },
         { u"cut short"_s, [](const QString &path) { ASSERT_TRUE(QFile::resize(path, QFileInfo(path).size() - 1)); },
           u"Run-time error '62':\r\n\r\nInput past end of file"_s },
         { u"vanished"_s, [](const QString &path) { ASSERT_TRUE(QFile::remove(path)); },
-          u"Run-time error '2':\r\n\r\nSystem Error: 0x2\r\nNo such file or directory"_s },
+          u"Run-time error '2':\r\n\r\nSystem Error: 0x2\r\n"_s + Common::ShownText(Common::SystemErrorText(System::NotFound)) },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         SCOPED_TRACE(row.Case.toStdString());
         const QString path = InstallExam(60);
         Started = std::make_unique<Program>();

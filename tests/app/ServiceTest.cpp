@@ -1,19 +1,13 @@
 #include "app/Program.h"
 
 #include "common/Registry.h"
-#include "model/Globals.h"
-#include "tests/support/ExamBuilder.h"
-#include "tests/support/Messages.h"
-#include "tests/support/Sandbox.h"
 #include "tests/support/Windows.h"
 
 #include <QCheckBox>
-#include <QDir>
 #include <QLineEdit>
 #include <QProcess>
 #include <QTreeView>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace Windows;
 
 namespace {

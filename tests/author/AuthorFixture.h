@@ -1,14 +1,10 @@
 #pragma once
 
-#include "tests/support/ExamBuilder.h"
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
+#include "tests/support/System.h"
+#include "tests/support/Test.h"
 
 #include <QBuffer>
-#include <QDir>
 #include <QImage>
-
-#include <gtest/gtest.h>
 
 // Everything in a folder, by name.
 inline QStringList Names(const QString &folder)

@@ -3,10 +3,6 @@
 
 #include <QtEndian>
 
-#include <functional>
-
-using namespace Qt::Literals::StringLiterals;
-
 namespace {
 
 // The faults without the path at their beginning.
@@ -16,6 +12,7 @@ QString FaultsOf(const QString &path)
     for (QString &fault : faults) {
         EXPECT_TRUE(fault.startsWith(path)) << fault.toStdString();
         fault.remove(0, path.size() + 2);
+        fault.replace(System::TextOf(System::NotFound), u"not found"_s);
     }
     return faults.join(u"; "_s);
 }
@@ -64,7 +61,7 @@ TEST(CheckTest, WhatAnExamCanHoldWrong)
           "item 2: the question text holds the control character U+0007; item 2: option 2 holds the control character U+0000; "
           "item 2: the explanation holds the control character U+007F" },
         { "exhibit", shown(u"good.bmp"_s), u"" },
-        { "no exhibit", shown(u"gone.bmp"_s), u"item 2: the exhibit \"gone.bmp\": No such file or directory" },
+        { "no exhibit", shown(u"gone.bmp"_s), u"item 2: the exhibit \"gone.bmp\": not found" },
         { "no picture", shown(u"text.bmp"_s), u"item 2: the exhibit \"text.bmp\": The file is not a BMP, GIF, JPEG, ICO or PNG picture" },
         { "upwards", shown(u"../good.bmp"_s), u"item 2: the exhibit \"../good.bmp\" is not a plain file name and may lead out of the folder" },
     };
@@ -127,8 +124,9 @@ TEST(CheckTest, FoldersAndWhatTheirNamesLeadTo)
         QDir::setCurrent(Sandbox::Path({}));
     }
     QDir().mkpath(Sandbox::Path(u"hollow/hollow.exam"_s));
-    EXPECT_EQ(Check::Faults(Sandbox::Path(u"hollow"_s)), QStringList{ Sandbox::Path(u"hollow/hollow.exam: Is a directory"_s) });
-    EXPECT_EQ(FaultsOf(Sandbox::Path(u"nowhere"_s)), u"No such file or directory"_s);
+    EXPECT_EQ(Check::Faults(Sandbox::Path(u"hollow"_s)), QStringList{ Sandbox::Path(u"hollow/hollow.exam: "_s + System::TextOf(System::IsFolder)) });
+    const QString nowhere = Sandbox::Path(u"nowhere"_s);
+    EXPECT_EQ(Check::Faults(nowhere), QStringList{ nowhere + u": No such file or directory"_s });
     // A fault inside is told for the file, with a slash behind the folder too.
     Sandbox::WriteFile(Sandbox::Path(u"good/good.exam"_s), bytes + "x");
     EXPECT_EQ(Check::Faults(Sandbox::Path(u"good/"_s)),

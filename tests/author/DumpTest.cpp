@@ -1,11 +1,5 @@
 #include "author/Dump.h"
-#include "tests/support/ExamBuilder.h"
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
+#include "tests/support/Test.h"
 
 TEST(DumpTest, KeysAndTextsAsTheyAreStored)
 {

@@ -1,11 +1,7 @@
 #include "author/Gift.h"
-#include "tests/support/ExpectError.h"
+#include "tests/support/Test.h"
 
 #include <QStringList>
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 

@@ -1,12 +1,7 @@
 #include "author/PlainText.h"
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
+#include "tests/support/Test.h"
 
 #include <QImage>
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 

@@ -9,8 +9,6 @@
 
 #include <csignal>
 
-using namespace Qt::Literals::StringLiterals;
-
 namespace {
 
 const QString Program = QStringLiteral(AUTHOR_PROGRAM);
@@ -65,8 +63,9 @@ TEST(ProgramTest, FromBankToPackage)
     EXPECT_EQ(Sandbox::ReadFile(Sandbox::Path(u"bank/PACK/p.bmp"_s)), Bmp(5));
 
     QFile::remove(Sandbox::Path(u"bank/PACK/q.bmp"_s));
-    const QString fault = u"bank/PACK/PACK.exam: item 3: the exhibit \"q.bmp\": %1\n"_s;
-    EXPECT_EQ(Started({ u"check"_s, u"bank/PACK"_s }), (Outcome{ 1, fault.arg(notFound) }));
+    const QString fault = u"%1: item 3: the exhibit \"q.bmp\": %2\n"_s;
+    EXPECT_EQ(Started({ u"check"_s, u"bank/PACK"_s }),
+              (Outcome{ 1, fault.arg(QDir::toNativeSeparators(u"bank/PACK/PACK.exam"_s), notFound) }));
 }
 
 TEST(ProgramTest, StrictMakesAllOrNothing)

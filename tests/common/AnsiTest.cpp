@@ -1,11 +1,7 @@
 #include "common/Ansi.h"
-#include "tests/support/ExpectError.h"
+#include "tests/support/Test.h"
 
 #include <QLocale>
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
 
 TEST(AnsiTest, EveryByteOfASingleBytePageSurvives)
 {
@@ -21,8 +17,7 @@ TEST(AnsiTest, EveryByteOfASingleBytePageSurvives)
 
 TEST(AnsiTest, BytesAndCharacters)
 {
-    struct Row { int Page; QString Text; QByteArray Bytes; bool Holds = true; };
-    const Row rows[] = {
+    const struct { int Page; QString Text; QByteArray Bytes; bool Holds = true; } rows[] = {
         { 1252, u"\u20AC\u201C\u00E9\u0178"_s, "\x80\x93\xE9\x9F" },
         // Bytes without a meaning keep their numbers, but are no characters.
         { 1252, u"\u0081\u008D\u008F\u0090\u009D"_s, "\x81\x8D\x8F\x90\x9D", false },
@@ -33,7 +28,7 @@ TEST(AnsiTest, BytesAndCharacters)
         { 99999, u"a\u00E9"_s, "a\xE9" }, { 1252, u"a\u0416b"_s, "a?b", false },
         { 1252, u"\U0001F600."_s, "?" "?.", false }, { 1251, u"\u00E9"_s, "?", false },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         const Ansi::CodePage page(row.Page);
         EXPECT_EQ(page.FromText(row.Text), row.Bytes) << row.Page;
         EXPECT_EQ(page.CanHold(row.Text), row.Holds) << row.Page << " " << row.Text.toStdString();

@@ -1,11 +1,8 @@
 #include "common/Common.h"
-#include "tests/support/ExpectError.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 #include <limits>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace Common;
 
 TEST(CommonTest, FormatText)
@@ -26,14 +23,13 @@ TEST(CommonTest, FormatText)
 TEST(CommonTest, RoundingAndOverflow)
 {
     const QString overflow = u"6 "_s;
-    struct Row { double Value; QString Int16, Int32; };
-    const Row rows[] = {
+    const struct { double Value; QString Int16, Int32; } rows[] = {
         { 0.5, u"0"_s, u"0"_s }, { 1.5, u"2"_s, u"2"_s }, { 2.5, u"2"_s, u"2"_s }, { -1.5, u"-2"_s, u"-2"_s },
         { 32767.4, u"32767"_s, u"32767"_s }, { 32767.5, overflow, u"32768"_s }, { -32768.5, u"-32768"_s, u"-32768"_s },
         { -32769, overflow, u"-32769"_s }, { 2147483647.4, overflow, u"2147483647"_s }, { 2147483647.5, overflow, overflow },
         { std::numeric_limits<double>::quiet_NaN(), overflow, overflow },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         EXPECT_EQ(ResultOf([&] { return ToInt16(row.Value); }), row.Int16) << row.Value;
         EXPECT_EQ(ResultOf([&] { return ToInt32(row.Value); }), row.Int32) << row.Value;
     }
@@ -46,13 +42,12 @@ TEST(CommonTest, RoundingAndOverflow)
 
 TEST(CommonTest, BlanksNullsAndLeadingNumbers)
 {
-    struct Row { QString Text; bool IsBlank; QString Trimmed, BeforeNull; double Number; };
-    const Row rows[] = {
+    const struct { QString Text; bool IsBlank; QString Trimmed, BeforeNull; double Number; } rows[] = {
         { u""_s, true, u""_s, u""_s, 0 }, { u"   "_s, true, u""_s, u"   "_s, 0 }, { u" \t "_s, false, u"\t"_s, u" \t "_s, 0 },
         { u" 42 b "_s, false, u"42 b"_s, u" 42 b "_s, 42 }, { u"\0abc"_s, false, u"\0abc"_s, u""_s, 0 },
         { u"7b\0cd\0"_s, false, u"7b\0cd\0"_s, u"7b"_s, 7 }, { u"-5"_s, false, u"-5"_s, u"-5"_s, 0 },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         QString text = row.Text;
         EXPECT_EQ(IsBlank(text), row.IsBlank) << row.Text.toStdString();
         EXPECT_EQ(TrimBlanks(text), row.Trimmed);

@@ -1,12 +1,9 @@
 #include "common/Registry.h"
 
 #include "common/Common.h"
-#include "tests/support/ExpectError.h"
 #include "tests/support/System.h"
+#include "tests/support/Test.h"
 
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
 using namespace Registry;
 
 namespace {
@@ -30,8 +27,7 @@ template <class Operation> QString Result(Operation &&operation)
 
 TEST_F(RegistryTest, ValuesOfEachType)
 {
-    struct Row { ValueType Type; QVariant Written, Read; };
-    const Row rows[] = {
+    const struct { ValueType Type; QVariant Written, Read; } rows[] = {
         { Text, u"J\u00FCrgen \u0416 \\ \""_s, u"J\u00FCrgen \u0416 \\ \""_s },
         { Text, u""_s, u""_s },
         { Text, QString(u"cut\0here"_s + QChar(0) + u"x"_s), u"cut"_s },
@@ -42,7 +38,7 @@ TEST_F(RegistryTest, ValuesOfEachType)
         { Number, 0x7FFFFFFF, 0x7FFFFFFF },
     };
     int i = 0;
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         WriteValue(Key, u"Value"_s, row.Written, row.Type, CurrentUser);
         qint32 type = 0;
         const QVariant read = ReadValue(CurrentUser, u"SOFTWARE\\test\\REGISTRY"_s, u"VALUE"_s, &type);

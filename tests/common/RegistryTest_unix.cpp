@@ -1,18 +1,11 @@
 #include "common/Registry.h"
 
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
 #include "tests/support/System.h"
-
-#include <QDir>
-#include <QFile>
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace Registry;
 
 namespace {

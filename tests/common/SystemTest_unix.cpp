@@ -1,15 +1,9 @@
 #include "common/Common.h"
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
-
-#include <QFile>
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 #include <cerrno>
 #include <csignal>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace Common;
 
 TEST(SystemTest, SystemErrors)
@@ -40,15 +34,14 @@ TEST(SystemTest, SyncShell)
     Sandbox::WriteFile(pack, "#!/bin/sh\nexit $1\n");
     QFile::setPermissions(pack, QFile::ReadOwner | QFile::ExeOwner);
     const QString failed = u"5 SyncShell()"_s;
-    struct Row { QString Command, Result; };
-    const Row rows[] = {
+    const struct { QString Command, Result; } rows[] = {
         { u"true"_s, u"0"_s }, { u"sh -c \"exit 200\""_s, u"200"_s }, { u"sh -c \"kill -TERM $$\""_s, u"143"_s },
         { u'"' + pack + u"\" 3"_s, u"3"_s }, { u"/no/such/program -x"_s, failed }, { u"  "_s, failed }, { u"/"_s, failed },
     };
     // Whoever started the program may have left the signal ignored.
     for (const auto disposition : { SIG_DFL, SIG_IGN }) {
         const auto before = std::signal(SIGCHLD, disposition);
-        for (const Row &row : rows)
+        for (const auto &row : rows)
             EXPECT_EQ(ResultOf([&] { return SyncShell(row.Command); }), row.Result) << row.Command.toStdString();
         EXPECT_EQ(std::signal(SIGCHLD, before), disposition);
     }

@@ -1,8 +1,8 @@
 #include "download/Conversation.h"
 
 #include "common/Common.h"
-#include "ui/Messages.h"
 #include "tests/support/Test.h"
+#include "ui/Messages.h"
 
 #include <QRegularExpression>
 

@@ -108,16 +108,15 @@ TEST_F(DownloadFaultsTest, NoService)
 
 TEST_F(DownloadFaultsTest, Silence)
 {
-    struct Row { const char *Name; QByteArray Key; Answer Reply; QString Box; };
-    const Row rows[] = {
+    const struct { const char *Name; QByteArray Key; Answer Reply; QString Box; } rows[] = {
         { "no answer", "LOGIN?", { "", Answer::KeepsOpen }, Code(u"4"_s) },
         { "half the headers", "LOGIN?", { Fine, Answer::KeepsOpen }, Code(u"4"_s) },
         { "half a message", "LOGIN?", { Fine + "Content-Length: 16\r\n\r\nLOGIN", Answer::KeepsOpen }, Code(u"4"_s) },
         { "no pack", "eid=", { "", Answer::KeepsOpen }, Code(u"4"_s) },
         { "half a pack", "eid=", { Fine + "Content-Length: 1000000\r\n\r\n" + PackOf("pack"), Answer::KeepsOpen }, Code(u"4"_s) },
     };
-    for (const Row &row : rows) {
-        Server.On("LOGIN?", Answer::Whole("LOGIN?status=OK&sid=s7;"));
+    for (const auto &row : rows) {
+        AnswerRightly();
         Server.On(row.Key, row.Reply);
         Shown.Shown.clear();
         Open();
@@ -144,9 +143,8 @@ TEST_F(DownloadFaultsTest, Packs)
     const QByteArray pack = PackOf("pack", 600'000);
     const QByteArray size = QByteArray::number(pack.size());
     const auto sized = [](const QByteArray &length) { return Fine + "Content-Length: " + length + "\r\n"; };
-    struct Row { const char *Name; Answer Reply; QString Box; bool IsRun = false; };
     const QString failed = Failed(u"101"_s);
-    const Row rows[] = {
+    const struct { const char *Name; Answer Reply; QString Box; bool IsRun = false; } rows[] = {
         { "whole", Answer::Whole(pack), u""_s, true },
         { "reset at once", { "", Resets }, Code(u"2"_s) },
         { "reset in the headers", { Fine + "Conte", Resets }, Code(u"2"_s) },
@@ -175,7 +173,7 @@ TEST_F(DownloadFaultsTest, Packs)
         { "slow", { sized(QByteArray::number(PackOf("pack").size())) + "\r\n" + PackOf("pack"), Answer::KeepsOpen, 1 }, u""_s, true },
     };
     Server.On("moved", Answer::Whole(pack));
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         Server.On("eid=", row.Reply);
         Server.Requests.clear();
         EXPECT_EQ(Run(), row.Box) << row.Name;

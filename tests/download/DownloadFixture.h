@@ -71,6 +71,11 @@ protected:
         for (const QString &name : { u"User ID"_s, u"Password"_s })
             Registry::WriteValue(Key, name, QString(), Registry::Text, Registry::CurrentUser);
         SetEndpoint(Server.Url());
+        AnswerRightly();
+    }
+
+    void AnswerRightly()
+    {
         Server.On("LOGIN?", Answer::Whole("LOGIN?status=OK&sid=s7;"));
         Server.On("LIST?", Answer::Whole("LIST?status=OK&data=101;"));
         Server.On("eid=", Answer::Whole(PackOf("pack")));

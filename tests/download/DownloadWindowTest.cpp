@@ -55,12 +55,11 @@ TEST_F(DownloadWindowTest, WholeRun)
     ASSERT_TRUE(QTest::qWaitFor(look, Windows::Patience)) << statuses.join(u'\n').toStdString();
 
     EXPECT_TRUE(Shown.Shown.isEmpty()) << Shown.Shown.join(u'\n').toStdString();
-    ASSERT_EQ(Server.Requests.size(), 5);
-    EXPECT_EQ(Server.Requests.at(0), "POST /PackCourier.asp HTTP/1.1\nLOGIN?email=a%26b&pwd=x%3D1;");
-    EXPECT_EQ(Server.Requests.at(1), "POST /PackCourier.asp HTTP/1.1\nLIST?sid=s7;");
-    EXPECT_EQ(Server.Requests.at(2), "GET /PackCourier.asp?sid=s7&eid=101 HTTP/1.1\n");
-    EXPECT_EQ(Server.Requests.at(3), "GET /PackCourier.asp?sid=s7&eid=202 HTTP/1.1\n");
-    EXPECT_TRUE(Server.Requests.at(4).startsWith("POST /PackCourier.asp HTTP/1.1\nREPORT?sid=s7&list=101,202&time="));
+    const QByteArray post = "POST /PackCourier.asp HTTP/1.1\n";
+    const QByteArray get = "GET /PackCourier.asp?sid=s7&eid=";
+    EXPECT_EQ(Server.Requests.mid(0, 4), (QByteArrayList{ post + "LOGIN?email=a%26b&pwd=x%3D1;", post + "LIST?sid=s7;",
+                                                          get + "101 HTTP/1.1\n", get + "202 HTTP/1.1\n" }));
+    EXPECT_TRUE(Server.Requests.value(4).startsWith(post + "REPORT?sid=s7&list=101,202&time="));
     for (const QString &code : { u"101"_s, u"202"_s }) {
         EXPECT_TRUE(Globals::IsExamInstalled(code)) << code.toStdString();
         EXPECT_FALSE(QFile::exists(TempFile(code + u".exe"_s))) << "the pack is deleted";
@@ -76,13 +75,12 @@ TEST_F(DownloadWindowTest, WholeRun)
 
 TEST_F(DownloadWindowTest, Entries)
 {
-    struct Row { QString User, Password, Text, Focus; };
-    const Row rows[] = {
+    const struct { QString User, Password, Text, Focus; } rows[] = {
         { u""_s, u"pw"_s, u"48 Please enter your User ID."_s, u"txtEmail"_s },
         { u"   "_s, u"  "_s, u"48 Please enter your User ID."_s, u"txtEmail"_s },
         { u"me"_s, u"  "_s, u"48 Please enter your password."_s, u"txtPassword"_s },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         Shown.Shown.clear();
         Open(row.User, row.Password);
         Press();
@@ -97,15 +95,14 @@ TEST_F(DownloadWindowTest, Entries)
 TEST_F(DownloadWindowTest, CredentialsOnTheWire)
 {
     Server.On("LOGIN?", Answer::Whole("LOGIN?status=NO;"));
-    struct Row { QString User; QByteArray Sent; };
-    const Row rows[] = {
+    const struct { QString User; QByteArray Sent; } rows[] = {
         { u"%?=&;"_s, "%25%3F%3D%26%3B" },
         { u"\"it's\" <b>+ /\\"_s, "\"it's\" <b>+ /\\" },
         { u"J\u00FCrgen \u20AC"_s, "J\xFCrgen \x80" },
         { u"\u0418\u0432\u0430\u043D"_s, "????" }, // what the code page lacks
         { QString(1000, u'%'), QByteArray("%25").repeated(1000) },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         Open(row.User, row.User);
         Press();
         ASSERT_TRUE(WaitForEnd());
@@ -165,8 +162,7 @@ TEST_F(DownloadWindowTest, RememberedCredentials)
 
 TEST_F(DownloadWindowTest, OverwriteQuestion)
 {
-    QDir().mkpath(Sandbox::ExamsFolder() + u"/Old"_s);
-    QFile::copy(SavedExam(u"101"_s), Sandbox::ExamsFolder() + u"/Old/Old.exam"_s);
+    Install(*NewExam({ u"101"_s }), u"Old"_s);
     const QString question = u"36 Exam 101 is already installed on this computer. Do you want to overwrite the existing exam?"_s;
     Shown.Answer = AnswerNo;
     EXPECT_EQ(Run(), question);
@@ -192,8 +188,7 @@ TEST_F(DownloadWindowTest, ClosedInEveryState)
         { u"close box"_s, [this] { Window->close(); } },
         { u"Escape"_s, [this] { QTest::keyClick(Window.get(), Qt::Key_Escape); } },
     };
-    struct State { const char *Name; QByteArray Silent; Answer Reply; QString Box; };
-    const State states[] = {
+    const struct { const char *Name; QByteArray Silent; Answer Reply; QString Box; } states[] = {
         { "login", "LOGIN?", silence, {} },
         { "login, in the headers", "LOGIN?", { "HTTP/1.1 200 OK\r\nContent-", Answer::KeepsOpen }, {} },
         { "login, in the body", "LOGIN?", { "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nLOGIN", Answer::KeepsOpen }, {} },
@@ -205,19 +200,14 @@ TEST_F(DownloadWindowTest, ClosedInEveryState)
         { "installation failed", "eid=", Answer::Whole("no program"), u"16 Installation"_s },
         { "report", "REPORT?", silence, {} },
     };
-    for (const State &state : states) {
+    for (const auto &state : states) {
         for (const auto &[way, go] : ways) {
             const std::string where = std::string(state.Name) + ", " + way.toStdString();
             QFile::remove(Sandbox::Path(u"mark-pack"_s));
             QDir(Sandbox::ExamsFolder()).removeRecursively();
-            if (state.Box == u"36 "_s) {
-                QDir().mkpath(Sandbox::ExamsFolder() + u"/Old"_s);
-                QFile::copy(SavedExam(u"101"_s), Sandbox::ExamsFolder() + u"/Old/Old.exam"_s);
-            }
-            Server.On("LOGIN?", Answer::Whole("LOGIN?status=OK&sid=s7;"));
-            Server.On("LIST?", Answer::Whole("LIST?status=OK&data=101;"));
-            Server.On("eid=", Answer::Whole(PackOf("pack")));
-            Server.On("REPORT?", Answer::Whole("REPORT;"));
+            if (state.Box == u"36 "_s)
+                Install(*NewExam({ u"101"_s }), u"Old"_s);
+            AnswerRightly();
             if (!state.Silent.isEmpty())
                 Server.On(state.Silent, state.Reply);
             Server.Requests.clear();
@@ -317,7 +307,7 @@ TEST_F(DownloadWindowTest, ErrorInPlaceOfEachReply)
         EXPECT_EQ(Run(), u"16 You are not logged on\r\nany more."_s) << command.constData();
         EXPECT_FALSE(Window->isVisible()) << command.constData();
         EXPECT_EQ(WasRun(u"pack"_s), command == "REPORT?") << command.constData();
-        Server.On(command, Answer::Whole(command == "LIST?" ? "LIST?status=OK&data=101;" : "LOGIN?status=OK&sid=s7;"));
+        AnswerRightly();
     }
 }
 

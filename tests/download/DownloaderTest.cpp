@@ -9,14 +9,13 @@
 
 TEST(DownloadTextTest, Labels)
 {
-    struct Row { double Bytes; QString Total, Received, Rate; };
-    const Row rows[] = {
+    const struct { double Bytes; QString Total, Received, Rate; } rows[] = {
         { 0, u"NA"_s, u"NA"_s, u"NA"_s },
         { 0.9, u"NA"_s, u"NA"_s, u"NA"_s },
         { -5, u"NA"_s, u"NA"_s, u"NA"_s },
         { 102'400, u"100.00 KB"_s, u"100 KB"_s, u"100 KB/s"_s },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         EXPECT_EQ(DownloadText::Total(row.Bytes), row.Total) << row.Bytes;
         EXPECT_EQ(DownloadText::Received(row.Bytes), row.Received) << row.Bytes;
         EXPECT_EQ(DownloadText::Rate(row.Bytes), row.Rate) << row.Bytes;
@@ -123,8 +122,7 @@ TEST(DownloaderAccountTest, Rate)
 {
     // A fresh one: no announced size, so nothing counts as downloaded.
     Downloader getter;
-    struct Row { double Now; qint32 Bytes, Rate; };
-    const Row rows[] = {
+    const struct { double Now; qint32 Bytes, Rate; } rows[] = {
         { 100.0, 1000, 0 },
         { 100.5, 1000, 0 },
         { 100.99, 500, 0 },
@@ -139,7 +137,7 @@ TEST(DownloaderAccountTest, Rate)
         { 5, 20, 180 },
         { 6, 1, 30 },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         getter.Account(row.Bytes, row.Now);
         EXPECT_EQ(getter.TransferRate(), row.Rate) << row.Now;
         EXPECT_EQ(getter.Downloaded(), 0) << "clamped to the announced size";

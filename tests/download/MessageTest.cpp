@@ -21,8 +21,7 @@ QString Listed(const Parameters &parameters)
 
 TEST(MessageTest, UnPack)
 {
-    struct Row { QString Text, Command, Parameters; const char *Result = "none"; };
-    const Row rows[] = {
+    const struct { QString Text, Command, Parameters; const char *Result = "none"; } rows[] = {
         { u"STATUS;"_s, u"STATUS"_s, u""_s },
         { u";"_s, u""_s, u""_s },
         { u"CMD?;"_s, u"CMD"_s, u""_s },
@@ -51,7 +50,7 @@ TEST(MessageTest, UnPack)
         { u"CMD;?"_s, u"CMD;"_s, u""_s, Negative },
     };
     MESSAGE message;
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         message.SetCommand(u"before"_s);
         message.Parameters().Add(u"before"_s, u"x"_s);
         EXPECT_EQ(ResultOf([&] { message.UnPack(row.Text); }), QLatin1StringView(row.Result)) << row.Text.toStdString();

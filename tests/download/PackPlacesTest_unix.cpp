@@ -19,8 +19,7 @@ TEST_F(PackPlacesTest, PlacesOfPacks)
     Sandbox::WriteFile(victim, "mine");
     const QByteArray folder = QFile::encodeName(QFileInfo(place).path());
     const QString linked = Sandbox::Path(u"linked"_s);
-    struct Row { const char *Name; std::function<void()> Prepare; bool IsRun; bool Stays; };
-    const Row rows[] = {
+    const struct { const char *Name; std::function<void()> Prepare; bool IsRun; bool Stays; } rows[] = {
         { "an old pack", [&] { Sandbox::WriteFile(place, QByteArray(100'000, 'o')); }, true, false },
         { "a link to a file", [&] { QFile::link(victim, place); }, false, true },
         { "a link to nothing", [&] { QFile::link(Sandbox::Path(u"nothing"_s), place); }, false, true },
@@ -44,7 +43,7 @@ TEST_F(PackPlacesTest, PlacesOfPacks)
          }, false, true },
         { "a pack that removes itself", [&] { Server.On("eid=", Answer::Whole(FakePack{ "pack", {}, {}, true }.Bytes())); }, true, false },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         QFile::remove(place);
         QDir(place).removeRecursively();
         row.Prepare();

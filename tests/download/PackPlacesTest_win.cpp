@@ -94,8 +94,14 @@ TEST_F(PackPlacesTest, AFileOfOnesOwn)
     file.Remove();
     EXPECT_FALSE(QFileInfo::exists(place));
     EXPECT_THROW(file.Remove(), Error) << "it is gone";
-    Sandbox::WriteFile(place, "theirs");
-    EXPECT_THROW(file.Remove(), Error) << "another one";
+
+    PackFile exchanged;
+    exchanged.Create(place);
+    exchanged.Abandon();
+    Sandbox::WriteFile(elsewhere, "theirs");
+    ASSERT_TRUE(MoveFileExW(Wide(elsewhere), Wide(place), MOVEFILE_REPLACE_EXISTING));
+    EXPECT_THROW(exchanged.MakeRunnable(), Error);
+    EXPECT_THROW(exchanged.Remove(), Error);
     PackFile second;
     EXPECT_EQ(ResultOf([&] { second.Create(place); }), u"80 "_s) << "what is there stays";
     EXPECT_EQ(Sandbox::ReadFile(place), "theirs");

@@ -1,14 +1,9 @@
-#include "tests/support/Sandbox.h"
+#include "tests/support/Test.h"
 
 #include <QDirIterator>
-#include <QFileInfo>
 #include <QMap>
 #include <QRegularExpression>
 #include <QSet>
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 

@@ -1,10 +1,5 @@
 #include "model/Question.h"
-#include "tests/support/ExamBuilder.h"
-#include "tests/support/ExpectError.h"
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
+#include "tests/support/Test.h"
 
 TEST(ContentTest, PositionsAndNumbers)
 {

@@ -1,19 +1,15 @@
 #include "model/CryptoAPI.h"
-#include "tests/support/ExpectError.h"
+#include "tests/support/Test.h"
 
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
 using namespace CryptoAPI;
 
 TEST(CryptoTest, KnownCipherBytes)
 {
-    struct Row { QString PassPhrase, Text; QByteArray Hex; };
-    const Row rows[] = {
+    const struct { QString PassPhrase, Text; QByteArray Hex; } rows[] = {
         { u"secret"_s, u"Hello World"_s, "47af0e9668fa75c57a1776" }, { u""_s, u"Hello"_s, "48656c6c6f" },
         { RecordPassPhrase(), u"Which one?"_s, "cc467d1439f861f15c2b" },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         const QByteArray sealed = EncryptText(row.Text, row.PassPhrase, CipherRC4, HashMD5);
         EXPECT_EQ(sealed, QByteArray::fromHex(row.Hex)) << row.Text.toStdString();
         EXPECT_EQ(DecryptText(sealed, row.PassPhrase, CipherRC4, HashMD5), row.Text);

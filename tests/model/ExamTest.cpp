@@ -1,17 +1,9 @@
 #include "model/Exam.h"
-#include "tests/support/ExamBuilder.h"
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
 #include "tests/support/SmallDisk.h"
 #include "tests/support/System.h"
-
-#include <QDir>
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 #include <cerrno>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
@@ -67,12 +59,11 @@ TEST(ExamTest, HeaderBytes)
     EXPECT_EQ(Sandbox::ReadFile(path), header + QByteArray(4, '\0'));
 
     // A header that is cut short gives what is there.
-    struct Row { int Bytes; QString Fields; };
-    const Row rows[] = {
+    const struct { int Bytes; QString Fields; } rows[] = {
         { 0, u"||0|0|0"_s }, { 21, u"ABC-101|Sa|0|0|0"_s }, { 26, u"ABC-101|Sample|232|0|0"_s },
         { 31, u"ABC-101|Sample|1000|700|120"_s },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         Exam cut;
         const QString name = u" \""_s + Written(header.left(row.Bytes)) + u"\" "_s;
         EXPECT_TRUE(cut.LoadHeader(name)) << row.Bytes;
@@ -119,13 +110,12 @@ TEST(ExamTest, TheLastBufferedBytesFailToo)
 TEST(ExamTest, CalculateScore)
 {
     // One letter for each item: r right, w wrong, - unanswered, n without a solution and unanswered.
-    struct Row { const char *Items; qint16 MaxScore; QString Result; };
-    const Row rows[] = {
+    const struct { const char *Items; qint16 MaxScore; QString Result; } rows[] = {
         { "rrw", 1000, u"667"_s }, { "rwwwwwww", 100, u"12"_s }, { "rrrwwwww", 100, u"38"_s }, { "wr", 1, u"0"_s },
         { "rrrw", 2, u"2"_s }, { "rrr", -1000, u"-1000"_s }, { "r", 32767, u"32767"_s }, { "--", 1000, u"0"_s },
         { "n", 1000, u"1000"_s }, { "nw", 1000, u"500"_s }, { "", 1000, u"11 "_s }, { "r", -32768, u"-32768"_s },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         const auto exam = NewExam();
         exam->SetMaxScore(row.MaxScore);
         for (const char item : QByteArrayView(row.Items)) {

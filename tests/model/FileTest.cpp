@@ -1,20 +1,10 @@
 #include "model/File.h"
 #include "model/IO.h"
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
 #include "tests/support/SmallDisk.h"
 #include "tests/support/System.h"
-
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 #include <cerrno>
-#include <functional>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
@@ -47,8 +37,7 @@ QVariant Date(int year, int month, int day, int hour = 0)
 
 TEST(FileTest, EveryTypeThereAndBack)
 {
-    struct Row { QVariant Value; QByteArray Hex; qint32 Length = -1; };
-    const Row rows[] = {
+    const struct { QVariant Value; QByteArray Hex; qint32 Length = -1; } rows[] = {
         { QVariant::fromValue<qint16>(-2), "feff" }, { qint32(0x01020304), "04030201" }, { 1.5F, "0000c03f" },
         { -2.0, "00000000000000c0" }, { Amount(10'000), "1027000000000000" }, { Date(1900, 1, 1, 12), "0000000000000440" },
         // The time of day counts forward from midnight before the origin too.
@@ -57,7 +46,7 @@ TEST(FileTest, EveryTypeThereAndBack)
         { u"\u20AC\u0416"_s, "02000000803f" }, { u"ABC"_s, "414243", 3 }, { QByteArray("\1\2\3"), "03000000010203" },
         { QByteArray("\1\2\3"), "010203", 3 },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         const QByteArray bytes = QByteArray::fromHex(row.Hex);
         EXPECT_EQ(Written([&](File &file) { file.WriteData(row.Value, row.Length); }), bytes);
         File file;
@@ -99,8 +88,7 @@ TEST(FileTest, Opening)
     Sandbox::WriteFile(Sandbox::Path(u"there"_s), "abc");
     QDir().mkpath(Sandbox::Path(u"folder"_s));
     const QString pipe = System::MakePipe(Sandbox::Path(u"pipe"_s)) ? u"pipe"_s : System::Device;
-    struct Row { QString Name; quint32 Access, Disposition; int Code; qint64 Size = 0; };
-    const Row rows[] = {
+    const struct { QString Name; quint32 Access, Disposition; int Code; qint64 Size = 0; } rows[] = {
         { u"  \""_s + Sandbox::Path(u"there"_s) + u"\" "_s, File::ReadAccess, File::OpenExisting, 0, 3 },
         { u"th\"e\"re"_s, File::ReadAccess, File::OpenExisting, 0, 3 },
         { u"missing"_s, File::ReadAccess, File::OpenExisting, System::NotFound },
@@ -112,7 +100,7 @@ TEST(FileTest, Opening)
         { u"folder"_s, File::ReadAccess, File::OpenExisting, System::IsFolder },
         { u"no/folder"_s, File::ReadAccess, File::OpenExisting, System::FolderNotFound },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         File file;
         const QString result = ResultOf([&] { file.OpenFile(row.Name, File::BinaryMode, row.Access, row.Disposition); });
         EXPECT_EQ(result, row.Code == 0 ? u"none"_s : u"%1 File::OpenFile()"_s.arg(row.Code)) << row.Name.toStdString();

@@ -1,14 +1,7 @@
-#include "model/Globals.h"
-#include "tests/support/ExamBuilder.h"
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
 #include "tests/support/System.h"
-
-#include <QDir>
+#include "tests/support/Test.h"
 
 #include <gmock/gmock.h>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
@@ -24,13 +17,12 @@ protected:
 TEST_F(GlobalsTest, PackageNames)
 {
     EXPECT_EQ(m_folder, System::ProgramFiles() + QDir::toNativeSeparators(u"/Practorium/Exams"_s));
-    struct Row { QString Package, File; bool Expected; };
-    const Row rows[] = {
+    const struct { QString Package, File; bool Expected; } rows[] = {
         { u"X.Y"_s, u"X.exam"_s, true }, { u"X.Z"_s, u"X.Z.exam"_s, false },
         { u"A.B.C"_s, u"A.B.exam"_s, true }, { u"other"_s, u"else.exam"_s, false }, { u"empty"_s, u""_s, false },
     };
     QStringList expected;
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         const QString package = m_folder + QDir::separator() + row.Package;
         QDir().mkpath(package);
         if (!row.File.isEmpty())
@@ -48,25 +40,23 @@ TEST_F(GlobalsTest, IsExamInstalled)
 {
     Install(*NewExam({ u" abc-1 "_s }), u"one"_s);
     Install(*NewExam({ u"XYZ"_s }), u"two"_s);
-    struct Row { QString Code; bool Expected; };
-    const Row rows[] = { { u"ABC-1"_s, true }, { u"xyz "_s, true }, { u"abc"_s, false }, { u""_s, false } };
-    for (const Row &row : rows)
+    const struct { QString Code; bool Expected; } rows[] = { { u"ABC-1"_s, true }, { u"xyz "_s, true }, { u"abc"_s, false }, { u""_s, false } };
+    for (const auto &row : rows)
         EXPECT_EQ(Globals::IsExamInstalled(row.Code), row.Expected) << row.Code.toStdString();
 
     // What cannot be loaded takes part with an empty code and stops nothing.
     QDir().mkpath(m_folder + u"/broken/broken.exam"_s);
-    for (const Row &row : rows)
+    for (const auto &row : rows)
         EXPECT_EQ(Globals::IsExamInstalled(row.Code), row.Expected || row.Code.isEmpty()) << row.Code.toStdString();
 }
 
 TEST_F(GlobalsTest, AnswerLists)
 {
-    struct Row { QString List, Letters; qint16 Count; };
-    const Row rows[] = {
+    const struct { QString List, Letters; qint16 Count; } rows[] = {
         { u""_s, u""_s, 0 }, { u"  "_s, u""_s, 1 }, { u"2"_s, u"B"_s, 1 }, { u"1,3"_s, u"A,C"_s, 2 }, { u" 26 , 1"_s, u"Z,A"_s, 2 },
         { u"-65"_s, u"5 "_s, 1 }, { u"1,x"_s, u"13 "_s, 2 }, { u"1,,2"_s, u"13 "_s, 3 }, { u"40000"_s, u"6 "_s, 1 },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         EXPECT_EQ(ResultOf([&] { return Globals::AnswerLetters(row.List); }), row.Letters) << row.List.toStdString();
         EXPECT_EQ(Globals::ItemCount(row.List), row.Count) << row.List.toStdString();
     }

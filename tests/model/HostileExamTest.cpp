@@ -1,18 +1,11 @@
 #include "model/Exam.h"
-#include "model/Globals.h"
 #include "tests/model/MemoryRequests.h"
-#include "tests/support/ExamBuilder.h"
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 #include <algorithm>
 #include <cstring>
 #include <utility>
 #include <vector>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 

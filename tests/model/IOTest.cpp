@@ -1,14 +1,6 @@
 #include "model/IO.h"
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
 #include "tests/support/System.h"
-
-#include <QDir>
-#include <QFile>
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
+#include "tests/support/Test.h"
 
 TEST(IOTest, FolderMacros)
 {
@@ -22,15 +14,14 @@ TEST(IOTest, PathsAndTheirParts)
 {
     const auto native = [](const QString &path) { return QDir::toNativeSeparators(path); };
     EXPECT_EQ(IO::CombinePath(native(u" A/"_s), u" B "_s), native(u"A/ B "_s));
-    struct Row { QString Path, Folder, Stripped, Extension, Changed; };
-    const Row rows[] = {
+    const struct { QString Path, Folder, Stripped, Extension, Changed; } rows[] = {
         { u"/a/b.gif"_s, u"/a"_s, u"b"_s, u"gif"_s, u"/a/b.exam"_s },
         { u"X.Y.Z"_s, u""_s, u"X.Y"_s, u"Z"_s, u"X.Y.exam"_s },
         { u"plain"_s, u""_s, u"plain"_s, u""_s, u"plain.exam"_s },
         // The last dot of the whole path counts, wherever it stands.
         { u"/a.b/c"_s, u"/a.b"_s, u"c"_s, u"b/c"_s, u"/a.exam"_s },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         const QString path = native(row.Path);
         EXPECT_EQ(IO::GetFolder(path), native(row.Folder)) << row.Path.toStdString();
         EXPECT_EQ(IO::GetFileName(path, true), row.Stripped) << row.Path.toStdString();
@@ -45,23 +36,21 @@ TEST(IOTest, FileExists)
     Sandbox::WriteFile(Sandbox::Path(u"exists/[1] axb.exam"_s), "");
     Sandbox::WriteFile(Sandbox::Path(u"exists/plain"_s), "");
     const bool hasLink = System::MakeLink(u"nowhere"_s, Sandbox::Path(u"exists/dangling"_s));
-    struct Row { QString Name; bool Expected; };
-    const Row rows[] = {
+    const struct { QString Name; bool Expected; } rows[] = {
         { u"exists"_s, true }, { u"exists/dangling"_s, hasLink }, { u"exists/PLAINER"_s, false }, { u"exists/[1] a?b.exam"_s, true },
         { u"exists/[1]*"_s, true }, { u"exists/[pq]lain*"_s, false }, { u"exists/*.exam"_s, true }, { u"exists/*.gif"_s, false },
         { u"exists/pl?in"_s, true }, { u"exists/plai?n"_s, false }, { u"missing/*"_s, false }, { u""_s, false },
     };
-    for (const Row &row : rows)
+    for (const auto &row : rows)
         EXPECT_EQ(IO::FileExists(QDir::toNativeSeparators(row.Name)), row.Expected) << row.Name.toStdString();
 }
 
 TEST(IOTest, FormatSize)
 {
-    struct Row { double Size; qint16 Decimals; QString Expected; };
-    const Row rows[] = {
+    const struct { double Size; qint16 Decimals; QString Expected; } rows[] = {
         { 1023, 2, u"1,023 bytes"_s }, { 1024, 0, u"1 KB"_s }, { 1'000'000, 2, u"976.56 KB"_s }, { 1'024'000, 2, u"0.98 MB"_s },
         { 1'024'000'000, 2, u"0.95 GB"_s }, { 1e24, 0, u"867,362 EB"_s }, { -5000, 1, u"-5,000 bytes"_s },
     };
-    for (const Row &row : rows)
+    for (const auto &row : rows)
         EXPECT_EQ(IO::FormatSize(row.Size, row.Decimals), row.Expected) << row.Size;
 }

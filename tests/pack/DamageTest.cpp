@@ -1,15 +1,9 @@
 #include "pack/stub/PackReader.h"
 #include "tests/pack/Installed.h"
 #include "tests/pack/PackSheet.h"
-#include "tests/support/Sandbox.h"
-
-#include <QFile>
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 #include <cstring>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 

@@ -1,14 +1,7 @@
-#include "model/Globals.h"
 #include "tests/pack/Installed.h"
 #include "tests/pack/PackSheet.h"
-#include "tests/support/Sandbox.h"
 #include "tests/support/System.h"
-
-#include <QDir>
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
+#include "tests/support/Test.h"
 
 TEST(InstallTest, WhereNoExamCanCome)
 {

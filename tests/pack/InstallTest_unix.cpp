@@ -1,12 +1,7 @@
 #include "tests/pack/Installed.h"
 #include "tests/pack/PackSheet.h"
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
 #include "tests/support/SmallDisk.h"
-
-#include <QDir>
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 #include <atomic>
 #include <csignal>
@@ -19,8 +14,6 @@
 #include <sys/syscall.h>
 #include <thread>
 #include <unistd.h>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 

@@ -2,14 +2,8 @@
 #include "pack/StubBytes.h"
 #include "tests/pack/PackSheet.h"
 #include "tests/support/Program.h"
-#include "tests/support/Sandbox.h"
 #include "tests/support/System.h"
-
-#include <QDir>
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
+#include "tests/support/Test.h"
 
 namespace {
 
@@ -114,6 +108,9 @@ TEST(PackerTest, ForEitherSystem)
         }
         EXPECT_TRUE(pack.startsWith(start)) << name.toStdString();
         EXPECT_TRUE(pack.startsWith(stub)) << name.toStdString();
+        // It brings along what it needs, and finds nothing beside it by name.
+        for (const char *library : { "libstdc++-6.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll", "bcrypt.dll", "libsodium.so" })
+            EXPECT_FALSE(stub.toByteArray().contains(library)) << library;
         // The same index and contents behind the stub.
         const qsizetype trailer = qsizetype(PackFormat::TrailerBytes);
         const qsizetype ownStub = StubBytes(Packer::OwnSystem).size();

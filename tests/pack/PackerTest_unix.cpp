@@ -1,14 +1,10 @@
 #include "tests/pack/PackSheet.h"
 #include "tests/support/Program.h"
-#include "tests/support/Sandbox.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 #include <csignal>
 #include <ios>
 #include <sys/stat.h>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 

@@ -1,16 +1,10 @@
 #include "picture/Picture.h"
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
 #include "tests/support/System.h"
+#include "tests/support/Test.h"
 
 #include <QBuffer>
-#include <QDir>
 #include <QImageWriter>
 #include <QtEndian>
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
@@ -77,8 +71,7 @@ TEST(PictureTest, WhatAnExhibitCanBe)
 {
     QByteArray topDown = Encoded(Sample(), "BMP");
     qToLittleEndian<qint32>(-2, topDown.data() + BmpHeight);
-    struct Row { const char *Name; QByteArray Bytes; QSize Size; QColor Top; };
-    const Row rows[] = {
+    const struct { const char *Name; QByteArray Bytes; QSize Size; QColor Top; } rows[] = {
         { "bmp", Encoded(Sample(), "BMP"), { 2, 2 }, Qt::red },
         // The same rows in the file, told from the top down.
         { "top-down bmp", topDown, { 2, 2 }, Qt::blue }, { "png", Encoded(Sample(3, 2), "PNG"), { 3, 2 }, Qt::red },
@@ -86,7 +79,7 @@ TEST(PictureTest, WhatAnExhibitCanBe)
         { "jpeg", Encoded(Sample(16, 16).scaled(16, 160), "JPG"), { 16, 160 }, Qt::red },
         { "gif", Gif(1), { 1, 1 }, Qt::red }, { "moving gif", Gif(3), { 1, 1 }, Qt::red },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         const QImage image = Picture::Load(Written(row.Bytes));
         EXPECT_TRUE(image.size() == row.Size) << row.Name;
         EXPECT_NEAR(image.pixelColor(0, 0).red(), row.Top.red(), 4) << row.Name;
@@ -104,8 +97,7 @@ TEST(PictureTest, WhatItCannotBe)
         qToLittleEndian(number, bytes.data() + offset);
         return bytes;
     };
-    struct Row { const char *Name; QByteArray Bytes; QString Start; };
-    const Row rows[] = {
+    const struct { const char *Name; QByteArray Bytes; QString Start; } rows[] = {
         { "empty", "", foreign }, { "text that begins like a bmp", "BM was here, and this is plain text", damaged },
         { "svg", "<?xml version=\"1.0\"?><svg xmlns=\"http://www.w3.org/2000/svg\" width=\"9\" height=\"9\"/>", foreign },
         { "huge gif", Gif(1, 30'000, 30'000), size },
@@ -115,7 +107,7 @@ TEST(PictureTest, WhatItCannotBe)
         { "endless top-down bmp", bmp(BmpHeight, -100'000'000), size },
         { "cut png", Encoded(Sample(), "PNG").left(60), damaged },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         try {
             const QImage image = Picture::Load(Written(row.Bytes));
             ADD_FAILURE() << row.Name << " " << image.width() << " x " << image.height();
@@ -144,14 +136,13 @@ TEST(PictureTest, APictureThatIsCutOffIsRefused)
     writer.setProgressiveScanWrite(true);
     ASSERT_TRUE(writer.write(noise));
     // From the shortest that shows its format; the checksum of a PNG's end may go.
-    struct Row { const char *Name; QByteArray Bytes; qsizetype From, Spare = 0; };
-    const Row rows[] = {
+    const struct { const char *Name; QByteArray Bytes; qsizetype From, Spare = 0; } rows[] = {
         { "bmp", bmp, 2 }, { "top-down bmp", topDown, 2 },
         { "bmp of 1 bit", Encoded(noise.convertToFormat(QImage::Format_Mono), "BMP"), 2 },
         { "jpeg", Encoded(noise, "JPG"), 3 }, { "progressive jpeg", progressive, 3 },
         { "gif", Gif(1), 6 }, { "moving gif", Gif(3), 6 }, { "png", Encoded(noise, "PNG"), 8, 4 },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         for (const QByteArray &behind : { QByteArray(), QByteArray("what somebody put behind it") })
             EXPECT_FALSE(Picture::Load(Written(row.Bytes + behind)).isNull()) << row.Name;
         const qsizetype size = row.Bytes.size() - row.Spare;

@@ -1,17 +1,11 @@
 #include "service/Password.h"
 #include "service/Store.h"
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
+#include "tests/support/Test.h"
 
-#include <QFile>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 
-#include <gtest/gtest.h>
-
 #include <thread>
-
-using namespace Qt::Literals::StringLiterals;
 
 TEST(AccountsTest, PasswordsAreKeptUnderArgon2id)
 {

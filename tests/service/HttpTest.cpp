@@ -4,13 +4,11 @@
 #include "tests/service/ServiceFixture.h"
 #include "tests/support/Program.h"
 
-#include <QFile>
 #include <QUrl>
 
 #include <optional>
 #include <thread>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {

@@ -2,7 +2,6 @@
 
 #include <QElapsedTimer>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {

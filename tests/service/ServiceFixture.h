@@ -2,9 +2,7 @@
 
 #include "service/Password.h"
 #include "service/Responder.h"
-#include "tests/support/Sandbox.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 #include <atomic>
 

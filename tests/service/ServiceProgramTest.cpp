@@ -1,15 +1,11 @@
 #include "tests/service/HttpClient.h"
 #include "tests/support/Program.h"
-#include "tests/support/Sandbox.h"
+#include "tests/support/Test.h"
 
 #include <QElapsedTimer>
 #include <QRegularExpression>
 
-#include <gtest/gtest.h>
-
 #include <csignal>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 

@@ -2,7 +2,6 @@
 
 #include <QSet>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace std::chrono_literals;
 
 TEST(SessionsTest, EndAfterIdlenessAndAtTheLatestAfterAnHour)

@@ -1,10 +1,6 @@
 #include "session/frmExam.h"
 
-#include "model/Globals.h"
 #include "session/frmExplain.h"
-#include "tests/support/ExamBuilder.h"
-#include "tests/support/ExpectError.h"
-#include "tests/support/Messages.h"
 #include "tests/support/Windows.h"
 
 #include <QFrame>
@@ -15,7 +11,6 @@
 #include <QRadioButton>
 #include <QScrollBar>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace Windows;
 
 namespace {
@@ -84,8 +79,7 @@ TEST_F(ExamWindowTest, RowsByMouseAndKeyboard)
         QKeyEvent press(QEvent::KeyPress, Qt::Key_A, modifier, u"a"_s, isRepeated);
         QCoreApplication::sendEvent(&Window, &press);
     };
-    struct Step { QString Action; std::function<void()> Do; QString Rows; };
-    const Step steps[] = {
+    const struct { QString Action; std::function<void()> Do; QString Rows; } steps[] = {
         { u"the button"_s, [&] { ClickBox(&Window, u"optChoices2"_s); }, u".x."_s },
         { u"the text"_s, [&] { Click(&Window, u"lblChoices3"_s); }, u"..x"_s },
         { u"a letter held down"_s, [&] { key(Qt::NoModifier, true); }, u"..x"_s },
@@ -94,7 +88,7 @@ TEST_F(ExamWindowTest, RowsByMouseAndKeyboard)
         { u"a letter on another control"_s, [&] { QTest::keyClick(Row(radio, 1), Qt::Key_B); }, u".x."_s },
         { u"Space"_s, [&] { QTest::keyClick(Row(radio, 1), Qt::Key_Space); }, u"x.."_s },
     };
-    for (const Step &step : steps) {
+    for (const auto &step : steps) {
         step.Do();
         EXPECT_EQ(Rows(radio, 3), step.Rows) << step.Action.toStdString();
     }

@@ -62,11 +62,10 @@ TEST(PageLayoutTest, Rows)
 
 TEST(PageLayoutTest, Scrolling)
 {
-    struct Row { double Frame, Content; bool IsEnabled; int Max, Small, Large; };
-    const Row rows[] = {
+    const struct { double Frame, Content; bool IsEnabled; int Max, Small, Large; } rows[] = {
         { 7'900, 7'900, false, 0, 0, 0 }, { 7'900, 7'901, true, 1, 790, 7'900 }, { 1'234, 40'000, true, 38'766, 123, 1'234 },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         const PageLayout::Scroll scroll = PageLayout::ScrollFor(row.Frame, row.Content);
         EXPECT_EQ(scroll.IsEnabled, row.IsEnabled) << row.Content;
         EXPECT_EQ(scroll.Max, row.Max) << row.Content;
@@ -78,13 +77,12 @@ TEST(PageLayoutTest, Scrolling)
 // The panel may go from 10 to 8,600 across and from 10 to 6,990 down.
 TEST(PageLayoutTest, Dragging)
 {
-    struct Row { double X, Y, Left, Top; };
-    const Row rows[] = {
+    const struct { double X, Y, Left, Top; } rows[] = {
         { 90, 130, 7'990, 5'030 },   { 700, 100, 8'600, 5'000 },   { 701, 90, 8'000, 4'990 },
         { -7'890, 100, 10, 5'000 },  { -7'891, 100, 8'000, 5'000 }, { 110, 2'091, 8'010, 5'000 },
         { 100, 2'090, 8'000, 6'990 }, { 100, -4'890, 8'000, 10 },   { 100, -4'891, 8'000, 5'000 },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         const PageLayout::Point to = PageLayout::DragPanel({ 8'000, 5'000, 3'000, 900 }, { 100, 100 }, { row.X, row.Y }, 11'850, 7'900, 240);
         EXPECT_DOUBLE_EQ(to.X, row.Left) << row.X << ' ' << row.Y;
         EXPECT_DOUBLE_EQ(to.Y, row.Top) << row.X << ' ' << row.Y;

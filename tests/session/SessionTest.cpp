@@ -1,16 +1,8 @@
 #include "session/ExamSession.h"
 
 #include "common/Common.h"
-#include "model/Globals.h"
-#include "tests/support/ExamBuilder.h"
-#include "tests/support/ExpectError.h"
+#include "tests/support/Test.h"
 #include "ui/Messages.h"
-
-#include <gtest/gtest.h>
-
-#include <functional>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
@@ -152,8 +144,7 @@ TEST_F(SessionTest, Walks)
 {
     const QString list = u"list"_s;
     const QString limit = u"64 You cannot select more than 2 options for this question. To select this option, please unselect another."_s;
-    struct Row { QString Steps, Page; QStringList Log = {}; };
-    const Row rows[] = {
+    const struct { QString Steps, Page; QStringList Log = {}; } rows[] = {
         { u"21"_s, u"1(x.."_s }, { u"2np"_s, u"1(.x."_s }, { u"ccb"_s, u"1(.x."_s },
         { u"mnp"_s, u"1(...m"_s }, { u"mnpmnp"_s, u"1(..."_s },
         { u"n134"_s, u"2[x.x.<"_s, { limit } }, { u"n1343"_s, u"2[x...<"_s, { limit } }, { u"nacd"_s, u"2[x.x.<"_s, { limit } },
@@ -163,7 +154,7 @@ TEST_F(SessionTest, Walks)
         { u"nnnn"_s, u"5(..<"_s }, { u"nnnn2n"_s, u"5(.x<"_s, { list } }, { u"2r"_s, u"1(.x."_s, { list } },
         { u"Annnnn"_s, u"5(..<"_s, { list, list } },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         SetUpExam();
         Session.StartExam();
         Port.Log.clear();
@@ -182,8 +173,7 @@ TEST_F(SessionTest, Walks)
 // Items 2, 3 and 5 are marked. The number tells how often the list opened.
 TEST_F(SessionTest, MarkedItems)
 {
-    struct Row { QString Steps, Page; int Lists; };
-    const Row rows[] = {
+    const struct { QString Steps, Page; int Lists; } rows[] = {
         // From where the first marked item is reached decides whether one can go back.
         { u"M"_s, u"2[....m<"_s, 1 }, { u"Mp"_s, u"2[....m"_s, 1 }, { u"Mnp"_s, u"2[....m"_s, 1 }, { u"Mnn"_s, u"5(..m<"_s, 1 },
         { u"Mnnn"_s, u"5(..m<"_s, 2 }, { u"Mnnpp"_s, u"2[....m"_s, 1 }, { u"Mnnp"_s, u"3[...m<"_s, 1 },
@@ -191,7 +181,7 @@ TEST_F(SessionTest, MarkedItems)
         { u"Mnnmn"_s, u"5(..<"_s, 2 }, { u"Mnnmnn"_s, u"5(..<"_s, 2 }, { u"Mnnmnp"_s, u"3[...m<"_s, 2 },
         { u"Mnmn"_s, u"5(..m<"_s, 1 }, { u"Mnmnp"_s, u"2[....m"_s, 1 }, { u"MA"_s, u"1(..."_s, 2 }, { u"MAn"_s, u"2[....m<"_s, 2 },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         SetUpExam();
         for (const int index : { 2, 3, 5 })
             Item(index).SetIsMarked(true);
@@ -276,13 +266,12 @@ TEST_F(SessionTest, ReviewAfterTheExam)
     Do(u"1n14n12n1n"_s);
     Do(u"E"_s);
     EXPECT_TRUE(Session.Page().IsPostExam);
-    struct Row { QString Page, Answer, Status; bool HasExplanation; };
-    const Row rows[] = {
+    const struct { QString Page, Answer, Status; bool HasExplanation; } rows[] = {
         { u"1(X::"_s, u"Answer: A"_s, u"CORRECT"_s, false }, { u"2[X::X<"_s, u"Answer: A,C"_s, u"INCORRECT"_s, false },
         { u"3[XX:<"_s, u"Answer: A,B"_s, u"CORRECT"_s, false }, { u"4[X:<"_s, u"Answer: "_s, u"INCORRECT"_s, false },
         { u"5(::<"_s, u"Answer: B"_s, u"INCORRECT"_s, true },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         Do(u"ab"_s);
         EXPECT_EQ(Page(), row.Page) << "labels have no effect";
         EXPECT_EQ(Session.Page().Answer, row.Answer);

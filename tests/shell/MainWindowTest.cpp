@@ -1,20 +1,14 @@
 #include "shell/frmAbout.h"
 #include "shell/frmMain.h"
 
-#include "model/Globals.h"
 #include "shell/CatalogueModel.h"
-#include "tests/support/ExamBuilder.h"
-#include "tests/support/Messages.h"
-#include "tests/support/Sandbox.h"
 #include "tests/support/System.h"
 #include "tests/support/Windows.h"
 
-#include <QDir>
 #include <QLabel>
 #include <QSignalSpy>
 #include <QTreeView>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace Windows;
 
 namespace {
@@ -30,7 +24,8 @@ protected:
     {
         const auto exam = NewExam({ code, u"Exam "_s + code });
         AddItem(*exam, { u"?"_s, { u"*yes"_s, u"no"_s } });
-        return Install(*exam, code);
+        // Not every system takes such names of folders.
+        return Install(*exam, QString(code).remove(u'<').remove(u'>'));
     }
     void ShowMain()
     {
@@ -64,7 +59,7 @@ TEST_F(MainWindowTest, Catalogue)
     QStringList expected;
     for (const QString &code : { u"B-1"_s, u"A<b>&"_s, u"C-3"_s }) {
         expected += code + u"|Exam "_s + code + u'|' + InstallExam(code);
-        Sandbox::WriteFile(Sandbox::ExamsFolder() + u'/' + code + u" no/other.exam"_s, "");
+        Sandbox::WriteFile(Sandbox::ExamsFolder() + u"/no %1/other.exam"_s.arg(expected.size()), "");
         Window.RefreshExamList();
         EXPECT_EQ(Status(), u"%1 Exams Installed  |  "_s.arg(expected.size()));
     }

@@ -1,11 +1,7 @@
 #include "shell/frmReport.h"
 
 #include "common/Error.h"
-#include "model/Globals.h"
 #include "shell/ReportSheet.h"
-#include "tests/support/ExamBuilder.h"
-#include "tests/support/Messages.h"
-#include "tests/support/Sandbox.h"
 #include "tests/support/Windows.h"
 
 #include <QDialogButtonBox>
@@ -13,7 +9,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace Windows;
 
 namespace {

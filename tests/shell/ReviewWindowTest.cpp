@@ -1,9 +1,6 @@
 #include "shell/frmReview.h"
 
-#include "model/Globals.h"
 #include "session/frmExam.h"
-#include "tests/support/ExamBuilder.h"
-#include "tests/support/Messages.h"
 #include "tests/support/Windows.h"
 
 #include <QLabel>
@@ -11,7 +8,6 @@
 #include <QListWidget>
 #include <QPushButton>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace Windows;
 
 namespace {
@@ -97,8 +93,7 @@ TEST_F(ReviewWindowTest, ListTakesDigitsOnly)
 TEST_F(ReviewWindowTest, WaysBackToTheExam)
 {
     Globals::CurrentExam->Questions().Item(3)->SetIsMarked(true);
-    struct Row { QString Way; std::function<void()> Go; int Index; int Mode; };
-    const Row rows[] = {
+    const struct { QString Way; std::function<void()> Go; int Index; int Mode; } rows[] = {
         { u"number and button"_s, [this] { Type(u"7"_s); Click(Window.get(), u"cmdGoTo"_s); }, 7, 0 },
         { u"number and Enter"_s, [this] { Type(u"12"_s); QTest::keyClick(Field, Qt::Key_Return); }, 12, 0 },
         { u"double-click"_s, [this] {
@@ -110,7 +105,7 @@ TEST_F(ReviewWindowTest, WaysBackToTheExam)
         { u"review marked"_s, [this] { Click(Window.get(), u"cmdReviewMarked"_s); }, 3, 2 },
         { u"Escape in the list"_s, [this] { QTest::keyClick(List, Qt::Key_Escape); }, 5, 0 },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         Exam.Session().SetReviewMode(0);
         Exam.Session().GotoQuestion(5);
         Open();

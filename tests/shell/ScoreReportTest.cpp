@@ -1,12 +1,6 @@
 #include "shell/ReportSheet.h"
 #include "shell/ScoreReport.h"
-
-#include "tests/support/ExamBuilder.h"
-#include "tests/support/ExpectError.h"
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
+#include "tests/support/Test.h"
 
 namespace {
 
@@ -23,14 +17,13 @@ double Ruler(const QString &text, bool isBold)
 
 TEST(ScoreReportTest, Shares)
 {
-    struct Row { qint16 Total, Required, Obtained; bool IsPassed; QString RequiredShare, ObtainedShare; };
-    const Row rows[] = {
+    const struct { qint16 Total, Required, Obtained; bool IsPassed; QString RequiredShare, ObtainedShare; } rows[] = {
         { 1000, 700, 700, true, u"70"_s, u"70"_s }, { 1000, 700, 699, false, u"70"_s, u"70"_s },
         { 100, 250, 100, false, u"250"_s, u"100"_s },
         { 200, 1, 5, true, u"0"_s, u"2"_s }, { 200, 3, 201, true, u"2"_s, u"100"_s }, // halves to even
         { 1, 700, 0, false, u"6 "_s, u"0"_s }, { 0, 0, 0, true, u"11 "_s, u"11 "_s }, { -100, 70, 80, true, u"-70"_s, u"-80"_s },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         const ScoreReport report{ row.Total, row.Required, row.Obtained };
         SCOPED_TRACE(testing::Message() << row.Total << ' ' << row.Required << ' ' << row.Obtained);
         EXPECT_EQ(report.IsPassed(), row.IsPassed);
@@ -57,15 +50,14 @@ TEST(ReportLayoutTest, Window)
 TEST(ReportSheetTest, LongTitles)
 {
     const QString x115(115, u'x');
-    struct Row { QString Case, Name, First, Rest; };
-    const Row rows[] = {
+    const struct { QString Case, Name, First, Rest; } rows[] = {
         { u"127, blanks"_s, u"a b "_s.repeated(28) + u"c d"_s, u"a b "_s.repeated(28) + u"c d"_s, u""_s },
         { u"129, the 128th a blank"_s, x115 + u" y"_s, x115, u"y"_s },
         { u"129, the 129th a blank"_s, x115 + u"y "_s, x115 + u'y', u""_s },
         { u"the 127th a blank"_s, x115.left(114) + u" yy zz"_s, x115.left(114) + u" yy"_s, u"zz"_s },
         { u"no blank behind"_s, u"a b "_s + x115 + x115, u"a b "_s + x115 + x115, u""_s },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         const ReportSheet::Title title = ReportSheet::TitleOf(row.Name);
         EXPECT_EQ(title.First, u"Exam Title: "_s + row.First) << row.Case.toStdString();
         EXPECT_EQ(title.Rest, row.Rest) << row.Case.toStdString();

@@ -1,16 +1,10 @@
 #include "shell/SystemInformation.h"
-
-#include "tests/support/ExpectError.h"
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
+#include "tests/support/Test.h"
 
 TEST(SystemInformationTest, GetKeyValue)
 {
     const QString key = u"Software\\Test"_s;
-    struct Row { Registry::ValueType Type; QVariant Written; bool IsFound; QString Text; };
-    const Row rows[] = {
+    const struct { Registry::ValueType Type; QVariant Written; bool IsFound; QString Text; } rows[] = {
         { Registry::Text, u"C:\\tool.exe"_s, true, u"C:\\tool.exe"_s },
         { Registry::Text, u""_s, true, u""_s },
         { Registry::Text, QString(1023, u'x'), true, QString(1023, u'x') },
@@ -22,7 +16,7 @@ TEST(SystemInformationTest, GetKeyValue)
         { Registry::Number, 0x00000100, true, u"16"_s },
         { Registry::Binary, QByteArray("x"), true, u""_s },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         Registry::WriteValue(key, u"V"_s, row.Written, row.Type, Registry::LocalMachine);
         QString text = u"before"_s;
         EXPECT_EQ(GetKeyValue(Registry::LocalMachine, key, u"V"_s, text), row.IsFound) << row.Written.toString().toStdString();

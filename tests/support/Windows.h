@@ -1,15 +1,12 @@
 #pragma once
 
-#include "tests/support/ExpectError.h"
+#include "tests/support/Messages.h"
+#include "tests/support/Test.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QTest>
 #include <QTimer>
-
-#include <gtest/gtest.h>
-
-#include <functional>
 
 // Real windows, found by name and driven by events.
 namespace Windows {

@@ -82,8 +82,7 @@ TEST_F(LinkLabelTest, ClicksAndKeys)
     link.SetCaption(u"a link"_s);
     Show(&link);
     QSignalSpy clicks(&link, &LinkLabel::Click);
-    struct Row { QString HRef; std::function<void()> Press; QString Opened; bool IsClick = true; };
-    const Row rows[] = {
+    const struct { QString HRef; std::function<void()> Press; QString Opened; bool IsClick = true; } rows[] = {
         { u"  http://a.example "_s, [&] { Click(&link); }, u"http://a.example"_s },
         { u"http://b.example"_s, [&] { QTest::keyClick(&link, Qt::Key_Return); }, u"http://b.example"_s },
         { u"   "_s, [&] { QTest::keyClick(&link, Qt::Key_Enter); }, u""_s },
@@ -93,7 +92,7 @@ TEST_F(LinkLabelTest, ClicksAndKeys)
              QTest::mouseRelease(&link, Qt::LeftButton, Qt::NoModifier, QPoint(-5, -5));
          }, u""_s, false },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         clicks.clear();
         link.SetHRef(row.HRef);
         row.Press();
@@ -131,12 +130,11 @@ TEST(TextBlockTest, WrapsAnything)
     const int line = block.HeightForWidth(400);
     EXPECT_GT(line, 0) << "an empty text takes a line";
     const int wide = block.fontMetrics().horizontalAdvance(u"M"_s.repeated(20)) + 2;
-    struct Row { QString Text; int Lines; };
-    const Row rows[] = {
+    const struct { QString Text; int Lines; } rows[] = {
         { u"M"_s.repeated(20), 1 }, { u"M"_s.repeated(21), 2 }, { u"a\r\nb\rc\nd"_s, 4 }, { u"a\r\n\r\nb"_s, 3 },
         { u"a\0\nb"_s, 1 }, { u"<br><br>"_s, 1 },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         block.SetText(row.Text);
         EXPECT_NEAR(block.HeightForWidth(wide), row.Lines * line, row.Lines * 0.1 + 1) << row.Text.left(30).toStdString();
     }

@@ -6,6 +6,7 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
+#include <QScreen>
 
 using namespace Windows;
 
@@ -58,7 +59,7 @@ TEST(MessagesTest, EndlessTexts)
 {
     for (const QString &text : { u"line\r\n"_s.repeated(2000), u"word "_s.repeated(20'000), QString(20'000, u'w') }) {
         WhenOpen open(u"QMessageBox"_s, [](QWidget *box) {
-            EXPECT_LT(box->height(), 700);
+            EXPECT_LT(box->height(), box->screen()->availableSize().height());
             QTest::keyClick(box, Qt::Key_Return);
         });
         EXPECT_EQ(ShowMessage(text, CriticalMessage), AnswerOK);
@@ -88,13 +89,12 @@ TEST(MessagesTest, UnaskedBoxesAreDeafAtFirst)
 
 TEST(MessagesTest, UnhandledErrors)
 {
-    struct Row { std::function<void()> Action; QString Message; };
-    const Row rows[] = {
+    const struct { std::function<void()> Action; QString Message; } rows[] = {
         { [] { throw Error(qint32(0x80040001), u"{1} <b>\0behind"_s, u"X::Y()"_s); }, u"Run-time error '-2147221503':\r\n\r\n{1} <b>"_s },
         { [] { throw Error::RunTime(TypeMismatch); }, u"Run-time error '13':\r\n\r\nType mismatch"_s },
         { [] { throw std::bad_alloc(); }, u"Run-time error '7':\r\n\r\nOut of memory"_s },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         Messages boxes;
         boxes.Expect(row.Message, CriticalMessage);
         EXPECT_EQ(RunLoop([&] { Guard(row.Action); }), 1) << row.Message.toStdString();

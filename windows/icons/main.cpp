@@ -58,8 +58,7 @@ void DrawExam(QPainter &painter, const QRect &square)
     Artwork::ApplicationIcon().paint(&painter, emblem);
 }
 
-template <class Number>
-void Append(QByteArray &bytes, Number number)
+template <class Number> void Append(QByteArray &bytes, Number number)
 {
     const Number little = qToLittleEndian(number);
     bytes.append(reinterpret_cast<const char *>(&little), sizeof little);
@@ -147,6 +146,7 @@ int main(int argc, char **argv)
         return 2;
     }
     const QDir folder(arguments.at(1));
-    const bool isWritten = Write(folder.filePath(u"practorium.ico"_s), DrawProgram) && Write(folder.filePath(u"exam.ico"_s), DrawExam);
+    const bool isWritten
+        = Write(folder.filePath(u"practorium.ico"_s), DrawProgram) && Write(folder.filePath(u"exam.ico"_s), DrawExam);
     return isWritten ? 0 : 1;
 }
