@@ -20,7 +20,7 @@ QString SystemErrorText(qint32 code)
 {
     HMODULE library = nullptr;
     if (code >= FirstNetworkError && code < BehindNetworkErrors)
-        library = LoadLibraryExW(L"netmsg.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE);
+        library = LoadLibraryExW(L"netmsg.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_SEARCH_SYSTEM32);
     const DWORD sources = FORMAT_MESSAGE_FROM_SYSTEM | (library ? FORMAT_MESSAGE_FROM_HMODULE : 0);
     std::array<wchar_t, BufferLength> buffer{};
     const DWORD length = FormatMessageW(sources | FORMAT_MESSAGE_IGNORE_INSERTS, library, static_cast<DWORD>(code), 0,

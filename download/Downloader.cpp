@@ -71,6 +71,9 @@ void Downloader::ReceiveBody()
     if (length < 0 || length > std::numeric_limits<qint32>::max())
         throw Error::RunTime(Overflow);
     m_fileSize = static_cast<qint32>(length);
+    // Without a folder the file would lie wherever the program happens to be.
+    if (m_targetPath.isEmpty())
+        throw refuse(u"There is no folder for the file"_s);
     if (!IsPlainFileName(m_fileName))
         throw refuse(u"The name of the file leads out of its folder"_s);
     m_file.Create(TargetFile());

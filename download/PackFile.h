@@ -27,8 +27,12 @@ public:
     // Makes the closed file a program. Raises an Error when it is no longer the
     // one that was created or when another user could exchange it.
     void MakeRunnable();
+    // The path to run it by, once it is runnable: it leads to the file that was
+    // checked, on Windows whatever becomes of links in Path meanwhile.
+    QString RunPath() const;
     // Removes the file that was created. Raises an Error when it is gone, or
-    // another one is at its place, which stays.
+    // another one is at its place, which stays. On Windows it waits up to five
+    // seconds for a program that has it open.
     void Remove();
 
 private:
@@ -37,7 +41,8 @@ private:
     QString m_path;
 };
 
-// Removes a regular file of this user's own; anything else stays as it is.
+// Removes a regular file of this user's own; anything else stays as it is. It
+// waits as PackFile::Remove does.
 void RemoveOwnFile(const QString &path);
 
 // A name that stays inside the folder that it is put into.

@@ -134,6 +134,12 @@ void PackFile::MakeRunnable()
     Common::CheckApiResult(chmod(path.constData(), S_IRUSR | S_IWUSR | S_IXUSR) == 0);
 }
 
+// Nobody else can put another file there, or MakeRunnable has raised an Error.
+QString PackFile::RunPath() const
+{
+    return m_path;
+}
+
 void PackFile::Remove()
 {
     const QByteArray path = QFile::encodeName(m_path);

@@ -22,6 +22,23 @@ namespace {
 // Chunks of the network are small; the disk gets them in larger pieces.
 constexpr qsizetype WriteBuffer = 256 * 1024;
 
+// Between two attempts at what another program may be in the way of, such as one
+// that looks for viruses in every program, or the system itself, which lets go
+// of a program's file only some time after its end: 5 seconds in all.
+constexpr DWORD AttemptMilliseconds = 50;
+constexpr int MostAttempts = 100;
+
+template <class Attempt> bool Patiently(Attempt attempt)
+{
+    for (int count = 1; !attempt(); ++count) {
+        const DWORD code = GetLastError();
+        if (count == MostAttempts || (code != ERROR_SHARING_VIOLATION && code != ERROR_ACCESS_DENIED))
+            return false;
+        Sleep(AttemptMilliseconds);
+    }
+    return true;
+}
+
 Error Exchanged()
 {
     return Error(InvalidCall, u"The downloaded file is not the one that was written"_s, u"PackFile"_s);
@@ -63,12 +80,60 @@ public:
     bool Delete() const
     {
         FILE_DISPOSITION_INFO disposition = { TRUE };
-        return SetFileInformationByHandle(m_handle, FileDispositionInfo, &disposition, sizeof disposition);
+        return Patiently([&] {
+            return SetFileInformationByHandle(m_handle, FileDispositionInfo, &disposition, sizeof disposition) != FALSE;
+        });
     }
 
 private:
     HANDLE m_handle = INVALID_HANDLE_VALUE;
 };
+
+// A file that is to be deleted. A folder in its place is not waited for.
+FileHandle OpenToDelete(const QString &path, DWORD access)
+{
+    FileHandle file;
+    Patiently([&] {
+        file = FileHandle(path, DELETE | FILE_READ_ATTRIBUTES | access, FILE_SHARE_READ | FILE_SHARE_DELETE, OPEN_EXISTING);
+        const DWORD code = GetLastError();
+        if (file.IsOpen())
+            return true;
+        const DWORD attributes = GetFileAttributesW(Wide(WidePath(path)));
+        const bool isFolder = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+        SetLastError(code);
+        return isFolder;
+    });
+    return file;
+}
+
+// A text that the system writes into a buffer and of which it tells the length,
+// or of what a buffer needs; empty when it has none.
+template <class Call> QString TextOf(Call call)
+{
+    QString text;
+    for (DWORD room = MAX_PATH; room > 0;) {
+        text.resize(static_cast<qsizetype>(room));
+        const DWORD length = call(reinterpret_cast<wchar_t *>(text.data()), room);
+        text.truncate(static_cast<qsizetype>(length));
+        room = length >= room ? length + 1 : 0;
+    }
+    return text;
+}
+
+// The path without the prefix that lifts the system's limits, if it is within
+// them and means the same; else empty.
+QString PlainPath(const QString &path)
+{
+    QString plain = path;
+    if (path.startsWith("\\\\?\\UNC\\"_L1))
+        plain = u'\\' + path.mid(7);
+    else if (path.startsWith("\\\\?\\"_L1))
+        plain = path.mid(4);
+    if (plain.size() >= MAX_PATH)
+        return {};
+    const QString meant = TextOf([&](wchar_t *text, DWORD room) { return GetFullPathNameW(Wide(plain), room, text, nullptr); });
+    return meant == plain ? plain : QString();
+}
 
 struct LocalMemory {
     void operator()(void *memory) const { LocalFree(memory); }
@@ -99,7 +164,8 @@ std::unique_ptr<void, LocalMemory> OnlyThisUser()
     const QString sid = QString::fromWCharArray(name);
     const QString rights = u"O:"_s + sid + u"D:P(A;;FA;;;"_s + sid + u')';
     PSECURITY_DESCRIPTOR descriptor = nullptr;
-    Common::CheckApiResult(ConvertStringSecurityDescriptorToSecurityDescriptorW(Wide(rights), SDDL_REVISION_1, &descriptor, nullptr));
+    Common::CheckApiResult(
+        ConvertStringSecurityDescriptorToSecurityDescriptorW(Wide(rights), SDDL_REVISION_1, &descriptor, nullptr));
     return std::unique_ptr<void, LocalMemory>(descriptor);
 }
 
@@ -107,7 +173,8 @@ bool BelongsToThisUser(HANDLE file)
 {
     PSID owner = nullptr;
     PSECURITY_DESCRIPTOR descriptor = nullptr;
-    if (GetSecurityInfo(file, SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, &owner, nullptr, nullptr, nullptr, &descriptor) != ERROR_SUCCESS)
+    if (GetSecurityInfo(file, SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, &owner, nullptr, nullptr, nullptr, &descriptor)
+        != ERROR_SUCCESS)
         return false;
     const std::unique_ptr<void, LocalMemory> own(descriptor);
     const QByteArray user = FromToken<TOKEN_USER>(TokenUser);
@@ -208,12 +275,31 @@ void PackFile::MakeRunnable()
         throw Exchanged();
 }
 
+// The file and every folder on the way to it stay where they are while it is
+// open, links elsewhere do not. The system takes a program's name without its
+// prefix, and a long one by its short names. A disk that keeps no names of its
+// own, such as some that lie in memory, is taken by the name that is known.
+QString PackFile::RunPath() const
+{
+    QString path = TextOf([&](wchar_t *text, DWORD room) {
+        return GetFinalPathNameByHandleW(m_system->Handle.Get(), text, room, VOLUME_NAME_DOS);
+    });
+    if (path.isEmpty())
+        path = WidePath(m_path);
+    const QString shortPath = TextOf([&](wchar_t *text, DWORD room) { return GetShortPathNameW(Wide(path), text, room); });
+    for (const QString &plain : { PlainPath(path), PlainPath(shortPath) }) {
+        if (!plain.isEmpty())
+            return plain;
+    }
+    return path;
+}
+
 void PackFile::Remove()
 {
     if (!m_system)
         throw Exchanged();
     Abandon();
-    const FileHandle file(m_path, DELETE | FILE_READ_ATTRIBUTES, FILE_SHARE_READ, OPEN_EXISTING);
+    const FileHandle file = OpenToDelete(m_path, 0);
     if (!m_system->IsSame(file))
         throw Exchanged();
     Common::CheckApiResult(file.Delete());
@@ -223,7 +309,7 @@ void PackFile::Remove()
 
 void RemoveOwnFile(const QString &path)
 {
-    const FileHandle file(path, DELETE | READ_CONTROL | FILE_READ_ATTRIBUTES, FILE_SHARE_READ, OPEN_EXISTING);
+    const FileHandle file = OpenToDelete(path, READ_CONTROL);
     BY_HANDLE_FILE_INFORMATION information = {};
     if (file.IsPlain(information) && BelongsToThisUser(file.Get()))
         file.Delete();
@@ -233,8 +319,8 @@ void RemoveOwnFile(const QString &path)
 // and dots and blanks at the end are left out.
 bool IsPlainFileName(const QString &name)
 {
-    const bool isOdd = std::any_of(name.begin(), name.end(),
-                                   [](QChar c) { return c < u' ' || QStringView(u"/\\:*?\"<>|").contains(c); });
+    const bool isOdd
+        = std::any_of(name.begin(), name.end(), [](QChar c) { return c < u' ' || QStringView(u"/\\:*?\"<>|").contains(c); });
     if (name.isEmpty() || isOdd || name.startsWith(u' '))
         return false;
     const DWORD room = GetFullPathNameW(Wide(name), 0, nullptr, nullptr);

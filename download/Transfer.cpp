@@ -11,7 +11,7 @@ namespace {
 
 constexpr int MostRedirections = 10;
 constexpr qint64 ReadBuffer = 512 * 1024; // bytes
-constexpr int FirstError = 400;           // of the HTTP status codes
+constexpr int FirstError = 400; // of the HTTP status codes
 // The visible characters of ASCII that are sent as they are.
 constexpr char AsTheyAre[] = "!$&'()*+,/:;=?@[]";
 
@@ -71,7 +71,10 @@ void Transfer::Execute(const QString &url, const QByteArray &operation, const QB
     if (colon > 0)
         request.setRawHeader(header.left(colon), header.mid(colon + 1).trimmed());
     m_reply = operation == "GET" ? m_manager.get(request) : m_manager.sendCustomRequest(request, operation, body);
-    m_reply->setReadBufferSize(ReadBuffer);
+    // A request with a body starts by an event of its own; told before, it would
+    // not pass this on.
+    QMetaObject::invokeMethod(
+        m_reply, [reply = m_reply.data()] { reply->setReadBufferSize(ReadBuffer); }, Qt::QueuedConnection);
     connect(m_reply, &QNetworkReply::metaDataChanged, this, &Transfer::HeaderArrived);
     connect(m_reply, &QNetworkReply::finished, this, &Transfer::Ended);
     connect(m_reply, &QNetworkReply::requestSent, this, [this] { m_silence.start(m_silenceTime); });
@@ -85,10 +88,13 @@ void Transfer::Execute(const QString &url, const QByteArray &operation, const QB
 // reply's own signals must not.
 void Transfer::Raise(State state)
 {
-    QMetaObject::invokeMethod(this, [this, state, round = m_round] {
-        if (round == m_round)
-            Q_EMIT StateChanged(state);
-    }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this,
+        [this, state, round = m_round] {
+            if (round == m_round)
+                Q_EMIT StateChanged(state);
+        },
+        Qt::QueuedConnection);
 }
 
 // The reply must neither be aborted nor be deleted while one of its own signals
@@ -98,11 +104,14 @@ void Transfer::Release()
     if (!m_reply)
         return;
     m_reply->disconnect(this);
-    QMetaObject::invokeMethod(m_reply, [reply = m_reply.data()] {
-        if (reply->isRunning())
-            reply->abort();
-        reply->deleteLater();
-    }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        m_reply,
+        [reply = m_reply.data()] {
+            if (reply->isRunning())
+                reply->abort();
+            reply->deleteLater();
+        },
+        Qt::QueuedConnection);
     m_reply.clear();
 }
 
@@ -151,8 +160,6 @@ void Transfer::HeaderArrived()
         return;
     }
     m_hasHeader = true;
-    // A request with a body starts later, and has forgotten this by then.
-    m_reply->setReadBufferSize(ReadBuffer);
     m_responseCode = status;
     m_responseInfo = reason;
     bool isNumber = false;

@@ -356,7 +356,7 @@ void frmExamDownloader::Fetch(const QString &sessionID, const QString &examID)
     const QString folder = IO::GetTempFolder();
     // A file of ours from an earlier run is in the way; anybody else's stays,
     // and then the pack cannot be written.
-    if (IsPlainFileName(fileName))
+    if (!folder.isEmpty() && IsPlainFileName(fileName))
         RemoveOwnFile(IO::CombinePath(folder, fileName));
     m_oDownloader.GetFile(address, folder, fileName);
 }
@@ -389,7 +389,7 @@ void frmExamDownloader::Install(const QString &examID)
     // What is shown while no events run is painted now.
     repaint();
     Q_EMIT Installing(examID);
-    Common::SyncShell(u'"' + m_oDownloader.TargetFile().replace(u"\""_s, u"\"\"\""_s) + u'"');
+    Common::SyncShell(u'"' + m_oDownloader.File().RunPath().replace(u"\""_s, u"\"\"\""_s) + u'"');
     m_oDownloader.File().Remove();
 }
 

@@ -3,7 +3,11 @@
 #include "common/Common.h"
 #include "common/Error.h"
 #include "model/ExamFormat.h"
+#include "model/Globals_p.h"
 #include "model/IO.h"
+#include "model/KeptExams.h"
+
+#include <QDir>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -34,6 +38,18 @@ QStringList GetInstalledExams()
             exams.append(path);
     }
     return exams;
+}
+
+void PutBackKept()
+{
+    const QString folder = ExamsFolder();
+    const QLatin1StringView prefix(KeptPrefix.data(), static_cast<qsizetype>(KeptPrefix.size()));
+    for (const QString &kept : IO::GetSubFolders(folder)) {
+        const QString name = kept.startsWith(prefix) ? kept.mid(prefix.size()) : QString();
+        const QString place = IO::CombinePath(folder, name);
+        if (!name.isEmpty() && !name.startsWith(u'.') && !IO::FileExists(place))
+            QDir().rename(IO::CombinePath(folder, kept), place);
+    }
 }
 
 bool IsExamInstalled(const QString &ExamCode)

@@ -20,6 +20,7 @@ void CatalogueModel::Refresh()
 {
     beginResetModel();
     m_rows.clear();
+    Globals::PutBackExams();
     for (const QString &path : Globals::GetInstalledExams()) {
         Exam exam;
         // One file that cannot be read must not hide the exams behind it.

@@ -6,8 +6,10 @@
 ;   SAMPLES   a folder of sample packages
 ;   OUT       the installer to make
 ; A silent installation is "/S", for the user alone with "/CurrentUser", for all
-; with "/AllUsers"; "/D=FOLDER" comes last. A silent removal is
-; "uninstall.exe /S", which leaves the exams alone unless told "/EXAMS".
+; with "/AllUsers"; "/D=FOLDER" comes last, without quotes. It ends with 2 when it
+; cannot be done, with 3 when only the rights of the exams folder cannot be set. A
+; silent removal is "uninstall.exe /S", which leaves the exams alone unless told
+; "/EXAMS".
 Unicode true
 Target amd64-unicode
 SetCompressor /SOLID lzma
@@ -32,6 +34,7 @@ ManifestSupportedOS Win10
 !define MULTIUSER_INSTALLMODE_INSTDIR_REGISTRY_VALUENAME "InstallLocation"
 !define MULTIUSER_INSTALLMODE_DEFAULT_REGISTRY_KEY "${APPS_KEY}"
 !define MULTIUSER_INSTALLMODE_DEFAULT_REGISTRY_VALUENAME "InstallLocation"
+!define MULTIUSER_INSTALLMODE_FUNCTION UseGivenFolder
 !include MultiUser.nsh
 !include MUI2.nsh
 !include FileFunc.nsh
@@ -52,7 +55,8 @@ VIAddVersionKey LegalCopyright "Apache License 2.0"
 !define MUI_ICON "${STAGE}\practorium.ico"
 !define MUI_UNICON "${STAGE}\practorium.ico"
 !define MUI_ABORTWARNING
-!define MUI_FINISHPAGE_RUN "$INSTDIR\${EXE}"
+!define MUI_FINISHPAGE_RUN
+!define MUI_FINISHPAGE_RUN_FUNCTION StartProgram
 !insertmacro MULTIUSER_PAGE_INSTALLMODE
 !insertmacro MUI_PAGE_COMPONENTS
 !insertmacro MUI_PAGE_DIRECTORY
@@ -63,13 +67,13 @@ VIAddVersionKey LegalCopyright "Apache License 2.0"
 !insertmacro MUI_UNPAGE_INSTFILES
 !insertmacro MUI_LANGUAGE English
 
-; Whether the program is running: then its file cannot be opened for writing.
-!macro StopIfRunning
-    ${If} ${FileExists} "$INSTDIR\${EXE}"
+; Whether a program is running: then its file cannot be opened for writing.
+!macro StopIfRunning PROGRAM FILE
+    ${If} ${FileExists} "$INSTDIR\${FILE}"
         ClearErrors
-        FileOpen $0 "$INSTDIR\${EXE}" a
+        FileOpen $0 "$INSTDIR\${FILE}" a
         ${If} ${Errors}
-            MessageBox MB_OK|MB_ICONEXCLAMATION "${NAME} is running, or its files cannot be written. Close it and start again." /SD IDOK
+            MessageBox MB_OK|MB_ICONEXCLAMATION "${PROGRAM} is running, or its files cannot be written. Close it and start again." /SD IDOK
             SetErrorLevel 2
             Abort
         ${EndIf}
@@ -77,24 +81,50 @@ VIAddVersionKey LegalCopyright "Apache License 2.0"
     ${EndIf}
 !macroend
 
+; The folder of "/D=", empty without it. It holds whichever mode is chosen.
+Var GivenFolder
+Function UseGivenFolder
+    ${If} $GivenFolder != ""
+        StrCpy $INSTDIR $GivenFolder
+    ${EndIf}
+FunctionEnd
+
+; By the desktop, with its user's own rights: the installer may have an
+; administrator's.
+Function StartProgram
+    Exec '"$WINDIR\explorer.exe" "$SMPROGRAMS\${NAME}.lnk"'
+FunctionEnd
+
 ; Whoever may use this machine may install exams: packs run with the rights of
-; the user who runs them. S-1-5-32-545 are the users in every language.
+; the user who runs them. The folder itself only takes new folders, so that
+; nobody can remove it or make a link of it; what is inside may be changed. Two
+; groups, in every language, because the rights of one might be joined: users
+; (S-1-5-32-545) and whoever has logged in (S-1-5-11).
 Function MakeExamsFolder
     CreateDirectory "${EXAMS}"
-    nsExec::Exec '"$SYSDIR\icacls.exe" "${EXAMS}" /grant *S-1-5-32-545:(OI)(CI)M'
+    nsExec::Exec '"$SYSDIR\icacls.exe" "${EXAMS}" /grant *S-1-5-32-545:(S,RC,RD,REA,X,RA,AD) *S-1-5-11:(OI)(CI)(IO)M'
     Pop $0
+    ${If} $0 != 0
+        MessageBox MB_OK|MB_ICONEXCLAMATION "The rights of ${EXAMS} cannot be set. Only administrators may be able to install exams." /SD IDOK
+        SetErrorLevel 3
+    ${EndIf}
 FunctionEnd
 
 ; Sets the error flag when no exam can come into the exams folder.
 Function TryExamsFolder
     ClearErrors
-    GetTempFileName $0 "${EXAMS}"
+    ${IfNot} ${FileExists} "${EXAMS}\*.*"
+        SetErrors
+        Return
+    ${EndIf}
+    CreateDirectory "${EXAMS}\.practorium-setup"
     ${IfNot} ${Errors}
-        Delete $0
+        RMDir "${EXAMS}\.practorium-setup"
     ${EndIf}
 FunctionEnd
 
 Function .onInit
+    StrCpy $GivenFolder $INSTDIR
     ${IfNot} ${AtLeastWin10}
         MessageBox MB_OKCANCEL|MB_ICONEXCLAMATION "${NAME} is made for Windows 10 or later and may not run here." /SD IDOK IDOK +3
         SetErrorLevel 2
@@ -114,12 +144,16 @@ FunctionEnd
 
 Section "${NAME}" SectionProgram
     SectionIn RO
-    !insertmacro StopIfRunning
+    !insertmacro StopIfRunning "${NAME}" "${EXE}"
+    !insertmacro StopIfRunning "practorium-author" "practorium-author.exe"
     SetOutPath "$INSTDIR"
     SetOverwrite on
     File /r "${STAGE}/*"
     WriteUninstaller "$INSTDIR\uninstall.exe"
+    ; The program writes into the folder that it starts in, which is this one.
+    StrCpy $OUTDIR "%TEMP%"
     CreateShortCut "$SMPROGRAMS\${NAME}.lnk" "$INSTDIR\${EXE}"
+    SetOutPath "$INSTDIR"
 
     WriteRegStr SHCTX "Software\Classes\${TYPE}" "" "Practice exam"
     WriteRegStr SHCTX "Software\Classes\${TYPE}\DefaultIcon" "" '"$INSTDIR\exam.ico"'
@@ -129,7 +163,8 @@ Section "${NAME}" SectionProgram
         WriteRegStr SHCTX "Software\Classes\.exam" "" "${TYPE}"
     ${EndIf}
 
-    ${GetSize} "$INSTDIR" "/S=0K" $0 $1 $2
+    ; Of the program: exams may lie inside its folder.
+    SectionGetSize ${SectionProgram} $0
     IntFmt $0 "0x%08X" $0
     WriteRegStr SHCTX "${APPS_KEY}" "DisplayName" "${NAME}"
     WriteRegStr SHCTX "${APPS_KEY}" "DisplayVersion" "${VERSION}"
@@ -143,18 +178,16 @@ Section "${NAME}" SectionProgram
     WriteRegDWORD SHCTX "${APPS_KEY}" "NoRepair" 1
     System::Call 'shell32::SHChangeNotify(i 0x08000000, i 0, p 0, p 0)'
 
-    ; Exams are everybody's. A user alone cannot make their folder.
-    ${If} $MultiUser.InstallMode == "AllUsers"
+    ; Exams are everybody's. Who is no administrator cannot make their folder, and
+    ; what an administrator can do in it says nothing about the others.
+    ${If} $MultiUser.Privileges == "Admin"
         Call MakeExamsFolder
-    ${EndIf}
-    Call TryExamsFolder
-    ${If} ${Errors}
-        Call MakeExamsFolder
+    ${Else}
         Call TryExamsFolder
-    ${EndIf}
-    ${If} ${Errors}
-        MessageBox MB_YESNO|MB_ICONQUESTION "Exams are kept in ${EXAMS}, which an administrator has to prepare once. Do that now?" /SD IDNO IDNO +2
-        ExecShellWait "runas" "$EXEPATH" "/ExamsFolder"
+        ${If} ${Errors}
+            MessageBox MB_YESNO|MB_ICONQUESTION "Exams are kept in ${EXAMS}, which an administrator has to prepare once. Do that now?" /SD IDNO IDNO +2
+            ExecShellWait "runas" "$EXEPATH" "/ExamsFolder"
+        ${EndIf}
     ${EndIf}
 SectionEnd
 
@@ -187,9 +220,54 @@ SectionEnd
     !insertmacro MUI_DESCRIPTION_TEXT ${SectionSamples} "Three exams to try it with, unless there are exams already."
 !insertmacro MUI_FUNCTION_DESCRIPTION_END
 
+; Removes the folder that was pushed, with everything in it. RMDir /r would go
+; through links, which any user may leave there, and empty what they lead to. While
+; a folder is open, with nobody allowed to write, no link can take its place.
+Function un.RemoveFolder
+    Exch $0
+    Push $1
+    Push $2
+    Push $3
+    Push $4
+    ; FILE_LIST_DIRECTORY, FILE_SHARE_READ, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS
+    ; and FILE_FLAG_OPEN_REPARSE_POINT
+    System::Call 'kernel32::CreateFileW(w r0, i 1, i 1, p 0, i 3, i 0x02200000, p 0) p .r1'
+    ${If} $1 P<> -1
+        System::Call 'kernel32::GetFileAttributesW(w r0) i .r4'
+        IntOp $4 $4 & 0x410
+        ${If} $4 = 0x10
+            FindFirst $2 $3 "$0\*"
+            ${DoUntil} $3 == ""
+                StrCpy $4 "$0\$3"
+                System::Call 'kernel32::GetFileAttributesW(w r4) i .r4'
+                IntOp $4 $4 & 0x10
+                ${If} $4 = 0
+                    SetFileAttributes "$0\$3" NORMAL
+                    Delete "$0\$3"
+                ${ElseIf} $3 != "."
+                ${AndIf} $3 != ".."
+                    Push "$0\$3"
+                    Call un.RemoveFolder
+                ${EndIf}
+                FindNext $2 $3
+            ${Loop}
+            FindClose $2
+        ${EndIf}
+        System::Call 'kernel32::CloseHandle(p r1)'
+    ${EndIf}
+    SetFileAttributes "$0" NORMAL
+    RMDir "$0"
+    Pop $4
+    Pop $3
+    Pop $2
+    Pop $1
+    Pop $0
+FunctionEnd
+
 Section "un.${NAME}" SectionRemove
     SectionIn RO
-    !insertmacro StopIfRunning
+    !insertmacro StopIfRunning "${NAME}" "${EXE}"
+    !insertmacro StopIfRunning "practorium-author" "practorium-author.exe"
     SetOutPath "$TEMP"
     !include "${FILES}"
     Delete "$INSTDIR\uninstall.exe"
@@ -201,14 +279,17 @@ Section "un.${NAME}" SectionRemove
         DeleteRegKey /ifempty SHCTX "Software\Classes\.exam"
     ${EndIf}
     DeleteRegKey SHCTX "${APPS_KEY}"
-    DeleteRegKey HKCU "${SETTINGS_KEY}"
+    DeleteRegValue HKCU "${SETTINGS_KEY}" "User ID"
+    DeleteRegValue HKCU "${SETTINGS_KEY}" "Password"
+    DeleteRegKey /ifempty HKCU "${SETTINGS_KEY}"
     DeleteRegKey /ifempty HKCU "Software\Practorum"
     System::Call 'shell32::SHChangeNotify(i 0x08000000, i 0, p 0, p 0)'
     RMDir "$INSTDIR"
 SectionEnd
 
 Section /o "un.Installed exams" SectionExams
-    RMDir /r "${EXAMS}"
+    Push "${EXAMS}"
+    Call un.RemoveFolder
     RMDir "$PROGRAMFILES64\Practorium"
     RMDir "$INSTDIR"
 SectionEnd

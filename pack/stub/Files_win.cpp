@@ -80,17 +80,9 @@ bool HoldsFolder(const Path &folder)
 
 void Remove(const Path &folder)
 {
-    const DWORD attributes = GetFileAttributesW(folder);
-    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) || HoldsFolder(folder))
-        return;
-    RemoveFiles(folder);
-    RemoveDirectoryW(folder);
-}
-
-void RemoveUnlocked(const Path &folder)
-{
     {
-        // A lock may write, and this one shares with nobody who may.
+        // A lock may write, and this one shares with nobody who may. While it is
+        // open nobody can put a link at the folder's place.
         const Handle own(CreateFileW(folder, FILE_LIST_DIRECTORY, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                      FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
         BY_HANDLE_FILE_INFORMATION about = {};

@@ -78,10 +78,9 @@ template <class Visit> bool ForEach(const Path &folder, Visit visit)
 bool IsFolder(const WIN32_FIND_DATAW &entry);
 // Whether a folder is in the folder; true too when it cannot be told.
 bool HoldsFolder(const Path &folder);
-// Removes the files in a folder and then it. One that holds a folder stays as it is.
+// Removes the files in a folder and then it. A link stays as it is, and so does a
+// folder that holds a folder or that somebody has locked.
 void Remove(const Path &folder);
-// The same for a folder that no living run has locked; the others stay.
-void RemoveUnlocked(const Path &folder);
 
 // An open folder. It is a lock on it, too: it shows that the run that unpacks
 // into it is alive, and the system takes it away with the run. Nobody can remove

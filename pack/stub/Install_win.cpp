@@ -1,4 +1,5 @@
 #define _CRT_RAND_S
+#include "model/MoveLock_win.h"
 #include "pack/stub/Files_win.h"
 #include "pack/stub/Steps.h"
 
@@ -114,32 +115,6 @@ bool IsThere(const Path &path)
     return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
 }
 
-// While it lives no other run moves exams, so that what one has put aside is
-// not taken for what a dead one has left. Runs of another user may not be able
-// to wait for this one's, and go on.
-class MoveLock {
-public:
-    MoveLock()
-        : m_mutex(CreateMutexW(nullptr, FALSE, L"Global\\Practorium.Exams"))
-    {
-        const DWORD result = m_mutex ? WaitForSingleObject(m_mutex, MostAttempts * AttemptMilliseconds) : WAIT_FAILED;
-        m_isHeld = result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
-    }
-    ~MoveLock()
-    {
-        if (m_isHeld)
-            ReleaseMutex(m_mutex);
-        if (m_mutex)
-            CloseHandle(m_mutex);
-    }
-    MoveLock(const MoveLock &) = delete;
-    MoveLock &operator=(const MoveLock &) = delete;
-
-private:
-    HANDLE m_mutex;
-    bool m_isHeld = false;
-};
-
 // The exams folder in the folder of programs, where the program looks for it.
 // What was made of its path goes again if nothing comes into it.
 class ExamsFolder {
@@ -159,8 +134,8 @@ public:
     Fault Open()
     {
         wchar_t programs[MAX_PATH] = {};
-        if (SHGetFolderPathW(nullptr, CSIDL_PROGRAM_FILES, nullptr, SHGFP_TYPE_CURRENT, programs) != S_OK
-            || programs[0] == L'\0')
+        const HRESULT result = SHGetFolderPathW(nullptr, CSIDL_PROGRAM_FILES, nullptr, SHGFP_TYPE_CURRENT, programs);
+        if (FAILED(result) || programs[0] == L'\0')
             return { NoExamsFolder };
         // A path on another machine begins with two separators.
         const bool isLocal = programs[0] != L'\\';
@@ -181,10 +156,13 @@ public:
 
     Fault Check(std::string_view package) const { return CheckPatiently(Path(m_exams, package)); }
 
-    // Clears away what runs left behind that were ended by force.
+    // Clears away what runs left behind that were ended by force; it stays while
+    // another run moves exams and does not come to an end.
     void Sweep() const
     {
-        const MoveLock lock;
+        const MoveLock lock(MostAttempts * AttemptMilliseconds);
+        if (!lock.IsHeld())
+            return;
         ForEach(m_exams, [this](const WIN32_FIND_DATAW &entry) {
             char name[MAX_PATH * 3] = {};
             if (!IsFolder(entry)
@@ -192,7 +170,7 @@ public:
                 return true;
             const Path path(m_exams, entry.cFileName);
             if (IsWorkName(name)) {
-                RemoveUnlocked(path);
+                Remove(path);
             } else if (const std::string_view package = KeptPackage(name); !package.empty()) {
                 const Path place(m_exams, package);
                 if (IsThere(place))
@@ -292,7 +270,9 @@ public:
         m_folder = Lock(m_path, FILE_SHARE_DELETE);
         if (!m_folder.IsOpen())
             return SystemFault(NotWritten);
-        const MoveLock lock;
+        // Without it nothing is removed that another run may need again; a
+        // later run does.
+        const MoveLock lock(MostAttempts * AttemptMilliseconds);
         DWORD code = ERROR_SUCCESS;
         for (int attempt = 0; attempt < MostAttempts; ++attempt) {
             if (attempt > 0)
@@ -300,14 +280,14 @@ public:
             if (const Fault fault = CheckPatiently(place))
                 return fault;
             if (Move(m_path, place))
-                return Finish(kept);
-            if (IsThere(place))
+                return Finish(kept, lock);
+            if (lock.IsHeld() && IsThere(place))
                 Remove(kept);
             if (!Move(place, kept)) {
                 code = GetLastError();
             } else {
                 if (Move(m_path, place))
-                    return Finish(kept);
+                    return Finish(kept, lock);
                 code = GetLastError();
                 PutBack(kept, place);
             }
@@ -331,10 +311,13 @@ private:
         }
     }
 
-    Fault Finish(const Path &kept)
+    Fault Finish(const Path &kept, const MoveLock &lock)
     {
         m_isMade = false;
-        Remove(kept);
+        // The next run may replace this one's exam in turn and remove it.
+        m_folder.Close();
+        if (lock.IsHeld())
+            Remove(kept);
         return {};
     }
 
@@ -344,6 +327,33 @@ private:
     Handle m_folder;
     Handle m_file;
 };
+
+// What a folder is, whatever it is called; false when it cannot be told.
+bool LookAt(const wchar_t *folder, BY_HANDLE_FILE_INFORMATION &about)
+{
+    const Handle own(CreateFileW(folder, 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                 FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    return own.IsOpen() && GetFileInformationByHandle(own, &about);
+}
+
+// Whether this program's file lies in the user's temporary folder.
+bool IsInTemporaryFolder()
+{
+    static wchar_t own[32'768];
+    wchar_t temporary[MAX_PATH + 2] = {};
+    const DWORD length = GetModuleFileNameW(nullptr, own, std::size(own));
+    const std::size_t separator = std::wstring_view(own, length).rfind(L'\\');
+    const DWORD room = static_cast<DWORD>(std::size(temporary));
+    const DWORD count = GetTempPathW(room, temporary);
+    if (length == 0 || length >= std::size(own) || separator == std::wstring_view::npos || count == 0 || count > room)
+        return false;
+    // With its separator, which a disk's own folder has to keep.
+    own[separator + 1] = L'\0';
+    BY_HANDLE_FILE_INFORMATION here = {};
+    BY_HANDLE_FILE_INFORMATION there = {};
+    return LookAt(own, here) && LookAt(temporary, there) && here.dwVolumeSerialNumber == there.dwVolumeSerialNumber
+        && here.nFileIndexHigh == there.nFileIndexHigh && here.nFileIndexLow == there.nFileIndexLow;
+}
 
 }
 
@@ -372,7 +382,9 @@ const char *SystemText(unsigned long code)
 
 // The program has no console of its own, so that none flashes up where a
 // program with windows runs it. It uses what it was given or its starter's; a
-// double click gives it neither, and a box has to do.
+// double click gives it neither, and a box has to do. The download window gives
+// it neither as well: it runs packs in the temporary folder and waits for them,
+// and a box of theirs would be behind it or, with nobody there, stay for ever.
 void WriteErrorLine(const char *line, std::size_t length)
 {
     wchar_t wide[1024] = {};
@@ -387,7 +399,7 @@ void WriteErrorLine(const char *line, std::size_t length)
         const Handle console(CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                          OPEN_EXISTING, 0, nullptr));
         WriteConsoleW(console, wide, static_cast<DWORD>(count), &put, nullptr);
-    } else {
+    } else if (!IsInTemporaryFolder()) {
         MessageBoxW(nullptr, wide, L"Practorium", MB_OK | MB_ICONERROR | MB_SETFOREGROUND);
     }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/KeptExams.h"
 #include "pack/stub/Install.h"
 #include "pack/stub/PackReader.h"
 
@@ -13,9 +14,7 @@
 // What is being unpacked, or was replaced: a number of 16 digits follows.
 constexpr std::string_view WorkPrefix = ".practorium-pack-";
 constexpr std::size_t WorkDigits = 16;
-// The exam that is being replaced where two folders cannot change places: the
-// package's name follows.
-constexpr std::string_view KeptPrefix = ".practorium-kept-";
+// The other kind begins with KeptPrefix.
 
 constexpr int MostAttempts = 100;
 

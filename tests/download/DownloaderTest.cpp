@@ -98,6 +98,16 @@ TEST_F(DownloaderTest, CancelledInTheMiddle)
     EXPECT_EQ(Sandbox::ReadFile(Getter.TargetFile()).size(), 1024) << "what was written";
 }
 
+TEST_F(DownloaderTest, NoFolderForTheFile)
+{
+    Server.On("GET", Answer::Whole("x"));
+    Getter.GetFile(Url(u"x"_s), u""_s, u"nowhere.exe"_s);
+    ASSERT_TRUE(Wait());
+    EXPECT_EQ(Failed, 1);
+    EXPECT_FALSE(Getter.IsWhole());
+    EXPECT_FALSE(QFileInfo::exists(Getter.TargetFile()));
+}
+
 // What stands behind the "?" reaches the server as bytes of the code page, and
 // nothing in it can end the request line.
 TEST_F(DownloaderTest, AddressOnTheWire)

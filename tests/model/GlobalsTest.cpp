@@ -1,3 +1,4 @@
+#include "tests/support/Program.h"
 #include "tests/support/System.h"
 #include "tests/support/Test.h"
 
@@ -34,6 +35,29 @@ TEST_F(GlobalsTest, PackageNames)
     }
     Sandbox::WriteFile(m_folder + u"/no folder"_s, "");
     EXPECT_THAT(Globals::GetInstalledExams(), testing::UnorderedElementsAreArray(expected));
+}
+
+TEST_F(GlobalsTest, ExamsThatWerePutAside)
+{
+    const QStringList names = { u"back"_s, u".practorium-kept-back"_s, u".practorium-kept-gone \u65E5"_s, u".practorium-kept-"_s,
+                                u".practorium-kept-.hidden"_s, u".practorium-pack-0123456789abcdef"_s };
+    for (const QString &name : names)
+        Sandbox::WriteFile(m_folder + u'/' + name + u"/x"_s, "");
+    Sandbox::WriteFile(m_folder + u"/.practorium-kept-file"_s, "");
+    Sandbox::WriteFile(m_folder + u"/.practorium-kept-covered/x"_s, "");
+    Sandbox::WriteFile(m_folder + u"/covered"_s, "");
+    auto expected = Snapshot(m_folder);
+    for (const QString &path : { u""_s, u"/x"_s }) {
+        auto moved = expected.extract(u"/.practorium-kept-gone \u65E5"_s + path);
+        ASSERT_FALSE(moved.empty()) << path.toStdString();
+        moved.key() = u"/gone \u65E5"_s + path;
+        expected.insert(std::move(moved));
+    }
+    Globals::PutBackExams();
+    EXPECT_EQ(Snapshot(m_folder), expected);
+    QDir(m_folder).removeRecursively();
+    Globals::PutBackExams();
+    EXPECT_FALSE(QFileInfo::exists(m_folder)) << "nothing is made";
 }
 
 TEST_F(GlobalsTest, IsExamInstalled)

@@ -1,10 +1,15 @@
+#include "model/Globals.h"
 #include "model/IO.h"
+#include "model/MoveLock_win.h"
 #include "tests/support/ExpectError.h"
+#include "tests/support/Sandbox.h"
 
 #include <QDir>
 #include <QFileInfo>
 
 #include <gtest/gtest.h>
+
+#include <thread>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -41,4 +46,20 @@ TEST(SystemFoldersTest, TempAndSubFolders)
     names.sort();
     EXPECT_EQ(names, (QStringList{ u"."_s, u".."_s, u"Two \u65E5"_s, u"one"_s }));
     EXPECT_EQ(IO::GetSubFolders(u"C:\\no such"_s), QStringList());
+}
+
+// A run that is alive puts back itself what it has put aside.
+TEST(SystemFoldersTest, NoExamMovesWhileAPackMovesThem)
+{
+    const QString exams = Sandbox::ExamsFolder();
+    Sandbox::WriteFile(exams + u"/.practorium-kept-X/X.exam"_s, "");
+    {
+        const MoveLock lock(0);
+        ASSERT_TRUE(lock.IsHeld());
+        std::thread([] { Globals::PutBackExams(); }).join();
+        EXPECT_FALSE(QFileInfo::exists(exams + u"/X"_s));
+    }
+    std::thread([] { Globals::PutBackExams(); }).join();
+    EXPECT_TRUE(QFileInfo::exists(exams + u"/X/X.exam"_s));
+    EXPECT_FALSE(QFileInfo::exists(exams + u"/.practorium-kept-X"_s));
 }

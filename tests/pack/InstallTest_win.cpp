@@ -1,4 +1,5 @@
 #include "common/WidePath_win.h"
+#include "model/MoveLock_win.h"
 #include "pack/stub/Files_win.h"
 #include "tests/pack/Installed.h"
 #include "tests/pack/PackSheet.h"
@@ -85,6 +86,49 @@ TEST(InstallTest, ManyAtOnce)
             EXPECT_EQ(EndOf(*run), Done);
         EXPECT_EQ(Snapshot(exams), Installed(u"BOTH"_s, CodeOf(u"BOTH"_s))) << "round " << round;
     }
+}
+
+// What that run has put aside stays, until it is gone.
+TEST(InstallTest, WhileAnotherRunMovesExams)
+{
+    const QString exams = FreshFolder();
+    const QString pack = MakePack(u"NEW"_s, u"N-1"_s);
+    Sandbox::WriteFile(exams + u"/.practorium-kept-OLD/OLD.exam"_s, "kept");
+    Sandbox::WriteFile(exams + u"/.practorium-kept-NEW/NEW.exam"_s, "kept");
+    Tree expected = Snapshot(exams);
+    expected.merge(Installed(u"NEW"_s, u"N-1"_s));
+    {
+        const MoveLock lock(0);
+        ASSERT_TRUE(lock.IsHeld());
+        EXPECT_EQ(OutcomeOf(pack), Done);
+        EXPECT_EQ(Snapshot(exams), expected);
+    }
+    EXPECT_EQ(OutcomeOf(pack), Done);
+    EXPECT_EQ(HiddenNames(exams), QStringList());
+    EXPECT_EQ(Sandbox::ReadFile(exams + u"/OLD/OLD.exam"_s), QByteArray("kept"));
+    EXPECT_EQ(CodeOf(u"NEW"_s), u"N-1"_s);
+}
+
+// Nobody would see it, and whoever has started the pack would wait for ever.
+TEST(InstallTest, NoBoxInTheTemporaryFolder)
+{
+    QByteArray bytes = Sandbox::ReadFile(MakePack(u"TEMP"_s, u"T-9"_s));
+    bytes.back() ^= 1;
+    const QString path = QDir::toNativeSeparators(QDir::temp().filePath(u"damaged.exe"_s));
+    Sandbox::WriteFile(path, bytes);
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    PROCESS_INFORMATION process = {};
+    ASSERT_TRUE(CreateProcessW(Wide(path), nullptr, nullptr, nullptr, FALSE, DETACHED_PROCESS, nullptr, nullptr, &startup, &process));
+    EXPECT_EQ(WaitForSingleObject(process.hProcess, 60'000), DWORD(WAIT_OBJECT_0)) << "it shows something";
+    TerminateProcess(process.hProcess, 9);
+    WaitForSingleObject(process.hProcess, INFINITE);
+    DWORD code = 0;
+    EXPECT_TRUE(GetExitCodeProcess(process.hProcess, &code));
+    EXPECT_EQ(code, DWORD(1));
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
 }
 
 // Names that pass as plain and yet mean something else to this system.

@@ -1,0 +1,8 @@
+#pragma once
+
+namespace Globals {
+
+// What PutBackExams does; the caller has seen to it that nobody moves exams.
+void PutBackKept();
+
+}

@@ -1,0 +1,16 @@
+#include "model/Globals.h"
+
+#include "model/Globals_p.h"
+#include "model/MoveLock_win.h"
+
+namespace Globals {
+
+void PutBackExams()
+{
+    // A living run puts back itself what it has put aside.
+    const MoveLock lock(0);
+    if (lock.IsHeld())
+        PutBackKept();
+}
+
+}
