@@ -160,6 +160,9 @@ void Transfer::HeaderArrived()
         return;
     }
     m_hasHeader = true;
+    // Said again, it has the library look at the connection again, which may
+    // have broken right behind the headers; Wine does not tell of that by itself.
+    m_reply->setReadBufferSize(ReadBuffer);
     m_responseCode = status;
     m_responseInfo = reason;
     bool isNumber = false;
