@@ -7,8 +7,8 @@
 // The file that a pack is downloaded into and run from. It lies in a folder
 // that is everybody's, so it is created anew for this user alone, never through
 // a link and never over a file that is there, and it is run only if it is still
-// the file that was created. Creating, writing and closing
-// raise the system's error.
+// the file that was created. Creating, writing and closing raise the system's
+// error.
 class PackFile {
 public:
     PackFile();
