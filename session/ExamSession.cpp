@@ -113,7 +113,6 @@ void ExamSession::LoadChoices(const Question &question)
         Selector &selector = selectors[row];
         selector.IsEnabled = !TheExam().IsEnded();
         selector.Caption = Globals::OptionLetter(choice->Number()) + u'.';
-        selector.Tag = choice->Number();
         selector.IsVisible = true;
         m_page.lblChoices[row] = { choice->Statement(), true };
         ++row;
@@ -371,10 +370,6 @@ void ExamSession::StartPostExamReview()
 {
     m_port.StopClock();
     m_page.IsPostExam = true;
-    // When time ran out, the item on the page was put there to be answered.
-    m_page.CanMark = false;
-    for (Selector &selector : m_page.Selectors(m_page.Kind))
-        selector.IsEnabled = false;
     m_port.ShowChanges();
 }
 

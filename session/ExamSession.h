@@ -14,7 +14,6 @@ struct Selector {
     static constexpr int Off = 0;
     static constexpr int On = 1;
 
-    int Tag = 0;
     QString Caption;
     int Value = Off; // a check box may also be 2, greyed, which does not count
     bool IsEnabled = true;
