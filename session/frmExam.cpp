@@ -20,6 +20,8 @@
 #include <QScreen>
 #include <QScrollBar>
 
+#include <utility>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
@@ -331,7 +333,9 @@ void frmExam::resizeEvent(QResizeEvent *event)
 void frmExam::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
-    Arrange();
+    // A window that is restored is shown again, as the candidate left it.
+    if (!std::exchange(m_wasShown, true))
+        Arrange();
 }
 
 void frmExam::closeEvent(QCloseEvent *event)

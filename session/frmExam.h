@@ -68,6 +68,7 @@ private:
     ExamClock tmrTimer;
     double m_textScale = 1;
     QString m_announcedMinute;
+    bool m_wasShown = false;
     bool m_isClosing = false;
     QCheckBox *chkMarked;
     QLabel *lblTime;

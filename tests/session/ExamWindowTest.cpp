@@ -154,6 +154,11 @@ TEST_F(ExamWindowTest, Scrolling)
     EXPECT_EQ(Bar->value(), value) << "and the bar stays where it is";
     Bar->setValue(value + 15);
     EXPECT_EQ(Content->y(), Frame->contentsRect().top() - (value + 15 + 7) / 15) << "until it is moved";
+    const int shown = Content->y();
+    Window.showMinimized();
+    Window.showNormal();
+    EXPECT_TRUE(QTest::qWaitForWindowExposed(&Window));
+    EXPECT_EQ(Content->y(), shown) << "minimised and restored";
     Window.Session().GotoQuestion(2);
     EXPECT_EQ(Bar->value(), 0);
     EXPECT_EQ(Content->y(), Frame->contentsRect().top());
