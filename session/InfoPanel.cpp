@@ -1,6 +1,7 @@
 #include "session/InfoPanel.h"
 
 #include "session/ExamSession.h"
+#include "ui/TextBlock.h"
 #include "ui/Theme.h"
 
 #include <QGridLayout>
@@ -14,6 +15,10 @@ namespace {
 
 constexpr OleColor PanelColor = 0xFDF8F2;
 constexpr OleColor PanelLine = 0xEF993A;
+constexpr QMargins Margins(14, 10, 14, 10); // pixels
+constexpr int ButtonGap = 18;
+constexpr int LineGap = 6;
+constexpr int Slack = 4; // a text is rarely as wide as its metrics say
 
 PageLayout::Point PointOf(const QMouseEvent *event)
 {
@@ -24,7 +29,7 @@ PageLayout::Point PointOf(const QMouseEvent *event)
 
 InfoPanel::InfoPanel(QWidget *parent)
     : Panel(parent)
-    , lblAnswer(new QLabel(this))
+    , lblAnswer(new TextBlock(this))
     , lblStatus(new QLabel(this))
     , cmdWhy(new QPushButton(u"&Why?"_s, this))
 {
@@ -36,15 +41,15 @@ InfoPanel::InfoPanel(QWidget *parent)
     SetBackColor(PanelColor);
     SetBorderColor(PanelLine);
     Theme::ScaleFont(lblStatus, 1.1, QFont::Bold);
-    for (QLabel *label : { lblAnswer, lblStatus }) {
+    for (QLabel *label : { static_cast<QLabel *>(lblAnswer), lblStatus }) {
         label->setTextFormat(Qt::PlainText);
         label->setAttribute(Qt::WA_TransparentForMouseEvents);
     }
-    lblAnswer->setMinimumWidth(lblAnswer->fontMetrics().horizontalAdvance(u"Answer: A,B,C,D,E"_s));
     lblStatus->setMinimumWidth(lblStatus->fontMetrics().horizontalAdvance(u"INCORRECT"_s));
     auto *layout = new QGridLayout(this);
-    layout->setContentsMargins(14, 10, 14, 10);
-    layout->setHorizontalSpacing(18);
+    layout->setContentsMargins(Margins);
+    layout->setHorizontalSpacing(ButtonGap);
+    layout->setVerticalSpacing(LineGap);
     layout->addWidget(lblAnswer, 0, 0);
     layout->addWidget(lblStatus, 1, 0);
     layout->addWidget(cmdWhy, 0, 1, 2, 1, Qt::AlignVCenter);
@@ -58,12 +63,39 @@ InfoPanel::InfoPanel(QWidget *parent)
 
 void InfoPanel::Display(const PageState &page)
 {
-    lblAnswer->setText(page.Answer);
+    m_answer = page.Answer;
     lblStatus->setText(page.Status);
     QPalette colours = palette();
     colours.setColor(QPalette::WindowText, page.IsCorrect ? Theme::CorrectText : Theme::IncorrectText);
     lblStatus->setPalette(colours);
     cmdWhy->setVisible(page.HasExplanation);
+    Fit();
+}
+
+void InfoPanel::SetRoom(QSize room)
+{
+    m_room = room;
+    Fit();
+}
+
+void InfoPanel::Fit()
+{
+    const QFontMetrics metrics = lblAnswer->fontMetrics();
+    const QSize room
+        = m_room.shrunkBy(Margins) - QSize(cmdWhy->sizeHint().width() + ButtonGap, lblStatus->sizeHint().height() + LineGap);
+    const int least = metrics.horizontalAdvance(u"Answer: A,B,C,D,E"_s);
+    const int width = std::clamp(metrics.horizontalAdvance(m_answer) + Slack, least, std::max(least, room.width()));
+    lblAnswer->SetText(m_answer);
+    qsizetype shown = lblAnswer->HeightForWidth(width) > room.height() ? 0 : m_answer.size();
+    for (qsizetype tooMuch = m_answer.size(); tooMuch - shown > 1;) {
+        const qsizetype middle = (shown + tooMuch) / 2;
+        lblAnswer->SetText(m_answer.left(middle) + u'…');
+        (lblAnswer->HeightForWidth(width) > room.height() ? tooMuch : shown) = middle;
+    }
+    if (shown < m_answer.size())
+        lblAnswer->SetText(m_answer.left(shown) + u'…');
+    lblAnswer->setFixedWidth(width);
+    adjustSize();
 }
 
 void InfoPanel::mousePressEvent(QMouseEvent *event)

@@ -5,17 +5,21 @@
 
 class QLabel;
 class QPushButton;
+class TextBlock;
 struct PageState;
 
 // The panel that tells, after the exam, the key of the item on the page and
-// whether the answer was right. It reports how the pointer drags it and leaves
-// the moving to its frame.
+// whether the answer was right. It is as large as these need. It reports how
+// the pointer drags it and leaves the moving to its frame.
 class InfoPanel : public Panel {
     Q_OBJECT
 public:
     explicit InfoPanel(QWidget *parent);
 
     void Display(const PageState &page);
+    // The largest size it may take, in pixels: a key longer than a line wraps,
+    // and what finds no line any more gives way to an ellipsis.
+    void SetRoom(QSize room);
     QPushButton *WhyButton() const { return cmdWhy; }
 
 Q_SIGNALS:
@@ -28,9 +32,13 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
-    QLabel *lblAnswer;
+    void Fit();
+
+    TextBlock *lblAnswer;
     QLabel *lblStatus;
     QPushButton *cmdWhy;
+    QString m_answer;
+    QSize m_room;
     bool m_isPressed = false;
     PageLayout::Point m_press;
 };

@@ -1,5 +1,7 @@
 #include "session/PageLayout.h"
 
+#include <algorithm>
+
 namespace PageLayout {
 
 namespace {
@@ -38,8 +40,6 @@ Boxes Arrange(const Sizes &sizes, double NextHeight)
     boxes.MarkLeft = frame.Left;
     boxes.TimeLeft = frame.Left + frameWidth - sizes.Time.Width - EdgeGap;
     boxes.QuestionWidth = Percent(boxes.Content.Width, 98);
-    boxes.PanelLeft = frameWidth - sizes.PanelWidth - sizes.ScrollBarWidth - EdgeGap;
-    boxes.PanelTop = frameHeight - sizes.PanelHeight - EdgeGap;
     return boxes;
 }
 
@@ -81,14 +81,30 @@ Scroll ScrollFor(double frameInnerHeight, double contentHeight)
              static_cast<int>(std::lround(Percent(frameInnerHeight, 10))), static_cast<int>(std::lround(frameInnerHeight)) };
 }
 
-Point DragPanel(const Box &panel, Point press, Point pointer, double frameInnerWidth, double frameInnerHeight,
-                double scrollBarWidth)
+Point PanelFrame::Home() const
+{
+    return { Width - ScrollBarWidth - EdgeGap, Height - EdgeGap };
+}
+
+Point PanelFrame::Room() const
+{
+    return { Home().X - DragMargin, Home().Y - DragMargin };
+}
+
+Point PanelFrame::Drag(const Box &panel, Point press, Point pointer) const
 {
     const double left = panel.Left + (pointer.X - press.X);
     const double top = panel.Top + (pointer.Y - press.Y);
-    const bool across = IsWithin(left, DragMargin, frameInnerWidth - scrollBarWidth - panel.Width - DragMargin);
-    const bool down = IsWithin(top, DragMargin, frameInnerHeight - panel.Height - DragMargin);
+    const bool across = IsWithin(left, DragMargin, Width - ScrollBarWidth - panel.Width - DragMargin);
+    const bool down = IsWithin(top, DragMargin, Height - panel.Height - DragMargin);
     return { across ? left : panel.Left, down ? top : panel.Top };
+}
+
+Point PanelFrame::Keep(const Box &panel) const
+{
+    const double right = Width - ScrollBarWidth - panel.Width - DragMargin;
+    const double bottom = Height - panel.Height - DragMargin;
+    return { std::max(DragMargin, std::min(panel.Left, right)), std::max(DragMargin, std::min(panel.Top, bottom)) };
 }
 
 }

@@ -19,8 +19,6 @@ struct Sizes {
     Box Time; // only its width and height count
     double FrameBorder = 0; // of the question frame, on each side
     double ScrollBarWidth = 0;
-    double PanelWidth = 0;
-    double PanelHeight = 0;
 };
 
 struct Boxes {
@@ -30,8 +28,6 @@ struct Boxes {
     double MarkLeft = 0;
     double TimeLeft = 0;
     double QuestionWidth = 0;
-    double PanelLeft = 0; // in the frame: its home
-    double PanelTop = 0;
 };
 
 // The page for a window size; NextHeight is the height of the button row.
@@ -68,14 +64,29 @@ struct Scroll {
 };
 Scroll ScrollFor(double frameInnerHeight, double contentHeight);
 
-// Where the panel goes when the pointer, in the panel's own coordinates, has
-// moved away from where it was pressed. Each axis moves only as long as it
-// stays inside the frame.
 struct Point {
     double X = 0;
     double Y = 0;
 };
-Point DragPanel(const Box &panel, Point press, Point pointer, double frameInnerWidth, double frameInnerHeight,
-                double scrollBarWidth);
+
+// The panel of the review inside the question frame, which may have it anywhere
+// but on the scroll bar. The frame's size is its inner one.
+struct PanelFrame {
+    double Width = 0;
+    double Height = 0;
+    double ScrollBarWidth = 0;
+
+    // The largest panel that has its home, and may be moved, inside the frame.
+    Point Room() const;
+    // The panel's lower right corner at its home.
+    Point Home() const;
+    // Where the panel goes when the pointer, in the panel's own coordinates,
+    // has moved away from where it was pressed. Each axis moves only as long as
+    // it stays inside the frame.
+    Point Drag(const Box &panel, Point press, Point pointer) const;
+    // Where a panel goes whose size has changed: as near as possible to where
+    // it is with all of it where it may be moved.
+    Point Keep(const Box &panel) const;
+};
 
 }

@@ -56,14 +56,24 @@ QuestionFrame::QuestionFrame(QWidget *parent)
     Theme::ShowThumb(vsbScroll);
 }
 
+PageLayout::PanelFrame QuestionFrame::PanelFrame() const
+{
+    return { Twips::Of(contentsRect().width()), Twips::Of(contentsRect().height()), ScrollBarTwips() };
+}
+
+void QuestionFrame::PutPanel(PageLayout::Point topLeft)
+{
+    fraInfo->move(contentsRect().topLeft() + QPoint(Twips::ToPixels(topLeft.X), Twips::ToPixels(topLeft.Y)));
+}
+
 void QuestionFrame::MovePanel(PageLayout::Point distance)
 {
-    const QPoint corner = contentsRect().topLeft();
-    const PageLayout::Box panel{ Twips::Of(fraInfo->x() - corner.x()), Twips::Of(fraInfo->y() - corner.y()),
-                                 Twips::Of(fraInfo->width()), Twips::Of(fraInfo->height()) };
-    const PageLayout::Point to = PageLayout::DragPanel(panel, {}, distance, Twips::Of(contentsRect().width()),
-                                                       Twips::Of(contentsRect().height()), ScrollBarTwips());
-    fraInfo->move(corner + QPoint(Twips::ToPixels(to.X), Twips::ToPixels(to.Y)));
+    const QPoint from = fraInfo->pos() - contentsRect().topLeft();
+    const PageLayout::Box panel{ Twips::Of(from.x()), Twips::Of(from.y()), Twips::Of(fraInfo->width()),
+                                 Twips::Of(fraInfo->height()) };
+    const PageLayout::Point to = PanelFrame().Drag(panel, {}, distance);
+    PutPanel(to);
+    m_panelCorner = { to.X + panel.Width, to.Y + panel.Height };
 }
 
 double QuestionFrame::BorderTwips() const
@@ -164,11 +174,12 @@ void QuestionFrame::ShowChanges(const PageState &page)
     }
     fraInfo->setVisible(page.IsPostExam);
     if (page.IsPostExam) {
-        // A longer key makes the panel grow away from the corner it stands in.
-        const QPoint corner = fraInfo->geometry().bottomRight() + QPoint(1, 1);
         fraInfo->Display(page);
-        fraInfo->adjustSize();
-        fraInfo->move(corner - QPoint(fraInfo->width(), fraInfo->height()));
+        // A longer key makes the panel grow away from the corner it stands in,
+        // as far as the frame has room there; a shorter one brings it back.
+        const double width = Twips::Of(fraInfo->width());
+        const double height = Twips::Of(fraInfo->height());
+        PutPanel(PanelFrame().Keep({ m_panelCorner.X - width, m_panelCorner.Y - height, width, height }));
         fraInfo->raise();
     }
 }
@@ -179,8 +190,10 @@ void QuestionFrame::Place(const PageLayout::Boxes &boxes)
     const QPoint corner = contentsRect().topLeft();
     // Rounding may make it a pixel too long for the frame.
     vsbScroll->setGeometry(boxes.ScrollBar.ToPixels().translated(corner) & contentsRect());
-    fraInfo->adjustSize();
-    fraInfo->move(corner + QPoint(Twips::ToPixels(boxes.PanelLeft), Twips::ToPixels(boxes.PanelTop)));
+    const PageLayout::Point room = PanelFrame().Room();
+    fraInfo->SetRoom({ Twips::ToPixels(room.X), Twips::ToPixels(room.Y) });
+    m_panelCorner = PanelFrame().Home();
+    PutPanel({ m_panelCorner.X - Twips::Of(fraInfo->width()), m_panelCorner.Y - Twips::Of(fraInfo->height()) });
     ArrangeRows();
     // The content is shown from its top again, whatever the scroll bar says.
     MoveContent(0);

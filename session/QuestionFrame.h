@@ -26,7 +26,8 @@ public:
     void ShowItem(const PageState &page);
     // Brings selectors and panel up to date.
     void ShowChanges(const PageState &page);
-    // Puts everything inside where the boxes say, and the panel to its home.
+    // Puts everything inside where the boxes say, and the panel to its home. The
+    // frame has its size already.
     void Place(const PageLayout::Boxes &boxes);
     // The size of the texts, 1 being the system font's. What is in view stays
     // in view.
@@ -64,6 +65,8 @@ private:
     void AdjustScrollBar();
     void MoveContent(int value);
     void RevealRow(const QWidget *selector);
+    PageLayout::PanelFrame PanelFrame() const;
+    void PutPanel(PageLayout::Point topLeft);
 
     QWidget *picQuestion;
     TextBlock *lblQuestion;
@@ -73,6 +76,9 @@ private:
     size_t m_rowCount = 0;
     SelectorKind m_kind = SelectorKind::Radio;
     PageLayout::Boxes m_boxes;
+    // The panel's lower right corner inside the frame, in twips, where the
+    // candidate or the last change of size has put it.
+    PageLayout::Point m_panelCorner;
     double m_contentHeight = 0;
     double m_scale = 1;
     QWidget *m_tabEnd = nullptr;

@@ -225,9 +225,6 @@ void frmExam::Arrange()
     sizes.Time = { 0, 0, Twips::Of(timeWidth), Twips::Of(chkMarked->height()) };
     sizes.FrameBorder = picBorder->BorderTwips();
     sizes.ScrollBarWidth = picBorder->ScrollBarTwips();
-    const QSize panel = picBorder->Info()->sizeHint();
-    sizes.PanelWidth = Twips::Of(panel.width());
-    sizes.PanelHeight = Twips::Of(panel.height());
 
     const PageLayout::Boxes boxes = PageLayout::Arrange(sizes, Twips::Of(cmdNext->height()));
     picBorder->setGeometry(boxes.Frame.ToPixels());

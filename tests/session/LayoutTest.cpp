@@ -25,8 +25,6 @@ TEST(PageLayoutTest, Page)
     sizes.Time = { 0, 0, 2'800, 300 };
     sizes.FrameBorder = 15;
     sizes.ScrollBarWidth = 240;
-    sizes.PanelWidth = 3'000;
-    sizes.PanelHeight = 900;
     const PageLayout::Boxes boxes = PageLayout::Arrange(sizes, 450);
     EXPECT_EQ(boxes.Frame, (Box{ 60, 520, 11'880, 7'930 }));
     // Inside the frame's border it is 11,850 by 7,900.
@@ -35,8 +33,6 @@ TEST(PageLayoutTest, Page)
     EXPECT_DOUBLE_EQ(boxes.MarkLeft, 60);
     EXPECT_DOUBLE_EQ(boxes.TimeLeft, 9'060);
     EXPECT_DOUBLE_EQ(boxes.QuestionWidth, 11'264.61);
-    EXPECT_DOUBLE_EQ(boxes.PanelLeft, 8'560);
-    EXPECT_DOUBLE_EQ(boxes.PanelTop, 6'950);
 }
 
 TEST(PageLayoutTest, Buttons)
@@ -75,17 +71,29 @@ TEST(PageLayoutTest, Scrolling)
 }
 
 // The panel may go from 10 to 8,600 across and from 10 to 6,990 down.
-TEST(PageLayoutTest, Dragging)
+TEST(PageLayoutTest, Panel)
 {
-    const struct { double X, Y, Left, Top; } rows[] = {
+    const PageLayout::PanelFrame frame{ 11'850, 7'900, 240 };
+    const auto home = frame.Home();
+    EXPECT_EQ((std::pair(home.X, home.Y)), (std::pair(11'560.0, 7'850.0)));
+    const auto room = frame.Room();
+    EXPECT_EQ((std::pair(room.X, room.Y)), (std::pair(11'550.0, 7'840.0))) << "from 10 to there";
+    const struct { double X, Y, Left, Top; } drags[] = {
         { 90, 130, 7'990, 5'030 },   { 700, 100, 8'600, 5'000 },   { 701, 90, 8'000, 4'990 },
         { -7'890, 100, 10, 5'000 },  { -7'891, 100, 8'000, 5'000 }, { 110, 2'091, 8'010, 5'000 },
         { 100, 2'090, 8'000, 6'990 }, { 100, -4'890, 8'000, 10 },   { 100, -4'891, 8'000, 5'000 },
     };
-    for (const auto &row : rows) {
-        const PageLayout::Point to = PageLayout::DragPanel({ 8'000, 5'000, 3'000, 900 }, { 100, 100 }, { row.X, row.Y }, 11'850, 7'900, 240);
-        EXPECT_DOUBLE_EQ(to.X, row.Left) << row.X << ' ' << row.Y;
-        EXPECT_DOUBLE_EQ(to.Y, row.Top) << row.X << ' ' << row.Y;
+    for (const auto &row : drags) {
+        const PageLayout::Point to = frame.Drag({ 8'000, 5'000, 3'000, 900 }, { 100, 100 }, { row.X, row.Y });
+        EXPECT_EQ((std::pair(to.X, to.Y)), (std::pair(row.Left, row.Top))) << row.X << ' ' << row.Y;
+    }
+    const struct { Box Panel; double Left, Top; } kept[] = {
+        { { 8'600, 10, 3'000, 900 }, 8'600, 10 }, { { 9, 6'991, 3'000, 900 }, 10, 6'990 }, { { 8'601, -900, 3'000, 900 }, 8'600, 10 },
+        { { 100, 100, 11'590, 7'881 }, 10, 10 },
+    };
+    for (const auto &row : kept) {
+        const PageLayout::Point to = frame.Keep(row.Panel);
+        EXPECT_EQ((std::pair(to.X, to.Y)), (std::pair(row.Left, row.Top))) << testing::PrintToString(row.Panel);
     }
 }
 
