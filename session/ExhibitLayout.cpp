@@ -46,4 +46,10 @@ Boxes Arrange(const Sizes &sizes)
     return boxes;
 }
 
+double LeftOnScreen(const Boxes &boxes, double frameLeft, double areaLeft, double areaWidth)
+{
+    const double shown = frameLeft + boxes.Button.Right() + ButtonGap;
+    return areaLeft - std::max(0.0, shown - areaWidth);
+}
+
 }

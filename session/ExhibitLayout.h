@@ -33,4 +33,9 @@ struct Boxes {
 
 Boxes Arrange(const Sizes &sizes);
 
+// The left edge on the screen, the frame's, of a window wider than the work
+// area: it begins where the area does, or as far left of it as brings the Close
+// button into view.
+double LeftOnScreen(const Boxes &boxes, double frameLeft, double areaLeft, double areaWidth);
+
 }

@@ -12,10 +12,16 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollBar>
-#include <QTimer>
 #include <QWheelEvent>
+#include <QWindow>
 
 using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr int StepsAcross = 8; // that a window wider than the screen takes to move by a screen
+
+}
 
 // The whole picture at its natural size, smooth on a screen with finer pixels.
 class PictureView : public QWidget {
@@ -60,6 +66,8 @@ frmExhibit::frmExhibit(QWidget *owner)
     Theme::ShowThumb(vsbScroll);
     cmdClose->setObjectName(u"cmdClose"_s);
     cmdClose->setDefault(true);
+    // The button would take the arrow keys for a move of the focus.
+    cmdClose->installEventFilter(this);
     connect(cmdClose, &QPushButton::clicked, this, &QWidget::close);
     connect(vsbScroll, &QScrollBar::valueChanged, this, [this](int value) { picExhibit->move(0, -Twips::ToPixels(value)); });
 }
@@ -74,10 +82,19 @@ void frmExhibit::SetExhibit(const QString &name)
     Arrange();
 }
 
+// The window manager tells a window's frame some time after it has shown it.
+// Until then the frame is taken to be like the owner's.
+QMargins frmExhibit::Frame() const
+{
+    const auto frameOf
+        = [](const QWidget *window) { return window->windowHandle() ? window->windowHandle()->frameMargins() : QMargins(); };
+    const QMargins own = frameOf(this);
+    return own.isNull() ? frameOf(parentWidget()) : own;
+}
+
 void frmExhibit::Arrange()
 {
-    // Before the window is shown its frame is taken to be like its owner's.
-    const QWidget *framed = isVisible() ? this : parentWidget();
+    m_frame = Frame();
     ExhibitLayout::Sizes sizes;
     sizes.PictureWidth = Twips::Of(picExhibit->width());
     sizes.PictureHeight = Twips::Of(picExhibit->height());
@@ -85,8 +102,8 @@ void frmExhibit::Arrange()
     sizes.ScrollBarWidth = Twips::Of(vsbScroll->sizeHint().width());
     sizes.ButtonWidth = Twips::Of(cmdClose->sizeHint().width());
     sizes.ButtonHeight = Twips::Of(cmdClose->sizeHint().height());
-    sizes.FrameWidth = Twips::Of(framed->frameGeometry().width() - framed->width());
-    sizes.FrameHeight = Twips::Of(framed->frameGeometry().height() - framed->height());
+    sizes.FrameWidth = Twips::Of(m_frame.left() + m_frame.right());
+    sizes.FrameHeight = Twips::Of(m_frame.top() + m_frame.bottom());
     const ExhibitLayout::Boxes boxes = ExhibitLayout::Arrange(sizes);
 
     setFixedSize(Twips::ToPixels(boxes.WindowWidth - sizes.FrameWidth),
@@ -94,32 +111,65 @@ void frmExhibit::Arrange()
     picClipper->setGeometry(boxes.Viewport.ToPixels());
     cmdClose->setGeometry(boxes.Button.ToPixels());
     vsbScroll->setVisible(boxes.HasScrollBar);
-    if (!boxes.HasScrollBar)
-        return;
     vsbScroll->setGeometry(boxes.ScrollBar.ToPixels());
     vsbScroll->setRange(0, boxes.Max);
     vsbScroll->setSingleStep(boxes.SmallChange);
     vsbScroll->setPageStep(boxes.LargeChange);
+
+    const QRect area = screen()->availableGeometry();
+    const int outerWidth = width() + m_frame.left() + m_frame.right();
+    if (outerWidth > area.width()) {
+        const int outerHeight = height() + m_frame.top() + m_frame.bottom();
+        move(Twips::ToPixels(ExhibitLayout::LeftOnScreen(boxes, Twips::Of(m_frame.left()), Twips::Of(area.left()),
+                                                         Twips::Of(area.width()))),
+             std::max(area.top(), area.center().y() - outerHeight / 2));
+    }
 }
 
-void frmExhibit::showEvent(QShowEvent *event)
+bool frmExhibit::event(QEvent *event)
 {
-    QDialog::showEvent(event);
-    // Only now does the window manager tell the frame's size.
-    QTimer::singleShot(0, this, &frmExhibit::Arrange);
+    const bool isDone = QDialog::event(event);
+    switch (event->type()) {
+    case QEvent::Show:
+    case QEvent::Move:
+    case QEvent::Resize:
+    case QEvent::WindowActivate:
+        // One of these follows when the frame has come to be known.
+        if (isVisible() && Frame() != m_frame)
+            Arrange();
+        break;
+    default: break;
+    }
+    return isDone;
 }
 
-void frmExhibit::keyPressEvent(QKeyEvent *event)
+bool frmExhibit::eventFilter(QObject *, QEvent *event)
+{
+    return event->type() == QEvent::KeyPress && PressKey(static_cast<QKeyEvent *>(event));
+}
+
+bool frmExhibit::PressKey(QKeyEvent *event)
 {
     switch (event->key()) {
+    case Qt::Key_Left: MoveAcross(1); return true;
+    case Qt::Key_Right: MoveAcross(-1); return true;
     case Qt::Key_Up:
     case Qt::Key_Down:
     case Qt::Key_PageUp:
     case Qt::Key_PageDown:
     case Qt::Key_Home:
-    case Qt::Key_End: QCoreApplication::sendEvent(vsbScroll, event); break;
-    default: QDialog::keyPressEvent(event); // Enter and Escape
+    case Qt::Key_End: QCoreApplication::sendEvent(vsbScroll, event); return true;
+    default: return false; // Enter and Escape close
     }
+}
+
+void frmExhibit::MoveAcross(int steps)
+{
+    const QRect area = screen()->availableGeometry();
+    const QRect frame = frameGeometry();
+    if (frame.width() > area.width())
+        move(std::clamp(frame.left() + steps * area.width() / StepsAcross, area.right() + 1 - frame.width(), area.left()),
+             frame.top());
 }
 
 void frmExhibit::wheelEvent(QWheelEvent *event)

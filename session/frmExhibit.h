@@ -1,13 +1,16 @@
 #pragma once
 
 #include <QDialog>
+#include <QMargins>
 
 class PictureView;
 class QPushButton;
 class QScrollBar;
 
 // Shows the picture of an item in a window as large as the picture, up to a
-// share of the screen's height; a taller one scrolls.
+// share of the screen's height; a taller one scrolls. A window wider than the
+// screen opens with its Close button in view, and the keys Left and Right move
+// it across.
 class frmExhibit : public QDialog {
     Q_OBJECT
 public:
@@ -20,14 +23,18 @@ public:
     void SetExhibit(const QString &name);
 
 protected:
-    void showEvent(QShowEvent *event) override;
-    void keyPressEvent(QKeyEvent *event) override;
+    bool event(QEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
 
 private:
     void Arrange();
+    QMargins Frame() const;
+    bool PressKey(QKeyEvent *event);
+    void MoveAcross(int steps);
 
     QString m_path;
+    QMargins m_frame; // as the window is arranged for
     QWidget *picClipper;
     PictureView *picExhibit;
     QScrollBar *vsbScroll;

@@ -87,17 +87,54 @@ TEST_F(ExhibitTest, AnotherItemClosesIt)
     EXPECT_TRUE(Window.isVisible());
 }
 
-TEST_F(ExhibitTest, ATallOneIsScrolled)
+// The whole window, frame and title with it, has its size from the picture, at
+// the first showing as at the second.
+TEST_F(ExhibitTest, SizeAndKeys)
 {
-    const int most = qRound(QGuiApplication::primaryScreen()->size().height() * 0.7);
-    Start({ u"tall.png"_s });
-    SavePicture(u"tall.png"_s, { 300, most + 137 });
-    frmExhibit *exhibit = Open();
-    auto *view = Find<QWidget>(exhibit, u"picClipper"_s);
-    EXPECT_EQ(view->size(), QSize(300, most));
-    EXPECT_EQ(Find<QWidget>(exhibit, u"picExhibit"_s)->size(), QSize(300, most + 137)) << "at its natural size";
-    EXPECT_TRUE(exhibit->rect().contains(Find<QWidget>(exhibit, u"cmdClose"_s)->geometry()));
-    EXPECT_TRUE(Find<QScrollBar>(exhibit, u"vsbScroll"_s)->isVisible());
-    QTest::keyClick(exhibit, Qt::Key_End);
-    EXPECT_EQ(view->grab().toImage().pixelColor(0, most - 1), QColor(Qt::black)) << "the last line";
+    const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
+    const double most = QGuiApplication::primaryScreen()->size().height() * 0.7;
+    const int fits = static_cast<int>(most);
+    const struct { QSize Picture; bool IsTall, IsWide; } rows[] = {
+        { { 300, fits }, false, false }, { { 300, fits + 137 }, true, false }, { { 3 * area.width(), fits + 137 }, true, true },
+    };
+    Start({ u"0.png"_s, u"1.png"_s, u"2.png"_s });
+    for (int item = 0; item < 3; ++item) {
+        SCOPED_TRACE(item);
+        const auto &row = rows[item];
+        SavePicture(u"%1.png"_s.arg(item), row.Picture);
+        frmExhibit *exhibit = Open();
+        auto *bar = Find<QScrollBar>(exhibit, u"vsbScroll"_s);
+        auto *close = Find<QWidget>(exhibit, u"cmdClose"_s);
+        const auto outer = [&] {
+            // Below a tall title bar the button would not find its place.
+            const double title = std::max(22 + 2 / 3.0, double(exhibit->frameGeometry().height() - exhibit->height()));
+            return QSizeF(row.Picture.width() + 200 / 15.0 + (row.IsTall ? bar->sizeHint().width() : 0),
+                          std::min(most, double(row.Picture.height())) + close->height() + 14 + title).toSize();
+        };
+        EXPECT_TRUE(QTest::qWaitFor([&] { return exhibit->frameGeometry().size() == outer(); }));
+        Click(&Window, u"cmdExhibit"_s);
+        EXPECT_EQ(exhibit->frameGeometry().size(), outer());
+        EXPECT_TRUE(exhibit->rect().contains(close->geometry()));
+        EXPECT_TRUE(area.contains(QRect(close->mapToGlobal(QPoint()), close->size())));
+        EXPECT_GE(exhibit->frameGeometry().top(), area.top()) << "the title bar";
+
+        auto *view = Find<QWidget>(exhibit, u"picClipper"_s);
+        EXPECT_EQ(view->size(), QSizeF(row.Picture.width(), std::min(most, double(row.Picture.height()))).toSize());
+        EXPECT_EQ(bar->isVisible(), row.IsTall);
+        const auto *picture = Find<QWidget>(exhibit, u"picExhibit"_s);
+        EXPECT_EQ(picture->size(), row.Picture) << "at its natural size";
+        const auto press = [&](Qt::Key key) { QTest::keyClick(exhibit->windowHandle(), key); };
+        press(Qt::Key_Down);
+        EXPECT_EQ(picture->y(), row.IsTall ? -qRound(most / 10) : 0);
+        press(Qt::Key_End);
+        EXPECT_EQ(view->grab().toImage().pixelColor(0, view->height() - 1), QColor(Qt::black)) << "the last line";
+        for (const auto &[key, edge] : { std::pair(Qt::Key_Right, &QRect::right), std::pair(Qt::Key_Left, &QRect::left) }) {
+            for (int step = 0; step < 50; ++step)
+                press(key);
+            EXPECT_EQ((exhibit->frameGeometry().*edge)() == (area.*edge)(), row.IsWide);
+        }
+        exhibit->close();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return !Window.findChild<frmExhibit *>(); }));
+        Window.Session().GotoQuestion(qint16(item % 2 + 2));
+    }
 }
