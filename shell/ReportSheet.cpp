@@ -10,6 +10,7 @@
 #include <QPageSize>
 #include <QPainter>
 #include <QPdfWriter>
+#include <QPrinter>
 #include <QSaveFile>
 
 using namespace Qt::Literals::StringLiterals;
@@ -19,6 +20,7 @@ namespace ReportSheet {
 namespace {
 
 constexpr qsizetype LongTitle = 128; // characters
+constexpr qsizetype LongestLine = 1000; // more than a line has room for
 constexpr double LogoWidth = 46;
 constexpr double LogoTop = 20;
 constexpr double CodeRow = 55;
@@ -35,18 +37,40 @@ constexpr double ScoresRow = 145;
 constexpr double FooterRow = 250;
 constexpr double ClosingRow = 255;
 constexpr double LabelGap = 2;
+constexpr double CodeGap = 5; // between the code and the date
 constexpr double PointSize = 9;
+constexpr double SmallestSize = 0.6; // of the usual letters; below that nobody reads them
 constexpr double MillimetresAnInch = 25.4;
+constexpr qsizetype LongestJobCode = 60; // characters; a job's name has 255 bytes
 
-QFont SheetFont(bool isBold)
+QFont SheetFont(bool isBold, double size = 1)
 {
     QFont font;
-    font.setPointSizeF(PointSize);
+    font.setPointSizeF(PointSize * size);
     font.setBold(isBold);
     return font;
 }
 
 const QString TitleLabel = u"Exam Title: "_s;
+
+// As much of the text as there is room for in millimetres; what is cut off
+// leaves a sign.
+QString Elided(const QString &text, double room, const Measure &measure)
+{
+    if (text.size() <= LongestLine && measure(text, false) <= room)
+        return text;
+    const auto cut = [&](qsizetype length) { return text.left(length).trimmed() + u'…'; };
+    qsizetype shortest = 0;
+    qsizetype longest = std::min(text.size() - 1, LongestLine);
+    while (shortest < longest) {
+        const qsizetype middle = (shortest + longest + 1) / 2;
+        if (measure(cut(middle), false) <= room)
+            shortest = middle;
+        else
+            longest = middle - 1;
+    }
+    return cut(shortest);
+}
 
 }
 
@@ -63,18 +87,26 @@ Plan PlanFor(const QString &examCode, const QString &examName, const QString &da
              const Measure &measure)
 {
     Plan plan;
-    const auto write = [&](double x, double y, const QString &text, bool isBold = false) {
-        plan.Texts.push_back({ x, y, text, isBold, UsableWidth - x });
+    const auto write = [&](double x, double y, const QString &text, bool isBold = false, double size = 1) {
+        plan.Texts.push_back({ x, y, text, isBold, size });
     };
     plan.Logo = QRectF(0, LogoTop, LogoWidth, LogoWidth / Artwork::LogoAspect);
 
-    write(0, CodeRow, u"Exam Code: "_s + examCode);
     const QString dated = u"Dated: "_s + date;
-    write(UsableWidth - measure(dated, false), CodeRow, dated);
+    const double dateLeft = UsableWidth - measure(dated, false);
+    write(0, CodeRow, Elided(u"Exam Code: "_s + examCode, dateLeft - CodeGap, measure));
+    write(dateLeft, CodeRow, dated);
+
+    // Both lines of a title have letters of one size.
     const Title title = TitleOf(examName);
-    write(0, TitleRow, title.First);
+    const double indent = title.Rest.isEmpty() ? 0 : measure(TitleLabel, false);
+    const double widest
+        = std::max(measure(title.First.left(LongestLine), false), indent + measure(title.Rest.left(LongestLine), false));
+    const double titleSize = std::clamp(UsableWidth / std::max(widest, 1.0), SmallestSize, 1.0);
+    const double titleRoom = UsableWidth / titleSize;
+    write(0, TitleRow, Elided(title.First, titleRoom, measure), false, titleSize);
     if (!title.Rest.isEmpty())
-        write(measure(TitleLabel, false), TitleRestRow, title.Rest);
+        write(indent * titleSize, TitleRestRow, Elided(title.Rest, titleRoom - indent, measure), false, titleSize);
 
     struct Row {
         QString Label;
@@ -83,13 +115,19 @@ Plan PlanFor(const QString &examCode, const QString &examName, const QString &da
         qint16 Share;
         QColor Color;
     };
-    for (const Row &row : { Row{ u"Required Score:"_s, 110, 106, report.RequiredShare(), ScoreReport::RequiredColor() },
-                            Row{ u"Your Score:"_s, 120, 116, report.ObtainedShare(), report.ObtainedColor() } }) {
-        const double length = Common::PercentOf(row.Share, static_cast<float>(GraphWidth));
-        // Whatever font it is printed in, the label keeps clear of the bar.
-        plan.Texts.push_back({ LabelLeft, row.LabelTop, row.Label, false, GraphLeft - LabelGap - LabelLeft });
+    const Row rows[] = { { u"Required Score:"_s, 110, 106, report.RequiredShare(), ScoreReport::RequiredColor() },
+                         { u"Your Score:"_s, 120, 116, report.ObtainedShare(), report.ObtainedColor() } };
+    // Whatever font they are printed in, the labels keep clear of the bars.
+    double labelSize = 1;
+    for (const Row &row : rows)
+        labelSize = std::min(labelSize, (GraphLeft - LabelGap - LabelLeft) / measure(row.Label, false));
+    for (const Row &row : rows) {
+        const double length = std::max(0.0F, Common::PercentOf(row.Share, static_cast<float>(GraphWidth)));
+        write(LabelLeft, row.LabelTop, row.Label, false, labelSize);
         plan.Bars.push_back({ QRectF(GraphLeft, row.BarTop, length, BarHeight), row.Color });
-        write(GraphLeft + std::max(length, 0.0) + LabelGap, row.LabelTop, QString::number(row.Share) + u'%');
+        // A bar can be longer than the paper is wide; its share stays readable.
+        const QString share = QString::number(row.Share) + u'%';
+        write(std::min(GraphLeft + length + LabelGap, UsableWidth - measure(share, false)), row.LabelTop, share);
     }
     // The frame of the graph: where 0 stands, the scale, and its quarters.
     plan.Lines.push_back({ { GraphLeft, GraphTop }, { GraphLeft, GraphBottom } });
@@ -115,18 +153,18 @@ Plan PlanFor(const QString &examCode, const QString &examName, const QString &da
     return plan;
 }
 
-void Print(QPagedPaintDevice &device, const QString &examCode, const QString &examName, const ScoreReport &report)
+void Paint(QPagedPaintDevice &device, const QString &examCode, const QString &examName, const ScoreReport &report)
 {
-    const auto refused = [] { return Error(InvalidCall, u"The printer does not take the page"_s, u"ReportSheet::Print()"_s); };
+    const auto refused = [] { return Error(InvalidCall, u"The printer does not take the page"_s, u"ReportSheet::Paint()"_s); };
     device.setPageMargins(QMarginsF(0, 0, 0, 0), QPageLayout::Millimeter);
     QPainter painter;
     if (!painter.begin(&device))
         throw refused();
     const double dots = device.logicalDpiX() / MillimetresAnInch;
-    const QSizeF paper = device.pageLayout().fullRect(QPageLayout::Millimeter).size();
-    const QRectF paintable = device.pageLayout().paintRect(QPageLayout::Millimeter);
+    const double paperWidth = device.pageLayout().fullRect(QPageLayout::Millimeter).width();
+    // A printer that cannot print up to the edge starts to count behind it.
     const QPointF corner
-        = QPointF((paper.width() - UsableWidth) / 2, std::max(0.0, (paper.height() - UsableHeight) / 2)) - paintable.topLeft();
+        = QPointF((paperWidth - UsableWidth) / 2, 0) - device.pageLayout().paintRect(QPageLayout::Millimeter).topLeft();
     const auto place = [&](double x, double y) { return (corner + QPointF(x, y)) * dots; };
     const auto measure = [&](const QString &text, bool isBold) {
         return QFontMetricsF(SheetFont(isBold), &device).horizontalAdvance(text) / dots;
@@ -142,15 +180,30 @@ void Print(QPagedPaintDevice &device, const QString &examCode, const QString &ex
         painter.fillRect(QRectF(place(bar.Rectangle.x(), bar.Rectangle.y()), bar.Rectangle.size() * dots), bar.Color);
     painter.setPen(Qt::black);
     for (const Text &text : plan.Texts) {
-        QFont font = SheetFont(text.IsBold);
-        const double width = measure(text.Content, text.IsBold);
-        if (width > text.Room && text.X < GraphLeft)
-            font.setPointSizeF(PointSize * text.Room / width);
-        painter.setFont(font);
-        painter.drawText(place(text.X, text.Y) + QPointF(0, QFontMetricsF(font, &device).ascent()), text.Content);
+        painter.setFont(SheetFont(text.IsBold, text.Size));
+        // Smaller letters stand on the line of the others.
+        const double ascent = QFontMetricsF(SheetFont(text.IsBold), &device).ascent();
+        painter.drawText(place(text.X, text.Y) + QPointF(0, ascent), text.Content);
     }
     if (!painter.end())
         throw refused();
+}
+
+void Print(QPrinter &printer, const QString &examCode, const QString &examName, const ScoreReport &report)
+{
+    printer.setDocName(JobName(examCode));
+    Paint(printer, examCode, examName, report);
+    if (printer.printerState() == QPrinter::Error)
+        throw Error(InvalidCall, u"The printer has not printed the page"_s, u"ReportSheet::Print()"_s);
+}
+
+QString JobName(const QString &examCode)
+{
+    QString code = Common::ShownText(examCode);
+    code.removeIf([](QChar character) { return !character.isPrint(); });
+    if (code.size() > LongestJobCode)
+        code = code.left(LongestJobCode) + u"..."_s;
+    return u"Score report: "_s + code;
 }
 
 void SavePdf(const QString &path, const QString &examCode, const QString &examName, const ScoreReport &report)
@@ -160,10 +213,10 @@ void SavePdf(const QString &path, const QString &examCode, const QString &examNa
     buffer.open(QIODevice::WriteOnly);
     {
         QPdfWriter writer(&buffer);
-        writer.setTitle(u"Score report: "_s + Common::ShownText(examCode));
+        writer.setTitle(JobName(examCode));
         writer.setPageSize(
             QPageSize(QLocale::system().measurementSystem() == QLocale::ImperialUSSystem ? QPageSize::Letter : QPageSize::A4));
-        Print(writer, examCode, examName, report);
+        Paint(writer, examCode, examName, report);
     }
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())

@@ -11,20 +11,21 @@
 #include <vector>
 
 class QPagedPaintDevice;
+class QPrinter;
 
-// The printed score report: one page, planned in millimetres from the corner
-// of an area 170 wide, then painted.
+// The printed score report: one page, planned in millimetres on an area 170
+// wide, which stands in the middle of the paper's width; y counts from the top
+// of the paper. A4 and Letter hold all of it.
 namespace ReportSheet {
 
 constexpr double UsableWidth = 170;
-constexpr double UsableHeight = 262;
 
 struct Text {
     double X = 0;
     double Y = 0; // top of the line
     QString Content;
     bool IsBold = false;
-    double Room = UsableWidth; // a wider text gets smaller letters
+    double Size = 1; // of the letters, as a part of their usual size
 };
 struct Bar {
     QRectF Rectangle;
@@ -41,7 +42,7 @@ struct Plan {
     std::vector<Line> Lines;
 };
 
-// The width of a text in millimetres as it will be printed.
+// The width of a text in millimetres, in letters of the usual size.
 using Measure = std::function<double(const QString &text, bool isBold)>;
 
 // What stands on the page, in the order in which it is drawn. Raises what the
@@ -56,9 +57,16 @@ struct Title {
 };
 Title TitleOf(const QString &examName);
 
-// Paints the page of the exam on the device and ends the job. Raises an Error
-// when the device does not take it.
-void Print(QPagedPaintDevice &device, const QString &examCode, const QString &examName, const ScoreReport &report);
+// Paints the page of the exam on the device, which it begins and ends. Raises
+// an Error when the device does not take it.
+void Paint(QPagedPaintDevice &device, const QString &examCode, const QString &examName, const ScoreReport &report);
+
+// Prints the page as a job with a name of its own. Raises an Error.
+void Print(QPrinter &printer, const QString &examCode, const QString &examName, const ScoreReport &report);
+
+// What the queue of a printer shows: short and without control characters,
+// which a print server refuses.
+QString JobName(const QString &examCode);
 
 // The page as a PDF file, which is there whole or not at all. Raises an Error.
 void SavePdf(const QString &path, const QString &examCode, const QString &examName, const ScoreReport &report);

@@ -189,8 +189,6 @@ void frmReport::PrintReport()
     RunJob([&] {
         QPrinter printer(QPrinter::HighResolution);
         ReportSheet::Print(printer, m_exam->Code(), m_exam->Name(), m_report);
-        if (printer.printerState() == QPrinter::Error)
-            throw Error::RunTime(InvalidCall);
     });
 }
 
