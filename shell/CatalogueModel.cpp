@@ -11,17 +11,54 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr std::array ColumnShares = { 10, 90 };
-// Characters; a longer name would only keep the list busy.
+// Characters; a longer text would only keep the list busy, or cover the screen.
 constexpr qsizetype LongestText = 500;
+constexpr qsizetype LongestTip = 2000;
+constexpr int LongestWord = 60;
+
+QString Cut(const QString &text, qsizetype longest)
+{
+    return text.size() > longest ? text.left(longest) + u'…' : text;
+}
+
+// What looks like markup is shown as it stands, and a text without blanks is
+// broken all the same.
+QString TipOf(const QString &text)
+{
+    constexpr QChar BreakHere(0x200B);
+    QString broken;
+    int word = 0;
+    for (const QChar character : Cut(text, LongestTip)) {
+        word = character.isSpace() ? 0 : word + 1;
+        if (word > LongestWord && !character.isLowSurrogate()) {
+            broken += BreakHere;
+            word = 1;
+        }
+        broken += character;
+    }
+    return u"<p style='white-space: pre-wrap'>"_s + broken.toHtmlEscaped() + u"</p>"_s;
+}
 
 }
 
 void CatalogueModel::Refresh()
 {
-    beginResetModel();
-    m_rows.clear();
     Globals::PutBackExams();
-    for (const QString &path : Globals::GetInstalledExams()) {
+    const QStringList paths = Globals::GetInstalledExams();
+    beginResetModel();
+    try {
+        Fill(paths);
+    } catch (...) {
+        endResetModel();
+        throw;
+    }
+    endResetModel();
+}
+
+void CatalogueModel::Fill(const QStringList &paths)
+{
+    m_rows.clear();
+    for (const QString &path : paths) {
         Exam exam;
         // One file that cannot be read must not hide the exams behind it.
         try {
@@ -29,10 +66,8 @@ void CatalogueModel::Refresh()
         } catch (const Error &) {
             continue;
         }
-        m_rows.push_back(
-            { path, Common::ShownText(exam.Code()).left(LongestText), Common::ShownText(exam.Name()).left(LongestText) });
+        m_rows.push_back({ path, Common::ShownText(exam.Code()), Common::ShownText(exam.Name()) });
     }
-    endResetModel();
 }
 
 int CatalogueModel::rowCount(const QModelIndex &parent) const
@@ -50,13 +85,11 @@ QVariant CatalogueModel::data(const QModelIndex &index, int role) const
     if (!checkIndex(index, CheckIndexOption::IndexIsValid))
         return {};
     const Row &row = m_rows.at(index.row());
+    const QString &text = index.column() == 0 ? row.Code : row.Name;
     switch (role) {
-    case Qt::DisplayRole:
-    case Qt::ToolTipRole: {
-        // A tool tip takes what looks like markup for markup.
-        const QString text = index.column() == 0 ? row.Code : row.Name;
-        return role == Qt::DisplayRole ? text : text.toHtmlEscaped();
-    }
+    case Qt::DisplayRole: return Cut(text, LongestText);
+    case Qt::ToolTipRole: return TipOf(text);
+    case Qt::AccessibleTextRole: return text;
     case Qt::ForegroundRole: return Theme::ListText;
     case Qt::UserRole: return row.Path;
     default: return {};

@@ -81,6 +81,7 @@ void frmMain::Build()
     lvwExams->header()->setStretchLastSection(false);
     lvwExams->header()->setSectionsMovable(false);
     lvwExams->header()->setMinimumHeight(lvwExams->header()->sizeHint().height() + 8);
+    lvwExams->installEventFilter(this);
     lvwExams->viewport()->installEventFilter(this);
     lblStatus->setObjectName(u"lblStatus"_s);
     lblStatus->setTextFormat(Qt::PlainText);
@@ -141,7 +142,9 @@ void frmMain::RefreshExamList()
     try {
         m_catalogue->Refresh();
         lblStatus->setText(Common::FormatText(u"{1} Exams Installed  |  "_s, { m_catalogue->rowCount() }));
-    } catch (const Error &) {
+        lvwExams->selectionModel()->setCurrentIndex(m_catalogue->index(0, 0), QItemSelectionModel::NoUpdate);
+        lvwExams->setFocus();
+    } catch (const std::exception &) {
         ShowMessage(u"The operation failed because of an unexpected internal error."_s, CriticalMessage);
     }
 }
@@ -182,8 +185,36 @@ void frmMain::closeEvent(QCloseEvent *event)
     });
 }
 
+bool frmMain::TakesListKey(const QKeyEvent &event)
+{
+    QItemSelectionModel *selection = lvwExams->selectionModel();
+    if (selection->hasSelection() || m_catalogue->rowCount() == 0)
+        return false;
+    switch (event.key()) {
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+    case Qt::Key_Home:
+    case Qt::Key_End: {
+        // The current row looks like the one that the key starts from, but the
+        // list would step over it.
+        const QModelIndex current = lvwExams->currentIndex();
+        lvwExams->setCurrentIndex(current.isValid() ? current : m_catalogue->index(0, 0));
+        return true;
+    }
+    default:
+        // So would a search for what is typed.
+        if (!event.text().isEmpty() && event.text().front().isLetterOrNumber())
+            selection->clearCurrentIndex();
+        return false;
+    }
+}
+
 bool frmMain::eventFilter(QObject *watched, QEvent *event)
 {
+    if (watched == lvwExams && event->type() == QEvent::KeyPress)
+        return TakesListKey(*static_cast<QKeyEvent *>(event));
     // The list changes its inner size with the window and with its scroll bar.
     if (event->type() == QEvent::Resize)
         SizeColumns(lvwExams);

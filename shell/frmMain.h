@@ -18,7 +18,8 @@ public:
     // Fills the window. It can be on the screen by then: what is slow about a
     // first window is everything that has a text.
     void Load();
-    // Rebuilds the list; a failure is told in a message box.
+    // Rebuilds the list, which then has the focus; a failure is told in a
+    // message box.
     void RefreshExamList();
 
 Q_SIGNALS:
@@ -35,6 +36,8 @@ protected:
 private:
     void Build();
     void cmdStart_Click();
+    // Whether the key has done all that it is to do in the list.
+    bool TakesListKey(const QKeyEvent &event);
 
     CatalogueModel *m_catalogue = nullptr;
     QTreeView *lvwExams = nullptr;

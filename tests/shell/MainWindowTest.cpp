@@ -8,9 +8,26 @@
 
 #include <QLabel>
 #include <QSignalSpy>
+#include <QTextDocument>
 #include <QTreeView>
 
 using namespace Windows;
+
+namespace {
+
+// One request for at least so many bytes is refused.
+size_t refusedSize = SIZE_MAX;
+
+}
+
+void *operator new(size_t size)
+{
+    void *memory = size < refusedSize ? std::malloc(size) : nullptr;
+    refusedSize = memory ? refusedSize : SIZE_MAX;
+    return memory ? memory : throw std::bad_alloc();
+}
+void operator delete(void *memory) noexcept { std::free(memory); }
+void operator delete(void *memory, size_t) noexcept { std::free(memory); }
 
 namespace {
 
@@ -89,6 +106,65 @@ TEST_F(MainWindowTest, UnreadablePackages)
     InstallExam(u"B"_s);
     ShowMain();
     EXPECT_EQ(Status(), u"2 Exams Installed  |  "_s);
+}
+
+TEST_F(MainWindowTest, LongTexts)
+{
+    const auto exam = NewExam({ QString(501, u'C'), u"<b>&"_s + QString(3000, u'N') });
+    Install(*exam, u"long"_s);
+    ShowMain();
+    for (const auto &[column, text] : { std::pair{ 0, exam->Code() }, { 1, exam->Name() } }) {
+        const QModelIndex cell = List->model()->index(0, column);
+        EXPECT_EQ(cell.data().toString(), text.left(500) + u'…');
+        EXPECT_EQ(cell.data(Qt::AccessibleTextRole).toString(), text);
+        QLabel tip(cell.data(Qt::ToolTipRole).toString());
+        tip.setWordWrap(true);
+        EXPECT_LT(tip.sizeHint().width(), 1000) << "a tip fits on the screen";
+        QTextDocument plain;
+        plain.setHtml(tip.text());
+        EXPECT_EQ(plain.toPlainText().remove(QChar(0x200B)), column == 0 ? text : text.left(2000) + u'…');
+    }
+}
+
+// The rows that are there by then stay, and the window knows of them.
+TEST_F(MainWindowTest, OutOfMemory)
+{
+    ShowMain();
+    QSignalSpy begun(List->model(), &QAbstractItemModel::modelAboutToBeReset), ended(List->model(), &QAbstractItemModel::modelReset);
+    for (const QString &code : { u"A"_s, u"B"_s, u"C"_s })
+        InstallExam(code);
+    Boxes.Expect(u"The operation failed because of an unexpected internal error."_s, CriticalMessage);
+    refusedSize = 200;
+    Window.RefreshExamList();
+    EXPECT_EQ(refusedSize, SIZE_MAX);
+    EXPECT_EQ(begun.count(), ended.count());
+    EXPECT_EQ(Status(), u"0 Exams Installed  |  "_s);
+    Window.RefreshExamList();
+    EXPECT_EQ(Rows().size(), 3);
+}
+
+// The list has the focus once it is filled, and a key without a selection
+// selects what is current, however many exams there are.
+TEST_F(MainWindowTest, Keyboard)
+{
+    QSignalSpy loaded(&Window, &frmMain::ExamLoaded);
+    Show(&Window);
+    for (const QString &code : { u"N-1"_s, u"N-2"_s }) {
+        InstallExam(code);
+        ShowMain();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return QApplication::focusWidget() == List; }));
+        const auto selected = [&] { return List->selectionModel()->selectedRows().value(0).row(); };
+        for (const Qt::Key key : { code == "N-2"_L1 ? Qt::Key_N : Qt::Key_Up, Qt::Key_PageDown, Qt::Key_PageUp, Qt::Key_Home, Qt::Key_End, Qt::Key_Down }) {
+            List->clearSelection();
+            List->selectionModel()->setCurrentIndex(List->model()->index(0, 0), QItemSelectionModel::NoUpdate);
+            QTest::keyClick(List, key);
+            EXPECT_EQ(selected(), 0) << key;
+        }
+        QTest::keyClick(List, Qt::Key_Down);
+        EXPECT_EQ(selected(), List->model()->rowCount() - 1) << "then it moves";
+        QTest::keyClick(List, Qt::Key_Return);
+    }
+    EXPECT_EQ(loaded.count(), 2);
 }
 
 TEST_F(MainWindowTest, WhatStartSays)
