@@ -114,6 +114,9 @@ void frmMain::Build()
     layout->addWidget(lvwExams);
     layout->addLayout(status);
     layout->addLayout(buttons);
+    // What is hidden cannot be given the focus of a window that is on the screen
+    // already, and is shown there later by itself.
+    lvwExams->show();
     QWidget *order[] = { lvwExams, lblDownload, lblAbout, lblProductLink, cmdStart, cmdExit };
     for (size_t i = 1; i < std::size(order); ++i)
         setTabOrder(order[i - 1], order[i]);

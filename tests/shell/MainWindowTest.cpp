@@ -148,11 +148,13 @@ TEST_F(MainWindowTest, OutOfMemory)
 TEST_F(MainWindowTest, Keyboard)
 {
     QSignalSpy loaded(&Window, &frmMain::ExamLoaded);
-    Show(&Window);
+    Window.show();
+    Window.Load();
+    QApplication::setActiveWindow(&Window);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return QApplication::focusWidget() == Find<QTreeView>(&Window, u"lvwExams"_s); }));
     for (const QString &code : { u"N-1"_s, u"N-2"_s }) {
         InstallExam(code);
         ShowMain();
-        EXPECT_TRUE(QTest::qWaitFor([&] { return QApplication::focusWidget() == List; }));
         const auto selected = [&] { return List->selectionModel()->selectedRows().value(0).row(); };
         for (const Qt::Key key : { code == "N-2"_L1 ? Qt::Key_N : Qt::Key_Up, Qt::Key_PageDown, Qt::Key_PageUp, Qt::Key_Home, Qt::Key_End, Qt::Key_Down }) {
             List->clearSelection();
