@@ -35,9 +35,9 @@ TEST(CommonTest, RoundingAndOverflow)
     }
     EXPECT_EQ(ShiftLeft(40, 16), 2621440);
     EXPECT_EQ(ResultOf([] { return ShiftLeft(1, 31); }), overflow);
-    EXPECT_FLOAT_EQ(Percentage(1, 3), 33.333332F);
-    EXPECT_EQ(ResultOf([] { Percentage(1, 0); }), u"11 "_s);
-    EXPECT_FLOAT_EQ(PercentOf(1000, 90), 900);
+    for (const auto &[seconds, text] : { std::pair{ 0, u"00:00:00"_s }, { 3661, u"01:01:01"_s }, { 86'399, u"23:59:59"_s },
+                                         { 90'000, u"25:00:00"_s }, { 359'999, u"99:59:59"_s }, { 362'439, u"100:40:39"_s } })
+        EXPECT_EQ(FormatDuration(seconds), text) << seconds;
 }
 
 TEST(CommonTest, BlanksNullsAndLeadingNumbers)
