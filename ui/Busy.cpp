@@ -24,10 +24,13 @@ QWidgetList OpenWindows()
 
 void BeginBusy()
 {
-    for (QWidget *window : OpenWindows()) {
-        window->setProperty(Tag, Common::ToText(window->isEnabled()));
+    // Disabling a window disables those that it owns as well: a window's own
+    // state counts, and all of them are kept before the first one changes.
+    const QWidgetList windows = OpenWindows();
+    for (QWidget *window : windows)
+        window->setProperty(Tag, Common::ToText(window->isEnabledTo(window->parentWidget())));
+    for (QWidget *window : windows)
         window->setEnabled(false);
-    }
     if (QApplication::overrideCursor())
         QApplication::changeOverrideCursor(Qt::WaitCursor);
     else
@@ -36,9 +39,15 @@ void BeginBusy()
 
 void EndBusy()
 {
-    for (QWidget *window : OpenWindows()) {
+    // Either change reaches the windows that a window owns: all are enabled
+    // before the first is disabled again.
+    const QWidgetList windows = OpenWindows();
+    for (QWidget *window : windows)
+        window->setEnabled(true);
+    for (QWidget *window : windows) {
         const QString tag = Common::TrimBlanks(window->property(Tag).toString());
-        window->setEnabled(tag.isEmpty() || tag == Common::ToText(true));
+        if (!tag.isEmpty() && tag != Common::ToText(true))
+            window->setEnabled(false);
     }
     while (QApplication::overrideCursor())
         QApplication::restoreOverrideCursor();

@@ -3,13 +3,20 @@
 
 #include "tests/support/Windows.h"
 
+#include <QDialog>
 #include <QScreen>
 
 using namespace Windows;
 
 TEST(HelpersTest, BusyAndBack)
 {
+    // The chain of owners makes the order in which the windows are found count.
     QWidget usual, disabled, late;
+    QDialog ofDisabled(&disabled), *owned[8];
+    QWidget *owner = &usual;
+    for (QDialog *&dialog : owned)
+        owner = dialog = new QDialog(owner);
+    owned[5]->setEnabled(false);
     disabled.setEnabled(false);
     for (QWidget *window : { &usual, &disabled })
         Show(window);
@@ -21,7 +28,10 @@ TEST(HelpersTest, BusyAndBack)
     late.setProperty("tag", u"  "_s);
     EndBusy();
     EXPECT_TRUE(usual.isEnabled() && late.isEnabled());
-    EXPECT_FALSE(disabled.isEnabled()) << "as it was before";
+    EXPECT_TRUE(owned[0]->isEnabled() && owned[4]->isEnabled());
+    EXPECT_FALSE(owned[5]->isEnabled() || owned[6]->isEnabled() || disabled.isEnabled() || ofDisabled.isEnabled()) << "as before";
+    disabled.setEnabled(true);
+    EXPECT_TRUE(ofDisabled.isEnabled()) << "its owner's state was not its own";
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);
 }
 
