@@ -68,7 +68,7 @@ void LinkLabel::ReadProperties(const QVariantMap &Store)
 
 QVariantMap LinkLabel::WriteProperties() const
 {
-    return { { HRefName, m_href },          { ForeColorName, m_foreColor }, { EnabledName, isEnabled() },
+    return { { HRefName, m_href },          { ForeColorName, m_foreColor }, { EnabledName, Enabled() },
              { FontName, lblLink->font() }, { CaptionName, Caption() },     { BackColorName, m_backColor } };
 }
 

@@ -26,7 +26,8 @@ public:
     void SetHRef(const QString &HRef);
     OleColor ForeColor() const { return m_foreColor; }
     void SetForeColor(OleColor Color);
-    bool Enabled() const { return isEnabled(); }
+    // The control's own state, whatever disables the window around it.
+    bool Enabled() const { return isEnabledTo(parentWidget()); }
     void SetEnabled(bool Enabled);
     QFont Font() const;
     void SetFont(const QFont &Font);

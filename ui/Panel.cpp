@@ -27,7 +27,7 @@ void Panel::ReadProperties(const QVariantMap &Store)
 
 QVariantMap Panel::WriteProperties() const
 {
-    return { { BackColorName, m_backColor }, { EnabledName, isEnabled() }, { BorderColorName, m_borderColor } };
+    return { { BackColorName, m_backColor }, { EnabledName, Enabled() }, { BorderColorName, m_borderColor } };
 }
 
 void Panel::SetBackColor(OleColor Color)

@@ -17,7 +17,8 @@ public:
 
     OleColor BackColor() const { return m_backColor; }
     void SetBackColor(OleColor Color);
-    bool Enabled() const { return isEnabled(); }
+    // The control's own state, whatever disables the window around it.
+    bool Enabled() const { return isEnabledTo(parentWidget()); }
     void SetEnabled(bool Enabled);
     void Refresh();
     OleColor BorderColor() const { return m_borderColor; }
