@@ -1,6 +1,7 @@
 #include "app/Program.h"
 
 #include "ui/Guard.h"
+#include "ui/HeldKeys.h"
 #include "ui/Messages.h"
 #include "ui/Theme.h"
 
@@ -13,6 +14,7 @@ int main(int argc, char **argv)
     QApplication::setApplicationName(ApplicationTitle);
     QApplication::setDesktopFileName(QStringLiteral("practorium"));
     Theme::Apply(application);
+    HeldKeys::Watch(application);
     Program program;
     // Inside the event loop, where an error that nothing trapped can end it.
     QTimer::singleShot(0, &program, [&] { Guard([&] { program.Start(); }); });

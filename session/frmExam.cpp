@@ -279,17 +279,6 @@ bool frmExam::PressPanelKey(int key)
     }
 }
 
-bool frmExam::event(QEvent *event)
-{
-    // A mnemonic held down would run through the items; as an ordinary key it
-    // does nothing.
-    if (event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent *>(event)->isAutoRepeat()) {
-        event->accept();
-        return true;
-    }
-    return QWidget::event(event);
-}
-
 void frmExam::keyPressEvent(QKeyEvent *event)
 {
     Guard([&] {
@@ -307,15 +296,12 @@ void frmExam::keyPressEvent(QKeyEvent *event)
             return;
         case Qt::Key_Return:
         case Qt::Key_Enter:
-            // A key held down too long answers once.
-            if (event->isAutoRepeat())
-                return;
             if (auto *button = qobject_cast<QPushButton *>(focusWidget()))
                 button->click();
             return;
         default: break;
         }
-        if (modifiers != Qt::NoModifier || event->isAutoRepeat() || event->text().size() != 1
+        if (modifiers != Qt::NoModifier || event->text().size() != 1
             || !m_session.PressLetter(event->text().front()))
             QWidget::keyPressEvent(event);
     });

@@ -2,6 +2,7 @@
 #include "model/Globals.h"
 #include "tour/DownloadTour.h"
 #include "tour/SittingTour.h"
+#include "ui/HeldKeys.h"
 #include "ui/Messages.h"
 #include "ui/Theme.h"
 
@@ -63,6 +64,7 @@ int main(int argc, char **argv)
     QApplication application(argc, argv);
     QApplication::setApplicationName(ApplicationTitle);
     Theme::Apply(application);
+    HeldKeys::Watch(application);
     const QString out = QDir(words.at(1)).absolutePath();
     QDir().mkpath(out);
     if (what == "sitting"_L1)

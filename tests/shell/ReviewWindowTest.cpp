@@ -133,6 +133,23 @@ TEST_F(ReviewWindowTest, WaysBackToTheExam)
     EXPECT_EQ(Window->focusWidget(), Field);
 }
 
+// Enter held down on the last item opens the list, and nothing more.
+TEST_F(ReviewWindowTest, AKeyHeldDownChoosesNothing)
+{
+    QObject::connect(&Exam, &frmExam::ReviewRequested, &Exam, [this] { Open(); });
+    Exam.Session().GotoQuestion(12);
+    for (const bool isMarked : { true, false }) {
+        Show(&Exam);
+        Find<QWidget>(&Exam, u"cmdNext"_s)->setFocus();
+        HeldKey enter(Qt::Key_Return, isMarked);
+        enter.Press();
+        enter.Repeat(5);
+        EXPECT_TRUE(Window->isVisible());
+        EXPECT_EQ(QApplication::focusWidget(), Field);
+        Window.reset();
+    }
+}
+
 TEST_F(ReviewWindowTest, EndingTheExam)
 {
     Open();

@@ -1,4 +1,5 @@
 #include "tests/support/Sandbox.h"
+#include "ui/HeldKeys.h"
 #include "ui/Messages.h"
 #include "ui/Theme.h"
 
@@ -18,6 +19,7 @@ int main(int argc, char **argv)
     // A test's loop ends when the test says so.
     QApplication::setQuitOnLastWindowClosed(false);
     Theme::Apply(application);
+    HeldKeys::Watch(application);
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }
