@@ -2,6 +2,7 @@
 
 #include "common/Common.h"
 #include "resources/Artwork.h"
+#include "ui/HeldKeys.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -9,6 +10,7 @@
 #include <QKeyEvent>
 #include <QMessageBox>
 #include <QPointer>
+#include <QWindow>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -16,31 +18,51 @@ const QString ApplicationTitle = u"Practorium"_s;
 
 namespace {
 
-constexpr int DeafTime = 1000; // milliseconds
+constexpr int EarlyTime = 1000; // milliseconds
 constexpr int IconSize = 44;
 
-// Lets no key through to a box until a moment has passed and the keys that were
-// down have come up.
-class Deafness : public QObject {
+// Keeps a box from being answered by a key or a click that was meant for the
+// window below: nothing reaches it until a moment has passed and the keys that
+// were down have come up.
+class AnswerDelay : public QObject {
 public:
-    explicit Deafness(QObject *parent)
-        : QObject(parent)
+    explicit AnswerDelay(QWidget *box)
+        : QObject(box)
+        , m_box(box)
     {
         m_since.start();
         qApp->installEventFilter(this);
     }
 
-    bool eventFilter(QObject *, QEvent *event) override
+    bool eventFilter(QObject *watched, QEvent *event) override
     {
-        const bool isKey = event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease
-            || event->type() == QEvent::ShortcutOverride || event->type() == QEvent::Shortcut;
-        if (!isKey)
-            return false;
-        const bool isHeld = event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->isAutoRepeat();
-        return m_since.elapsed() < DeafTime || isHeld;
+        switch (event->type()) {
+        case QEvent::KeyPress: return IsEarly() || HeldKeys::IsRepeat(static_cast<QKeyEvent &>(*event));
+        case QEvent::KeyRelease:
+        case QEvent::ShortcutOverride:
+        case QEvent::Shortcut: return IsEarly();
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonRelease:
+        case QEvent::MouseButtonDblClick: return IsEarly() && Belongs(watched);
+        case QEvent::Close:
+            if (watched != m_box || !IsEarly())
+                return false;
+            event->ignore();
+            return true;
+        default: return false;
+        }
     }
 
 private:
+    bool IsEarly() const { return m_since.elapsed() < EarlyTime; }
+    bool Belongs(QObject *watched) const
+    {
+        // Stopped at the system's window, a click does not move the focus either.
+        const auto *widget = qobject_cast<QWidget *>(watched);
+        return watched == m_box->windowHandle() || (widget && (widget == m_box || m_box->isAncestorOf(widget)));
+    }
+
+    QWidget *m_box;
     QElapsedTimer m_since;
 };
 
@@ -109,7 +131,7 @@ private:
         for (QAbstractButton *button : box->buttons())
             button->setIcon({});
         if (isUnasked) {
-            new Deafness(box);
+            new AnswerDelay(box);
             QApplication::alert(box);
         }
         const int answer = box->exec();

@@ -25,8 +25,8 @@ public:
     virtual ~MessagePort() = default;
     // Shows the text, as plain text, and waits for a button.
     virtual int Show(const QString &text, int style) = 0;
-    // The same for a box that the user has not asked for: a key that was meant
-    // for the window below must not answer it.
+    // The same for a box that the user has not asked for: for a second neither
+    // key nor click answers it, as they were meant for the window below.
     virtual int ShowUnasked(const QString &text, int style) { return Show(text, style); }
 };
 

@@ -7,6 +7,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QScreen>
+#include <QWindow>
 
 using namespace Windows;
 
@@ -66,25 +67,83 @@ TEST(MessagesTest, EndlessTexts)
     }
 }
 
-// A key meant for the window below does not answer a box that comes by itself.
-TEST(MessagesTest, UnaskedBoxesAreDeafAtFirst)
+// What is meant for the window below does not answer a box that comes by itself.
+TEST(MessagesTest, UnaskedBoxesWait)
 {
-    WhenOpen open(u"QMessageBox"_s, [](QWidget *box) {
-        QElapsedTimer since;
-        since.start();
-        for (const Qt::Key key : { Qt::Key_Return, Qt::Key_Escape, Qt::Key_Y, Qt::Key_N }) {
-            QTest::keyClick(box, key, key < Qt::Key_Escape ? Qt::AltModifier : Qt::NoModifier);
-            EXPECT_TRUE(box->isVisible()) << key;
+    for (const int answer : { AnswerYes, AnswerNo }) {
+        WhenOpen open(u"QMessageBox"_s, [answer](QWidget *box) {
+            QAbstractButton *no = qobject_cast<QMessageBox *>(box)->button(QMessageBox::No);
+            QElapsedTimer since;
+            since.start();
+            for (const Qt::Key key : { Qt::Key_Return, Qt::Key_Escape, Qt::Key_Y, Qt::Key_N })
+                QTest::keyClick(box, key, key < Qt::Key_Escape ? Qt::AltModifier : Qt::NoModifier);
+            // Through the system's window, where a click also moves the focus.
+            const QPoint place = no->mapTo(box, no->rect().center());
+            QTest::mouseClick(box->windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
+            QTest::mouseDClick(box->windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
+            box->close();
+            EXPECT_TRUE(box->isVisible() && !no->isDown());
+            const QPointer<QWidget> held = box;
+            EXPECT_TRUE(QTest::qWaitFor([&] {
+                if (held && answer == AnswerYes)
+                    QTest::keyClick(held, Qt::Key_Return);
+                else if (held)
+                    QTest::mouseClick(box->windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
+                return !held || !held->isVisible();
+            }));
+            EXPECT_GT(since.elapsed(), 500);
+        });
+        EXPECT_EQ(ShowUnaskedMessage(u"?"_s, QuestionMessage), answer);
+    }
+}
+
+TEST(MessagesTest, AKeyHeldDownAnswersNothing)
+{
+    for (const bool isMarked : { true, false }) {
+        QPushButton button;
+        QObject::connect(&button, &QPushButton::clicked, [] { ShowMessage(u"?"_s, QuestionMessage); });
+        button.setAutoDefault(true);
+        Show(&button);
+        button.setFocus();
+        HeldKey enter(Qt::Key_Return, isMarked);
+        WhenOpen open(u"QMessageBox"_s, [&](QWidget *box) {
+            enter.Repeat(5);
+            EXPECT_TRUE(box->isVisible()) << isMarked;
+            enter.Release();
+            enter.Press();
+            EXPECT_FALSE(box->isVisible()) << "pressed anew";
+        });
+        enter.Press();
+    }
+}
+
+// The others repeat as long as they are down.
+TEST(MessagesTest, KeysThatActOnce)
+{
+    struct : QWidget {
+        int Presses = 0;
+        void keyPressEvent(QKeyEvent *) override { ++Presses; }
+    } probe;
+    probe.setFocusPolicy(Qt::StrongFocus);
+    Show(&probe);
+    probe.setFocus();
+    const struct { Qt::Key Key; QString Text; Qt::KeyboardModifiers Modifiers; bool Repeats, RepeatsInText; } rows[] = {
+        { Qt::Key_Return, u"\r"_s, Qt::NoModifier, false, false }, { Qt::Key_Enter, u"\r"_s, Qt::ControlModifier, false, false },
+        { Qt::Key_Escape, u"\x1b"_s, Qt::NoModifier, false, false }, { Qt::Key_N, u"n"_s, Qt::AltModifier, false, false },
+        { Qt::Key_Space, u" "_s, Qt::NoModifier, false, true }, { Qt::Key_C, u"C"_s, Qt::ShiftModifier, false, true },
+        { Qt::Key_Backspace, u"\b"_s, Qt::NoModifier, true, true }, { Qt::Key_Tab, u"\t"_s, Qt::NoModifier, true, true },
+        { Qt::Key_PageDown, {}, Qt::NoModifier, true, true }, { Qt::Key_Plus, u"+"_s, Qt::ControlModifier, true, true },
+    };
+    for (const auto &row : rows) {
+        for (const bool takesText : { false, true }) {
+            probe.setAttribute(Qt::WA_InputMethodEnabled, takesText);
+            probe.Presses = 0;
+            HeldKey key(row.Key, false, row.Text, row.Modifiers);
+            key.Press();
+            key.Repeat(3);
+            EXPECT_EQ(probe.Presses, (takesText ? row.RepeatsInText : row.Repeats) ? 4 : 1) << row.Key << ' ' << takesText;
         }
-        const QPointer<QWidget> held = box;
-        EXPECT_TRUE(QTest::qWaitFor([&] {
-            if (held)
-                QTest::keyClick(held, Qt::Key_Return);
-            return !held || !held->isVisible();
-        }));
-        EXPECT_GT(since.elapsed(), 500);
-    });
-    EXPECT_EQ(ShowUnaskedMessage(u"?"_s, QuestionMessage), AnswerYes);
+    }
 }
 
 TEST(MessagesTest, UnhandledErrors)
