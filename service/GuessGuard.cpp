@@ -30,9 +30,16 @@ GuessGuard::GuessGuard(MonotonicClock clock, Limits limits)
 {
 }
 
-milliseconds GuessGuard::Wait(const Table &table, const QByteArray &name) const
+std::optional<milliseconds> GuessGuard::WaitOf(const QByteArray &user, const QByteArray &address) const
 {
-    return table.value(name).Until - m_clock();
+    const auto wait = std::max(m_users.value(user).Until, m_addresses.value(address).Until) - m_clock();
+    return wait > milliseconds(0) ? std::optional(wait) : std::nullopt;
+}
+
+std::optional<milliseconds> GuessGuard::Wait(const QString &user, const QString &address) const
+{
+    const std::lock_guard lock(m_mutex);
+    return WaitOf(KeyOf(user), KeyOf(address));
 }
 
 void GuessGuard::Count(Table &table, const QByteArray &name, const Rule &rule) const
@@ -57,8 +64,7 @@ std::optional<milliseconds> GuessGuard::Admit(const QString &user, const QString
     const QByteArray userKey = KeyOf(user);
     const QByteArray addressKey = KeyOf(address);
     const std::lock_guard lock(m_mutex);
-    const auto wait = std::max(Wait(m_users, userKey), Wait(m_addresses, addressKey));
-    if (wait > milliseconds(0))
+    if (const auto wait = WaitOf(userKey, addressKey))
         return wait;
     Count(m_users, userKey, m_limits.User);
     Count(m_addresses, addressKey, m_limits.Address);

@@ -35,6 +35,8 @@ public:
     {
     }
 
+    // How long an attempt would have to wait; nothing when it could be made now.
+    std::optional<std::chrono::milliseconds> Wait(const QString &user, const QString &address) const;
     // How long an attempt has to wait; nothing when it may be made now. It then
     // counts as failed at once, so that attempts side by side are no way
     // around, until Succeeded takes that back.
@@ -48,12 +50,12 @@ private:
     };
     using Table = QHash<QByteArray, Entry>;
 
-    std::chrono::milliseconds Wait(const Table &table, const QByteArray &name) const;
+    std::optional<std::chrono::milliseconds> WaitOf(const QByteArray &user, const QByteArray &address) const;
     void Count(Table &table, const QByteArray &name, const Rule &rule) const;
 
     MonotonicClock m_clock;
     Limits m_limits;
-    std::mutex m_mutex;
+    mutable std::mutex m_mutex;
     Table m_users;
     Table m_addresses;
 };

@@ -1,10 +1,12 @@
 #include "service/HttpServer.h"
 
 #include "common/Error.h"
+#include "service/Workers.h"
 
 #include <microhttpd.h>
 
 #include <QFile>
+#include <QHash>
 
 #include <algorithm>
 #include <array>
@@ -16,7 +18,6 @@
 
 #include <fcntl.h>
 #include <netdb.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -33,6 +34,7 @@ constexpr size_t HeaderMemory = 32 * 1024;
 constexpr qsizetype LongestSwallowed = 1024 * 1024;
 constexpr size_t SlowPiece = 64 * 1024;
 constexpr quint32 PiecesOfSecond = 20;
+constexpr const char *RetryAfter = "5"; // seconds
 
 struct AddressList {
     addrinfo *First = nullptr;
@@ -42,24 +44,6 @@ struct AddressList {
             freeaddrinfo(First);
     }
 };
-
-// A home has one IPv4 address but a whole IPv6 network.
-QString NetworkOf(const sockaddr *address)
-{
-    std::array<uchar, 16> bytes{};
-    if (address->sa_family == AF_INET) {
-        sockaddr_in ip;
-        std::memcpy(&ip, address, sizeof ip);
-        std::memcpy(bytes.data(), &ip.sin_addr, 4);
-        return QString::fromLatin1(QByteArray::fromRawData(reinterpret_cast<char *>(bytes.data()), 4).toHex());
-    }
-    sockaddr_in6 ip;
-    std::memcpy(&ip, address, sizeof ip);
-    std::memcpy(bytes.data(), &ip.sin6_addr, 16);
-    if (IN6_IS_ADDR_V4MAPPED(&ip.sin6_addr))
-        return QString::fromLatin1(QByteArray::fromRawData(reinterpret_cast<char *>(bytes.data() + 12), 4).toHex());
-    return QString::fromLatin1(QByteArray::fromRawData(reinterpret_cast<char *>(bytes.data()), 8).toHex());
-}
 
 // The descriptor of a pack and its size; a negative descriptor for none. A
 // symbolic link is none, and neither is anything that is no file.
@@ -122,6 +106,23 @@ QString Argument(MHD_Connection *connection, const char *name)
     return QString::fromUtf8(value, value ? static_cast<qsizetype>(size) : 0);
 }
 
+// The values of all header lines with that name, in their order.
+QByteArrayList HeaderLines(MHD_Connection *connection, const char *name)
+{
+    struct Search {
+        QByteArrayView Name;
+        QByteArrayList Values;
+    } search{ name, {} };
+    const auto onLine = [](void *found, MHD_ValueKind, const char *line, const char *value) {
+        auto *lines = static_cast<Search *>(found);
+        if (lines->Name.compare(line, Qt::CaseInsensitive) == 0)
+            lines->Values.append(value);
+        return MHD_YES;
+    };
+    MHD_get_connection_values(connection, MHD_HEADER_KIND, onLine, &search);
+    return search.Values;
+}
+
 MHD_Result Send(MHD_Connection *connection, unsigned status, MHD_Response *response, const char *type)
 {
     if (!response)
@@ -131,6 +132,8 @@ MHD_Result Send(MHD_Connection *connection, unsigned status, MHD_Response *respo
     MHD_add_response_header(response, MHD_HTTP_HEADER_ACCEPT_RANGES, "none");
     if (status == MHD_HTTP_METHOD_NOT_ALLOWED)
         MHD_add_response_header(response, MHD_HTTP_HEADER_ALLOW, "GET, HEAD, POST");
+    if (status == MHD_HTTP_TOO_MANY_REQUESTS)
+        MHD_add_response_header(response, MHD_HTTP_HEADER_RETRY_AFTER, RetryAfter);
     const MHD_Result result = MHD_queue_response(connection, status, response);
     MHD_destroy_response(response);
     return result;
@@ -150,12 +153,18 @@ struct HttpServer::Daemon {
     // One connection; it is receiving unless an answer is on its way.
     struct Socket {
         int Descriptor;
+        IpAddress Peer;
         bool IsReceiving = true;
         std::chrono::milliseconds Since;
     };
     struct Request {
+        QString Network; // of the candidate
+        bool IsCounted = false; // beside connections
         QByteArray Body;
         qsizetype Received = 0;
+        // What was found out meanwhile for a request that had to wait.
+        unsigned Status = 0; // 0: nothing yet
+        QByteArray Message;
         std::optional<Sessions::Use> Session;
     };
 
@@ -163,10 +172,16 @@ struct HttpServer::Daemon {
         : m_responder(responder)
         , m_options(options)
         , m_clock(std::move(clock))
+        , m_workers(options.LogInThreads, options.WaitingLogIns)
     {
         Start();
     }
-    ~Daemon() { MHD_stop_daemon(m_daemon); }
+    ~Daemon()
+    {
+        // The library cannot stop while a connection is suspended.
+        m_workers.Close();
+        MHD_stop_daemon(m_daemon);
+    }
     Daemon(const Daemon &) = delete;
     Daemon &operator=(const Daemon &) = delete;
 
@@ -193,10 +208,18 @@ struct HttpServer::Daemon {
 
 private:
     void Start();
+    bool HasRoom(const QString &network);
+    // Keeps account of a connection or a request that comes or goes.
+    void Count(const QString &network, bool comes);
+    MHD_Result Begin(MHD_Connection *connection, Request &request);
     MHD_Result Receive(MHD_Connection *connection, const char *path, const char *method, const char *bytes, size_t *size,
                        Request *&request);
     MHD_Result Answer(MHD_Connection *connection, const char *path, QByteArrayView method, Request &request);
+    MHD_Result AnswerPost(MHD_Connection *connection, Request &request);
+    void AnswerLater(Request &request, bool isItsTurn);
     MHD_Result AnswerGet(MHD_Connection *connection, Request &request);
+    void End(MHD_Connection *connection, Request *&request);
+    static Socket *SocketOf(MHD_Connection *connection);
     void Mark(MHD_Connection *connection, bool isReceiving);
     void Notify(MHD_Connection *connection, void **socket, MHD_ConnectionNotificationCode code);
 
@@ -205,12 +228,14 @@ private:
     ::Responder &m_responder;
     const HttpServer::Options m_options;
     MonotonicClock m_clock;
+    Workers m_workers;
     MHD_Daemon *m_daemon = nullptr;
 
     std::mutex m_mutex;
     std::atomic<bool> m_hasStarted = false;
     QString m_lastWords; // of the library
     std::set<Socket *> m_sockets; // which they leave before they are closed
+    QHash<QString, unsigned> m_crowd; // connections, and requests through proxies, by network
 };
 
 // Said by the library why it cannot start. Later it only tells what strangers
@@ -235,7 +260,7 @@ void HttpServer::Daemon::Start()
         throw Error(InvalidCall, u"\"%1\" is no address"_s.arg(m_options.Address), u"HttpServer::Start()"_s);
 
     const bool isSecure = !m_options.Certificate.isEmpty();
-    unsigned flags = MHD_USE_EPOLL_INTERNAL_THREAD | MHD_USE_ERROR_LOG;
+    unsigned flags = MHD_USE_EPOLL_INTERNAL_THREAD | MHD_ALLOW_SUSPEND_RESUME | MHD_USE_ERROR_LOG;
     if (addresses.First->ai_family == AF_INET6)
         flags |= MHD_USE_IPv6;
     if (isSecure)
@@ -247,9 +272,12 @@ void HttpServer::Daemon::Start()
                                                     *reinterpret_cast<Request **>(request));
     };
     const auto onEnd = [](void *self, MHD_Connection *connection, void **request, MHD_RequestTerminationCode) {
-        delete static_cast<Request *>(*request);
-        *request = nullptr;
-        static_cast<Daemon *>(self)->Mark(connection, true);
+        static_cast<Daemon *>(self)->End(connection, *reinterpret_cast<Request **>(request));
+    };
+    const auto onAccept = [](void *self, const sockaddr *peer, socklen_t) {
+        const IpAddress address(peer);
+        auto *daemon = static_cast<Daemon *>(self);
+        return daemon->m_options.Proxies.Contains(address) || daemon->HasRoom(address.Network()) ? MHD_YES : MHD_NO;
     };
     const auto onConnection = [](void *self, MHD_Connection *connection, void **socket, MHD_ConnectionNotificationCode code) {
         static_cast<Daemon *>(self)->Notify(connection, socket, code);
@@ -263,11 +291,11 @@ void HttpServer::Daemon::Start()
     const MHD_OptionItem none[] = { { MHD_OPTION_END, 0, nullptr } };
 
     // The log comes first: it is to hear of the other options.
-    m_daemon = MHD_start_daemon(flags, m_options.Port, nullptr, nullptr, static_cast<MHD_AccessHandlerCallback>(onMessage),
-                                this, MHD_OPTION_EXTERNAL_LOGGER, &Daemon::Log, this, MHD_OPTION_SOCK_ADDR,
-                                addresses.First->ai_addr, MHD_OPTION_THREAD_POOL_SIZE, Threads, MHD_OPTION_CONNECTION_LIMIT,
-                                std::max(m_options.Connections, Threads), MHD_OPTION_PER_IP_CONNECTION_LIMIT,
-                                m_options.ConnectionsOfOneAddress, MHD_OPTION_CONNECTION_MEMORY_LIMIT, HeaderMemory,
+    m_daemon = MHD_start_daemon(flags, m_options.Port, static_cast<MHD_AcceptPolicyCallback>(onAccept), this,
+                                static_cast<MHD_AccessHandlerCallback>(onMessage), this, MHD_OPTION_EXTERNAL_LOGGER,
+                                &Daemon::Log, this, MHD_OPTION_SOCK_ADDR, addresses.First->ai_addr,
+                                MHD_OPTION_THREAD_POOL_SIZE, Threads, MHD_OPTION_CONNECTION_LIMIT,
+                                std::max(m_options.Connections, Threads), MHD_OPTION_CONNECTION_MEMORY_LIMIT, HeaderMemory,
                                 MHD_OPTION_CONNECTION_TIMEOUT, static_cast<unsigned>(m_options.Silence.count()),
                                 MHD_OPTION_STRICT_FOR_CLIENT, 1, MHD_OPTION_NOTIFY_COMPLETED,
                                 static_cast<MHD_RequestCompletedCallback>(onEnd), this, MHD_OPTION_NOTIFY_CONNECTION,
@@ -280,40 +308,90 @@ void HttpServer::Daemon::Start()
                     u"HttpServer::Start()"_s);
 }
 
-void HttpServer::Daemon::Notify(MHD_Connection *connection, void **socket, MHD_ConnectionNotificationCode code)
+bool HttpServer::Daemon::HasRoom(const QString &network)
 {
     const std::lock_guard lock(m_mutex);
-    if (code == MHD_CONNECTION_NOTIFY_STARTED) {
+    return m_crowd.value(network) < m_options.ConnectionsOfOneAddress;
+}
+
+void HttpServer::Daemon::Count(const QString &network, bool comes)
+{
+    const std::lock_guard lock(m_mutex);
+    unsigned &count = m_crowd[network];
+    comes ? ++count : --count;
+    if (count == 0)
+        m_crowd.remove(network);
+}
+
+void HttpServer::Daemon::Notify(MHD_Connection *connection, void **socket, MHD_ConnectionNotificationCode code)
+{
+    const bool comes = code == MHD_CONNECTION_NOTIFY_STARTED;
+    if (comes) {
         const int descriptor = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
-        *socket = *m_sockets.insert(new Socket{ descriptor, true, m_clock() }).first;
-    } else {
-        auto *closed = static_cast<Socket *>(*socket);
-        m_sockets.erase(closed);
-        delete closed;
+        const IpAddress peer(MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS)->client_addr);
+        *socket = new Socket{ descriptor, peer, true, m_clock() };
     }
+    auto *changed = static_cast<Socket *>(*socket);
+    if (!m_options.Proxies.Contains(changed->Peer))
+        Count(changed->Peer.Network(), comes);
+    const std::lock_guard lock(m_mutex);
+    if (comes) {
+        m_sockets.insert(changed);
+    } else {
+        m_sockets.erase(changed);
+        delete changed;
+    }
+}
+
+HttpServer::Daemon::Socket *HttpServer::Daemon::SocketOf(MHD_Connection *connection)
+{
+    return static_cast<Socket *>(MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT)->socket_context);
 }
 
 void HttpServer::Daemon::Mark(MHD_Connection *connection, bool isReceiving)
 {
-    auto *socket
-        = static_cast<Socket *>(MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT)->socket_context);
+    Socket *socket = SocketOf(connection);
     const std::lock_guard lock(m_mutex);
     socket->IsReceiving = isReceiving;
     socket->Since = m_clock();
 }
 
+MHD_Result HttpServer::Daemon::Begin(MHD_Connection *connection, Request &request)
+{
+    const IpAddress &peer = SocketOf(connection)->Peer;
+    const QByteArray forwardedFor = HeaderLines(connection, "X-Forwarded-For").join(',');
+    request.Network = m_options.Proxies.Origin(peer, forwardedFor).Network();
+    // A proxy has many connections, so its requests count in their place.
+    if (m_options.Proxies.Contains(peer)) {
+        if (!HasRoom(request.Network))
+            return SendText(connection, MHD_HTTP_TOO_MANY_REQUESTS, "Too many requests at once.\n");
+        Count(request.Network, true);
+        request.IsCounted = true;
+    }
+    const QByteArrayList lengths = HeaderLines(connection, MHD_HTTP_HEADER_CONTENT_LENGTH);
+    if (!lengths.isEmpty() && lengths.first().toULongLong() > quint64(LongestSwallowed))
+        return SendText(connection, MHD_HTTP_CONTENT_TOO_LARGE, "The message is too long.\n");
+    return MHD_YES;
+}
+
+void HttpServer::Daemon::End(MHD_Connection *connection, Request *&request)
+{
+    if (request && request->IsCounted)
+        Count(request->Network, false);
+    delete request;
+    request = nullptr;
+    Mark(connection, true);
+}
+
 // Called once with the headers, then with each piece of the body, and at last
-// without one.
+// without one; once more when a suspended connection goes on.
 MHD_Result HttpServer::Daemon::Receive(MHD_Connection *connection, const char *path, const char *method, const char *bytes,
                                        size_t *size, Request *&request)
 {
     try {
         if (!request) {
             request = new Request;
-            const char *length = MHD_lookup_connection_value(connection, MHD_HEADER_KIND, MHD_HTTP_HEADER_CONTENT_LENGTH);
-            if (length && QByteArrayView(length).toULongLong() > quint64(LongestSwallowed))
-                return SendText(connection, MHD_HTTP_CONTENT_TOO_LARGE, "The message is too long.\n");
-            return MHD_YES;
+            return Begin(connection, *request);
         }
         if (*size > 0) {
             request->Received += static_cast<qsizetype>(*size);
@@ -338,13 +416,44 @@ MHD_Result HttpServer::Daemon::Answer(MHD_Connection *connection, const char *pa
         return SendText(connection, MHD_HTTP_CONTENT_TOO_LARGE, "The message is too long.\n");
     if (std::strcmp(path, Path) != 0)
         return SendText(connection, MHD_HTTP_NOT_FOUND, "There is nothing here.\n");
-    if (method == QByteArrayView("POST")) {
-        const sockaddr *client = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS)->client_addr;
-        return SendText(connection, MHD_HTTP_OK, m_responder.Answer(request.Body, NetworkOf(client)));
-    }
+    if (method == QByteArrayView("POST"))
+        return AnswerPost(connection, request);
     if (method == QByteArrayView("GET") || method == QByteArrayView("HEAD"))
         return AnswerGet(connection, request);
     return SendText(connection, MHD_HTTP_METHOD_NOT_ALLOWED, "GET, HEAD or POST.\n");
+}
+
+MHD_Result HttpServer::Daemon::AnswerPost(MHD_Connection *connection, Request &request)
+{
+    if (request.Status != 0)
+        return SendText(connection, request.Status, request.Message);
+    if (const auto message = m_responder.AnswerAtOnce(request.Body, request.Network))
+        return SendText(connection, MHD_HTTP_OK, *message);
+    // Suspended first: a worker may be ready before this function returns.
+    MHD_suspend_connection(connection);
+    const bool isTaken = m_workers.Add([this, connection, &request](bool isItsTurn) {
+        AnswerLater(request, isItsTurn);
+        MHD_resume_connection(connection);
+    });
+    if (!isTaken) {
+        request.Status = MHD_HTTP_TOO_MANY_REQUESTS;
+        request.Message = Responder::BusyReply();
+        MHD_resume_connection(connection);
+    }
+    return MHD_YES;
+}
+
+void HttpServer::Daemon::AnswerLater(Request &request, bool isItsTurn)
+{
+    request.Status = MHD_HTTP_SERVICE_UNAVAILABLE;
+    if (!isItsTurn)
+        return;
+    try {
+        request.Message = m_responder.Answer(request.Body, request.Network);
+        request.Status = MHD_HTTP_OK;
+    } catch (const std::exception &error) {
+        qWarning("%s", error.what());
+    }
 }
 
 MHD_Result HttpServer::Daemon::AnswerGet(MHD_Connection *connection, Request &request)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "service/Clock.h"
+#include "service/IpAddress.h"
 #include "service/Responder.h"
 
 #include <QByteArray>
@@ -29,7 +30,15 @@ public:
         // Without a byte in either direction.
         std::chrono::seconds Silence{ 60 };
         unsigned Connections = 512;
+        // Of one network (see IpAddress); requests of a trusted proxy count for
+        // whom it speaks for.
         unsigned ConnectionsOfOneAddress = 64;
+        TrustedProxies Proxies;
+        // Passwords are checked on threads of their own. Beyond so many that
+        // wait for one, the next gets the status 429; all of them must have
+        // their turn before a client gives up, which is after half a minute.
+        unsigned LogInThreads = 2;
+        unsigned WaitingLogIns = 96;
     };
     static constexpr qsizetype LongestBody = 64 * 1024;
 

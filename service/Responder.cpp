@@ -30,12 +30,44 @@ MESSAGE ErrorReply(qint32 code, const QString &description)
     return Reply(u"ERROR"_s, { { u"code"_s, QString::number(code) }, { u"description"_s, description } });
 }
 
+bool Has(const MESSAGE &request, const QString &name)
+{
+    return request.Parameters().GetIndex(name) <= request.Parameters().Count();
+}
+
 QString ValueOf(const MESSAGE &request, const QString &name)
 {
-    const Parameters &parameters = request.Parameters();
-    if (parameters.GetIndex(name) > parameters.Count())
+    if (!Has(request, name))
         throw Refusal(Responder::MissingParameter, u"The parameter \"%1\" is missing."_s.arg(name));
-    return parameters.Item(name)->value();
+    return request.Parameters().Item(name)->value();
+}
+
+QString UserIn(const MESSAGE &request)
+{
+    return Store::Folded(ValueOf(request, u"email"_s));
+}
+
+// The message in these bytes, or the reply that there is none.
+struct Incoming {
+    std::optional<MESSAGE> Message;
+    MESSAGE Fault;
+};
+
+Incoming UnPacked(const QByteArray &bytes)
+{
+    try {
+        MESSAGE message;
+        message.UnPack(Ansi::ToText(bytes));
+        return { message, {} };
+    } catch (const Error &error) {
+        return { {}, ErrorReply(Responder::Undecodable, error.Description()) };
+    }
+}
+
+QByteArray Packed(MESSAGE reply)
+{
+    reply.Pack();
+    return Ansi::FromText(reply.Text());
 }
 
 }
@@ -68,21 +100,32 @@ MESSAGE Responder::Answer(const MESSAGE &request, const QString &address)
 
 QByteArray Responder::Answer(const QByteArray &request, const QString &address)
 {
-    MESSAGE reply;
-    try {
-        MESSAGE message;
-        message.UnPack(Ansi::ToText(request));
-        reply = Answer(message, address);
-    } catch (const Error &error) {
-        reply = ErrorReply(Undecodable, error.Description());
-    }
-    reply.Pack();
-    return Ansi::FromText(reply.Text());
+    const auto [message, fault] = UnPacked(request);
+    return Packed(message ? Answer(*message, address) : fault);
+}
+
+std::optional<QByteArray> Responder::AnswerAtOnce(const QByteArray &request, const QString &address)
+{
+    const auto [message, fault] = UnPacked(request);
+    if (message && HasToCheckPassword(*message, address))
+        return {};
+    return Packed(message ? Answer(*message, address) : fault);
+}
+
+QByteArray Responder::BusyReply()
+{
+    return Packed(ErrorReply(TooOften, u"Too many users are logging on at this moment. Please try again in a few seconds."_s));
+}
+
+bool Responder::HasToCheckPassword(const MESSAGE &request, const QString &address)
+{
+    return request.Command() == "LOGIN"_L1 && Has(request, u"email"_s) && Has(request, u"pwd"_s)
+        && !m_guard.Wait(UserIn(request), address);
 }
 
 MESSAGE Responder::LogIn(const MESSAGE &request, const QString &address)
 {
-    const QString email = Store::Folded(ValueOf(request, u"email"_s));
+    const QString email = UserIn(request);
     const QString password = ValueOf(request, u"pwd"_s);
     if (const auto wait = m_guard.Admit(email, address)) {
         const auto seconds = std::chrono::ceil<std::chrono::seconds>(*wait).count();

@@ -33,6 +33,9 @@ void Describe(QCommandLineParser &parser)
         { u"packs"_s, u"The folder with the pack of each exam, EXAM.exe."_s, u"DIR"_s },
         { u"address"_s, u"The IP address to listen on; 127.0.0.1 unless told otherwise."_s, u"ADDRESS"_s, u"127.0.0.1"_s },
         { u"port"_s, u"The port to listen on; 0, any that is free, unless told otherwise."_s, u"PORT"_s, u"0"_s },
+        { u"trusted-proxy"_s,
+          u"A reverse proxy whose X-Forwarded-For counts: its address, or a range such as 10.0.0.0/8. May be given several times."_s,
+          u"ADDRESS[/PREFIX]"_s },
         { u"rate"_s, u"For trials: sends packs at this many bytes a second."_s, u"BYTES"_s, u"0"_s },
         { u"certificate"_s, u"For HTTPS: a file in PEM format with the certificate and those up to its root."_s, u"FILE"_s },
         { u"key"_s, u"For HTTPS: a file in PEM format with the certificate's key."_s, u"FILE"_s },
@@ -64,6 +67,10 @@ int Command::Serve(const QStringList &arguments)
     options.Rate = parser.value(u"rate"_s).toUInt(&isNumber);
     if (!isNumber)
         return Misused(u"--rate must be a number of bytes"_s);
+    for (const QString &proxy : parser.values(u"trusted-proxy"_s)) {
+        if (!options.Proxies.Add(proxy))
+            return Misused(u"--trusted-proxy: \"%1\" is no address and no range"_s.arg(proxy));
+    }
     if (parser.isSet(u"certificate"_s) != parser.isSet(u"key"_s))
         return Misused(u"--certificate and --key belong together"_s);
     if (parser.isSet(u"certificate"_s)) {

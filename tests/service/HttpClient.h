@@ -58,6 +58,8 @@ public:
         reply.Body = std::exchange(m_received, {});
         return reply;
     }
+    // Whether some of an answer, or its end, is there already.
+    bool HasAnswer() { return m_socket.bytesAvailable() > 0 || m_socket.waitForReadyRead(0) || !IsOpen(); }
     bool IsOpen() const { return m_socket.state() == QAbstractSocket::ConnectedState; }
     // Waits so many milliseconds for the connection to end.
     bool HasEnded(int patience = Patience)

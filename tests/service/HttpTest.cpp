@@ -205,21 +205,57 @@ TEST_F(HttpTest, OneAddressHasOnlySoManyConnections)
     Await([&] { return Exchange(request).Status == 200; });
 }
 
-TEST_F(HttpTest, ManyAtOnce)
+TEST_F(HttpTest, BehindAProxyTheForwardedAddressCounts)
 {
+    m_options.ConnectionsOfOneAddress = 2;
+    m_options.Proxies.Add(u"127.0.0.1"_s);
     const QByteArray sid = StartedSession();
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([&] {
-            for (int round = 0; round < 2; ++round) {
-                EXPECT_EQ(Post("REPORT?sid=" + sid + "&list=BIG&time=noon;"), "REPORT?status=OK;");
-                SessionIn(Post("LOGIN?email=ann&pwd=pass;"));
-            }
-        });
+    const auto get = [&](const QByteArray &from) { return Get(sid, u"BIG"_s, "X-Forwarded-For: " + from + "\r\n"); };
+    std::vector<std::unique_ptr<HttpClient>> clients;
+    const std::pair<const char *, int> rows[] = {
+        { "2001:db8::1", 200 }, { "2001:db8::2", 200 }, { "192.0.2.1, 2001:db8::3", 429 },
+        { "192.0.2.1", 200 }, { "192.0.2.2\r\nx-forwarded-for: 192.0.2.1", 200 }, { "192.0.2.1", 429 }, { "192.0.2.2", 200 },
+    };
+    for (const auto &[from, status] : rows) {
+        clients.push_back(std::make_unique<HttpClient>(Endpoint()));
+        clients.back()->Send(get(from));
+        EXPECT_EQ(clients.back()->ReceiveHead().Status, status) << from;
     }
-    for (std::thread &thread : threads)
-        thread.join();
-    EXPECT_EQ(m_store.Reports().size(), 1u);
+    clients[1].reset();
+    Await([&] { return HttpClient::Exchange(Endpoint(), "HEAD" + get("2001:db8::4").mid(3)).Status == 200; });
+}
+
+TEST_F(HttpTest, PasswordsAreCheckedBesideEverythingElse)
+{
+    m_store.SetPassword(u"ann"_s, Password::Hash(u"pass"_s, { 2 * Password::UsualCost.Passes, Password::UsualCost.Bytes }));
+    m_options.LogInThreads = 1;
+    m_options.WaitingLogIns = 4;
+    const QByteArray sid = StartedSession();
+    std::vector<std::unique_ptr<HttpClient>> clients;
+    const auto logOn = [&] {
+        clients.clear();
+        for (int i = 0; i < 8; ++i) {
+            clients.push_back(std::make_unique<HttpClient>(Endpoint()));
+            clients.back()->Send(HttpClient::PostRequest("LOGIN?email=ann&pwd=pass;"));
+        }
+    };
+    // One is checked, four wait.
+    logOn();
+    EXPECT_TRUE(Post("LIST?sid=" + sid + ';').startsWith("LIST?status=OK&"));
+    EXPECT_FALSE(std::all_of(clients.begin(), clients.end(), [](const auto &client) { return client->HasAnswer(); }));
+    std::map<int, int> count;
+    for (const auto &client : clients) {
+        const HttpClient::Reply reply = client->Receive();
+        ++count[reply.Status];
+        EXPECT_EQ(reply.Head.contains("\r\nRetry-After: "), reply.Status == 429);
+        EXPECT_TRUE(reply.Body.startsWith(reply.Status == 200 ? "LOGIN?status=OK&sid=" : "ERROR?code=429&")) << reply.Status;
+    }
+    EXPECT_TRUE(count[200] >= 5 && count[429] >= 1 && count[200] + count[429] == 8) << count[200] << ' ' << count[429];
+
+    logOn();
+    m_server.reset();
+    for (const auto &client : clients)
+        EXPECT_TRUE(client->HasEnded());
 }
 
 TEST_F(HttpTest, ASelfSignedCertificate)

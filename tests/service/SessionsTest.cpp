@@ -1,3 +1,4 @@
+#include "service/IpAddress.h"
 #include "tests/service/ServiceFixture.h"
 
 #include <QSet>
@@ -106,4 +107,26 @@ TEST(GuessGuardTest, RemembersOnlySoMany)
     for (int i = 0; i < 500; ++i)
         remembered += guard.Admit(QString::number(i), u"b"_s).has_value();
     EXPECT_TRUE(remembered > 0 && remembered <= 50) << remembered;
+}
+
+TEST(TrustedProxiesTest, WhoIsAtTheOtherEndAndCountsAsOne)
+{
+    TrustedProxies proxies;
+    for (const QString &sound : { u"10.1.2.3/8"_s, u"192.0.2.7"_s, u"2001:db8:fff0::/44"_s, u"::1"_s, u"::ffff:203.0.113.8/125"_s })
+        EXPECT_TRUE(proxies.Add(sound)) << sound.toStdString();
+    for (const QString &odd : { u""_s, u"proxy"_s, u"10.0.0"_s, u"10.0.0.0/33"_s, u"10.0.0.0/"_s, u"10.0.0.0/-1"_s,
+                                u"10.0.0.0/ 8"_s, u"10.0.0.0/8/8"_s, u"::1/129"_s, u"/8"_s, u"::1%lo"_s })
+        EXPECT_FALSE(proxies.Add(odd)) << odd.toStdString();
+    const std::array<const char *, 3> rows[] = {
+        { "198.51.100.1", "1.2.3.4", "198.51.100.1" },
+        { "192.0.2.7", "", "192.0.2.7" }, { "192.0.2.7", "1.2.3.4, 198.51.100.1", "198.51.100.1" },
+        { "192.0.2.7", "1.2.3.4,198.51.100.1, 10.255.0.1 ,::ffff:10.0.0.2", "198.51.100.1" },
+        { "192.0.2.7", "10.0.0.1,10.0.0.2", "10.0.0.1" }, { "192.0.2.7", "1.2.3.4, unknown", "192.0.2.7" },
+        { "192.0.2.7", "1.2.3.4, unknown, 10.0.0.1", "10.0.0.1" }, { "11.0.0.1", "1.2.3.4", "11.0.0.1" },
+        { "::ffff:192.0.2.7", "[2001:db8:1:2:3::4]:443", "2001:db8:1:2::/64" }, { "::1", "198.51.100.1:1234", "198.51.100.1" },
+        { "2001:db8:ffff:1::9", "2001:db8:1:3:ffff::", "2001:db8:1:3::/64" }, { "2001:db8:ffe0::9", "1.2.3.4", "2001:db8:ffe0::/64" },
+        { "203.0.113.15", "::ffff:198.51.100.1", "198.51.100.1" }, { "203.0.113.7", "1.2.3.4", "203.0.113.7" },
+    };
+    for (const auto &[peer, forwardedFor, network] : rows)
+        EXPECT_EQ(proxies.Origin(*IpAddress::FromText(peer), forwardedFor).Network().toStdString(), network) << peer;
 }

@@ -1,0 +1,124 @@
+#include "service/IpAddress.h"
+
+#include <QList>
+
+#include <algorithm>
+#include <cstring>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr std::array<unsigned char, 12> IPv4Inside = { 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xFF };
+constexpr int BitsBeforeIPv4 = 96;
+constexpr int BitsOfHome = 64;
+
+// What proxies write: an address, which may have a port behind it and then, if
+// it is an IPv6 address, stands in brackets.
+std::optional<IpAddress> AddressOf(QByteArray entry)
+{
+    entry = entry.trimmed();
+    if (entry.startsWith('['))
+        entry = entry.mid(1, entry.indexOf(']') - 1);
+    else if (entry.count(':') == 1)
+        entry.truncate(entry.indexOf(':'));
+    return IpAddress::FromText(entry);
+}
+
+}
+
+IpAddress::IpAddress(const sockaddr *address)
+{
+    if (address->sa_family == AF_INET) {
+        sockaddr_in ip;
+        std::memcpy(&ip, address, sizeof ip);
+        std::copy(IPv4Inside.begin(), IPv4Inside.end(), m_bytes.begin());
+        std::memcpy(m_bytes.data() + IPv4Inside.size(), &ip.sin_addr, sizeof ip.sin_addr);
+    } else {
+        sockaddr_in6 ip;
+        std::memcpy(&ip, address, sizeof ip);
+        std::memcpy(m_bytes.data(), &ip.sin6_addr, m_bytes.size());
+    }
+}
+
+std::optional<IpAddress> IpAddress::FromText(const QByteArray &text)
+{
+    IpAddress address;
+    if (text.contains('\0'))
+        return {};
+    if (inet_pton(AF_INET6, text.constData(), address.m_bytes.data()) == 1)
+        return address;
+    std::copy(IPv4Inside.begin(), IPv4Inside.end(), address.m_bytes.begin());
+    if (inet_pton(AF_INET, text.constData(), address.m_bytes.data() + IPv4Inside.size()) == 1)
+        return address;
+    return {};
+}
+
+bool IpAddress::IsIPv4() const
+{
+    return std::equal(IPv4Inside.begin(), IPv4Inside.end(), m_bytes.begin());
+}
+
+bool IpAddress::SharesBits(const IpAddress &other, int count) const
+{
+    const auto whole = static_cast<size_t>(count / 8);
+    const int rest = count % 8;
+    return std::equal(m_bytes.begin(), m_bytes.begin() + whole, other.m_bytes.begin())
+        && (rest == 0 || (m_bytes[whole] ^ other.m_bytes[whole]) >> (8 - rest) == 0);
+}
+
+QString IpAddress::Network() const
+{
+    std::array<char, INET6_ADDRSTRLEN> text{};
+    if (IsIPv4()) {
+        inet_ntop(AF_INET, m_bytes.data() + IPv4Inside.size(), text.data(), text.size());
+        return QString::fromLatin1(text.data());
+    }
+    auto bytes = m_bytes;
+    std::fill(bytes.begin() + BitsOfHome / 8, bytes.end(), 0);
+    inet_ntop(AF_INET6, bytes.data(), text.data(), text.size());
+    return u"%1/%2"_s.arg(QLatin1StringView(text.data())).arg(BitsOfHome);
+}
+
+bool TrustedProxies::Add(const QString &text)
+{
+    const auto address = IpAddress::FromText(text.section(u'/', 0, 0).toLatin1());
+    if (!address)
+        return false;
+    // Written with colons, an IPv4 address has the bits of an IPv6 one.
+    const int before = text.contains(u':') ? 0 : BitsBeforeIPv4;
+    int bits = 128 - before;
+    if (text.contains(u'/')) {
+        const QString prefix = text.section(u'/', 1);
+        bool isNumber = false;
+        const uint most = static_cast<uint>(bits);
+        const uint given = prefix.toUInt(&isNumber);
+        if (!isNumber || given > most || prefix != QString::number(given))
+            return false;
+        bits = static_cast<int>(given);
+    }
+    m_ranges.push_back({ *address, before + bits });
+    return true;
+}
+
+bool TrustedProxies::Contains(const IpAddress &address) const
+{
+    return std::any_of(m_ranges.begin(), m_ranges.end(),
+                       [&](const Range &range) { return range.Address.SharesBits(address, range.Bits); });
+}
+
+IpAddress TrustedProxies::Origin(IpAddress peer, const QByteArray &forwardedFor) const
+{
+    QList<QByteArray> entries = forwardedFor.split(',');
+    while (Contains(peer) && !entries.isEmpty()) {
+        const auto before = AddressOf(entries.takeLast());
+        if (!before)
+            break;
+        peer = *before;
+    }
+    return peer;
+}
