@@ -11,6 +11,8 @@ namespace Console {
 
 namespace {
 
+constexpr qsizetype LongestQuoted = 100;
+
 void Put(std::FILE *stream, const QString &line)
 {
     const QByteArray bytes = line.toUtf8() + '\n';
@@ -41,6 +43,20 @@ QString OneLine(QString text)
             c = u' ';
     }
     return text;
+}
+
+QString Quoted(const QString &text)
+{
+    QString quoted = u"\""_s;
+    for (const QChar c : text.left(LongestQuoted)) {
+        if (c == u'"' || c == u'\\')
+            quoted += u'\\';
+        if (c == u' ' || (c.isPrint() && !c.isSpace()))
+            quoted += c;
+        else
+            quoted += u"\\u%1"_s.arg(c.unicode(), 4, 16, QLatin1Char('0'));
+    }
+    return quoted + (text.size() > LongestQuoted ? u"…\""_s : u"\""_s);
 }
 
 QString OneLine(const Error &error)

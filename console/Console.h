@@ -17,6 +17,10 @@ bool Flush();
 // A text with a blank for every line break and control character: files and
 // reports come from strangers.
 QString OneLine(QString text);
+// The same as a part of a line that others read, a program perhaps: between
+// quotation marks, with a backslash before these and itself, with \uXXXX for
+// what cannot be seen, and cut after 100 characters.
+QString Quoted(const QString &text);
 // An error's description as one line, without the code of a system error.
 QString OneLine(const Error &error);
 

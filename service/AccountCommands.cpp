@@ -54,7 +54,7 @@ int Command::AddUser(const QStringList &arguments)
     parser.addPositionalArgument(u"EMAIL"_s, u"The user ID, the same in small and capital letters."_s);
     parser.addOptions({
         { u"password-file"_s, u"Read the password from FILE."_s, u"FILE"_s },
-        { u"replace"_s, u"Give a user who is there already a new password."_s },
+        { u"replace"_s, u"Give a user who is there already a new password. Sessions under the old one end at once."_s },
     });
     if (const auto code = ParseWithDatabase(parser, arguments, 1, 1))
         return *code;
@@ -71,6 +71,18 @@ int Command::AddUser(const QStringList &arguments)
         store.SetPassword(email, Password::Hash(password));
     else
         store.AddUser(email, Password::Hash(password));
+    return Success;
+}
+
+int Command::RemoveUser(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(u"Removes a user, with what was bought and reported. Sessions end at once."_s);
+    parser.addPositionalArgument(u"EMAIL"_s, u"The user ID."_s);
+    if (const auto code = ParseWithDatabase(parser, arguments, 1, 1))
+        return *code;
+    Store store(parser.value(u"database"_s));
+    store.RemoveUser(parser.positionalArguments().first());
     return Success;
 }
 

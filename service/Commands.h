@@ -7,6 +7,7 @@ namespace Command {
 
 int Serve(const QStringList &arguments);
 int AddUser(const QStringList &arguments);
+int RemoveUser(const QStringList &arguments);
 int Grant(const QStringList &arguments);
 int Revoke(const QStringList &arguments);
 int ListUsers(const QStringList &arguments);

@@ -34,6 +34,9 @@ constexpr size_t HeaderMemory = 32 * 1024;
 constexpr qsizetype LongestSwallowed = 1024 * 1024;
 constexpr size_t SlowPiece = 64 * 1024;
 constexpr quint32 PiecesOfSecond = 20;
+// Every session key is new, and every cipher authenticates what it carries.
+constexpr const char *Priorities = "NORMAL:-VERS-ALL:+VERS-TLS1.3:+VERS-TLS1.2:-KX-ALL:+ECDHE-ECDSA:+ECDHE-RSA:"
+                                   "-CIPHER-ALL:+AES-256-GCM:+CHACHA20-POLY1305:+AES-128-GCM:-MAC-ALL:+AEAD";
 constexpr const char *RetryAfter = "5"; // seconds
 
 struct AddressList {
@@ -106,21 +109,45 @@ QString Argument(MHD_Connection *connection, const char *name)
     return QString::fromUtf8(value, value ? static_cast<qsizetype>(size) : 0);
 }
 
-// The values of all header lines with that name, in their order.
-QByteArrayList HeaderLines(MHD_Connection *connection, const char *name)
+struct HeaderLine {
+    QByteArray Name;
+    QByteArray Value;
+};
+
+std::vector<HeaderLine> HeaderLines(MHD_Connection *connection)
 {
-    struct Search {
-        QByteArrayView Name;
-        QByteArrayList Values;
-    } search{ name, {} };
-    const auto onLine = [](void *found, MHD_ValueKind, const char *line, const char *value) {
-        auto *lines = static_cast<Search *>(found);
-        if (lines->Name.compare(line, Qt::CaseInsensitive) == 0)
-            lines->Values.append(value);
+    std::vector<HeaderLine> lines;
+    const auto onLine = [](void *found, MHD_ValueKind, const char *name, const char *value) {
+        static_cast<std::vector<HeaderLine> *>(found)->push_back({ name, value });
         return MHD_YES;
     };
-    MHD_get_connection_values(connection, MHD_HEADER_KIND, onLine, &search);
-    return search.Values;
+    MHD_get_connection_values(connection, MHD_HEADER_KIND, onLine, &lines);
+    return lines;
+}
+
+// The values of all lines with that name, in their order.
+QByteArrayList ValuesOf(const std::vector<HeaderLine> &lines, QByteArrayView name)
+{
+    QByteArrayList values;
+    for (const HeaderLine &line : lines) {
+        if (line.Name.compare(name, Qt::CaseInsensitive) == 0)
+            values.append(line.Value);
+    }
+    return values;
+}
+
+// Whether a proxy in front may have found another end of the body: what it
+// then took for the body would be the next request here.
+bool IsAmbiguous(const std::vector<HeaderLine> &lines, QByteArrayView version)
+{
+    // With a blank before the colon the library does not know the name.
+    const auto hasBlank = [](const HeaderLine &line) { return line.Name.contains(' ') || line.Name.contains('\t'); };
+    const QByteArrayList lengths = ValuesOf(lines, MHD_HTTP_HEADER_CONTENT_LENGTH);
+    const QByteArrayList codings = ValuesOf(lines, MHD_HTTP_HEADER_TRANSFER_ENCODING);
+    if (std::any_of(lines.begin(), lines.end(), hasBlank) || lengths.size() + codings.size() > 1)
+        return true;
+    return !codings.isEmpty()
+        && (codings.first().compare("chunked", Qt::CaseInsensitive) != 0 || version != QByteArrayView(MHD_HTTP_VERSION_1_1));
 }
 
 MHD_Result Send(MHD_Connection *connection, unsigned status, MHD_Response *response, const char *type)
@@ -211,9 +238,9 @@ private:
     bool HasRoom(const QString &network);
     // Keeps account of a connection or a request that comes or goes.
     void Count(const QString &network, bool comes);
-    MHD_Result Begin(MHD_Connection *connection, Request &request);
-    MHD_Result Receive(MHD_Connection *connection, const char *path, const char *method, const char *bytes, size_t *size,
-                       Request *&request);
+    MHD_Result Begin(MHD_Connection *connection, const char *version, Request &request);
+    MHD_Result Receive(MHD_Connection *connection, const char *path, const char *method, const char *version,
+                       const char *bytes, size_t *size, Request *&request);
     MHD_Result Answer(MHD_Connection *connection, const char *path, QByteArrayView method, Request &request);
     MHD_Result AnswerPost(MHD_Connection *connection, Request &request);
     void AnswerLater(Request &request, bool isItsTurn);
@@ -266,9 +293,9 @@ void HttpServer::Daemon::Start()
     if (isSecure)
         flags |= MHD_USE_TLS;
 
-    const auto onMessage = [](void *self, MHD_Connection *connection, const char *path, const char *method, const char *,
+    const auto onMessage = [](void *self, MHD_Connection *connection, const char *path, const char *method, const char *version,
                               const char *bytes, size_t *size, void **request) {
-        return static_cast<Daemon *>(self)->Receive(connection, path, method, bytes, size,
+        return static_cast<Daemon *>(self)->Receive(connection, path, method, version, bytes, size,
                                                     *reinterpret_cast<Request **>(request));
     };
     const auto onEnd = [](void *self, MHD_Connection *connection, void **request, MHD_RequestTerminationCode) {
@@ -285,7 +312,7 @@ void HttpServer::Daemon::Start()
     const MHD_OptionItem security[] = {
         { MHD_OPTION_HTTPS_MEM_CERT, 0, const_cast<char *>(m_options.Certificate.constData()) },
         { MHD_OPTION_HTTPS_MEM_KEY, 0, const_cast<char *>(m_options.Key.constData()) },
-        { MHD_OPTION_HTTPS_PRIORITIES, 0, const_cast<char *>("NORMAL:-VERS-TLS1.0:-VERS-TLS1.1") },
+        { MHD_OPTION_HTTPS_PRIORITIES, 0, const_cast<char *>(Priorities) },
         { MHD_OPTION_END, 0, nullptr },
     };
     const MHD_OptionItem none[] = { { MHD_OPTION_END, 0, nullptr } };
@@ -356,10 +383,13 @@ void HttpServer::Daemon::Mark(MHD_Connection *connection, bool isReceiving)
     socket->Since = m_clock();
 }
 
-MHD_Result HttpServer::Daemon::Begin(MHD_Connection *connection, Request &request)
+MHD_Result HttpServer::Daemon::Begin(MHD_Connection *connection, const char *version, Request &request)
 {
+    const std::vector<HeaderLine> lines = HeaderLines(connection);
+    if (IsAmbiguous(lines, version))
+        return SendText(connection, MHD_HTTP_BAD_REQUEST, "Where this request ends is not clear.\n");
     const IpAddress &peer = SocketOf(connection)->Peer;
-    const QByteArray forwardedFor = HeaderLines(connection, "X-Forwarded-For").join(',');
+    const QByteArray forwardedFor = ValuesOf(lines, "X-Forwarded-For").join(',');
     request.Network = m_options.Proxies.Origin(peer, forwardedFor).Network();
     // A proxy has many connections, so its requests count in their place.
     if (m_options.Proxies.Contains(peer)) {
@@ -368,7 +398,7 @@ MHD_Result HttpServer::Daemon::Begin(MHD_Connection *connection, Request &reques
         Count(request.Network, true);
         request.IsCounted = true;
     }
-    const QByteArrayList lengths = HeaderLines(connection, MHD_HTTP_HEADER_CONTENT_LENGTH);
+    const QByteArrayList lengths = ValuesOf(lines, MHD_HTTP_HEADER_CONTENT_LENGTH);
     if (!lengths.isEmpty() && lengths.first().toULongLong() > quint64(LongestSwallowed))
         return SendText(connection, MHD_HTTP_CONTENT_TOO_LARGE, "The message is too long.\n");
     return MHD_YES;
@@ -385,13 +415,13 @@ void HttpServer::Daemon::End(MHD_Connection *connection, Request *&request)
 
 // Called once with the headers, then with each piece of the body, and at last
 // without one; once more when a suspended connection goes on.
-MHD_Result HttpServer::Daemon::Receive(MHD_Connection *connection, const char *path, const char *method, const char *bytes,
-                                       size_t *size, Request *&request)
+MHD_Result HttpServer::Daemon::Receive(MHD_Connection *connection, const char *path, const char *method,
+                                       const char *version, const char *bytes, size_t *size, Request *&request)
 {
     try {
         if (!request) {
             request = new Request;
-            return Begin(connection, *request);
+            return Begin(connection, version, *request);
         }
         if (*size > 0) {
             request->Received += static_cast<qsizetype>(*size);

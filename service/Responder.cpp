@@ -2,6 +2,7 @@
 
 #include "common/Ansi.h"
 #include "common/Error.h"
+#include "console/Console.h"
 #include "service/Password.h"
 
 using namespace Qt::Literals::StringLiterals;
@@ -72,10 +73,11 @@ QByteArray Packed(MESSAGE reply)
 
 }
 
-Responder::Responder(Store &store, Sessions &sessions, GuessGuard &guard)
+Responder::Responder(Store &store, Sessions &sessions, GuessGuard &guard, Log log)
     : m_store(store)
     , m_sessions(sessions)
     , m_guard(guard)
+    , m_log(std::move(log))
     , m_nobodysHash(Password::Hash(u"nobody"_s))
 {
 }
@@ -133,15 +135,27 @@ MESSAGE Responder::LogIn(const MESSAGE &request, const QString &address)
     }
     const auto credentials = m_store.Find(email);
     const bool isRight = Password::Matches(credentials ? credentials->PasswordHash : m_nobodysHash, password);
-    if (!credentials || !isRight)
+    if (!credentials || !isRight) {
+        m_log(u"login failed: %1 from %2"_s.arg(Console::Quoted(email), address));
         return Reply(u"LOGIN"_s, { { u"status"_s, u"FAILED"_s } });
+    }
     m_guard.Succeeded(email, address);
-    return Reply(u"LOGIN"_s, { { u"status"_s, u"OK"_s }, { u"sid"_s, m_sessions.Open(credentials->User) } });
+    const QString session = m_sessions.Open(credentials->User, credentials->PasswordHash);
+    return Reply(u"LOGIN"_s, { { u"status"_s, u"OK"_s }, { u"sid"_s, session } });
+}
+
+std::optional<Sessions::Use> Responder::Find(const QString &session)
+{
+    auto use = m_sessions.Find(session);
+    // It ends with the password that it was opened with, and with the user.
+    if (use && m_store.PasswordHash(use->User()) != use->Stamp())
+        use.reset();
+    return use;
 }
 
 Sessions::Use Responder::SessionOf(const MESSAGE &request)
 {
-    auto session = m_sessions.Find(ValueOf(request, u"sid"_s));
+    auto session = Find(ValueOf(request, u"sid"_s));
     if (!session)
         throw Refusal(BadSession, u"You are not logged on, or not any more. Please start again."_s);
     return *std::move(session);
@@ -155,17 +169,22 @@ MESSAGE Responder::List(const MESSAGE &request)
 
 MESSAGE Responder::Report(const MESSAGE &request)
 {
-    const QString exams = ValueOf(request, u"list"_s);
+    const QString list = ValueOf(request, u"list"_s);
     const QString time = ValueOf(request, u"time"_s);
     const auto session = SessionOf(request);
-    if (!m_store.Record({ session.User(), session.Fingerprint(), exams, time }))
-        throw Refusal(TooOften, u"There were too many reports in one session."_s);
+    if (list.size() + time.size() > LongestReport)
+        throw Refusal(TooLong, u"The report is too long."_s);
+    QStringList exams = list.split(u',');
+    exams.removeDuplicates();
+    exams.removeIf([bought = m_store.Exams(session.User())](const QString &exam) { return !bought.contains(exam); });
+    if (!m_store.Record({ session.User(), session.Fingerprint(), exams.join(u','), time }))
+        throw Refusal(TooOften, u"There were too many reports in one day."_s);
     return Reply(u"REPORT"_s, { { u"status"_s, u"OK"_s } });
 }
 
 Responder::Admission Responder::Admit(const QString &session, const QString &exam)
 {
-    auto use = m_sessions.Find(session);
+    auto use = Find(session);
     if (!use)
         return { Access::NoSession, {} };
     if (!m_store.HasExam(use->User(), exam))

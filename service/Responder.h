@@ -7,6 +7,7 @@
 
 #include <QByteArray>
 
+#include <functional>
 #include <optional>
 
 // What the service answers, without the network: a message in, a message out.
@@ -18,13 +19,19 @@ public:
         Undecodable = 400,
         BadSession = 401,
         UnknownCommand = 404,
+        TooLong = 413,
         MissingParameter = 422,
         TooOften = 429,
         OwnFailure = 500,
     };
 
+    // Characters of a report's parameters.
+    static constexpr qsizetype LongestReport = 4096;
+    // Gets a line for each wrong password, from any thread.
+    using Log = std::function<void(const QString &line)>;
+
     // All three have to outlive it.
-    Responder(Store &store, Sessions &sessions, GuessGuard &guard);
+    Responder(Store &store, Sessions &sessions, GuessGuard &guard, Log log);
 
     // The address tells who asks from who else asks. Never raises: what goes
     // wrong is an ERROR reply.
@@ -51,11 +58,13 @@ private:
     MESSAGE LogIn(const MESSAGE &request, const QString &address);
     MESSAGE List(const MESSAGE &request);
     MESSAGE Report(const MESSAGE &request);
+    std::optional<Sessions::Use> Find(const QString &session);
     Sessions::Use SessionOf(const MESSAGE &request);
 
     Store &m_store;
     Sessions &m_sessions;
     GuessGuard &m_guard;
+    Log m_log;
     // Checked in place of the hash of a user who is not there, so that the
     // time of an answer does not tell who is.
     QByteArray m_nobodysHash;

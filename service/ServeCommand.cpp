@@ -6,6 +6,7 @@
 #include "service/HttpServer.h"
 #include "service/Signals.h"
 
+#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 
@@ -40,6 +41,11 @@ void Describe(QCommandLineParser &parser)
         { u"certificate"_s, u"For HTTPS: a file in PEM format with the certificate and those up to its root."_s, u"FILE"_s },
         { u"key"_s, u"For HTTPS: a file in PEM format with the certificate's key."_s, u"FILE"_s },
     });
+}
+
+void Log(const QString &line)
+{
+    Console::Complain(QDateTime::currentDateTimeUtc().toString(Qt::ISODate) + u' ' + line);
 }
 
 bool IsOfThisMachine(const QString &address)
@@ -82,9 +88,10 @@ int Command::Serve(const QStringList &arguments)
 
     Signals::Hold();
     Store store(parser.value(u"database"_s));
+    store.Check();
     Sessions sessions(SystemClock());
     GuessGuard guard(SystemClock());
-    Responder responder(store, sessions, guard);
+    Responder responder(store, sessions, guard, Log);
     HttpServer server(responder, options);
     Console::Print(server.Endpoint());
     if (!Console::Flush())

@@ -41,6 +41,11 @@ qint64 Sessions::Use::User() const
     return m_session->User;
 }
 
+const QByteArray &Sessions::Use::Stamp() const
+{
+    return m_session->Stamp;
+}
+
 QByteArray Sessions::Use::Fingerprint() const
 {
     return m_session->Fingerprint;
@@ -76,14 +81,14 @@ void Sessions::MakeRoom(qint64 user)
         m_sessions.remove(oldest->Fingerprint);
 }
 
-QString Sessions::Open(qint64 user)
+QString Sessions::Open(qint64 user, const QByteArray &stamp)
 {
     std::array<char, 32> bytes;
     randombytes_buf(bytes.data(), bytes.size());
     const QByteArray id = QByteArray::fromRawData(bytes.data(), bytes.size()).toHex();
     const std::lock_guard lock(m_mutex);
     MakeRoom(user);
-    const auto session = std::make_shared<Session>(Session{ user, FingerprintOf(id), m_clock(), m_clock() });
+    const auto session = std::make_shared<Session>(Session{ user, stamp, FingerprintOf(id), m_clock(), m_clock() });
     m_sessions.insert(session->Fingerprint, session);
     return QString::fromLatin1(id);
 }

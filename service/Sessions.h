@@ -32,6 +32,7 @@ public:
         Use(Use &&other) noexcept = default;
         ~Use();
         qint64 User() const;
+        const QByteArray &Stamp() const;
         // Tells the session from every other one without being its ID.
         QByteArray Fingerprint() const;
 
@@ -46,14 +47,16 @@ public:
     {
     }
 
-    // A new session of a user; its ID, 64 lower-case hexadecimal digits.
-    QString Open(qint64 user);
+    // A new session of a user; its ID, 64 lower-case hexadecimal digits. The
+    // stamp is kept for whoever finds the session.
+    QString Open(qint64 user, const QByteArray &stamp);
     // Nothing when there is no such session, or none any more.
     std::optional<Use> Find(const QString &id);
 
 private:
     struct Session {
         qint64 User;
+        QByteArray Stamp;
         QByteArray Fingerprint;
         std::chrono::milliseconds Opened;
         std::chrono::milliseconds LastUse;

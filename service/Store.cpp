@@ -16,7 +16,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr int SchemaVersion = 1;
+constexpr int SchemaVersion = 2;
 const QStringList Schema = {
     u"CREATE TABLE IF NOT EXISTS users(id INTEGER PRIMARY KEY, email TEXT NOT NULL, folded TEXT NOT NULL UNIQUE, "
     "password BLOB NOT NULL)"_s,
@@ -25,6 +25,7 @@ const QStringList Schema = {
     u"CREATE TABLE IF NOT EXISTS reports(id INTEGER PRIMARY KEY, user INTEGER NOT NULL REFERENCES users(id), "
     "session BLOB NOT NULL, exams TEXT NOT NULL, time TEXT NOT NULL, received TEXT NOT NULL, "
     "UNIQUE(session, exams, time))"_s,
+    u"CREATE INDEX IF NOT EXISTS reports_by_user ON reports(user, received)"_s,
     u"PRAGMA user_version = %1"_s.arg(SchemaVersion),
 };
 
@@ -124,6 +125,14 @@ void Store::Prepare()
     transaction.Commit();
 }
 
+void Store::Check() const
+{
+    QSqlQuery check = Run(u"PRAGMA quick_check(1)"_s);
+    const QString finding = check.next() ? check.value(0).toString() : check.lastError().text();
+    if (finding != "ok"_L1)
+        throw Error(InvalidCall, u"%1: is damaged: %2"_s.arg(m_file, finding), u"Store::Check()"_s);
+}
+
 bool Store::IsExamId(QStringView text)
 {
     const auto isPlain = [](QChar c) {
@@ -160,8 +169,11 @@ QSqlQuery Store::Run(const QString &statement, const QVariantList &values) const
 {
     QSqlQuery query(Database());
     bool isDone = query.prepare(statement);
-    for (const QVariant &value : values)
-        query.addBindValue(value);
+    // A null text would be NULL, which no column takes.
+    for (const QVariant &value : values) {
+        const bool isNullText = value.typeId() == QMetaType::QString && value.toString().isNull();
+        query.addBindValue(isNullText ? QVariant(u""_s) : value);
+    }
     isDone = isDone && query.exec();
     if (!isDone)
         throw Error(InvalidCall, u"%1: %2"_s.arg(m_file, query.lastError().text()), u"Store::Run()"_s);
@@ -184,6 +196,12 @@ std::optional<Store::Credentials> Store::Find(const QString &email) const
     return Credentials{ query.value(0).toLongLong(), query.value(1).toByteArray() };
 }
 
+QByteArray Store::PasswordHash(qint64 user) const
+{
+    QSqlQuery query = Run(u"SELECT password FROM users WHERE id = ?"_s, { user });
+    return query.next() ? query.value(0).toByteArray() : QByteArray();
+}
+
 void Store::AddUser(const QString &email, const QByteArray &passwordHash)
 {
     const QSqlQuery query = Run(u"INSERT OR IGNORE INTO users(email, folded, password) VALUES(?, ?, ?)"_s,
@@ -195,6 +213,16 @@ void Store::AddUser(const QString &email, const QByteArray &passwordHash)
 void Store::SetPassword(const QString &email, const QByteArray &passwordHash)
 {
     Run(u"UPDATE users SET password = ? WHERE id = ?"_s, { passwordHash, UserOf(email) });
+}
+
+void Store::RemoveUser(const QString &email)
+{
+    const qint64 user = UserOf(email);
+    Transaction transaction(Database());
+    for (const QString &statement : { u"DELETE FROM reports WHERE user = ?"_s, u"DELETE FROM grants WHERE user = ?"_s,
+                                      u"DELETE FROM users WHERE id = ?"_s })
+        Run(statement, { user });
+    transaction.Commit();
 }
 
 void Store::Grant(const QString &email, const QStringList &exams)
@@ -240,18 +268,15 @@ std::vector<Store::User> Store::Users() const
 
 bool Store::Record(const Report &report)
 {
+    const QDateTime now = QDateTime::currentDateTimeUtc();
     const QVariantList key = { report.Session, report.Exams, report.Time };
-    if (Run(u"SELECT 1 FROM reports WHERE session = ? AND exams = ? AND time = ?"_s, key).next())
-        return true;
-    QSqlQuery count = Run(u"SELECT COUNT(*) FROM reports WHERE session = ?"_s, { report.Session });
-    count.next();
-    if (count.value(0).toInt() >= MostReports)
-        return false;
-    count.finish();
-    // Two threads can come as far as this with the same report.
-    Run(u"INSERT OR IGNORE INTO reports(session, exams, time, user, received) VALUES(?, ?, ?, ?, ?)"_s,
-        key + QVariantList{ report.User, QDateTime::currentDateTimeUtc().toString(Qt::ISODate) });
-    return true;
+    // One statement, so that reports side by side are no way around the limit.
+    const QSqlQuery query = Run(u"INSERT OR IGNORE INTO reports(session, exams, time, user, received) SELECT ?, ?, ?, ?, ? "
+                                "WHERE (SELECT COUNT(*) FROM reports WHERE user = ? AND received > ?) < ?"_s,
+                                key + QVariantList{ report.User, now.toString(Qt::ISODate), report.User,
+                                                    now.addDays(-1).toString(Qt::ISODate), MostReportsADay });
+    return query.numRowsAffected() == 1
+        || Run(u"SELECT 1 FROM reports WHERE session = ? AND exams = ? AND time = ?"_s, key).next();
 }
 
 std::vector<Store::ReportLine> Store::Reports() const

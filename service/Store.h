@@ -24,6 +24,9 @@ public:
     Store(const Store &) = delete;
     Store &operator=(const Store &) = delete;
 
+    // Reads the whole file and raises InvalidCall when it is damaged.
+    void Check() const;
+
     // An exam's ID is part of an address and of a file's name, and commas part
     // IDs: 1 to 64 letters, digits, "-", "_" and "." of ASCII, not beginning
     // with ".".
@@ -37,11 +40,15 @@ public:
         QByteArray PasswordHash;
     };
     std::optional<Credentials> Find(const QString &email) const;
+    // Empty for a user who is not there any more. No two hashes are the same.
+    QByteArray PasswordHash(qint64 user) const;
 
     // Raises InvalidCall for a user who is there already.
     void AddUser(const QString &email, const QByteArray &passwordHash);
-    // Both raise InvalidCall for an unknown user; the exams' IDs must be sound.
+    // All raise InvalidCall for an unknown user; the exams' IDs must be sound.
     void SetPassword(const QString &email, const QByteArray &passwordHash);
+    // The user's reports go, too.
+    void RemoveUser(const QString &email);
     void Grant(const QString &email, const QStringList &exams);
     void Revoke(const QString &email, const QStringList &exams);
 
@@ -63,9 +70,9 @@ public:
         QString Exams;
         QString Time;
     };
-    static constexpr int MostReports = 100; // of one session
-    // The same report again changes nothing. False when the session has
-    // reported too often.
+    static constexpr int MostReportsADay = 100; // of one user
+    // The same report again changes nothing. False when the user has reported
+    // too often in the last 24 hours.
     bool Record(const Report &report);
 
     struct ReportLine {

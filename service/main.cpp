@@ -13,6 +13,7 @@ int main(int argc, char **argv)
                         {
                             { u"serve"_s, u"answers candidates until it is told to stop"_s, Command::Serve },
                             { u"add-user"_s, u"adds a user, or changes a user's password"_s, Command::AddUser },
+                            { u"remove-user"_s, u"removes a user and all that is kept of one"_s, Command::RemoveUser },
                             { u"grant"_s, u"lets a user download exams"_s, Command::Grant },
                             { u"revoke"_s, u"takes exams back from a user"_s, Command::Revoke },
                             { u"list-users"_s, u"prints users and what each may download"_s, Command::ListUsers },

@@ -7,6 +7,20 @@
 
 #include <thread>
 
+namespace {
+
+void Execute(const QString &path, const QString &statement)
+{
+    {
+        QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"other"_s);
+        database.setDatabaseName(path);
+        EXPECT_TRUE(database.open() && QSqlQuery(database).exec(statement));
+    }
+    QSqlDatabase::removeDatabase(u"other"_s);
+}
+
+}
+
 TEST(AccountsTest, PasswordsAreKeptUnderArgon2id)
 {
     const QString password = u"caf\u00E9 & 100%; \u20AC"_s;
@@ -67,7 +81,8 @@ TEST(AccountsTest, TheStoreKeepsWhatItWasTold)
 
 TEST(AccountsTest, AReportIsKeptOnce)
 {
-    Store store(Sandbox::Path(u"reports.db"_s), Store::IfMissing::Make);
+    const QString path = Sandbox::Path(u"reports.db"_s);
+    Store store(path, Store::IfMissing::Make);
     store.AddUser(u"ann"_s, "hash");
     const qint64 ann = store.Find(u"ann"_s)->User;
     std::vector<std::thread> threads;
@@ -82,11 +97,20 @@ TEST(AccountsTest, AReportIsKeptOnce)
     ASSERT_EQ(store.Reports().size(), 4u);
     EXPECT_EQ(store.Reports()[2].Exams, u""_s);
 
-    for (int i = 2; i < Store::MostReports; ++i)
-        store.Record({ ann, "s1", u"101"_s, QString::number(i) });
-    EXPECT_FALSE(store.Record({ ann, "s1", u"101"_s, u"late"_s }));
-    EXPECT_TRUE(store.Record({ ann, "s1", u"101,102"_s, u"noon"_s }));
-    EXPECT_TRUE(store.Record({ ann, "s2", u"101"_s, u"late"_s }));
+    // Only so many of one user in a day, whatever the session.
+    const auto isKept = [&](qint64 user, int i) { return store.Record({ user, QByteArray::number(i), u"101"_s, u""_s }); };
+    for (int i = 4; i < Store::MostReportsADay; ++i)
+        EXPECT_TRUE(isKept(ann, i));
+    EXPECT_FALSE(isKept(ann, 0));
+    EXPECT_TRUE(isKept(ann, 4));
+    store.AddUser(u"bob"_s, "hash");
+    EXPECT_TRUE(isKept(store.Find(u"bob"_s)->User, 1));
+    Execute(path, u"UPDATE reports SET received = strftime('%Y-%m-%dT%H:%M:%SZ', received, '-1 day') WHERE session = x'39'"_s);
+    EXPECT_TRUE(isKept(ann, 0));
+    EXPECT_FALSE(isKept(ann, 2));
+    store.RemoveUser(u"ANN"_s);
+    EXPECT_EQ(store.Reports().size(), 1u);
+    EXPECT_EQ(store.Users().size(), 1u);
 }
 
 TEST(AccountsTest, FilesThatAreNoDatabase)
@@ -95,11 +119,8 @@ TEST(AccountsTest, FilesThatAreNoDatabase)
     Sandbox::WriteFile(odd + u"/text.db"_s, QByteArray(5'000, 'x'));
     {
         Store store(odd + u"/newer.db"_s, Store::IfMissing::Make);
-        QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"newer"_s);
-        database.setDatabaseName(odd + u"/newer.db"_s);
-        ASSERT_TRUE(database.open() && QSqlQuery(database).exec(u"PRAGMA user_version = 99"_s));
+        Execute(odd + u"/newer.db"_s, u"PRAGMA user_version = 99"_s);
     }
-    QSqlDatabase::removeDatabase(u"newer"_s);
     for (const QString &name : { u"/text.db"_s, u"/none.db"_s, u""_s, u"/newer.db"_s })
         EXPECT_TRUE(ResultOf([&] { Store store(odd + name); }).startsWith("5 Store::"_L1)) << name.toStdString();
     EXPECT_FALSE(QFile::exists(odd + u"/none.db"_s));

@@ -47,10 +47,12 @@ TEST_F(ResponderTest, EveryMessageHasItsAnswer)
         { "LIST?sid=;", session }, { "LIST?sid={ann}x;", session }, { "LIST?sid='%20OR%201%3D1;", session },
         { "REPORT?sid={ann}&list=101,102&time=21.11.2026 05:56:00;", "REPORT?status=OK;" },
         { "REPORT?sid={ann}&list=101,102&time=21.11.2026 05:56:00;", "REPORT?status=OK;" },
-        { "REPORT?sid={ann}&list=&time=;", "REPORT?status=OK;" },
+        { "REPORT?sid={ann}&list=999,101,101,,102,103,&time=21.11.2026 05:56:00;", "REPORT?status=OK;" },
+        { "REPORT?sid={ann}&list=&time=" + QByteArray(4'096, 'x') + ';', "REPORT?status=OK;" },
+        { "REPORT?sid={ann}&list=101&time=" + QByteArray(4'094, 'x') + ';', "ERROR?code=413&description=The report is too long.;" },
         { "REPORT?sid={ann}&list=101;", missing("time") }, { "REPORT?sid={ann}&time=x;", missing("list") },
         { "REPORT?list=101&time=x;", missing("sid") }, { "REPORT?sid=7&list=101&time=x;", session },
-        { "LOGIN?email=ann&pwd=wrong;", failed }, { "LOGIN?email=nobody&pwd=x;", failed },
+        { "LOGIN?email=ann&pwd=wrong;", failed }, { "LOGIN?email=a\n\"\\\x85 \xE9" + QByteArray(200, 'x') + "&pwd=x;", failed },
         { "LOGIN?email=&pwd=;", failed }, { "LOGIN?email=ann;", missing("pwd") },
         { "LOGIN?pwd=x;", missing("email") }, { "LOGIN;", missing("email") },
         { "login?email=ann&pwd=x;", unknown }, { "ERROR?description=x;", unknown }, { ";", unknown },
@@ -70,6 +72,9 @@ TEST_F(ResponderTest, EveryMessageHasItsAnswer)
     EXPECT_EQ(m_store.Reports()[0].Exams, u"101,102"_s);
     EXPECT_EQ(m_store.Reports()[0].Time, u"21.11.2026 05:56:00"_s);
     EXPECT_EQ(m_store.Reports()[0].Email, u"ann"_s);
+    EXPECT_EQ(m_log, (QStringList{ u"login failed: \"ann\" from home"_s,
+                                   u"login failed: \"a\\u000a\\\"\\\\… é%1…\" from home"_s.arg(QString(93, u'x')),
+                                   u"login failed: \"\" from home"_s }));
 }
 
 TEST_F(ResponderTest, ASessionEndsAndARunningServiceSeesChanges)
@@ -83,9 +88,20 @@ TEST_F(ResponderTest, ASessionEndsAndARunningServiceSeesChanges)
     EXPECT_EQ(m_responder.Admit(session, u"103"_s).Answer, Access::Granted);
     EXPECT_EQ(m_responder.Admit(session, u"101"_s).Answer, Access::NotBought);
     EXPECT_EQ(m_responder.Admit(u"x"_s, u"103"_s).Answer, Access::NoSession);
+    // A user ID's number may come back.
+    const QByteArray gone = LogIn("new");
+    const qint64 number = m_store.Find(u"new"_s)->User;
+    m_store.RemoveUser(u"NEW"_s);
+    m_store.AddUser(u"eve"_s, Password::Hash(Pass, Password::LeastCost));
+    EXPECT_EQ(m_store.Find(u"eve"_s)->User, number);
+    m_store.SetPassword(u"ann"_s, Password::Hash(Pass, Password::LeastCost));
+    const QByteArray idle = LogIn();
+    EXPECT_EQ(Ask("LIST?sid=" + idle + ';'), "LIST?status=OK&data=102,103;");
     m_clock.Advance(30min);
-    EXPECT_TRUE(Ask("LIST?sid=" + sid + ';').starts_with("ERROR?code=401&"));
-    EXPECT_EQ(m_responder.Admit(session, u"103"_s).Answer, Access::NoSession);
+    for (const QByteArray &ended : { sid, gone, idle }) {
+        EXPECT_TRUE(Ask("LIST?sid=" + ended + ';').starts_with("ERROR?code=401&"));
+        EXPECT_EQ(m_responder.Admit(QString::fromLatin1(ended), u"103"_s).Answer, Access::NoSession);
+    }
 }
 
 TEST_F(ResponderTest, AGuesserWaitsAndNobodyElse)

@@ -38,5 +38,6 @@ protected:
     Store m_store{ FreshPath(), Store::IfMissing::Make };
     Sessions m_sessions{ m_clock.Port() };
     GuessGuard m_guard{ m_clock.Port() };
-    Responder m_responder{ m_store, m_sessions, m_guard };
+    QStringList m_log;
+    Responder m_responder{ m_store, m_sessions, m_guard, [this](const QString &line) { m_log.append(line); } };
 };

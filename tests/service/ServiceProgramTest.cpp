@@ -1,3 +1,4 @@
+#include "service/Store.h"
 #include "tests/service/HttpClient.h"
 #include "tests/support/Program.h"
 #include "tests/support/Test.h"
@@ -6,6 +7,11 @@
 #include <QRegularExpression>
 
 #include <csignal>
+
+#include <pty.h>
+#include <termios.h>
+#include <unistd.h>
+#include <utmp.h>
 
 namespace {
 
@@ -67,6 +73,9 @@ TEST(ServiceProgramTest, AccountsFromTheCommandLine)
         { u"serve --packs . --port 65536"_s, "", 2 },
         { u"serve --packs . --key word"_s, "", 2 },
         { u"serve --packs . --key word --certificate word"_s, "", 1 },
+        { u"serve --packs . --trusted-proxy 10.0.0.0/8 --trusted-proxy 1.2.3"_s, "", 2,
+          u"--trusted-proxy: \"1.2.3\" is no address and no range"_s + misuse },
+        { u"remove-user bob"_s, "", 1, u"There is no user \"bob\""_s },
         { u"bogus"_s, "", 2 },
         { u"list-users x"_s, "", 2 },
     };
@@ -81,9 +90,50 @@ TEST(ServiceProgramTest, AccountsFromTheCommandLine)
         }
     }
     EXPECT_EQ(On(u"a.db"_s, { u"list-users"_s }), (Outcome{ 0, u"ann\tNET-101\n"_s }));
+    EXPECT_EQ(On(u"a.db"_s, { u"remove-user"_s, u"ANN"_s }), Outcome{});
+    EXPECT_EQ(On(u"a.db"_s, { u"list-users"_s }), Outcome{});
     EXPECT_EQ(OutcomeOf(Service, { u"list-users"_s }).Code, 2);
     EXPECT_EQ(OutcomeOf(Service).Code, 2);
     EXPECT_TRUE(OutcomeOf(Service, { u"serve"_s, u"--help"_s }).Out.startsWith("Usage: practorium-service serve "_L1));
+}
+
+TEST(ServiceProgramTest, ADamagedDatabaseIsNotServed)
+{
+    const QString path = Sandbox::Path(u"damaged.db"_s);
+    {
+        Store store(path, Store::IfMissing::Make);
+        for (int i = 0; i < 200; ++i)
+            store.AddUser(QString::number(i), QByteArray(100, 'x'));
+    }
+    QByteArray bytes = Sandbox::ReadFile(path);
+    Sandbox::WriteFile(path, bytes.replace(bytes.size() - 5'000, 4'000, QByteArray(4'000, 'y')));
+    const Outcome outcome = On(path, { u"serve"_s, u"--packs"_s, u"."_s });
+    EXPECT_EQ(outcome.Code, 1);
+    EXPECT_TRUE(outcome.Err.contains("damaged.db: is damaged: "_L1)) << outcome.Err.toStdString();
+}
+
+TEST(ServiceProgramTest, ATerminalShowsNoPasswordAndEverythingAfterwards)
+{
+    int terminal = -1;
+    int line = -1;
+    ASSERT_EQ(openpty(&terminal, &line, nullptr, nullptr, nullptr), 0);
+    const auto shows = [&] {
+        termios mode{};
+        return tcgetattr(line, &mode) == 0 && (mode.c_lflag & ECHO) != 0;
+    };
+    const QString path = Sandbox::Path(u"typed.db"_s);
+    for (const auto &[typed, exitCode] : { std::pair{ "pass\n", 0 }, std::pair{ "pass\x03", SIGINT } }) {
+        QProcess service;
+        service.setChildProcessModifier([line] { login_tty(dup(line)); });
+        service.start(Service, { u"add-user"_s, u"--database"_s, path, u"ann"_s });
+        Await([&] { return !shows(); });
+        EXPECT_EQ(::write(terminal, typed, qstrlen(typed)), static_cast<ssize_t>(qstrlen(typed)));
+        EXPECT_TRUE(service.waitForFinished(60'000));
+        EXPECT_EQ(service.exitCode(), exitCode) << service.readAllStandardError().toStdString();
+        EXPECT_TRUE(shows());
+    }
+    ::close(line);
+    ::close(terminal);
 }
 
 TEST(ServiceProgramTest, ARunFromEndToEndInLittleMemory)
@@ -95,6 +145,7 @@ TEST(ServiceProgramTest, ARunFromEndToEndInLittleMemory)
     const QRegularExpression endpoint(u"^http://127\\.0\\.0\\.1:\\d+/PackCourier\\.asp$"_s);
     ASSERT_TRUE(endpoint.match(service.Endpoint).hasMatch()) << service.Endpoint.toStdString();
 
+    HttpClient::Post(service.Endpoint, "LOGIN?email=eve%251&pwd=pass;");
     const QByteArray sid = HttpClient::Post(service.Endpoint, "LOGIN?email=ann&pwd=pass;").mid(20).chopped(1);
     ASSERT_EQ(sid.size(), 64);
     EXPECT_EQ(HttpClient::Post(service.Endpoint, "LIST?sid=" + sid + ';'), "LIST?status=OK&data=NET-101;");
@@ -113,7 +164,10 @@ TEST(ServiceProgramTest, ARunFromEndToEndInLittleMemory)
     QElapsedTimer timer;
     timer.start();
     Signal(service, SIGTERM);
-    EXPECT_EQ(EndOf(service), Outcome{});
+    const Outcome end = EndOf(service);
+    const QRegularExpression failure(u"^20\\d\\d-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\dZ login failed: \"eve%1\" from 127\\.0\\.0\\.1\n$"_s);
+    EXPECT_TRUE(failure.match(end.Err).hasMatch()) << end.Err.toStdString();
+    EXPECT_EQ(end, (Outcome{ 0, {}, end.Err }));
     EXPECT_LT(timer.elapsed(), 5'000);
     EXPECT_TRUE(half.HasEnded());
     const QString reports = On(u"run.db"_s, { u"list-reports"_s }).Out;

@@ -9,7 +9,7 @@ TEST(SessionsTest, EndAfterIdlenessAndAtTheLatestAfterAnHour)
 {
     ManualClock clock;
     Sessions sessions(clock.Port(), { 10min, 60min, 20 });
-    QString id = sessions.Open(7);
+    QString id = sessions.Open(7, {});
     ASSERT_TRUE(sessions.Find(id));
     EXPECT_EQ(sessions.Find(id)->User(), 7);
     for (const QString &wrong : { QString(), id.chopped(1), id.toUpper(), id + u'0', QString(64, u'0') })
@@ -21,19 +21,19 @@ TEST(SessionsTest, EndAfterIdlenessAndAtTheLatestAfterAnHour)
     clock.Advance(6min);
     EXPECT_FALSE(sessions.Find(id));
 
-    id = sessions.Open(7);
+    id = sessions.Open(7, {});
     clock.Advance(10min);
     EXPECT_FALSE(sessions.Find(id));
     clock.Advance(-10min);
     EXPECT_FALSE(sessions.Find(id));
 
     // Not idle while in use.
-    id = sessions.Open(7);
+    id = sessions.Open(7, {});
     {
         const auto use = sessions.Find(id);
         clock.Advance(30min);
         EXPECT_TRUE(sessions.Find(id));
-        sessions.Open(8);
+        sessions.Open(8, {});
         clock.Advance(15min);
     }
     clock.Advance(9min);
@@ -49,9 +49,9 @@ TEST(SessionsTest, AreHardToGuessAndNotTooMany)
     ManualClock clock;
     Sessions sessions(clock.Port(), { 10min, 60min, 3 });
     QStringList ids;
-    const QString stranger = sessions.Open(8);
+    const QString stranger = sessions.Open(8, {});
     for (int i = 0; i < 5; ++i) {
-        ids.append(sessions.Open(7));
+        ids.append(sessions.Open(7, {}));
         EXPECT_EQ(ids.last().size(), 64);
         clock.Advance(1s);
     }
