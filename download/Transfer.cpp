@@ -2,7 +2,9 @@
 
 #include "common/Ansi.h"
 #include "common/Error.h"
+#include "download/HttpExchange.h"
 
+#include <QCoreApplication>
 #include <QEventLoop>
 
 using namespace Qt::Literals::StringLiterals;
@@ -10,18 +12,36 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr int MostRedirections = 10;
-constexpr qint64 ReadBuffer = 512 * 1024; // bytes
-constexpr int FirstError = 400; // of the HTTP status codes
+constexpr int SeeOther = 303; // of the HTTP status codes
+constexpr int FirstError = 400;
 // The visible characters of ASCII that are sent as they are.
 constexpr char AsTheyAre[] = "!$&'()*+,/:;=?@[]";
+
+bool IsWeb(const QUrl &address)
+{
+    return (address.scheme() == "http"_L1 || address.scheme() == "https"_L1) && !address.host().isEmpty();
+}
+
+QUrl AddressOf(const QString &url)
+{
+    const qsizetype question = url.indexOf(u'?');
+    QUrl address(url.left(question), QUrl::StrictMode);
+    if (question >= 0) {
+        QByteArray query = Ansi::FromText(url.mid(question + 1)).toPercentEncoding(AsTheyAre);
+        address.setQuery(QString::fromLatin1(query.replace("%25", "%")));
+    }
+    return address;
+}
 
 }
 
 Transfer::Transfer(QObject *parent)
     : QObject(parent)
+    , m_loop(std::make_unique<CurlLoop>())
 {
-    m_silence.setSingleShot(true);
-    connect(&m_silence, &QTimer::timeout, this, &Transfer::Silent);
+    m_timer.setSingleShot(true);
+    connect(&m_timer, &QTimer::timeout, this, &Transfer::TimeIsUp);
+    connect(m_loop.get(), &CurlLoop::HasRun, this, &Transfer::LoopHasRun);
 }
 
 Transfer::~Transfer()
@@ -29,63 +49,53 @@ Transfer::~Transfer()
     Cancel();
 }
 
-void Transfer::SetTimeouts(int connectTime, int silenceTime)
+void Transfer::SetTimeouts(int connectTime, int silenceTime, int headerTime)
 {
     m_connectTime = connectTime;
     m_silenceTime = silenceTime;
-}
-
-QNetworkRequest Transfer::Request(const QString &url) const
-{
-    const qsizetype question = url.indexOf(u'?');
-    QUrl address(url.left(question), QUrl::StrictMode);
-    const bool isWeb = address.scheme() == "http"_L1 || address.scheme() == "https"_L1;
-    if (m_isExecuting || !isWeb || address.host().isEmpty())
-        throw Error::RunTime(InvalidCall, u"Transfer::Execute()"_s);
-    if (question >= 0) {
-        QByteArray query = Ansi::FromText(url.mid(question + 1)).toPercentEncoding(AsTheyAre);
-        address.setQuery(QString::fromLatin1(query.replace("%25", "%")));
-    }
-    return QNetworkRequest(address);
+    m_headerTime = headerTime;
 }
 
 void Transfer::Execute(const QString &url, const QByteArray &operation, const QByteArray &body, const QByteArray &header)
 {
-    QNetworkRequest request = Request(url);
-    Release();
+    const QUrl address = AddressOf(url);
+    if (m_isExecuting || !IsWeb(address))
+        throw Error::RunTime(InvalidCall, u"Transfer::Execute()"_s);
+    m_operation = operation;
+    m_requestBody = body;
+    m_header = header;
+    m_redirections = 0;
     ++m_round;
-    m_isExecuting = true;
-    m_isBrokenOff = m_hasHeader = m_hasEnded = false;
-    m_announced = -1;
-    m_received = 0;
+    m_isBrokenOff = m_hasEnded = false;
     m_responseCode = 0;
     m_responseInfo.clear();
-
-    request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
-    request.setMaximumRedirectsAllowed(MostRedirections);
-    // Otherwise the library would unpack a body by itself, and its length would
-    // no longer be the one announced.
-    request.setRawHeader("Accept-Encoding", "identity");
-    const qsizetype colon = header.indexOf(':');
-    if (colon > 0)
-        request.setRawHeader(header.left(colon), header.mid(colon + 1).trimmed());
-    m_reply = operation == "GET" ? m_manager.get(request) : m_manager.sendCustomRequest(request, operation, body);
-    // A request with a body starts by an event of its own; told before, it would
-    // not pass this on.
-    QMetaObject::invokeMethod(
-        m_reply, [reply = m_reply.data()] { reply->setReadBufferSize(ReadBuffer); }, Qt::QueuedConnection);
-    connect(m_reply, &QNetworkReply::metaDataChanged, this, &Transfer::HeaderArrived);
-    connect(m_reply, &QNetworkReply::finished, this, &Transfer::Ended);
-    connect(m_reply, &QNetworkReply::requestSent, this, [this] { m_silence.start(m_silenceTime); });
-    connect(m_reply, &QNetworkReply::readyRead, this, [this] { m_silence.start(m_silenceTime); });
-    m_silence.start(m_connectTime);
+    Request(address);
+    m_isExecuting = true;
     Raise(Requesting);
 }
 
+void Transfer::Request(const QUrl &address)
+{
+    m_address = address;
+    m_breakText.clear();
+    m_received = 0;
+    // The one before gives its connection back first.
+    m_exchange.reset();
+    m_exchange
+        = std::make_unique<HttpExchange>(*m_loop, address.toEncoded(QUrl::RemoveFragment | QUrl::RemoveUserInfo), m_operation,
+                                         m_requestBody, m_header.isEmpty() ? QByteArrayList() : QByteArrayList{ m_header });
+    Enter(Phase::Connecting);
+}
+
+void Transfer::Enter(Phase phase)
+{
+    m_phase = phase;
+    m_timer.start(phase == Phase::Connecting ? m_connectTime : phase == Phase::Heading ? m_headerTime : m_silenceTime);
+}
+
 // From the event loop: whoever executes a request, or reads a body, does not
-// expect to be called from inside, and a handler may wait for long, which the
-// reply's own signals must not.
+// expect to be called from inside, and a handler may wait for long, which libcurl
+// must not.
 void Transfer::Raise(State state)
 {
     QMetaObject::invokeMethod(
@@ -97,123 +107,144 @@ void Transfer::Raise(State state)
         Qt::QueuedConnection);
 }
 
-// The reply must neither be aborted nor be deleted while one of its own signals
-// is on the way. A waiting GetChunk is woken by its end.
-void Transfer::Release()
-{
-    if (!m_reply)
-        return;
-    m_reply->disconnect(this);
-    QMetaObject::invokeMethod(
-        m_reply,
-        [reply = m_reply.data()] {
-            if (reply->isRunning())
-                reply->abort();
-            reply->deleteLater();
-        },
-        Qt::QueuedConnection);
-    m_reply.clear();
-}
-
 void Transfer::Cancel()
 {
-    m_silence.stop();
+    m_timer.stop();
     ++m_round;
     m_isBrokenOff = true;
     m_isExecuting = false;
     m_hasEnded = true;
-    Release();
+    m_exchange.reset();
+    Q_EMIT Advanced({});
 }
 
 void Transfer::Fail(qint32 code, const QString &text)
 {
-    m_silence.stop();
+    m_timer.stop();
     m_responseCode = code;
     m_responseInfo = text;
     m_isBrokenOff = true;
     m_isExecuting = false;
     m_hasEnded = true;
-    Release();
+    m_exchange.reset();
     Raise(Failed);
+    Q_EMIT Advanced({});
 }
 
-void Transfer::Silent()
+void Transfer::TimeIsUp()
 {
     // A body that nobody has fetched yet is not silence.
-    if (m_reply && m_reply->bytesAvailable() > 0) {
-        m_silence.start(m_silenceTime);
+    if (m_phase == Phase::Receiving && m_exchange->Available() > 0) {
+        Enter(Phase::Receiving);
         return;
     }
-    Fail(QNetworkReply::TimeoutError, m_hasHeader ? u"The server does not go on"_s : u"The server does not answer"_s);
+    Fail(CURLE_OPERATION_TIMEDOUT,
+         m_phase == Phase::Receiving ? u"The server does not go on"_s : u"The server does not answer"_s);
 }
 
-void Transfer::HeaderArrived()
+void Transfer::LoopHasRun(std::optional<int> result)
 {
-    const int status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    const bool isRedirection = status >= 300 && status < FirstError && m_reply->hasRawHeader("Location");
-    // Interim answers and redirections are the library's matter.
-    if (m_hasHeader || status < 200 || isRedirection)
+    if (!m_exchange || m_hasEnded)
         return;
-    const QString reason = m_reply->attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString();
+    if (m_phase != Phase::Receiving && m_exchange->HasHeaders() && !HeadersArrived())
+        return;
+    if (m_phase == Phase::Receiving && m_exchange->Received() > m_received) {
+        m_received = m_exchange->Received();
+        Enter(Phase::Receiving);
+    } else if (m_phase == Phase::Connecting && m_exchange->IsSent()) {
+        Enter(Phase::Waiting);
+    }
+    if (m_phase == Phase::Waiting && m_exchange->HasBegun())
+        Enter(Phase::Heading);
+    if (result || m_exchange->IsRefused())
+        Ended(result.value_or(CURLE_WRITE_ERROR));
+    Q_EMIT Advanced({});
+}
+
+// False when there is nothing more to read of this answer.
+bool Transfer::HeadersArrived()
+{
+    const int status = m_exchange->Status();
+    const QByteArray location = m_exchange->Redirection();
+    if (!location.isEmpty())
+        return Redirect(location);
+    const QString reason = m_exchange->Reason();
     if (status >= FirstError) {
         Fail(status, reason);
-        return;
+        return false;
     }
-    m_hasHeader = true;
-    // Said again, it has the library look at the connection again, which may
-    // have broken right behind the headers; Wine does not tell of that by itself.
-    m_reply->setReadBufferSize(ReadBuffer);
     m_responseCode = status;
     m_responseInfo = reason;
-    bool isNumber = false;
-    const qint64 length = m_reply->rawHeader("Content-Length").toLongLong(&isNumber);
-    m_announced = isNumber && length >= 0 ? length : -1;
-    m_silence.start(m_silenceTime);
+    Enter(Phase::Receiving);
     Raise(Completed);
+    return true;
 }
 
-void Transfer::Ended()
+bool Transfer::Redirect(const QByteArray &location)
 {
-    m_hasEnded = true;
-    if (m_hasHeader) {
-        m_silence.stop();
-        return;
+    const QUrl target = m_address.resolved(QUrl::fromEncoded(location));
+    if (++m_redirections > MostRedirections) {
+        Fail(CURLE_TOO_MANY_REDIRECTS, u"The server redirects too often"_s);
+    } else if (!IsWeb(target) || (m_address.scheme() == "https"_L1 && target.scheme() != m_address.scheme())) {
+        Fail(CURLE_UNSUPPORTED_PROTOCOL, u"The server redirects to an address that is not safe"_s);
+    } else {
+        if (m_exchange->Status() == SeeOther) {
+            m_operation = "GET";
+            m_requestBody.clear();
+            m_header.clear();
+        }
+        Request(target);
     }
-    const QNetworkReply::NetworkError error = m_reply->error();
-    Fail(error == QNetworkReply::NoError ? qint32(QNetworkReply::ProtocolFailure) : qint32(error), m_reply->errorString());
+    return false;
+}
+
+// A body that ends early is told to its reader; what went wrong before, or is no
+// answer of HTTP any more, is a failed request.
+void Transfer::Ended(int result)
+{
+    const auto code = static_cast<CURLcode>(result);
+    const QString text = m_exchange->TextOf(code);
+    m_timer.stop();
+    m_hasEnded = true;
+    if (m_phase != Phase::Receiving)
+        Fail(code == CURLE_OK ? CURLE_WEIRD_SERVER_REPLY : code, text);
+    else if (m_exchange->IsRefused() || (code != CURLE_OK && m_exchange->IsInChunks()))
+        Fail(code, text);
+    else if (code != CURLE_OK)
+        m_breakText = text;
 }
 
 QByteArray Transfer::GetHeader(const QByteArray &name) const
 {
-    return m_reply ? m_reply->rawHeader(name) : QByteArray();
+    return m_exchange ? m_exchange->Header(name.constData()) : QByteArray();
 }
 
 QByteArray Transfer::GetChunk(qsizetype size)
 {
-    const auto broken = [](const QString &text) { return Error(InvalidCall, text, u"Transfer::GetChunk()"_s); };
     const quint32 round = m_round;
-    while (round == m_round && m_reply && m_reply->bytesAvailable() == 0 && !m_hasEnded) {
+    const auto isWaiting = [&] { return round == m_round && !m_hasEnded && m_exchange->Available() == 0; };
+    while (isWaiting()) {
+        // The loop below may be asleep to what was posted before it began.
+        QCoreApplication::sendPostedEvents();
+        if (!isWaiting())
+            break;
         QEventLoop wait;
-        connect(m_reply, &QNetworkReply::readyRead, &wait, &QEventLoop::quit);
-        connect(m_reply, &QNetworkReply::finished, &wait, &QEventLoop::quit);
-        connect(m_reply, &QObject::destroyed, &wait, &QEventLoop::quit);
+        connect(this, &Transfer::Advanced, &wait, &QEventLoop::quit);
         // No loop runs any more when the program is about to end.
         if (wait.exec() < 0)
             Cancel();
     }
-    if (m_isBrokenOff || round != m_round)
+    if (m_isBrokenOff || round != m_round || !m_exchange)
         return {};
-    if (!m_reply)
-        return {};
-    if (m_reply->bytesAvailable() > 0) {
-        const QByteArray chunk = m_reply->read(size);
-        m_received += chunk.size();
+    if (m_exchange->Available() > 0) {
+        const bool wasPaused = m_exchange->IsPaused();
+        const QByteArray chunk = m_exchange->Take(size);
+        if (wasPaused && !m_exchange->IsPaused() && !m_hasEnded)
+            Enter(Phase::Receiving);
         return chunk;
     }
     m_isExecuting = false;
-    if (m_reply->error() != QNetworkReply::NoError)
-        throw broken(m_reply->errorString());
-    if (m_announced >= 0 && m_received < m_announced)
-        throw broken(u"The connection ended before the whole answer was here"_s);
+    if (!m_breakText.isEmpty())
+        throw Error(InvalidCall, m_breakText, u"Transfer::GetChunk()"_s);
     return {};
 }

@@ -86,10 +86,10 @@ frmExamDownloader::frmExamDownloader(QWidget *owner)
 
 frmExamDownloader::~frmExamDownloader() = default;
 
-void frmExamDownloader::SetTimeouts(int connectTime, int silenceTime)
+void frmExamDownloader::SetTimeouts(int connectTime, int silenceTime, int headerTime)
 {
-    icRequestDispatcher.SetTimeouts(connectTime, silenceTime);
-    icDownloader.SetTimeouts(connectTime, silenceTime);
+    icRequestDispatcher.SetTimeouts(connectTime, silenceTime, headerTime);
+    icDownloader.SetTimeouts(connectTime, silenceTime, headerTime);
 }
 
 void frmExamDownloader::Build()

@@ -23,7 +23,7 @@ public:
     ~frmExamDownloader() override;
 
     // Of both transfers; see there.
-    void SetTimeouts(int connectTime, int silenceTime);
+    void SetTimeouts(int connectTime, int silenceTime, int headerTime);
     // However the window is closed, by its button, its close box or Escape.
     void reject() override;
 
