@@ -1,5 +1,7 @@
 #pragma once
 
+#include "pack/Utf8.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -68,8 +70,9 @@ constexpr bool IsDeviceName(std::string_view name)
 }
 
 // Whether a name, of a file or of the folder, stays where it is put and means
-// the same on every system: no separators or wildcards, no control characters,
-// no leading dot, no blank or dot at its end, no blank in front, no device.
+// the same on every system: UTF-8, no separators or wildcards, no control
+// characters, no leading dot, no blank or dot at its end, no blank in front, no
+// device.
 constexpr bool IsPlainName(std::string_view name)
 {
     if (name.empty() || name.size() > LongestName)
@@ -78,14 +81,11 @@ constexpr bool IsPlainName(std::string_view name)
         return false;
     if (IsDeviceName(name))
         return false;
-    unsigned char before = 0;
-    for (const char c : name) {
-        const auto byte = static_cast<unsigned char>(c);
-        // Behind C2 stand the control characters above 7F.
-        const bool isControl = byte < 0x20 || byte == 0x7F || (before == 0xC2 && byte < 0xA0);
-        if (isControl || std::string_view("/\\:*?\"<>|").find(c) != std::string_view::npos)
+    while (!name.empty()) {
+        const char32_t c = Utf8::Take(name);
+        const bool isControl = c < 0x20 || (c >= 0x7F && c < 0xA0);
+        if (isControl || c == Utf8::NoCharacter || std::u32string_view(U"/\\:*?\"<>|").find(c) != std::u32string_view::npos)
             return false;
-        before = byte;
     }
     return true;
 }

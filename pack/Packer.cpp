@@ -5,6 +5,7 @@
 #include "model/Exam.h"
 #include "model/Globals.h"
 #include "model/IO.h"
+#include "pack/FolderNames.h"
 #include "pack/PackFormat.h"
 #include "pack/StubBytes.h"
 
@@ -15,6 +16,8 @@
 #include <QtEndian>
 
 #include <map>
+#include <set>
+#include <string>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -56,8 +59,10 @@ bool IsPlain(const QByteArray &name)
 Sources SourcesOf(const QString &folder)
 {
     Sources sources;
+    if (HoldsUnreadableName(folder))
+        throw Refused(u"%1: a file in it has a name that is no UTF-8"_s.arg(folder));
     // Windows keeps one file under names that differ in nothing but letter case.
-    std::map<QString, QString> folded;
+    std::set<std::string, Utf8::IsBefore> names;
     const QFileInfoList entries
         = QDir(folder).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     for (const QFileInfo &entry : entries) {
@@ -66,9 +71,10 @@ Sources SourcesOf(const QString &folder)
             throw Refused(u"%1: it is no regular file"_s.arg(entry.filePath()));
         if (!IsPlain(name))
             throw Refused(u"%1: a pack cannot hold a file of that name"_s.arg(entry.filePath()));
-        const auto [twin, isNew] = folded.insert({ entry.fileName().toCaseFolded(), entry.fileName() });
+        const auto [twin, isNew] = names.insert(name.toStdString());
         if (!isNew)
-            throw Refused(u"%1: its name differs from %2 in nothing but letter case"_s.arg(entry.filePath(), twin->second));
+            throw Refused(u"%1: its name differs from %2 in nothing but letter case"_s.arg(entry.filePath(),
+                                                                                           QString::fromStdString(*twin)));
         sources.insert({ name, { entry.filePath(), entry.size() } });
     }
     if (sources.size() > PackFormat::MostFiles)

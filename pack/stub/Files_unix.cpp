@@ -20,7 +20,10 @@ bool WriteAll(int file, const char *bytes, std::size_t count)
 
 bool Sync(int file)
 {
-    return fsync(file) == 0 || errno == EINVAL;
+    int result = fsync(file);
+    while (result != 0 && errno == EINTR)
+        result = fsync(file);
+    return result == 0 || errno == EINVAL;
 }
 
 bool HoldsFolder(int folder)

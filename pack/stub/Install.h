@@ -5,7 +5,8 @@
 // runs had to leave behind is cleared away. The path is UTF-8; without one it
 // is the program's own file.
 //
-// 0, or 1 after one line on the error output, with everything as it was.
+// 0, or 1 after one line on the error output, with everything as it was unless
+// the line says that the exam is there.
 int InstallPack(const char *file);
 
 // What a program that installs a pack does first: it puts off the signals that

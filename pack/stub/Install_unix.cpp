@@ -212,18 +212,18 @@ public:
                 return fault;
             // Nothing was there, or an empty folder.
             if (renameat(m_exams, m_name.Text, m_exams, place) == 0)
-                return Finish(m_name.Text);
+                return Finish(place, m_name.Text);
             if (errno != ENOTEMPTY && errno != EEXIST)
                 return SystemFault(NotWritten);
             if (renameat2(m_exams, m_name.Text, m_exams, place, RENAME_EXCHANGE) == 0)
-                return Finish(m_name.Text);
+                return Finish(place, m_name.Text);
             if (errno == EINVAL || errno == ENOSYS) {
                 // Two steps, in between of which a run that dies leaves an exam
                 // that the next one puts back.
                 Remove(m_exams, kept);
                 if (renameat(m_exams, place, m_exams, kept) == 0) {
                     if (renameat(m_exams, m_name.Text, m_exams, place) == 0)
-                        return Finish(kept);
+                        return Finish(place, kept);
                     const int code = errno;
                     renameat(m_exams, kept, m_exams, place);
                     errno = code;
@@ -245,14 +245,41 @@ private:
         return (Lock(m_folder) || errno != EWOULDBLOCK) && fstat(m_folder, &status) == 0 && status.st_nlink > 0;
     }
 
-    Fault Finish(const char *old)
+    // The exam is in its place, and what was there has the other name. The old
+    // exam goes only when the new one is sure to stay, else it comes back.
+    Fault Finish(const char *place, const char *old)
     {
+        const Fault fault = Sync(m_exams) ? Fault() : SystemFault(NotWritten);
+        if (fault && (!IsAt(place) || ChangeBack(place, old)))
+            return fault;
         m_isMade = false;
-        // The old exam goes only when the new one is sure to stay.
-        if (!Sync(m_exams))
-            return SystemFault(NotWritten);
+        if (fault)
+            return { NotKept, fault.Code };
         Remove(m_exams, old);
         return {};
+    }
+
+    // Whether the folder still has that name. Another run may have been in
+    // between, and its exam stays.
+    bool IsAt(const char *name) const
+    {
+        struct stat here = {};
+        struct stat there = {};
+        return fstat(m_folder, &here) == 0 && fstatat(m_exams, name, &there, AT_SYMLINK_NOFOLLOW) == 0
+            && here.st_dev == there.st_dev && here.st_ino == there.st_ino;
+    }
+
+    // Gives the folder its first name again, and the place to what was there.
+    bool ChangeBack(const char *place, const char *old) const
+    {
+        if (old == m_name.Text && renameat2(m_exams, place, m_exams, m_name.Text, RENAME_EXCHANGE) == 0)
+            return true;
+        if (renameat(m_exams, place, m_exams, m_name.Text) != 0)
+            return false;
+        // If that fails, the next run does it.
+        if (old != m_name.Text)
+            renameat(m_exams, old, m_exams, place);
+        return true;
     }
 
     int m_exams;

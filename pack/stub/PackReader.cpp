@@ -2,13 +2,15 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 namespace {
 
 constexpr char Unreadable[] = "the pack cannot be read";
 constexpr char Damaged[] = "the pack is damaged";
-constexpr char Misnamed[] = "the pack holds a name that may lead out of its folder";
+constexpr char Misnamed[] = "the pack holds a name that is not allowed";
 constexpr char Misordered[] = "the pack holds a name twice or out of order";
+constexpr char Twins[] = "the pack holds two names that differ in nothing but letter case";
 constexpr char Missized[] = "the sizes in the pack are wrong";
 constexpr char TooMany[] = "the pack holds too many files";
 constexpr char NoExam[] = "the pack holds no exam";
@@ -83,8 +85,28 @@ const char *PackReader::CheckIndex(std::uint64_t contentBytes)
     }
     if (m_indexPosition != m_indexBytes || contentBytes != 0)
         return Missized;
+    if (!hasExam)
+        return NoExam;
+    return CheckTwins(count);
+}
+
+// Some systems keep only one of two such files.
+const char *PackReader::CheckTwins(std::size_t count)
+{
+    const std::unique_ptr<std::string_view, decltype(&std::free)> names(static_cast<std::string_view *>(
+                                                                            std::malloc(count * sizeof(std::string_view))),
+                                                                        std::free);
+    if (!names)
+        return Unreadable;
+    std::string_view *const begin = names.get();
+    std::string_view *end = begin;
     Rewind();
-    return hasExam ? nullptr : NoExam;
+    for (PackEntry entry; Next(entry);)
+        new (end++) std::string_view(entry.Name);
+    Rewind();
+    std::sort(begin, end, Utf8::IsBefore());
+    const auto isTwin = [](std::string_view left, std::string_view right) { return !Utf8::IsBefore()(left, right); };
+    return std::adjacent_find(begin, end, isTwin) == end ? nullptr : Twins;
 }
 
 void PackReader::Rewind()

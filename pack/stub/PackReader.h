@@ -48,6 +48,7 @@ private:
     bool AddToSum(Digest &sum, std::uint64_t offset, std::uint64_t count) const;
     bool IsSum(Digest sum) const;
     const char *CheckIndex(std::uint64_t contentBytes);
+    const char *CheckTwins(std::size_t count);
     void Rewind();
     // The next bytes of the index; nullptr when it has not so many left.
     const unsigned char *Take(std::size_t count);

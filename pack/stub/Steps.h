@@ -29,6 +29,7 @@ struct Fault {
 constexpr Fault Cancelled = { "cancelled", 0 };
 constexpr char NotRead[] = "the pack cannot be read";
 constexpr char NotWritten[] = "the exam cannot be written";
+constexpr char NotKept[] = "the exam is there, but the system cannot say whether it will stay";
 constexpr char NotReplaced[] = "the installed exam cannot be replaced";
 constexpr char NoExamsFolder[] = "there is no exams folder to install into";
 constexpr Fault InPlace = { "a file or a link is in its place", 0 };

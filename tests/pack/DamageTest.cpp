@@ -64,7 +64,8 @@ TEST(DamageTest, ASmallPackByteByByte)
 // Made with a right sum by somebody who wants to do harm.
 TEST(DamageTest, HostilePacks)
 {
-    const std::string misnamed = "the pack holds a name that may lead out of its folder";
+    const std::string misnamed = "the pack holds a name that is not allowed";
+    const std::string twins = "the pack holds two names that differ in nothing but letter case";
     const std::string misordered = "the pack holds a name twice or out of order";
     const std::string missized = "the sizes in the pack are wrong";
     const std::string tooMany = "the pack holds too many files";
@@ -73,6 +74,8 @@ TEST(DamageTest, HostilePacks)
     std::vector<std::pair<PackSheet, std::string>> rows = {
         { { .Files = { { "NET-101.exam", 8 }, { "NET-101.exam", 0 } } }, misordered },
         { { .Files = { { "a.bmp", 3 }, { "NET-101.exam", 5 } } }, misordered },
+        { { .Files = { { "A.bmp", 1 }, { "NET-101.exam", 5 }, { "a.bmp", 2 } } }, twins },
+        { { .Files = { { "NET-101.exam", 5 }, { "x\xC3\x96", 0 }, { "x\xC3\xA4", 1 }, { "x\xC3\xB6", 2 } } }, twins },
         { { .Files = { { "NET-101.exam", 5 }, { "a.bmp", 4 } } }, missized },
         { { .Files = { { "NET-101.exam", 5 }, { "a.bmp", 2 } } }, missized },
         { { .Files = { { "NET-101.exam", ~quint64(0) }, { "a.bmp", 9 } } }, missized },
@@ -97,6 +100,8 @@ TEST(DamageTest, HostilePacks)
     const QByteArrayList names = {
         "../x", "/tmp/x", "a/b", "a\\b", "c:x", ".", "..", ".a", "", "a\n", QByteArray("a\0b", 3), "a\x7F", "a\xC2\x9B",
         "a ", " a", "a.", "a*", QByteArray(201, 'a'),
+        // No UTF-8: cut short, too long, half a pair, beyond the last character.
+        "a\xFF", "a\xC3", "a\xE2\x82", "\x80", "a\xC0\xAF" "b", "\xE0\x9F\xBF", "\xED\xA0\x80", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80",
         // Devices of Windows.
         "CON", "con.exam", "nul.bmp", "Aux .bmp", "PRN.a.b", "Com1.bmp", "LPT9", "COM\xC2\xB9.bmp", "conin$", "CONOUT$.x",
     };
@@ -119,6 +124,19 @@ TEST(DamageTest, HostilePacks)
     rows.push_back({ many, "sound" });
     for (size_t i = 0; i < rows.size(); ++i)
         EXPECT_EQ(Checked(ToBytes(rows[i].first)), rows[i].second) << "row " << i;
+}
+
+// The packer and the stub have no Qt for letters in common.
+TEST(DamageTest, LettersAsInUnicode)
+{
+    for (char32_t c = 1; c <= QChar::LastValidCodePoint; ++c) {
+        const std::string bytes = QString::fromUcs4(&c, 1).toStdString();
+        std::string_view text = bytes;
+        if (QChar::isSurrogate(c) || c == QChar::ByteOrderMark)
+            continue;
+        ASSERT_TRUE(Utf8::Take(text) == c && text.empty()) << std::hex << uint32_t(c);
+        ASSERT_EQ(Utf8::Folded(c), QChar::toCaseFolded(c)) << std::hex << uint32_t(c);
+    }
 }
 
 // What the program does with it: one line, and nothing is touched.

@@ -9,10 +9,7 @@ TEST(InstallTest, WhereNoExamCanCome)
     const QString root = System::ProgramFiles() + u"/Practorium"_s;
     const QString inFolder = u"the installed exam cannot be replaced, because a folder is in it"_s;
     const QString noFolder = u"there is no exams folder to install into: "_s;
-    const struct {
-        QString File;
-        QString Reason;
-    } rows[] = {
+    const struct { QString File, Reason; } rows[] = {
         { u"/Exams/PLACE"_s, u"a file or a link is in its place"_s },
         { u"/Exams/PLACE/notes/n"_s, inFolder },
         { u"/Exams"_s, noFolder },

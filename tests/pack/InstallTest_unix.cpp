@@ -1,40 +1,28 @@
+#include "pack/stub/Install.h"
 #include "tests/pack/Installed.h"
 #include "tests/pack/PackSheet.h"
 #include "tests/support/SmallDisk.h"
 #include "tests/support/Test.h"
 
+#include <array>
 #include <atomic>
 #include <csignal>
-#include <cstddef>
 #include <cstdio>
 #include <fcntl.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
+#include <functional>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
 namespace {
 
-// A system that cannot have two folders change places.
-void WithoutExchange(QProcess &process)
-{
-    process.setChildProcessModifier([] {
-        sock_filter code[] = {
-            BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-            BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_renameat2, 0, 3),
-            BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args[4])),
-            BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, RENAME_EXCHANGE, 0, 1),
-            BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EINVAL),
-            BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-        };
-        const sock_fprog program = { std::size(code), code };
-        prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-        if (prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) != 0)
-            _exit(99);
-    });
-}
+// What the system answers when a pack that runs in this program has the exams
+// folder brought to the disk: a code, 0 for success.
+std::function<int()> exchangeReachesDisk;
+bool canExchangeHere = true;
 
 Preparation With(const QMap<QString, QString> &variables)
 {
@@ -46,6 +34,21 @@ Preparation With(const QMap<QString, QString> &variables)
     };
 }
 
+}
+
+extern "C" int fsync(int file)
+{
+    struct stat folder = {};
+    struct stat exams = {};
+    const bool isExams = fstat(file, &folder) == 0 && stat(qPrintable(Sandbox::ExamsFolder()), &exams) == 0 && folder.st_ino == exams.st_ino;
+    errno = isExams && exchangeReachesDisk ? exchangeReachesDisk() : 0;
+    return errno != 0 ? -1 : static_cast<int>(syscall(SYS_fsync, file));
+}
+
+extern "C" int renameat2(int from, const char *name, int to, const char *other, unsigned flags) noexcept
+{
+    errno = EINVAL;
+    return canExchangeHere ? static_cast<int>(syscall(SYS_renameat2, from, name, to, other, flags)) : -1;
 }
 
 void Freeze(const QProcess &process)
@@ -89,36 +92,25 @@ TEST(InstallTest, LinksAndPermissions)
     const QString elsewhere = Sandbox::Path(u"elsewhere"_s);
     Sandbox::WriteFile(elsewhere + u"/PLACE.exam"_s, "mine");
     const QString inPlace = u"a file or a link is in its place"_s;
-    const QString noFolder = u"there is no exams folder to install into: %1"_s;
-    const struct {
-        QString What; // a "file", a folder that is "locked", or where a link leads
-        QString Where;
-        QString Reason;
-    } rows[] = {
+    // Where a link leads; without one it is a folder that is locked.
+    const struct { QString Link, Where, Reason; } rows[] = {
         { elsewhere, u"/Practorium/Exams/PLACE"_s, inPlace },
         { u"/nowhere"_s, u"/Practorium/Exams/PLACE"_s, inPlace },
-        { u"file"_s, {}, noFolder.arg(u"Not a directory"_s) },
-        { u"locked"_s, u"/Practorium/Exams"_s, u"the exam cannot be written: Permission denied"_s },
-        { u"locked"_s, {}, noFolder.arg(u"Permission denied"_s) },
+        { {}, u"/Practorium/Exams"_s, u"the exam cannot be written: Permission denied"_s },
+        { {}, {}, u"there is no exams folder to install into: Permission denied"_s },
     };
-    for (const auto &[what, where, reason] : rows) {
+    for (const auto &[link, where, reason] : rows) {
         QDir(root).removeRecursively();
-        QFile::remove(root);
-        Sandbox::WriteFile(root + where, "x");
-        if (what != "file"_L1)
-            QFile::remove(root + where);
-        if (what == "locked"_L1)
-            QDir().mkdir(root + where, QFile::ReadOwner | QFile::ExeOwner);
-        else if (what != "file"_L1)
-            QFile::link(what, root + where);
+        EXPECT_TRUE(QDir().mkpath(QFileInfo(root + where).path()));
+        EXPECT_TRUE(link.isEmpty() ? QDir().mkdir(root + where, QFile::ReadOwner | QFile::ExeOwner) : QFile::link(link, root + where));
         const Tree before = Snapshot(Sandbox::Path({}));
         const Outcome outcome = OutcomeOf(program, {}, [&](QProcess &process) {
             With({ { u"XDG_DATA_HOME"_s, root } })(process);
             // Permissions hold for everybody, the superuser too.
             process.setChildProcessModifier([] { prctl(PR_CAPBSET_DROP, 1 /* CAP_DAC_OVERRIDE */, 0, 0, 0); });
         });
-        EXPECT_EQ(outcome, Failed(u"PLACE"_s, reason)) << what.toStdString() << where.toStdString();
-        EXPECT_EQ(Snapshot(Sandbox::Path({})), before) << what.toStdString() << where.toStdString();
+        EXPECT_EQ(outcome, Failed(u"PLACE"_s, reason)) << link.toStdString() << where.toStdString();
+        EXPECT_EQ(Snapshot(Sandbox::Path({})), before) << link.toStdString() << where.toStdString();
     }
 }
 
@@ -155,6 +147,39 @@ TEST(InstallTest, AFailureChangesNothing)
     EXPECT_EQ(Snapshot(data + u"/Exams"_s), Installed(u"FULL"_s, u"F-1"_s));
 }
 
+// The exam is in its place when the disk fails: it goes again, or is told to be there.
+TEST(InstallTest, TheDiskFailsAtTheEnd)
+{
+    const QString exams = FreshFolder();
+    const QString place = exams + u"/LAST"_s;
+    const QString pack = MakePack(u"LAST"_s, u"L-1"_s);
+    const std::string failed = "1 Exam pack: LAST: the exam cannot be written: Input/output error\n";
+    const Tree fresh = Snapshot(Sandbox::Path(u"packages/L-1/LAST"_s));
+    const Tree old = { { u"/LAST.exam"_s, "old" } };
+    const struct { bool HasOld, CanExchange; std::function<int(int)> Answer; std::string Said; Tree Left; } rows[] = {
+        { true, true, [](int call) { return call < 3 ? EINTR : 0; }, "0 ", fresh },
+        { false, true, [](int) { return EIO; }, failed, {} },
+        { true, true, [](int) { return EIO; }, failed, old },
+        { true, false, [](int) { return EIO; }, failed, old },
+        // Another run's exam has come meanwhile.
+        { true, true, [&](int) { return QDir(place).removeRecursively() && QDir().mkdir(place) ? EIO : 0; }, failed, {} },
+        { true, true, [](int) { return canExchangeHere = false, EIO; },
+          "1 Exam pack: LAST: the exam is there, but the system cannot say whether it will stay: Input/output error\n", fresh },
+    };
+    for (const auto &[hasOld, canExchange, answer, said, left] : rows) {
+        FreshFolder();
+        if (hasOld)
+            Sandbox::WriteFile(place + u"/LAST.exam"_s, "old");
+        canExchangeHere = canExchange;
+        exchangeReachesDisk = [&, call = 0]() mutable { return answer(++call); };
+        EXPECT_EQ(InstallHere(pack), said);
+        exchangeReachesDisk = {};
+        EXPECT_EQ(Snapshot(place), left) << said;
+        EXPECT_EQ(HiddenNames(exams).size(), canExchangeHere == canExchange ? 0 : 1) << said;
+    }
+    canExchangeHere = true;
+}
+
 TEST(InstallTest, SignalsMidway)
 {
     const QString exams = FreshFolder();
@@ -172,7 +197,7 @@ TEST(InstallTest, SignalsMidway)
 
 TEST(InstallTest, AnExamAtEveryMoment)
 {
-    const QStringList programs = { MakePack(u"BOTH"_s, u"X-1"_s), MakePack(u"BOTH"_s, u"X-2"_s, 50'000) };
+    const std::string programs[] = { MakePack(u"BOTH"_s, u"X-1"_s).toStdString(), MakePack(u"BOTH"_s, u"X-2"_s, 50'000).toStdString() };
     for (const bool canExchange : { true, false }) {
         const QString exams = FreshFolder();
         std::atomic<bool> isOver = false;
@@ -182,20 +207,22 @@ TEST(InstallTest, AnExamAtEveryMoment)
             while (!isOver && canExchange && seen.startsWith(u"X-"_s))
                 seen = ResultOf([] { return CodeOf(u"BOTH"_s); });
         });
+        canExchangeHere = canExchange;
         for (int round = 0; round < 8; ++round) {
-            std::vector<std::unique_ptr<QProcess>> runs;
-            for (int i = 0; i < 8; ++i) {
-                runs.push_back(std::make_unique<QProcess>());
-                if (!canExchange)
-                    WithoutExchange(*runs.back());
-                runs.back()->start(programs[i % 2], QStringList());
+            std::array<pid_t, 8> runs = {};
+            for (size_t i = 0; i < runs.size(); ++i) {
+                if ((runs[i] = fork()) == 0)
+                    _exit(InstallPack(programs[i % 2].c_str()));
             }
-            for (const auto &run : runs)
-                EXPECT_EQ(EndOf(*run), Done);
+            for (const pid_t run : runs) {
+                int status = -1;
+                EXPECT_TRUE(waitpid(run, &status, 0) == run && status == 0) << status;
+            }
             EXPECT_EQ(Snapshot(exams), Installed(u"BOTH"_s, CodeOf(u"BOTH"_s))) << "round " << round;
         }
         isOver = true;
         watcher.join();
         EXPECT_TRUE(seen == "X-1"_L1 || seen == "X-2"_L1) << seen.toStdString();
     }
+    canExchangeHere = true;
 }

@@ -143,21 +143,10 @@ TEST(InstallTest, NamesThatMeanAnother)
     ASSERT_NE(shortName, longName) << "this disk keeps no short names";
     const auto before = Snapshot(exams);
 
-    const std::string notWritten = "the exam cannot be written";
-    const struct {
-        PackSheet Sheet;
-        std::string Reason;
-    } rows[] = {
-        { { .Files = { { "A.bmp", 1 }, { "NET-101.exam", 5 }, { "a.bmp", 2 } } }, notWritten },
-        { { .Files = { { "NET-101.exam", 5 }, { "NET-101.exam\xFF", 3 } } }, notWritten },
-        { { .Folder = shortName.toUtf8(), .Files = { { shortName.section(u'.', 0, 0).toUtf8() + ".exam", 8 } } },
-          "a file or a link is in its place" },
-    };
-    for (const auto &[sheet, reason] : rows) {
-        const std::string said = InstallSheet(sheet);
-        EXPECT_TRUE(said.starts_with("1 Exam pack: " + sheet.Folder.toStdString() + ": " + reason)) << said;
-        EXPECT_EQ(Snapshot(exams), before) << said;
-    }
+    const QByteArray exam = shortName.section(u'.', 0, 0).toUtf8() + ".exam";
+    const std::string said = InstallSheet({ .Folder = shortName.toUtf8(), .Files = { { exam, 8 } } });
+    EXPECT_TRUE(said.starts_with("1 Exam pack: " + shortName.toStdString() + ": a file or a link is in its place")) << said;
+    EXPECT_EQ(Snapshot(exams), before) << said;
     // The same exam, whatever the case of its letters.
     EXPECT_EQ(InstallSheet({ .Folder = "net-101", .Files = { { "a.bmp", 3 }, { "net-101.exam", 5 } } }), "0 ");
     EXPECT_EQ(InstallSheet({}), "0 ");

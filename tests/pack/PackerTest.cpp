@@ -34,11 +34,7 @@ TEST(PackerTest, WhatNoPackCanHold)
     const auto file = [](const QString &name) -> Change {
         return [name](const QString &folder) { return MakeFile(folder + u'/' + name); };
     };
-    const struct {
-        QString Name;
-        QString Reason;
-        Change Prepare;
-    } rows[] = {
+    const struct { QString Name, Reason; Change Prepare; } rows[] = {
         { u"EMPTY"_s, noExam, [](auto folder) { return QFile::remove(folder + u"/EMPTY.exam"_s); } },
         { u"OTHER"_s, noExam, [](auto folder) { return QFile::rename(folder + u"/OTHER.exam"_s, folder + u"/NAME.exam"_s); } },
         { u"CUT"_s, u"past end of file"_s, [](auto folder) { return QFile::resize(folder + u"/CUT.exam"_s, 1); } },
@@ -90,11 +86,8 @@ TEST(PackerTest, ForEitherSystem)
         return outcome.Code == 0 ? Sandbox::ReadFile(out) : outcome.Err.toUtf8();
     };
     const QByteArray own = packed({});
-    const struct {
-        QString Name;
-        Packer::System System;
-        QByteArray Start; // of a program of that system
-    } rows[] = {
+    // How a program of that system starts.
+    const struct { QString Name; Packer::System System; QByteArray Start; } rows[] = {
         { u"linux"_s, Packer::System::Linux, "\x7F" "ELF" },
         { u"windows"_s, Packer::System::Windows, "MZ" },
     };

@@ -3,8 +3,10 @@
 #include "tests/support/Test.h"
 
 #include <csignal>
+#include <fcntl.h>
 #include <ios>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -25,6 +27,17 @@ TEST(PackerTest, TheFileIsForWhoeverMayReadIt)
         EXPECT_EQ(stat(QFile::encodeName(out).constData(), &status), 0);
         EXPECT_EQ(status.st_mode & 07777, mode) << std::oct << mask;
     }
+}
+
+// Qt sees no such file, so that it would be missing in the pack.
+TEST(PackerTest, ANameThatIsNoText)
+{
+    const QString folder = MakePackage(u"BYTES"_s, u"B-1"_s);
+    const std::string name = folder.toStdString() + "/a\xE9.bmp";
+    const int file = creat(name.c_str(), 0600);
+    const Outcome outcome = OutcomeOf(Author, { u"pack"_s, folder, u"--out"_s, Sandbox::Path(u"never.run"_s) });
+    EXPECT_TRUE(outcome.Code == 1 && outcome.Err.endsWith(u"a file in it has a name that is no UTF-8\n"_s)) << outcome.Err.toStdString();
+    EXPECT_TRUE(close(file) == 0 && unlink(name.c_str()) == 0);
 }
 
 TEST(PackerTest, NothingHalfMade)
