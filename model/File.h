@@ -105,6 +105,11 @@ public:
 
     const QString &Name() const { return m_name; }
     void SetName(const QString &name) { m_name = name; }
+    // The whole length in bytes: what limits are compared with. 0 while no file
+    // is open.
+    qint64 ByteSize() const;
+    // From the current position to the end.
+    qint64 BytesLeft() const { return ByteSize() - m_position; }
     // Low 32 bits each.
     quint32 Size() const;
     quint32 Position() const;
@@ -153,7 +158,6 @@ private:
     // Fails as the system would, but at once: a write that is only buffered
     // and a read of nothing left do not come to the system.
     void RequireAccess(quint32 access) const;
-    qint64 ByteSize() const;
     qint64 ReadBytes(char *out, qint64 count);
     // Up to count bytes, never more than the file has left.
     QByteArray ReadBlock(qint64 count);

@@ -1,3 +1,4 @@
+#include "picture/Essentials.h"
 #include "picture/Picture.h"
 #include "tests/support/System.h"
 #include "tests/support/Test.h"
@@ -54,6 +55,26 @@ QByteArray Gif(int frames, quint16 screen = 1, quint16 frame = 1)
     return gif + ';';
 }
 
+// An icon of one picture, which is a PNG or a bitmap without its file header.
+QByteArray IconOf(const QByteArray &picture)
+{
+    QByteArray head = QByteArray::fromHex("000001000100 1010000001002000 00000000 16000000");
+    qToLittleEndian(static_cast<quint32>(picture.size()), head.data() + 14);
+    return head + picture;
+}
+
+// A JPEG in about ten scans and so many more, which change nothing.
+QByteArray Progressive(const QImage &image, int more = 0)
+{
+    QBuffer buffer;
+    QImageWriter writer(&buffer, "JPG");
+    writer.setProgressiveScanWrite(true);
+    writer.write(image);
+    const QByteArray bytes = buffer.data();
+    const QByteArray last = bytes.mid(bytes.lastIndexOf("\xFF\xDA")).chopped(2);
+    return bytes.chopped(2) + last.repeated(more) + bytes.right(2);
+}
+
 // Decoders say on the error stream what is wrong with a picture; that is no
 // fault of the program.
 class LetDecodersComplain {
@@ -105,7 +126,11 @@ TEST(PictureTest, WhatItCannotBe)
         { "huge png", Encoded(QImage(4'001, 4'000, QImage::Format_Mono), "PNG"), size },
         { "bmp without height", bmp(BmpHeight, 0), u""_s },
         { "endless top-down bmp", bmp(BmpHeight, -100'000'000), size },
-        { "cut png", Encoded(Sample(), "PNG").left(60), damaged },
+        { "cut png", Encoded(Sample(), "PNG").left(60), damaged }, { "long png", Encoded(Sample(16'385, 2), "PNG"), size },
+        { "high jpeg", Encoded(Sample(2, 16'385), "JPG"), size }, { "cursor", QByteArray("\0\0\2\0\1\0", 6), foreign },
+        { "huge png in an icon", IconOf(Encoded(QImage(4'001, 4'000, QImage::Format_Mono), "PNG")), size },
+        { "huge bitmap in an icon", IconOf(Encoded(QImage(4'001, 8'000, QImage::Format_Mono), "BMP").mid(14)), size },
+        { "25 scans", Progressive(Sample(4'000, 4'000), 15), u"The picture has too many scans"_s },
     };
     for (const auto &row : rows) {
         try {
@@ -118,6 +143,25 @@ TEST(PictureTest, WhatItCannotBe)
         }
     }
     EXPECT_EQ(Picture::Load(Written(Encoded(QImage(4'000, 4'000, QImage::Format_Mono), "PNG"))).width(), 4'000);
+    EXPECT_EQ(Picture::Load(Written(Progressive(Sample(4'000, 4'000), 14))).width(), 4'000) << "24 scans";
+}
+
+// What costs time and memory and shows nothing: texts, and codes behind the last pixel.
+TEST(PictureTest, WhatNoDecoderIsGiven)
+{
+    const QByteArray png = Encoded(Sample(), "PNG"), jpeg = Encoded(Sample(), "JPG");
+    const QByteArray texts = (QByteArray("\0\0\0\3zTXt", 8) + "K\0\0crc!"_ba).repeated(9);
+    const QByteArray manyTexts = png.left(33) + texts + png.mid(33);
+    const QByteArray comment = "\xFF\xFF\xFE\0\6text"_ba, camera = "\xFF\xE1\0\4\xFF\xD9"_ba;
+    const QByteArray gif = Gif(1), longCodes = QByteArray::fromHex("ff 44") + QByteArray(254, 'x');
+    const struct { const char *Name; QByteArray Bytes, Clean; } rows[] = {
+        { "png", manyTexts, png }, { "icon", IconOf(manyTexts), png }, { "jpeg", jpeg.left(2) + comment + camera + jpeg.mid(2), jpeg },
+        { "scan after fill bytes", jpeg.chopped(2) + comment + "\xDA" + jpeg.right(2), jpeg.chopped(2) + "\xDA" + jpeg.right(2) },
+        { "frames", Gif(9), gif }, { "codes", gif.chopped(5) + longCodes.repeated(99) + QByteArray("\0;", 2), gif.chopped(5) + "\1\x44\0;"_ba },
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(Picture::EssentialsOf(row.Bytes).Bytes, Picture::EssentialsOf(row.Clean).Bytes) << row.Name;
+    EXPECT_LT(Picture::EssentialsOf(rows[5].Bytes).Bytes.size(), gif.size() + 1);
 }
 
 TEST(PictureTest, APictureThatIsCutOffIsRefused)
@@ -130,22 +174,17 @@ TEST(PictureTest, APictureThatIsCutOffIsRefused)
     const QByteArray bmp = Encoded(noise, "BMP");
     QByteArray topDown = bmp;
     qToLittleEndian<qint32>(-noise.height(), topDown.data() + BmpHeight);
-    QByteArray progressive;
-    QBuffer buffer(&progressive);
-    QImageWriter writer(&buffer, "JPG");
-    writer.setProgressiveScanWrite(true);
-    ASSERT_TRUE(writer.write(noise));
-    // From the shortest that shows its format; the checksum of a PNG's end may go.
-    const struct { const char *Name; QByteArray Bytes; qsizetype From, Spare = 0; } rows[] = {
+    // From the shortest that shows its format.
+    const struct { const char *Name; QByteArray Bytes; qsizetype From; } rows[] = {
         { "bmp", bmp, 2 }, { "top-down bmp", topDown, 2 },
         { "bmp of 1 bit", Encoded(noise.convertToFormat(QImage::Format_Mono), "BMP"), 2 },
-        { "jpeg", Encoded(noise, "JPG"), 3 }, { "progressive jpeg", progressive, 3 },
-        { "gif", Gif(1), 6 }, { "moving gif", Gif(3), 6 }, { "png", Encoded(noise, "PNG"), 8, 4 },
+        { "jpeg", Encoded(noise, "JPG"), 3 }, { "progressive jpeg", Progressive(noise), 3 },
+        { "gif", Gif(1), 6 }, { "moving gif", Gif(3), 6 }, { "png", Encoded(noise, "PNG"), 8 },
     };
     for (const auto &row : rows) {
         for (const QByteArray &behind : { QByteArray(), QByteArray("what somebody put behind it") })
             EXPECT_FALSE(Picture::Load(Written(row.Bytes + behind)).isNull()) << row.Name;
-        const qsizetype size = row.Bytes.size() - row.Spare;
+        const qsizetype size = row.Bytes.size();
         for (qsizetype length = row.From; length < size; length += length > 60 && length + 57 < size ? 57 : 1) {
             try {
                 Picture::Load(Written(row.Bytes.left(length)));
