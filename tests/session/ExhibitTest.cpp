@@ -4,7 +4,6 @@
 #include "tests/support/Windows.h"
 
 #include <QImage>
-#include <QPointer>
 #include <QScreen>
 #include <QScrollBar>
 
@@ -25,21 +24,6 @@ protected:
         Folder = QFileInfo(Install(*Globals::CurrentExam, u"EX-101"_s)).path();
         Window.StartExam();
         Show(&Window);
-    }
-    void SavePicture(const QString &name, const QSize &size)
-    {
-        QImage image(size, QImage::Format_RGB32);
-        image.fill(Qt::yellow);
-        image.setPixelColor(0, size.height() - 1, Qt::black);
-        ASSERT_TRUE(image.save(Folder + u'/' + name));
-    }
-    frmExhibit *Open()
-    {
-        Click(&Window, u"cmdExhibit"_s);
-        auto *exhibit = Find<frmExhibit>(&Window, u"frmExhibit"_s);
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(exhibit));
-        QCoreApplication::processEvents();
-        return exhibit;
     }
 
     Messages Boxes;
@@ -67,74 +51,69 @@ TEST_F(ExhibitTest, WhatIsNoPictureIsTold)
     EXPECT_EQ(Window.Session().CurrentIndex(), bad.size()) << "the session goes on";
 }
 
-TEST_F(ExhibitTest, AnotherItemClosesIt)
-{
-    Start({ u"map.png"_s, u"map.png"_s });
-    SavePicture(u"map.png"_s, { 300, 200 });
-    QPointer<frmExhibit> exhibit = Open();
-    EXPECT_EQ(exhibit->Exhibit(), QDir::toNativeSeparators(Folder + u"/map.png"_s));
-    Click(&Window, u"cmdExhibit"_s);
-    EXPECT_EQ(Window.findChildren<frmExhibit *>().size(), 1) << "opened once";
-    Click(&Window, u"cmdNext"_s);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !exhibit; }));
-
-    exhibit = Open();
-    Click(exhibit, u"cmdClose"_s);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !exhibit; }));
-    exhibit = Open();
-    QTest::keyClick(exhibit, Qt::Key_Escape);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !exhibit; }));
-    EXPECT_TRUE(Window.isVisible());
-}
-
 // The whole window, frame and title with it, has its size from the picture, at
-// the first showing as at the second.
-TEST_F(ExhibitTest, SizeAndKeys)
+// the first showing as at the second: for a picture that fits, a tall one and
+// one that is wider than the screen, too.
+TEST_F(ExhibitTest, FromOpenToClose)
 {
     const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
     const double most = QGuiApplication::primaryScreen()->size().height() * 0.7;
-    const int fits = static_cast<int>(most);
-    const struct { QSize Picture; bool IsTall, IsWide; } rows[] = {
-        { { 300, fits }, false, false }, { { 300, fits + 137 }, true, false }, { { 3 * area.width(), fits + 137 }, true, true },
-    };
     Start({ u"0.png"_s, u"1.png"_s, u"2.png"_s });
-    for (int item = 0; item < 3; ++item) {
+    for (const int item : { 0, 1, 2 }) {
         SCOPED_TRACE(item);
-        const auto &row = rows[item];
-        SavePicture(u"%1.png"_s.arg(item), row.Picture);
-        frmExhibit *exhibit = Open();
-        auto *bar = Find<QScrollBar>(exhibit, u"vsbScroll"_s);
-        auto *close = Find<QWidget>(exhibit, u"cmdClose"_s);
-        const auto outer = [&] {
-            // Below a tall title bar the button would not find its place.
-            const double title = std::max(22 + 2 / 3.0, double(exhibit->frameGeometry().height() - exhibit->height()));
-            return QSizeF(row.Picture.width() + 200 / 15.0 + (row.IsTall ? bar->sizeHint().width() : 0),
-                          std::min(most, double(row.Picture.height())) + close->height() + 14 + title).toSize();
-        };
-        EXPECT_TRUE(QTest::qWaitFor([&] { return exhibit->frameGeometry().size() == outer(); }));
+        const QSize size(item == 2 ? 3 * area.width() : 300, static_cast<int>(most) + (item > 0 ? 137 : 0));
+        const QString path = QDir::toNativeSeparators(Folder + u"/%1.png"_s.arg(item));
+        QImage image(size, QImage::Format_RGB32);
+        image.fill(Qt::yellow);
+        image.setPixelColor(0, size.height() - 1, Qt::black);
+        ASSERT_TRUE(image.save(path));
         Click(&Window, u"cmdExhibit"_s);
-        EXPECT_EQ(exhibit->frameGeometry().size(), outer());
-        EXPECT_TRUE(exhibit->rect().contains(close->geometry()));
+        auto *exhibit = Find<frmExhibit>(&Window, u"frmExhibit"_s);
+        EXPECT_EQ(exhibit->Exhibit(), path);
+        const auto *picture = Find<QWidget>(exhibit, u"picExhibit"_s);
+        auto *view = Find<QWidget>(exhibit, u"picClipper"_s);
+        const auto *close = Find<QWidget>(exhibit, u"cmdClose"_s);
+        const auto *bar = Find<QScrollBar>(exhibit, u"vsbScroll"_s);
+        const int barWidth = item > 0 ? bar->sizeHint().width() : 0;
+        const QSize shown = QSizeF(size.width(), std::min(most, double(size.height()))).toSize();
+        const auto isSized = [&] {
+            // A title bar taller than the foot has room for leaves the button its place.
+            const int title = std::max(23, exhibit->frameGeometry().height() - exhibit->height());
+            const QSize off = exhibit->frameGeometry().size() - shown - QSize(13 + barWidth, close->height() + 14 + title);
+            return std::abs(off.width()) + std::abs(off.height()) <= 1;
+        };
+        EXPECT_TRUE(QTest::qWaitFor(isSized));
+        Click(&Window, u"cmdExhibit"_s);
+        EXPECT_TRUE(isSized());
+        Show(exhibit);
+        EXPECT_EQ(Window.findChildren<frmExhibit *>().size(), 1) << "opened once";
         EXPECT_TRUE(area.contains(QRect(close->mapToGlobal(QPoint()), close->size())));
         EXPECT_GE(exhibit->frameGeometry().top(), area.top()) << "the title bar";
+        EXPECT_NEAR(close->geometry().center().x(), exhibit->rect().center().x(), 1);
+        EXPECT_EQ(close->y(), shown.height() + 10);
+        EXPECT_EQ(view->size(), shown);
+        EXPECT_NEAR(view->geometry().center().x(), (exhibit->width() - barWidth) / 2, 1);
+        EXPECT_EQ(picture->size(), size) << "at its natural size";
+        EXPECT_EQ(bar->isVisible(), item > 0);
+        EXPECT_TRUE(item == 0 || bar->geometry() == exhibit->rect().adjusted(exhibit->width() - barWidth, 0, 0, 0));
 
-        auto *view = Find<QWidget>(exhibit, u"picClipper"_s);
-        EXPECT_EQ(view->size(), QSizeF(row.Picture.width(), std::min(most, double(row.Picture.height()))).toSize());
-        EXPECT_EQ(bar->isVisible(), row.IsTall);
-        const auto *picture = Find<QWidget>(exhibit, u"picExhibit"_s);
-        EXPECT_EQ(picture->size(), row.Picture) << "at its natural size";
         const auto press = [&](Qt::Key key) { QTest::keyClick(exhibit->windowHandle(), key); };
         press(Qt::Key_Down);
-        EXPECT_EQ(picture->y(), row.IsTall ? -qRound(most / 10) : 0);
+        EXPECT_EQ(picture->y(), item > 0 ? -qRound(most / 10) : 0);
         press(Qt::Key_End);
         EXPECT_EQ(view->grab().toImage().pixelColor(0, view->height() - 1), QColor(Qt::black)) << "the last line";
         for (const auto &[key, edge] : { std::pair(Qt::Key_Right, &QRect::right), std::pair(Qt::Key_Left, &QRect::left) }) {
             for (int step = 0; step < 50; ++step)
                 press(key);
-            EXPECT_EQ((exhibit->frameGeometry().*edge)() == (area.*edge)(), row.IsWide);
+            EXPECT_EQ((exhibit->frameGeometry().*edge)() == (area.*edge)(), item == 2);
         }
-        exhibit->close();
+        if (item == 0)
+            Click(exhibit, u"cmdClose"_s);
+        else if (item == 1)
+            press(Qt::Key_Escape);
+        else
+            Click(&Window, u"cmdPrev"_s);
         EXPECT_TRUE(QTest::qWaitFor([&] { return !Window.findChild<frmExhibit *>(); }));
-        Window.Session().GotoQuestion(qint16(item % 2 + 2));
+        Window.Session().GotoQuestion(qint16(std::min(item + 2, 3)));
     }
 }
