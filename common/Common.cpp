@@ -40,6 +40,23 @@ QString ShownText(const QString &text)
     return TrimNull(shown);
 }
 
+QString OneLine(QString text)
+{
+    for (QChar &c : text) {
+        if (c.category() == QChar::Other_Control)
+            c = u' ';
+    }
+    return text;
+}
+
+QString OneLine(const Error &error)
+{
+    QString text = ShownText(error.Description()).trimmed();
+    if (text.startsWith("System Error: "_L1) && text.contains("\r\n"_L1))
+        text = text.section("\r\n"_L1, 1);
+    return text.simplified();
+}
+
 void CheckApiResult(bool result)
 {
     if (result)

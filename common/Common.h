@@ -5,6 +5,8 @@
 #include <QVariant>
 #include <QVariantList>
 
+class Error;
+
 // The shared toolbox: templates, numbers, durations, system errors, commands.
 // It holds no state and knows no window.
 namespace Common {
@@ -25,6 +27,18 @@ QString ToText(const QVariant &value);
 // What stands before the first NUL: what a box shows of a fixed-size buffer.
 QString ShownText(const QString &text);
 
+// A text with a blank for every line break and control character: files,
+// services and reports come from strangers.
+QString OneLine(QString text);
+// An error's description as one line, without the code of a system error.
+QString OneLine(const Error &error);
+
+// Writes the text as one line, behind the program's name, to the error output,
+// which a desktop keeps in its log. A Windows program without an error output
+// hands it to the system as debug output. What is longer is cut.
+constexpr int LongestLogLine = 2000; // characters
+void Log(const QString &text);
+
 // The operating system's text for an error code as a buffer of 256 characters,
 // the text first and NULs behind it; "Unknown error" when it has none. Codes
 // 2100 to 2999 are looked up among the network messages first, where the
@@ -42,7 +56,8 @@ void CheckApiResult(bool result);
 
 // Starts a command line and blocks until it has ended; its exit code. A
 // program that was ended by a signal counts as 128 + signal. Raises
-// InvalidCall when the command cannot be started.
+// InvalidCall when the command cannot be started; the reason is then the last
+// system error.
 qint32 SyncShell(const QString &command);
 
 // Seconds (0 or more) as hh:mm:ss, each part of at least two digits.

@@ -44,12 +44,16 @@ private:
 
 qint32 SyncShell(const QString &command)
 {
-    const auto failed = [&] { return Error(InvalidCall, u"Unable to execute command "_s + command, u"SyncShell()"_s); };
+    const auto failed = [&](int code) {
+        Error error(InvalidCall, u"Unable to execute command "_s + command, u"SyncShell()"_s);
+        SetLastSystemError(code);
+        return error;
+    };
     std::vector<QByteArray> words;
     for (const QString &word : QProcess::splitCommand(command))
         words.push_back(QFile::encodeName(word));
     if (words.empty())
-        throw failed();
+        throw failed(ENOENT);
     std::vector<char *> arguments;
     for (QByteArray &word : words)
         arguments.push_back(word.data());
@@ -57,12 +61,12 @@ qint32 SyncShell(const QString &command)
 
     const ExitCodesAreKept kept;
     pid_t child = 0;
-    if (posix_spawnp(&child, arguments.front(), nullptr, nullptr, arguments.data(), environ) != 0)
-        throw failed();
+    if (const int code = posix_spawnp(&child, arguments.front(), nullptr, nullptr, arguments.data(), environ); code != 0)
+        throw failed(code);
     int status = 0;
     while (waitpid(child, &status, 0) < 0) {
         if (errno != EINTR)
-            throw failed();
+            throw failed(errno);
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }

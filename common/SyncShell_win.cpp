@@ -15,8 +15,12 @@ qint32 SyncShell(const QString &command)
     STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process = {};
-    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, NORMAL_PRIORITY_CLASS, nullptr, nullptr, &startup, &process))
-        throw Error(InvalidCall, u"Unable to execute command "_s + command, u"SyncShell()"_s);
+    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, NORMAL_PRIORITY_CLASS, nullptr, nullptr, &startup, &process)) {
+        const DWORD code = GetLastError();
+        const Error error(InvalidCall, u"Unable to execute command "_s + command, u"SyncShell()"_s);
+        SetLastError(code);
+        throw error;
+    }
     WaitForSingleObject(process.hProcess, INFINITE);
     DWORD code = 0;
     GetExitCodeProcess(process.hProcess, &code);

@@ -1,11 +1,6 @@
 #include "console/Console.h"
 
-#include "common/Common.h"
-#include "common/Error.h"
-
 #include <cstdio>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace Console {
 
@@ -36,15 +31,6 @@ bool Flush()
     return std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
 }
 
-QString OneLine(QString text)
-{
-    for (QChar &c : text) {
-        if (c.category() == QChar::Other_Control)
-            c = u' ';
-    }
-    return text;
-}
-
 QString Quoted(const QString &text)
 {
     QString quoted = u"\""_s;
@@ -57,14 +43,6 @@ QString Quoted(const QString &text)
             quoted += u"\\u%1"_s.arg(c.unicode(), 4, 16, QLatin1Char('0'));
     }
     return quoted + (text.size() > LongestQuoted ? u"…\""_s : u"\""_s);
-}
-
-QString OneLine(const Error &error)
-{
-    QString text = Common::ShownText(error.Description()).trimmed();
-    if (text.startsWith("System Error: "_L1) && text.contains("\r\n"_L1))
-        text = text.section("\r\n"_L1, 1);
-    return text.simplified();
 }
 
 }

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QString>
+#include "common/Common.h"
 
-class Error;
+#include <QString>
 
 // What a program without a window says, in UTF-8 and one line at a time.
 namespace Console {
@@ -14,14 +14,10 @@ void Complain(const QString &line);
 // full or nobody reads any more.
 bool Flush();
 
-// A text with a blank for every line break and control character: files and
-// reports come from strangers.
-QString OneLine(QString text);
-// The same as a part of a line that others read, a program perhaps: between
+using Common::OneLine;
+// A text as a part of a line that others read, a program perhaps: between
 // quotation marks, with a backslash before these and itself, with \uXXXX for
 // what cannot be seen, and cut after 100 characters.
 QString Quoted(const QString &text);
-// An error's description as one line, without the code of a system error.
-QString OneLine(const Error &error);
 
 }

@@ -30,6 +30,9 @@ public:
     // The path to run it by, once it is runnable: it leads to the file that was
     // checked, on Windows whatever becomes of links in Path meanwhile.
     QString RunPath() const;
+    // Runs it and waits for its end; the exit code does not matter. Raises what
+    // SyncShell raises, with the system's reason behind the description.
+    void Run() const;
     // Removes the file that was created. Raises an Error when it is gone, or
     // another one is at its place, which stays. On Windows it waits up to five
     // seconds for a program that has it open.

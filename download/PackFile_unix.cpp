@@ -13,6 +13,7 @@
 #include <memory>
 #include <string>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 #include <utility>
 
@@ -28,24 +29,25 @@ Error Exchanged()
     return Error(InvalidCall, u"The downloaded file is not the one that was written"_s, u"PackFile"_s);
 }
 
-// Whether nobody but this user and the administrator can put another file at
-// the place of one of this user's in the folder, or another folder at the place
-// of that one or of one above it. Where others may write, the sticky bit keeps
-// them from renaming what is not theirs; it does not keep a folder's owner.
-bool IsSafe(const QString &folder)
+// Raises an Error unless nobody but this user and the administrator can put
+// another file at the place of one of this user's in the folder, or another
+// folder at the place of that one or of one above it. Where others may write,
+// the sticky bit keeps them from renaming what is not theirs; it does not keep a
+// folder's owner.
+void CheckFolder(const QString &folder)
 {
-    const std::unique_ptr<char, decltype(&std::free)> real(realpath(QFile::encodeName(folder).constData(), nullptr), &std::free);
-    if (!real)
-        return false;
+    const std::unique_ptr<char, decltype(&std::free)> real(realpath(QFile::encodeName(folder).constData(), nullptr),
+                                                           &std::free);
+    Common::CheckApiResult(real != nullptr);
     for (std::string path = real.get(); !path.empty(); path.erase(path.rfind('/'))) {
         struct stat status = {};
-        if (stat(path.c_str(), &status) != 0 || (status.st_uid != geteuid() && status.st_uid != 0))
-            return false;
-        const bool isShared = (status.st_mode & (S_IWGRP | S_IWOTH)) != 0;
-        if (isShared && (status.st_mode & S_ISVTX) == 0)
-            return false;
+        Common::CheckApiResult(stat(path.c_str(), &status) == 0);
+        const bool isTheirs = status.st_uid != geteuid() && status.st_uid != 0;
+        const bool isShared = (status.st_mode & (S_IWGRP | S_IWOTH)) != 0 && (status.st_mode & S_ISVTX) == 0;
+        if (isTheirs || isShared)
+            throw Error(InvalidCall, u"Other users can exchange files in %1"_s.arg(QFile::decodeName(path.c_str())),
+                        u"PackFile"_s);
     }
-    return true;
 }
 
 }
@@ -92,7 +94,8 @@ void PackFile::Create(const QString &path)
     m_path = path;
     m_system = std::make_unique<System>();
     m_system->Pending.reserve(WriteBuffer);
-    m_system->Descriptor = open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+    m_system->Descriptor
+        = open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
     Common::CheckApiResult(m_system->Descriptor >= 0);
     struct stat status = {};
     Common::CheckApiResult(fstat(m_system->Descriptor, &status) == 0);
@@ -129,9 +132,13 @@ void PackFile::MakeRunnable()
     Close();
     const QByteArray path = QFile::encodeName(m_path);
     struct stat status = {};
-    if (!IsSafe(IO::GetFolder(m_path)) || !m_system->IsStill(path, status))
+    CheckFolder(IO::GetFolder(m_path));
+    if (!m_system->IsStill(path, status))
         throw Exchanged();
     Common::CheckApiResult(chmod(path.constData(), S_IRUSR | S_IWUSR | S_IXUSR) == 0);
+    struct statvfs disk = {};
+    if (statvfs(path.constData(), &disk) == 0 && (disk.f_flag & ST_NOEXEC) != 0)
+        throw Error(InvalidCall, u"No program can be run from the disk that it is on (noexec)"_s, u"PackFile"_s);
 }
 
 // Nobody else can put another file there, or MakeRunnable has raised an Error.

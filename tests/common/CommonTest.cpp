@@ -40,6 +40,14 @@ TEST(CommonTest, RoundingAndOverflow)
         EXPECT_EQ(FormatDuration(seconds), text) << seconds;
 }
 
+TEST(CommonTest, LogsOneLine)
+{
+    testing::internal::CaptureStderr();
+    Log(u"a\r\nb \u00E9\x1B[2J"_s + QString(9'999, u'x'));
+    const std::string line = testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(line.starts_with("Practorium: a  b \xC3\xA9 [2Jxx") && line.find('\n') == line.size() - 1 && line.size() < 3'000) << line;
+}
+
 TEST(CommonTest, BlanksNullsAndLeadingNumbers)
 {
     const struct { QString Text; bool IsBlank; QString Trimmed, BeforeNull; double Number; } rows[] = {

@@ -1,0 +1,16 @@
+#include "download/PackFile.h"
+
+#include "common/Common.h"
+#include "common/Error.h"
+
+using namespace Qt::Literals::StringLiterals;
+
+void PackFile::Run() const
+{
+    try {
+        Common::SyncShell(u'"' + RunPath().replace(u"\""_s, u"\"\"\""_s) + u'"');
+    } catch (const Error &error) {
+        const QString reason = Common::ShownText(Common::SystemErrorText(Common::LastSystemError())).trimmed();
+        throw Error(error.Number(), error.Description() + u": "_s + reason, error.Source());
+    }
+}
