@@ -75,7 +75,10 @@ frmExamDownloader::frmExamDownloader(QWidget *owner)
             Guard([&] { m_oDownloader_DownloadComplete(); });
     });
     // A pack that did not come is one that cannot be installed; the run goes on.
-    connect(&m_oDownloader, &Downloader::DownloadFailed, this, [this] { Guard([&] { m_oDownloader_DownloadComplete(); }); });
+    connect(&m_oDownloader, &Downloader::DownloadFailed, this, [this](const QString &text) {
+        m_downloadFailure = text;
+        Guard([&] { m_oDownloader_DownloadComplete(); });
+    });
     connect(&tmrProgressSimulator, &QTimer::timeout, this, [this] {
         m_simulated = DownloadText::NextSimulated(m_simulated);
         SetProgress(m_simulated);
@@ -358,6 +361,7 @@ void frmExamDownloader::Fetch(const QString &sessionID, const QString &examID)
     // and then the pack cannot be written.
     if (!folder.isEmpty() && IsPlainFileName(fileName))
         RemoveOwnFile(IO::CombinePath(folder, fileName));
+    m_downloadFailure = u"The pack did not come whole"_s;
     m_oDownloader.GetFile(address, folder, fileName);
 }
 
@@ -383,14 +387,20 @@ void frmExamDownloader::m_oDownloader_DownloadComplete()
 
 void frmExamDownloader::Install(const QString &examID)
 {
-    if (!m_oDownloader.IsWhole())
-        throw Error::RunTime(InvalidCall);
-    m_oDownloader.File().MakeRunnable();
-    // What is shown while no events run is painted now.
-    repaint();
-    Q_EMIT Installing(examID);
-    Common::SyncShell(u'"' + m_oDownloader.File().RunPath().replace(u"\""_s, u"\"\"\""_s) + u'"');
-    m_oDownloader.File().Remove();
+    try {
+        if (!m_oDownloader.IsWhole())
+            throw Error(InvalidCall, m_downloadFailure);
+        m_oDownloader.File().MakeRunnable();
+        // What is shown while no events run is painted now.
+        repaint();
+        Q_EMIT Installing(examID);
+        m_oDownloader.File().Run();
+        m_oDownloader.File().Remove();
+    } catch (const Error &error) {
+        // The box that follows says no more than that it failed.
+        Common::Log(u"Installation of %1 (%2) failed: %3"_s.arg(examID, m_oDownloader.TargetFile(), Common::OneLine(error)));
+        throw;
+    }
 }
 
 void frmExamDownloader::reject()

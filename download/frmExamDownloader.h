@@ -76,6 +76,7 @@ private:
     double m_barWidth = 0;
     QString m_endpoint;
     QString m_status;
+    QString m_downloadFailure; // why the pack that was fetched last is not whole
 
     QLineEdit *txtEmail;
     QLineEdit *txtPassword;
