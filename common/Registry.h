@@ -7,7 +7,8 @@
 // Settings that outlive the program: values under keys under hives, each a
 // text, a block of bytes or a 32-bit number. On Windows the system's registry,
 // elsewhere one file for each hive in the user's configuration folder, which
-// the user alone can read and which is replaced in one step.
+// the user alone can read and which is replaced in one step. There a file that
+// belongs to somebody else, or that others may write, counts as empty.
 namespace Registry {
 
 enum Hive : quint32 { CurrentUser = 0x80000001, LocalMachine = 0x80000002 };

@@ -2,7 +2,6 @@
 
 #include "common/Common.h"
 
-#include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -10,6 +9,8 @@
 #include <QStandardPaths>
 
 #include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace Qt::Literals::StringLiterals;
@@ -34,19 +35,38 @@ qint32 Failed(int code)
 }
 
 // The keys of a hive; a file that is not there, or that somebody has spoilt,
-// holds none.
+// holds none. Neither does one that another user has, or could have, written:
+// it tells where packs come from.
 QJsonObject Load(Hive hive)
 {
-    QFile file(HiveFile(hive));
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return QJsonDocument::fromJson(file.readAll()).object();
+    // A pipe would keep the program waiting.
+    const int descriptor = open(QFile::encodeName(HiveFile(hive)).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    struct stat status = {};
+    const bool isOwn = descriptor >= 0 && fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)
+        && status.st_uid == geteuid() && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+    QFile file;
+    if (isOwn && file.open(descriptor, QIODevice::ReadOnly, QFile::AutoCloseHandle))
+        return QJsonDocument::fromJson(file.readAll()).object();
+    if (descriptor >= 0)
+        close(descriptor);
+    return {};
+}
+
+// Makes the folder, and those above it that are not there, for the user alone,
+// whatever the umask.
+bool MakePrivate(const QString &folder)
+{
+    const QByteArray path = QFile::encodeName(folder);
+    if (mkdir(path.constData(), S_IRWXU) != 0 && errno == ENOENT && !path.isEmpty() && MakePrivate(folder.section(u'/', 0, -2)))
+        mkdir(path.constData(), S_IRWXU);
+    return chmod(path.constData(), S_IRWXU) == 0;
 }
 
 qint32 Store(Hive hive, const QJsonObject &keys)
 {
     const QString path = HiveFile(hive);
-    QDir().mkpath(path.section(u'/', 0, -2));
+    if (!MakePrivate(path.section(u'/', 0, -2)))
+        return Failed(errno);
     QSaveFile file(path);
     errno = 0;
     // The permissions come before the content.

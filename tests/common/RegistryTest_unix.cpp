@@ -3,6 +3,7 @@
 #include "tests/support/System.h"
 #include "tests/support/Test.h"
 
+#include <functional>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,12 +13,9 @@ namespace {
 
 const QString Key = u"Software\\Test\\Registry"_s;
 
-QString OnlyFile()
+QString TheFile()
 {
-    const QString folder = Sandbox::Path(u"xdg_config_home/Practorium"_s);
-    const QStringList files = QDir(folder).entryList(QDir::Files);
-    EXPECT_EQ(files.size(), 1) << files.join(u' ').toStdString();
-    return folder + u'/' + files.value(0);
+    return Sandbox::Path(u"xdg_config_home/Practorium/current-user.json"_s);
 }
 
 struct stat Status(const QString &path)
@@ -34,37 +32,56 @@ protected:
 
 }
 
-// The file is the user's alone, also where an older one was not, and is never
-// rewritten in place.
+// File and folder are the user's alone, whatever the umask and also where older
+// ones were not, and the file is never rewritten in place.
 TEST_F(RegistryFileTest, FileOfTheUser)
 {
-    const mode_t before = umask(0);
-    WriteValue(Key, u"Value"_s, 1, Number, CurrentUser);
-    const QString file = OnlyFile();
-    EXPECT_EQ(Status(file).st_mode & 07777, 0600U);
-    QFile::setPermissions(file, QFile::permissions(file) | QFile::ReadOther | QFile::ReadGroup);
-    const QString second = file + u".keep"_s;
-    ASSERT_EQ(link(QFile::encodeName(file).constData(), QFile::encodeName(second).constData()), 0);
-    const ino_t node = Status(file).st_ino;
-    const QByteArray bytes = Sandbox::ReadFile(second);
-    WriteValue(Key, u"Value"_s, 2, Number, CurrentUser);
-    umask(before);
-    EXPECT_NE(Status(file).st_ino, node) << "a new file in place of the old one";
-    EXPECT_EQ(Sandbox::ReadFile(second), bytes);
-    EXPECT_EQ(Status(file).st_mode & 07777, 0600U);
+    const QString home = Sandbox::Path(u"xdg_config_home"_s);
+    for (const mode_t mask : { 0, 0777 }) {
+        EXPECT_TRUE(QDir(home).removeRecursively());
+        const mode_t before = umask(mask);
+        WriteValue(Key, u"Value"_s, 1, Number, CurrentUser);
+        const QString file = TheFile();
+        EXPECT_EQ(Status(home).st_mode & 07777, 0700U);
+        QFile::setPermissions(file, QFile::permissions(file) | QFile::ReadOther | QFile::ReadGroup);
+        chmod(qPrintable(home + u"/Practorium"_s), 0755);
+        const QString second = file + u".keep"_s;
+        ASSERT_EQ(link(qPrintable(file), qPrintable(second)), 0);
+        const QByteArray bytes = Sandbox::ReadFile(second);
+        WriteValue(Key, u"Value"_s, 2, Number, CurrentUser);
+        umask(before);
+        EXPECT_NE(Status(file).st_ino, Status(second).st_ino) << "a new file in place of the old one";
+        EXPECT_EQ(Sandbox::ReadFile(second), bytes);
+        EXPECT_EQ(Status(file).st_mode & 07777, 0600U);
+        EXPECT_EQ(Status(home + u"/Practorium"_s).st_mode & 07777, 0700U);
+    }
 }
 
-TEST_F(RegistryFileTest, SpoiltFile)
+// A damaged file, and one that others could have written to say that packs come
+// from somewhere else.
+TEST_F(RegistryFileTest, FilesThatCountAsEmpty)
 {
-    WriteValue(Key, u"Value"_s, 1, Number, CurrentUser);
-    const QString file = OnlyFile();
-    const QByteArray whole = Sandbox::ReadFile(file);
-    for (const QByteArray &bytes : { QByteArray(), QByteArray("["), QByteArray("[1]"), QByteArray("\0\xFF{", 3), whole.left(whole.size() / 2) }) {
-        Sandbox::WriteFile(file, bytes);
-        EXPECT_EQ(ResultOf([] { ReadValue(CurrentUser, Key, u"Value"_s); }), u"2 "_s) << bytes.toStdString();
+    WriteValue(Key, u"Value"_s, 7, Number, CurrentUser);
+    const QString path = TheFile();
+    const QByteArray file = QFile::encodeName(path);
+    const QByteArray whole = Sandbox::ReadFile(path);
+    const auto read = [] { return ResultOf([] { return ReadValue(CurrentUser, Key, u"Value"_s).toString(); }); };
+    std::vector<std::function<void()>> spoils = {
+        [&] { chmod(file.constData(), 0620); },
+        [&] { chmod(file.constData(), 0602); },
+        [&] { EXPECT_TRUE(chown(file.constData(), 65534, getegid()) == 0 || unlink(file.constData()) == 0); },
+    };
+    for (const QByteArray &bytes : { QByteArray(), QByteArray("["), QByteArray("[1]"), QByteArray("\0\xFF{", 3), whole.left(whole.size() / 2) })
+        spoils.push_back([=] { Sandbox::WriteFile(path, bytes); });
+    spoils.push_back([&] { EXPECT_TRUE(unlink(file.constData()) == 0 && mkfifo(file.constData(), 0600) == 0); });
+    for (size_t i = 0; i < spoils.size(); ++i) {
+        WriteValue(Key, u"Value"_s, 7, Number, CurrentUser);
+        chmod(file.constData(), 0644);
+        EXPECT_EQ(read(), u"7"_s) << i;
+        spoils[i]();
+        EXPECT_EQ(read(), u"2 "_s) << i;
     }
-    Sandbox::WriteFile(file, QByteArray(whole).replace("\"AQAAAA==\"", "\"AQ==\""));
+    unlink(file.constData());
+    Sandbox::WriteFile(path, QByteArray(whole).replace("\"BwAAAA==\"", "\"Bw==\""));
     EXPECT_EQ(ReadValue(CurrentUser, Key, u"Value"_s), QVariant(0)) << "too few bytes for a number";
-    WriteValue(Key, u"Value"_s, 3, Number, CurrentUser);
-    EXPECT_EQ(ReadValue(CurrentUser, Key, u"Value"_s), QVariant(3));
 }

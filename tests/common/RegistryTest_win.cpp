@@ -48,13 +48,6 @@ TEST(RegistrySystemTest, WhatTheSystemsOwnToolSees)
     }
 }
 
-// The number is what the thread's last error happens to be, not the result.
-TEST(RegistrySystemTest, NumberOfAnError)
-{
-    SetLastError(1234);
-    EXPECT_EQ(ResultOf([] { ReadValue(CurrentUser, u"Software\\None"_s, u"V"_s); }), u"1234 "_s);
-}
-
 // A value of another program, and one without the NUL that belongs to it.
 TEST(RegistrySystemTest, OddValues)
 {
