@@ -199,6 +199,9 @@ bool File::Flush()
 
 quint32 File::SeekTo(qint32 Distance, quint32 Method)
 {
+    if (!m_handle)
+        Common::SetLastSystemError(Handle::RefusalCode(false));
+    Common::CheckApiResult(m_handle != nullptr);
     WritePending();
     const qint64 distance = static_cast<quint32>(Distance);
     switch (Method) {
@@ -305,12 +308,13 @@ qint32 File::ReadText(QString &Data, qint32 Length)
         // The count is read like any number, in text mode as a text.
         qint32 prefix = 0;
         const qint32 delivered = Read(prefix, 0);
-        if (prefix <= 0 || m_shortfall > 0)
+        if (prefix <= 0)
             return delivered;
         count = prefix;
     } else if (Length == 0) {
         count = m_mode == TextMode ? std::max<qint64>(ByteSize() - m_position, 0) : Data.size();
     }
+    const qint64 ofCount = Length < 0 ? m_shortfall : 0;
     m_shortfall = 0;
     if (count == 0)
         return 0;
@@ -321,6 +325,7 @@ qint32 File::ReadText(QString &Data, qint32 Length)
         return static_cast<qint32>(count);
     }
     const QByteArray bytes = ReadBlock(count);
+    m_shortfall += ofCount;
     Data = Ansi::ToText(bytes);
     return static_cast<qint32>(bytes.size());
 }
@@ -331,14 +336,16 @@ qint32 File::ReadByteBlock(QByteArray &Data, qint32 Length)
     if (Length < 0) {
         qint32 prefix = 0;
         const qint32 delivered = ReadFixed(prefix);
-        if (prefix <= 0 || m_shortfall > 0)
+        if (prefix <= 0)
             return delivered;
         count = prefix;
     }
+    const qint64 ofCount = Length < 0 ? m_shortfall : 0;
     m_shortfall = 0;
     if (count == 0)
         return 0;
     Data = ReadBlock(count);
+    m_shortfall += ofCount;
     return static_cast<qint32>(Data.size());
 }
 

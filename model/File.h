@@ -36,6 +36,7 @@ public:
 
     // Opens the path, less its double quotes and the blanks at both ends, and
     // reads the attributes. Other programs may read and write the file too.
+    // CreationDisposition is a Disposition; any other is refused.
     // True, or an error under "File::OpenFile()".
     bool OpenFile(const QString &FileName, qint32 Mode, quint32 Access, quint32 CreationDisposition);
     // Writes what is buffered and closes; false when no file was open. A disk
@@ -45,7 +46,8 @@ public:
     // Writes what is buffered and has the system bring it to the disk.
     bool Flush();
     // Moves by Distance, taken as unsigned, and returns the new position (low
-    // 32 bits). Method is a SeekMethod; any other raises InvalidCall.
+    // 32 bits). Method is a SeekMethod; any other raises InvalidCall. Without
+    // an open file the system's error is raised.
     quint32 SeekTo(qint32 Distance, quint32 Method);
 
     // The attribute word of Path, or of the own file for an empty Path.
@@ -54,8 +56,9 @@ public:
 
     // Read one value of the type of Data and return the bytes that the last
     // read of the system delivered. A file that ends early is no error: the
-    // value is built from what arrived (missing bytes of a number are 0), and
-    // Shortfall tells how much was missing.
+    // value is built from what arrived (missing bytes of a number are 0, of a
+    // count before a text or a block too), and Shortfall tells how much was
+    // missing.
     //
     // Length matters for texts and byte blocks only. Below 0: a 32-bit count
     // stands before the bytes; a count of 0 or less leaves Data as it is.

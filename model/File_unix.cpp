@@ -11,17 +11,19 @@ namespace {
 
 constexpr mode_t AnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
 
+// -1 for an unknown disposition.
 int OpenFlags(quint32 access, quint32 disposition)
 {
     const bool reads = (access & File::ReadAccess) != 0;
     const bool writes = (access & File::WriteAccess) != 0;
     int flags = writes ? (reads ? O_RDWR : O_WRONLY) : O_RDONLY;
     switch (disposition) {
+    case File::OpenExisting: break;
     case File::CreateNew: flags |= O_CREAT | O_EXCL; break;
     case File::CreateAlways: flags |= O_CREAT | O_TRUNC; break;
     case File::OpenAlways: flags |= O_CREAT; break;
     case File::TruncateExisting: flags |= O_TRUNC; break;
-    default: break;
+    default: return -1;
     }
     return flags;
 }
@@ -49,9 +51,14 @@ File::Handle::~Handle()
 
 bool File::Handle::Open(const QString &path, quint32 access, quint32 disposition, quint32 &attributes)
 {
+    const int flags = OpenFlags(access, disposition);
+    if (flags < 0) {
+        errno = EINVAL;
+        return false;
+    }
     // Without O_NONBLOCK the open itself would wait for the other end of a
     // pipe; it means nothing to a regular file.
-    m_descriptor = open(QFile::encodeName(path).constData(), OpenFlags(access, disposition) | O_CLOEXEC | O_NONBLOCK, 0666);
+    m_descriptor = open(QFile::encodeName(path).constData(), flags | O_CLOEXEC | O_NONBLOCK, 0666);
     if (m_descriptor < 0)
         return false;
     struct stat status = {};

@@ -4,6 +4,7 @@
 
 #include <QLocale>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -107,7 +108,9 @@ QString ChangeExtension(QString &Path, const QString &Extension)
     const qsizetype dot = ExtensionDot(Path);
     if (dot >= 0)
         Path.truncate(dot);
-    Path += Extension.startsWith(u'.') ? Extension : u'.' + Extension;
+    const auto *letter = std::find_if(Extension.begin(), Extension.end(), [](QChar c) { return c != u'.'; });
+    Path += u'.';
+    Path += QStringView(letter, Extension.end());
     return Path;
 }
 

@@ -24,14 +24,14 @@ QString GetFolder(const QString &Path);
 QString GetFileName(const QString &Path, bool StripExtension);
 // What stands behind the last "." of the trimmed path; empty without one.
 QString GetExtension(const QString &Path);
-// Replaces the extension of Path, or appends one; Extension may begin with
-// its dot or not. Returns the new path too.
+// Replaces the extension of Path, or appends one, behind a single dot:
+// Extension may begin with dots or not. Returns the new path too.
 QString ChangeExtension(QString &Path, const QString &Extension);
 
 // True when anything of that name is there, a folder too; "*" and "?" in the
 // last component stand for any characters and for one.
 bool FileExists(const QString &Path);
-// The names of the folders inside Folder, "." and ".." included, in the order
+// The names of the folders inside Folder, trimmed, "." and ".." included, in the order
 // in which the system lists them; empty when it cannot be read.
 QStringList GetSubFolders(const QString &Folder);
 QString GetTempFolder();

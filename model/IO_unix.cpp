@@ -99,7 +99,7 @@ bool FileExists(const QString &Path)
 QStringList GetSubFolders(const QString &Folder)
 {
     QStringList names;
-    const Listing listing = OpenFolder(Folder);
+    const Listing listing = OpenFolder(CombinePath(Folder, {}));
     while (const dirent *entry = listing ? readdir(listing.get()) : nullptr) {
         bool isFolder = entry->d_type == DT_DIR;
         if (entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN) {

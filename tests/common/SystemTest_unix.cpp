@@ -14,7 +14,7 @@ TEST(SystemTest, SystemErrors)
     SetLastSystemError(ENOENT);
     EXPECT_EQ(ResultOf([] { CheckApiResult(true); }), u"none"_s);
     struct Row { qint32 Code; const char *Shown; };
-    for (const Row &row : { Row{ ENOTEMPTY, "System Error: 0x27\r\nDirectory not empty" },
+    for (const Row &row : { Row{ 0, "System Error: 0x0\r\nSuccess" }, Row{ ENOTEMPTY, "System Error: 0x27\r\nDirectory not empty" },
                             Row{ 2250, "System Error: 0x8CA\r\nUnknown error" },
                             Row{ qint32(0x80090008), "System Error: 0x80090008\r\nUnknown error" } }) {
         SetLastSystemError(row.Code);

@@ -66,7 +66,9 @@ TEST(FileTest, LengthsOfReadTextsAndBlocks)
     const Row rows[] = {
         { "00000000", u"old"_s, -1, u"old"_s, 4, 0 }, { "feffffff4142", u"old"_s, -1, u"old"_s, 4, 0 },
         { "41424344", u"old"_s, 0, u"ABC"_s, 3, 0 }, { "050000004180", u"old"_s, -1, u"A\u20AC"_s, 2, 3 },
-        { "0300", u"old"_s, -1, u"old"_s, 2, 2 }, { "ffffff7f41", u"old"_s, -1, u"A"_s, 1, 0x7FFFFFFE },
+        // A count that is cut short counts as far as it is there.
+        { "0300", u"old"_s, -1, u""_s, 0, 5 }, { "03", QByteArray("old"), -1, QByteArray(""), 0, 6 }, { "0000", u"old"_s, -1, u"old"_s, 2, 2 },
+        { "ffffff7f41", u"old"_s, -1, u"A"_s, 1, 0x7FFFFFFE },
         { "00000000", QByteArray("old"), -1, QByteArray("old"), 4, 0 },
         { "010203", QByteArray("old"), 2, QByteArray("\1\2"), 2, 0 },
         { "ff", QVariant::fromValue<qint16>(-1), 0, QVariant::fromValue<qint16>(255), 1, 1 },
@@ -93,6 +95,7 @@ TEST(FileTest, Opening)
         { u"th\"e\"re"_s, File::ReadAccess, File::OpenExisting, 0, 3 },
         { u"missing"_s, File::ReadAccess, File::OpenExisting, System::NotFound },
         { u"there"_s, File::WriteAccess, File::CreateNew, System::Exists }, { u"there"_s, ReadWrite, File::OpenAlways, 0, 3 },
+        { u"there"_s, ReadWrite, 0, System::IsDevice }, { u"there"_s, ReadWrite, 6, System::IsDevice },
         { u"there"_s, ReadWrite, File::TruncateExisting, 0 }, { u"new"_s, ReadWrite, File::OpenAlways, 0 },
         // Nothing waits for the other end of a pipe.
         { pipe, File::ReadAccess, File::OpenExisting, System::IsDevice },
@@ -105,6 +108,7 @@ TEST(FileTest, Opening)
         const QString result = ResultOf([&] { file.OpenFile(row.Name, File::BinaryMode, row.Access, row.Disposition); });
         EXPECT_EQ(result, row.Code == 0 ? u"none"_s : u"%1 File::OpenFile()"_s.arg(row.Code)) << row.Name.toStdString();
         EXPECT_EQ(file.Size(), row.Size) << row.Name.toStdString();
+        EXPECT_EQ(ResultOf([&] { file.SeekTo(0, File::FromStart); }) == u"none"_s, row.Code == 0) << row.Name.toStdString();
         EXPECT_EQ(file.CloseFile(), row.Code == 0) << row.Name.toStdString();
     }
 }
@@ -131,7 +135,7 @@ TEST(FileTest, LongAndForeignNames)
     EXPECT_EQ(text, u"ABC"_s);
     EXPECT_TRUE(IO::FileExists(path));
     EXPECT_TRUE(IO::FileExists(folder + QDir::separator() + u"*.exam"_s));
-    EXPECT_TRUE(IO::GetSubFolders(IO::GetFolder(folder)).contains(QString(60, u'f')));
+    EXPECT_TRUE(IO::GetSubFolders(u" "_s + IO::GetFolder(folder) + u"  "_s).contains(QString(60, u'f')));
 }
 
 TEST(FileTest, Attributes)

@@ -28,6 +28,7 @@ TEST(IOTest, PathsAndTheirParts)
         EXPECT_EQ(IO::GetExtension(path), native(row.Extension)) << row.Path.toStdString();
         QString changed = path;
         EXPECT_EQ(IO::ChangeExtension(changed, u".exam"_s), native(row.Changed)) << row.Path.toStdString();
+        EXPECT_EQ(IO::ChangeExtension(changed, u"..exam"_s), native(row.Changed)) << row.Path.toStdString();
     }
 }
 
