@@ -5,9 +5,9 @@
 #include "author/Package.h"
 #include "common/Common.h"
 #include "common/Error.h"
-#include "model/ExamFormat.h"
 #include "model/File.h"
 #include "model/Globals.h"
+#include "model/RecordIO.h"
 #include "picture/Picture.h"
 
 #include <QDir>
@@ -57,31 +57,20 @@ private:
         File file;
         try {
             file.OpenFile(m_file, File::BinaryMode, File::ReadAccess, File::OpenExisting);
-            if (file.Size() > ExamFormat::LargestFile) {
-                Say(u"the exam file is too large"_s);
-                return false;
-            }
+            ExamFormat::RequireFileSize(file.ByteSize());
             exam.Deserialize(file);
-            if (const qint64 left = qint64(file.Size()) - qint64(file.Position()); left > 0)
+            if (const qint64 left = file.BytesLeft(); left > 0)
                 Say(u"trailing bytes: %1"_s.arg(left));
             return true;
         } catch (const Error &error) {
             if (error.Number() == InputPastEnd)
                 Say(u"cut short: the file ends before item %1 is whole"_s.arg(exam.Questions().Count() + 1));
-            else if (error.Number() == Overflow)
-                Say(TooMany(exam));
+            else if (error.Description() == ExamFormat::TooMany(ExamFormat::MostMembers, Choice::Plural()).Description())
+                Say(u"item %1: %2"_s.arg(exam.Questions().Count() + 1).arg(error.Description()));
             else
                 Say(Console::OneLine(error));
             return false;
         }
-    }
-
-    // What reading stopped at when a counter overflowed.
-    static QString TooMany(const Exam &exam)
-    {
-        const qint32 read = exam.Questions().Count();
-        return read > Limits::MostItems ? u"there are more than %1 items"_s.arg(Limits::MostItems)
-                                        : u"item %1: there are more than %2 options"_s.arg(read + 1).arg(Limits::MostOptions);
     }
 
     static QString ControlIn(const QString &what, const QString &text)

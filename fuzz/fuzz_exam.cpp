@@ -20,7 +20,7 @@ namespace {
 
 // Walks over the records and writes them down as a save does: flags as 0 or
 // FF FF 00 00, counts below 0 as 0, nothing behind the last record. Whole is
-// false when the bytes end inside a record.
+// false when the bytes end inside a record, or a list is longer than can be.
 class Walk {
 public:
     Walk(const uint8_t *data, size_t size)
@@ -74,7 +74,7 @@ private:
     bool List(bool (Walk::*record)())
     {
         int32_t count = 0;
-        if (!Count(count))
+        if (!Count(count) || count > ExamFormat::MostMembers)
             return false;
         for (int32_t i = 0; i < count; ++i) {
             if (!(this->*record)())
@@ -91,8 +91,7 @@ private:
 };
 
 // Only the error numbers of the list may come out of an operation.
-template <class Operation>
-bool Raises(std::initializer_list<qint32> numbers, Operation &&operation)
+template <class Operation> bool Raises(std::initializer_list<qint32> numbers, Operation &&operation)
 {
     try {
         operation();
@@ -142,7 +141,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     Exam header;
     Require(header.LoadHeader(input.Path()), "a header from any file");
     Exam exam;
-    const bool failed = Raises({ InputPastEnd }, [&] { exam.Load(input.Path()); });
+    const bool failed = Raises({ InputPastEnd, Overflow }, [&] { exam.Load(input.Path()); });
     Require(failed != expected.Whole, "a load of whole files alone");
     if (failed)
         return 0;

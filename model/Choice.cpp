@@ -1,6 +1,12 @@
 #include "model/Choice.h"
 
+#include "common/Ansi.h"
 #include "model/RecordIO.h"
+
+qint64 Choice::RecordBytes() const
+{
+    return ShortestRecord + Ansi::FromText(m_statement).size();
+}
 
 bool Choice::Serialize(File &file) const
 {

@@ -9,6 +9,7 @@
 class Choice : public ISerializable {
 public:
     static constexpr qint64 ShortestRecord = ExamFormat::ChoiceBytes;
+    static QString Plural() { return QStringLiteral("options"); }
 
     qint16 Number() const { return m_number; }
     void SetNumber(qint16 number) { m_number = number; }
@@ -17,6 +18,8 @@ public:
     bool IsSolution() const { return m_isSolution; }
     void SetIsSolution(bool isSolution) { m_isSolution = isSolution; }
 
+    // The length in bytes of what Serialize writes.
+    qint64 RecordBytes() const;
     bool Serialize(File &file) const override;
     bool Deserialize(File &file) override;
 

@@ -10,8 +10,7 @@ namespace {
 void OpenExam(File &file, const QString &path)
 {
     file.OpenFile(path, File::BinaryMode, File::ReadAccess, File::OpenExisting);
-    if (file.Size() > LargestFile)
-        throw Error(Overflow, QStringLiteral("The exam file is too large"));
+    RequireFileSize(file.ByteSize());
 }
 
 }
@@ -45,9 +44,24 @@ bool Exam::Load(const QString &Path)
     });
 }
 
+void Exam::RequireLimits() const
+{
+    RequireCount(m_questions.Count(), Question::Plural());
+    qint64 bytes = ShortestHeader + m_reserved.size() + m_code.size() + m_name.size();
+    qint64 options = 0;
+    for (const auto &question : m_questions) {
+        RequireCount(question->Choices().Count(), Choice::Plural());
+        RequireOptionsInAll(options += question->Choices().Count());
+        RequireFileSize(bytes += question->RecordBytes());
+    }
+    RequireFileSize(bytes);
+}
+
 bool Exam::Save(const QString &Path)
 {
     return WithSource(u"Exam::Save()", [&] {
+        // Before the file that is there is emptied.
+        RequireLimits();
         File file;
         file.OpenFile(Path, File::BinaryMode, File::WriteAccess, File::CreateAlways);
         Serialize(file);

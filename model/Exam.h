@@ -15,10 +15,11 @@ public:
     bool LoadHeader(const QString &Path);
     // Replaces the items, and every other field that is not empty in the file.
     // True, or an error under "Exam::Save()"; InputPastEnd when the file ends
-    // too early, Overflow for more items than a collection holds.
+    // too early, Overflow for an exam beyond the limits of ExamFormat.
     bool Load(const QString &Path);
     // Writes the file in place. Always false: only a raised error, under
-    // "Exam::Save()", tells of a failure.
+    // "Exam::Save()", tells of a failure. What Load would refuse is not written,
+    // and the file that is there stays as it is: Overflow.
     bool Save(const QString &Path);
 
     const QString &Code() const { return m_code; }
@@ -52,6 +53,9 @@ public:
     bool Deserialize(File &file) override;
 
 private:
+    // Raises Overflow for what Load refuses.
+    void RequireLimits() const;
+
     QString m_code;
     QString m_name;
     qint16 m_duration = 0;

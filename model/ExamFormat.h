@@ -11,6 +11,10 @@ constexpr char16_t Extension[] = u"exam";
 // A count in front of a text or of a list.
 constexpr qint32 WithCount = -1;
 
+// The shortest file: three empty blocks and texts, three numbers and the count
+// of the items.
+constexpr qint64 ShortestHeader = 4 + 4 + 4 + 2 + 2 + 2 + 4;
+
 // The shortest record of a question: two numbers, the hint, three empty texts
 // and the count of its choices.
 constexpr qint64 QuestionBytes = 2 + 2 + 4 + 4 + 4 + 4 + 4;
@@ -18,7 +22,12 @@ constexpr qint64 QuestionBytes = 2 + 2 + 4 + 4 + 4 + 4 + 4;
 constexpr qint64 ChoiceBytes = 2 + 4 + 4;
 
 // Bytes; no exam is larger. A file may claim any size without taking room.
-constexpr quint32 LargestFile = 256 * 1024 * 1024;
+constexpr qint64 LargestFile = 256 * 1024 * 1024;
+// Items of an exam, and options of an item: the positions are 16-bit numbers.
+constexpr qint32 MostMembers = 32'767;
+// Options of all items together: more than 30 for each of the most items. An
+// empty one takes 10 bytes in the file and eight times as many in memory.
+constexpr qint32 MostOptionsInAll = 1'000'000;
 
 // The letter of option 1 is the character behind this one.
 constexpr int LetterBase = 64;

@@ -1,5 +1,6 @@
 #include "model/Question.h"
 
+#include "common/Ansi.h"
 #include "common/Common.h"
 #include "model/RecordIO.h"
 
@@ -30,6 +31,14 @@ QString Question::CorrectAnswer() const
 void Question::CalculateSolutionCount()
 {
     m_solutionCount = AnswerCount();
+}
+
+qint64 Question::RecordBytes() const
+{
+    qint64 bytes = ShortestRecord + m_exhibit.size() + Ansi::FromText(m_problem).size() + Ansi::FromText(m_explaination).size();
+    for (const auto &choice : m_choices)
+        bytes += choice->RecordBytes();
+    return bytes;
 }
 
 bool Question::Serialize(File &file) const

@@ -9,6 +9,7 @@
 class Question : public ISerializable {
 public:
     static constexpr qint64 ShortestRecord = ExamFormat::QuestionBytes;
+    static QString Plural() { return QStringLiteral("items"); }
 
     qint16 Number() const { return m_number; }
     void SetNumber(qint16 number) { m_number = number; }
@@ -42,6 +43,8 @@ public:
     QString CorrectAnswer() const;
     void CalculateSolutionCount();
 
+    // The length in bytes of what Serialize writes.
+    qint64 RecordBytes() const;
     bool Serialize(File &file) const override;
     bool Deserialize(File &file) override;
 

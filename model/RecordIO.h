@@ -26,6 +26,30 @@ inline void ReadSealed(File &file, QString &text)
         throw Error::RunTime(InputPastEnd);
 }
 
+// What Load, Save and a check say of an exam beyond the limits.
+inline Error TooMany(qint32 most, const QString &members)
+{
+    return Error(Overflow, QStringLiteral("there are more than %1 %2").arg(QString::number(most), members));
+}
+
+inline void RequireCount(qint64 count, const QString &members)
+{
+    if (count > MostMembers)
+        throw TooMany(MostMembers, members);
+}
+
+inline void RequireOptionsInAll(qint64 count)
+{
+    if (count > MostOptionsInAll)
+        throw TooMany(MostOptionsInAll, QStringLiteral("options in all"));
+}
+
+inline void RequireFileSize(qint64 bytes)
+{
+    if (bytes > LargestFile)
+        throw Error(Overflow, QStringLiteral("the exam file is too large"));
+}
+
 // How many items room may be reserved for: as many as the count promises (none
 // for a negative one), but never more than the file can still hold.
 inline size_t Plausible(const File &file, qint32 count, qint64 itemBytes)
@@ -33,8 +57,7 @@ inline size_t Plausible(const File &file, qint32 count, qint64 itemBytes)
     constexpr qint32 fewEnough = 64; // to reserve without asking the system
     if (count <= fewEnough)
         return static_cast<size_t>(std::max(count, 0));
-    const qint64 left = qint64(file.Size()) - qint64(file.Position());
-    return static_cast<size_t>(std::clamp<qint64>(left / itemBytes, 0, count));
+    return static_cast<size_t>(std::clamp<qint64>(file.BytesLeft() / itemBytes, 0, count));
 }
 
 }
@@ -43,6 +66,7 @@ inline size_t Plausible(const File &file, qint32 count, qint64 itemBytes)
 
 template <class ItemType> bool Collection<ItemType>::Serialize(File &file) const
 {
+    ExamFormat::RequireCount(Count(), ItemType::Plural());
     file.WriteData(Count());
     for (const Pointer &item : m_items)
         item->Serialize(file);
@@ -53,10 +77,14 @@ template <class ItemType> bool Collection<ItemType>::Deserialize(File &file)
 {
     qint32 count = 0;
     ExamFormat::Read(file, count);
+    ExamFormat::RequireCount(count, ItemType::Plural());
+    qint64 options = 0;
     m_items.reserve(m_items.size() + ExamFormat::Plausible(file, count, ItemType::ShortestRecord));
     for (qint32 i = 0; i < count; ++i) {
         auto item = std::make_shared<ItemType>();
         item->Deserialize(file);
+        if constexpr (requires { item->Choices(); })
+            ExamFormat::RequireOptionsInAll(options += item->Choices().Count());
         Add(std::move(item));
         CheckCounter();
     }

@@ -90,14 +90,21 @@ TEST(CheckTest, FilesThatAreCutShortOrTooLong)
     EXPECT_EQ(FaultsOf(path), u"trailing bytes: 3"_s);
     // Counts that promise more than there is, and less than nothing.
     const qsizetype count = 4 + 4 + 6 + 4 + 6 + 6;
-    for (const quint32 forged : { 0x7FFFFFFFU, 0xFFFFFFFFU }) {
+    const qsizetype options = (whole.size() + count + 4) / 2 + 2 + 2 + 4 + 4 + 5 + 4;
+    const struct { qsizetype Place; qint32 Forged; QString Expected; } rows[] = {
+        { count, 32'768, u"there are more than 32767 items"_s }, { count, 3, u"cut short: the file ends before item 3 is whole"_s },
+        { count, -1, u"trailing bytes: %1; there are no items"_s.arg(whole.size() - count - 4) },
+        { options, 32'768, u"item 2: there are more than 32767 options"_s },
+    };
+    for (const auto &row : rows) {
         QByteArray bytes = whole;
-        qToLittleEndian(forged, bytes.data() + count);
+        qToLittleEndian(row.Forged, bytes.data() + row.Place);
         Sandbox::WriteFile(path, bytes);
-        const QString expected = forged == 0x7FFFFFFFU ? u"cut short: the file ends before item 3 is whole"_s
-                                                       : u"trailing bytes: %1; there are no items"_s.arg(whole.size() - count - 4);
-        EXPECT_EQ(FaultsOf(path), expected) << forged;
+        EXPECT_EQ(FaultsOf(path), row.Expected);
     }
+    const bool canBeHuge = QFile(path).resize((1LL << 32) + 1'000);
+    EXPECT_EQ(FaultsOf(path).startsWith("the exam file is too large"_L1), canBeHuge);
+    QFile::remove(path);
 }
 
 TEST(CheckTest, FoldersAndWhatTheirNamesLeadTo)

@@ -126,12 +126,42 @@ TEST(ExamTest, CalculateScore)
     }
 }
 
-TEST(ExamTest, MoreItemsThanTheCounterHolds)
+// What is not loaded is not saved either, and the file that is there stays.
+TEST(ExamTest, Limits)
 {
-    const QByteArray item(ExamFormat::QuestionBytes, '\0');
-    for (const auto &[count, result] : { std::pair{ 32'767, u"none"_s }, std::pair{ 32'768, u"6 Exam::Save()"_s } }) {
-        const QByteArray promised(reinterpret_cast<const char *>(&count), 4);
-        const QString path = Written(QByteArray(18, '\0') + promised + item.repeated(count));
-        EXPECT_EQ(ResultOf([&] { Exam().Load(path); }), result) << count;
+    const auto number = [](qint32 value) { return QByteArray(reinterpret_cast<const char *>(&value), 4); };
+    const QString path = Sandbox::Path(u"limits.exam"_s);
+    const QString refused = u"6 Exam::Save()"_s;
+    const auto expectSave = [&](const Exam &exam, const QString &result) {
+        Sandbox::WriteFile(path, "kept");
+        EXPECT_EQ(ResultOf([&] { Exam(exam).Save(path); }), result);
+        EXPECT_EQ(Sandbox::ReadFile(path) == "kept", result == refused);
+    };
+    struct Row { int Items, Options; QString Result; };
+    for (const Row &row : { Row{ 32'767, 1, u"none"_s }, Row{ 32'768, 0, refused }, Row{ 1, 32'767, u"none"_s },
+                            Row{ 1, 32'768, refused }, Row{ 10, 100'000, refused }, Row{ 31, 32'767, refused } }) {
+        SCOPED_TRACE(testing::Message() << row.Items << " items of " << row.Options << " options");
+        Exam exam;
+        const auto question = std::make_shared<Question>();
+        for (int i = 0; i < row.Options; ++i)
+            question->Choices().Add(std::make_shared<Choice>());
+        for (int i = 0; i < row.Items; ++i)
+            exam.Questions().Add(question);
+        expectSave(exam, row.Result);
+        const QByteArray item = QByteArray(20, '\0') + number(row.Options) + QByteArray(row.Options * ExamFormat::ChoiceBytes, '\0');
+        Sandbox::WriteFile(path, QByteArray(18, '\0') + number(row.Items) + item.repeated(row.Items));
+        EXPECT_EQ(ResultOf([&] { Exam().Load(path); }), row.Result);
     }
+    Exam large;
+    const auto question = AddItem(large, { QString(1 << 20, u'x') });
+    while (large.Questions().Count() < 256)
+        large.Questions().Add(question);
+    expectSave(large, refused);
+    QFile file(path);
+    for (const qint64 bytes : { qint64(1) << 28, (qint64(1) << 28) + 1, (qint64(1) << 32) + 1'000 }) {
+        if (!file.resize(bytes))
+            GTEST_SKIP() << "no file can have " << bytes << " bytes: " << file.errorString().toStdString();
+        EXPECT_EQ(ResultOf([&] { Exam().LoadHeader(path); }), bytes == 1 << 28 ? u"none"_s : u"6 Exam::LoadHeader()"_s) << bytes;
+    }
+    file.remove();
 }

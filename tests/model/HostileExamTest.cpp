@@ -47,6 +47,7 @@ QString Sit(const QByteArray &bytes)
 }
 
 const QString cut = u"62 Exam::Save()"_s;
+const QString many = u"6 Exam::Save()"_s;
 
 }
 
@@ -73,13 +74,13 @@ TEST(HostileExamTest, FlippedBitsAndForgedCountsAtEveryPlace)
             QByteArray changed = bytes;
             std::memcpy(changed.data() + place, &value, 4);
             const QString result = Sit(changed);
-            EXPECT_TRUE(result == u"none"_s || result == cut) << place << " " << value << " " << result.toStdString();
+            EXPECT_TRUE(result == u"none"_s || result == cut || result == many) << place << " " << value << " " << result.toStdString();
         }
     }
     // The count of the items: promised and not there, or none at all.
     constexpr int items = 4 + 4 + 6 + 4 + 6 + 6;
     struct Row { quint32 Count; QString Result; };
-    for (const Row &row : { Row{ 3, cut }, Row{ 0x7FFFFFFF, cut }, Row{ 0xFFFFFFFF, u"none"_s }, Row{ 1, u"none"_s } }) {
+    for (const Row &row : { Row{ 3, cut }, Row{ 32'767, cut }, Row{ 0x7FFFFFFF, many }, Row{ 0xFFFFFFFF, u"none"_s }, Row{ 1, u"none"_s } }) {
         QByteArray changed = bytes;
         std::memcpy(changed.data() + items, &row.Count, 4);
         EXPECT_EQ(Sit(changed), row.Result) << row.Count;
