@@ -51,11 +51,9 @@ constexpr double ScoresGap = 200;
 
 }
 
-Boxes Arrange(double innerWidth, double innerHeight, const Boxes &sizes)
+Boxes Arrange(double innerHeight, const Boxes &centred)
 {
-    Boxes boxes = sizes;
-    for (Box *box : { &boxes.Logo, &boxes.Message, &boxes.Scores })
-        box->Left = Twips::Centred(innerWidth, box->Width);
+    Boxes boxes = centred;
     boxes.Logo.Top = LogoTop;
     boxes.Message.Top = boxes.Logo.Bottom();
     boxes.Scores.Top = boxes.Message.Bottom() + ScoresGap;

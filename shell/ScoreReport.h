@@ -34,7 +34,7 @@ namespace ReportLayout {
 
 using Twips::Box;
 
-// All lengths are twips; of the boxes that come in, only the sizes count.
+// All lengths are twips.
 struct Boxes {
     Box Logo;
     Box Message;
@@ -42,7 +42,9 @@ struct Boxes {
     Box Print;
     Box Exit;
 };
-Boxes Arrange(double innerWidth, double innerHeight, const Boxes &sizes);
+// The boxes come in with their sizes; logo, message and scores are in the
+// middle of the window already.
+Boxes Arrange(double innerHeight, const Boxes &centred);
 
 // The width of a bar in an area; a share above 100 gives more than the area.
 float BarWidth(qint16 share, float areaWidth);

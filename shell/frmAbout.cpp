@@ -4,6 +4,7 @@
 #include "shell/LogoView.h"
 #include "shell/SystemInformation.h"
 #include "ui/Guard.h"
+#include "ui/Layout.h"
 #include "ui/Messages.h"
 #include "ui/Theme.h"
 
@@ -17,10 +18,10 @@ using namespace Qt::Literals::StringLiterals;
 
 frmAbout::frmAbout(QWidget *owner)
     : QDialog(owner)
+    , picLogo(new LogoView(300, this))
 {
     setObjectName(u"frmAbout"_s);
     setWindowTitle(u"About "_s + ApplicationTitle);
-    auto *picLogo = new LogoView(300, this);
     auto *lblVersion = new QLabel(Common::FormatText(u"Version: {1}.{2} Build: {3}"_s,
                                                      { PRACTORIUM_MAJOR, PRACTORIUM_MINOR, PRACTORIUM_REVISION }),
                                   this);
@@ -47,8 +48,9 @@ frmAbout::frmAbout(QWidget *owner)
     buttons->addWidget(cmdOK);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(36, 32, 36, 22);
+    picLogo->move(0, layout->contentsMargins().top());
     layout->setSpacing(12);
-    layout->addWidget(picLogo, 0, Qt::AlignHCenter);
+    layout->addItem(new QSpacerItem(picLogo->width(), picLogo->height()));
     layout->addSpacing(10);
     layout->addWidget(lblVersion, 0, Qt::AlignHCenter);
     layout->addWidget(lblNotice, 0, Qt::AlignHCenter);
@@ -58,6 +60,12 @@ frmAbout::frmAbout(QWidget *owner)
 
     connect(cmdOK, &QPushButton::clicked, this, &QDialog::accept);
     connect(cmdSysInfo, &QPushButton::clicked, this, [] { Guard([] { StartSysInfo(); }); });
+}
+
+void frmAbout::resizeEvent(QResizeEvent *event)
+{
+    QDialog::resizeEvent(event);
+    CenterHorizontally(this, picLogo);
 }
 
 void frmAbout::StartSysInfo()

@@ -2,6 +2,8 @@
 
 #include <QDialog>
 
+class LogoView;
+
 // The about box.
 class frmAbout : public QDialog {
     Q_OBJECT
@@ -10,4 +12,10 @@ public:
 
     // Starts the system's system-information tool, or tells that there is none.
     static void StartSysInfo();
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    LogoView *picLogo;
 };

@@ -153,12 +153,14 @@ void frmReport::Arrange()
     fraScores->layout()->activate();
     fraScores->resize(fraScores->sizeHint());
 
-    const auto sizeOf = [](const QWidget *widget) {
-        return Twips::Box{ 0, 0, Twips::Of(widget->width()), Twips::Of(widget->height()) };
+    for (QWidget *control : std::initializer_list<QWidget *>{ picLogo, fraScores, lblMessage })
+        CenterHorizontally(this, control);
+    const auto boxOf = [](const QWidget *widget) {
+        return Twips::Box{ Twips::Of(widget->x()), 0, Twips::Of(widget->width()), Twips::Of(widget->height()) };
     };
     const ReportLayout::Boxes boxes
-        = ReportLayout::Arrange(Twips::Of(width()), Twips::Of(height()),
-                                { sizeOf(picLogo), sizeOf(lblMessage), sizeOf(fraScores), sizeOf(cmdPrint), sizeOf(cmdExit) });
+        = ReportLayout::Arrange(Twips::Of(height()),
+                                { boxOf(picLogo), boxOf(lblMessage), boxOf(fraScores), boxOf(cmdPrint), boxOf(cmdExit) });
     const auto place = [](QWidget *widget, const Twips::Box &box) { widget->move(box.ToPixels().topLeft()); };
     place(picLogo, boxes.Logo);
     place(lblMessage, boxes.Message);

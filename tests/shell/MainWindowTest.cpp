@@ -222,6 +222,7 @@ TEST(AboutTest, TextsAndSystemInformation)
     frmAbout window(nullptr);
     Show(&window);
     EXPECT_EQ(window.windowTitle(), u"About Practorium"_s);
+    EXPECT_NEAR(Find<QWidget>(&window, u"picLogo"_s)->geometry().center().x(), window.rect().center().x(), 1);
     EXPECT_EQ(Find<QLabel>(&window, u"lblVersion"_s)->text(), u"Version: 1.0 Build: 0"_s);
     boxes.Expect(u"System Information Is Unavailable At This Time"_s, PlainMessage);
     Click(&window, u"cmdSysInfo"_s);

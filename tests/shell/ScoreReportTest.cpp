@@ -36,11 +36,10 @@ TEST(ScoreReportTest, Shares)
 TEST(ReportLayoutTest, Window)
 {
     using Twips::Box;
-    const ReportLayout::Boxes boxes = ReportLayout::Arrange(12'000, 9'000, { { 0, 0, 6'000, 1'400 }, { 0, 0, 7'000, 1'600 }, { 0, 0, 9'000, 2'500 },
-                                                                            { 0, 0, 1'800, 450 }, { 0, 0, 1'500, 450 } });
-    EXPECT_EQ(boxes.Logo, (Box{ 3'000, 500, 6'000, 1'400 }));
-    EXPECT_EQ(boxes.Message, (Box{ 2'500, 1'900, 7'000, 1'600 }));
-    EXPECT_EQ(boxes.Scores, (Box{ 1'500, 3'700, 9'000, 2'500 }));
+    const ReportLayout::Boxes boxes = ReportLayout::Arrange(9'000, { { 3'000, 0, 6'000, 1'400 }, { 2'500, 0, 7'000, 1'600 }, { 1'500, 0, 9'000, 2'500 },
+                                                                    { 0, 0, 1'800, 450 }, { 0, 0, 1'500, 450 } });
+    EXPECT_EQ(boxes.Message.Top, 1'900);
+    EXPECT_EQ(boxes.Scores.Top, 3'700);
     EXPECT_EQ(boxes.Print, (Box{ 1'500, 8'100, 1'800, 450 }));
     EXPECT_EQ(boxes.Exit, (Box{ 9'000, 8'100, 1'500, 450 }));
     EXPECT_FLOAT_EQ(ReportLayout::BarWidth(250, 8'000), 20'000);
