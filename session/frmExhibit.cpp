@@ -148,6 +148,12 @@ bool frmExhibit::eventFilter(QObject *, QEvent *event)
     return event->type() == QEvent::KeyPress && PressKey(static_cast<QKeyEvent *>(event));
 }
 
+void frmExhibit::keyPressEvent(QKeyEvent *event)
+{
+    if (!PressKey(event))
+        QDialog::keyPressEvent(event); // Enter and Escape
+}
+
 bool frmExhibit::PressKey(QKeyEvent *event)
 {
     switch (event->key()) {
@@ -159,7 +165,7 @@ bool frmExhibit::PressKey(QKeyEvent *event)
     case Qt::Key_PageDown:
     case Qt::Key_Home:
     case Qt::Key_End: QCoreApplication::sendEvent(vsbScroll, event); return true;
-    default: return false; // Enter and Escape close
+    default: return false;
     }
 }
 
