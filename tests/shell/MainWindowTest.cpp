@@ -2,7 +2,6 @@
 #include "shell/frmMain.h"
 
 #include "model/IO.h"
-#include "shell/CatalogueModel.h"
 #include "tests/support/System.h"
 #include "tests/support/Windows.h"
 
@@ -13,25 +12,13 @@
 
 using namespace Windows;
 
-namespace {
+static size_t refusedSize = SIZE_MAX; // a request for so much memory fails
 
-// One request for at least so many bytes is refused.
-size_t refusedSize = SIZE_MAX;
-
-}
-
-void *operator new(size_t size)
-{
-    void *memory = size < refusedSize ? std::malloc(size) : nullptr;
-    refusedSize = memory ? refusedSize : SIZE_MAX;
-    return memory ? memory : throw std::bad_alloc();
-}
+void *operator new(size_t size) { return size < refusedSize ? std::malloc(size) : throw std::bad_alloc(); }
 void operator delete(void *memory) noexcept { std::free(memory); }
 void operator delete(void *memory, size_t) noexcept { std::free(memory); }
 
 namespace {
-
-const QString ExitQuestion = u"Are you sure you want to exit Practorium?"_s;
 
 class MainWindowTest : public testing::Test {
 protected:
@@ -52,16 +39,8 @@ protected:
         Show(&Window);
     }
     QString Status() { return Find<QLabel>(&Window, u"lblStatus"_s)->text(); }
-    // Code, name and file of each row.
-    QStringList Rows()
-    {
-        QStringList rows;
-        for (int row = 0; row < List->model()->rowCount(); ++row)
-            rows += List->model()->index(row, 0).data().toString() + u'|' + List->model()->index(row, 1).data().toString() + u'|'
-                + List->model()->index(row, 0).data(Qt::UserRole).toString();
-        return rows;
-    }
-    QPoint RowCentre(int row) { return List->visualRect(List->model()->index(row, 1)).center(); }
+    QModelIndex Cell(int row, int column) { return List->model()->index(row, column); }
+    QString Text(int row, int column) { return Cell(row, column).data().toString(); }
 
     Messages Boxes;
     frmMain Window;
@@ -74,120 +53,92 @@ TEST_F(MainWindowTest, Catalogue)
 {
     ShowMain();
     EXPECT_EQ(Status(), u"0 Exams Installed  |  "_s);
-    QStringList expected;
+    std::map<QString, QString> codes;
     for (const QString &code : { u"B-1"_s, u"A<b>&"_s, u"C-3"_s }) {
-        expected += code + u"|Exam "_s + code + u'|' + InstallExam(code);
-        Sandbox::WriteFile(Sandbox::ExamsFolder() + u"/no %1/other.exam"_s.arg(expected.size()), "");
+        const QString path = InstallExam(code), folder = IO::GetFolder(path);
+        codes[path] = code;
+        Sandbox::WriteFile(Sandbox::ExamsFolder() + u"/no %1/other.exam"_s.arg(codes.size()), "");
         // A pack was ended by force while it replaced this one.
-        const QString folder = IO::GetFolder(expected.last().section(u'|', 2));
         ASSERT_TRUE(QDir().rename(folder, Sandbox::ExamsFolder() + u"/.practorium-kept-"_s + IO::GetFileName(folder, false)));
         Window.RefreshExamList();
-        EXPECT_EQ(Status(), u"%1 Exams Installed  |  "_s.arg(expected.size()));
+        EXPECT_EQ(Status(), u"%1 Exams Installed  |  "_s.arg(codes.size()));
     }
-    QStringList rows = Rows();
     // In the order of the file system.
-    for (int i = 0; i < rows.size(); ++i)
-        EXPECT_EQ(rows.at(i).section(u'|', 2), Globals::GetInstalledExams().at(i));
-    rows.sort();
-    expected.sort();
-    EXPECT_EQ(rows, expected);
+    for (int row = 0; row < 3; ++row) {
+        const QString path = Globals::GetInstalledExams().at(row);
+        EXPECT_EQ(Cell(row, 0).data(Qt::UserRole).toString(), path);
+        EXPECT_EQ(Text(row, 0) + u'|' + Text(row, 1), codes[path] + u"|Exam "_s + codes[path]);
+    }
     Window.resize(700, 500);
     EXPECT_TRUE(QTest::qWaitFor([&] { return std::abs(List->columnWidth(0) - List->width() / 10) <= 1; }));
     EXPECT_NEAR(List->columnWidth(1), List->width() * 0.9 - 50 / 15.0, 1);
 }
 
-// A package whose file cannot be read hides no other.
-TEST_F(MainWindowTest, UnreadablePackages)
+// A package whose file cannot be read hides no other; where memory ends, the rows stay that are there by then.
+TEST_F(MainWindowTest, WhatCannotBeRead)
 {
-    InstallExam(u"A"_s);
-    QDir().mkpath(Sandbox::ExamsFolder() + u"/folder/folder.exam"_s);
-    QDir().mkpath(Sandbox::ExamsFolder() + u"/pipe"_s);
+    for (const QString &folder : { u"/folder/folder.exam"_s, u"/pipe"_s })
+        QDir().mkpath(Sandbox::ExamsFolder() + folder);
     System::MakePipe(Sandbox::ExamsFolder() + u"/pipe/pipe.exam"_s);
+    InstallExam(u"A"_s);
     InstallExam(u"B"_s);
     ShowMain();
     EXPECT_EQ(Status(), u"2 Exams Installed  |  "_s);
+    InstallExam(u"C"_s);
+    QSignalSpy resets(List->model(), &QAbstractItemModel::modelReset);
+    Boxes.Expect(u"The operation failed because of an unexpected internal error."_s, CriticalMessage);
+    refusedSize = 200;
+    Window.RefreshExamList();
+    refusedSize = SIZE_MAX;
+    EXPECT_EQ(Status() + QString::number(List->model()->rowCount()), u"2 Exams Installed  |  2"_s);
+    EXPECT_EQ(resets.count(), 1);
 }
 
 TEST_F(MainWindowTest, LongTexts)
 {
-    const auto exam = NewExam({ QString(501, u'C'), u"<b>&"_s + QString(3000, u'N') });
-    Install(*exam, u"long"_s);
+    const QString texts[] = { QString(501, u'C'), u"<b>&"_s + QString(1900, u'N') };
+    Install(*NewExam({ texts[0], texts[1] }), u"long"_s);
     ShowMain();
-    for (const auto &[column, text] : { std::pair{ 0, exam->Code() }, { 1, exam->Name() } }) {
-        const QModelIndex cell = List->model()->index(0, column);
-        EXPECT_EQ(cell.data().toString(), text.left(500) + u'…');
-        EXPECT_EQ(cell.data(Qt::AccessibleTextRole).toString(), text);
-        QLabel tip(cell.data(Qt::ToolTipRole).toString());
-        tip.setWordWrap(true);
-        EXPECT_LT(tip.sizeHint().width(), 1000) << "a tip fits on the screen";
-        QTextDocument plain;
-        plain.setHtml(tip.text());
-        EXPECT_EQ(plain.toPlainText().remove(QChar(0x200B)), column == 0 ? text : text.left(2000) + u'…');
+    for (const int column : { 0, 1 }) {
+        EXPECT_EQ(Text(0, column), texts[column].left(500) + u'…');
+        EXPECT_EQ(Cell(0, column).data(Qt::AccessibleTextRole).toString(), texts[column]);
+        QTextDocument tip;
+        tip.setHtml(Cell(0, column).data(Qt::ToolTipRole).toString());
+        EXPECT_EQ(tip.toPlainText().remove(QChar(0x200B)), texts[column]);
+        tip.setTextWidth(800);
+        EXPECT_LE(tip.idealWidth(), 800);
     }
-}
-
-// The rows that are there by then stay, and the window knows of them.
-TEST_F(MainWindowTest, OutOfMemory)
-{
-    ShowMain();
-    QSignalSpy begun(List->model(), &QAbstractItemModel::modelAboutToBeReset), ended(List->model(), &QAbstractItemModel::modelReset);
-    for (const QString &code : { u"A"_s, u"B"_s, u"C"_s })
-        InstallExam(code);
-    Boxes.Expect(u"The operation failed because of an unexpected internal error."_s, CriticalMessage);
-    refusedSize = 200;
-    Window.RefreshExamList();
-    EXPECT_EQ(refusedSize, SIZE_MAX);
-    EXPECT_EQ(begun.count(), ended.count());
-    EXPECT_EQ(Status(), u"0 Exams Installed  |  "_s);
-    Window.RefreshExamList();
-    EXPECT_EQ(Rows().size(), 3);
 }
 
 // The list has the focus once it is filled, and a key without a selection
 // selects what is current, however many exams there are.
-TEST_F(MainWindowTest, Keyboard)
+TEST_F(MainWindowTest, StartingByKeyboardAndMouse)
 {
     QSignalSpy loaded(&Window, &frmMain::ExamLoaded);
     Window.show();
     Window.Load();
     QApplication::setActiveWindow(&Window);
     EXPECT_TRUE(QTest::qWaitFor([&] { return QApplication::focusWidget() == Find<QTreeView>(&Window, u"lvwExams"_s); }));
-    for (const QString &code : { u"N-1"_s, u"N-2"_s }) {
-        InstallExam(code);
+    Boxes.Expect(u"No exams are available. Please install your exam pack(s)."_s, ExclamationMessage);
+    QTest::keyClick(&Window, Qt::Key_Return);
+    for (const int count : { 1, 2 }) {
+        InstallExam(u"N-%1"_s.arg(count));
         ShowMain();
-        const auto selected = [&] { return List->selectionModel()->selectedRows().value(0).row(); };
-        for (const Qt::Key key : { code == "N-2"_L1 ? Qt::Key_N : Qt::Key_Up, Qt::Key_PageDown, Qt::Key_PageUp, Qt::Key_Home, Qt::Key_End, Qt::Key_Down }) {
+        Boxes.Expect(u"Please select an exam to start"_s, ExclamationMessage);
+        QTest::keyClick(List, Qt::Key_Return);
+        for (const auto key : { Qt::Key_Up, Qt::Key_PageDown, Qt::Key_PageUp, Qt::Key_Home, Qt::Key_End, count == 2 ? Qt::Key_N : Qt::Key_Down }) {
             List->clearSelection();
-            List->selectionModel()->setCurrentIndex(List->model()->index(0, 0), QItemSelectionModel::NoUpdate);
             QTest::keyClick(List, key);
-            EXPECT_EQ(selected(), 0) << key;
+            EXPECT_EQ(List->selectionModel()->selectedRows().value(0).row(), 0) << key;
         }
         QTest::keyClick(List, Qt::Key_Down);
-        EXPECT_EQ(selected(), List->model()->rowCount() - 1) << "then it moves";
+        EXPECT_EQ(List->selectionModel()->selectedRows().value(0).row(), count - 1) << "then it moves";
         QTest::keyClick(List, Qt::Key_Return);
+        Click(&Window, u"cmdStart"_s);
+        EXPECT_EQ(loaded.count(), 3 * count - 1);
+        QTest::mouseDClick(List->viewport(), Qt::LeftButton, Qt::NoModifier, List->visualRect(Cell(0, 1)).center());
+        EXPECT_TRUE(QTest::qWaitFor([&] { return loaded.count() == 3 * count; })) << "by a double-click";
     }
-    EXPECT_EQ(loaded.count(), 2);
-}
-
-TEST_F(MainWindowTest, WhatStartSays)
-{
-    QSignalSpy loaded(&Window, &frmMain::ExamLoaded);
-    ShowMain();
-    Boxes.Expect(u"No exams are available. Please install your exam pack(s)."_s, ExclamationMessage);
-    Click(&Window, u"cmdStart"_s);
-    InstallExam(u"EX-101"_s);
-    Window.RefreshExamList();
-    Boxes.Expect(u"Please select an exam to start"_s, ExclamationMessage);
-    Click(&Window, u"cmdStart"_s);
-
-    QTest::mouseClick(List->viewport(), Qt::LeftButton, Qt::NoModifier, RowCentre(0));
-    Click(&Window, u"cmdStart"_s);
-    ASSERT_EQ(loaded.count(), 1);
-    QTest::mouseDClick(List->viewport(), Qt::LeftButton, Qt::NoModifier, RowCentre(0));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return loaded.count() == 2; })) << "by a double-click";
-    List->setFocus();
-    QTest::keyClick(List, Qt::Key_Return);
-    EXPECT_EQ(loaded.count(), 3) << "by Enter";
 }
 
 TEST_F(MainWindowTest, Links)
@@ -206,7 +157,7 @@ TEST_F(MainWindowTest, ExitIsConfirmed)
 {
     ShowMain();
     for (const int answer : { AnswerNo, AnswerNo, NoAnswer })
-        Boxes.Expect(ExitQuestion, QuestionMessage, answer);
+        Boxes.Expect(u"Are you sure you want to exit Practorium?"_s, QuestionMessage, answer);
     EXPECT_EQ(RunLoop([&] {
         Window.close();
         Click(&Window, u"cmdExit"_s);

@@ -5,26 +5,21 @@ TEST(SystemInformationTest, GetKeyValue)
 {
     const QString key = u"Software\\Test"_s;
     const struct { Registry::ValueType Type; QVariant Written; bool IsFound; QString Text; } rows[] = {
-        { Registry::Text, u"C:\\tool.exe"_s, true, u"C:\\tool.exe"_s },
-        { Registry::Text, u""_s, true, u""_s },
-        { Registry::Text, QString(1023, u'x'), true, QString(1023, u'x') },
-        { Registry::Text, QString(1024, u'x'), false, u""_s },
-        { Registry::Number, 5, true, u"5"_s },
-        { Registry::Number, 0x12345678, true, u"305419896"_s },
+        { Registry::Text, u"C:\\tool.exe"_s, true, u"C:\\tool.exe"_s }, { Registry::Text, u""_s, true, u""_s },
+        { Registry::Text, QString(1023, u'x'), true, QString(1023, u'x') }, { Registry::Text, QString(1024, u'x'), false, u""_s },
+        { Registry::Number, 5, true, u"5"_s }, { Registry::Number, 0x12345678, true, u"305419896"_s },
         // Each byte without its leading zeros: 1, 2, 3, 4 reads as 1234.
-        { Registry::Number, 0x01020304, true, u"4660"_s },
-        { Registry::Number, 0x00000100, true, u"16"_s },
+        { Registry::Number, 0x01020304, true, u"4660"_s }, { Registry::Number, 0x00000100, true, u"16"_s },
         { Registry::Binary, QByteArray("x"), true, u""_s },
+    };
+    const auto read = [](const QString &subKey, const QString &name) {
+        QString text = u"before"_s;
+        return std::pair(GetKeyValue(Registry::LocalMachine, subKey, name, text), text);
     };
     for (const auto &row : rows) {
         Registry::WriteValue(key, u"V"_s, row.Written, row.Type, Registry::LocalMachine);
-        QString text = u"before"_s;
-        EXPECT_EQ(GetKeyValue(Registry::LocalMachine, key, u"V"_s, text), row.IsFound) << row.Written.toString().toStdString();
-        EXPECT_EQ(text, row.Text);
+        EXPECT_EQ(read(key, u"V"_s), std::pair(row.IsFound, row.Text)) << row.Written.toString().toStdString();
     }
-    for (const auto &[subKey, name] : { std::pair{ key, u"W"_s }, std::pair{ u"None"_s, u"V"_s } }) {
-        QString text = u"before"_s;
-        EXPECT_FALSE(GetKeyValue(Registry::LocalMachine, subKey, name, text));
-        EXPECT_EQ(text, u""_s);
-    }
+    EXPECT_EQ(read(key, u"W"_s), std::pair(false, u""_s));
+    EXPECT_EQ(read(u"None"_s, u"V"_s), std::pair(false, u""_s));
 }
