@@ -44,11 +44,6 @@ public:
         case QEvent::MouseButtonPress:
         case QEvent::MouseButtonRelease:
         case QEvent::MouseButtonDblClick: return IsEarly() && Belongs(watched);
-        case QEvent::Close:
-            if (watched != m_box || !IsEarly())
-                return false;
-            event->ignore();
-            return true;
         default: return false;
         }
     }

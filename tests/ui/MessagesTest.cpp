@@ -81,7 +81,6 @@ TEST(MessagesTest, UnaskedBoxesWait)
             const QPoint place = no->mapTo(box, no->rect().center());
             QTest::mouseClick(box->windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
             QTest::mouseDClick(box->windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
-            box->close();
             EXPECT_TRUE(box->isVisible() && !no->isDown());
             const QPointer<QWidget> held = box;
             EXPECT_TRUE(QTest::qWaitFor([&] {
