@@ -1,14 +1,12 @@
 #include "session/QuestionFrame.h"
 
 #include "session/InfoPanel.h"
+#include "session/OptionRows.h"
 #include "ui/TextBlock.h"
 #include "ui/Theme.h"
 
-#include <QCheckBox>
 #include <QCoreApplication>
-#include <QEvent>
 #include <QPushButton>
-#include <QRadioButton>
 #include <QScrollBar>
 #include <QWheelEvent>
 
@@ -16,16 +14,10 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-// Room inside the question text and left of the selectors, in pixels, so that
-// nothing touches the frame's line.
-constexpr int TextInset = 12;
-constexpr int SelectorGap = 6;
+// Room inside the question text, in pixels, so that nothing touches the frame's
+// line.
+constexpr int TextInset = OptionRows::Inset;
 constexpr double QuestionScale = 1.3;
-
-QString Captioned(const QString &caption)
-{
-    return QString(caption).replace(u'&', u"&&"_s);
-}
 
 }
 
@@ -33,6 +25,7 @@ QuestionFrame::QuestionFrame(QWidget *parent)
     : QFrame(parent)
     , picQuestion(new QWidget(this))
     , lblQuestion(new TextBlock(picQuestion))
+    , m_rows(new OptionRows(picQuestion))
     , vsbScroll(new QScrollBar(Qt::Vertical, this))
     , fraInfo(new InfoPanel(this))
 {
@@ -50,6 +43,10 @@ QuestionFrame::QuestionFrame(QWidget *parent)
     SetTextScale(1);
     fraInfo->hide();
     connect(vsbScroll, &QScrollBar::valueChanged, this, &QuestionFrame::MoveContent);
+    connect(m_rows, &OptionRows::RadioClicked, this, &QuestionFrame::RadioClicked);
+    connect(m_rows, &OptionRows::CheckClicked, this, &QuestionFrame::CheckClicked);
+    connect(m_rows, &OptionRows::LabelClicked, this, &QuestionFrame::LabelClicked);
+    connect(m_rows, &OptionRows::Reached, this, &QuestionFrame::Reveal);
     connect(fraInfo, &InfoPanel::Dragged, this, [this](PageLayout::Point press, PageLayout::Point pointer) {
         MovePanel({ pointer.X - press.X, pointer.Y - press.Y });
     });
@@ -86,79 +83,16 @@ double QuestionFrame::ScrollBarTwips() const
     return Twips::Of(vsbScroll->sizeHint().width());
 }
 
-QuestionFrame::Row &QuestionFrame::RowAt(size_t index)
-{
-    if (index < m_rows.size())
-        return m_rows[index];
-    Row row{ new QRadioButton(picQuestion), new QCheckBox(picQuestion), new TextBlock(picQuestion) };
-    const int number = static_cast<int>(index) + 1;
-    row.Radio->setObjectName(u"optChoices%1"_s.arg(number));
-    row.Check->setObjectName(u"chkChoices%1"_s.arg(number));
-    row.Label->setObjectName(u"lblChoices%1"_s.arg(number));
-    row.Label->setFont(lblQuestion->font());
-    // Which radio buttons belong together is the session's matter.
-    row.Radio->setAutoExclusive(false);
-    for (QAbstractButton *selector : { static_cast<QAbstractButton *>(row.Radio), static_cast<QAbstractButton *>(row.Check) }) {
-        selector->setFont(lblQuestion->font());
-        selector->hide();
-        selector->installEventFilter(this);
-    }
-    connect(row.Radio, &QRadioButton::clicked, this, [this, number] { Q_EMIT RadioClicked(number); });
-    connect(row.Check, &QCheckBox::clicked, this, [this, number](bool checked) { Q_EMIT CheckClicked(number, checked); });
-    connect(row.Label, &TextBlock::Clicked, this, [this, number] { Q_EMIT LabelClicked(number); });
-    if (m_tabEnd) {
-        QWidget::setTabOrder(m_tabEnd, row.Radio);
-        QWidget::setTabOrder(row.Radio, row.Check);
-        m_tabEnd = row.Check;
-    }
-    m_rows.push_back(row);
-    return m_rows.back();
-}
-
 void QuestionFrame::ChainTabs(QWidget *before, QWidget *after)
 {
-    m_tabEnd = before;
-    for (const Row &row : m_rows) {
-        QWidget::setTabOrder(m_tabEnd, row.Radio);
-        QWidget::setTabOrder(row.Radio, row.Check);
-        m_tabEnd = row.Check;
-    }
-    QWidget::setTabOrder(m_tabEnd, fraInfo->WhyButton());
+    m_rows->ChainTabs(before, fraInfo->WhyButton());
     QWidget::setTabOrder(fraInfo->WhyButton(), after);
-}
-
-QAbstractButton *QuestionFrame::SelectorOf(const Row &row) const
-{
-    if (m_kind == SelectorKind::Radio)
-        return row.Radio;
-    return row.Check;
 }
 
 void QuestionFrame::ShowItem(const PageState &page)
 {
     lblQuestion->SetText(page.Problem);
-    m_kind = page.Kind;
-    const size_t shown = m_rowCount;
-    m_rowCount = 0;
-    for (const Selector &selector : page.Selectors()) {
-        if (!selector.IsVisible)
-            break;
-        Row &row = RowAt(m_rowCount);
-        const RowLabel &label = page.lblChoices[m_rowCount];
-        QAbstractButton *button = SelectorOf(row);
-        button->setText(Captioned(selector.Caption));
-        button->setAccessibleName(selector.Caption + u' ' + label.Text);
-        row.Label->SetText(label.Text);
-        row.Radio->setVisible(m_kind == SelectorKind::Radio);
-        row.Check->setVisible(m_kind == SelectorKind::Check);
-        row.Label->show();
-        ++m_rowCount;
-    }
-    for (size_t index = m_rowCount; index < std::min(std::max(shown, m_rowCount), m_rows.size()); ++index) {
-        m_rows[index].Radio->hide();
-        m_rows[index].Check->hide();
-        m_rows[index].Label->hide();
-    }
+    m_rows->Load(page);
     ArrangeRows();
     MoveContent(0);
     vsbScroll->setValue(0);
@@ -166,12 +100,7 @@ void QuestionFrame::ShowItem(const PageState &page)
 
 void QuestionFrame::ShowChanges(const PageState &page)
 {
-    for (size_t index = 0; index < std::min(m_rowCount, page.Selectors().size()); ++index) {
-        const Selector &selector = page.Selectors()[index];
-        QAbstractButton *button = SelectorOf(m_rows[index]);
-        button->setEnabled(selector.IsEnabled);
-        button->setChecked(selector.Value == Selector::On);
-    }
+    m_rows->Update(page);
     fraInfo->setVisible(page.IsPostExam);
     if (page.IsPostExam) {
         fraInfo->Display(page);
@@ -204,31 +133,7 @@ void QuestionFrame::ArrangeRows()
     const int questionWidth = Twips::ToPixels(m_boxes.QuestionWidth);
     const int questionHeight = lblQuestion->HeightForWidth(questionWidth);
     lblQuestion->setGeometry(0, 0, questionWidth, questionHeight);
-
-    // Every selector is as wide as the widest letter needs.
-    QSize size;
-    if (m_rowCount > 0) {
-        QAbstractButton *first = SelectorOf(m_rows.front());
-        size = first->sizeHint();
-        size.rwidth() += first->fontMetrics().horizontalAdvance(u'W')
-            - first->fontMetrics().horizontalAdvance(first->text().left(1)) + SelectorGap;
-    }
-    const double selectorWidth = Twips::Of(size.width() + TextInset);
-    const int labelWidth = Twips::ToPixels(PageLayout::LabelWidth(m_boxes.QuestionWidth, selectorWidth));
-    std::vector<double> heights;
-    for (size_t index = 0; index < m_rowCount; ++index) {
-        TextBlock *label = m_rows[index].Label;
-        // The letter stands on the line of the text's first row.
-        label->SetInsets(0, std::max(0, (size.height() - label->fontMetrics().height()) / 2));
-        heights.push_back(Twips::Of(std::max(label->HeightForWidth(labelWidth), size.height())));
-    }
-    const PageLayout::Rows rows = PageLayout::ArrangeRows(Twips::Of(questionHeight), heights);
-    for (size_t index = 0; index < m_rowCount; ++index) {
-        const int top = Twips::ToPixels(rows.Tops[index]);
-        SelectorOf(m_rows[index])->setGeometry(TextInset, top, size.width(), size.height());
-        m_rows[index].Label->setGeometry(TextInset + size.width(), top, labelWidth, Twips::ToPixels(heights[index]));
-    }
-    m_contentHeight = rows.ContentHeight;
+    m_contentHeight = m_rows->Arrange(m_boxes.QuestionWidth, Twips::Of(questionHeight));
     picQuestion->resize(Twips::ToPixels(m_boxes.Content.Width), Twips::ToPixels(m_contentHeight));
     AdjustScrollBar();
 }
@@ -248,7 +153,9 @@ void QuestionFrame::AdjustScrollBar()
 
 void QuestionFrame::MoveContent(int value)
 {
-    picQuestion->move(contentsRect().topLeft() - QPoint(0, Twips::ToPixels(value)));
+    const int top = Twips::ToPixels(value);
+    picQuestion->move(contentsRect().topLeft() - QPoint(0, top));
+    m_rows->Show(top, top + contentsRect().height());
 }
 
 void QuestionFrame::SetTextScale(double scale)
@@ -256,11 +163,7 @@ void QuestionFrame::SetTextScale(double scale)
     m_scale = scale;
     lblQuestion->setFont(parentWidget()->font());
     Theme::ScaleFont(lblQuestion, QuestionScale * m_scale);
-    for (const Row &row : m_rows) {
-        row.Radio->setFont(lblQuestion->font());
-        row.Check->setFont(lblQuestion->font());
-        row.Label->setFont(lblQuestion->font());
-    }
+    m_rows->SetFont(lblQuestion->font());
     const double before = m_contentHeight;
     ArrangeRows();
     if (before > 0 && vsbScroll->isEnabled())
@@ -274,27 +177,14 @@ void QuestionFrame::wheelEvent(QWheelEvent *event)
     event->accept();
 }
 
-// A row that a key reaches outside the frame's view is scrolled into it. Under
-// a pressed mouse button nothing may move.
-bool QuestionFrame::eventFilter(QObject *watched, QEvent *event)
+void QuestionFrame::Reveal(int top, int bottom)
 {
-    if (event->type() == QEvent::FocusIn && static_cast<QFocusEvent *>(event)->reason() != Qt::MouseFocusReason)
-        RevealRow(static_cast<QWidget *>(watched));
-    return false;
-}
-
-void QuestionFrame::RevealRow(const QWidget *selector)
-{
-    for (size_t index = 0; index < m_rowCount; ++index) {
-        if (SelectorOf(m_rows[index]) != selector)
-            continue;
-        const int bottom = std::max(selector->geometry().bottom(), m_rows[index].Label->geometry().bottom()) + TextInset;
-        const int top = selector->y() - TextInset;
-        const int height = contentsRect().height();
-        const int shown = -(picQuestion->y() - contentsRect().y());
-        if (bottom > shown + height && vsbScroll->isEnabled())
-            vsbScroll->setValue(static_cast<int>(Twips::Of(std::min(top, bottom - height))));
-        else if (top < shown && vsbScroll->isEnabled())
-            vsbScroll->setValue(static_cast<int>(Twips::Of(top)));
-    }
+    if (!vsbScroll->isEnabled())
+        return;
+    const int height = contentsRect().height();
+    const int shown = -(picQuestion->y() - contentsRect().y());
+    if (bottom > shown + height)
+        vsbScroll->setValue(static_cast<int>(Twips::Of(std::min(top, bottom - height))));
+    else if (top < shown)
+        vsbScroll->setValue(static_cast<int>(Twips::Of(top)));
 }

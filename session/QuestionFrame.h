@@ -5,12 +5,8 @@
 
 #include <QFrame>
 
-#include <vector>
-
 class InfoPanel;
-class QAbstractButton;
-class QCheckBox;
-class QRadioButton;
+class OptionRows;
 class QScrollBar;
 class TextBlock;
 
@@ -50,36 +46,25 @@ Q_SIGNALS:
 
 protected:
     void wheelEvent(QWheelEvent *event) override;
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    struct Row {
-        QRadioButton *Radio;
-        QCheckBox *Check;
-        TextBlock *Label;
-    };
-
-    Row &RowAt(size_t index);
-    QAbstractButton *SelectorOf(const Row &row) const;
     void ArrangeRows();
     void AdjustScrollBar();
     void MoveContent(int value);
-    void RevealRow(const QWidget *selector);
+    // Scrolls a part of the content into view, pixels of the content.
+    void Reveal(int top, int bottom);
     PageLayout::PanelFrame PanelFrame() const;
     void PutPanel(PageLayout::Point topLeft);
 
     QWidget *picQuestion;
     TextBlock *lblQuestion;
+    OptionRows *m_rows;
     QScrollBar *vsbScroll;
     InfoPanel *fraInfo;
-    std::vector<Row> m_rows; // a store: rows beyond the item's are hidden
-    size_t m_rowCount = 0;
-    SelectorKind m_kind = SelectorKind::Radio;
     PageLayout::Boxes m_boxes;
     // The panel's lower right corner inside the frame, in twips, where the
     // candidate or the last change of size has put it.
     PageLayout::Point m_panelCorner;
     double m_contentHeight = 0;
     double m_scale = 1;
-    QWidget *m_tabEnd = nullptr;
 };

@@ -15,15 +15,26 @@ namespace {
 constexpr qsizetype LongestRun = 1000; // characters
 constexpr QChar ZeroWidthSpace(0x200B);
 
+QTextOption Wrapping()
+{
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    return option;
+}
+
+QString Lines(QString text)
+{
+    text.replace(u"\r\n"_s, u"\n"_s).replace(u'\r', u'\n').replace(u'\n', QChar::LineSeparator);
+    return TextBlock::Breakable(text);
+}
+
 }
 
 TextBlock::TextBlock(QWidget *parent)
     : QLabel(parent)
 {
     setTextFormat(Qt::PlainText);
-    QTextOption option;
-    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    m_layout.setTextOption(option);
+    m_layout.setTextOption(Wrapping());
     m_layout.setCacheEnabled(true);
 }
 
@@ -34,9 +45,7 @@ void TextBlock::SetText(const QString &text)
         return;
     // The label keeps the text for a screen reader.
     setText(shown);
-    QString lines = shown;
-    lines.replace(u"\r\n"_s, u"\n"_s).replace(u'\r', u'\n').replace(u'\n', QChar::LineSeparator);
-    m_layout.setText(Breakable(lines));
+    m_layout.setText(Lines(shown));
     m_width = -1;
     update();
 }
@@ -82,16 +91,39 @@ void TextBlock::LayOut(int width) const
         return;
     m_width = width;
     m_layout.setFont(font());
-    qreal y = m_topInset;
-    m_layout.beginLayout();
-    for (QTextLine line = m_layout.createLine(); line.isValid(); line = m_layout.createLine()) {
-        line.setLineWidth(std::max(width - m_leftInset, 1));
-        line.setPosition(QPointF(m_leftInset, y));
+    const qreal bottom = LayOutLines(m_layout, width, QPoint(m_leftInset, m_topInset));
+    // An empty text still takes a line.
+    m_height = static_cast<int>(std::ceil(m_layout.lineCount() > 0 ? bottom : m_topInset + fontMetrics().height()));
+}
+
+qreal TextBlock::LayOutLines(QTextLayout &layout, int width, QPoint corner)
+{
+    qreal y = corner.y();
+    layout.beginLayout();
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        line.setLineWidth(std::max(width - corner.x(), 1));
+        line.setPosition(QPointF(corner.x(), y));
         y += line.height();
     }
-    m_layout.endLayout();
-    // An empty text still takes a line.
-    m_height = static_cast<int>(std::ceil(m_layout.lineCount() > 0 ? y : m_topInset + fontMetrics().height()));
+    layout.endLayout();
+    return y;
+}
+
+TextBlock::Extent TextBlock::ExtentOf(const QString &text, const QFont &font, int width)
+{
+    QTextLayout layout(Lines(Common::ShownText(text)), font);
+    layout.setTextOption(Wrapping());
+    layout.setCacheEnabled(true);
+    qreal height = LayOutLines(layout, QWIDGETSIZE_MAX, {});
+    if (layout.lineCount() == 0)
+        return { 0, QFontMetrics(font).height() };
+    qreal widest = 0;
+    for (int i = 0; i < layout.lineCount(); ++i)
+        widest = std::max(widest, layout.lineAt(i).naturalTextWidth());
+    const int unwrapped = static_cast<int>(std::ceil(widest)) + 1;
+    if (unwrapped > width)
+        height = LayOutLines(layout, width, {});
+    return { unwrapped, static_cast<int>(std::ceil(height)) };
 }
 
 void TextBlock::paintEvent(QPaintEvent *event)

@@ -15,6 +15,13 @@ public:
     // The text with invisible places to break inside what is unreasonably long
     // without one: laying that out costs the square of its length.
     static QString Breakable(const QString &text);
+    // What a block without insets would need for the text in that font, in pixels:
+    // the width at which nothing is wrapped, and the height at the given width.
+    struct Extent {
+        int Unwrapped = 0;
+        int Height = 0;
+    };
+    static Extent ExtentOf(const QString &text, const QFont &font, int width);
     // Room to the left of the lines and above the first one, in pixels, part of
     // the width and the height.
     void SetInsets(int left, int top);
@@ -33,6 +40,8 @@ protected:
 
 private:
     void LayOut(int width) const;
+    // Fills the layout and tells where its last line ends.
+    static qreal LayOutLines(QTextLayout &layout, int width, QPoint corner);
 
     int m_leftInset = 0;
     int m_topInset = 0;

@@ -3,8 +3,10 @@
 #include "session/frmExplain.h"
 #include "tests/support/Windows.h"
 
+#include <QAccessible>
 #include <QFrame>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -97,9 +99,13 @@ TEST_F(ExamWindowTest, RowsByMouseAndKeyboard)
     EXPECT_EQ(Rows(u"chkChoices"_s, 3), u"..x"_s);
 
     EndExam();
-    QTest::keyClick(&Window, Qt::Key_B);
-    Click(&Window, u"lblChoices2"_s);
-    EXPECT_EQ(Rows(radio, 3), u"x.."_s) << "after the exam";
+    for (const auto &[item, kind, rows] : { std::tuple{ qint16(1), radio, u"x.."_s }, { qint16(3), u"chkChoices"_s, u"..x"_s } }) {
+        Window.Session().GotoQuestion(item);
+        for (const Qt::Key letter : { Qt::Key_A, Qt::Key_B, Qt::Key_C })
+            QTest::keyClick(&Window, letter);
+        Click(&Window, u"lblChoices2"_s);
+        EXPECT_EQ(Rows(kind, 3), rows) << "after the exam";
+    }
 }
 
 TEST_F(ExamWindowTest, TextSize)
@@ -284,7 +290,10 @@ TEST_F(ExamWindowTest, Explanations)
     EndExam();
     WhenOpen explanation(u"frmExplain"_s, [&](QWidget *window) {
         EXPECT_EQ(window->windowTitle(), u"Explaination - Question: 1"_s);
-        EXPECT_EQ(Find<QPlainTextEdit>(window, u"txtExplaination"_s)->toPlainText(), u"because"_s);
+        auto *text = Find<QPlainTextEdit>(window, u"txtExplaination"_s);
+        QTest::keyClicks(text, u"x"_s);
+        QTest::keyClick(text, Qt::Key_Delete);
+        EXPECT_EQ(text->toPlainText(), u"because"_s) << "not to be edited";
         QTest::keyClick(window, Qt::Key_Escape);
     });
     Click(&Window, u"cmdWhy"_s);
@@ -302,4 +311,114 @@ TEST_F(ExamWindowTest, Explanations)
         window.QuestionNumber = 4;
         EXPECT_EQ(ResultOf([&] { window.Load(); }), u"9 "_s);
     }
+}
+
+// As many options as a file can hold: those in view have controls, and every
+// one can be reached.
+TEST_F(ExamWindowTest, ThousandsOfOptions)
+{
+    constexpr int Count = 32'767;
+    QStringList options{ u"*option 1"_s };
+    for (int number = 2; number <= Count; ++number)
+        options.append(u"option %1"_s.arg(number));
+    AddItem(*Globals::CurrentExam, { u"many"_s, options });
+    Start();
+    Window.Session().GotoQuestion(4);
+    EXPECT_LT(Window.findChildren<QAbstractButton *>().size(), 1'000);
+    // The options whose texts are painted, from the frame's top to its bottom.
+    const auto shown = [&] {
+        QList<int> numbers;
+        for (int y = 0; y < Frame->height(); y += 5) {
+            const auto *label = qobject_cast<QLabel *>(Content->childAt(200, y - Content->y()));
+            if (label && label->objectName().startsWith(u"lblChoices"_s) && !numbers.endsWith(label->text().mid(7).toInt()))
+                numbers.append(label->text().mid(7).toInt());
+        }
+        return numbers;
+    };
+    for (const double part : { 0.0, 0.001, 0.0015, 0.5, 0.4999, 0.9, 1.0, 0.3, 0.0 }) {
+        Bar->setValue(static_cast<int>(Bar->maximum() * part));
+        const QList<int> numbers = shown();
+        ASSERT_GT(numbers.size(), 5);
+        EXPECT_EQ(numbers.last() - numbers.first() + 1, numbers.size()) << "none is missing at " << part;
+        EXPECT_NEAR(numbers.first(), 1 + part * Count, 20);
+    }
+    const struct { QString From; Qt::Key Key; int Row; } ways[] = {
+        { u"chkMarked"_s, Qt::Key_Tab, 1 },     { u"cmdNext"_s, Qt::Key_Backtab, Count }, { u"optChoices%1"_s.arg(Count), Qt::Key_Up, Count - 1 },
+        { u"optChoices1"_s, Qt::Key_Down, 2 }, { u"optChoices2"_s, Qt::Key_Tab, 3 },
+    };
+    for (const auto &way : ways) {
+        Find<QWidget>(&Window, way.From)->setFocus();
+        // What is in view does not count, only where the focus is.
+        Bar->setValue(Bar->maximum() / 2);
+        QTest::keyClick(Window.focusWidget(), way.Key);
+        EXPECT_EQ(Window.focusWidget()->objectName(), u"optChoices%1"_s.arg(way.Row));
+        EXPECT_TRUE(shown().contains(way.Row)) << way.Row;
+    }
+    Bar->setValue(Bar->maximum());
+    Click(&Window, u"lblChoices%1"_s.arg(Count - 2));
+    Bar->setValue(Bar->maximum() / 2);
+    Bar->setValue(Bar->maximum());
+    EXPECT_TRUE(Row(u"optChoices"_s, Count - 2)->isChecked());
+    Click(&Window, u"cmdPrev"_s);
+    EXPECT_EQ(Globals::CurrentExam->Questions().Item(4)->Answer(), QString::number(Count - 2));
+}
+
+TEST_F(ExamWindowTest, NothingStaysOfALongerItem)
+{
+    AddItem(*Globals::CurrentExam, { u"single"_s, Letters.split(u""_s, Qt::SkipEmptyParts).replaceInStrings(u"A"_s, u"*A"_s) });
+    AddItem(*Globals::CurrentExam, { u"no key"_s, Letters.split(u""_s, Qt::SkipEmptyParts) });
+    Start();
+    const auto picture = [&](qint16 item) {
+        Window.Session().GotoQuestion(item);
+        return Frame->grab().toImage();
+    };
+    const QImage radio = picture(1), check = picture(3);
+    for (const qint16 longer : { 4, 5 }) {
+        for (const auto &[item, expected] : { std::pair{ qint16(1), radio }, std::pair{ qint16(3), check } }) {
+            EXPECT_NE(picture(longer), expected);
+            EXPECT_EQ(picture(item), expected) << "item " << item << " after " << longer;
+        }
+    }
+}
+
+TEST_F(ExamWindowTest, RowsForAScreenReader)
+{
+    Start();
+    const auto check = [&](const QString &name, QAccessible::Role role, bool isChecked, bool isDisabled, const QString &text) {
+        QAccessibleInterface *row = QAccessible::queryAccessibleInterface(Find<QWidget>(&Window, name));
+        EXPECT_EQ(row->role(), role) << name.toStdString();
+        EXPECT_TRUE(row->state().checkable && bool(row->state().checked) == isChecked && bool(row->state().disabled) == isDisabled)
+            << name.toStdString();
+        EXPECT_EQ(row->text(QAccessible::Name), text);
+        return row->actionInterface();
+    };
+    check(u"optChoices1"_s, QAccessible::RadioButton, false, false, u"A. one"_s);
+    auto *second = check(u"optChoices2"_s, QAccessible::RadioButton, false, false, u"B. two"_s);
+    second->doAction(QAccessibleActionInterface::toggleAction());
+    QTest::keyClick(&Window, Qt::Key_C);
+    check(u"optChoices2"_s, QAccessible::RadioButton, false, false, u"B. two"_s);
+    check(u"optChoices3"_s, QAccessible::RadioButton, true, false, u"C. three"_s);
+    Window.Session().GotoQuestion(3);
+    check(u"chkChoices3"_s, QAccessible::CheckBox, false, false, u"C. cut"_s);
+    EndExam();
+    check(u"optChoices1"_s, QAccessible::RadioButton, false, true, u"A. one"_s);
+    check(u"optChoices3"_s, QAccessible::RadioButton, true, true, u"C. three"_s);
+}
+
+// The box comes while the candidate types and clicks.
+TEST_F(ExamWindowTest, TheTimeQuestionIsNotAnsweredByAccident)
+{
+    Globals::CurrentExam->SetDuration(0);
+    Start();
+    SetMessagePort(nullptr);
+    WhenOpen question(u"QMessageBox"_s, [](QWidget *box) {
+        for (const Qt::Key key : { Qt::Key_Return, Qt::Key_Escape, Qt::Key_Space })
+            QTest::keyClick(box, key);
+        QTest::mouseClick(qobject_cast<QMessageBox *>(box)->button(QMessageBox::No), Qt::LeftButton);
+        EXPECT_TRUE(box->isVisible());
+        qobject_cast<QMessageBox *>(box)->done(QMessageBox::Yes);
+    });
+    Window.Session().tmrTimer_Timer();
+    EXPECT_EQ(Window.Session().SecondsRemaining(), 1800);
+    SetMessagePort(&Boxes);
 }
