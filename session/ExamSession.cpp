@@ -5,6 +5,8 @@
 #include "model/Globals.h"
 #include "ui/Messages.h"
 
+#include <algorithm>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
@@ -166,7 +168,9 @@ void ExamSession::SetCheck(size_t row, int value)
     if (!question->HasHint())
         return;
     const qint16 limit = question->AnswerCount();
-    if (Globals::ItemCount(BuildAnswer(m_page.chkChoices)) <= limit)
+    const auto selected = std::count_if(m_page.chkChoices.begin(), m_page.chkChoices.end(),
+                                        [](const Selector &selector) { return selector.Value == Selector::On; });
+    if (selected <= limit)
         return;
     m_page.chkChoices[row - 1].Value = Selector::Off;
     m_port.ShowChanges();
