@@ -11,7 +11,7 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr std::array ColumnShares = { 10, 90 };
-// Characters; a longer text would only keep the list busy, or cover the screen.
+// Characters; a list is slow with longer texts, and a tip would cover the screen.
 constexpr qsizetype LongestText = 500;
 constexpr qsizetype LongestTip = 2000;
 constexpr int LongestWord = 60;
@@ -21,8 +21,8 @@ QString Cut(const QString &text, qsizetype longest)
     return text.size() > longest ? text.left(longest) + u'…' : text;
 }
 
-// What looks like markup is shown as it stands, and a text without blanks is
-// broken all the same.
+// The text as a tool tip: what looks like markup is shown as it stands, and a
+// long word has places where the line may end.
 QString TipOf(const QString &text)
 {
     constexpr QChar BreakHere(0x200B);

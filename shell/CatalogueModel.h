@@ -15,15 +15,15 @@ public:
 
     // Fills the rows anew from the headers of the installed exams, in the order
     // in which the system lists them; a file whose header cannot be read is
-    // left out. Of a refresh that raises, the rows stay that it has filled.
+    // left out. When this raises, the rows filled until then stay.
     void Refresh();
     // The exam file behind a row, which counts from 0.
     QString Path(int row) const { return m_rows.at(row).Path; }
 
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
-    // A long text is shown cut, with a sign; all of it stands under
-    // Qt::AccessibleTextRole.
+    // A text of more than 500 characters is cut and ends with an ellipsis;
+    // Qt::AccessibleTextRole gives all of it.
     QVariant data(const QModelIndex &index, int role) const override;
     // The share of each column in percent stands under ColumnTagRole.
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;

@@ -39,7 +39,7 @@ constexpr double ClosingRow = 255;
 constexpr double LabelGap = 2;
 constexpr double CodeGap = 5; // between the code and the date
 constexpr double PointSize = 9;
-constexpr double SmallestSize = 0.6; // of the usual letters; below that nobody reads them
+constexpr double SmallestSize = 0.6; // of the usual letters; smaller ones cannot be read
 constexpr double MillimetresAnInch = 25.4;
 constexpr qsizetype LongestJobCode = 60; // characters; a job's name has 255 bytes
 
@@ -53,8 +53,8 @@ QFont SheetFont(bool isBold, double size = 1)
 
 const QString TitleLabel = u"Exam Title: "_s;
 
-// As much of the text as there is room for in millimetres; what is cut off
-// leaves a sign.
+// As much of the text as there is room for, in millimetres; one that is cut
+// ends with an ellipsis.
 QString Elided(const QString &text, double room, const Measure &measure)
 {
     if (text.size() <= LongestLine && measure(text, false) <= room)
@@ -162,7 +162,7 @@ void Paint(QPagedPaintDevice &device, const QString &examCode, const QString &ex
         throw refused();
     const double dots = device.logicalDpiX() / MillimetresAnInch;
     const double paperWidth = device.pageLayout().fullRect(QPageLayout::Millimeter).width();
-    // A printer that cannot print up to the edge starts to count behind it.
+    // The painter counts from the corner of what the printer can print on.
     const QPointF corner
         = QPointF((paperWidth - UsableWidth) / 2, 0) - device.pageLayout().paintRect(QPageLayout::Millimeter).topLeft();
     const auto place = [&](double x, double y) { return (corner + QPointF(x, y)) * dots; };
@@ -181,7 +181,7 @@ void Paint(QPagedPaintDevice &device, const QString &examCode, const QString &ex
     painter.setPen(Qt::black);
     for (const Text &text : plan.Texts) {
         painter.setFont(SheetFont(text.IsBold, text.Size));
-        // Smaller letters stand on the line of the others.
+        // Letters of all sizes have the base line of the usual ones.
         const double ascent = QFontMetricsF(SheetFont(text.IsBold), &device).ascent();
         painter.drawText(place(text.X, text.Y) + QPointF(0, ascent), text.Content);
     }

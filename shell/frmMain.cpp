@@ -114,8 +114,8 @@ void frmMain::Build()
     layout->addWidget(lvwExams);
     layout->addLayout(status);
     layout->addLayout(buttons);
-    // What is hidden cannot be given the focus of a window that is on the screen
-    // already, and is shown there later by itself.
+    // A window that is on the screen shows its new controls from the event loop,
+    // and a hidden control does not take the focus.
     lvwExams->show();
     QWidget *order[] = { lvwExams, lblDownload, lblAbout, lblProductLink, cmdStart, cmdExit };
     for (size_t i = 1; i < std::size(order); ++i)
@@ -200,14 +200,14 @@ bool frmMain::TakesListKey(const QKeyEvent &event)
     case Qt::Key_PageDown:
     case Qt::Key_Home:
     case Qt::Key_End: {
-        // The current row looks like the one that the key starts from, but the
-        // list would step over it.
+        // The list itself would go on to the row behind the current one, so
+        // that no key selects the only row.
         const QModelIndex current = lvwExams->currentIndex();
         lvwExams->setCurrentIndex(current.isValid() ? current : m_catalogue->index(0, 0));
         return true;
     }
     default:
-        // So would a search for what is typed.
+        // A search for typed letters goes on behind the current row, too.
         if (!event.text().isEmpty() && event.text().front().isLetterOrNumber())
             selection->clearCurrentIndex();
         return false;

@@ -36,7 +36,8 @@ protected:
 private:
     void Build();
     void cmdStart_Click();
-    // Whether the key has done all that it is to do in the list.
+    // What a key does in the list without a selection; false leaves it to the
+    // list.
     bool TakesListKey(const QKeyEvent &event);
 
     CatalogueModel *m_catalogue = nullptr;
