@@ -15,19 +15,16 @@ public:
 
     // To the address that a service named as its own; with https, whatever the
     // certificate.
-    explicit HttpClient(const QString &endpoint)
+    explicit HttpClient(const QString &endpoint, const QByteArray &bytes = {})
     {
         const QUrl url(endpoint);
         const auto port = static_cast<quint16>(url.port());
+        const bool isSecure = url.scheme() == QLatin1String("https");
         m_socket.setPeerVerifyMode(QSslSocket::VerifyNone);
         m_socket.setReadBufferSize(1024 * 1024);
-        if (url.scheme() == QLatin1String("https")) {
-            m_socket.connectToHostEncrypted(url.host(), port);
-            m_socket.waitForEncrypted(Patience);
-        } else {
-            m_socket.connectToHost(url.host(), port);
-            m_socket.waitForConnected(Patience);
-        }
+        isSecure ? m_socket.connectToHostEncrypted(url.host(), port) : m_socket.connectToHost(url.host(), port);
+        isSecure ? m_socket.waitForEncrypted(Patience) : m_socket.waitForConnected(Patience);
+        Send(bytes);
     }
     ~HttpClient() { m_socket.abort(); }
 
@@ -44,8 +41,7 @@ public:
         const qsizetype end = m_received.indexOf("\r\n\r\n");
         if (end < 0)
             return {};
-        Reply reply{ 0, m_received.left(end), {} };
-        reply.Status = reply.Head.mid(reply.Head.indexOf("HTTP/1.1 ") + 9, 3).toInt();
+        Reply reply{ m_received.mid(m_received.indexOf("HTTP/1.1 ") + 9, 3).toInt(), m_received.left(end), {} };
         m_received.remove(0, end + 4);
         return reply;
     }
@@ -61,24 +57,17 @@ public:
     // Whether some of an answer, or its end, is there already.
     bool HasAnswer() { return m_socket.bytesAvailable() > 0 || m_socket.waitForReadyRead(0) || !IsOpen(); }
     bool IsOpen() const { return m_socket.state() == QAbstractSocket::ConnectedState; }
-    // Waits so many milliseconds for the connection to end.
-    bool HasEnded(int patience = Patience)
+    bool HasEnded()
     {
-        while (m_socket.waitForReadyRead(patience))
+        while (m_socket.waitForReadyRead(Patience))
             m_socket.readAll();
         return !IsOpen();
     }
 
     // One request on a connection of its own.
-    static Reply Exchange(const QString &endpoint, const QByteArray &bytes)
-    {
-        HttpClient client(endpoint);
-        client.Send(bytes);
-        return client.Receive();
-    }
     static QByteArray Post(const QString &endpoint, const QByteArray &message)
     {
-        return Exchange(endpoint, PostRequest(message)).Body;
+        return HttpClient(endpoint, PostRequest(message)).Receive().Body;
     }
     static QByteArray GetRequest(const QString &target, const QByteArray &more = {})
     {

@@ -10,10 +10,7 @@
 class ManualClock {
 public:
     void Advance(std::chrono::milliseconds time) { m_now += time.count(); }
-    MonotonicClock Port()
-    {
-        return [this] { return std::chrono::milliseconds(m_now); };
-    }
+    MonotonicClock Port() { return [this] { return std::chrono::milliseconds(m_now); }; }
 
 private:
     std::atomic<std::chrono::milliseconds::rep> m_now = 5'000;
@@ -22,11 +19,6 @@ private:
 // The service without the network, each on a store of its own.
 class ServiceFixture : public testing::Test {
 protected:
-    static QString FreshPath()
-    {
-        static int count = 0;
-        return Sandbox::Path(QStringLiteral("service-%1.db").arg(++count));
-    }
     // The session in the answer to a LOGIN.
     static QByteArray SessionIn(const QByteArray &reply)
     {
@@ -35,7 +27,8 @@ protected:
     }
 
     ManualClock m_clock;
-    Store m_store{ FreshPath(), Store::IfMissing::Make };
+    static inline int s_count = 0;
+    Store m_store{ Sandbox::Path(QStringLiteral("service-%1.db").arg(++s_count)), Store::IfMissing::Make };
     Sessions m_sessions{ m_clock.Port() };
     GuessGuard m_guard{ m_clock.Port() };
     QStringList m_log;
