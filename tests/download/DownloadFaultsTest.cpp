@@ -68,7 +68,7 @@ TEST_F(DownloadFaultsTest, Replies)
         { "500 with a message", Answer::Whole(whole, "500 Oops"), Code(u"1F4"_s), connecting },
         { "redirected to itself", Answer::Whole(Html, "301 Moved", "Location: /x?LOGIN?\r\n"), Code(u"2F"_s), connecting },
         { "redirected to a file", Answer::Whole(Html, "302 Found", "Location: file:///etc/passwd\r\n"), Code(u"1"_s), connecting },
-        { "100 MB", { Fine + "Content-Length: 104857600\r\n\r\n", Answer::KeepsOpen, 0, 100 }, Trouble },
+        { "100 MB", { Fine + "Content-Length: 104857600\r\n\r\n", Answer::KeepsOpen, 0, "x" }, Trouble },
     };
     for (const Row &row : rows) {
 

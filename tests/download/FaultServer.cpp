@@ -20,7 +20,7 @@ Answer Answer::Whole(const QByteArray &body, const QByteArray &status, const QBy
 
 Answer Answer::Raw(const QByteArray &headers, const QByteArray &body, Ending end)
 {
-    return { headers + "\r\n" + body, end, 0, 0 };
+    return { headers + "\r\n" + body, end };
 }
 
 FaultServer::FaultServer()
@@ -98,15 +98,13 @@ void FaultServer::Send(QTcpSocket *socket, const Answer &answer)
     }
     socket->write(answer.Bytes);
     socket->flush();
-    if (answer.Repetitions > 0) {
-        const QByteArray megabyte(1 << 20, 'x');
-        connect(socket, &QTcpSocket::bytesWritten, socket, [socket, megabyte, left = answer.Repetitions - 1]() mutable {
-            if (left > 0 && socket->bytesToWrite() == 0) {
-                --left;
-                socket->write(megabyte);
-            }
+    if (!answer.Forever.isEmpty()) {
+        const QByteArray much = answer.Forever.repeated(qsizetype(256 * 1024) / answer.Forever.size() + 1);
+        connect(socket, &QTcpSocket::bytesWritten, socket, [socket, much] {
+            if (socket->bytesToWrite() == 0)
+                socket->write(much);
         });
-        socket->write(megabyte);
+        socket->write(much);
         return;
     }
     End(socket, answer.End);

@@ -14,7 +14,7 @@ struct Answer {
     QByteArray Bytes;
     Ending End = Closes;
     int Pause = 0;         // milliseconds before each byte; 0 sends all at once
-    qint64 Repetitions = 0; // megabytes sent behind the bytes, as they are taken
+    QByteArray Forever = {}; // sent behind the bytes again and again, as it is taken
 
     // A whole answer with that body.
     static Answer Whole(const QByteArray &body, const QByteArray &status = "200 OK", const QByteArray &headers = {});
