@@ -2,6 +2,7 @@
 
 #include "common/Common.h"
 #include "common/Error.h"
+#include "download/DownloadText.h"
 #include "ui/Messages.h"
 
 #include <QDateTime>
@@ -179,7 +180,7 @@ void Conversation::Report()
     Send(ReportCommand,
          { { u"sid"_s, m_sessionID },
            { u"list"_s, m_installed },
-           { u"time"_s, QLocale::system().toString(QDateTime::currentDateTime(), QLocale::ShortFormat) } });
+           { u"time"_s, DownloadText::GeneralDate(QDateTime::currentDateTime(), QLocale::system()) } });
 }
 
 void Conversation::FatalError(const QString &text, const QVariantList &values)

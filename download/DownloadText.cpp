@@ -3,6 +3,7 @@
 #include "common/Common.h"
 #include "model/IO.h"
 
+#include <algorithm>
 #include <cmath>
 
 using namespace Qt::Literals::StringLiterals;
@@ -34,6 +35,24 @@ QString Rate(double bytesPerSecond)
     if (bytesPerSecond < 1)
         return Nothing;
     return Common::FormatText(u"{1}/s"_s, { IO::FormatSize(bytesPerSecond, bytesPerSecond < 100 ? 1 : 0) });
+}
+
+QString GeneralDate(const QDateTime &time, const QLocale &locale)
+{
+    const QString system = locale.dateFormat(QLocale::ShortFormat);
+    QStringList fields = { u"d"_s, u"M"_s, u"yyyy"_s };
+    std::sort(fields.begin(), fields.end(),
+              [&](const QString &a, const QString &b) { return system.indexOf(a.front()) < system.indexOf(b.front()); });
+    for (QString &field : fields) {
+        if (field.size() == 1 && system.contains(field + field))
+            field += field;
+    }
+    const auto isSeparator = [](QChar character) { return character == u'.' || character == u'-'; };
+    const auto separator = std::find_if(system.begin(), system.end(), isSeparator);
+    const bool isHalfDay = locale.timeFormat(QLocale::ShortFormat).contains(u'a', Qt::CaseInsensitive);
+    const QString format
+        = fields.join(separator == system.end() ? u'/' : *separator) + (isHalfDay ? u" h:mm:ss AP"_s : u" HH:mm:ss"_s);
+    return QLocale::c().toString(time, format);
 }
 
 double BarWidth(double fullWidth, double width, double fraction)

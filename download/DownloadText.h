@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QDateTime>
+#include <QLocale>
 #include <QString>
 
 // What the download window writes about a transfer. Sizes are bytes; below 1
@@ -9,6 +11,10 @@ namespace DownloadText {
 QString Total(double total);
 QString Received(double downloaded);
 QString Rate(double bytesPerSecond);
+
+// Date and time as the locale orders them, but in ASCII whatever its digits, the
+// year in four and with seconds: 11/21/2026 8:05:09 PM, 21.11.2026 20:05:09.
+QString GeneralDate(const QDateTime &time, const QLocale &locale);
 
 // The width that a bar of that full width is to have for a fraction, in the
 // unit of the widths; the present one when the change is too small to show.

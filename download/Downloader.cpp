@@ -61,8 +61,7 @@ void Downloader::ReceiveBody()
     const auto refuse = [](const QString &text) { return Error(InvalidCall, text, u"Downloader::ReceiveBody()"_s); };
     if (m_transfer->ResponseCode() != 200)
         throw refuse(u"The server does not send a file"_s);
-    const QByteArray encoding = m_transfer->GetHeader("Content-Encoding").trimmed().toLower();
-    if (!encoding.isEmpty() && encoding != "identity")
+    if (m_transfer->IsEncoded() || !m_transfer->GetHeader("Transfer-Encoding").isEmpty())
         throw refuse(u"The server sends the file encoded"_s);
     bool isNumber = false;
     const qint64 length = m_transfer->GetHeader("Content-Length").trimmed().toLongLong(&isNumber);

@@ -219,6 +219,12 @@ QByteArray Transfer::GetHeader(const QByteArray &name) const
     return m_exchange ? m_exchange->Header(name.constData()) : QByteArray();
 }
 
+bool Transfer::IsEncoded() const
+{
+    const QByteArray encoding = GetHeader("Content-Encoding").trimmed().toLower();
+    return !encoding.isEmpty() && encoding != "identity";
+}
+
 QByteArray Transfer::GetChunk(qsizetype size)
 {
     const quint32 round = m_round;

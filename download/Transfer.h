@@ -56,6 +56,8 @@ public:
     // A response header by its name, in any letter case; empty without one, all
     // of them joined by commas when there are several.
     QByteArray GetHeader(const QByteArray &name) const;
+    // The body comes in a content encoding, which nothing here undoes.
+    bool IsEncoded() const;
     // Up to size bytes of the body: what has arrived, or else what arrives next,
     // with events running meanwhile. Empty at the end of the body, after Cancel,
     // and, with state 11 as well, when the server fell silent or its answer cannot

@@ -326,6 +326,12 @@ void frmExamDownloader::icRequestDispatcher_StateChanged(int state)
 
 void frmExamDownloader::ReadReply()
 {
+    if (icRequestDispatcher.IsEncoded()) {
+        const qint32 code = icRequestDispatcher.ResponseCode();
+        icRequestDispatcher.Cancel();
+        m_conversation.TransportFailed(code, u"The server sends its answer encoded"_s);
+        return;
+    }
     try {
         QByteArray body;
         for (;;) {

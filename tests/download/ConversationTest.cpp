@@ -4,6 +4,7 @@
 #include "tests/support/Test.h"
 #include "ui/Messages.h"
 
+#include <QDate>
 #include <QRegularExpression>
 
 namespace {
@@ -28,7 +29,7 @@ public:
     void UpdateStatus(const QString &text) override { Write(u"status "_s + text); }
     void Post(const QString &message) override
     {
-        static const QRegularExpression time(u"&time=[^&;]+;"_s);
+        static const QRegularExpression time(u"&time=(?=[0-9./-]*\\b%1\\b)[0-9./-]+ [0-9]+:[0-9]{2}:[0-9]{2}( [AP]M)?;"_s.arg(QDate::currentDate().year()));
         Write(u"post "_s + QString(message).replace(time, u"&time=T;"_s));
         if (CannotPost)
             throw Error(InvalidCall, u"no line"_s);

@@ -53,6 +53,8 @@ TEST_F(DownloadWindowTest, WholeRun)
     Press();
     EXPECT_EQ(Caption(), Cancel);
     ASSERT_TRUE(QTest::qWaitFor(look, Windows::Patience)) << statuses.join(u'\n').toStdString();
+    QElapsedTimer sinceEnd;
+    sinceEnd.start();
 
     EXPECT_TRUE(Shown.Shown.isEmpty()) << Shown.Shown.join(u'\n').toStdString();
     const QByteArray post = "POST /PackCourier.asp HTTP/1.1\n";
@@ -71,6 +73,7 @@ TEST_F(DownloadWindowTest, WholeRun)
     EXPECT_EQ(received.last(), u"NA"_s);
     EXPECT_GE(widest, bar->parentWidget()->width() - 4) << "nearly the whole";
     EXPECT_TRUE(QTest::qWaitFor([&] { return !Window->isVisible(); }, 3000)) << "closes by itself";
+    EXPECT_GT(sinceEnd.elapsed(), 500) << "but can be read before";
 }
 
 TEST_F(DownloadWindowTest, Entries)

@@ -5,6 +5,7 @@
 #include "tests/support/System.h"
 #include "tests/support/Test.h"
 
+#include <QRegularExpression>
 #include <QTest>
 
 TEST(DownloadTextTest, Labels)
@@ -25,6 +26,23 @@ TEST(DownloadTextTest, Labels)
     EXPECT_FALSE(hasDecimals(DownloadText::Received(1'022'975)));
     EXPECT_TRUE(hasDecimals(DownloadText::Received(1'022'976)));
     EXPECT_EQ(DownloadText::Rate(99), u"99 bytes/s"_s);
+}
+
+TEST(DownloadTextTest, GeneralDate)
+{
+    const QDateTime time({ 2026, 3, 21 }, { 20, 5, 9 });
+    const std::pair<QString, QString> rows[] = {
+        { u"en_US"_s, u"3/21/2026 8:05:09 PM"_s }, { u"de_DE"_s, u"21.03.2026 20:05:09"_s },
+        { u"sv_SE"_s, u"2026-03-21 20:05:09"_s },  { u"fa_IR"_s, u"2026/3/21 20:05:09"_s },
+        { u"ar_EG"_s, u"21/3/2026 8:05:09 PM"_s }, { u"bn_BD"_s, u"21/3/2026 8:05:09 PM"_s },
+    };
+    for (const auto &[name, text] : rows)
+        EXPECT_EQ(DownloadText::GeneralDate(time, QLocale(name)), text) << name.toStdString();
+    static const QRegularExpression readable(u"^(?=.*2026)(?=.*\\b21\\b)[0-9./-]+ (20:05:09|8:05:09 PM)$"_s);
+    for (const QLocale &locale : QLocale::matchingLocales(QLocale::AnyLanguage, QLocale::AnyScript, QLocale::AnyCountry)) {
+        const QString text = DownloadText::GeneralDate(time, locale);
+        EXPECT_TRUE(readable.match(text).hasMatch()) << locale.name().toStdString() << ' ' << text.toStdString();
+    }
 }
 
 TEST(DownloadTextTest, Progress)

@@ -64,13 +64,14 @@ double ResidentMegabytes()
 struct Course {
     QString End; // the code of a failure, or "cancelled"
     int LongestGap = 0; // milliseconds in which no other event was served
+    qsizetype Received = 0; // bytes of the body
     double Memory = 0; // megabytes more than before
     qint64 Cancel = 0; // milliseconds that the cancel took
 
-    explicit Course(const QString &url, int headerTime, int cancelAfter)
+    Course(const QString &url, int headerTime, int cancelAfter, int silenceTime = 5000)
     {
         Transfer line;
-        line.SetTimeouts(5000, 5000, headerTime);
+        line.SetTimeouts(5000, silenceTime, headerTime);
         QEventLoop loop;
         QElapsedTimer beat;
         QTimer often;
@@ -86,8 +87,13 @@ struct Course {
                 loop.quit();
             }
             // A reader who is slower than the server.
-            while (state == Transfer::Completed && !line.GetChunk(256).isEmpty())
+            while (state == Transfer::Completed) {
+                const QByteArray chunk = line.GetChunk(256);
+                if (chunk.isEmpty())
+                    break;
+                Received += chunk.size();
                 QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+            }
         });
         QTimer::singleShot(cancelAfter, &loop, [&] {
             QElapsedTimer timer;
@@ -192,4 +198,33 @@ TEST(TransferTest, PostedBehind)
     loop.exec();
     EXPECT_EQ(order, QStringList({ u"cancelled"_s, u"read"_s }));
     EXPECT_EQ(line.ResponseCode(), 200) << "not silence";
+}
+
+TEST(TransferTest, SlowIsNotSilent)
+{
+    const Elsewhere server({ Fine + "\r\n" + QByteArray(60, 'x'), Answer::KeepsOpen, 25 });
+    const Course course(server.Url, 5000, 10'000, 1000);
+    EXPECT_EQ(course.Received, 60);
+    EXPECT_EQ(course.End, u"28"_s) << "silent behind its last byte";
+}
+
+// What was on its way when the request was cancelled does not arrive.
+TEST(TransferTest, NothingAfterCancel)
+{
+    const Elsewhere server(Answer::Whole("REPORT;"));
+    Transfer line;
+    QList<int> states;
+    QObject::connect(&line, &Transfer::StateChanged, &line, [&](int state) { states.append(state); });
+    QObject::connect(&line, &Transfer::Advanced, &line, [&] {
+        if (line.StillExecuting() && line.ResponseCode() == 200)
+            line.Cancel();
+    });
+    line.Execute(server.Url, "GET");
+    line.Cancel();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(states, QList<int>());
+    line.Execute(server.Url, "GET");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !line.StillExecuting(); }));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(states, QList<int>{ Transfer::Requesting });
 }
