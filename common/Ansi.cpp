@@ -4,12 +4,31 @@
 
 namespace Ansi {
 
+namespace {
+
+// Bytes of the Japanese page that converters take for meaningless, and Windows
+// for these characters, four of them for private use.
+char16_t JapaneseSingle(int byte)
+{
+    switch (byte) {
+    case 0x80: return 0x0080;
+    case 0xA0: return 0xF8F0;
+    case 0xFD:
+    case 0xFE:
+    case 0xFF: return static_cast<char16_t>(0xF8F1 + byte - 0xFD);
+    default: return NoCharacter;
+    }
+}
+
+}
+
 CodePage::CodePage(int number)
     : m_number(number)
 {
     Decoder decoder(number);
     for (int byte = 0; byte < 256; ++byte) {
-        const char16_t character = decoder.Single(static_cast<uchar>(byte));
+        const char16_t own = number == 932 ? JapaneseSingle(byte) : NoCharacter;
+        const char16_t character = own == NoCharacter ? decoder.Single(static_cast<uchar>(byte)) : own;
         if (character == Lead) {
             m_isSingleByte = false;
             auto trail = std::make_unique<std::array<char16_t, 256>>();
@@ -123,9 +142,9 @@ int CodePageOf(const QLocale &locale)
     case QLocale::Mongolian:
     case QLocale::Tatar: return 1251;
     case QLocale::Greek: return 1253;
-    case QLocale::Turkish:
+    case QLocale::Turkish: return 1254;
     case QLocale::Azerbaijani:
-    case QLocale::Uzbek: return 1254;
+    case QLocale::Uzbek: return locale.script() == QLocale::CyrillicScript ? 1251 : 1254;
     case QLocale::Hebrew: return 1255;
     case QLocale::Arabic:
     case QLocale::Persian:

@@ -50,7 +50,11 @@ private:
 // The code page of a language: 1252 for Western languages and by default.
 int CodePageOf(const QLocale &locale);
 
-// The page that files are read and written with; found out at the first use.
+// The number of the system's page, looked up anew. Outside Windows it follows
+// the variable that decides on characters: the first of LC_ALL, LC_CTYPE and
+// LANG that is set and not empty; the language of messages has no say.
+int SystemPageNumber();
+// The page that files are read and written with: the one of the first use.
 const CodePage &SystemCodePage();
 
 QString ToText(QByteArrayView bytes);

@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <iconv.h>
 
+using namespace Qt::Literals::StringLiterals;
+
 namespace Ansi {
 
 struct Decoder::System {
@@ -54,9 +56,34 @@ char16_t Decoder::Pair(uchar lead, uchar trail)
     return m_system->Convert(in, 2);
 }
 
+namespace {
+
+// A name such as "sr_RS.UTF-8@latin". QLocale does not look at what stands
+// behind the "@", which can name another script.
+QLocale LocaleOf(const QByteArray &name)
+{
+    const QString language = QString::fromLatin1(name).section(u'@', 0, 0).section(u'.', 0, 0).section(u'_', 0, 0);
+    if (name.endsWith("@latin"))
+        return QLocale(language + u"_Latn"_s);
+    if (name.endsWith("@cyrillic"))
+        return QLocale(language + u"_Cyrl"_s);
+    return QLocale(QString::fromLatin1(name));
+}
+
+}
+
+int SystemPageNumber()
+{
+    for (const char *name : { "LC_ALL", "LC_CTYPE", "LANG" }) {
+        if (const QByteArray value = qgetenv(name); !value.isEmpty())
+            return CodePageOf(LocaleOf(value));
+    }
+    return CodePageOf(QLocale::c());
+}
+
 const CodePage &SystemCodePage()
 {
-    static const CodePage page(CodePageOf(QLocale::system()));
+    static const CodePage page(SystemPageNumber());
     return page;
 }
 

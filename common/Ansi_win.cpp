@@ -52,11 +52,9 @@ char16_t Decoder::Pair(uchar lead, uchar trail)
     return m_system->Convert(in, 2);
 }
 
-namespace {
-
 // A process or a whole system can be set to UTF-8. No table holds that, and no
 // other system could read such files: then it is the page of the language.
-int AnsiPage()
+int SystemPageNumber()
 {
     UINT page = GetACP();
     if (page != CP_UTF8)
@@ -68,11 +66,9 @@ int AnsiPage()
     return page != CP_UTF8 && page > CP_THREAD_ACP ? static_cast<int>(page) : CodePageOf(QLocale::system());
 }
 
-}
-
 const CodePage &SystemCodePage()
 {
-    static const CodePage page(AnsiPage());
+    static const CodePage page(SystemPageNumber());
     return page;
 }
 

@@ -1,3 +1,4 @@
+#include "common/Ansi.h"
 #include "common/Common.h"
 #include "tests/support/Test.h"
 
@@ -45,4 +46,23 @@ TEST(SystemTest, SyncShell)
             EXPECT_EQ(ResultOf([&] { return SyncShell(row.Command); }), row.Result) << row.Command.toStdString();
         EXPECT_EQ(std::signal(SIGCHLD, before), disposition);
     }
+}
+
+TEST(SystemTest, TheCodePageFollowsTheVariableOfCharacters)
+{
+    const QByteArray before = qgetenv("LC_ALL");
+    const struct { const char *All, *Characters, *Language; int Page; } rows[] = {
+        { "ja_JP.UTF-8", "ru_RU.UTF-8", "pl_PL.UTF-8", 932 }, { "", "ru_RU.UTF-8", "pl_PL.UTF-8", 1251 },
+        { "", "", "pl_PL", 1250 }, { "", "", "", 1252 }, { "C", "ja_JP", "ja_JP", 1252 }, { "sr_RS.UTF-8@latin", "", "", 1250 },
+        { "uz_UZ@cyrillic", "", "", 1251 }, { "zh_HK.UTF-8", "", "", 950 },
+    };
+    for (const char *messages : { "LC_MESSAGES", "LANGUAGE" })
+        qputenv(messages, "el_GR.UTF-8");
+    for (const auto &row : rows) {
+        qputenv("LC_ALL", row.All), qputenv("LC_CTYPE", row.Characters), qputenv("LANG", row.Language);
+        EXPECT_EQ(Ansi::SystemPageNumber(), row.Page) << row.All << " " << row.Characters << " " << row.Language;
+    }
+    for (const char *name : { "LC_MESSAGES", "LANGUAGE", "LC_CTYPE", "LANG" })
+        qunsetenv(name);
+    qputenv("LC_ALL", before);
 }
