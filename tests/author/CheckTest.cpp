@@ -26,19 +26,14 @@ std::shared_ptr<Exam> GoodExam(int items)
     return exam;
 }
 
-struct Row {
-    const char *Name;
-    std::function<void(Exam &)> Spoil; // an exam of two good items
-    const char16_t *Expected;
-};
-
 }
 
 TEST(CheckTest, WhatAnExamCanHoldWrong)
 {
     const auto item = [](Exam &exam) -> Question & { return *exam.Questions().Item(2); };
     const auto shown = [&](const QString &name) { return [=](Exam &exam) { item(exam).SetExhibit(name); }; };
-    const std::vector<Row> rows = {
+    // What is spoilt is an exam of two good items.
+    const struct { const char *Name; std::function<void(Exam &)> Spoil; const char16_t *Expected; } rows[] = {
         { "limits", [](Exam &e) { e.SetDuration(546), e.SetMaxScore(32767), e.SetPassScore(32767); }, u"" },
         { "long", [](Exam &e) { e.SetDuration(547); }, u"the duration of 547 minutes is over 546" },
         { "no time", [](Exam &e) { e.SetDuration(0); }, u"the duration is 0 minutes" },
@@ -69,7 +64,7 @@ TEST(CheckTest, WhatAnExamCanHoldWrong)
     for (const QString &place : { folder, Sandbox::ExamsFolder() })
         Sandbox::WriteFile(place + u"/good.bmp"_s, Bmp());
     Sandbox::WriteFile(folder + u"/text.bmp"_s, "no picture");
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         const auto exam = GoodExam(2);
         row.Spoil(*exam);
         EXPECT_EQ(FaultsOf(Install(*exam, u"CHECK"_s)), QString::fromUtf16(row.Expected)) << row.Name;
@@ -110,18 +105,13 @@ TEST(CheckTest, FilesThatAreCutShortOrTooLong)
 TEST(CheckTest, FoldersAndWhatTheirNamesLeadTo)
 {
     const QByteArray bytes = Sandbox::ReadFile(Install(*GoodExam(1), u"SRC"_s));
-    struct Row {
-        const char16_t *Folder;
-        QStringList Files;
-        const char16_t *Expected;
-    };
-    const std::vector<Row> rows = {
+    const struct { const char16_t *Folder; QStringList Files; const char16_t *Expected; } rows[] = {
         { u"good", { u"good.exam"_s }, u"" },
         { u"dotted.101", { u"dotted.exam"_s }, u"" },
         { u"other", { u"NET.exam"_s }, u"the folder's name leads to other.exam, which is not there" },
         { u"two", { u"two.exam"_s, u"three.exam"_s }, u"several exam files: three.exam, two.exam" },
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         const QString folder = Sandbox::Path(QString::fromUtf16(row.Folder));
         for (const QString &file : row.Files)
             Sandbox::WriteFile(folder + u'/' + file, bytes);

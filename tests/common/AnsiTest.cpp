@@ -1,8 +1,6 @@
 #include "common/Ansi.h"
 #include "tests/support/Test.h"
 
-#include <QLocale>
-
 TEST(AnsiTest, EveryByteOfASingleBytePageSurvives)
 {
     QByteArray bytes;
@@ -41,14 +39,4 @@ TEST(AnsiTest, BytesAndCharacters)
     const Ansi::CodePage japanese(932);
     EXPECT_EQ(japanese.ToText("\x82\x20z"), u"?z"_s) << "no such pair";
     EXPECT_EQ(japanese.ToText("a\x82").size(), 2) << "a first byte at the end";
-}
-
-TEST(AnsiTest, PagesOfLanguages)
-{
-    struct Row { const char *Locale; int Page; };
-    for (const Row &row : { Row{ "C", 1252 }, Row{ "de_DE", 1252 }, Row{ "ru_RU", 1251 },
-                            Row{ "sr_Cyrl_RS", 1251 }, Row{ "sr_Latn_RS", 1250 }, Row{ "el_GR", 1253 }, Row{ "tr_TR", 1254 },
-                            Row{ "ja_JP", 932 }, Row{ "zh_CN", 936 }, Row{ "zh_TW", 950 } })
-        EXPECT_EQ(Ansi::CodePageOf(QLocale(QLatin1String(row.Locale))), row.Page) << row.Locale;
-    EXPECT_EQ(Ansi::SystemCodePage().Number(), 1252);
 }

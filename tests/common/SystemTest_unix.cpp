@@ -50,19 +50,17 @@ TEST(SystemTest, SyncShell)
 
 TEST(SystemTest, TheCodePageFollowsTheVariableOfCharacters)
 {
-    const QByteArray before = qgetenv("LC_ALL");
     const struct { const char *All, *Characters, *Language; int Page; } rows[] = {
-        { "ja_JP.UTF-8", "ru_RU.UTF-8", "pl_PL.UTF-8", 932 }, { "", "ru_RU.UTF-8", "pl_PL.UTF-8", 1251 },
-        { "", "", "pl_PL", 1250 }, { "", "", "", 1252 }, { "C", "ja_JP", "ja_JP", 1252 }, { "sr_RS.UTF-8@latin", "", "", 1250 },
-        { "uz_UZ@cyrillic", "", "", 1251 }, { "zh_HK.UTF-8", "", "", 950 },
+        { "ja_JP.UTF-8", "ru_RU", "pl_PL", 932 }, { "", "ru_RU.UTF-8", "pl_PL", 1251 }, { "", "", "pl_PL", 1250 }, { "", "", "", 1252 },
+        { "C", "ja_JP", "ja_JP", 1252 }, { "", "sr_RS.UTF-8@latin", "", 1250 }, { "", "", "sr_RS", 1251 }, { "", "", "uz_UZ@cyrillic", 1251 },
+        { "zh_HK.UTF-8", "", "", 950 }, { "zh_CN", "", "", 936 }, { "el_GR", "", "", 1253 }, { "tr_TR", "", "", 1254 }, { "C.UTF-8", "", "", 1252 },
     };
-    for (const char *messages : { "LC_MESSAGES", "LANGUAGE" })
-        qputenv(messages, "el_GR.UTF-8");
+    qputenv("LANGUAGE", "el_GR");
+    qputenv("LC_MESSAGES", "el_GR");
     for (const auto &row : rows) {
         qputenv("LC_ALL", row.All), qputenv("LC_CTYPE", row.Characters), qputenv("LANG", row.Language);
         EXPECT_EQ(Ansi::SystemPageNumber(), row.Page) << row.All << " " << row.Characters << " " << row.Language;
     }
     for (const char *name : { "LC_MESSAGES", "LANGUAGE", "LC_CTYPE", "LANG" })
         qunsetenv(name);
-    qputenv("LC_ALL", before);
 }
