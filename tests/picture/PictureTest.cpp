@@ -127,7 +127,6 @@ TEST(PictureTest, WhatAnExhibitCanBe)
         const QImage image = Picture::Load(Written(row.Bytes));
         EXPECT_TRUE(image.size() == row.Size) << row.Name;
         EXPECT_NEAR(image.pixelColor(0, 0).red(), row.Top.red(), 4) << row.Name;
-        EXPECT_EQ(qAlpha(image.pixel(image.width() - 1, image.height() - 1)), 255) << row.Name;
     }
 }
 
@@ -161,18 +160,19 @@ TEST(PictureTest, WhatItCannotBe)
 // What costs time and memory and shows nothing: texts, and codes behind the last pixel.
 TEST(PictureTest, WhatNoDecoderIsGiven)
 {
-    const QByteArray png = Encoded(Sample(), "PNG"), jpeg = Encoded(Sample(), "JPG");
+    // Without the size on paper.
+    const QByteArray png = Encoded(Sample(), "PNG").remove(33, 21), jpeg = Encoded(Sample(), "JPG");
     const QByteArray texts = (QByteArray("\0\0\0\3zTXt", 8) + "K\0\0crc!"_ba).repeated(9);
     const QByteArray manyTexts = png.left(33) + texts + png.mid(33);
     const QByteArray comment = "\xFF\xFF\xFE\0\6text"_ba, camera = "\xFF\xE1\0\4\xFF\xD9"_ba;
-    const QByteArray gif = Gif(1), growing = GrowingGif();
+    const QByteArray growing = GrowingGif();
     const struct { const char *Name; QByteArray Bytes, Clean; } rows[] = {
         { "png", manyTexts, png }, { "icon", IconOf(manyTexts), png }, { "jpeg", jpeg.left(2) + comment + camera + jpeg.mid(2), jpeg },
         { "scan after fill bytes", jpeg.chopped(2) + comment + "\xDA" + jpeg.right(2), jpeg.chopped(2) + "\xDA" + jpeg.right(2) },
-        { "frames", Gif(9), gif }, { "codes", growing + QByteArray(256, '\xFF').repeated(99) + QByteArray("\0;", 2), growing + QByteArray("\0;", 2) },
+        { "frames", Gif(9), Picture::EssentialsOf(Gif(1)).Bytes }, { "codes", growing + QByteArray(256, '\xFF').repeated(99) + QByteArray("\0;", 2), growing + QByteArray("\0;", 2) },
     };
     for (const auto &row : rows)
-        EXPECT_EQ(Picture::EssentialsOf(row.Bytes).Bytes, Picture::EssentialsOf(row.Clean).Bytes) << row.Name;
+        EXPECT_EQ(Picture::EssentialsOf(row.Bytes).Bytes, row.Clean) << row.Name;
 }
 
 TEST(PictureTest, APictureThatIsCutOffIsRefused)
