@@ -76,7 +76,8 @@ public:
             Fail("nothing can be sent");
         QByteArray reply;
         qsizetype head = -1;
-        while ((head = reply.indexOf("\r\n\r\n")) < 0 || reply.size() < head + 4 + Number(reply.left(head), "Content-Length: ")) {
+        while ((head = reply.indexOf("\r\n\r\n")) < 0
+               || reply.size() < head + 4 + Number(reply.left(head), "Content-Length: ")) {
             char bytes[4096];
             const ssize_t count = ::recv(m_socket, bytes, sizeof bytes, 0);
             if (count <= 0)
@@ -186,7 +187,8 @@ int main(int argc, char **argv)
         const auto start = Clock::now() + i * 1s / Guessers;
         for (auto turn = start; turn < start + Guessing; turn += 1s) {
             std::this_thread::sleep_until(turn);
-            client.Ask("LOGIN?email=nobody" + QByteArray::number(i) + '.' + QByteArray::number((turn - start) / 1s) + "&pwd=x;");
+            client.Ask("LOGIN?email=nobody" + QByteArray::number(i) + '.' + QByteArray::number((turn - start) / 1s)
+                       + "&pwd=x;");
         }
     });
     service.terminate();

@@ -140,11 +140,16 @@ QByteArrayList ValuesOf(const std::vector<HeaderLine> &lines, QByteArrayView nam
 // then took for the body would be the next request here.
 bool IsAmbiguous(const std::vector<HeaderLine> &lines, QByteArrayView version)
 {
-    // With a blank before the colon the library does not know the name.
-    const auto hasBlank = [](const HeaderLine &line) { return line.Name.contains(' ') || line.Name.contains('\t'); };
+    // The library takes a blank before the colon for a part of the name, and so
+    // what a second line adds to a value.
+    const auto isOdd = [](const HeaderLine &line) {
+        const QByteArray name = line.Name.toLower();
+        return name.contains(' ') || name.contains('\t') || (name.startsWith("content-length") && name != "content-length")
+            || (name.startsWith("transfer-encoding") && name != "transfer-encoding");
+    };
     const QByteArrayList lengths = ValuesOf(lines, MHD_HTTP_HEADER_CONTENT_LENGTH);
     const QByteArrayList codings = ValuesOf(lines, MHD_HTTP_HEADER_TRANSFER_ENCODING);
-    if (std::any_of(lines.begin(), lines.end(), hasBlank) || lengths.size() + codings.size() > 1)
+    if (std::any_of(lines.begin(), lines.end(), isOdd) || lengths.size() + codings.size() > 1)
         return true;
     return !codings.isEmpty()
         && (codings.first().compare("chunked", Qt::CaseInsensitive) != 0 || version != QByteArrayView(MHD_HTTP_VERSION_1_1));
@@ -239,8 +244,8 @@ private:
     // Keeps account of a connection or a request that comes or goes.
     void Count(const QString &network, bool comes);
     MHD_Result Begin(MHD_Connection *connection, const char *version, Request &request);
-    MHD_Result Receive(MHD_Connection *connection, const char *path, const char *method, const char *version,
-                       const char *bytes, size_t *size, Request *&request);
+    MHD_Result Receive(MHD_Connection *connection, const char *path, const char *method, const char *version, const char *bytes,
+                       size_t *size, Request *&request);
     MHD_Result Answer(MHD_Connection *connection, const char *path, QByteArrayView method, Request &request);
     MHD_Result AnswerPost(MHD_Connection *connection, Request &request);
     void AnswerLater(Request &request, bool isItsTurn);
@@ -320,14 +325,13 @@ void HttpServer::Daemon::Start()
     // The log comes first: it is to hear of the other options.
     m_daemon = MHD_start_daemon(flags, m_options.Port, static_cast<MHD_AcceptPolicyCallback>(onAccept), this,
                                 static_cast<MHD_AccessHandlerCallback>(onMessage), this, MHD_OPTION_EXTERNAL_LOGGER,
-                                &Daemon::Log, this, MHD_OPTION_SOCK_ADDR, addresses.First->ai_addr,
-                                MHD_OPTION_THREAD_POOL_SIZE, Threads, MHD_OPTION_CONNECTION_LIMIT,
-                                std::max(m_options.Connections, Threads), MHD_OPTION_CONNECTION_MEMORY_LIMIT, HeaderMemory,
-                                MHD_OPTION_CONNECTION_TIMEOUT, static_cast<unsigned>(m_options.Silence.count()),
-                                MHD_OPTION_STRICT_FOR_CLIENT, 1, MHD_OPTION_NOTIFY_COMPLETED,
-                                static_cast<MHD_RequestCompletedCallback>(onEnd), this, MHD_OPTION_NOTIFY_CONNECTION,
-                                static_cast<MHD_NotifyConnectionCallback>(onConnection), this, MHD_OPTION_ARRAY,
-                                isSecure ? security : none, MHD_OPTION_END);
+                                &Daemon::Log, this, MHD_OPTION_SOCK_ADDR, addresses.First->ai_addr, MHD_OPTION_THREAD_POOL_SIZE,
+                                Threads, MHD_OPTION_CONNECTION_LIMIT, std::max(m_options.Connections, Threads),
+                                MHD_OPTION_CONNECTION_MEMORY_LIMIT, HeaderMemory, MHD_OPTION_CONNECTION_TIMEOUT,
+                                static_cast<unsigned>(m_options.Silence.count()), MHD_OPTION_STRICT_FOR_CLIENT, 1,
+                                MHD_OPTION_NOTIFY_COMPLETED, static_cast<MHD_RequestCompletedCallback>(onEnd), this,
+                                MHD_OPTION_NOTIFY_CONNECTION, static_cast<MHD_NotifyConnectionCallback>(onConnection), this,
+                                MHD_OPTION_ARRAY, isSecure ? security : none, MHD_OPTION_END);
     m_hasStarted = true;
     const std::lock_guard lock(m_mutex);
     if (!m_daemon)
@@ -415,8 +419,8 @@ void HttpServer::Daemon::End(MHD_Connection *connection, Request *&request)
 
 // Called once with the headers, then with each piece of the body, and at last
 // without one; once more when a suspended connection goes on.
-MHD_Result HttpServer::Daemon::Receive(MHD_Connection *connection, const char *path, const char *method,
-                                       const char *version, const char *bytes, size_t *size, Request *&request)
+MHD_Result HttpServer::Daemon::Receive(MHD_Connection *connection, const char *path, const char *method, const char *version,
+                                       const char *bytes, size_t *size, Request *&request)
 {
     try {
         if (!request) {

@@ -270,11 +270,12 @@ bool Store::Record(const Report &report)
 {
     const QDateTime now = QDateTime::currentDateTimeUtc();
     const QVariantList key = { report.Session, report.Exams, report.Time };
+    const QVariantList more
+        = { report.User, now.toString(Qt::ISODate), report.User, now.addDays(-1).toString(Qt::ISODate), MostReportsADay };
     // One statement, so that reports side by side are no way around the limit.
     const QSqlQuery query = Run(u"INSERT OR IGNORE INTO reports(session, exams, time, user, received) SELECT ?, ?, ?, ?, ? "
                                 "WHERE (SELECT COUNT(*) FROM reports WHERE user = ? AND received > ?) < ?"_s,
-                                key + QVariantList{ report.User, now.toString(Qt::ISODate), report.User,
-                                                    now.addDays(-1).toString(Qt::ISODate), MostReportsADay });
+                                key + more);
     return query.numRowsAffected() == 1
         || Run(u"SELECT 1 FROM reports WHERE session = ? AND exams = ? AND time = ?"_s, key).next();
 }
