@@ -33,17 +33,20 @@ QSet<QString> Allowed(const QString &folder, const QMap<QString, QStringList> &f
         else if (floors.contains(part))
             allowed += Allowed(part, floors);
         else
-            EXPECT_TRUE(part.startsWith("Qt "_L1)) << part.toStdString();
+            EXPECT_TRUE(part.startsWith("Qt "_L1) || part == "libcurl"_L1) << part.toStdString();
         allowed += part == "Qt PrintSupport"_L1 ? u"Qt Widgets"_s : part;
     }
     return allowed;
 }
 
-bool IsWidgetHeader(const QString &name)
+// What a folder must be allowed for a header; empty where any folder may have it.
+QString Needs(const QString &name)
 {
-    const QString headers = QStringLiteral(QT_HEADERS);
-    return QFile::exists(headers + u"/QtWidgets/"_s + name) || QFile::exists(headers + u"/QtPrintSupport/"_s + name)
-        || name.startsWith("QtWidgets"_L1) || name.startsWith("QtPrintSupport"_L1);
+    for (const QString &module : { u"Widgets"_s, u"PrintSupport"_s, u"Network"_s }) {
+        if (QFile::exists(QStringLiteral(QT_HEADERS) + u"/Qt"_s + module + u'/' + name) || name.startsWith(u"Qt"_s + module))
+            return module == "Network"_L1 ? u"Qt Network"_s : u"Qt Widgets"_s;
+    }
+    return name.startsWith("curl/"_L1) ? u"libcurl"_s : QString();
 }
 
 }
@@ -51,7 +54,7 @@ bool IsWidgetHeader(const QString &name)
 TEST(LayersTest, NoArrowRunsUp)
 {
     static const QRegularExpression include(u"^\\s*#\\s*include\\s*[<\"]([^>\"]+)[>\"]"_s, QRegularExpression::MultilineOption);
-    ASSERT_TRUE(IsWidgetHeader(u"QLabel"_s) && !IsWidgetHeader(u"QString"_s));
+    ASSERT_TRUE(Needs(u"QLabel"_s) == "Qt Widgets"_L1 && Needs(u"QString"_s).isEmpty());
     const QMap<QString, QStringList> floors = Floors();
     for (const QFileInfo &cmake : QDir(Root).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot)) {
         const QString list = cmake.filePath() + u"/CMakeLists.txt"_s;
@@ -71,7 +74,7 @@ TEST(LayersTest, NoArrowRunsUp)
                 const bool isOurs = floors.contains(home) && name.contains(u'/');
                 EXPECT_TRUE(!isOurs || allowed.contains(home) || allowed.contains(name))
                     << path.toStdString() << ": " << name.toStdString();
-                EXPECT_TRUE(!IsWidgetHeader(name) || allowed.contains(u"Qt Widgets"_s))
+                EXPECT_TRUE(Needs(name).isEmpty() || allowed.contains(Needs(name)))
                     << path.toStdString() << ": " << name.toStdString();
             }
         }
