@@ -46,6 +46,9 @@ TEST_F(DownloadFaultsTest, Replies)
     const QString connecting = u"Connecting to Practorium Download Server"_s;
     const QString failed = u"Authentication failed!"_s;
     const Row rows[] = {
+        { "silence", { "", Answer::KeepsOpen }, Code(u"1C"_s), connecting },
+        { "silence in the headers", { Fine, Answer::KeepsOpen }, Code(u"1C"_s), connecting },
+        { "silence in the body", { Fine + "Content-Length: 16\r\n\r\nLOGIN", Answer::KeepsOpen }, Code(u"1C"_s), connecting },
         { "reset at once", { "", Resets }, Code(u"38"_s), connecting },
         { "closed at once", { "" }, Code(u"34"_s), connecting },
         { "reset in the headers", { "HTTP/1.1 200 OK\r\nConte", Resets }, Code(u"38"_s), connecting },
@@ -76,10 +79,9 @@ TEST_F(DownloadFaultsTest, Replies)
         { "100 MB", { Fine + "Content-Length: 104857600\r\n\r\n", Answer::KeepsOpen, 0, "x" }, Trouble },
     };
     for (const Row &row : rows) {
-
         Server.On("LOGIN?", row.Reply);
         Server.BytesTaken = 0;
-        const QString boxes = Run();
+        const QString boxes = Run(row.Name);
         if (row.Box.isEmpty())
             EXPECT_EQ(Shown.Shown.size(), 1) << row.Name << boxes.toStdString();
         else
@@ -125,28 +127,6 @@ TEST_F(DownloadFaultsTest, NoService)
     }
 }
 
-TEST_F(DownloadFaultsTest, Silence)
-{
-    const struct { const char *Name; QByteArray Key; Answer Reply; QString Box; } rows[] = {
-        { "no answer", "LOGIN?", { "", Answer::KeepsOpen }, Code(u"1C"_s) },
-        { "half the headers", "LOGIN?", { Fine, Answer::KeepsOpen }, Code(u"1C"_s) },
-        { "half a message", "LOGIN?", { Fine + "Content-Length: 16\r\n\r\nLOGIN", Answer::KeepsOpen }, Code(u"1C"_s) },
-        { "no pack", "eid=", { "", Answer::KeepsOpen }, Code(u"1C"_s) },
-        { "half a pack", "eid=", { Fine + "Content-Length: 1000000\r\n\r\n" + PackOf("pack"), Answer::KeepsOpen }, Code(u"1C"_s) },
-    };
-    for (const auto &row : rows) {
-        AnswerRightly();
-        Server.On(row.Key, row.Reply);
-        Shown.Shown.clear();
-        Open();
-        Window->SetTimeouts(300, 300, 300);
-        Press();
-        ASSERT_TRUE(WaitForEnd()) << row.Name;
-        EXPECT_EQ(Shown.Shown.join(u'\n'), row.Box) << row.Name;
-        EXPECT_FALSE(WasRun(u"pack"_s)) << row.Name;
-    }
-}
-
 // Instead of a pack. The run goes on to its report, or ends when the transfer
 // itself has failed; a pack that did not come whole is never run.
 TEST_F(DownloadFaultsTest, Packs)
@@ -158,6 +138,8 @@ TEST_F(DownloadFaultsTest, Packs)
     const QString failed = Failed(u"101"_s);
     const struct { const char *Name; Answer Reply; QString Box; bool IsRun = false; } rows[] = {
         { "whole", Answer::Whole(pack), u""_s, true },
+        { "silence", { "", Answer::KeepsOpen }, Code(u"1C"_s) },
+        { "silence in the body", { sized(size) + "\r\n" + pack.left(500'000), Answer::KeepsOpen }, Code(u"1C"_s) },
         { "reset at once", { "", Resets }, Code(u"38"_s) },
         { "reset in the headers", { Fine + "Conte", Resets }, Code(u"38"_s) },
         { "reset after the headers", Answer::Raw(sized(size), {}, Resets), failed },
@@ -189,7 +171,7 @@ TEST_F(DownloadFaultsTest, Packs)
     for (const auto &row : rows) {
         Server.On("eid=", row.Reply);
         Server.Requests.clear();
-        EXPECT_EQ(Run(), row.Box) << row.Name;
+        EXPECT_EQ(Run(row.Name), row.Box) << row.Name;
         EXPECT_EQ(WasRun(u"pack"_s), row.IsRun) << row.Name;
         EXPECT_EQ(Caption(), Close) << row.Name;
         const bool goesOn = !row.Box.startsWith(u"16 Error"_s);
