@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+using namespace Qt::Literals::StringLiterals;
+
 namespace Console {
 
 namespace {
