@@ -27,6 +27,33 @@ else()
   set(PRACTORIUM_SYSTEM unix)
 endif()
 
+# What compiler and linker have against faults being used to take a program over,
+# for each system that is compiled for here. scripts/check-hardening looks for it
+# in the programs.
+set(control_flow)
+if(CMAKE_HOST_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
+  set(control_flow -fcf-protection)
+elseif(CMAKE_HOST_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
+  set(control_flow -mbranch-protection=standard)
+endif()
+set(hardening_compile_options_unix -fstack-protector-strong -fstack-clash-protection ${control_flow}
+  -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -D_GLIBCXX_ASSERTIONS)
+set(hardening_link_options_unix -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+set(hardening_libraries_unix)
+# A large stack frame is always probed there. The library is linked statically,
+# because the shared one would have to lie beside each program. The assertions of
+# the standard library would bring 140 KB into each pack.
+set(hardening_compile_options_win -fstack-protector-strong -fcf-protection -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+set(hardening_link_options_win -Wl,--dynamicbase -Wl,--nxcompat -Wl,--high-entropy-va)
+set(hardening_libraries_win -l:libssp.a)
+add_library(practorium_hardening INTERFACE)
+target_compile_options(practorium_hardening INTERFACE ${hardening_compile_options_${PRACTORIUM_SYSTEM}})
+target_link_options(practorium_hardening INTERFACE ${hardening_link_options_${PRACTORIUM_SYSTEM}})
+target_link_libraries(practorium_hardening INTERFACE ${hardening_libraries_${PRACTORIUM_SYSTEM}})
+if(PRACTORIUM_HARDENED)
+  target_link_libraries(practorium_flags INTERFACE practorium_hardening)
+endif()
+
 # practorium_library(name SOURCES ... SYSTEM ... LINKS ...): one folder as a static library.
 function(practorium_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;SYSTEM;LINKS" ${ARGN})
