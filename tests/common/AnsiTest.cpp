@@ -32,9 +32,7 @@ TEST(AnsiTest, BytesAndCharacters)
         const Ansi::CodePage page(row.Page);
         EXPECT_EQ(page.FromText(row.Text), row.Bytes) << row.Page;
         EXPECT_EQ(page.CanHold(row.Text), row.Holds) << row.Page << " " << row.Text.toStdString();
-        if (!row.Bytes.contains('?')) {
-            EXPECT_EQ(page.ToText(row.Bytes), row.Text) << row.Page;
-        }
+        EXPECT_TRUE(row.Bytes.contains('?') || page.ToText(row.Bytes) == row.Text) << row.Page << " " << row.Text.toStdString();
     }
     const Ansi::CodePage japanese(932);
     EXPECT_EQ(japanese.ToText("\x82\x20z"), u"?z"_s) << "no such pair";

@@ -48,6 +48,11 @@ TEST(ExamTest, AKnownFile)
     const QString copy = Sandbox::Path(u"copy.exam"_s);
     EXPECT_FALSE(exam.Save(u"\""_s + copy + u'"'));
     EXPECT_EQ(Sandbox::ReadFile(copy), Known);
+
+    exam.Load(copy);
+    EXPECT_EQ(exam.Questions().Count(), 2) << "not appended";
+    EXPECT_EQ(ResultOf([&] { exam.Load(Written(Known.left(120))); }), u"62 Exam::Save()"_s);
+    EXPECT_EQ(exam.Questions().Count(), 1) << "the whole item before the cut";
 }
 
 TEST(ExamTest, HeaderBytes)
@@ -72,16 +77,6 @@ TEST(ExamTest, HeaderBytes)
                   row.Fields);
         EXPECT_EQ(cut.FileName(), name);
     }
-}
-
-TEST(ExamTest, WhatIsReplaced)
-{
-    Exam exam;
-    exam.Load(Written(Known));
-    exam.Load(Written(Known));
-    EXPECT_EQ(exam.Questions().Count(), 2) << "not appended";
-    EXPECT_EQ(ResultOf([&] { exam.Load(Written(Known.left(120))); }), u"62 Exam::Save()"_s);
-    EXPECT_EQ(exam.Questions().Count(), 1) << "the whole item before the cut";
 }
 
 TEST(ExamTest, ErrorsCarryTheSystemsNumberAndTheOperation)

@@ -9,9 +9,6 @@
 
 namespace {
 
-// Where a BMP has its height.
-constexpr int BmpHeight = 22;
-
 QString Written(const QByteArray &bytes)
 {
     const QString path = Sandbox::Path(u"picture.bmp"_s);
@@ -37,6 +34,11 @@ QImage Sample(int width = 2, int height = 2)
     for (int x = 0; x < width; ++x)
         image.setPixelColor(x, 0, Qt::red);
     return image;
+}
+
+QByteArray BmpOfHeight(qint32 height, const QImage &image = Sample())
+{
+    return Encoded(image, "BMP").replace(22, 4, reinterpret_cast<const char *>(&height), 4);
 }
 
 // A GIF of one pixel for each frame, the first red and the others blue, that
@@ -112,14 +114,10 @@ QString RefusalOf(const QByteArray &bytes)
 
 TEST(PictureTest, WhatAnExhibitCanBe)
 {
-    QByteArray topDown = Encoded(Sample(), "BMP");
-    qToLittleEndian<qint32>(-2, topDown.data() + BmpHeight);
     const struct { const char *Name; QByteArray Bytes; QSize Size; QColor Top; } rows[] = {
-        { "bmp", Encoded(Sample(), "BMP"), { 2, 2 }, Qt::red },
-        // The same rows in the file, told from the top down.
-        { "top-down bmp", topDown, { 2, 2 }, Qt::blue }, { "png", Encoded(Sample(3, 2), "PNG"), { 3, 2 }, Qt::red },
-        { "ico", Encoded(Sample(16, 16), "ICO"), { 16, 16 }, Qt::red },
-        { "jpeg", Encoded(Sample(16, 16).scaled(16, 160), "JPG"), { 16, 160 }, Qt::red },
+        // The same rows in the file, and told from the top down.
+        { "bmp", Encoded(Sample(), "BMP"), { 2, 2 }, Qt::red }, { "top-down bmp", BmpOfHeight(-2), { 2, 2 }, Qt::blue }, { "png", Encoded(Sample(3, 2), "PNG"), { 3, 2 }, Qt::red },
+        { "ico", Encoded(Sample(16, 16), "ICO"), { 16, 16 }, Qt::red }, { "jpeg", Encoded(Sample(16, 16).scaled(16, 160), "JPG"), { 16, 160 }, Qt::red },
         { "gif", Gif(1), { 1, 1 }, Qt::red }, { "moving gif", Gif(3), { 1, 1 }, Qt::red },
         { "gif of long codes", GrowingGif() + QByteArray("\0;", 2), { 99, 50 }, Qt::red },
     };
@@ -133,16 +131,14 @@ TEST(PictureTest, WhatAnExhibitCanBe)
 TEST(PictureTest, WhatItCannotBe)
 {
     const auto quiet = LetDecodersComplain();
-    const QString foreign = u"The file is not a BMP, GIF, JPEG, ICO or PNG picture"_s;
+    const QString foreign = u"The file is not a BMP, GIF, JPEG, ICO or PNG picture"_s, damaged = u"The picture is damaged"_s;
     const QString size = u"The picture is empty or too large"_s;
-    const QString damaged = u"The picture is damaged"_s;
-    const auto bmp = [](qint32 height) { return Encoded(Sample(), "BMP").replace(BmpHeight, 4, reinterpret_cast<char *>(&height), 4); };
     const struct { const char *Name; QByteArray Bytes; QString Start; } rows[] = {
         { "empty", "", foreign }, { "text that begins like a bmp", "BM was here, and this is plain text", damaged },
         { "svg", "<?xml version=\"1.0\"?><svg xmlns=\"http://www.w3.org/2000/svg\" width=\"9\" height=\"9\"/>", foreign },
         { "huge gif", Gif(1, 30'000, 30'000), size }, { "huge frame", Gif(1, 0, 30'000), size }, { "no frame", Gif(0), damaged },
         { "huge png", Encoded(QImage(4'001, 4'000, QImage::Format_Mono), "PNG"), size },
-        { "bmp without height", bmp(0), size }, { "endless top-down bmp", bmp(-100'000'000), size },
+        { "bmp without height", BmpOfHeight(0), size }, { "endless top-down bmp", BmpOfHeight(-100'000'000), size },
         { "cut png", Encoded(Sample(), "PNG").left(60), damaged }, { "long png", Encoded(Sample(16'385, 2), "PNG"), size },
         { "high jpeg", Encoded(Sample(2, 16'385), "JPG"), size }, { "cursor", QByteArray("\0\0\2\0\1\0", 6), foreign },
         { "huge png in an icon", IconOf(Encoded(QImage(4'001, 4'000, QImage::Format_Mono), "PNG")), size },
@@ -183,7 +179,7 @@ TEST(PictureTest, APictureThatIsCutOffIsRefused)
         noise.setPixel(i % noise.width(), i / noise.width(), 0xFF000000U | (quint32(i) * 2654435761U) >> 8);
     // From the shortest that shows its format.
     const struct { const char *Name; QByteArray Bytes; qsizetype From; } rows[] = {
-        { "bmp", Encoded(noise, "BMP"), 2 }, { "top-down bmp", Encoded(noise, "BMP").replace(BmpHeight, 4, "\xE2\xFF\xFF\xFF"), 2 },
+        { "bmp", Encoded(noise, "BMP"), 2 }, { "top-down bmp", BmpOfHeight(-30, noise), 2 },
         { "bmp of 1 bit", Encoded(noise.convertToFormat(QImage::Format_Mono), "BMP"), 2 },
         { "jpeg", Encoded(noise, "JPG"), 3 }, { "progressive jpeg", Progressive(noise), 3 },
         { "gif", Gif(1), 6 }, { "moving gif", Gif(3), 6 }, { "png", Encoded(noise, "PNG"), 8 },
