@@ -43,11 +43,7 @@ QString Parsed(const QByteArray &bytes)
     return items.join(u"\n"_s);
 }
 
-struct Row {
-    const char *Name;
-    QByteArray Source;
-    const char16_t *Expected;
-};
+struct Row { const char *Name; QByteArray Source; const char16_t *Expected; };
 
 void ExpectRows(const std::vector<Row> &rows)
 {

@@ -5,11 +5,7 @@
 
 namespace {
 
-struct Row {
-    const char *Name;
-    const char16_t *Source;
-    const char16_t *Expected;
-};
+struct Row { const char *Name; const char16_t *Source, *Expected; };
 
 void ExpectRows(Gift::Markup markup, const std::vector<Row> &rows)
 {

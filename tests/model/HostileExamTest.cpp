@@ -47,7 +47,6 @@ QString Sit(const QByteArray &bytes)
 }
 
 const QString cut = u"62 Exam::Save()"_s;
-const QString many = u"6 Exam::Save()"_s;
 
 }
 
@@ -68,7 +67,7 @@ TEST(HostileExamTest, CutAndChangedAtEveryPlace)
             QByteArray changed = bytes;
             std::memcpy(changed.data() + place, &value, 4);
             const QString result = Sit(changed);
-            EXPECT_TRUE(result == u"none"_s || result == cut || result == many) << place << " " << value << " " << result.toStdString();
+            EXPECT_TRUE(result == u"none"_s || result == cut || result == u"6 Exam::Save()"_s) << place << " " << value << " " << result.toStdString();
         }
     }
 }

@@ -15,9 +15,8 @@ using namespace Qt::Literals::StringLiterals;
 
 TEST(SystemFoldersTest, MacrosAndWhatTheSystemSays)
 {
-    struct Row { QString Macro, Folder; };
     const auto variable = [](const char *name) { return qEnvironmentVariable(name); };
-    const Row rows[] = {
+    const struct { QString Macro, Folder; } rows[] = {
         { u"$(PROGRAMFILES)"_s, variable("ProgramFiles") }, { u"$(COMMONFILES)"_s, variable("CommonProgramFiles") },
         { u"$(WINDOWS)"_s, variable("SystemRoot") }, { u"$(SYSTEM)"_s, variable("SystemRoot") + u"\\system32"_s },
         { u"$(APPDATA)"_s, variable("APPDATA") }, { u"$(LOCALAPPDATA)"_s, variable("LOCALAPPDATA") },
@@ -26,7 +25,7 @@ TEST(SystemFoldersTest, MacrosAndWhatTheSystemSays)
         // These are places of the shell and no folders.
         { u"$(NETWORK)"_s, u""_s },
     };
-    for (const Row &row : rows)
+    for (const auto &row : rows)
         EXPECT_EQ(IO::GetSpecialFolder(row.Macro).toLower(), row.Folder.toLower()) << row.Macro.toStdString();
     for (const QString &name : { u"PROGRAMSMENU"_s, u"NETHOOD"_s, u"TEMPLATES"_s, u"ALLUSERSSTARTMENU"_s, u"COOKIES"_s, u"DESKTOP"_s })
         EXPECT_TRUE(QFileInfo(IO::GetSpecialFolder(u"$("_s + name + u')')).isAbsolute()) << name.toStdString();
