@@ -157,6 +157,8 @@ void SiftJpeg(QByteArray &bytes)
             file.Skip(1);
             const qint64 height = file.BigHalf();
             const qint64 width = file.BigHalf();
+            if (file.Position() > end)
+                throw Damaged();
             if (!file.IsPastEnd())
                 RequireSize(width, height);
             pixels = std::max(pixels, width * height);
@@ -424,7 +426,7 @@ Essentials EssentialsOf(QByteArray bytes)
     } else if (startsWith("GIF87a", 6) || startsWith("GIF89a", 6)) {
         format = "gif"_ba;
         GifSieve(bytes).Run();
-    } else if (startsWith("\xFF\xD8\xFF", 3)) {
+    } else if (startsWith("\xFF\xD8", 2)) {
         format = "jpeg"_ba;
         SiftJpeg(bytes);
     } else if (startsWith("\0\0\1\0", 4)) {
