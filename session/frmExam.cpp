@@ -20,8 +20,6 @@
 #include <QScreen>
 #include <QScrollBar>
 
-#include <utility>
-
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
@@ -310,15 +308,9 @@ void frmExam::keyPressEvent(QKeyEvent *event)
 void frmExam::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
+    // One comes with the first showing, too, but not when a window is restored,
+    // which stays as the candidate left it.
     Arrange();
-}
-
-void frmExam::showEvent(QShowEvent *event)
-{
-    QWidget::showEvent(event);
-    // A window that is restored is shown again, as the candidate left it.
-    if (!std::exchange(m_wasShown, true))
-        Arrange();
 }
 
 void frmExam::closeEvent(QCloseEvent *event)

@@ -37,7 +37,6 @@ Q_SIGNALS:
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
-    void showEvent(QShowEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
@@ -67,7 +66,6 @@ private:
     ExamClock tmrTimer;
     double m_textScale = 1;
     QString m_announcedMinute;
-    bool m_wasShown = false;
     bool m_isClosing = false;
     QCheckBox *chkMarked;
     QLabel *lblTime;

@@ -77,7 +77,6 @@ void frmExhibit::SetExhibit(const QString &name)
     m_path = IO::CombinePath(IO::GetFolder(Globals::CurrentExam ? Globals::CurrentExam->FileName() : QString()), name);
     picExhibit->SetImage(Picture::Load(m_path));
     picExhibit->setAccessibleDescription(name);
-    picExhibit->move(0, 0);
     vsbScroll->setValue(0);
     Arrange();
 }
