@@ -70,7 +70,10 @@ void QuestionFrame::MovePanel(PageLayout::Point distance)
                                  Twips::Of(fraInfo->height()) };
     const PageLayout::Point to = PanelFrame().Drag(panel, {}, distance);
     PutPanel(to);
-    m_panelCorner = { to.X + panel.Width, to.Y + panel.Height };
+    if (to.X != panel.Left)
+        m_panelCorner.X = to.X + panel.Width;
+    if (to.Y != panel.Top)
+        m_panelCorner.Y = to.Y + panel.Height;
 }
 
 double QuestionFrame::BorderTwips() const
