@@ -145,7 +145,7 @@ TEST_F(ReviewWindowTest, AKeyHeldDownChoosesNothing)
     for (const bool isMarked : { true, false }) {
         Show(&Exam);
         Find<QWidget>(&Exam, u"cmdNext"_s)->setFocus();
-        HeldKey enter(Qt::Key_Return, isMarked);
+        HeldKey enter{ Qt::Key_Return, isMarked };
         enter.Press();
         enter.Repeat(5);
         EXPECT_TRUE(Window->isVisible());

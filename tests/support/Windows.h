@@ -57,43 +57,37 @@ inline void ClickBox(const QWidget *window, const QString &name)
 
 // A key of a keyboard that repeats: in front of each further press a release of
 // the same time. Not every system marks these as repeats.
-class HeldKey {
-public:
-    HeldKey(Qt::Key key, bool isMarked, const QString &text = {}, Qt::KeyboardModifiers modifiers = {})
-        : m_key(key), m_isMarked(isMarked), m_text(text), m_modifiers(modifiers) { }
+struct HeldKey {
+    Qt::Key Key;
+    bool IsMarked;
+    QString Text = {};
+    Qt::KeyboardModifiers Modifiers = {};
+    inline static ulong Time = 0;
+
+    void Send(QEvent::Type type, bool isRepeat)
+    {
+        QKeyEvent event(type, Key, Modifiers, Text, isRepeat && IsMarked);
+        event.setTimestamp(Time);
+        QCoreApplication::sendEvent(QApplication::focusWidget(), &event);
+    }
     void Press(bool isRepeat = false)
     {
-        if (isRepeat)
-            Release(true);
-        else
-            m_time += 50;
-        if (!qt_sendShortcutOverrideEvent(QApplication::focusWidget(), m_time, m_key, m_modifiers, m_text, isRepeat && m_isMarked))
+        Time += isRepeat ? 0 : 50;
+        if (!qt_sendShortcutOverrideEvent(QApplication::focusWidget(), Time, Key, Modifiers, Text, isRepeat && IsMarked))
             Send(QEvent::KeyPress, isRepeat);
-    }
-    void Repeat(int times)
-    {
-        while (times-- > 0)
-            Press(true);
     }
     void Release(bool isRepeat = false)
     {
-        m_time += 50;
+        Time += 50;
         Send(QEvent::KeyRelease, isRepeat);
     }
-
-private:
-    void Send(QEvent::Type type, bool isRepeat)
+    void Repeat(int times)
     {
-        QKeyEvent event(type, m_key, m_modifiers, m_text, isRepeat && m_isMarked);
-        event.setTimestamp(m_time);
-        QCoreApplication::sendEvent(QApplication::focusWidget(), &event);
+        for (; times > 0; --times) {
+            Release(true);
+            Press(true);
+        }
     }
-
-    inline static ulong m_time = 0;
-    Qt::Key m_key;
-    bool m_isMarked;
-    QString m_text;
-    Qt::KeyboardModifiers m_modifiers;
 };
 
 // Has a step done in the next modal window of that object name or class, as
