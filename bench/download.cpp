@@ -64,6 +64,10 @@ public:
     void Stop()
     {
         m_goesOn = false;
+        // A question that is still on its way is answered here; it may have been
+        // asked just now.
+        while (!m_hasStopped)
+            QCoreApplication::sendPostedEvents(m_window);
         if (m_thread.joinable())
             m_thread.join();
     }
@@ -93,10 +97,12 @@ private:
             m_mostMemory = std::max(m_mostMemory, Resident());
             std::this_thread::sleep_for(AskEvery);
         }
+        m_hasStopped = true;
     }
 
     QObject *m_window;
     std::atomic<bool> m_goesOn = true;
+    std::atomic<bool> m_hasStopped = false;
     std::vector<double> m_waits;
     double m_mostMemory = 0;
     std::thread m_thread;
@@ -131,8 +137,6 @@ int main(int argc, char **argv)
     QObject::connect(&window, &frmExamDownloader::Installing, &window, [&](const QString &examID) {
         const double seconds = static_cast<double>(time.nsecsElapsed()) / 1e9;
         const qint64 size = QFileInfo(QDir::tempPath() + u'/' + examID + u".exe"_s).size();
-        // The question that is on its way is answered only when events run again.
-        QCoreApplication::sendPostedEvents(&window);
         asker.Stop();
         std::printf("%.1f %.2f %.2f\n", static_cast<double>(size) / Megabyte / seconds, asker.Percentile99(),
                     asker.MostMemory() - before);

@@ -228,3 +228,27 @@ TEST(TransferTest, NothingAfterCancel)
     QCoreApplication::processEvents();
     EXPECT_EQ(states, QList<int>{ Transfer::Requesting });
 }
+
+// The server waits again and again for a reader who is slower, and nothing is lost.
+TEST(TransferTest, LongBody)
+{
+    QByteArray body(24 << 20, 'x');
+    for (qsizetype i = 0; i < body.size(); i += 997)
+        body[i] = static_cast<char>(i / 997);
+    const Elsewhere server(Answer::Whole(body));
+    Transfer line;
+    QByteArray read;
+    QEventLoop loop;
+    QObject::connect(&line, &Transfer::StateChanged, &loop, [&](int state) {
+        for (QByteArray chunk; state == Transfer::Completed && !(chunk = line.GetChunk(32'768)).isEmpty();) {
+            read += chunk;
+            QCoreApplication::processEvents();
+        }
+        if (state != Transfer::Requesting)
+            loop.quit();
+    });
+    line.Execute(server.Url, "GET");
+    loop.exec();
+    EXPECT_TRUE(read == body) << read.size();
+    EXPECT_FALSE(line.StillExecuting());
+}
