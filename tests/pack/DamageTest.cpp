@@ -132,10 +132,8 @@ TEST(DamageTest, LettersAsInUnicode)
     for (char32_t c = 1; c <= QChar::LastValidCodePoint; ++c) {
         const std::string bytes = QString::fromUcs4(&c, 1).toStdString();
         std::string_view text = bytes;
-        if (QChar::isSurrogate(c) || c == QChar::ByteOrderMark)
-            continue;
-        ASSERT_TRUE(Utf8::Take(text) == c && text.empty()) << std::hex << uint32_t(c);
-        ASSERT_EQ(Utf8::Folded(c), QChar::toCaseFolded(c)) << std::hex << uint32_t(c);
+        const bool isText = !QChar::isSurrogate(c) && c != QChar::ByteOrderMark;
+        ASSERT_TRUE(!isText || (Utf8::Take(text) == c && text.empty() && Utf8::Folded(c) == QChar::toCaseFolded(c))) << std::hex << uint32_t(c);
     }
 }
 

@@ -24,24 +24,15 @@ namespace {
 std::function<int()> exchangeReachesDisk;
 bool canExchangeHere = true;
 
-Preparation With(const QMap<QString, QString> &variables)
-{
-    return [variables](QProcess &process) {
-        QProcessEnvironment environment;
-        for (auto each = variables.begin(); each != variables.end(); ++each)
-            environment.insert(each.key(), each.value());
-        process.setProcessEnvironment(environment);
-    };
-}
-
 }
 
 extern "C" int fsync(int file)
 {
     struct stat folder = {};
     struct stat exams = {};
-    const bool isExams = fstat(file, &folder) == 0 && stat(qPrintable(Sandbox::ExamsFolder()), &exams) == 0 && folder.st_ino == exams.st_ino;
-    errno = isExams && exchangeReachesDisk ? exchangeReachesDisk() : 0;
+    const bool isExams = exchangeReachesDisk && fstat(file, &folder) == 0 && stat(qPrintable(Sandbox::ExamsFolder()), &exams) == 0
+        && folder.st_ino == exams.st_ino;
+    errno = isExams ? exchangeReachesDisk() : 0;
     return errno != 0 ? -1 : static_cast<int>(syscall(SYS_fsync, file));
 }
 
@@ -65,21 +56,21 @@ TEST(InstallTest, WhereExamsAreLookedFor)
 {
     const QString program = MakePack(u"NET-101.v2"_s, u"A-1"_s);
     const QString root = Sandbox::Path(u"homes"_s);
-    const QString data = u"XDG_DATA_HOME"_s;
-    const QString home = u"HOME"_s;
-    const std::vector<std::pair<QMap<QString, QString>, QString>> rows = {
-        { { { data, root + u"/a/b"_s }, { home, root + u"/h"_s } }, u"/a/b"_s },
-        { { { data, root + u"/slash/"_s } }, u"/slash"_s },
-        { { { data, u"relative"_s }, { home, root + u"/h1"_s } }, u"/h1/.local/share"_s },
-        { { { data, u""_s }, { home, root + u"/h2"_s } }, u"/h2/.local/share"_s },
-        { { { home, root + u"/h3"_s } }, u"/h3/.local/share"_s },
-        { {}, {} },
-        { { { home, u"relative"_s } }, {} },
+    const QString data = u"XDG_DATA_HOME="_s;
+    const QString home = u"HOME="_s;
+    const std::pair<QStringList, QString> rows[] = {
+        { { data + root + u"/a/b"_s, home + root + u"/h"_s }, u"/a/b"_s },
+        { { data + root + u"/slash/"_s }, u"/slash"_s },
+        { { data + u"relative"_s, home + root + u"/h1"_s }, u"/h1/.local/share"_s },
+        { { data, home + root + u"/h2"_s }, u"/h2/.local/share"_s },
+        { { home + root + u"/h3"_s }, u"/h3/.local/share"_s },
+        { { u"NONE="_s }, {} },
+        { { home + u"relative"_s }, {} },
     };
     const Outcome nowhere = Failed(u"NET-101.v2"_s, u"there is no exams folder to install into"_s);
     for (const auto &[variables, folder] : rows) {
         QDir(root).removeRecursively();
-        EXPECT_EQ(OutcomeOf(program, {}, With(variables)), folder.isEmpty() ? nowhere : Done) << folder.toStdString();
+        EXPECT_EQ(OutcomeOf(program, {}, [&](QProcess &process) { process.setEnvironment(variables); }), folder.isEmpty() ? nowhere : Done) << folder.toStdString();
         const Tree wanted = folder.isEmpty() ? Tree() : Installed(u"NET-101.v2"_s, u"A-1"_s);
         EXPECT_EQ(Snapshot(root + folder + u"/Practorium/Exams"_s), wanted);
     }
@@ -105,7 +96,7 @@ TEST(InstallTest, LinksAndPermissions)
         EXPECT_TRUE(link.isEmpty() ? QDir().mkdir(root + where, QFile::ReadOwner | QFile::ExeOwner) : QFile::link(link, root + where));
         const Tree before = Snapshot(Sandbox::Path({}));
         const Outcome outcome = OutcomeOf(program, {}, [&](QProcess &process) {
-            With({ { u"XDG_DATA_HOME"_s, root } })(process);
+            process.setEnvironment({ u"XDG_DATA_HOME="_s + root });
             // Permissions hold for everybody, the superuser too.
             process.setChildProcessModifier([] { prctl(PR_CAPBSET_DROP, 1 /* CAP_DAC_OVERRIDE */, 0, 0, 0); });
         });

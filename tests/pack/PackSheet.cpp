@@ -34,8 +34,7 @@ QString MakePack(const QString &name, const QString &code, qsizetype pictureByte
 
 namespace {
 
-template <class Number>
-QByteArray Little(Number number)
+template <class Number> QByteArray Little(Number number)
 {
     const Number little = qToLittleEndian(number);
     return { reinterpret_cast<const char *>(&little), sizeof little };
