@@ -15,7 +15,8 @@ qint32 SyncShell(const QString &command)
     STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process = {};
-    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, NORMAL_PRIORITY_CLASS, nullptr, nullptr, &startup, &process)) {
+    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, NORMAL_PRIORITY_CLASS, nullptr, nullptr, &startup,
+                        &process)) {
         const DWORD code = GetLastError();
         const Error error(InvalidCall, u"Unable to execute command "_s + command, u"SyncShell()"_s);
         SetLastError(code);

@@ -159,7 +159,8 @@ void DownloadTour::DownloadAgain(QWidget *window)
     Click(action);
     // A fast service leaves nothing to cancel.
     const auto isOver = [&] { return !window->isVisible() || action->text() == "&Close"_L1; };
-    WaitFor([&] { return Waiting() == 0 && (Status(window).startsWith("Downloading: "_L1) || isOver()); }, u"the second pack"_s);
+    WaitFor([&] { return Waiting() == 0 && (Status(window).startsWith("Downloading: "_L1) || isOver()); },
+            u"the second pack"_s);
     if (window->isVisible())
         Click(action);
     Expect(!window->isVisible(), u"Cancel to close the window"_s);
