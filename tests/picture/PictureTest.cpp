@@ -136,10 +136,11 @@ TEST(PictureTest, WhatItCannotBe)
     const struct { const char *Name; QByteArray Bytes; QString Start; } rows[] = {
         { "empty", "", foreign }, { "text that begins like a bmp", "BM was here, and this is plain text", damaged },
         { "svg", "<?xml version=\"1.0\"?><svg xmlns=\"http://www.w3.org/2000/svg\" width=\"9\" height=\"9\"/>", foreign },
-        { "huge gif", Gif(1, 30'000, 30'000), size }, { "huge frame", Gif(1, 0, 30'000), size }, { "no frame", Gif(0), damaged },
+        { "huge gif", Gif(1, 30'000, 30'000), size }, { "huge frame", Gif(1, 1, 30'000), size }, { "no frame", Gif(0), damaged },
         { "huge png", Encoded(QImage(4'001, 4'000, QImage::Format_Mono), "PNG"), size },
         { "bmp without height", BmpOfHeight(0), size }, { "endless top-down bmp", BmpOfHeight(-100'000'000), size },
-        { "cut png", Encoded(Sample(), "PNG").left(60), damaged }, { "long png", Encoded(Sample(16'385, 2), "PNG"), size },
+        { "cut png", Encoded(Sample(), "PNG").left(60), damaged }, { "cut icon", IconOf(Encoded(Sample(), "PNG")).left(40), damaged },
+        { "long png", Encoded(Sample(16'385, 2), "PNG"), size },
         { "high jpeg", Encoded(Sample(2, 16'385), "JPG"), size }, { "cursor", QByteArray("\0\0\2\0\1\0", 6), foreign },
         { "huge png in an icon", IconOf(Encoded(QImage(4'001, 4'000, QImage::Format_Mono), "PNG")), size },
         { "huge bitmap in an icon", IconOf(Encoded(QImage(4'001, 8'000, QImage::Format_Mono), "BMP").mid(14)), size },
@@ -156,8 +157,9 @@ TEST(PictureTest, WhatItCannotBe)
 // What costs time and memory and shows nothing: texts, and codes behind the last pixel.
 TEST(PictureTest, WhatNoDecoderIsGiven)
 {
-    // Without the size on paper.
-    const QByteArray png = Encoded(Sample(), "PNG").remove(33, 21), jpeg = Encoded(Sample(), "JPG");
+    // With transparent colours in place of the size on paper, and with what says how colours are stored.
+    const QByteArray png = Encoded(Sample(), "PNG").replace(33, 21, QByteArray("\0\0\0\1tRNS\0crc!", 13));
+    const QByteArray jpeg = Encoded(Sample(), "JPG").insert(2, QByteArray("\xFF\xEE\0\4ab", 6)), ended = Gif(1, 30, 30);
     const QByteArray texts = (QByteArray("\0\0\0\3zTXt", 8) + "K\0\0crc!"_ba).repeated(9);
     const QByteArray manyTexts = png.left(33) + texts + png.mid(33);
     const QByteArray comment = "\xFF\xFF\xFE\0\6text"_ba, camera = "\xFF\xE1\0\4\xFF\xD9"_ba;
@@ -165,7 +167,8 @@ TEST(PictureTest, WhatNoDecoderIsGiven)
     const struct { const char *Name; QByteArray Bytes, Clean; } rows[] = {
         { "png", manyTexts, png }, { "icon", IconOf(manyTexts), png }, { "jpeg", jpeg.left(2) + comment + camera + jpeg.mid(2), jpeg },
         { "scan after fill bytes", jpeg.chopped(2) + comment + "\xDA" + jpeg.right(2), jpeg.chopped(2) + "\xDA" + jpeg.right(2) },
-        { "frames", Gif(9), Picture::EssentialsOf(Gif(1)).Bytes }, { "codes", growing + QByteArray(256, '\xFF').repeated(99) + QByteArray("\0;", 2), growing + QByteArray("\0;", 2) },
+        { "frames", Gif(9), Gif(1).replace("\2\x44\1", "\1\x44") }, { "codes", growing + QByteArray(256, '\xFF').repeated(99) + QByteArray("\0;", 2), growing + QByteArray("\0;", 2) },
+        { "codes behind the end", QByteArray(ended).replace("\2\x44\1", "\4\x44\1\xAA\xAA"), ended },
     };
     for (const auto &row : rows)
         EXPECT_EQ(Picture::EssentialsOf(row.Bytes).Bytes, row.Clean) << row.Name;
