@@ -100,11 +100,9 @@ Point PanelFrame::Drag(const Box &panel, Point press, Point pointer) const
     return { across ? left : panel.Left, down ? top : panel.Top };
 }
 
-Point PanelFrame::Keep(const Box &panel) const
+Point PanelFrame::Grown(Point corner, double width, double height) const
 {
-    const double right = Width - ScrollBarWidth - panel.Width - DragMargin;
-    const double bottom = Height - panel.Height - DragMargin;
-    return { std::max(DragMargin, std::min(panel.Left, right)), std::max(DragMargin, std::min(panel.Top, bottom)) };
+    return { std::max(DragMargin, corner.X - width), std::max(DragMargin, corner.Y - height) };
 }
 
 }

@@ -84,9 +84,9 @@ struct PanelFrame {
     // has moved away from where it was pressed. Each axis moves only as long as
     // it stays inside the frame.
     Point Drag(const Box &panel, Point press, Point pointer) const;
-    // Where a panel goes whose size has changed: as near as possible to where
-    // it is with all of it where it may be moved.
-    Point Keep(const Box &panel) const;
+    // Where a panel of another size goes whose lower right corner was inside:
+    // away from that corner as far as there is room, then beyond it.
+    Point Grown(Point corner, double width, double height) const;
 };
 
 }

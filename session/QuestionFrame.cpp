@@ -109,9 +109,7 @@ void QuestionFrame::ShowChanges(const PageState &page)
         fraInfo->Display(page);
         // A longer key makes the panel grow away from the corner it stands in,
         // as far as the frame has room there; a shorter one brings it back.
-        const double width = Twips::Of(fraInfo->width());
-        const double height = Twips::Of(fraInfo->height());
-        PutPanel(PanelFrame().Keep({ m_panelCorner.X - width, m_panelCorner.Y - height, width, height }));
+        PutPanel(PanelFrame().Grown(m_panelCorner, Twips::Of(fraInfo->width()), Twips::Of(fraInfo->height())));
         fraInfo->raise();
     }
 }
