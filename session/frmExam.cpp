@@ -299,8 +299,7 @@ void frmExam::keyPressEvent(QKeyEvent *event)
             return;
         default: break;
         }
-        if (modifiers != Qt::NoModifier || event->text().size() != 1
-            || !m_session.PressLetter(event->text().front()))
+        if (modifiers != Qt::NoModifier || event->text().size() != 1 || !m_session.PressLetter(event->text().front()))
             QWidget::keyPressEvent(event);
     });
 }

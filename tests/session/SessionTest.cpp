@@ -287,17 +287,3 @@ TEST_F(SessionTest, ReviewAfterTheExam)
     Session.GotoQuestion(4);
     EXPECT_EQ(Session.Page().Status, u"CORRECT"_s) << "no answer to an item without a key";
 }
-
-TEST_F(SessionTest, Closing)
-{
-    Session.StartExam();
-    Port.Log.clear();
-    for (const int answer : { AnswerNo, NoAnswer, AnswerYes }) {
-        Port.Answer = answer;
-        EXPECT_EQ(Session.QueryClose(), answer == AnswerYes) << answer;
-    }
-    EXPECT_EQ(Port.Log, QStringList(3, u"36 Are you sure you want to terminate the exam?"_s));
-    Globals::CurrentExam->EndExam();
-    EXPECT_TRUE(Session.QueryClose());
-    EXPECT_EQ(Port.Log.size(), 3) << "no question after the end";
-}
