@@ -55,8 +55,7 @@ TEST(CheckTest, WhatAnExamCanHoldWrong)
           u"the code holds the control character U+0000; the name holds the control character U+001B; "
           "item 2: the question text holds the control character U+0007; item 2: option 2 holds the control character U+0000; "
           "item 2: the explanation holds the control character U+007F" },
-        { "exhibit", shown(u"good.bmp"_s), u"" },
-        { "no exhibit", shown(u"gone.bmp"_s), u"item 2: the exhibit \"gone.bmp\": not found" },
+        { "exhibit", shown(u"good.bmp"_s), u"" }, { "no exhibit", shown(u"gone.bmp"_s), u"item 2: the exhibit \"gone.bmp\": not found" },
         { "no picture", shown(u"text.bmp"_s), u"item 2: the exhibit \"text.bmp\": The file is not a BMP, GIF, JPEG, ICO or PNG picture" },
         { "upwards", shown(u"../good.bmp"_s), u"item 2: the exhibit \"../good.bmp\" is not a plain file name and may lead out of the folder" },
     };

@@ -102,8 +102,7 @@ TEST(ProgramTest, WrongUsage)
     const std::vector<QStringList> rows = {
         {}, { u"bogus"_s }, { u"dump"_s, u"a"_s, u"b"_s }, { u"check"_s, u"--x"_s }, { u"build"_s, u"u/b.gift"_s },
         build({ u"--bogus"_s }), build({ u"--max"_s, u"32768"_s }), build({ u"--max"_s, u"1e3"_s }),
-        build({ u"--pass"_s, u"1001"_s }),
-        build({ u"--minutes"_s, u"547"_s }), build({ u"--code"_s, u" "_s }), build({ u"--name"_s, u"\u2192"_s }),
+        build({ u"--pass"_s, u"1001"_s }), build({ u"--minutes"_s, u"547"_s }), build({ u"--code"_s, u" "_s }), build({ u"--name"_s, u"\u2192"_s }),
     };
     for (const QStringList &row : rows) {
         const Outcome outcome = Started(row);
