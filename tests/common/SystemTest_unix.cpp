@@ -56,8 +56,7 @@ TEST(SystemTest, TheCodePageFollowsTheVariableOfCharacters)
         { "C", "ja_JP", "ja_JP", 1252 }, { "", "sr_RS.UTF-8@latin", "", 1250 }, { "", "", "sr_RS", 1251 }, { "", "", "uz_UZ@cyrillic", 1251 },
         { "zh_HK.UTF-8", "", "", 950 }, { "zh_CN", "", "", 936 }, { "el_GR", "", "", 1253 }, { "tr_TR", "", "", 1254 }, { "C.UTF-8", "", "", 1252 },
     };
-    qputenv("LANGUAGE", "el_GR");
-    qputenv("LC_MESSAGES", "el_GR");
+    qputenv("LANGUAGE", "el_GR"), qputenv("LC_MESSAGES", "el_GR");
     for (const auto &row : rows) {
         qputenv("LC_ALL", row.All), qputenv("LC_CTYPE", row.Characters), qputenv("LANG", row.Language);
         EXPECT_EQ(Ansi::SystemPageNumber(), row.Page) << row.All << " " << row.Characters << " " << row.Language;
