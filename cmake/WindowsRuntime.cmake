@@ -5,7 +5,7 @@ get_filename_component(qt_libraries ${qt_core} DIRECTORY)
 get_filename_component(qt_root ${qt_libraries} DIRECTORY)
 
 set(libraries)
-foreach(module Core Gui Widgets PrintSupport Network)
+foreach(module Core Gui Widgets PrintSupport)
   list(APPEND libraries ${qt_libraries}/Qt6${module}.dll)
 endforeach()
 foreach(name libstdc++-6 libgcc_s_seh-1 libwinpthread-1)
@@ -21,7 +21,7 @@ file(COPY ${libraries} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
 install(FILES ${libraries} DESTINATION bin)
 
 foreach(plugin platforms/qwindows styles/qwindowsvistastyle imageformats/qgif imageformats/qico imageformats/qjpeg
-    tls/qschannelbackend tls/qcertonlybackend platforms/qoffscreen platforms/qminimal)
+    platforms/qoffscreen platforms/qminimal)
   get_filename_component(folder ${plugin} DIRECTORY)
   file(COPY ${qt_root}/plugins/${plugin}.dll DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${folder})
   install(FILES ${qt_root}/plugins/${plugin}.dll DESTINATION bin/${folder})
@@ -29,5 +29,6 @@ endforeach()
 
 # The tests' own.
 if(PRACTORIUM_TESTS OR PRACTORIUM_SAMPLES)
-  file(COPY ${qt_libraries}/Qt6Test.dll DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+  file(COPY ${qt_libraries}/Qt6Test.dll ${qt_libraries}/Qt6Network.dll DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+  file(COPY ${qt_root}/plugins/tls/qschannelbackend.dll DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/tls)
 endif()
