@@ -14,9 +14,10 @@ using namespace Windows;
 
 static size_t refusedSize = SIZE_MAX; // a request for so much memory fails
 
-void *operator new(size_t size) { return size < refusedSize ? std::malloc(size) : throw std::bad_alloc(); }
-void operator delete(void *memory) noexcept { std::free(memory); }
-void operator delete(void *memory, size_t) noexcept { std::free(memory); }
+// Inlined, either half would look like a mismatch to the compiler.
+[[gnu::noinline]] void *operator new(size_t size) { return size < refusedSize ? std::malloc(size) : throw std::bad_alloc(); }
+[[gnu::noinline]] void operator delete(void *memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void *memory, size_t) noexcept { std::free(memory); }
 
 namespace {
 
