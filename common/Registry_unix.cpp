@@ -34,6 +34,17 @@ qint32 Failed(int code)
     return code;
 }
 
+// Says once of each state of the file why it is left out.
+void Distrust(const QString &path, const struct stat &status)
+{
+    static struct stat known = {};
+    if (known.st_ino == status.st_ino && known.st_ctim.tv_sec == status.st_ctim.tv_sec
+        && known.st_ctim.tv_nsec == status.st_ctim.tv_nsec)
+        return;
+    known = status;
+    Common::Log(path + u" is not used: it is not a file of this user that nobody else can write"_s);
+}
+
 // The keys of a hive; a file that is not there, or that somebody has spoilt,
 // holds none. Neither does one that another user has, or could have, written:
 // it tells where packs come from.
@@ -42,13 +53,16 @@ QJsonObject Load(Hive hive)
     // A pipe would keep the program waiting.
     const int descriptor = open(QFile::encodeName(HiveFile(hive)).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     struct stat status = {};
-    const bool isOwn = descriptor >= 0 && fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)
-        && status.st_uid == geteuid() && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+    if (descriptor < 0 || fstat(descriptor, &status) != 0)
+        return {};
+    const bool isOwn
+        = S_ISREG(status.st_mode) && status.st_uid == geteuid() && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
     QFile file;
     if (isOwn && file.open(descriptor, QIODevice::ReadOnly, QFile::AutoCloseHandle))
         return QJsonDocument::fromJson(file.readAll()).object();
-    if (descriptor >= 0)
-        close(descriptor);
+    if (!isOwn)
+        Distrust(HiveFile(hive), status);
+    close(descriptor);
     return {};
 }
 
