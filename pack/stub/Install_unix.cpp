@@ -249,6 +249,10 @@ private:
     // exam goes only when the new one is sure to stay, else it comes back.
     Fault Finish(const char *place, const char *old)
     {
+        // Until then another run must not take it for left over.
+        const Descriptor kept(openat(m_exams, old, FolderFlags | O_NOFOLLOW));
+        if (kept.IsOpen())
+            static_cast<void>(Lock(kept));
         const Fault fault = Sync(m_exams) ? Fault() : SystemFault(NotWritten);
         if (fault && (!IsAt(place) || ChangeBack(place, old)))
             return fault;
