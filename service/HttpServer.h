@@ -32,7 +32,7 @@ public:
         unsigned Connections = 512;
         // Of one network (see IpAddress); requests of a trusted proxy count for
         // whom it speaks for.
-        unsigned ConnectionsOfOneAddress = 64;
+        unsigned ConnectionsOfOneAddress = 160;
         TrustedProxies Proxies;
         // Passwords are checked on threads of their own. Beyond so many that
         // wait for one, the next gets the status 429; all of them must have
