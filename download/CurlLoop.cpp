@@ -49,6 +49,19 @@ void CurlLoop::Remove(CURL *easy)
     curl_multi_remove_handle(m_multi, easy);
 }
 
+void CurlLoop::Opened(curl_socket_t socket)
+{
+    const auto found = m_watches.find(socket);
+    if (found == m_watches.end())
+        return;
+    for (const bool isReading : { true, false }) {
+        QSocketNotifier *&notifier = isReading ? found->second.Reading : found->second.Writing;
+        const bool isWanted = notifier != nullptr;
+        SetWatch(notifier, false, socket, isReading);
+        SetWatch(notifier, isWanted, socket, isReading);
+    }
+}
+
 int CurlLoop::SocketCallback(CURL *, curl_socket_t socket, int what, void *loop, void *) noexcept
 {
     auto *self = static_cast<CurlLoop *>(loop);

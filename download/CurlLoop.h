@@ -24,6 +24,9 @@ public:
     // Ends it wherever it stands, and waits for nothing: neither for the server
     // nor for a name that is still being looked up.
     void Remove(CURL *easy);
+    // libcurl has just opened that socket. It may have the number of one that was
+    // closed while it was watched, of which libcurl does not tell.
+    void Opened(curl_socket_t socket);
 
 Q_SIGNALS:
     // libcurl has run and none of its callbacks is on the stack any more, so that

@@ -43,7 +43,8 @@ void Downloader::GetFile(const QString &url, const QString &targetPath, const QS
 
 void Downloader::StateChanged(int state)
 {
-    if (state != Transfer::Completed)
+    // An answer that has broken by now is told by state 11.
+    if (state != Transfer::Completed || m_transfer->IsBrokenOff())
         return;
     try {
         ReceiveBody();

@@ -1,6 +1,7 @@
 #include "download/HttpExchange.h"
 
 #include "common/Error.h"
+#include "download/Sockets.h"
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -41,6 +42,11 @@ HttpExchange::HttpExchange(CurlLoop &loop, const QByteArray &url, const QByteArr
     set(CURLOPT_PROTOCOLS_STR, "http,https");
     set(CURLOPT_HTTP_VERSION, long(CURL_HTTP_VERSION_1_1));
     set(CURLOPT_SSLVERSION, long(CURL_SSLVERSION_TLSv1_2));
+    // Windows would ask the authority's servers inside this thread, and refuse a
+    // certificate whose authority has none.
+    set(CURLOPT_SSL_OPTIONS, long(CURLSSLOPT_NO_REVOKE));
+    set(CURLOPT_SOCKOPTFUNCTION, &SocketCallback);
+    set(CURLOPT_SOCKOPTDATA, this);
     // The environment does not configure this program.
     set(CURLOPT_PROXY, "");
     set(CURLOPT_NOSIGNAL, 1L);
@@ -84,12 +90,13 @@ bool HttpExchange::HasBegun() const
     return curl_easy_getinfo(m_easy, CURLINFO_STARTTRANSFER_TIME_T, &time) == CURLE_OK && time > 0;
 }
 
-QByteArray HttpExchange::Header(const char *name) const
+QByteArray HttpExchange::Header(const QByteArray &name) const
 {
     QByteArrayList values;
-    curl_header *header = nullptr;
-    for (size_t i = 0; curl_easy_header(m_easy, name, i, CURLH_HEADER, -1, &header) == CURLHE_OK; ++i)
-        values.append(header->value);
+    for (const Field &field : m_fields) {
+        if (field.Name.compare(name, Qt::CaseInsensitive) == 0)
+            values.append(field.Value);
+    }
     return values.join(", ");
 }
 
@@ -122,6 +129,13 @@ bool HttpExchange::Refuse(const QString &text)
     return false;
 }
 
+int HttpExchange::SocketCallback(void *exchange, curl_socket_t socket, curlsocktype) noexcept
+{
+    Sockets::KeepFromChildren(socket);
+    static_cast<HttpExchange *>(exchange)->m_loop.Opened(socket);
+    return CURL_SOCKOPT_OK;
+}
+
 size_t HttpExchange::HeaderCallback(char *bytes, size_t, size_t count, void *exchange) noexcept
 {
     auto *self = static_cast<HttpExchange *>(exchange);
@@ -137,26 +151,41 @@ bool HttpExchange::TakeHeader(const QByteArray &line)
         return Refuse(u"The server's headers are too long"_s);
     if (m_hasHeaders)
         return true;
-    if (line.startsWith("HTTP/")) {
+    if (!m_isInHeaders) {
         TakeStatus(line);
-        if (m_status < FirstFinal && ++m_informational > MostInformational)
-            return Refuse(u"The server does not come to its answer"_s);
+        return m_status >= FirstFinal || ++m_informational <= MostInformational
+            || Refuse(u"The server does not come to its answer"_s);
+    }
+    if (line != "\r\n" && line != "\n")
+        return TakeField(line);
+    m_isInHeaders = false;
+    m_hasHeaders = m_status >= FirstFinal;
+    return !m_hasHeaders || (m_status < FirstError && Redirection().isEmpty());
+}
+
+bool HttpExchange::TakeField(const QByteArray &line)
+{
+    // A line that begins with a blank goes on with the one before (RFC 9112).
+    if (line.startsWith(' ') || line.startsWith('\t')) {
+        if (!m_fields.empty())
+            m_fields.back().Value += ' ' + line.trimmed();
         return true;
     }
+    if (m_fields.size() == MostHeaders)
+        return Refuse(u"The server's headers are too many"_s);
     const qsizetype colon = line.indexOf(':');
-    if (line.left(colon).compare("Transfer-Encoding", Qt::CaseInsensitive) == 0) {
-        m_isInChunks = true;
-        if (line.mid(colon + 1).trimmed().compare("chunked", Qt::CaseInsensitive) != 0)
-            return Refuse(u"The server sends its answer encoded"_s);
-    }
-    if (!line.trimmed().isEmpty() || m_status < FirstFinal)
+    m_fields.push_back({ line.left(colon).trimmed(), line.mid(colon + 1).trimmed() });
+    const Field &field = m_fields.back();
+    if (field.Name.compare("Transfer-Encoding", Qt::CaseInsensitive) != 0)
         return true;
-    m_hasHeaders = true;
-    return m_status < FirstError && Redirection().isEmpty();
+    m_isInChunks = true;
+    return field.Value.compare("chunked", Qt::CaseInsensitive) == 0 || Refuse(u"The server sends its answer encoded"_s);
 }
 
 void HttpExchange::TakeStatus(const QByteArray &line)
 {
+    m_isInHeaders = true;
+    m_fields.clear();
     const qsizetype code = line.indexOf(' ') + 1;
     m_status = line.mid(code, 3).toInt();
     m_reason = QString::fromLatin1(line.mid(code + 3).trimmed());

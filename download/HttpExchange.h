@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <vector>
+
 // One request and its answer over libcurl, within limits that keep a server from
 // filling the memory or going on for ever. Nothing waits here. Redirections are
 // the caller's matter; of those and of answers with a status of 400 and above
@@ -14,6 +16,7 @@ public:
     // Of the headers of one answer, trailers and informational answers included.
     static constexpr qsizetype MostHeaderBytes = 64 * 1024;
     static constexpr int MostInformational = 8;
+    static constexpr size_t MostHeaders = 200;
     // Bytes of the body that wait for Take; the server has to wait, too, then.
     static constexpr qsizetype MostWaiting = 512 * 1024;
 
@@ -34,7 +37,7 @@ public:
     int Status() const { return m_status; }
     const QString &Reason() const { return m_reason; }
     // In any letter case; empty without one, joined by commas when there are several.
-    QByteArray Header(const char *name) const;
+    QByteArray Header(const QByteArray &name) const;
     // Where a redirection leads, as the server wrote it; empty when it is none.
     QByteArray Redirection() const;
     bool IsInChunks() const { return m_isInChunks; }
@@ -53,11 +56,18 @@ public:
     QString TextOf(CURLcode result) const;
 
 private:
+    struct Field {
+        QByteArray Name;
+        QByteArray Value;
+    };
+
+    static int SocketCallback(void *exchange, curl_socket_t socket, curlsocktype) noexcept;
     static size_t HeaderCallback(char *bytes, size_t, size_t count, void *exchange) noexcept;
     static size_t BodyCallback(char *bytes, size_t, size_t count, void *exchange) noexcept;
     static int DebugCallback(CURL *, curl_infotype type, char *, size_t count, void *exchange) noexcept;
     bool TakeHeader(const QByteArray &line);
     void TakeStatus(const QByteArray &line);
+    bool TakeField(const QByteArray &line);
     bool Refuse(const QString &text);
 
     CurlLoop &m_loop;
@@ -66,6 +76,7 @@ private:
     char m_error[CURL_ERROR_SIZE] = {};
     QString m_refusal;
     bool m_isSent = false;
+    bool m_isInHeaders = false;
     bool m_hasHeaders = false;
     bool m_isInChunks = false;
     bool m_isPaused = false;
@@ -73,6 +84,7 @@ private:
     int m_informational = 0;
     QString m_reason;
     qsizetype m_headerBytes = 0;
+    std::vector<Field> m_fields; // headers of the last answer
     QByteArray m_body;
     qsizetype m_taken = 0; // of the body's bytes in memory
     qint64 m_received = 0;

@@ -216,7 +216,7 @@ void Transfer::Ended(int result)
 
 QByteArray Transfer::GetHeader(const QByteArray &name) const
 {
-    return m_exchange ? m_exchange->Header(name.constData()) : QByteArray();
+    return m_exchange ? m_exchange->Header(name) : QByteArray();
 }
 
 bool Transfer::IsEncoded() const

@@ -7,3 +7,8 @@ void ResetOnClose(qintptr descriptor)
     const linger none = { 1, 0 };
     setsockopt(static_cast<int>(descriptor), SOL_SOCKET, SO_LINGER, &none, sizeof none);
 }
+
+QString ToldAsReset(QString boxes)
+{
+    return boxes;
+}

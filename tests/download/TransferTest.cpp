@@ -1,6 +1,7 @@
 #include "download/Transfer.h"
 
 #include "tests/download/FaultServer.h"
+#include "tests/support/System.h"
 #include "tests/support/Test.h"
 
 #include <QElapsedTimer>
@@ -22,7 +23,7 @@ const QByteArray Fine = "HTTP/1.1 200 OK\r\n";
 const QByteArray Chunked = Fine + "Transfer-Encoding: chunked\r\n\r\n";
 
 // Milliseconds; a machine that does much else takes some for itself.
-constexpr int Prompt = 100;
+constexpr int Prompt = 50;
 
 // The server on a thread of its own, so that what it does wakes nobody here.
 class Elsewhere : public QThread {
@@ -55,11 +56,6 @@ private:
     QSemaphore m_isReady;
 };
 
-double ResidentMegabytes()
-{
-    return Sandbox::ReadFile(u"/proc/self/statm"_s).split(' ').value(1).toDouble() * 4096 / 1e6;
-}
-
 // One request from its start to its end or, after a while, to a cancel.
 struct Course {
     QString End; // the code of a failure, or "cancelled"
@@ -75,10 +71,10 @@ struct Course {
         QEventLoop loop;
         QElapsedTimer beat;
         QTimer often;
-        const double before = ResidentMegabytes();
+        const double before = System::ResidentMegabytes();
         const auto look = [&] {
             LongestGap = std::max(LongestGap, static_cast<int>(beat.restart()));
-            Memory = std::max(Memory, ResidentMegabytes() - before);
+            Memory = std::max(Memory, System::ResidentMegabytes() - before);
         };
         QObject::connect(&often, &QTimer::timeout, &loop, look);
         QObject::connect(&line, &Transfer::StateChanged, &loop, [&](int state) {
@@ -119,6 +115,7 @@ TEST(TransferTest, ServersWithoutAnEnd)
     const struct { const char *Name; Answer Reply; QString End; int HeaderTime = 5000; int CancelAfter = 10'000; } rows[] = {
         { "a header line", { Fine + "X: ", Answer::KeepsOpen, 0, "x" }, u"27"_s },
         { "header lines", { Fine, Answer::KeepsOpen, 0, "X: y\r\n" }, u"23"_s },
+        { "two hundred headers", { "HTTP/1.1 302 Found\r\n" + QByteArray("Location: /\r\n").repeated(4000) + "\r\n" }, u"23"_s },
         { "informational answers", { "", Answer::KeepsOpen, 0, "HTTP/1.1 100 Continue\r\n\r\n" }, u"23"_s },
         { "headers byte by byte", { Fine + "X: " + QByteArray(5000, 'x'), Answer::KeepsOpen, 2 }, u"28"_s, 300 },
         { "chunk size", { Chunked, Answer::KeepsOpen, 0, "0" }, u"56"_s },

@@ -31,6 +31,9 @@ QString ProgramFiles();
 // the key of that name.
 void ForgetSettings(const QString &key);
 
+// Memory of this process that is not swapped out, in megabytes.
+double ResidentMegabytes();
+
 // False where a folder can hold no such thing.
 bool MakePipe(const QString &path);
 bool MakeLink(const QString &target, const QString &path);

@@ -40,6 +40,11 @@ void ForgetSettings(const QString &)
     QDir(Sandbox::Path(u"xdg_config_home/Practorium"_s)).removeRecursively();
 }
 
+double ResidentMegabytes()
+{
+    return Sandbox::ReadFile(u"/proc/self/statm"_s).split(' ').value(1).toDouble() * 4096 / 1e6;
+}
+
 bool MakePipe(const QString &path)
 {
     return mkfifo(QFile::encodeName(path).constData(), 0600) == 0;

@@ -7,6 +7,8 @@
 
 #include <windows.h>
 
+#include <psapi.h>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace System {
@@ -36,6 +38,13 @@ void ForgetSettings(const QString &key)
 {
     for (const HKEY hive : { HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE })
         RegDeleteTreeW(hive, Wide(key));
+}
+
+double ResidentMegabytes()
+{
+    PROCESS_MEMORY_COUNTERS counters = {};
+    GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
+    return static_cast<double>(counters.WorkingSetSize) / 1e6;
 }
 
 // Pipes lie in a place of their own here.

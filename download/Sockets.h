@@ -1,0 +1,11 @@
+#pragma once
+
+#include <curl/curl.h>
+
+namespace Sockets {
+
+// Has no program that this one starts, like a pack, get the socket as well, which
+// would keep the connection open.
+void KeepFromChildren(curl_socket_t socket);
+
+}

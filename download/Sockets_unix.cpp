@@ -1,0 +1,8 @@
+#include "download/Sockets.h"
+
+#include <fcntl.h>
+
+void Sockets::KeepFromChildren(curl_socket_t socket)
+{
+    fcntl(socket, F_SETFD, FD_CLOEXEC);
+}

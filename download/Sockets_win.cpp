@@ -1,0 +1,8 @@
+#include "download/Sockets.h"
+
+#include <windows.h>
+
+void Sockets::KeepFromChildren(curl_socket_t socket)
+{
+    SetHandleInformation(reinterpret_cast<HANDLE>(socket), HANDLE_FLAG_INHERIT, 0);
+}
