@@ -5,9 +5,13 @@
 
 #include <QtEndian>
 
+#include <zlib.h>
+
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <new>
+#include <span>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -51,6 +55,8 @@ public:
     qint64 Position() const { return m_position; }
     qint64 Left() const { return m_bytes.size() - m_position; }
     bool IsPastEnd() const { return m_position > m_bytes.size(); }
+    // The bytes from here on, at most so many as are left.
+    QByteArrayView View(qint64 count) const { return QByteArrayView(m_bytes).sliced(m_position, count); }
     void Skip(qint64 count) { m_position += count; }
     quint8 Byte()
     {
@@ -98,10 +104,86 @@ private:
 constexpr char PngSignature[] = "\x89PNG\r\n\x1A\n";
 constexpr qint64 PngSignatureBytes = 8;
 
+// What the header of a PNG says of the rows, each of which has a byte for its
+// filter in front.
+struct PngHeader {
+    qint64 Width = 0;
+    qint64 Height = 0;
+    int Depth = 0;
+    int ColourType = 0;
+    bool IsInterlaced = false;
+
+    qint64 RowBytes() const
+    {
+        constexpr int palette = 3;
+        const int colours = (ColourType & 2) != 0 && ColourType != palette ? 3 : 1;
+        const int samples = colours + ((ColourType & 4) != 0 ? 1 : 0);
+        // An interlaced picture is stored as seven smaller ones.
+        struct Pass {
+            int Left, Top, Right, Down;
+        };
+        static constexpr Pass whole[] = { { 0, 0, 1, 1 } };
+        static constexpr Pass adam7[] = { { 0, 0, 8, 8 }, { 4, 0, 8, 8 }, { 0, 4, 4, 8 }, { 2, 0, 4, 4 },
+                                          { 0, 2, 2, 4 }, { 1, 0, 2, 2 }, { 0, 1, 1, 2 } };
+        const auto passes = IsInterlaced ? std::span<const Pass>(adam7) : std::span<const Pass>(whole);
+        qint64 bytes = 0;
+        for (const Pass &pass : passes) {
+            const qint64 columns = (Width - pass.Left + pass.Right - 1) / pass.Right;
+            const qint64 rows = (Height - pass.Top + pass.Down - 1) / pass.Down;
+            if (columns > 0)
+                bytes += rows * (1 + (columns * samples * Depth + 7) / 8);
+        }
+        return bytes;
+    }
+};
+
+// Unpacks the data of a PNG as they come, and keeps nothing but the number of
+// bytes. A decoder unpacks what follows the last row too, and one byte in the
+// file may be a thousand there.
+class RowCounter {
+public:
+    RowCounter()
+    {
+        if (inflateInit(&m_stream) != Z_OK)
+            throw std::bad_alloc();
+    }
+    ~RowCounter() { inflateEnd(&m_stream); }
+    Q_DISABLE_COPY_MOVE(RowCounter)
+
+    // From the most bytes of all rows.
+    void SetMost(qint64 bytes) { m_left = bytes; }
+
+    // Raises InvalidCall when there is more than the rows. Data that end too
+    // early or are damaged are left to the decoder.
+    void Take(QByteArrayView data)
+    {
+        m_stream.next_in = reinterpret_cast<const Bytef *>(data.data());
+        m_stream.avail_in = static_cast<uInt>(data.size());
+        while (!m_isOver) {
+            m_stream.next_out = m_unpacked.data();
+            m_stream.avail_out = static_cast<uInt>(m_unpacked.size());
+            const int result = inflate(&m_stream, Z_NO_FLUSH);
+            m_left -= static_cast<qint64>(m_unpacked.size()) - m_stream.avail_out;
+            if (m_left < 0)
+                throw Damaged();
+            if (result == Z_BUF_ERROR) // goes on with the next data
+                return;
+            m_isOver = result != Z_OK;
+        }
+    }
+
+private:
+    z_stream m_stream{};
+    qint64 m_left = 0;
+    bool m_isOver = false;
+    std::array<Bytef, 16 * 1024> m_unpacked;
+};
+
 void SiftPng(QByteArray &bytes)
 {
     Sieve file(bytes, PngSignatureBytes);
     file.KeepFrom(0);
+    RowCounter rows;
     bool isFirst = true;
     for (;;) {
         const qint64 start = file.Position();
@@ -112,10 +194,19 @@ void SiftPng(QByteArray &bytes)
         if (isFirst) {
             if (kind != 0x49484452) // IHDR
                 throw Damaged();
-            const qint64 width = file.BigNumber();
-            RequireSize(width, file.BigNumber());
+            PngHeader header;
+            header.Width = file.BigNumber();
+            header.Height = file.BigNumber();
+            RequireSize(header.Width, header.Height);
+            header.Depth = file.Byte();
+            header.ColourType = file.Byte();
+            file.Skip(2);
+            header.IsInterlaced = file.Byte() != 0;
+            rows.SetMost(header.RowBytes());
             isFirst = false;
         }
+        if (kind == 0x49444154) // IDAT
+            rows.Take(file.View(length));
         file.Skip(start + 8 + length + 4 - file.Position());
         // A picture cannot be read without what begins with a capital letter.
         const bool isCritical = (kind & 0x20000000) == 0;
