@@ -281,6 +281,7 @@ public:
     }
 
     // False when what follows belongs to no pixel of the picture any more.
+    // Raises InvalidCall for a code that has no meaning.
     bool Take(quint8 byte)
     {
         m_bits |= quint32(byte) << m_bitCount;
@@ -315,11 +316,17 @@ private:
             m_left = 0;
             return;
         }
-        // The first code behind a clearing stands for itself alone.
-        const int known = code < clear || m_last == 0 ? 1 : code < m_next ? m_lengths[code] : m_last + 1;
+        // The first code behind a clearing is a colour, and a later one is at
+        // most the one that it makes itself. What a decoder takes others for is
+        // not known here.
+        if (code > (m_last == 0 ? clear - 1 : m_next))
+            throw Damaged();
+        const int known = code < clear ? 1 : code < m_next ? m_lengths[code] : m_last + 1;
         if (m_last != 0 && m_next < 1 << MostBits) {
             m_lengths[m_next++] = static_cast<quint16>(m_last + 1);
-            if (m_next == 1 << m_width && m_width < MostBits)
+            // With two colours the codes behind a clearing are as many as the
+            // first width holds, and yet the second one has it.
+            if (m_next >= 1 << m_width && m_width < MostBits)
                 ++m_width;
         }
         m_last = known;

@@ -53,23 +53,23 @@ QByteArray Gif(int frames, quint16 screen = 1, quint16 frame = 1)
     return gif + ';';
 }
 
-// A red GIF of 99 columns and 50 rows, each code of which stands for one pixel
-// more than the one before.
-QByteArray GrowingGif()
+// A red GIF of 99 columns and 50 rows, each code of which from the third on
+// stands for one pixel more than the one before.
+QByteArray GrowingGif(int leastBits)
 {
     QByteArray codes;
     quint32 bits = 0;
-    int width = 3;
+    int width = leastBits + 1, next = (1 << leastBits) + 3;
     auto put = [&, count = 0](int code) mutable {
         for (bits |= quint32(code) << count, count += width; count >= 8; count -= 8, bits >>= 8)
             codes += static_cast<char>(bits);
     };
-    put(4), put(0);
-    for (int next = 6; next < 104; width += ++next == 1 << width)
+    put(1 << leastBits), put(0), put(0);
+    for (width = 3; next < (1 << leastBits) + 101; width += ++next == 1 << width)
         put(next);
-    put(4);
+    put(1 << leastBits);
     const QByteArray start = Gif(0).replace(6, 4, QByteArray::fromHex("63003200")).chopped(1);
-    return start + QByteArray::fromHex("2c00000000 63003200 00 02") + static_cast<char>(codes.size()) + codes;
+    return start + QByteArray::fromHex("2c00000000 63003200 00") + char(leastBits) + char(codes.size()) + codes;
 }
 
 // An icon of one picture, which is a PNG or a bitmap without its file header.
@@ -124,7 +124,7 @@ TEST(PictureTest, WhatAnExhibitCanBe)
         { "bmp", Encoded(Sample(), "BMP"), { 2, 2 }, Qt::red }, { "top-down bmp", BmpOfHeight(-2), { 2, 2 }, Qt::blue }, { "png", Encoded(Sample(3, 2), "PNG"), { 3, 2 }, Qt::red },
         { "ico", Encoded(Sample(16, 16), "ICO"), { 16, 16 }, Qt::red }, { "jpeg", Encoded(Sample(16, 16).scaled(16, 160), "JPG"), { 16, 160 }, Qt::red },
         { "gif", Gif(1), { 1, 1 }, Qt::red }, { "moving gif", Gif(3), { 1, 1 }, Qt::red },
-        { "gif of long codes", GrowingGif() + QByteArray("\0;", 2), { 99, 50 }, Qt::red },
+        { "gif of long codes", GrowingGif(2) + QByteArray("\0;", 2), { 99, 50 }, Qt::red },
     };
     for (const auto &row : rows) {
         const QImage image = Picture::Load(Written(row.Bytes));
@@ -142,6 +142,7 @@ TEST(PictureTest, WhatItCannotBe)
         { "empty", "", foreign }, { "text that begins like a bmp", "BM was here, and this is plain text", damaged },
         { "svg", "<?xml version=\"1.0\"?><svg xmlns=\"http://www.w3.org/2000/svg\" width=\"9\" height=\"9\"/>", foreign },
         { "huge gif", Gif(1, 30'000, 30'000), size }, { "huge frame", Gif(1, 1, 30'000), size }, { "no frame", Gif(0), damaged },
+        { "gif code before its time", Gif(1, 30, 30).replace("\2\x44\1", "\2\xC4\1"), damaged }, { "gif without a first colour", Gif(1, 30, 30).replace("\2\x44\1", "\2\x34\1"), damaged },
         { "huge png", Encoded(QImage(4'001, 4'000, QImage::Format_Mono), "PNG"), size },
         { "bmp without height", BmpOfHeight(0), size }, { "endless top-down bmp", BmpOfHeight(-100'000'000), size },
         { "cut png", Encoded(Sample(), "PNG").left(60), damaged }, { "cut icon", IconOf(Encoded(Sample(), "PNG")).left(40), damaged },
@@ -168,12 +169,12 @@ TEST(PictureTest, WhatNoDecoderIsGiven)
     const QByteArray texts = (QByteArray("\0\0\0\3zTXt", 8) + "K\0\0crc!"_ba).repeated(9);
     const QByteArray manyTexts = png.left(33) + texts + png.mid(33);
     const QByteArray comment = "\xFF\xFF\xFE\0\6text"_ba, camera = "\xFF\xE1\0\4\xFF\xD9"_ba;
-    const QByteArray growing = GrowingGif();
+    const QByteArray growing = GrowingGif(2), two = GrowingGif(1) + QByteArray("\0;", 2);
     const struct { const char *Name; QByteArray Bytes, Clean; } rows[] = {
         { "png", manyTexts, png }, { "icon", IconOf(manyTexts), png }, { "jpeg", jpeg.left(2) + comment + camera + jpeg.mid(2), jpeg },
         { "scan after fill bytes", jpeg.chopped(2) + comment + "\xDA" + jpeg.right(2), jpeg.chopped(2) + "\xDA" + jpeg.right(2) },
         { "frames", Gif(9), Gif(1).replace("\2\x44\1", "\1\x44") }, { "codes", growing + QByteArray(256, '\xFF').repeated(99) + QByteArray("\0;", 2), growing + QByteArray("\0;", 2) },
-        { "codes behind the end", QByteArray(ended).replace("\2\x44\1", "\4\x44\1\xAA\xAA"), ended },
+        { "two colours", two, two }, { "codes behind the end", QByteArray(ended).replace("\2\x44\1", "\4\x44\1\xAA\xAA"), ended },
     };
     for (const auto &row : rows)
         EXPECT_EQ(Picture::EssentialsOf(row.Bytes).Bytes, row.Clean) << row.Name;
