@@ -242,7 +242,8 @@ void SiftJpeg(QByteArray &bytes)
         const bool isAlone = marker <= 0x01 || (marker >= 0xD0 && marker <= 0xD8);
         if (isAlone)
             continue;
-        const qint64 end = file.Position() + std::max<qint64>(file.BigHalf(), 2);
+        const qint64 length = file.Position();
+        const qint64 end = length + std::max<qint64>(file.BigHalf(), 2);
         const bool isFrame = marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
         if (isFrame) {
             file.Skip(1);
