@@ -170,9 +170,10 @@ void LinkLabel::mouseReleaseEvent(QMouseEvent *event)
         Follow();
 }
 
-void LinkLabel::mouseDoubleClickEvent(QMouseEvent *)
+void LinkLabel::mouseDoubleClickEvent(QMouseEvent *event)
 {
-    m_isDoubleClick = true;
+    if (event->button() == Qt::LeftButton)
+        m_isDoubleClick = true;
 }
 
 void LinkLabel::keyPressEvent(QKeyEvent *event)
