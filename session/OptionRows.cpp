@@ -316,8 +316,12 @@ bool OptionRows::eventFilter(QObject *watched, QEvent *event)
         const auto *key = static_cast<QKeyEvent *>(event);
         return (key->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier && MoveFocus(row, key->key());
     }
-    // Under a pressed mouse button nothing may move.
-    if (static_cast<QFocusEvent *>(event)->reason() != Qt::MouseFocusReason && row.Index < m_tops.size())
+    // Nothing may move under a pressed mouse button, nor under the pointer when
+    // the window becomes the active one again.
+    const Qt::FocusReason reason = static_cast<QFocusEvent *>(event)->reason();
+    const bool isByKey
+        = reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason || reason == Qt::ShortcutFocusReason;
+    if (isByKey && row.Index < m_tops.size())
         Q_EMIT Reached(m_tops[row.Index] - Inset, m_tops[row.Index] + m_heights[row.Index] + Inset);
     // Its neighbours are one key away.
     MakeRows();

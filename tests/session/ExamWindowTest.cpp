@@ -146,10 +146,19 @@ TEST_F(ExamWindowTest, Scrolling)
     Row(u"optChoices"_s, 20)->setFocus(Qt::MouseFocusReason);
     EXPECT_EQ(Content->y(), inner.top());
     for (const int row : { 26, 1, 13 }) {
-        Row(u"optChoices"_s, row)->setFocus();
+        Row(u"optChoices"_s, row)->setFocus(Qt::TabFocusReason);
         const QRect label = Find<QWidget>(&Window, u"lblChoices%1"_s.arg(row))->geometry().translated(Content->pos());
         EXPECT_TRUE(inner.contains(label)) << row;
     }
+    // But not when the window becomes the active one again, maybe by a click.
+    Row(u"optChoices"_s, 26)->setFocus(Qt::BacktabFocusReason);
+    Bar->setValue(Row(u"optChoices"_s, 1)->y() * 15);
+    const QPoint place = Row(u"optChoices"_s, 1)->mapTo(&Window, QPoint(8, 8));
+    QWidget other;
+    Show(&other);
+    QApplication::setActiveWindow(&Window);
+    QTest::mouseClick(Window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
+    EXPECT_TRUE(Row(u"optChoices"_s, 1)->isChecked());
 
     const int value = Bar->value();
     Resize(910, 630);
