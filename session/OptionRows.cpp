@@ -88,9 +88,16 @@ void OptionRows::Fill(Row &row)
         row.Label->SetText(m_texts[row.Index]);
         FillState(row);
     }
-    row.Radio->setVisible(isShown && m_kind == SelectorKind::Radio);
-    row.Check->setVisible(isShown && m_kind == SelectorKind::Check);
     row.Label->setVisible(isShown);
+    QAbstractButton *shown = SelectorOf(row);
+    QAbstractButton *hidden = row.Radio;
+    if (shown == row.Radio)
+        hidden = row.Check;
+    shown->setVisible(isShown);
+    // Hiding it first would hand the focus to whatever row comes next.
+    if (isShown && hidden == m_content->window()->focusWidget())
+        shown->setFocus(Qt::OtherFocusReason);
+    hidden->hide();
 }
 
 void OptionRows::FillState(const Row &row)
@@ -121,7 +128,7 @@ void OptionRows::Release(std::unique_ptr<Row> row)
     m_spare.push_back(std::move(row));
 }
 
-const OptionRows::Row *OptionRows::FocusRow() const
+OptionRows::Row *OptionRows::FocusRow() const
 {
     const QWidget *focus = m_content->window()->focusWidget();
     for (const auto &[index, row] : m_rows) {
@@ -168,6 +175,7 @@ void OptionRows::MakeRows()
 
 void OptionRows::Load(const PageState &page)
 {
+    const QScopedValueRollback filling(m_isFilling, true);
     m_kind = page.Kind;
     m_selectors = page.Selectors();
     m_texts.clear();
@@ -179,8 +187,12 @@ void OptionRows::Load(const PageState &page)
     m_tops.clear();
     m_first = 0;
     m_last = std::min(Near, std::max<size_t>(Count(), 1) - 1);
+    // While the old rows are all there: as they go, each would pass the focus on.
+    if (Row *focus = FocusRow(); focus && focus->Index < Count() && m_selectors[focus->Index].IsEnabled)
+        Fill(*focus);
+    else if (focus)
+        LeaveRows();
     MakeRows();
-    const QScopedValueRollback filling(m_isFilling, true);
     for (const auto &[index, row] : m_rows)
         Fill(*row);
 }
@@ -288,6 +300,18 @@ void OptionRows::ChainRows()
         last = row->Check;
     }
     QWidget::setTabOrder(last, m_tabAfter);
+}
+
+void OptionRows::LeaveRows()
+{
+    const QWidget *window = m_content->window();
+    const auto takesFocus = [window](const QWidget *widget) {
+        return widget->isVisibleTo(window) && widget->isEnabledTo(window) && (widget->focusPolicy() & Qt::TabFocus);
+    };
+    QWidget *next = m_tabAfter;
+    while (!takesFocus(next) && next->nextInFocusChain() != m_tabAfter)
+        next = next->nextInFocusChain();
+    next->setFocus(Qt::OtherFocusReason);
 }
 
 bool OptionRows::MoveFocus(const Row &from, int key)

@@ -68,7 +68,8 @@ private:
 
     size_t Count() const { return m_texts.size(); }
     QAbstractButton *SelectorOf(const Row &row) const;
-    const Row *FocusRow() const;
+    // The row with the focus; null when it is elsewhere.
+    Row *FocusRow() const;
     Row *NewRow();
     void Fill(Row &row);
     void FillState(const Row &row);
@@ -77,6 +78,8 @@ private:
     void MakeRows();
     int TextHeight(size_t index, int width);
     void ChainRows();
+    // Gives the focus to the next control behind the rows.
+    void LeaveRows();
     bool MoveFocus(const Row &from, int key);
 
     QWidget *m_content;

@@ -372,6 +372,23 @@ TEST_F(ExamWindowTest, NothingStaysOfALongerItem)
     }
 }
 
+TEST_F(ExamWindowTest, TheFocusStaysInItsRow)
+{
+    AddItem(*Globals::CurrentExam, { u"many"_s, QStringList(26, u"*x"_s) });
+    Start();
+    const struct { qint16 From, To; QString Focus, Next; } rows[] = {
+        { 1, 4, u"optChoices3"_s, u"chkChoices3"_s }, { 4, 1, u"chkChoices3"_s, u"optChoices3"_s },
+        { 2, 4, u"optChoices20"_s, u"chkChoices20"_s }, { 2, 3, u"optChoices20"_s, u"cmdNext"_s },
+        { 4, 1, u"chkChoices4"_s, u"cmdNext"_s }, { 2, 1, u"optChoices26"_s, u"cmdNext"_s },
+    };
+    for (const auto &row : rows) {
+        Window.Session().GotoQuestion(row.From);
+        Find<QWidget>(&Window, row.Focus)->setFocus();
+        Window.Session().GotoQuestion(row.To);
+        EXPECT_EQ(Window.focusWidget()->objectName(), row.Next) << row.From << ' ' << row.Focus.toStdString();
+    }
+}
+
 TEST_F(ExamWindowTest, RowsForAScreenReader)
 {
     Start();
