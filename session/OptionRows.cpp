@@ -170,7 +170,7 @@ void OptionRows::MakeRows()
         isChanged = true;
     }
     if (isChanged)
-        ChainRows();
+        OrderRows();
 }
 
 void OptionRows::Load(const PageState &page)
@@ -286,11 +286,17 @@ void OptionRows::ChainTabs(QWidget *before, QWidget *after)
 {
     m_tabBefore = before;
     m_tabAfter = after;
-    ChainRows();
+    OrderRows();
 }
 
-void OptionRows::ChainRows()
+void OptionRows::OrderRows()
 {
+    // A screen reader goes by the order of the children, and spare ones stand anywhere.
+    for (const auto &[index, row] : m_rows) {
+        row->Radio->raise();
+        row->Check->raise();
+        row->Label->raise();
+    }
     if (!m_tabBefore)
         return;
     QWidget *last = m_tabBefore;

@@ -77,7 +77,8 @@ private:
     void Release(std::unique_ptr<Row> row);
     void MakeRows();
     int TextHeight(size_t index, int width);
-    void ChainRows();
+    // Brings their controls into order, for the Tab key and for screen readers.
+    void OrderRows();
     // Gives the focus to the next control behind the rows.
     void LeaveRows();
     bool MoveFocus(const Row &from, int key);

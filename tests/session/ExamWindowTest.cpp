@@ -405,6 +405,16 @@ TEST_F(ExamWindowTest, RowsForAScreenReader)
     Window.Session().GotoQuestion(3);
     EXPECT_EQ(rowOf(u"chkChoices3"_s)->role(), QAccessible::CheckBox);
     EXPECT_EQ(told(u"chkChoices3"_s), u"0.C. cut"_s);
+    // In their order, also those that another item has used before.
+    for (const qint16 item : { 2, 1, 2 })
+        Window.Session().GotoQuestion(item);
+    QString letters;
+    for (int i = 0; i < rowOf(u"picQuestion"_s)->childCount(); ++i) {
+        const QAccessibleInterface *child = rowOf(u"picQuestion"_s)->child(i);
+        if (child->role() == QAccessible::RadioButton && !child->state().invisible)
+            letters += child->text(QAccessible::Name).front();
+    }
+    EXPECT_EQ(letters, Letters);
     EndExam();
     EXPECT_EQ(told(u"optChoices1"_s) + told(u"optChoices3"_s), u"1.-A. one1x-C. three"_s);
 }
