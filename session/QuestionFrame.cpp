@@ -131,6 +131,9 @@ void QuestionFrame::Place(const PageLayout::Boxes &boxes)
 
 void QuestionFrame::ArrangeRows()
 {
+    // Before Place has told the width every character would be a line of its own.
+    if (m_boxes.QuestionWidth <= 0)
+        return;
     const int questionWidth = Twips::ToPixels(m_boxes.QuestionWidth);
     const int questionHeight = lblQuestion->HeightForWidth(questionWidth);
     lblQuestion->setGeometry(0, 0, questionWidth, questionHeight);
