@@ -185,6 +185,7 @@ void SiftPng(QByteArray &bytes)
     file.KeepFrom(0);
     RowCounter rows;
     bool isFirst = true;
+    bool canBeTransparent = true; // once, and before the data
     for (;;) {
         const qint64 start = file.Position();
         const qint64 length = file.BigNumber();
@@ -205,13 +206,16 @@ void SiftPng(QByteArray &bytes)
             rows.SetMost(header.RowBytes());
             isFirst = false;
         }
-        if (kind == 0x49444154) // IDAT
+        const bool isData = kind == 0x49444154; // IDAT
+        const bool isTransparency = kind == 0x74524E53; // tRNS
+        if (isData)
             rows.Take(file.View(length));
         file.Skip(start + 8 + length + 4 - file.Position());
         // A picture cannot be read without what begins with a capital letter.
         const bool isCritical = (kind & 0x20000000) == 0;
-        if (isCritical || kind == 0x74524E53) // tRNS
+        if (isCritical || (isTransparency && canBeTransparent))
             file.KeepFrom(start);
+        canBeTransparent = canBeTransparent && !isData && !isTransparency;
         if (kind == 0x49454E44) // IEND
             break;
     }

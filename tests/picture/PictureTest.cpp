@@ -164,14 +164,14 @@ TEST(PictureTest, WhatItCannotBe)
 TEST(PictureTest, WhatNoDecoderIsGiven)
 {
     // With transparent colours in place of the size on paper, and with what says how colours are stored.
-    const QByteArray png = Encoded(Sample(), "PNG").replace(33, 21, QByteArray("\0\0\0\1tRNS\0crc!", 13));
+    const QByteArray clear = QByteArray("\0\0\0\1tRNS\0crc!", 13), solid = Encoded(Sample(), "PNG").remove(33, 21), png = QByteArray(solid).insert(33, clear);
     const QByteArray jpeg = Encoded(Sample(), "JPG").insert(2, QByteArray("\xFF\xEE\0\4ab", 6)), ended = Gif(1, 30, 30);
     const QByteArray texts = (QByteArray("\0\0\0\3zTXt", 8) + "K\0\0crc!"_ba).repeated(9);
-    const QByteArray manyTexts = png.left(33) + texts + png.mid(33);
+    const QByteArray manyTexts = png.left(33) + texts + png.mid(33), late = solid.chopped(12) + clear + solid.right(12);
     const QByteArray comment = "\xFF\xFF\xFE\0\6text"_ba, camera = "\xFF\xE1\0\4\xFF\xD9"_ba;
     const QByteArray growing = GrowingGif(2), two = GrowingGif(1) + QByteArray("\0;", 2);
     const struct { const char *Name; QByteArray Bytes, Clean; } rows[] = {
-        { "png", manyTexts, png }, { "icon", IconOf(manyTexts), png }, { "jpeg", jpeg.left(2) + comment + camera + jpeg.mid(2), jpeg },
+        { "png", manyTexts, png }, { "transparent twice", QByteArray(png).insert(46, clear), png }, { "transparent too late", late, solid }, { "icon", IconOf(manyTexts), png }, { "jpeg", jpeg.left(2) + comment + camera + jpeg.mid(2), jpeg },
         { "scan after fill bytes", jpeg.chopped(2) + comment + "\xDA" + jpeg.right(2), jpeg.chopped(2) + "\xDA" + jpeg.right(2) },
         { "frames", Gif(9), Gif(1).replace("\2\x44\1", "\1\x44") }, { "codes", growing + QByteArray(256, '\xFF').repeated(99) + QByteArray("\0;", 2), growing + QByteArray("\0;", 2) },
         { "two colours", two, two }, { "codes behind the end", QByteArray(ended).replace("\2\x44\1", "\4\x44\1\xAA\xAA"), ended },
