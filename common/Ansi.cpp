@@ -77,15 +77,22 @@ const std::vector<quint16> &CodePage::Encoding() const
 {
     if (m_encoding.empty()) {
         m_encoding.assign(65536, 0);
-        for (int lead = 0; lead < 256; ++lead) {
-            if (!m_pairs[lead])
-                continue;
-            for (int trail = 0; trail < 256; ++trail) {
+        const auto addLead = [this](int lead) {
+            for (int trail = 0; m_pairs[lead] && trail < 256; ++trail) {
                 const char16_t character = (*m_pairs[lead])[trail];
                 if (character != NoCharacter && m_encoding[character] == 0)
                     m_encoding[character] = static_cast<quint16>(lead << 8 | trail);
             }
+        };
+        // The first place of a character counts. In the Japanese page Windows
+        // reads the pairs behind ED and EE, and writes those behind FA to FC.
+        const auto isLast = [this](int lead) { return m_number == 932 && (lead == 0xED || lead == 0xEE); };
+        for (int lead = 0; lead < 256; ++lead) {
+            if (!isLast(lead))
+                addLead(lead);
         }
+        for (int lead = 0; lead < 256; ++lead)
+            addLead(lead);
         for (const bool hasMeaning : { false, true }) {
             for (int byte = 0; byte < 256; ++byte) {
                 if (!m_pairs[byte] && m_hasMeaning[byte] == hasMeaning)

@@ -21,8 +21,8 @@ TEST(AnsiTest, BytesAndCharacters)
         { 1252, u"\u0081\u008D\u008F\u0090\u009D"_s, "\x81\x8D\x8F\x90\x9D", false },
         { 1251, u"\u0098"_s, "\x98", false }, { 1253, u"\u00AA"_s, "\xAA", false }, { 1253, u"\u00D2\u00FF"_s, "\xD2\xFF", false },
         { 1251, u"\u041F\u0440\u0438\u0451\u20AC"_s, "\xCF\xF0\xE8\xB8\x88" },
-        // U+2252 stands twice in this page; the first place counts.
-        { 932, u"a\u3042\u65E5\uFF71\u2252"_s, "a\x82\xA0\x93\xFA\xB1\x81\xE0" }, { 936, u"\u4F60z\u20AC"_s, "\xC4\xE3z\x80" },
+        // U+2252 stands twice in this page, and the first place counts; U+2170 and U+7E8A do too, and the last place counts.
+        { 932, u"a\u3042\u65E5\uFF71\u2252"_s, "a\x82\xA0\x93\xFA\xB1\x81\xE0" }, { 932, u"\u2170\u7E8A"_s, "\xFA\x40\xFA\x5C" }, { 936, u"\u4F60z\u20AC"_s, "\xC4\xE3z\x80" },
         // Characters for private use, as Windows has them.
         { 932, u"\uF8F0\uF8F1\uF8F3\u0080"_s, "\xA0\xFD\xFF\x80" }, { 950, u"\uF6B1\uF70F\uF848\u4E00"_s, "\xC6\xA1\xC7\x40\xC8\xFE\xA4\x40" },
         { 99999, u"a\u00E9"_s, "a\xE9" }, { 1252, u"a\u0416b"_s, "a?b", false },
