@@ -20,14 +20,14 @@ namespace {
 
 // Walks over the records and writes them down as a save does: flags as 0 or
 // FF FF 00 00, counts below 0 as 0, nothing behind the last record. Whole is
-// false when the bytes end inside a record, or a list is longer than can be.
+// false when the bytes end inside a record, or something is longer than can be.
 class Walk {
 public:
     Walk(const uint8_t *data, size_t size)
         : m_in(data)
         , m_left(size)
     {
-        Whole = Counted() && Counted() && Counted() && Plain(6) && List(&Walk::Question);
+        Whole = Counted() && Title() && Title() && Plain(6) && List(&Walk::Question);
     }
 
     bool Whole = false;
@@ -65,10 +65,10 @@ private:
         return true;
     }
 
-    bool Counted()
+    bool Counted(int32_t most = INT32_MAX)
     {
         int32_t count = 0;
-        return Count(count) && Plain(static_cast<size_t>(count));
+        return Count(count) && count <= most && Plain(static_cast<size_t>(count));
     }
 
     bool List(bool (Walk::*record)())
@@ -83,11 +83,13 @@ private:
         return true;
     }
 
+    bool Title() { return Counted(ExamFormat::MostTitleCharacters); }
     bool Question() { return Plain(4) && Flag() && Counted() && Counted() && Counted() && List(&Walk::Choice); }
-    bool Choice() { return Plain(2) && Flag() && Counted(); }
+    bool Choice() { return ++m_options <= ExamFormat::MostOptionsInAll && Plain(2) && Flag() && Counted(); }
 
     const uint8_t *m_in;
     size_t m_left;
+    int32_t m_options = 0;
 };
 
 // Only the error numbers of the list may come out of an operation.
@@ -139,12 +141,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const Walk expected(data, size);
 
     Exam header;
-    Require(header.LoadHeader(input.Path()), "a header from any file");
+    const bool failedHeader = Raises({ Overflow }, [&] { Require(header.LoadHeader(input.Path()), "a header"); });
     Exam exam;
     const bool failed = Raises({ InputPastEnd, Overflow }, [&] { exam.Load(input.Path()); });
     Require(failed != expected.Whole, "a load of whole files alone");
     if (failed)
         return 0;
+    Require(!failedHeader, "a header of each whole file");
     Require(header.Code() == exam.Code() && header.Name() == exam.Name() && header.Duration() == exam.Duration()
                 && header.MaxScore() == exam.MaxScore() && header.PassScore() == exam.PassScore()
                 && header.Reserved() == exam.Reserved(),

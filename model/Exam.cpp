@@ -4,6 +4,7 @@
 #include "model/RecordIO.h"
 
 using namespace ExamFormat;
+using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
@@ -11,6 +12,25 @@ void OpenExam(File &file, const QString &path)
 {
     file.OpenFile(path, File::BinaryMode, File::ReadAccess, File::OpenExisting);
     RequireFileSize(file.ByteSize());
+}
+
+// Code or name. A file that ends inside them yields what is there.
+void ReadTitle(File &file, QString &title, const QString &what)
+{
+    qint32 count = 0;
+    file.ReadData(count);
+    // A count says nothing of what there is.
+    if (count > MostTitleCharacters)
+        RequireTitle(std::min<qint64>(count, file.BytesLeft()), what);
+    if (count > 0)
+        file.ReadData(title, count);
+}
+
+void ReadWholeTitle(File &file, QString &title, const QString &what)
+{
+    ReadTitle(file, title, what);
+    if (file.Shortfall() > 0)
+        throw Error::RunTime(InputPastEnd);
 }
 
 }
@@ -21,8 +41,8 @@ bool Exam::LoadHeader(const QString &Path)
         File file;
         OpenExam(file, Path);
         file.ReadData(m_reserved, WithCount);
-        file.ReadData(m_code, WithCount);
-        file.ReadData(m_name, WithCount);
+        ReadTitle(file, m_code, u"code"_s);
+        ReadTitle(file, m_name, u"name"_s);
         file.ReadData(m_maxScore);
         file.ReadData(m_passScore);
         file.ReadData(m_duration);
@@ -46,6 +66,8 @@ bool Exam::Load(const QString &Path)
 
 void Exam::RequireLimits() const
 {
+    RequireTitle(m_code.size(), u"code"_s);
+    RequireTitle(m_name.size(), u"name"_s);
     RequireCount(m_questions.Count(), Question::Plural());
     qint64 bytes = ShortestHeader + m_reserved.size() + m_code.size() + m_name.size();
     qint64 options = 0;
@@ -94,8 +116,8 @@ bool Exam::Serialize(File &file) const
 bool Exam::Deserialize(File &file)
 {
     Read(file, m_reserved, WithCount);
-    Read(file, m_code, WithCount);
-    Read(file, m_name, WithCount);
+    ReadWholeTitle(file, m_code, u"code"_s);
+    ReadWholeTitle(file, m_name, u"name"_s);
     Read(file, m_maxScore);
     Read(file, m_passScore);
     Read(file, m_duration);

@@ -11,7 +11,8 @@ class Exam : public ISerializable {
 public:
     // Reads code, name, scores and duration, and leaves Questions alone. A file
     // that ends inside them yields what was there. True, or an error under
-    // "Exam::LoadHeader()", Overflow for a file beyond ExamFormat::LargestFile.
+    // "Exam::LoadHeader()", Overflow for a file beyond ExamFormat::LargestFile
+    // and for a code or a name beyond ExamFormat::MostTitleCharacters.
     bool LoadHeader(const QString &Path);
     // Replaces the items, and every other field that is not empty in the file.
     // True, or an error under "Exam::Save()"; InputPastEnd when the file ends

@@ -28,6 +28,8 @@ constexpr qint32 MostMembers = 32'767;
 // Options of all items together: more than 30 for each of the most items. An
 // empty one takes 10 bytes in the file and eight times as many in memory.
 constexpr qint32 MostOptionsInAll = 1'000'000;
+// Characters of the code, and of the name. A list of exams keeps them of each.
+constexpr qint32 MostTitleCharacters = 32'767;
 
 // The letter of option 1 is the character behind this one.
 constexpr int LetterBase = 64;

@@ -44,6 +44,13 @@ inline void RequireOptionsInAll(qint64 count)
         throw TooMany(MostOptionsInAll, QStringLiteral("options in all"));
 }
 
+// What: "code" or "name".
+inline void RequireTitle(qint64 characters, const QString &what)
+{
+    if (characters > MostTitleCharacters)
+        throw TooMany(MostTitleCharacters, QStringLiteral("characters in the ") + what);
+}
+
 inline void RequireFileSize(qint64 bytes)
 {
     if (bytes > LargestFile)

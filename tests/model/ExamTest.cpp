@@ -32,13 +32,12 @@ TEST(ExamTest, AKnownFile)
     EXPECT_TRUE(exam.Load(path));
     EXPECT_EQ(exam.FileName(), path) << "exhibits are looked for beside it";
     EXPECT_EQ(exam.Reserved(), "\1\2\3");
-    ASSERT_EQ(exam.Questions().Count(), 2);
-    EXPECT_EQ(exam.Questions().Item(1)->Problem(), u"Which one?"_s);
+    ASSERT_TRUE(exam.Questions().Count() == 2 && exam.Questions().Item(1)->Problem() == u"Which one?"_s);
     const auto second = exam.Questions().Item(2);
     EXPECT_EQ(second->Problem(), u"Which two?\r\nPick."_s);
     EXPECT_EQ(second->Explaination(), u"Both stand in the list."_s);
-    EXPECT_TRUE(second->HasHint());
-    EXPECT_EQ(second->CorrectAnswer(), u"1,3"_s);
+    EXPECT_EQ(second->Exhibit(), u"list.gif"_s);
+    EXPECT_TRUE(second->HasHint() && second->CorrectAnswer() == u"1,3"_s);
 
     // The sitting leaves no trace in the file.
     second->SetAnswer(u"1,3"_s);
@@ -59,21 +58,18 @@ TEST(ExamTest, HeaderBytes)
     const auto exam = NewExam({ u"ABC-101"_s, u"Sample"_s, 1000, 700, 120 });
     const QString path = Sandbox::Path(u"header.exam"_s);
     exam->Save(path);
-    const QByteArray header = QByteArray::fromHex(
-        "00000000 07000000 4142432d313031 06000000 53616d706c65 e803 bc02 7800");
+    const QByteArray header = QByteArray::fromHex("00000000 07000000 4142432d313031 06000000 53616d706c65 e803 bc02 7800");
     EXPECT_EQ(Sandbox::ReadFile(path), header + QByteArray(4, '\0'));
 
     // A header that is cut short gives what is there.
     const struct { int Bytes; QString Fields; } rows[] = {
-        { 0, u"||0|0|0"_s }, { 21, u"ABC-101|Sa|0|0|0"_s }, { 26, u"ABC-101|Sample|232|0|0"_s },
-        { 31, u"ABC-101|Sample|1000|700|120"_s },
+        { 0, u"||0|0|0"_s }, { 21, u"ABC-101|Sa|0|0|0"_s }, { 26, u"ABC-101|Sample|232|0|0"_s }, { 31, u"ABC-101|Sample|1000|700|120"_s },
     };
     for (const auto &row : rows) {
         Exam cut;
         const QString name = u" \""_s + Written(header.left(row.Bytes)) + u"\" "_s;
         EXPECT_TRUE(cut.LoadHeader(name)) << row.Bytes;
-        EXPECT_EQ(u"%1|%2|%3|%4|%5"_s.arg(cut.Code(), cut.Name()).arg(cut.MaxScore()).arg(cut.PassScore()).arg(cut.Duration()),
-                  row.Fields);
+        EXPECT_EQ(u"%1|%2|%3|%4|%5"_s.arg(cut.Code(), cut.Name()).arg(cut.MaxScore()).arg(cut.PassScore()).arg(cut.Duration()), row.Fields);
         EXPECT_EQ(cut.FileName(), name);
     }
 }
@@ -124,11 +120,14 @@ TEST(ExamTest, CalculateScore)
 TEST(ExamTest, Limits)
 {
     const QString path = Sandbox::Path(u"limits.exam"_s), refused = u"6 Exam::Save()"_s;
-    struct Row { qint32 Items, Options, Letters; QString Result; };
+    struct Row { qint32 Items, Options, Letters; QString Result; qint32 Code = 0, Name = 0; };
     for (const Row &row : { Row{ 32'767, 1, 0, u"none"_s }, Row{ 32'768, 0, 0, refused }, Row{ 1, 32'767, 0, u"none"_s },
-                            Row{ 1, 32'768, 0, refused }, Row{ 31, 32'767, 0, refused }, Row{ 256, 0, 1 << 20, refused } }) {
-        SCOPED_TRACE(testing::Message() << row.Items << " items of " << row.Options << " options");
+                            Row{ 1, 32'768, 0, refused }, Row{ 31, 32'767, 0, refused }, Row{ 0, 0, 0, refused, 32'768, 0 },
+                            Row{ 0, 0, 0, refused, 0, 32'768 }, Row{ 1, 1, 0, u"none"_s, 32'767, 32'767 }, Row{ 256, 0, 1 << 20, refused } }) {
+        SCOPED_TRACE(testing::Message() << row.Items << " items of " << row.Options << " options" << row.Code << " " << row.Name);
         Exam exam;
+        exam.SetCode(QString(row.Code, u'x'));
+        exam.SetName(QString(row.Name, u'x'));
         const auto question = AddItem(exam, { QString(row.Letters, u'x') });
         while (question->Choices().Count() < row.Options)
             question->Choices().Add(std::make_shared<Choice>());
@@ -139,7 +138,9 @@ TEST(ExamTest, Limits)
         EXPECT_EQ(Sandbox::ReadFile(path) == "kept", row.Result == refused);
         const auto number = [](const qint32 &value) { return QByteArray(reinterpret_cast<const char *>(&value), 4); };
         const QByteArray item = QByteArray(20, '\0') + number(row.Options) + QByteArray(row.Options * ExamFormat::ChoiceBytes, '\0');
-        Sandbox::WriteFile(path, QByteArray(18, '\0') + number(row.Items) + item.repeated(row.Items));
+        const auto title = [&](qint32 letters) { return number(letters) + QByteArray(letters, 'x'); };
+        Sandbox::WriteFile(path, number(0) + title(row.Code) + title(row.Name) + QByteArray(6, '\0') + number(row.Items) + item.repeated(row.Items));
+        EXPECT_EQ(ResultOf([&] { Exam().LoadHeader(path); }), row.Code <= 32'767 && row.Name <= 32'767 ? u"none"_s : u"6 Exam::LoadHeader()"_s);
         EXPECT_EQ(ResultOf([&] { Exam().Load(path); }), row.Letters == 0 ? row.Result : u"none"_s);
     }
     QFile file(path);
