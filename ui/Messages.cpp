@@ -22,9 +22,9 @@ constexpr int EarlyTime = 1000; // milliseconds
 constexpr int IconSize = 44;
 
 // Keeps a box from being answered by a key or a click that was meant for the
-// window below: no press and no request to close reaches it until a moment has
-// passed and the keys that were down have come up. The release of a key answers
-// nothing, and HeldKeys needs to see it.
+// window below: no press reaches it until a moment has passed and the keys that
+// were down have come up. The release of a key answers nothing, and HeldKeys needs
+// to see it.
 class AnswerDelay : public QObject {
 public:
     explicit AnswerDelay(QWidget *box)
@@ -44,12 +44,6 @@ public:
         case QEvent::MouseButtonPress:
         case QEvent::MouseButtonRelease:
         case QEvent::MouseButtonDblClick: return IsEarly() && Belongs(watched);
-        case QEvent::Close:
-            // By its frame, which may have come under the pointer, or Alt+F4.
-            if (!IsEarly() || watched != m_box->windowHandle())
-                return false;
-            event->ignore();
-            return true;
         default: return false;
         }
     }

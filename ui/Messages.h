@@ -26,8 +26,7 @@ public:
     // Shows the text, as plain text, and waits for a button.
     virtual int Show(const QString &text, int style) = 0;
     // The same for a box that the user has not asked for: for a second neither
-    // a key or a click nor a request to close its window answers it, as they
-    // were meant for the window below.
+    // key nor click answers it, as they were meant for the window below.
     virtual int ShowUnasked(const QString &text, int style) { return Show(text, style); }
 };
 
