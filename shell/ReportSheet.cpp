@@ -40,6 +40,7 @@ constexpr double LabelGap = 2;
 constexpr double CodeGap = 5; // between the code and the date
 constexpr double PointSize = 9;
 constexpr double SmallestSize = 0.6; // of the usual letters; smaller ones cannot be read
+constexpr double SizeStep = 0.02;
 constexpr double MillimetresAnInch = 25.4;
 constexpr qsizetype LongestJobCode = 60; // characters; a job's name has 255 bytes
 
@@ -55,16 +56,16 @@ const QString TitleLabel = u"Exam Title: "_s;
 
 // As much of the text as there is room for, in millimetres; one that is cut
 // ends with an ellipsis.
-QString Elided(const QString &text, double room, const Measure &measure)
+QString Elided(const QString &text, double room, const Measure &measure, double size = 1)
 {
-    if (text.size() <= LongestLine && measure(text, false) <= room)
+    if (text.size() <= LongestLine && measure(text, false, size) <= room)
         return text;
     const auto cut = [&](qsizetype length) { return text.left(length).trimmed() + u'…'; };
     qsizetype shortest = 0;
     qsizetype longest = std::min(text.size() - 1, LongestLine);
     while (shortest < longest) {
         const qsizetype middle = (shortest + longest + 1) / 2;
-        if (measure(cut(middle), false) <= room)
+        if (measure(cut(middle), false, size) <= room)
             shortest = middle;
         else
             longest = middle - 1;
@@ -93,20 +94,23 @@ Plan PlanFor(const QString &examCode, const QString &examName, const QString &da
     plan.Logo = QRectF(0, LogoTop, LogoWidth, LogoWidth / Artwork::LogoAspect);
 
     const QString dated = u"Dated: "_s + date;
-    const double dateLeft = UsableWidth - measure(dated, false);
+    const double dateLeft = UsableWidth - measure(dated, false, 1);
     write(0, CodeRow, Elided(u"Exam Code: "_s + examCode, dateLeft - CodeGap, measure));
     write(dateLeft, CodeRow, dated);
 
     // Both lines of a title have letters of one size.
     const Title title = TitleOf(examName);
-    const double indent = title.Rest.isEmpty() ? 0 : measure(TitleLabel, false);
-    const double widest
-        = std::max(measure(title.First.left(LongestLine), false), indent + measure(title.Rest.left(LongestLine), false));
-    const double titleSize = std::clamp(UsableWidth / std::max(widest, 1.0), SmallestSize, 1.0);
-    const double titleRoom = UsableWidth / titleSize;
-    write(0, TitleRow, Elided(title.First, titleRoom, measure), false, titleSize);
+    double titleSize = 1;
+    const auto indent = [&] { return title.Rest.isEmpty() ? 0 : measure(TitleLabel, false, titleSize); };
+    const auto fits = [&] {
+        return measure(title.First.left(LongestLine), false, titleSize) <= UsableWidth
+            && indent() + measure(title.Rest.left(LongestLine), false, titleSize) <= UsableWidth;
+    };
+    while (!fits() && titleSize > SmallestSize)
+        titleSize = std::max(titleSize - SizeStep, SmallestSize);
+    write(0, TitleRow, Elided(title.First, UsableWidth, measure, titleSize), false, titleSize);
     if (!title.Rest.isEmpty())
-        write(indent * titleSize, TitleRestRow, Elided(title.Rest, titleRoom - indent, measure), false, titleSize);
+        write(indent(), TitleRestRow, Elided(title.Rest, UsableWidth - indent(), measure, titleSize), false, titleSize);
 
     struct Row {
         QString Label;
@@ -120,14 +124,14 @@ Plan PlanFor(const QString &examCode, const QString &examName, const QString &da
     // Whatever font they are printed in, the labels keep clear of the bars.
     double labelSize = 1;
     for (const Row &row : rows)
-        labelSize = std::min(labelSize, (GraphLeft - LabelGap - LabelLeft) / measure(row.Label, false));
+        labelSize = std::min(labelSize, (GraphLeft - LabelGap - LabelLeft) / measure(row.Label, false, 1));
     for (const Row &row : rows) {
         const double length = std::max(0.0F, Common::PercentOf(row.Share, static_cast<float>(GraphWidth)));
         write(LabelLeft, row.LabelTop, row.Label, false, labelSize);
         plan.Bars.push_back({ QRectF(GraphLeft, row.BarTop, length, BarHeight), row.Color });
         // A bar can be longer than the paper is wide; its share stays readable.
         const QString share = QString::number(row.Share) + u'%';
-        write(std::min(GraphLeft + length + LabelGap, UsableWidth - measure(share, false)), row.LabelTop, share);
+        write(std::min(GraphLeft + length + LabelGap, UsableWidth - measure(share, false, 1)), row.LabelTop, share);
     }
     // The frame of the graph: where 0 stands, the scale, and its quarters.
     plan.Lines.push_back({ { GraphLeft, GraphTop }, { GraphLeft, GraphBottom } });
@@ -143,10 +147,10 @@ Plan PlanFor(const QString &examCode, const QString &examName, const QString &da
     const QString obtained = u"Your Score: "_s + QString::number(report.ObtainedScore);
     const QString grade = u"Grade: "_s + (report.IsPassed() ? u"Pass"_s : u"Fail"_s);
     write(0, ScoresRow, required, true);
-    write((UsableWidth - measure(obtained, true)) / 2, ScoresRow, obtained, true);
-    write(UsableWidth - measure(grade, true), ScoresRow, grade, true);
+    write((UsableWidth - measure(obtained, true, 1)) / 2, ScoresRow, obtained, true);
+    write(UsableWidth - measure(grade, true, 1), ScoresRow, grade, true);
 
-    const auto centre = [&](double y, const QString &text) { write((UsableWidth - measure(text, false)) / 2, y, text); };
+    const auto centre = [&](double y, const QString &text) { write((UsableWidth - measure(text, false, 1)) / 2, y, text); };
     plan.Lines.push_back({ { 0, FooterRow - 3 }, { UsableWidth, FooterRow - 3 } });
     centre(FooterRow, u"Score report printed with Practorium - The Most Realistic Exam Simulator"_s);
     centre(ClosingRow, u"Good luck with the real one!"_s);
@@ -166,8 +170,8 @@ void Paint(QPagedPaintDevice &device, const QString &examCode, const QString &ex
     const QPointF corner
         = QPointF((paperWidth - UsableWidth) / 2, 0) - device.pageLayout().paintRect(QPageLayout::Millimeter).topLeft();
     const auto place = [&](double x, double y) { return (corner + QPointF(x, y)) * dots; };
-    const auto measure = [&](const QString &text, bool isBold) {
-        return QFontMetricsF(SheetFont(isBold), &device).horizontalAdvance(text) / dots;
+    const auto measure = [&](const QString &text, bool isBold, double size) {
+        return QFontMetricsF(SheetFont(isBold, size), &device).horizontalAdvance(text) / dots;
     };
 
     const Plan plan = PlanFor(Common::ShownText(examCode), Common::ShownText(examName),

@@ -42,8 +42,10 @@ struct Plan {
     std::vector<Line> Lines;
 };
 
-// The width of a text in millimetres, in letters of the usual size.
-using Measure = std::function<double(const QString &text, bool isBold)>;
+// The width of a text in millimetres; size is that of its letters, as in Text.
+// Some systems fit letters to the dots of the page, and then letters of half the
+// size are not half as wide.
+using Measure = std::function<double(const QString &text, bool isBold, double size)>;
 
 // What stands on the page, in the order in which it is drawn. Raises what the
 // shares of the report raise.

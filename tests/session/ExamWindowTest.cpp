@@ -316,7 +316,7 @@ TEST_F(ExamWindowTest, ThousandsOfOptions)
     Globals::CurrentExam = NewExam();
     AddItem(*Globals::CurrentExam, { u"many"_s, options });
     AddItem(*Globals::CurrentExam, { u"last"_s, { u"*one"_s } });
-    QObject::connect(&Window, &frmExam::Starting, [&] { EXPECT_LT(Content->height(), 1'000) << "laid out without a width"; });
+    QObject::connect(&Window, &frmExam::Starting, [&] { EXPECT_TRUE(Content->height() < 1'000 || Content->width() > 1'000) << "laid out without a width"; });
     Start();
     EXPECT_LT(Window.findChildren<QAbstractButton *>().size(), 1'000);
     // The options that stand in the frame, from its top to its bottom.

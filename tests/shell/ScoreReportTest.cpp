@@ -35,7 +35,7 @@ TEST(ReportSheetTest, LongTitles)
 // Every letter a millimetre wide, a bold one two.
 TEST(ReportSheetTest, Positions)
 {
-    const auto ruler = [](const QString &text, bool isBold) { return double(text.size()) * (isBold ? 2 : 1); };
+    const auto ruler = [](const QString &text, bool isBold, double size) { return double(text.size()) * (isBold ? 2 : 1) * size; };
     const QString title(120, u'x');
     const ReportSheet::Plan plan = ReportSheet::PlanFor(u"EX-101"_s, title + u" rest"_s, u"Friday"_s, { 200, 140, 100 }, ruler);
     QStringList texts;
@@ -61,10 +61,10 @@ TEST(ReportSheetTest, TextsWithoutRoom)
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(testing::Message() << &row - rows);
-        const auto ruler = [&](const QString &text, bool) { return double(text.size()) * row.Letter; };
+        const auto ruler = [&](const QString &text, bool, double size) { return double(text.size()) * row.Letter * (size < 1 ? size + 0.05 : 1); };
         const auto texts = ReportSheet::PlanFor(row.Code, row.Name, u"Friday"_s, { 100, 70, row.Obtained }, ruler).Texts;
         for (size_t i = 0; i < texts.size(); ++i) {
-            const double right = texts[i].X + ruler(texts[i].Content, false) * texts[i].Size;
+            const double right = texts[i].X + ruler(texts[i].Content, false, texts[i].Size);
             const bool hasNeighbour = texts[i].Y < 130 && texts[i + 1].Y == texts[i].Y;
             EXPECT_TRUE(texts[i].X >= 0 && right < (hasNeighbour ? texts[i + 1].X - 1 : 170.001)) << texts[i].Content.toStdString();
             EXPECT_EQ(texts[i].Content.endsWith(u'…'), i == row.Cut);
