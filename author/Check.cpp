@@ -65,12 +65,19 @@ private:
         } catch (const Error &error) {
             if (error.Number() == InputPastEnd)
                 Say(u"cut short: the file ends before item %1 is whole"_s.arg(exam.Questions().Count() + 1));
-            else if (error.Description() == ExamFormat::TooMany(ExamFormat::MostMembers, Choice::Plural()).Description())
+            else if (IsOfAnItem(error))
                 Say(u"item %1: %2"_s.arg(exam.Questions().Count() + 1).arg(error.Description()));
             else
                 Say(Console::OneLine(error));
             return false;
         }
+    }
+
+    static bool IsOfAnItem(const Error &error)
+    {
+        const Error limits[] = { ExamFormat::TooMany(ExamFormat::MostMembers, Choice::Plural()), ExamFormat::TooManyCharacters() };
+        return std::any_of(std::begin(limits), std::end(limits),
+                           [&](const Error &limit) { return error.Description() == limit.Description(); });
     }
 
     static QString ControlIn(const QString &what, const QString &text)

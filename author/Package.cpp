@@ -125,6 +125,8 @@ private:
             throw Unfit{ u"no option is right"_s };
         question->SetHasHint(item.IsMultiple && !item.IsUnlimited);
         question->SetExplaination(ExplanationOf(item));
+        if (question->Characters() > ExamFormat::MostItemCharacters)
+            throw Unfit{ u"it has more than %1 characters"_s.arg(ExamFormat::MostItemCharacters) };
         if (item.Exhibit)
             question->SetExhibit(Exhibit(*item.Exhibit));
         return question;

@@ -2,6 +2,7 @@
 
 #include <QLocale>
 
+#include <algorithm>
 #include <cerrno>
 #include <iconv.h>
 
@@ -11,6 +12,7 @@ namespace Ansi {
 
 struct Decoder::System {
     iconv_t converter;
+    int page;
 
     char16_t Convert(const char *bytes, size_t count) const
     {
@@ -29,9 +31,61 @@ struct Decoder::System {
     }
 };
 
+namespace {
+
+// Parts of a page that Windows reads as characters for private use, and
+// converters elsewhere as nothing. The second byte counts first through one
+// range, then through the other.
+struct PrivateArea {
+    struct Range {
+        uchar First;
+        uchar Last;
+        int Length() const { return Last - First + 1; }
+        bool Has(uchar byte) const { return First <= byte && byte <= Last; }
+    };
+    int Page;
+    Range Leads;
+    Range Trails;
+    Range MoreTrails;
+    char16_t Character; // of the first pair
+};
+
+constexpr PrivateArea::Range NoTrails{ 1, 0 };
+constexpr PrivateArea PrivateAreas[] = {
+    { 936, { 0xAA, 0xAF }, { 0xA1, 0xFE }, NoTrails, 0xE000 },
+    { 936, { 0xF8, 0xFE }, { 0xA1, 0xFE }, NoTrails, 0xE234 },
+    { 936, { 0xA1, 0xA7 }, { 0x40, 0x7E }, { 0x80, 0xA0 }, 0xE4C6 },
+    { 949, { 0xC9, 0xC9 }, { 0xA1, 0xFE }, NoTrails, 0xE000 },
+    { 949, { 0xFE, 0xFE }, { 0xA1, 0xFE }, NoTrails, 0xE05E },
+    { 950, { 0xFA, 0xFE }, { 0x40, 0x7E }, { 0xA1, 0xFE }, 0xE000 },
+    { 950, { 0x8E, 0xA0 }, { 0x40, 0x7E }, { 0xA1, 0xFE }, 0xE311 },
+    { 950, { 0x81, 0x8D }, { 0x40, 0x7E }, { 0xA1, 0xFE }, 0xEEB8 },
+};
+
+char16_t PrivatePair(int page, uchar lead, uchar trail)
+{
+    for (const PrivateArea &area : PrivateAreas) {
+        if (area.Page != page || !area.Leads.Has(lead) || !(area.Trails.Has(trail) || area.MoreTrails.Has(trail)))
+            continue;
+        const int row = (lead - area.Leads.First) * (area.Trails.Length() + area.MoreTrails.Length());
+        const int place = area.Trails.Has(trail) ? trail - area.Trails.First : area.Trails.Length() + trail - area.MoreTrails.First;
+        return static_cast<char16_t>(area.Character + row + place);
+    }
+    return NoCharacter;
+}
+
+bool IsPrivateLead(int page, uchar lead)
+{
+    return std::any_of(std::begin(PrivateAreas), std::end(PrivateAreas),
+                       [&](const PrivateArea &area) { return area.Page == page && area.Leads.Has(lead); });
+}
+
+}
+
 Decoder::Decoder(int codePage)
     : m_system(std::make_unique<System>())
 {
+    m_system->page = codePage;
     const QByteArray name = "CP" + QByteArray::number(codePage);
     m_system->converter = iconv_open("UTF-16LE", name.constData());
     if (m_system->converter == reinterpret_cast<iconv_t>(-1))
@@ -47,13 +101,15 @@ Decoder::~Decoder()
 char16_t Decoder::Single(uchar byte)
 {
     const char in = static_cast<char>(byte);
-    return m_system->Convert(&in, 1);
+    const char16_t character = m_system->Convert(&in, 1);
+    return character == NoCharacter && IsPrivateLead(m_system->page, byte) ? Lead : character;
 }
 
 char16_t Decoder::Pair(uchar lead, uchar trail)
 {
     const char in[2] = { static_cast<char>(lead), static_cast<char>(trail) };
-    return m_system->Convert(in, 2);
+    const char16_t character = m_system->Convert(in, 2);
+    return character == NoCharacter ? PrivatePair(m_system->page, lead, trail) : character;
 }
 
 namespace {

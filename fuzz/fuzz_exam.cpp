@@ -84,12 +84,26 @@ private:
     }
 
     bool Title() { return Counted(ExamFormat::MostTitleCharacters); }
-    bool Question() { return Plain(4) && Flag() && Counted() && Counted() && Counted() && List(&Walk::Choice); }
-    bool Choice() { return ++m_options <= ExamFormat::MostOptionsInAll && Plain(2) && Flag() && Counted(); }
+    bool Text()
+    {
+        const size_t before = m_left;
+        const bool isWhole = Counted();
+        m_characters += static_cast<int64_t>(before - m_left) - 4;
+        return isWhole;
+    }
+
+    bool Question()
+    {
+        m_characters = 0;
+        return Plain(4) && Flag() && Counted() && Text() && Text() && List(&Walk::Choice)
+            && m_characters <= ExamFormat::MostItemCharacters;
+    }
+    bool Choice() { return ++m_options <= ExamFormat::MostOptionsInAll && Plain(2) && Flag() && Text(); }
 
     const uint8_t *m_in;
     size_t m_left;
     int32_t m_options = 0;
+    int64_t m_characters = 0; // of the item
 };
 
 // Only the error numbers of the list may come out of an operation.

@@ -73,6 +73,7 @@ void Exam::RequireLimits() const
     qint64 options = 0;
     for (const auto &question : m_questions) {
         RequireCount(question->Choices().Count(), Choice::Plural());
+        RequireItemCharacters(question->Characters());
         RequireOptionsInAll(options += question->Choices().Count());
         RequireFileSize(bytes += question->RecordBytes());
     }

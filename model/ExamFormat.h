@@ -28,6 +28,9 @@ constexpr qint32 MostMembers = 32'767;
 // Options of all items together: more than 30 for each of the most items. An
 // empty one takes 10 bytes in the file and eight times as many in memory.
 constexpr qint32 MostOptionsInAll = 1'000'000;
+// Characters of an item: its question, its options and its explanation. Each of
+// them is laid out before the item is seen.
+constexpr qint32 MostItemCharacters = 1'000'000;
 // Characters of the code, and of the name. A list of exams keeps them of each.
 constexpr qint32 MostTitleCharacters = 32'767;
 

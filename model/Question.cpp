@@ -41,6 +41,14 @@ qint64 Question::RecordBytes() const
     return bytes;
 }
 
+qint64 Question::Characters() const
+{
+    qint64 count = m_problem.size() + m_explaination.size();
+    for (const auto &choice : m_choices)
+        count += choice->Statement().size();
+    return count;
+}
+
 bool Question::Serialize(File &file) const
 {
     file.WriteData(m_number);
@@ -60,7 +68,9 @@ bool Question::Deserialize(File &file)
     ExamFormat::Read(file, m_exhibit, ExamFormat::WithCount);
     ExamFormat::ReadSealed(file, m_problem);
     ExamFormat::ReadSealed(file, m_explaination);
-    return m_choices.Deserialize(file);
+    m_choices.Deserialize(file);
+    ExamFormat::RequireItemCharacters(Characters());
+    return true;
 }
 
 template class Collection<Question>;

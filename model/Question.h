@@ -43,6 +43,8 @@ public:
     QString CorrectAnswer() const;
     void CalculateSolutionCount();
 
+    // Of the question, its choices and its explanation together.
+    qint64 Characters() const;
     // The length in bytes of what Serialize writes.
     qint64 RecordBytes() const;
     bool Serialize(File &file) const override;

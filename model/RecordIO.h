@@ -44,6 +44,17 @@ inline void RequireOptionsInAll(qint64 count)
         throw TooMany(MostOptionsInAll, QStringLiteral("options in all"));
 }
 
+inline Error TooManyCharacters()
+{
+    return TooMany(MostItemCharacters, QStringLiteral("characters in an item"));
+}
+
+inline void RequireItemCharacters(qint64 count)
+{
+    if (count > MostItemCharacters)
+        throw TooManyCharacters();
+}
+
 // What: "code" or "name".
 inline void RequireTitle(qint64 characters, const QString &what)
 {

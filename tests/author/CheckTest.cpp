@@ -96,6 +96,11 @@ TEST(CheckTest, FilesThatAreCutShortOrTooLong)
         Sandbox::WriteFile(path, bytes);
         EXPECT_EQ(FaultsOf(path), row.Expected);
     }
+    // The last thing in the file is an option of one letter.
+    QByteArray bytes = whole + QByteArray(1'000'000, 'x');
+    qToLittleEndian(1'000'001, bytes.data() + whole.size() - 5);
+    Sandbox::WriteFile(path, bytes);
+    EXPECT_EQ(FaultsOf(path), u"item 2: there are more than 1000000 characters in an item"_s);
     const bool canBeHuge = QFile(path).resize((1LL << 32) + 1'000);
     EXPECT_EQ(FaultsOf(path).startsWith("the exam file is too large"_L1), canBeHuge);
     QFile::remove(path);

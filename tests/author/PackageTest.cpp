@@ -56,6 +56,7 @@ TEST(PackageTest, WhatIsTakenAndWhatIsLeftOut)
         { "in feedback", u"Q {=a ~b#\u001B[2J}"_s, u"1: it holds the control character U+001B"_s },
         { "in an exhibit's name", u"// [exhibit:a\u0007.bmp]\nQ {T}"_s, u"2: it holds the control character U+0007"_s },
         { "27 options", u"Q {=a"_s + u"~b"_s.repeated(26) + u'}', u"1: it has 27 options, and an exam has letters for 26"_s },
+        { "a million characters", u"Q {=a~"_s + u"b"_s.repeated(1'000'000) + u'}', u"1: it has more than 1000000 characters"_s },
         { "one option", u"Q {~%100%a}"_s, u"1: it has fewer than 2 options"_s },
         { "no right one", u"Q {~a ~b}"_s, u"1: no option is right"_s },
         { "an empty option", u"Q {=a ~}"_s, u"1: option 2 is empty"_s },

@@ -3,6 +3,8 @@
 #include "tests/support/System.h"
 #include "tests/support/Test.h"
 
+#include <QtEndian>
+
 #include <cerrno>
 
 namespace {
@@ -122,7 +124,8 @@ TEST(ExamTest, Limits)
     struct Row { qint32 Items, Options, Letters; QString Result; qint32 Code = 0, Name = 0; };
     for (const Row &row : { Row{ 32'767, 1, 0, u"none"_s }, Row{ 32'768, 0, 0, refused }, Row{ 1, 32'767, 0, u"none"_s },
                             Row{ 1, 32'768, 0, refused }, Row{ 31, 32'767, 0, refused }, Row{ 0, 0, 0, refused, 32'768, 0 },
-                            Row{ 0, 0, 0, refused, 0, 32'768 }, Row{ 1, 1, 0, u"none"_s, 32'767, 32'767 }, Row{ 256, 0, 1 << 20, refused } }) {
+                            Row{ 0, 0, 0, refused, 0, 32'768 }, Row{ 1, 1, 0, u"none"_s, 32'767, 32'767 }, Row{ 270, 0, 1'000'000, refused },
+                            Row{ 1, 0, 1'000'001, refused } }) {
         SCOPED_TRACE(testing::Message() << row.Items << " items of " << row.Options << " options" << row.Code << " " << row.Name);
         Exam exam;
         exam.SetCode(QString(row.Code, u'x'));
@@ -142,6 +145,15 @@ TEST(ExamTest, Limits)
         EXPECT_EQ(ResultOf([&] { Exam().LoadHeader(path); }), row.Code <= 32'767 && row.Name <= 32'767 ? u"none"_s : u"6 Exam::LoadHeader()"_s);
         EXPECT_EQ(ResultOf([&] { Exam().Load(path); }), row.Letters == 0 ? row.Result : u"none"_s);
     }
+    // The characters of an item are counted together.
+    Exam exam;
+    AddItem(exam, { QString(400'000, u'x'), { QString(300'000, u'x') }, false, {}, QString(300'000, u'x') });
+    exam.Save(path);
+    EXPECT_EQ(ResultOf([&] { Exam().Load(path); }), u"none"_s);
+    QByteArray longer = Sandbox::ReadFile(path) + 'x';
+    qToLittleEndian(300'001, longer.data() + longer.size() - 300'005);
+    Sandbox::WriteFile(path, longer);
+    EXPECT_EQ(ResultOf([&] { Exam().Load(path); }), refused);
     QFile file(path);
     for (const qint64 bytes : { qint64(1) << 28, (qint64(1) << 28) + 1, (qint64(1) << 32) + 1'000 }) {
         if (!file.resize(bytes))
