@@ -75,7 +75,8 @@ private:
 
     static bool IsOfAnItem(const Error &error)
     {
-        const Error limits[] = { ExamFormat::TooMany(ExamFormat::MostMembers, Choice::Plural()), ExamFormat::TooManyCharacters() };
+        const Error limits[]
+            = { ExamFormat::TooMany(ExamFormat::MostMembers, Choice::Plural()), ExamFormat::TooManyCharacters() };
         return std::any_of(std::begin(limits), std::end(limits),
                            [&](const Error &limit) { return error.Description() == limit.Description(); });
     }

@@ -68,7 +68,8 @@ char16_t PrivatePair(int page, uchar lead, uchar trail)
         if (area.Page != page || !area.Leads.Has(lead) || !(area.Trails.Has(trail) || area.MoreTrails.Has(trail)))
             continue;
         const int row = (lead - area.Leads.First) * (area.Trails.Length() + area.MoreTrails.Length());
-        const int place = area.Trails.Has(trail) ? trail - area.Trails.First : area.Trails.Length() + trail - area.MoreTrails.First;
+        const int place
+            = area.Trails.Has(trail) ? trail - area.Trails.First : area.Trails.Length() + trail - area.MoreTrails.First;
         return static_cast<char16_t>(area.Character + row + place);
     }
     return NoCharacter;

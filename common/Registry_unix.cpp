@@ -55,8 +55,7 @@ QJsonObject Load(Hive hive)
     struct stat status = {};
     if (descriptor < 0 || fstat(descriptor, &status) != 0)
         return {};
-    const bool isOwn
-        = S_ISREG(status.st_mode) && status.st_uid == geteuid() && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+    const bool isOwn = S_ISREG(status.st_mode) && status.st_uid == geteuid() && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
     QFile file;
     if (isOwn && file.open(descriptor, QIODevice::ReadOnly, QFile::AutoCloseHandle))
         return QJsonDocument::fromJson(file.readAll()).object();

@@ -17,7 +17,10 @@ HKEY RootOf(Hive hive)
 class Key {
 public:
     Key() = default;
-    Key(Hive hive, const QString &SubKey, REGSAM access) { Result = RegOpenKeyExW(RootOf(hive), Wide(SubKey), 0, access, &Handle); }
+    Key(Hive hive, const QString &SubKey, REGSAM access)
+    {
+        Result = RegOpenKeyExW(RootOf(hive), Wide(SubKey), 0, access, &Handle);
+    }
     ~Key()
     {
         if (Handle)
@@ -37,7 +40,8 @@ qint32 OpenKey(Hive hive, const QString &SubKey, bool create, KeyAccess access)
     if (!create)
         return Key(hive, SubKey, access).Result;
     Key key;
-    key.Result = RegCreateKeyExW(RootOf(hive), Wide(SubKey), 0, nullptr, REG_OPTION_NON_VOLATILE, access, nullptr, &key.Handle, nullptr);
+    key.Result = RegCreateKeyExW(RootOf(hive), Wide(SubKey), 0, nullptr, REG_OPTION_NON_VOLATILE, access, nullptr, &key.Handle,
+                                 nullptr);
     return key.Result;
 }
 
@@ -52,7 +56,8 @@ qint32 QueryStored(Hive hive, const QString &SubKey, const QString &ValueName, S
     // Another program may give the value a longer content in between.
     while (result == ERROR_SUCCESS) {
         value.Bytes.resize(size);
-        result = RegQueryValueExW(key.Handle, Wide(ValueName), nullptr, &type, reinterpret_cast<BYTE *>(value.Bytes.data()), &size);
+        result = RegQueryValueExW(key.Handle, Wide(ValueName), nullptr, &type, reinterpret_cast<BYTE *>(value.Bytes.data()),
+                                  &size);
         if (result == ERROR_MORE_DATA) {
             result = ERROR_SUCCESS;
             continue;

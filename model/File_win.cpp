@@ -34,7 +34,8 @@ File::Handle::~Handle()
 
 bool File::Handle::Open(const QString &path, quint32 access, quint32 disposition, quint32 &attributes)
 {
-    const HANDLE handle = CreateFileW(Wide(WidePath(path)), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition, 0, nullptr);
+    const HANDLE handle
+        = CreateFileW(Wide(WidePath(path)), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition, 0, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
         return false;
     m_descriptor = reinterpret_cast<qintptr>(handle);

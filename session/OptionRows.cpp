@@ -349,8 +349,7 @@ bool OptionRows::eventFilter(QObject *watched, QEvent *event)
     // Nothing may move under a pressed mouse button, nor under the pointer when
     // the window becomes the active one again.
     const Qt::FocusReason reason = static_cast<QFocusEvent *>(event)->reason();
-    const bool isByKey
-        = reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason || reason == Qt::ShortcutFocusReason;
+    const bool isByKey = reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason || reason == Qt::ShortcutFocusReason;
     if (isByKey && row.Index < m_tops.size())
         Q_EMIT Reached(m_tops[row.Index] - Inset, m_tops[row.Index] + m_heights[row.Index] + Inset);
     // Its neighbours are one key away.

@@ -17,7 +17,8 @@ bool GetKeyValue(Registry::Hive hive, const QString &SubKey, const QString &Valu
 {
     Value.clear();
     Registry::StoredValue stored;
-    if (Registry::OpenKey(hive, SubKey, false, Registry::ReadAndWrite) != 0 || Registry::QueryStored(hive, SubKey, ValueName, stored) != 0
+    if (Registry::OpenKey(hive, SubKey, false, Registry::ReadAndWrite) != 0
+        || Registry::QueryStored(hive, SubKey, ValueName, stored) != 0
         || stored.Bytes.size() > (stored.Type == Registry::Text ? 2 * LongestValue : LongestValue))
         return false;
     if (stored.Type == Registry::Text) {
