@@ -31,11 +31,15 @@ FaultServer::FaultServer()
 
 void FaultServer::incomingConnection(qintptr descriptor)
 {
+    if (m_key.isEmpty()) {
+        // An encrypted one loads a library, which takes Wine seconds in a thread.
+        auto *socket = new QTcpSocket(this);
+        socket->setSocketDescriptor(descriptor);
+        return Serve(socket);
+    }
     auto *socket = new QSslSocket(this);
     socket->setSocketDescriptor(descriptor);
     Serve(socket);
-    if (m_key.isEmpty())
-        return;
     socket->setPrivateKey(QSslKey(m_key, QSsl::Rsa));
     socket->setLocalCertificate(QSslCertificate(m_certificate));
     socket->startServerEncryption();
