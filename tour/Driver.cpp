@@ -1,5 +1,7 @@
 #include "tour/Driver.h"
 
+#include "ui/Messages.h"
+
 #include <QApplication>
 #include <QMessageBox>
 #include <QPixmap>
@@ -51,9 +53,6 @@ void Driver::Press(QWidget *box, int button)
 {
     auto *message = qobject_cast<QMessageBox *>(box);
     QAbstractButton *found = message ? message->button(static_cast<QMessageBox::StandardButton>(button)) : nullptr;
-    // A box that comes by itself takes no click for a second, in which nothing else
-    // may happen: the next box is waited for already.
-    QTest::qSleep(1100);
     if (!found)
         Stop(u"another button in "_s + (message ? message->text() : box->objectName()));
     Click(found);
@@ -90,7 +89,9 @@ void Driver::When(const QString &name, std::function<void(QWidget *)> step)
 {
     const auto isOpen = [name] {
         const QWidget *window = QApplication::activeModalWidget();
-        return window && window->isVisible() && (window->objectName() == name || window->inherits(qPrintable(name)));
+        // A box that comes by itself takes no click for a second.
+        return window && window->isVisible() && !window->property(EarlyBox).toBool()
+            && (window->objectName() == name || window->inherits(qPrintable(name)));
     };
     At(
         isOpen, [step = std::move(step)] { step(QApplication::activeModalWidget()); }, name + u" to show"_s);

@@ -6,10 +6,12 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QCloseEvent>
 #include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QMessageBox>
 #include <QPointer>
+#include <QTimer>
 #include <QWindow>
 
 using namespace Qt::Literals::StringLiterals;
@@ -33,7 +35,11 @@ public:
     {
         m_since.start();
         qApp->installEventFilter(this);
+        m_box->setProperty(EarlyBox, true);
+        QTimer::singleShot(EarlyTime, Qt::PreciseTimer, this, [this] { m_box->setProperty(EarlyBox, {}); });
     }
+
+    bool IsEarly() const { return m_since.elapsed() < EarlyTime; }
 
     bool eventFilter(QObject *watched, QEvent *event) override
     {
@@ -49,7 +55,6 @@ public:
     }
 
 private:
-    bool IsEarly() const { return m_since.elapsed() < EarlyTime; }
     bool Belongs(QObject *watched) const
     {
         // Stopped at the system's window, a click does not move the focus either.
@@ -59,6 +64,33 @@ private:
 
     QWidget *m_box;
     QElapsedTimer m_since;
+};
+
+// A box whose frame can close it only when its buttons can. What ends it from
+// within the program comes through done.
+class Box : public QMessageBox {
+public:
+    using QMessageBox::QMessageBox;
+
+    void DelayAnswers() { m_delay = new AnswerDelay(this); }
+    void done(int result) override
+    {
+        m_isDone = true;
+        QMessageBox::done(result);
+    }
+
+protected:
+    void closeEvent(QCloseEvent *event) override
+    {
+        if (m_delay && m_delay->IsEarly() && !m_isDone)
+            event->ignore();
+        else
+            QMessageBox::closeEvent(event);
+    }
+
+private:
+    AnswerDelay *m_delay = nullptr;
+    bool m_isDone = false;
 };
 
 // The window that a box belongs to: one that outlives it, also while the user
@@ -112,7 +144,7 @@ private:
     int Run(const QString &text, int style, bool isUnasked)
     {
         // The owner may go, and the box with it, while it is open.
-        const QPointer<QMessageBox> box = new QMessageBox(Owner());
+        const QPointer<Box> box = new Box(Owner());
         box->setWindowTitle(ApplicationTitle);
         // A text from a file or a server must not be taken for markup.
         box->setTextFormat(Qt::PlainText);
@@ -126,7 +158,7 @@ private:
         for (QAbstractButton *button : box->buttons())
             button->setIcon({});
         if (isUnasked) {
-            new AnswerDelay(box);
+            box->DelayAnswers();
             QApplication::alert(box);
         }
         const int answer = box->exec();

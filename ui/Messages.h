@@ -18,6 +18,8 @@ enum MessageAnswer : int { NoAnswer = 0, AnswerOK = 1, AnswerYes = 6, AnswerNo =
 // The caption of every message box.
 extern const QString ApplicationTitle;
 
+constexpr char EarlyBox[] = "IsEarly";
+
 // Where message boxes come from. There is one at a time; a test puts its own
 // in place for as long as it lives.
 class MessagePort {
@@ -26,7 +28,8 @@ public:
     // Shows the text, as plain text, and waits for a button.
     virtual int Show(const QString &text, int style) = 0;
     // The same for a box that the user has not asked for: for a second neither
-    // key nor click answers it, as they were meant for the window below.
+    // key nor click answers it, as they were meant for the window below, nor does
+    // its frame. The property EarlyBox of the box is true for so long.
     virtual int ShowUnasked(const QString &text, int style) { return Show(text, style); }
 };
 

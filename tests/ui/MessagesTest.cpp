@@ -72,6 +72,7 @@ TEST(MessagesTest, UnaskedBoxesWait)
     const struct { int Answer; void (*Do)(QWidget *box, QPoint no); } ways[] = {
         { AnswerYes, [](QWidget *box, QPoint) { QTest::keyClick(box, Qt::Key_Return); } },
         { AnswerNo, [](QWidget *box, QPoint no) { QTest::mouseClick(box->windowHandle(), Qt::LeftButton, Qt::NoModifier, no); } },
+        { AnswerNo, [](QWidget *box, QPoint) { box->windowHandle()->close(); } },
     };
     for (const auto &way : ways) {
         WhenOpen open(u"QMessageBox"_s, [&way](QWidget *box) {
@@ -84,6 +85,7 @@ TEST(MessagesTest, UnaskedBoxesWait)
             const QPoint place = no->mapTo(box, no->rect().center());
             QTest::mouseClick(box->windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
             QTest::mouseDClick(box->windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
+            box->windowHandle()->close();
             ASSERT_TRUE(box->isVisible() && !no->isDown());
             HeldKey enter{ Qt::Key_Return, false };
             enter.Release(true);
