@@ -18,7 +18,6 @@
 #include <QCoreApplication>
 #include <QFrame>
 #include <QGridLayout>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -234,13 +233,6 @@ bool frmExamDownloader::eventFilter(QObject *watched, QEvent *event)
             lblRemember_Click();
     }
     return QDialog::eventFilter(watched, event);
-}
-
-// A key held down would press Start and then Cancel.
-void frmExamDownloader::keyPressEvent(QKeyEvent *event)
-{
-    if (!event->isAutoRepeat())
-        QDialog::keyPressEvent(event);
 }
 
 // These come when the network answers, not when the candidate expects them.

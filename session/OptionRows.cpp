@@ -282,6 +282,13 @@ void OptionRows::Show(int top, int bottom)
     MakeRows();
 }
 
+void OptionRows::KeepFocusAbove(int bottom)
+{
+    const QScopedValueRollback filling(m_isFilling, true);
+    if (const Row *focus = FocusRow(); focus && focus->Index < m_tops.size() && m_tops[focus->Index] >= bottom)
+        LeaveRows();
+}
+
 void OptionRows::ChainTabs(QWidget *before, QWidget *after)
 {
     m_tabBefore = before;

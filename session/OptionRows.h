@@ -39,6 +39,9 @@ public:
     double Arrange(double questionWidth, double questionHeight);
     // Which part of the content is in view.
     void Show(int top, int bottom);
+    // A row that begins below that place loses the focus, so that no key ticks an
+    // option that the candidate has not seen.
+    void KeepFocusAbove(int bottom);
     // The rows stand between these two in the order of the Tab key.
     void ChainTabs(QWidget *before, QWidget *after);
 

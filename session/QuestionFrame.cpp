@@ -99,6 +99,7 @@ void QuestionFrame::ShowItem(const PageState &page)
     ArrangeRows();
     MoveContent(0);
     vsbScroll->setValue(0);
+    m_rows->KeepFocusAbove(contentsRect().height());
 }
 
 void QuestionFrame::ShowChanges(const PageState &page)

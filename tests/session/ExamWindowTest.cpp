@@ -380,8 +380,10 @@ TEST_F(ExamWindowTest, TheFocusStaysInItsRow)
     Start();
     const struct { qint16 From, To; QString Focus, Next; } rows[] = {
         { 1, 4, u"optChoices3"_s, u"chkChoices3"_s }, { 4, 1, u"chkChoices3"_s, u"optChoices3"_s },
-        { 2, 4, u"optChoices20"_s, u"chkChoices20"_s }, { 2, 3, u"optChoices20"_s, u"cmdNext"_s },
+        { 2, 4, u"optChoices10"_s, u"chkChoices10"_s }, { 2, 3, u"optChoices20"_s, u"cmdNext"_s },
         { 4, 1, u"chkChoices4"_s, u"cmdNext"_s }, { 2, 1, u"optChoices26"_s, u"cmdNext"_s },
+        // Out of view there.
+        { 1, 2, u"optChoices3"_s, u"cmdNext"_s }, { 2, 4, u"optChoices26"_s, u"cmdNext"_s },
     };
     for (const auto &row : rows) {
         Window.Session().GotoQuestion(row.From);
