@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <sys/random.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
 namespace {
@@ -22,7 +23,7 @@ void Note(int)
     hasCome = 1;
 }
 
-// A name of the pack as the system wants it.
+// A name of the pack, ended as the system expects it.
 class Name {
 public:
     explicit Name(std::string_view text, std::string_view prefix = {})
@@ -68,6 +69,21 @@ private:
     Descriptor m_file;
     struct stat m_status = {};
 };
+
+// Locks a folder that another run may have locked. False when that run does not
+// end, or this one is to stop. Where nothing can be locked, nothing is waited for.
+bool AwaitLock(int folder)
+{
+    constexpr int mostRounds = 5000;
+    constexpr timespec pause = { 0, 2'000'000 };
+    for (int round = 0; round < mostRounds && !hasCome; ++round) {
+        if (Lock(folder) || errno != EWOULDBLOCK)
+            return true;
+        nanosleep(&pause, nullptr);
+    }
+    errno = EWOULDBLOCK;
+    return false;
+}
 
 // Whether an exam can come to that place: nothing is there, or a folder of files.
 Fault CheckPlace(int exams, const char *name)
@@ -212,15 +228,23 @@ public:
                 return fault;
             // Nothing was there, or an empty folder.
             if (renameat(m_exams, m_name.Text, m_exams, place) == 0)
-                return Finish(place, m_name.Text);
+                return Finish(place, nullptr);
             if (errno != ENOTEMPTY && errno != EEXIST)
                 return SystemFault(NotWritten);
+            // Locked, the old exam is not left over for any other run. The new exam
+            // of another run is locked until that run ends.
+            const Descriptor old(openat(m_exams, place, FolderFlags | O_NOFOLLOW));
+            if (old.IsOpen() && !AwaitLock(old))
+                return SystemFault(NotReplaced);
+            if (!old.IsOpen() || !IsAt(old, place))
+                continue;
             if (renameat2(m_exams, m_name.Text, m_exams, place, RENAME_EXCHANGE) == 0)
                 return Finish(place, m_name.Text);
             if (errno == EINVAL || errno == ENOSYS) {
                 // Two steps, in between of which a run that dies leaves an exam
                 // that the next one puts back.
-                Remove(m_exams, kept);
+                if (!ClearKept(kept))
+                    return SystemFault(NotReplaced);
                 if (renameat(m_exams, place, m_exams, kept) == 0) {
                     if (renameat(m_exams, m_name.Text, m_exams, place) == 0)
                         return Finish(place, kept);
@@ -245,43 +269,56 @@ private:
         return (Lock(m_folder) || errno != EWOULDBLOCK) && fstat(m_folder, &status) == 0 && status.st_nlink > 0;
     }
 
-    // The exam is in its place, and what was there has the other name. The old
-    // exam goes only when the new one is sure to stay, else it comes back.
+    // Removes what a run that died has kept; not what another run still needs.
+    bool ClearKept(const char *kept) const
+    {
+        const Descriptor folder(openat(m_exams, kept, FolderFlags | O_NOFOLLOW));
+        if (folder.IsOpen() && !AwaitLock(folder))
+            return false;
+        Remove(m_exams, kept);
+        return true;
+    }
+
+    // The exam is in its place, and what was there has the other name; null when
+    // nothing was there. The old exam goes only when the new one is sure to stay,
+    // else it comes back.
     Fault Finish(const char *place, const char *old)
     {
-        // Until then another run must not take it for left over.
-        const Descriptor kept(openat(m_exams, old, FolderFlags | O_NOFOLLOW));
-        if (kept.IsOpen())
-            static_cast<void>(Lock(kept));
         const Fault fault = Sync(m_exams) ? Fault() : SystemFault(NotWritten);
-        if (fault && (!IsAt(place) || ChangeBack(place, old)))
+        // What came since the exam is in its place has not stopped the run.
+        hasCome = 0;
+        if (fault && (!IsAt(m_folder, place) || ChangeBack(place, old)))
             return fault;
         m_isMade = false;
         if (fault)
             return { NotKept, fault.Code };
-        Remove(m_exams, old);
+        if (old)
+            Remove(m_exams, old);
         return {};
     }
 
-    // Whether the folder still has that name. Another run may have been in
+    // Whether that folder still has that name. Another run may have been in
     // between, and its exam stays.
-    bool IsAt(const char *name) const
+    bool IsAt(int folder, const char *name) const
     {
         struct stat here = {};
         struct stat there = {};
-        return fstat(m_folder, &here) == 0 && fstatat(m_exams, name, &there, AT_SYMLINK_NOFOLLOW) == 0
+        return fstat(folder, &here) == 0 && fstatat(m_exams, name, &there, AT_SYMLINK_NOFOLLOW) == 0
             && here.st_dev == there.st_dev && here.st_ino == there.st_ino;
     }
 
     // Gives the folder its first name again, and the place to what was there.
     bool ChangeBack(const char *place, const char *old) const
     {
-        if (old == m_name.Text && renameat2(m_exams, place, m_exams, m_name.Text, RENAME_EXCHANGE) == 0)
-            return true;
+        if (old == m_name.Text)
+            return renameat2(m_exams, place, m_exams, m_name.Text, RENAME_EXCHANGE) == 0;
+        // One exam stays in any case.
+        if (old && faccessat(m_exams, old, F_OK, AT_SYMLINK_NOFOLLOW) != 0)
+            return false;
         if (renameat(m_exams, place, m_exams, m_name.Text) != 0)
             return false;
         // If that fails, the next run does it.
-        if (old != m_name.Text)
+        if (old)
             renameat(m_exams, old, m_exams, place);
         return true;
     }
@@ -304,14 +341,15 @@ void ExamsFolder::Sweep() const
         struct stat status = {};
         if (!folder.IsOpen() || fstat(folder, &status) != 0 || status.st_uid != geteuid())
             return true;
-        if (!package.empty()) {
-            if (fstatat(m_folder, package.data(), &status, AT_SYMLINK_NOFOLLOW) != 0 && errno == ENOENT)
-                renameat(m_folder, entry, m_folder, package.data());
-            else
-                Remove(m_folder, entry);
-        } else if (Lock(folder)) {
+        const bool isLocked = Lock(folder);
+        if (!isLocked && errno == EWOULDBLOCK)
+            return true;
+        const bool isMissing
+            = !package.empty() && fstatat(m_folder, package.data(), &status, AT_SYMLINK_NOFOLLOW) != 0 && errno == ENOENT;
+        if (isMissing)
+            renameat(m_folder, entry, m_folder, package.data());
+        else if (isLocked)
             Remove(m_folder, entry);
-        }
         return true;
     });
 }

@@ -145,17 +145,31 @@ TEST(InstallTest, TheDiskFailsAtTheEnd)
     const QString place = exams + u"/LAST"_s;
     const QString pack = MakePack(u"LAST"_s, u"L-1"_s);
     const std::string failed = "1 Exam pack: LAST: the exam cannot be written: Input/output error\n";
+    const std::string notKept = "1 Exam pack: LAST: the exam is there, but the system cannot say whether it will stay: Input/output error\n";
     const Tree fresh = Snapshot(Sandbox::Path(u"packages/L-1/LAST"_s));
     const Tree old = { { u"/LAST.exam"_s, "old" } };
+    const std::string other = MakePack(u"OTHER"_s, u"O-1"_s).toStdString();
+    // Another run clears away what is left over.
+    const auto sweep = [&] {
+        const pid_t run = fork();
+        if (run == 0) {
+            exchangeReachesDisk = {};
+            _exit(InstallPack(other.c_str()));
+        }
+        int status = -1;
+        EXPECT_TRUE(waitpid(run, &status, 0) == run && status == 0) << status;
+    };
     const struct { bool HasOld, CanExchange; std::function<int(int)> Answer; std::string Said; Tree Left; } rows[] = {
         { true, true, [](int call) { return call < 3 ? EINTR : 0; }, "0 ", fresh },
         { false, true, [](int) { return EIO; }, failed, {} },
-        { true, true, [](int) { return EIO; }, failed, old },
+        { true, true, [](int) { return std::raise(SIGTERM), EIO; }, failed, old },
         { true, false, [](int) { return EIO; }, failed, old },
+        { true, true, [&](int) { return sweep(), EIO; }, failed, old },
+        { true, false, [&](int) { return sweep(), EIO; }, failed, old },
+        { true, false, [&](int) { return QDir(exams + u"/.practorium-kept-LAST"_s).removeRecursively(), EIO; }, notKept, fresh },
         // Another run's exam has come meanwhile.
         { true, true, [&](int) { return QDir(place).removeRecursively() && QDir().mkdir(place) ? EIO : 0; }, failed, {} },
-        { true, true, [](int) { return canExchangeHere = false, EIO; },
-          "1 Exam pack: LAST: the exam is there, but the system cannot say whether it will stay: Input/output error\n", fresh },
+        { true, true, [](int) { return canExchangeHere = false, EIO; }, notKept, fresh },
     };
     for (const auto &[hasOld, canExchange, answer, said, left] : rows) {
         FreshFolder();
