@@ -35,6 +35,8 @@ constexpr int SimulatorPeriod = 100; // milliseconds
 constexpr int AutoClosePeriod = 1000;
 constexpr qint64 UpdateEvery = 40;
 constexpr int ProgressHeight = 18; // pixels
+// Characters of what the server names, so that the reason behind it is not cut off.
+constexpr qsizetype LongestLoggedName = 500;
 
 }
 
@@ -396,7 +398,8 @@ void frmExamDownloader::Install(const QString &examID)
         m_oDownloader.File().Remove();
     } catch (const Error &error) {
         // The box that follows says no more than that it failed.
-        Common::Log(u"Installation of %1 (%2) failed: %3"_s.arg(examID, m_oDownloader.TargetFile(), Common::OneLine(error)));
+        Common::Log(u"Installation of %1 (%2) failed: %3"_s.arg(
+            examID.left(LongestLoggedName), m_oDownloader.TargetFile().left(LongestLoggedName), Common::OneLine(error)));
         throw;
     }
 }

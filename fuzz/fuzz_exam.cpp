@@ -27,7 +27,7 @@ public:
         : m_in(data)
         , m_left(size)
     {
-        Whole = Counted() && Title() && Title() && Plain(6) && List(&Walk::Question);
+        Whole = Counted(ExamFormat::MostReservedBytes) && Title() && Title() && Plain(6) && List(&Walk::Question);
     }
 
     bool Whole = false;

@@ -162,10 +162,15 @@ void ReadSecureData(File &Source, QString &Value)
 {
     QByteArray bytes;
     Source.ReadData(bytes, -1);
-    if (bytes.isEmpty())
+    OpenSecureData(bytes, Value);
+}
+
+void OpenSecureData(QByteArray &Bytes, QString &Value)
+{
+    if (Bytes.isEmpty())
         return;
-    RecordStream().Apply(bytes.data(), bytes.size());
-    Value = Ansi::ToText(bytes);
+    RecordStream().Apply(Bytes.data(), Bytes.size());
+    Value = Ansi::ToText(Bytes);
 }
 
 }

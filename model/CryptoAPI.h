@@ -34,5 +34,7 @@ void WriteSecureData(File &Target, const QVariant &Value, qint32 Length);
 void WriteSecureData(File &Target, const QString &Value);
 void ReadSecureData(File &Source, QVariant &Value, qint32 Length);
 void ReadSecureData(File &Source, QString &Value);
+// What is done with the bytes of such a text once they are read.
+void OpenSecureData(QByteArray &Bytes, QString &Value);
 
 }

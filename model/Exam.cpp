@@ -14,6 +14,15 @@ void OpenExam(File &file, const QString &path)
     RequireFileSize(file.ByteSize());
 }
 
+void ReadReserved(File &file, QByteArray &block)
+{
+    qint32 count = 0;
+    file.ReadData(count);
+    RequireReserved(std::min<qint64>(count, file.BytesLeft()));
+    if (count > 0)
+        file.ReadData(block, count);
+}
+
 // Code or name. A file that ends inside them yields what is there.
 void ReadTitle(File &file, QString &title, const QString &what)
 {
@@ -40,7 +49,7 @@ bool Exam::LoadHeader(const QString &Path)
     return WithSource(u"Exam::LoadHeader()", [&] {
         File file;
         OpenExam(file, Path);
-        file.ReadData(m_reserved, WithCount);
+        ReadReserved(file, m_reserved);
         ReadTitle(file, m_code, u"code"_s);
         ReadTitle(file, m_name, u"name"_s);
         file.ReadData(m_maxScore);
@@ -66,6 +75,7 @@ bool Exam::Load(const QString &Path)
 
 void Exam::RequireLimits() const
 {
+    RequireReserved(m_reserved.size());
     RequireTitle(m_code.size(), u"code"_s);
     RequireTitle(m_name.size(), u"name"_s);
     RequireCount(m_questions.Count(), Question::Plural());
@@ -116,7 +126,9 @@ bool Exam::Serialize(File &file) const
 
 bool Exam::Deserialize(File &file)
 {
-    Read(file, m_reserved, WithCount);
+    ReadReserved(file, m_reserved);
+    if (file.Shortfall() > 0)
+        throw Error::RunTime(InputPastEnd);
     ReadWholeTitle(file, m_code, u"code"_s);
     ReadWholeTitle(file, m_name, u"name"_s);
     Read(file, m_maxScore);

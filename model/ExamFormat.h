@@ -31,6 +31,8 @@ constexpr qint32 MostOptionsInAll = 1'000'000;
 // Characters of an item: its question, its options and its explanation. Each of
 // them is laid out before the item is seen.
 constexpr qint32 MostItemCharacters = 1'000'000;
+// Bytes of the reserved block, which a list of exams reads of each.
+constexpr qint32 MostReservedBytes = 16 * 1024 * 1024;
 // Characters of the code, and of the name. A list of exams keeps them of each.
 constexpr qint32 MostTitleCharacters = 32'767;
 

@@ -19,13 +19,6 @@ template <class Value> void Read(File &file, Value &value, qint32 length = 0)
         throw Error::RunTime(InputPastEnd);
 }
 
-inline void ReadSealed(File &file, QString &text)
-{
-    CryptoAPI::ReadSecureData(file, text);
-    if (file.Shortfall() > 0)
-        throw Error::RunTime(InputPastEnd);
-}
-
 // What Load, Save and a check say of an exam beyond the limits.
 inline Error TooMany(qint32 most, const QString &members)
 {
@@ -55,11 +48,32 @@ inline void RequireItemCharacters(qint64 count)
         throw TooManyCharacters();
 }
 
+// A text of an item. What is beyond the limit in any code page is refused before
+// it takes room.
+inline void ReadSealed(File &file, QString &text)
+{
+    constexpr qint64 mostBytesACharacter = 2;
+    qint32 count = 0;
+    Read(file, count);
+    if (std::min<qint64>(count, file.BytesLeft()) > mostBytesACharacter * MostItemCharacters)
+        throw TooManyCharacters();
+    QByteArray bytes;
+    if (count > 0)
+        Read(file, bytes, count);
+    CryptoAPI::OpenSecureData(bytes, text);
+}
+
 // What: "code" or "name".
 inline void RequireTitle(qint64 characters, const QString &what)
 {
     if (characters > MostTitleCharacters)
         throw TooMany(MostTitleCharacters, QStringLiteral("characters in the ") + what);
+}
+
+inline void RequireReserved(qint64 bytes)
+{
+    if (bytes > MostReservedBytes)
+        throw TooMany(MostReservedBytes, QStringLiteral("bytes in the reserved block"));
 }
 
 inline void RequireFileSize(qint64 bytes)
@@ -97,12 +111,15 @@ template <class ItemType> bool Collection<ItemType>::Deserialize(File &file)
     ExamFormat::Read(file, count);
     ExamFormat::RequireCount(count, ItemType::Plural());
     qint64 options = 0;
+    qint64 characters = 0;
     m_items.reserve(m_items.size() + ExamFormat::Plausible(file, count, ItemType::ShortestRecord));
     for (qint32 i = 0; i < count; ++i) {
         auto item = std::make_shared<ItemType>();
         item->Deserialize(file);
         if constexpr (requires { item->Choices(); })
             ExamFormat::RequireOptionsInAll(options += item->Choices().Count());
+        if constexpr (requires { item->Statement(); })
+            ExamFormat::RequireItemCharacters(characters += item->Statement().size());
         Add(std::move(item));
         CheckCounter();
     }

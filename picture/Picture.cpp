@@ -13,7 +13,7 @@ namespace Picture {
 
 namespace {
 
-// A decoder's own limit, for formats that lie about their size: a picture of
+// A decoder's own limit, for files whose header gives a wrong size: a picture of
 // the largest size with the deepest pixels, of 8 bytes each.
 constexpr int MostMegabytes = (MostPixels * 8 + 0xFFFFF) / 0x100000;
 

@@ -178,14 +178,23 @@ void ExamSession::SetCheck(size_t row, int value)
                InformationMessage, { limit });
 }
 
+bool ExamSession::HasRow(int row, SelectorKind kind) const
+{
+    return m_page.Kind == kind && row >= 1 && row <= static_cast<int>(m_page.Selectors().size());
+}
+
 void ExamSession::optChoices_Click(int row)
 {
+    if (!HasRow(row, SelectorKind::Radio))
+        return;
     SetRadio(row);
     m_port.ShowChanges();
 }
 
 void ExamSession::chkChoices_Click(int row, bool checked)
 {
+    if (!HasRow(row, SelectorKind::Check))
+        return;
     SetCheck(row, checked ? Selector::On : Selector::Off);
     m_port.ShowChanges();
 }
@@ -318,7 +327,8 @@ void ExamSession::cmdExhibit_Click()
 {
     try {
         m_port.ShowExhibit(CurrentQuestion()->Exhibit());
-    } catch (const Error &) {
+    } catch (const std::exception &) {
+        // A picture that does not fit into the memory must not end the sitting.
         m_port.Ask(
             u"The exhibit cannot be displayed because required files are missing or corrupt. Please reinstall the exam pack."_s,
             CriticalMessage, {});

@@ -141,6 +141,8 @@ private:
     void LoadChoices(const Question &question);
     void SetRadio(size_t row);
     void SetCheck(size_t row, int value);
+    // Whether the item has an option in that row, shown by selectors of the kind.
+    bool HasRow(int row, SelectorKind kind) const;
     bool IsFirstQuestion() const;
     bool IsLastQuestion() const;
     bool IsMarkedBetween(int first, int last) const;

@@ -88,6 +88,7 @@ void OptionRows::Fill(Row &row)
         row.Label->SetText(m_texts[row.Index]);
         FillState(row);
     }
+    row.Label->setEnabled(isShown);
     row.Label->setVisible(isShown);
     QAbstractButton *shown = SelectorOf(row);
     QAbstractButton *hidden = row.Radio;
@@ -98,6 +99,10 @@ void OptionRows::Fill(Row &row)
     if (isShown && hidden == m_content->window()->focusWidget())
         shown->setFocus(Qt::OtherFocusReason);
     hidden->hide();
+    // Assistive technology can press what is hidden, but not what is disabled.
+    hidden->setEnabled(false);
+    if (!isShown)
+        shown->setEnabled(false);
 }
 
 void OptionRows::FillState(const Row &row)
@@ -123,6 +128,7 @@ void OptionRows::Release(std::unique_ptr<Row> row)
     for (QWidget *widget :
          { static_cast<QWidget *>(row->Radio), static_cast<QWidget *>(row->Check), static_cast<QWidget *>(row->Label) }) {
         widget->hide();
+        widget->setEnabled(false);
         widget->setObjectName({});
     }
     m_spare.push_back(std::move(row));

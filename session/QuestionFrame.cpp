@@ -192,4 +192,6 @@ void QuestionFrame::Reveal(int top, int bottom)
         vsbScroll->setValue(static_cast<int>(Twips::Of(std::min(top, bottom - height))));
     else if (top < shown)
         vsbScroll->setValue(static_cast<int>(Twips::Of(top)));
+    // After a change of size the page stands at its top, whatever the bar says.
+    MoveContent(vsbScroll->value());
 }

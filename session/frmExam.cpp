@@ -247,7 +247,10 @@ void frmExam::ArrangeButtons()
 
 void frmExam::SetTextScale(double scale)
 {
-    m_textScale = std::clamp(scale, SmallestScale, LargestScale);
+    const double before = std::exchange(m_textScale, std::clamp(scale, SmallestScale, LargestScale));
+    // A key held down at either end lays nothing out anew.
+    if (before == m_textScale)
+        return;
     picBorder->SetTextScale(m_textScale);
 }
 

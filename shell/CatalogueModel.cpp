@@ -63,7 +63,7 @@ void CatalogueModel::Fill(const QStringList &paths)
         // One file that cannot be read must not hide the exams behind it.
         try {
             exam.LoadHeader(path);
-        } catch (const Error &) {
+        } catch (const std::exception &) {
             continue;
         }
         m_rows.push_back({ path, Common::ShownText(exam.Code()), Common::ShownText(exam.Name()) });

@@ -25,8 +25,8 @@ constexpr int IconSize = 44;
 
 // Keeps a box from being answered by a key or a click that was meant for the
 // window below: no press reaches it until a moment has passed and the keys that
-// were down have come up. The release of a key answers nothing, and HeldKeys needs
-// to see it.
+// were down have come up. The release of a key answers nothing, and HeldKeys
+// counts it.
 class AnswerDelay : public QObject {
 public:
     explicit AnswerDelay(QWidget *box)

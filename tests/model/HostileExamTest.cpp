@@ -2,6 +2,8 @@
 #include "tests/model/MemoryRequests.h"
 #include "tests/support/Test.h"
 
+#include <QtEndian>
+
 #include <algorithm>
 #include <cstring>
 #include <utility>
@@ -69,5 +71,24 @@ TEST(HostileExamTest, CutAndChangedAtEveryPlace)
             const QString result = Sit(changed);
             EXPECT_TRUE(result == u"none"_s || result == cut || result == u"6 Exam::Save()"_s) << place << " " << value << " " << result.toStdString();
         }
+    }
+}
+
+// A sparse file has room for any count, and what is refused has not been read.
+TEST(HostileExamTest, CountsBeyondTheLimits)
+{
+    const QByteArray bytes = Small();
+    const qsizetype question = 4 + 4 + 6 + 4 + 6 + 6 + 4;
+    for (const qsizetype place : { qsizetype(0), question + 2 + 2 + 4 + 4 }) {
+        const QString path = Sandbox::Path(u"sparse.exam"_s);
+        QByteArray forged = bytes;
+        qToLittleEndian(200 << 20, forged.data() + place);
+        Sandbox::WriteFile(path, forged);
+        QFile(path).resize(240 << 20);
+        largestRequest = 0;
+        EXPECT_EQ(ResultOf([&] { Exam().LoadHeader(path); }), place == 0 ? u"6 Exam::LoadHeader()"_s : u"none"_s);
+        EXPECT_EQ(ResultOf([&] { Exam().Load(path); }), u"6 Exam::Save()"_s);
+        EXPECT_LE(largestRequest, Enough);
+        QFile::remove(path);
     }
 }

@@ -150,6 +150,13 @@ TEST_F(ExamWindowTest, Scrolling)
         const QRect label = Find<QWidget>(&Window, u"lblChoices%1"_s.arg(row))->geometry().translated(Content->pos());
         EXPECT_TRUE(inner.contains(label)) << row;
     }
+    // Also when the bar stands there already, and the page, after a change of size, does not.
+    for (const int width : { 901, 900 }) {
+        Resize(width, 640);
+        Find<QWidget>(&Window, u"cmdNext"_s)->setFocus();
+        Row(u"optChoices"_s, 26)->setFocus(Qt::TabFocusReason);
+        EXPECT_LE(Row(u"optChoices"_s, 26)->geometry().bottom() + Content->y(), inner.bottom()) << width;
+    }
     // But not when the window becomes the active one again, maybe by a click.
     Row(u"optChoices"_s, 26)->setFocus(Qt::BacktabFocusReason);
     Bar->setValue(Row(u"optChoices"_s, 1)->y() * 15);
@@ -414,11 +421,14 @@ TEST_F(ExamWindowTest, RowsForAScreenReader)
         Window.Session().GotoQuestion(item);
     QString letters;
     for (int i = 0; i < rowOf(u"picQuestion"_s)->childCount(); ++i) {
-        const QAccessibleInterface *child = rowOf(u"picQuestion"_s)->child(i);
+        QAccessibleInterface *child = rowOf(u"picQuestion"_s)->child(i);
         if (child->role() == QAccessible::RadioButton && !child->state().invisible)
             letters += child->text(QAccessible::Name).front();
+        else if (child->actionInterface())
+            child->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
     }
     EXPECT_EQ(letters, Letters);
+    EXPECT_FALSE(Rows(u"optChoices"_s, 26).contains(u'x')) << "what is hidden is pressed in vain";
     EndExam();
     EXPECT_EQ(told(u"optChoices1"_s) + told(u"optChoices3"_s), u"1.-A. one1x-C. three"_s);
 }

@@ -287,3 +287,23 @@ TEST_F(SessionTest, ReviewAfterTheExam)
     Session.GotoQuestion(4);
     EXPECT_EQ(Session.Page().Status, u"CORRECT"_s) << "no answer to an item without a key";
 }
+
+TEST_F(SessionTest, WhatCannotBeDone)
+{
+    Session.StartExam();
+    Do(u"2nn"_s);
+    // Assistive technology can press what is not shown.
+    Session.optChoices_Click(1);
+    for (const int row : { 0, 4, 99 })
+        Session.chkChoices_Click(row, true);
+    EXPECT_EQ(Page(), u"3[...<"_s);
+    Session.GotoQuestion(5);
+    for (const int row : { 0, 3 })
+        Session.optChoices_Click(row);
+    Session.chkChoices_Click(1, true);
+    Port.Meanwhile = [] { throw std::bad_alloc(); };
+    Session.cmdExhibit_Click();
+    EXPECT_EQ(Port.Log.last(), u"16 The exhibit cannot be displayed because required files are missing or corrupt. Please reinstall the exam pack."_s);
+    Session.GotoQuestion(1);
+    EXPECT_EQ(Page(), u"1(.x."_s);
+}
