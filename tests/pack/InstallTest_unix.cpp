@@ -162,7 +162,7 @@ TEST(InstallTest, TheDiskFailsAtTheEnd)
     const struct { bool HasOld, CanExchange; std::function<int(int)> Answer; std::string Said; Tree Left; } rows[] = {
         { true, true, [](int call) { return call < 3 ? EINTR : 0; }, "0 ", fresh },
         { false, true, [](int) { return EIO; }, failed, {} },
-        { true, true, [](int) { return std::raise(SIGTERM), EIO; }, failed, old },
+        { true, true, [](int) { return PrepareProgram(), std::raise(SIGTERM), EIO; }, failed, old },
         { true, false, [](int) { return EIO; }, failed, old },
         { true, true, [&](int) { return sweep(), EIO; }, failed, old },
         { true, false, [&](int) { return sweep(), EIO; }, failed, old },
