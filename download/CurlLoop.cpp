@@ -38,10 +38,9 @@ CurlLoop::~CurlLoop()
     curl_multi_cleanup(m_multi);
 }
 
-void CurlLoop::Add(CURL *easy)
+bool CurlLoop::Add(CURL *easy)
 {
-    if (curl_multi_add_handle(m_multi, easy) != CURLM_OK)
-        throw Error(InvalidCall, u"The request cannot be started"_s, u"CurlLoop::Add()"_s);
+    return curl_multi_add_handle(m_multi, easy) == CURLM_OK;
 }
 
 void CurlLoop::Remove(CURL *easy)

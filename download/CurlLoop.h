@@ -19,8 +19,8 @@ public:
     explicit CurlLoop(QObject *parent = nullptr);
     ~CurlLoop() override;
 
-    // Starts a transfer, one at a time.
-    void Add(CURL *easy);
+    // Starts a transfer, one at a time. False when there is no memory for it.
+    bool Add(CURL *easy);
     // Ends it wherever it stands, and waits for nothing: neither for the server
     // nor for a name that is still being looked up.
     void Remove(CURL *easy);

@@ -29,6 +29,7 @@ HttpExchange::HttpExchange(CurlLoop &loop, const QByteArray &url, const QByteArr
                            const QByteArrayList &headers)
     : m_loop(loop)
     , m_easy(curl_easy_init())
+    , m_isFetching(operation == "GET")
 {
     // An unpacked body would not have the length that was announced; and without
     // the last line the library would wait for leave to send a long body.
@@ -68,10 +69,8 @@ HttpExchange::HttpExchange(CurlLoop &loop, const QByteArray &url, const QByteArr
     set(CURLOPT_DEBUGFUNCTION, &DebugCallback);
     set(CURLOPT_DEBUGDATA, this);
     set(CURLOPT_VERBOSE, 1L);
-    if (isFine) {
-        m_loop.Add(m_easy);
+    if (isFine && m_loop.Add(m_easy))
         return;
-    }
     curl_easy_cleanup(m_easy);
     curl_slist_free_all(m_headers);
     throw Error(InvalidCall, u"The request cannot be started"_s, u"HttpExchange::HttpExchange()"_s);
@@ -178,8 +177,10 @@ bool HttpExchange::TakeField(const QByteArray &line)
     const Field &field = m_fields.back();
     if (field.Name.compare("Transfer-Encoding", Qt::CaseInsensitive) != 0)
         return true;
-    m_isInChunks = true;
-    return field.Value.compare("chunked", Qt::CaseInsensitive) == 0 || Refuse(u"The server sends its answer encoded"_s);
+    const bool isInChunks = field.Value.compare("chunked", Qt::CaseInsensitive) == 0;
+    m_isInChunks = m_isInChunks || isInChunks;
+    // Whoever fetches a file refuses the file, and goes on with the next one.
+    return isInChunks || m_isFetching || Refuse(u"The server sends its answer encoded"_s);
 }
 
 void HttpExchange::TakeStatus(const QByteArray &line)

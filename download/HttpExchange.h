@@ -72,6 +72,7 @@ private:
 
     CurlLoop &m_loop;
     CURL *m_easy;
+    const bool m_isFetching;
     curl_slist *m_headers = nullptr;
     char m_error[CURL_ERROR_SIZE] = {};
     QString m_refusal;

@@ -93,9 +93,8 @@ void Transfer::Enter(Phase phase)
     m_timer.start(phase == Phase::Connecting ? m_connectTime : phase == Phase::Heading ? m_headerTime : m_silenceTime);
 }
 
-// From the event loop: whoever executes a request, or reads a body, does not
-// expect to be called from inside, and a handler may wait for long, which libcurl
-// must not.
+// From the event loop: whoever executes a request, or reads a body, must not be
+// called from inside that, and a handler may wait for long, which libcurl cannot.
 void Transfer::Raise(State state)
 {
     QMetaObject::invokeMethod(
@@ -193,7 +192,12 @@ bool Transfer::Redirect(const QByteArray &location)
             m_requestBody.clear();
             m_header.clear();
         }
-        Request(target);
+        // This runs below the event loop, where nothing may be raised.
+        try {
+            Request(target);
+        } catch (const std::exception &) {
+            Fail(CURLE_OUT_OF_MEMORY, u"The request cannot be started"_s);
+        }
     }
     return false;
 }
@@ -230,7 +234,7 @@ QByteArray Transfer::GetChunk(qsizetype size)
     const quint32 round = m_round;
     const auto isWaiting = [&] { return round == m_round && !m_hasEnded && m_exchange->Available() == 0; };
     while (isWaiting()) {
-        // The loop below may be asleep to what was posted before it began.
+        // Not every loop below sees what was posted before it began.
         QCoreApplication::sendPostedEvents();
         if (!isWaiting())
             break;

@@ -55,6 +55,13 @@ void GuessGuard::Count(Table &table, const QByteArray &name, const Rule &rule) c
     Entry &entry = table[name];
     if (entry.Attempts > 0 && isForgotten(entry))
         entry.Attempts = 0;
+    if (entry.Attempts == 0)
+        entry.Faded = now;
+    if (rule.Fading > milliseconds(0)) {
+        const auto steps = (now - entry.Faded) / rule.Fading;
+        entry.Faded += steps * rule.Fading;
+        entry.Attempts = static_cast<int>(std::max<qint64>(entry.Attempts - steps, 0));
+    }
     ++entry.Attempts;
     entry.Until = now + WaitAfter(entry.Attempts, rule);
 }

@@ -21,11 +21,13 @@ public:
         std::chrono::milliseconds First;
         std::chrono::milliseconds Longest;
         std::chrono::milliseconds Forgotten; // without an attempt, after the wait
+        std::chrono::milliseconds Fading{ 0 }; // one attempt is forgotten each time; 0: none is
     };
     struct Limits {
         // A user's own wait is short: a stranger can cause it.
         Rule User = { 5, std::chrono::seconds(2), std::chrono::minutes(2), std::chrono::hours(1) };
-        Rule Address = { 20, std::chrono::seconds(2), std::chrono::minutes(15), std::chrono::hours(6) };
+        // A school can stand behind one address, and its typing errors add up all day.
+        Rule Address = { 60, std::chrono::seconds(2), std::chrono::minutes(15), std::chrono::hours(6), std::chrono::minutes(10) };
         qsizetype MostEntries = 10'000;
     };
 
@@ -47,6 +49,7 @@ private:
     struct Entry {
         int Attempts = 0;
         std::chrono::milliseconds Until{ 0 };
+        std::chrono::milliseconds Faded{ 0 }; // up to when attempts have faded
     };
     using Table = QHash<QByteArray, Entry>;
 

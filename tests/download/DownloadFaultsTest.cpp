@@ -161,6 +161,8 @@ TEST_F(DownloadFaultsTest, Packs)
         { "no length but 64 bits' worth", Answer::Raw(sized("2147483647"), pack), failed },
         { "chunked", Answer::Raw(Fine + "Transfer-Encoding: chunked\r\n", "5\r\n#!/bi\r\n0\r\n\r\n"), failed },
         { "chunked with a length", Answer::Raw(sized(size) + "Transfer-Encoding: chunked\r\n", QByteArray::number(pack.size(), 16) + "\r\n" + pack + "\r\n0\r\n\r\n"), failed },
+        { "chunked and packed", Answer::Raw(Fine + "Transfer-Encoding: gzip, chunked\r\n", "5\r\n#!/bi\r\n0\r\n\r\n"), failed },
+        { "not as it is", Answer::Raw(sized(size) + "Transfer-Encoding: identity\r\n", pack), failed },
         { "gzip", Answer::Whole(pack, "200 OK", "Content-Encoding: gzip\r\n"), failed },
         { "part", Answer::Whole(pack, "206 Partial Content"), failed },
         { "elsewhere", Answer::Whole(pack, "302 Found"), failed },

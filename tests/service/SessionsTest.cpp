@@ -84,6 +84,20 @@ TEST(GuessGuardTest, WaitsGrowByUserAndByAddress)
     }
 }
 
+TEST(GuessGuardTest, FailuresOfAnAddressFade)
+{
+    ManualClock clock;
+    GuessGuard guard(clock.Port(), { { 99, 2s, 10s, 1h }, { 3, 2s, 100s, 1h, 60s }, 100 });
+    const struct { std::chrono::seconds After; int Admitted; } rows[] = { { 0s, 3 }, { 119s, 1 }, { 2s, 1 }, { 1s, 0 }, { 600s, 3 } };
+    for (const auto &row : rows) {
+        clock.Advance(row.After);
+        int admitted = 0;
+        while (admitted < 10 && !guard.Admit(u"u%1"_s.arg(admitted), u"school"_s))
+            ++admitted;
+        EXPECT_EQ(admitted, row.Admitted) << "row " << &row - rows;
+    }
+}
+
 TEST(GuessGuardTest, RemembersOnlySoMany)
 {
     ManualClock clock;
