@@ -14,7 +14,7 @@ int ListUsers(const QStringList &arguments);
 int ListReports(const QStringList &arguments);
 
 // Parse for a command of this program: also reads --database, which every one
-// needs, and wants between least and most arguments that are no options.
+// needs, and needs between least and most arguments that are no options.
 std::optional<int> ParseWithDatabase(QCommandLineParser &parser, const QStringList &arguments, qsizetype least, qsizetype most);
 
 }

@@ -7,10 +7,12 @@
 #include "tests/support/Windows.h"
 
 #include <QCheckBox>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QTimer>
 
 #include <deque>
 
@@ -116,10 +118,17 @@ protected:
         if (QByteArray(name).startsWith("silence"))
             Window->SetTimeouts(300, 300, 300);
         Press();
+        QElapsedTimer beat;
+        QTimer often;
+        LongestGap = 0;
+        QObject::connect(&often, &QTimer::timeout, &often, [&] { LongestGap = std::max(LongestGap, beat.restart()); });
+        beat.start();
+        often.start(1);
         EXPECT_TRUE(WaitForEnd()) << "the run goes on: " << Status().toStdString();
         return Shown.Shown.join(u'\n');
     }
 
+    qint64 LongestGap = 0; // milliseconds of the last run in which no other event was served
     Boxes Shown;
     FaultServer Server;
     std::unique_ptr<frmExamDownloader> Window;

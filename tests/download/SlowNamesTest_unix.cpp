@@ -33,14 +33,19 @@ extern "C" int getaddrinfo(const char *name, const char *service, const addrinfo
 // A name server that does not answer keeps nobody who cancels.
 TEST(SlowNamesTest, Cancelled)
 {
-    auto line = std::make_unique<Transfer>();
-    line->Execute(u"http://slow.invalid/x"_s, "GET");
-    ASSERT_TRUE(QTest::qWaitFor([] { return Asked.tryAcquire(); }));
-    QElapsedTimer timer;
-    timer.start();
-    line->Cancel();
-    line.reset();
-    EXPECT_LT(timer.elapsed(), 500) << "nor who closes the window";
-    CanAnswer.release();
-    Answered.acquire();
+    // A machine that does something else can make any one of them late.
+    qint64 best = 50;
+    for (int i = 0; i < 5 && best >= 50; ++i) {
+        auto line = std::make_unique<Transfer>();
+        line->Execute(u"http://slow.invalid/x"_s, "GET");
+        ASSERT_TRUE(QTest::qWaitFor([] { return Asked.tryAcquire(); }));
+        QElapsedTimer timer;
+        timer.start();
+        line->Cancel();
+        line.reset();
+        best = timer.elapsed();
+        CanAnswer.release();
+        Answered.acquire();
+    }
+    EXPECT_LT(best, 50) << "nor who closes the window";
 }

@@ -130,11 +130,14 @@ TEST(TransferTest, ServersWithoutAnEnd)
         // A machine that does something else can make any one of them late.
         Course best(server.Url, row.HeaderTime, row.CancelAfter);
         EXPECT_EQ(best.End, row.End) << row.Name;
-        for (int i = 0; i < 9 && std::max<qint64>(best.LongestGap, best.Cancel) >= Prompt; ++i)
+        double memory = best.Memory;
+        for (int i = 0; i < 9 && std::max<qint64>(best.LongestGap, best.Cancel) >= Prompt; ++i) {
             best = Course(server.Url, row.HeaderTime, row.CancelAfter);
+            memory = std::max(memory, best.Memory);
+        }
         EXPECT_LT(best.LongestGap, Prompt) << row.Name;
         EXPECT_LT(best.Cancel, Prompt) << row.Name;
-        EXPECT_TRUE(KeepsFreedMemory || best.Memory < 8) << row.Name << ' ' << best.Memory << " MB";
+        EXPECT_TRUE(KeepsFreedMemory || memory < 8) << row.Name << ' ' << memory << " MB";
     }
 }
 
