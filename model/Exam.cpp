@@ -18,7 +18,8 @@ void ReadReserved(File &file, QByteArray &block)
 {
     qint32 count = 0;
     file.ReadData(count);
-    RequireReserved(std::min<qint64>(count, file.BytesLeft()));
+    if (count > MostReservedBytes)
+        RequireReserved(std::min<qint64>(count, file.BytesLeft()));
     if (count > 0)
         file.ReadData(block, count);
 }

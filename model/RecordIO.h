@@ -52,10 +52,11 @@ inline void RequireItemCharacters(qint64 count)
 // it takes room.
 inline void ReadSealed(File &file, QString &text)
 {
-    constexpr qint64 mostBytesACharacter = 2;
+    constexpr qint32 mostBytes = 2 * MostItemCharacters;
     qint32 count = 0;
     Read(file, count);
-    if (std::min<qint64>(count, file.BytesLeft()) > mostBytesACharacter * MostItemCharacters)
+    // What is left is asked of the system, and a count says nothing of what there is.
+    if (count > mostBytes && file.BytesLeft() > mostBytes)
         throw TooManyCharacters();
     QByteArray bytes;
     if (count > 0)

@@ -60,9 +60,15 @@ OptionRows::Row *OptionRows::NewRow()
             widget->installEventFilter(this);
         const Row *made = row.get();
         const auto number = [made] { return static_cast<int>(made->Index) + 1; };
-        connect(row->Radio, &QRadioButton::clicked, this, [this, number] { Q_EMIT RadioClicked(number()); });
-        connect(row->Check, &QCheckBox::clicked, this,
-                [this, number](bool checked) { Q_EMIT CheckClicked(number(), checked); });
+        // Assistive technology can press what is hidden.
+        connect(row->Radio, &QRadioButton::clicked, this, [this, number, made] {
+            if (!made->Radio->isHidden())
+                Q_EMIT RadioClicked(number());
+        });
+        connect(row->Check, &QCheckBox::clicked, this, [this, number, made](bool checked) {
+            if (!made->Check->isHidden())
+                Q_EMIT CheckClicked(number(), checked);
+        });
         connect(row->Label, &TextBlock::Clicked, this, [this, number] { Q_EMIT LabelClicked(number()); });
         m_spare.push_back(std::move(row));
     }
@@ -88,7 +94,6 @@ void OptionRows::Fill(Row &row)
         row.Label->SetText(m_texts[row.Index]);
         FillState(row);
     }
-    row.Label->setEnabled(isShown);
     row.Label->setVisible(isShown);
     QAbstractButton *shown = SelectorOf(row);
     QAbstractButton *hidden = row.Radio;
@@ -99,10 +104,6 @@ void OptionRows::Fill(Row &row)
     if (isShown && hidden == m_content->window()->focusWidget())
         shown->setFocus(Qt::OtherFocusReason);
     hidden->hide();
-    // Assistive technology can press what is hidden, but not what is disabled.
-    hidden->setEnabled(false);
-    if (!isShown)
-        shown->setEnabled(false);
 }
 
 void OptionRows::FillState(const Row &row)
@@ -128,7 +129,6 @@ void OptionRows::Release(std::unique_ptr<Row> row)
     for (QWidget *widget :
          { static_cast<QWidget *>(row->Radio), static_cast<QWidget *>(row->Check), static_cast<QWidget *>(row->Label) }) {
         widget->hide();
-        widget->setEnabled(false);
         widget->setObjectName({});
     }
     m_spare.push_back(std::move(row));
