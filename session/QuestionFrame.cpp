@@ -7,6 +7,7 @@
 
 #include <QCoreApplication>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QScrollBar>
 #include <QWheelEvent>
 
@@ -94,6 +95,11 @@ void QuestionFrame::ChainTabs(QWidget *before, QWidget *after)
 
 void QuestionFrame::ShowItem(const PageState &page)
 {
+    // For each control that comes into view the toolkit asks the display server
+    // where the pointer is, so they come all at once. The focus must not leave.
+    const bool hasFocus = picQuestion->isAncestorOf(window()->focusWidget());
+    picQuestion->setVisible(hasFocus);
+    const auto show = qScopeGuard([this] { picQuestion->show(); });
     lblQuestion->SetText(page.Problem);
     m_rows->Load(page);
     ArrangeRows();
