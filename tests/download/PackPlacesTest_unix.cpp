@@ -53,7 +53,7 @@ TEST_F(PackPlacesTest, PlacesOfPacks)
          }, {}, true, false },
         { "below a folder in which all may rename", [&] { ASSERT_EQ(chmod(sandbox.c_str(), 0777), 0); },
           "Other users can exchange files in " + sandbox, false, true },
-        { "a disk that runs no programs", [&] { EXPECT_EQ(mountNoexec(), canMount); },
+        { "a disk that runs no programs", [&] { EXPECT_TRUE(!canMount || mountNoexec()); },
           canMount ? "No program can be run from the disk that it is on (noexec)" : "", !canMount, canMount },
         { "no program", [&] { Server.On("eid=", Answer::Whole("text")); },
           "Unable to execute command \"" + place.toStdString() + "\": Exec format error", false, true },
