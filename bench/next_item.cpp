@@ -31,6 +31,14 @@ QString Text(int seed, int words)
     return text.join(u' ') + u" %1"_s.arg(seed);
 }
 
+void AddOption(Question &question, const QString &text, bool isSolution)
+{
+    auto choice = std::make_shared<Choice>();
+    choice->SetStatement(text);
+    choice->SetIsSolution(isSolution);
+    question.Choices().Add(choice);
+}
+
 std::shared_ptr<Exam> LargeExam()
 {
     auto exam = std::make_shared<Exam>();
@@ -39,24 +47,16 @@ std::shared_ptr<Exam> LargeExam()
     for (int number = 0; number < Items; ++number) {
         auto question = std::make_shared<Question>();
         question->SetProblem(Text(number, 40 + number % 80));
-        for (int option = 0; option < Options; ++option) {
-            auto choice = std::make_shared<Choice>();
-            choice->SetStatement(Text(number + option, 4 + option));
-            choice->SetIsSolution(option == 0 || (number % 2 == 1 && option == 5));
-            question->Choices().Add(choice);
-        }
+        for (int option = 0; option < Options; ++option)
+            AddOption(*question, Text(number + option, 4 + option), option == 0 || (number % 2 == 1 && option == 5));
         question->Choices().ResetNumbers();
         exam->Questions().Add(question);
     }
     // The most options, and the most characters.
     for (const auto &[options, characters] : { std::pair{ 32'767, 20 }, { 1'000, 980 } }) {
         auto question = std::make_shared<Question>();
-        for (int option = 0; option < options; ++option) {
-            auto choice = std::make_shared<Choice>();
-            choice->SetStatement(Text(option, characters / 4).left(characters));
-            choice->SetIsSolution(option == 0);
-            question->Choices().Add(choice);
-        }
+        for (int option = 0; option < options; ++option)
+            AddOption(*question, Text(option, characters / 4).left(characters), option == 0);
         question->Choices().ResetNumbers();
         exam->Questions().Add(question);
     }

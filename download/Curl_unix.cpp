@@ -10,10 +10,18 @@
 
 namespace {
 
-template <class Function> Function *Find(const char *name)
+// The library's function of that name and of the same type as the one here.
+template <class Function> Function *Find(Function *, const char *name)
 {
     static void *const library = dlopen(PRACTORIUM_LIBCURL, RTLD_NOW | RTLD_LOCAL);
     return library ? reinterpret_cast<Function *>(dlsym(library, name)) : nullptr;
+}
+
+template <class Function, class Result, class... Arguments>
+Result Call(Function *own, const char *name, Result failure, Arguments... arguments)
+{
+    Function *function = Find(own, name);
+    return function ? function(arguments...) : failure;
 }
 
 }
@@ -23,126 +31,106 @@ extern "C" {
 
 CURLcode(curl_global_init)(long flags)
 {
-    static const auto function = Find<decltype(curl_global_init)>("curl_global_init");
-    return function ? function(flags) : CURLE_FAILED_INIT;
+    return Call(curl_global_init, "curl_global_init", CURLE_FAILED_INIT, flags);
 }
 
 CURL *(curl_easy_init)()
 {
-    static const auto function = Find<decltype(curl_easy_init)>("curl_easy_init");
-    return function ? function() : nullptr;
+    return Call(curl_easy_init, "curl_easy_init", static_cast<CURL *>(nullptr));
 }
 
 CURLcode(curl_easy_setopt)(CURL *easy, CURLoption option, ...)
 {
-    static const auto function = Find<decltype(curl_easy_setopt)>("curl_easy_setopt");
-    if (!function)
-        return CURLE_FAILED_INIT;
+    const auto set
+        = [=](auto value) { return Call(curl_easy_setopt, "curl_easy_setopt", CURLE_FAILED_INIT, easy, option, value); };
     va_list values;
     va_start(values, option);
     CURLcode result = CURLE_OK;
     // The number of an option tells the type of its value.
     if (option < CURLOPTTYPE_OBJECTPOINT)
-        result = function(easy, option, va_arg(values, long));
+        result = set(va_arg(values, long));
     else if (option >= CURLOPTTYPE_OFF_T && option < CURLOPTTYPE_BLOB)
-        result = function(easy, option, va_arg(values, curl_off_t));
+        result = set(va_arg(values, curl_off_t));
     else
-        result = function(easy, option, va_arg(values, void *));
+        result = set(va_arg(values, void *));
     va_end(values);
     return result;
 }
 
 CURLcode(curl_easy_getinfo)(CURL *easy, CURLINFO info, ...)
 {
-    static const auto function = Find<decltype(curl_easy_getinfo)>("curl_easy_getinfo");
-    if (!function)
-        return CURLE_FAILED_INIT;
     va_list values;
     va_start(values, info);
-    const CURLcode result = function(easy, info, va_arg(values, void *));
+    const CURLcode result = Call(curl_easy_getinfo, "curl_easy_getinfo", CURLE_FAILED_INIT, easy, info, va_arg(values, void *));
     va_end(values);
     return result;
 }
 
 CURLcode(curl_easy_pause)(CURL *easy, int directions)
 {
-    static const auto function = Find<decltype(curl_easy_pause)>("curl_easy_pause");
-    return function ? function(easy, directions) : CURLE_FAILED_INIT;
+    return Call(curl_easy_pause, "curl_easy_pause", CURLE_FAILED_INIT, easy, directions);
 }
 
 void(curl_easy_cleanup)(CURL *easy)
 {
-    static const auto function = Find<decltype(curl_easy_cleanup)>("curl_easy_cleanup");
-    if (function)
+    if (auto *function = Find(curl_easy_cleanup, "curl_easy_cleanup"))
         function(easy);
 }
 
 const char *(curl_easy_strerror)(CURLcode code)
 {
-    static const auto function = Find<decltype(curl_easy_strerror)>("curl_easy_strerror");
-    return function ? function(code) : "";
+    return Call(curl_easy_strerror, "curl_easy_strerror", "", code);
 }
 
 CURLM *(curl_multi_init)()
 {
-    static const auto function = Find<decltype(curl_multi_init)>("curl_multi_init");
-    return function ? function() : nullptr;
+    return Call(curl_multi_init, "curl_multi_init", static_cast<CURLM *>(nullptr));
 }
 
+// None of those that are set here is of another type.
 CURLMcode(curl_multi_setopt)(CURLM *multi, CURLMoption option, ...)
 {
-    static const auto function = Find<decltype(curl_multi_setopt)>("curl_multi_setopt");
-    if (!function)
-        return CURLM_INTERNAL_ERROR;
     va_list values;
     va_start(values, option);
-    const int number = option;
-    const CURLMcode result = number < CURLOPTTYPE_OBJECTPOINT ? function(multi, option, va_arg(values, long))
-                                                              : function(multi, option, va_arg(values, void *));
+    const CURLMcode result
+        = Call(curl_multi_setopt, "curl_multi_setopt", CURLM_INTERNAL_ERROR, multi, option, va_arg(values, void *));
     va_end(values);
     return result;
 }
 
 CURLMcode(curl_multi_add_handle)(CURLM *multi, CURL *easy)
 {
-    static const auto function = Find<decltype(curl_multi_add_handle)>("curl_multi_add_handle");
-    return function ? function(multi, easy) : CURLM_INTERNAL_ERROR;
+    return Call(curl_multi_add_handle, "curl_multi_add_handle", CURLM_INTERNAL_ERROR, multi, easy);
 }
 
 CURLMcode(curl_multi_remove_handle)(CURLM *multi, CURL *easy)
 {
-    static const auto function = Find<decltype(curl_multi_remove_handle)>("curl_multi_remove_handle");
-    return function ? function(multi, easy) : CURLM_INTERNAL_ERROR;
+    return Call(curl_multi_remove_handle, "curl_multi_remove_handle", CURLM_INTERNAL_ERROR, multi, easy);
 }
 
 CURLMcode(curl_multi_socket_action)(CURLM *multi, curl_socket_t socket, int events, int *running)
 {
-    static const auto function = Find<decltype(curl_multi_socket_action)>("curl_multi_socket_action");
-    return function ? function(multi, socket, events, running) : CURLM_INTERNAL_ERROR;
+    return Call(curl_multi_socket_action, "curl_multi_socket_action", CURLM_INTERNAL_ERROR, multi, socket, events, running);
 }
 
 CURLMsg *(curl_multi_info_read)(CURLM *multi, int *left)
 {
-    static const auto function = Find<decltype(curl_multi_info_read)>("curl_multi_info_read");
-    return function ? function(multi, left) : nullptr;
+    return Call(curl_multi_info_read, "curl_multi_info_read", static_cast<CURLMsg *>(nullptr), multi, left);
 }
 
 CURLMcode(curl_multi_cleanup)(CURLM *multi)
 {
-    static const auto function = Find<decltype(curl_multi_cleanup)>("curl_multi_cleanup");
-    return function ? function(multi) : CURLM_INTERNAL_ERROR;
+    return Call(curl_multi_cleanup, "curl_multi_cleanup", CURLM_INTERNAL_ERROR, multi);
 }
 
 curl_slist *(curl_slist_append)(curl_slist *list, const char *text)
 {
-    static const auto function = Find<decltype(curl_slist_append)>("curl_slist_append");
-    return function ? function(list, text) : nullptr;
+    return Call(curl_slist_append, "curl_slist_append", static_cast<curl_slist *>(nullptr), list, text);
 }
 
 void(curl_slist_free_all)(curl_slist *list)
 {
-    static const auto function = Find<decltype(curl_slist_free_all)>("curl_slist_free_all");
-    if (function)
+    if (auto *function = Find(curl_slist_free_all, "curl_slist_free_all"))
         function(list);
 }
 }

@@ -14,33 +14,15 @@ void OpenExam(File &file, const QString &path)
     RequireFileSize(file.ByteSize());
 }
 
+// The header up to the name. A file that ends inside it yields what is there.
 void ReadReserved(File &file, QByteArray &block)
 {
-    qint32 count = 0;
-    file.ReadData(count);
-    if (count > MostReservedBytes)
-        RequireReserved(std::min<qint64>(count, file.BytesLeft()));
-    if (count > 0)
-        file.ReadData(block, count);
+    ReadLimited(file, block, MostReservedBytes, ReservedTooLong);
 }
 
-// Code or name. A file that ends inside them yields what is there.
 void ReadTitle(File &file, QString &title, const QString &what)
 {
-    qint32 count = 0;
-    file.ReadData(count);
-    // A count says nothing of what there is.
-    if (count > MostTitleCharacters)
-        RequireTitle(std::min<qint64>(count, file.BytesLeft()), what);
-    if (count > 0)
-        file.ReadData(title, count);
-}
-
-void ReadWholeTitle(File &file, QString &title, const QString &what)
-{
-    ReadTitle(file, title, what);
-    if (file.Shortfall() > 0)
-        throw Error::RunTime(InputPastEnd);
+    ReadLimited(file, title, MostTitleCharacters, [&] { return TitleTooLong(what); });
 }
 
 }
@@ -128,10 +110,11 @@ bool Exam::Serialize(File &file) const
 bool Exam::Deserialize(File &file)
 {
     ReadReserved(file, m_reserved);
-    if (file.Shortfall() > 0)
-        throw Error::RunTime(InputPastEnd);
-    ReadWholeTitle(file, m_code, u"code"_s);
-    ReadWholeTitle(file, m_name, u"name"_s);
+    RequireWhole(file);
+    ReadTitle(file, m_code, u"code"_s);
+    RequireWhole(file);
+    ReadTitle(file, m_name, u"name"_s);
+    RequireWhole(file);
     Read(file, m_maxScore);
     Read(file, m_passScore);
     Read(file, m_duration);

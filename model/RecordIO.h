@@ -11,12 +11,32 @@
 // How records are read and written: each value whole, each list by its count.
 namespace ExamFormat {
 
-// Read one value of a record that must be whole. Raise InputPastEnd.
+// What was read last must be whole. Raises InputPastEnd.
+inline void RequireWhole(const File &file)
+{
+    if (file.Shortfall() > 0)
+        throw Error::RunTime(InputPastEnd);
+}
+
+// Reads one value of a record that must be whole. Raises InputPastEnd.
 template <class Value> void Read(File &file, Value &value, qint32 length = 0)
 {
     file.ReadData(value, length);
-    if (file.Shortfall() > 0)
-        throw Error::RunTime(InputPastEnd);
+    RequireWhole(file);
+}
+
+// Reads the count before a text or a block and then that many bytes, if there are
+// any. More than most are refused before they take room, with the error that the
+// function makes; a count says nothing of what there is, so the file must hold them.
+template <class Value, class Refusal> void ReadLimited(File &file, Value &value, qint32 most, const Refusal &refusal)
+{
+    qint32 count = 0;
+    file.ReadData(count);
+    // What is left is asked of the system.
+    if (count > most && file.BytesLeft() > most)
+        throw refusal();
+    if (count > 0)
+        file.ReadData(value, count);
 }
 
 // What Load, Save and a check say of an exam beyond the limits.
@@ -52,29 +72,33 @@ inline void RequireItemCharacters(qint64 count)
 // it takes room.
 inline void ReadSealed(File &file, QString &text)
 {
-    constexpr qint32 mostBytes = 2 * MostItemCharacters;
-    qint32 count = 0;
-    Read(file, count);
-    // What is left is asked of the system, and a count says nothing of what there is.
-    if (count > mostBytes && file.BytesLeft() > mostBytes)
-        throw TooManyCharacters();
     QByteArray bytes;
-    if (count > 0)
-        Read(file, bytes, count);
+    ReadLimited(file, bytes, 2 * MostItemCharacters, TooManyCharacters);
+    RequireWhole(file);
     CryptoAPI::OpenSecureData(bytes, text);
 }
 
 // What: "code" or "name".
+inline Error TitleTooLong(const QString &what)
+{
+    return TooMany(MostTitleCharacters, QStringLiteral("characters in the ") + what);
+}
+
 inline void RequireTitle(qint64 characters, const QString &what)
 {
     if (characters > MostTitleCharacters)
-        throw TooMany(MostTitleCharacters, QStringLiteral("characters in the ") + what);
+        throw TitleTooLong(what);
+}
+
+inline Error ReservedTooLong()
+{
+    return TooMany(MostReservedBytes, QStringLiteral("bytes in the reserved block"));
 }
 
 inline void RequireReserved(qint64 bytes)
 {
     if (bytes > MostReservedBytes)
-        throw TooMany(MostReservedBytes, QStringLiteral("bytes in the reserved block"));
+        throw ReservedTooLong();
 }
 
 inline void RequireFileSize(qint64 bytes)
