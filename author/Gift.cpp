@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "author/Gift.h"
 
 #include "author/GiftLines.h"

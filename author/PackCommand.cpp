@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "author/Commands.h"
 #include "author/Interrupt.h"
 #include "pack/PackFormat.h"
@@ -52,6 +53,7 @@ int Command::Pack(const QStringList &arguments)
         return Misused(u"--for takes linux or windows"_s);
 
     const Interrupt interrupt;
-    Packer::Write(parser.positionalArguments().first(), parser.value(u"out"_s), system, parser.isSet(u"replace"_s), Interrupt::Check);
+    Packer::Write(parser.positionalArguments().first(), parser.value(u"out"_s), system, parser.isSet(u"replace"_s),
+                  Interrupt::Check);
     return Success;
 }

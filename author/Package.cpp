@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "author/Package.h"
 
 #include "console/Console.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // bench_download ENDPOINT USER-ID PASSWORD: fetches the account's first pack
 // with the download window from a service on this machine. Prints how fast that
 // was (MB/s, from the press of Start), how soon the window answered meanwhile

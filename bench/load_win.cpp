@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // bench_load FILE.exam: the best of seven loads of an exam, in milliseconds.
 
 #include "model/Exam.h"

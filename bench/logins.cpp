@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // bench_logins SERVICE FOLDER: how long a class of 60 behind one address takes
 // to log on at once, each with a password of its own to be checked and again
 // after a while where the service is busy; how long a LIST of somebody else

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // bench_message: Pack and UnPack of a message with 1,000 parameters and of one
 // with 16,000, for each parameter. One that looked its parameters up by walking
 // the list would take 16 times as long for each.

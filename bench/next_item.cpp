@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // bench_next_item: how long Next takes until an item with 26 options is laid
 // out and painted, and until the largest items are that a file can hold.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // bench_start EMPTY_WINDOW PACKAGE.exam FOLDER: how long the program takes from
 // its start to its main window being on the screen with 1,000 packages
 // installed, and what it then holds in memory, beside an empty window. Needs an

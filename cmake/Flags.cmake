@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # One INTERFACE target carries what every target is compiled with.
 add_library(practorium_flags INTERFACE)
 target_include_directories(practorium_flags INTERFACE ${PROJECT_SOURCE_DIR})

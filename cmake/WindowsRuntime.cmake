@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What a Windows program of this house needs beside it: Qt's libraries and plugins and
 # the compiler's own, in the folder of the programs while building and when installed.
 get_target_property(qt_core Qt6::Core IMPORTED_LOCATION_RELEASE)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "common/Error.h"
 
 using namespace Qt::Literals::StringLiterals;

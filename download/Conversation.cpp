@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "download/Conversation.h"
 
 #include "common/Common.h"
@@ -204,6 +205,7 @@ void Conversation::HandlingFailed()
     m_isRunning = false;
     m_port.EndRun(false);
     m_port.UpdateStatus(u"Error communicating to server"_s);
-    m_port.Ask(u"Cannot continue because there seems to be a problem with your internet connection or Practorium's PackCourier Service. If the problem persists, please contact Practorium support."_s,
-               CriticalMessage);
+    m_port.Ask(
+        u"Cannot continue because there seems to be a problem with your internet connection or Practorium's PackCourier Service. If the problem persists, please contact Practorium support."_s,
+        CriticalMessage);
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "download/Credentials.h"
 
 #include "common/Common.h"
@@ -43,7 +44,8 @@ Pair Load()
     Pair pair;
     pair.UserID = Value(UserIDName).toString();
     if (!pair.UserID.isEmpty())
-        pair.Password = CryptoAPI::DecryptText(Value(PasswordName).toByteArray(), PassPhrase(), CryptoAPI::CipherRC4, CryptoAPI::HashMD5);
+        pair.Password
+            = CryptoAPI::DecryptText(Value(PasswordName).toByteArray(), PassPhrase(), CryptoAPI::CipherRC4, CryptoAPI::HashMD5);
     return pair;
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "download/frmExamDownloader.h"
 
 #include "common/Ansi.h"
@@ -398,8 +399,9 @@ void frmExamDownloader::Install(const QString &examID)
         m_oDownloader.File().Remove();
     } catch (const Error &error) {
         // The box that follows says no more than that it failed.
-        Common::Log(u"Installation of %1 (%2) failed: %3"_s.arg(
-            examID.left(LongestLoggedName), m_oDownloader.TargetFile().left(LongestLoggedName), Common::OneLine(error)));
+        Common::Log(u"Installation of %1 (%2) failed: %3"_s.arg(examID.left(LongestLoggedName),
+                                                                m_oDownloader.TargetFile().left(LongestLoggedName),
+                                                                Common::OneLine(error)));
         throw;
     }
 }

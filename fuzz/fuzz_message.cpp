@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "common/Error.h"
 #include "download/Message.h"
 
@@ -77,7 +78,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     message.Pack();
     MESSAGE again;
     Require(Raised(again, message.Text()) == 0, "a packed message that can be taken apart");
-    Require(again.Command() == message.Command() && again.Parameters().Count() == message.Parameters().Count(), "the same message");
+    Require(again.Command() == message.Command() && again.Parameters().Count() == message.Parameters().Count(),
+            "the same message");
     auto other = again.Parameters().begin();
     for (const auto &parameter : message.Parameters()) {
         Require((*other)->Name() == parameter->Name() && (*other)->value() == parameter->value(), "the same parameter");

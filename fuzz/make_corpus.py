@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Writes the seeds of exams and pictures into the folder "corpus" beside this file."""
 import pathlib
 import struct

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "model/Globals.h"
 
 #include "model/Globals_p.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "pack/FolderNames.h"
 
 #include "pack/Utf8.h"

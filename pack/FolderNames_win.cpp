@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "pack/FolderNames.h"
 
 // The system's names are what a QString holds. Half a pair in one of them becomes

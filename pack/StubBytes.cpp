@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "pack/StubBytes.h"
 
 // The assembler takes the stubs in as they are, where an array in the source

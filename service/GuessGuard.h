@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include "service/Clock.h"
@@ -27,7 +28,8 @@ public:
         // A user's own wait is short: a stranger can cause it.
         Rule User = { 5, std::chrono::seconds(2), std::chrono::minutes(2), std::chrono::hours(1) };
         // A school can stand behind one address, and its typing errors add up all day.
-        Rule Address = { 60, std::chrono::seconds(2), std::chrono::minutes(15), std::chrono::hours(6), std::chrono::minutes(10) };
+        Rule Address
+            = { 60, std::chrono::seconds(2), std::chrono::minutes(15), std::chrono::hours(6), std::chrono::minutes(10) };
         qsizetype MostEntries = 10'000;
     };
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "service/Password.h"
 
 #include "common/Ansi.h"

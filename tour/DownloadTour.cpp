@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tour/DownloadTour.h"
 
 #include "common/Registry.h"

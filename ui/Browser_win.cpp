@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ui/Browser.h"
 
 #include "common/WidePath_win.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 // Brackets a long operation. BeginBusy keeps every open window's enabled state

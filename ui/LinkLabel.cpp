@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ui/LinkLabel.h"
 
 #include "common/Common.h"
@@ -166,7 +167,8 @@ void LinkLabel::showEvent(QShowEvent *event)
 void LinkLabel::mouseReleaseEvent(QMouseEvent *event)
 {
     // The second release of a double-click is no click of its own.
-    if (event->button() == Qt::LeftButton && !std::exchange(m_isDoubleClick, false) && rect().contains(event->position().toPoint()))
+    if (event->button() == Qt::LeftButton && !std::exchange(m_isDoubleClick, false)
+        && rect().contains(event->position().toPoint()))
         Follow();
 }
 

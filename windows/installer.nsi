@@ -1,3 +1,4 @@
+; SPDX-License-Identifier: Apache-2.0
 ; The installer of the Windows program. scripts/windows/installer lays out what
 ; goes in and defines
 ;   VERSION   1.2.3

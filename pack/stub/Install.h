@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 // Installs a pack into the user's exams folder, which is made if need be:

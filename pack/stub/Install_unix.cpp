@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "pack/stub/Files_unix.h"
 #include "pack/stub/Steps.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #define _CRT_RAND_S
 #include "model/MoveLock_win.h"
 #include "pack/stub/Files_win.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "pack/stub/Install.h"
 
 int main(int argc, char **)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "app/Program.h"
 
 #include "session/frmExhibit.h"
@@ -42,7 +43,8 @@ QList<QWidget *> ReadingOrder(QWidget *window, QList<QWidget *> widgets)
     std::stable_sort(widgets.begin(), widgets.end(), [&](QWidget *a, QWidget *b) {
         const QRect first = place(a), second = place(b);
         const int overlap = std::min(first.bottom(), second.bottom()) - std::max(first.top(), second.top());
-        return overlap > std::min(first.height(), second.height()) / 2 ? first.left() < second.left() : first.top() < second.top();
+        return overlap > std::min(first.height(), second.height()) / 2 ? first.left() < second.left()
+                                                                       : first.top() < second.top();
     });
     return widgets;
 }
@@ -104,7 +106,9 @@ TEST_F(KeyboardTest, ExamWindow)
     frmExam window;
     window.StartExam();
     Show(&window);
-    WalkTabs(&window, { u"chkMarked"_s, u"optChoices1"_s, u"optChoices2"_s, u"optChoices3"_s, u"cmdNext"_s, u"cmdExhibit"_s, u"cmdReview"_s });
+    WalkTabs(&window,
+             { u"chkMarked"_s, u"optChoices1"_s, u"optChoices2"_s, u"optChoices3"_s, u"cmdNext"_s, u"cmdExhibit"_s,
+               u"cmdReview"_s });
     Click(&window, u"cmdNext"_s);
     WalkTabs(&window, { u"chkMarked"_s, u"chkChoices1"_s, u"chkChoices2"_s, u"cmdNext"_s, u"cmdPrev"_s, u"cmdReview"_s });
     Globals::CurrentExam->EndExam();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "app/Program.h"
 
 #include "common/Common.h"
@@ -56,8 +57,8 @@ protected:
     QString Controls()
     {
         QString states;
-        for (const QString &name : { u"chkMarked"_s, u"optChoices1"_s, u"chkChoices1"_s, u"cmdPrev"_s, u"cmdExhibit"_s, u"cmdReview"_s,
-                                     u"lblTime"_s, u"fraInfo"_s, u"cmdWhy"_s }) {
+        for (const QString &name : { u"chkMarked"_s, u"optChoices1"_s, u"chkChoices1"_s, u"cmdPrev"_s, u"cmdExhibit"_s,
+                                     u"cmdReview"_s, u"lblTime"_s, u"fraInfo"_s, u"cmdWhy"_s }) {
             const auto *control = Find<QWidget>(Started->ExamWindow(), name);
             states += !control->isVisible() ? u'-' : control->isEnabled() ? u'V' : u'v';
         }
@@ -103,7 +104,8 @@ TEST_F(ProgramTest, OneSitting)
     EXPECT_EQ(entries, (QStringList{ u"1 - A"_s, u"2 - A,B"_s, u"3 - B"_s }));
     EXPECT_EQ(result, u"Sorry!\r\nA score of 700 or better was required to pass this exam.\r\nYour score was 667"_s);
 
-    EXPECT_EQ(Find<QLabel>(Sitting, u"lblAnswer"_s)->text() + Find<QLabel>(Sitting, u"lblStatus"_s)->text(), u"Answer: ACORRECT"_s);
+    EXPECT_EQ(Find<QLabel>(Sitting, u"lblAnswer"_s)->text() + Find<QLabel>(Sitting, u"lblStatus"_s)->text(),
+              u"Answer: ACORRECT"_s);
 
     Sitting->close();
     EXPECT_TRUE(Started->Main().isVisible());
@@ -140,18 +142,32 @@ TEST_F(ProgramTest, WhatShowsInWhichState)
         });
     };
     const auto next = [&] { Click(Sitting, u"cmdNext"_s); };
-    const struct { QString State; std::function<void()> Action; QString Controls; } rows[] = {
+    const struct {
+        QString State;
+        std::function<void()> Action;
+        QString Controls;
+    } rows[] = {
         //                                        mark, radio, check, previous, exhibit, review, time, panel, why
-        { u"the first item"_s, [] {},                                              u"VV-v-VV--"_s },
-        { u"check boxes"_s, next,                                                  u"V-VV-VV--"_s },
-        { u"an exhibit"_s, next,                                                   u"VV-VVVV--"_s },
-        { u"reviewing all"_s, [&] { press(u"cmdReviewAll"_s); },                u"VV-v-VV--"_s },
-        { u"marked"_s, [&] { next(); Click(Sitting, u"chkMarked"_s); },               u"V-VV-VV--"_s },
-        { u"reviewing marked"_s, [&] { press(u"cmdReviewMarked"_s); },          u"V-VV-VV--"_s },
-        { u"back from the first marked"_s, [&] { Click(Sitting, u"cmdPrev"_s); },     u"V-Vv-VV--"_s },
-        { u"after the exam"_s, end,                                               u"vv-v-V-V-"_s },
+        { u"the first item"_s, [] {}, u"VV-v-VV--"_s },
+        { u"check boxes"_s, next, u"V-VV-VV--"_s },
+        { u"an exhibit"_s, next, u"VV-VVVV--"_s },
+        { u"reviewing all"_s, [&] { press(u"cmdReviewAll"_s); }, u"VV-v-VV--"_s },
+        { u"marked"_s,
+          [&] {
+              next();
+              Click(Sitting, u"chkMarked"_s);
+          },
+          u"V-VV-VV--"_s },
+        { u"reviewing marked"_s, [&] { press(u"cmdReviewMarked"_s); }, u"V-VV-VV--"_s },
+        { u"back from the first marked"_s, [&] { Click(Sitting, u"cmdPrev"_s); }, u"V-Vv-VV--"_s },
+        { u"after the exam"_s, end, u"vv-v-V-V-"_s },
         { u"an explanation"_s,
-          [&] { fromList([](QWidget *list) { QTest::keyClicks(list->focusWidget(), u"3"_s); QTest::keyClick(list, Qt::Key_Return); }); },
+          [&] {
+              fromList([](QWidget *list) {
+                  QTest::keyClicks(list->focusWidget(), u"3"_s);
+                  QTest::keyClick(list, Qt::Key_Return);
+              });
+          },
           u"vv-VVV-VV"_s },
     };
     for (const auto &row : rows) {
@@ -184,12 +200,18 @@ TEST_F(ProgramTest, TimeRunsOutWhileTheListIsOpen)
 // What nothing traps is told, and the program ends.
 TEST_F(ProgramTest, UnhandledErrors)
 {
-    const struct { QString Case; std::function<void(QString)> Break; QString Message; } rows[] = {
-        { u"no items"_s, [](const QString &) { Install(*NewExam(), u"EX-101"_s); }, u"Run-time error '9':\r\n\r\nSubscript out of range"_s },
+    const struct {
+        QString Case;
+        std::function<void(QString)> Break;
+        QString Message;
+    } rows[] = {
+        { u"no items"_s, [](const QString &) { Install(*NewExam(), u"EX-101"_s); },
+          u"Run-time error '9':\r\n\r\nSubscript out of range"_s },
         { u"cut short"_s, [](const QString &path) { ASSERT_TRUE(QFile::resize(path, QFileInfo(path).size() - 1)); },
           u"Run-time error '62':\r\n\r\nInput past end of file"_s },
         { u"vanished"_s, [](const QString &path) { ASSERT_TRUE(QFile::remove(path)); },
-          u"Run-time error '2':\r\n\r\nSystem Error: 0x2\r\n"_s + Common::ShownText(Common::SystemErrorText(System::NotFound)) },
+          u"Run-time error '2':\r\n\r\nSystem Error: 0x2\r\n"_s
+              + Common::ShownText(Common::SystemErrorText(System::NotFound)) },
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.Case.toStdString());

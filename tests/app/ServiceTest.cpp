@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "app/Program.h"
 
 #include "common/Registry.h"
@@ -56,7 +57,10 @@ protected:
         Registry::WriteValue(u"Software\\Practorum\\PackCourier"_s, u"Endpoint"_s,
                              QString::fromUtf8(Service.readLine()).trimmed(), Registry::Text, Registry::CurrentUser);
     }
-    QStringList Reports() { return Tool(SERVICE_PROGRAM, { u"list-reports"_s, u"--database"_s, Database }).split(u'\n', Qt::SkipEmptyParts); }
+    QStringList Reports()
+    {
+        return Tool(SERVICE_PROGRAM, { u"list-reports"_s, u"--database"_s, Database }).split(u'\n', Qt::SkipEmptyParts);
+    }
     // From the main window's link until the download window has closed.
     void Download(const QString &password)
     {
@@ -64,7 +68,9 @@ protected:
             Find<QLineEdit>(opened, u"txtEmail"_s)->setText(User);
             Find<QLineEdit>(opened, u"txtPassword"_s)->setText(password);
             Click(opened, u"cmdAction"_s);
-            EXPECT_TRUE(QTest::qWaitFor([&] { return !opened->isVisible() || Find<QAbstractButton>(opened, u"cmdAction"_s)->text() == u"&Start"_s; }, Patience));
+            EXPECT_TRUE(QTest::qWaitFor(
+                [&] { return !opened->isVisible() || Find<QAbstractButton>(opened, u"cmdAction"_s)->text() == u"&Start"_s; },
+                Patience));
             opened->close();
         });
         Click(&Started.Main(), u"lblDownload"_s);
@@ -110,7 +116,8 @@ TEST_F(ServiceTest, FromStartToTheReport)
     // The one is declined, the other replaced by what is sold now.
     Sell(u"LNX-1"_s, u"Linux, second edition"_s);
     const auto overwrite = [&](const QString &exam, int answer) {
-        Shown.Expect(u"Exam "_s + exam + u" is already installed on this computer. Do you want to overwrite the existing exam?"_s,
+        Shown.Expect(u"Exam "_s + exam
+                         + u" is already installed on this computer. Do you want to overwrite the existing exam?"_s,
                      QuestionMessage, answer);
     };
     overwrite(u"NET-1"_s, AnswerNo);

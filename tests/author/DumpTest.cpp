@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "author/Dump.h"
 #include "tests/support/Test.h"
 
@@ -13,9 +14,10 @@ TEST(DumpTest, KeysAndTextsAsTheyAreStored)
     Sandbox::WriteFile(path, bytes);
     Exam loaded;
     loaded.Load(path);
-    EXPECT_EQ(QString::fromUtf8(Dump::ToJson(loaded)).remove(u'\n'),
-              uR"({"reserved":"00fe","code":"A\"B","name":"Sample","maxScore":1000,"passScore":700,"duration":60,"questions":[)"
-              uR"({"number":1,"solutionCount":1,"hasHint":true,"exhibit":"x.gif","problem":"Line\nÄ\\ \t€","explanation":"  why  ","choices":[)"
-              uR"({"number":1,"isSolution":true,"statement":"one"},{"number":2,"isSolution":false,"statement":"two"}]},)"
-              uR"({"number":2,"solutionCount":0,"hasHint":false,"exhibit":"","problem":"Q","explanation":"","choices":[]}]})"_s);
+    EXPECT_EQ(
+        QString::fromUtf8(Dump::ToJson(loaded)).remove(u'\n'),
+        uR"({"reserved":"00fe","code":"A\"B","name":"Sample","maxScore":1000,"passScore":700,"duration":60,"questions":[)"
+        uR"({"number":1,"solutionCount":1,"hasHint":true,"exhibit":"x.gif","problem":"Line\nÄ\\ \t€","explanation":"  why  ","choices":[)"
+        uR"({"number":1,"isSolution":true,"statement":"one"},{"number":2,"isSolution":false,"statement":"two"}]},)"
+        uR"({"number":2,"solutionCount":0,"hasHint":false,"exhibit":"","problem":"Q","explanation":"","choices":[]}]})"_s);
 }

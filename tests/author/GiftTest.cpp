@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "author/Gift.h"
 #include "tests/support/Test.h"
 
@@ -43,7 +44,11 @@ QString Parsed(const QByteArray &bytes)
     return items.join(u"\n"_s);
 }
 
-struct Row { const char *Name; QByteArray Source; const char16_t *Expected; };
+struct Row {
+    const char *Name;
+    QByteArray Source;
+    const char16_t *Expected;
+};
 
 void ExpectRows(const std::vector<Row> &rows)
 {
@@ -82,8 +87,7 @@ TEST(GiftTest, TextsAndEscapes)
         { "missing word", "Grant is {=a ~b} here.", u"1: Grant is _____ here. | *a | b" },
         { "closing tags are no sentence", "[html]<p>Q {=a ~b}</p>", u"1: <h><p>Q </p> | *<h>a | <h>b" },
         { "formats are handed down", "[html]Q {=a#f ~[plain]b####g}", u"1: <h>Q | *<h>a (<h>f) | <p>b #<h>g" },
-        { "formats after a weight", "Q {~%50%[markdown]a#[html]f ~%50% [moodle] b}",
-          u"1: Q | *<m>a (<h>f) | *b [multiple]" },
+        { "formats after a weight", "Q {~%50%[markdown]a#[html]f ~%50% [moodle] b}", u"1: Q | *<m>a (<h>f) | *b [multiple]" },
         { "feedback", "Q {=a # yes ~b#no\n####All of it = ~fine # really}",
           u"1: Q | *a (yes) | b (no) #All of it = ~fine # really" },
         { "an empty option", "Q {=a ~}", u"1: Q | *a | " },
@@ -102,7 +106,8 @@ TEST(GiftTest, LinesAndComments)
         { "comments in a block", "Q {\n=a\n // ~x\n//}\n~b\n}", u"1: Q | *a | b" },
         { "a category", "$CATEGORY: a/b\n\nQ {=a ~b}\n$CATEGORY: c\nR {=c ~d}", u"3: Q | *a | b\n5: R | *c | d" },
         { "not closed", "Q {\n=a\n\nR {=c ~d}", u"1! the answer block is not closed\n4: R | *c | d" },
-        { "not closed before a category", "Q {\n\n$CATEGORY: x\n}", u"1! the answer block is not closed\n4! a \"}\" without its \"{\"" },
+        { "not closed before a category", "Q {\n\n$CATEGORY: x\n}",
+          u"1! the answer block is not closed\n4! a \"}\" without its \"{\"" },
         { "no blank line between", "Q {=a ~b}\nR {=c ~d}",
           u"1! more than one answer block (is a blank line missing between two questions?)" },
         { "a brace too many", "Q {=a{x} ~b}", u"1! more than one \"}\" (write \"\\{\" and \"\\}\" for braces in a text)" },
@@ -116,7 +121,8 @@ TEST(GiftTest, WishesInComments)
         { "both", "// [exhibit: a b.gif ] [NoLimit]\nQ {T}", u"2: Q | *<p>True | <p>False [nolimit] [a b.gif]" },
         { "a blank line and a category between", "// [exhibit:a.gif]\n\n$CATEGORY: x\n\nQ {T}",
           u"5: Q | *<p>True | <p>False [a.gif]" },
-        { "behind the block", "Q {T}\n// [exhibit:a.gif]\n\nR {T}", u"1: Q | *<p>True | <p>False\n4: R | *<p>True | <p>False [a.gif]" },
+        { "behind the block", "Q {T}\n// [exhibit:a.gif]\n\nR {T}",
+          u"1: Q | *<p>True | <p>False\n4: R | *<p>True | <p>False [a.gif]" },
         { "two", "// [exhibit:a.gif]\n// [exhibit:b.gif]\nQ {T}", u"3! more than one exhibit is named" },
         { "for nothing", "Q {T}\n\n// [exhibit:a.gif]\n",
           u"1: Q | *<p>True | <p>False\n3! the exhibit \"a.gif\" stands before no question" },

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "author/Package.h"
 #include "tests/author/AuthorFixture.h"
 
@@ -25,8 +26,9 @@ QString Shown(const Package::Content &content)
 {
     QStringList lines;
     for (const auto &question : content.Exam->Questions()) {
-        QString line = u"%1. %2 | %3 | %4 of %5"_s.arg(question->Number()).arg(question->Problem(), question->StoredExplaination(),
-                                                       question->CorrectAnswer()).arg(question->Choices().Count());
+        QString line = u"%1. %2 | %3 | %4 of %5"_s.arg(question->Number())
+                           .arg(question->Problem(), question->StoredExplaination(), question->CorrectAnswer())
+                           .arg(question->Choices().Count());
         if (question->SolutionCount() != question->AnswerCount())
             line += u" | wrong count"_s;
         if (question->HasHint())
@@ -42,7 +44,10 @@ QString Shown(const Package::Content &content)
 
 TEST(PackageTest, WhatIsTakenAndWhatIsLeftOut)
 {
-    const struct { const char *Name; QString Source, Expected; } rows[] = {
+    const struct {
+        const char *Name;
+        QString Source, Expected;
+    } rows[] = {
         { "multiple", u"Q {~%50%a ~b ~%50%c}"_s, u"1. Q |  | 1,3 of 3 | hint"_s },
         { "several right", u"Q {=a ~b =c}"_s, u"1: several answers are right alone"_s },
         { "no limit", u"// [nolimit]\nQ {~%50%a ~b ~%50%c}"_s, u"1. Q |  | 1,3 of 3"_s },
@@ -56,7 +61,8 @@ TEST(PackageTest, WhatIsTakenAndWhatIsLeftOut)
         { "in feedback", u"Q {=a ~b#\u001B[2J}"_s, u"1: it holds the control character U+001B"_s },
         { "in an exhibit's name", u"// [exhibit:a\u0007.bmp]\nQ {T}"_s, u"2: it holds the control character U+0007"_s },
         { "27 options", u"Q {=a"_s + u"~b"_s.repeated(26) + u'}', u"1: it has 27 options, and an exam has letters for 26"_s },
-        { "a million characters", u"Q {=a~"_s + u"b"_s.repeated(1'000'000) + u'}', u"1: it has more than 1000000 characters"_s },
+        { "a million characters", u"Q {=a~"_s + u"b"_s.repeated(1'000'000) + u'}',
+          u"1: it has more than 1000000 characters"_s },
         { "one option", u"Q {~%100%a}"_s, u"1: it has fewer than 2 options"_s },
         { "no right one", u"Q {~a ~b}"_s, u"1: no option is right"_s },
         { "an empty option", u"Q {=a ~}"_s, u"1: option 2 is empty"_s },
@@ -76,8 +82,8 @@ TEST(PackageTest, WhatIsTakenAndWhatIsLeftOut)
 
 TEST(PackageTest, FolderWithExamAndEachPictureOnce)
 {
-    const Package::Content content =
-        Assembled(u"// [exhibit:a.bmp]\nQ {T}\n\n// [exhibit:a.bmp]\nR {F}\n\n// [exhibit:b.bmp]\nS {}"_s);
+    const Package::Content content
+        = Assembled(u"// [exhibit:a.bmp]\nQ {T}\n\n// [exhibit:a.bmp]\nR {F}\n\n// [exhibit:b.bmp]\nS {}"_s);
     const QString out = Sandbox::Path(u"made/up/NET.101"_s);
     Package::Write(content, PictureFolder(), out + u'/', false);
     EXPECT_EQ(Names(out), (QStringList{ u"NET.exam"_s, u"a.bmp"_s })) << "nothing of items left out";
@@ -106,9 +112,12 @@ TEST(PackageTest, TargetsThatAreRefused)
     QFile::link(root + u"/nowhere"_s, root + u"/broken"_s);
     const QStringList before = Names(root);
     const QString refused = u"5 Package::Write()"_s;
-    const struct { QString Name; bool Replace; } rows[] = {
-        { u"PACK"_s, false }, { u"hollow"_s, false }, { u"file"_s, true }, { u"home"_s, true }, { u"mixed"_s, true }, { u"deep"_s, true },
-        { u"links/PACK"_s, true }, { u"broken"_s, true }, { u"a\"b"_s, false }, { u"blank "_s, false },
+    const struct {
+        QString Name;
+        bool Replace;
+    } rows[] = {
+        { u"PACK"_s, false }, { u"hollow"_s, false },    { u"file"_s, true },   { u"home"_s, true },  { u"mixed"_s, true },
+        { u"deep"_s, true },  { u"links/PACK"_s, true }, { u"broken"_s, true }, { u"a\"b"_s, false }, { u"blank "_s, false },
     };
     for (const auto &row : rows) {
         const QString out = root + u'/' + row.Name;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/author/AuthorFixture.h"
 #include "tests/support/Program.h"
 #include "tests/support/SmallDisk.h"
@@ -32,15 +33,17 @@ const QStringList Numbers = { u"--max"_s, u"1000"_s, u"--pass"_s, u"700"_s, u"--
 
 QStringList BuildArguments(const QString &source, const QString &out, const QStringList &more = {})
 {
-    return QStringList{ u"build"_s, source, u"--code"_s, u"EX-1"_s, u"--name"_s, u"Sample"_s, u"--out"_s, out } + Numbers + more;
+    return QStringList{ u"build"_s, source, u"--code"_s, u"EX-1"_s, u"--name"_s, u"Sample"_s, u"--out"_s, out } + Numbers
+        + more;
 }
 
 }
 
 TEST(ProgramTest, FromBankToPackage)
 {
-    Sandbox::WriteFile(Sandbox::Path(u"bank/b.gift"_s),
-                       "// [exhibit:p.bmp]\nOne {=a ~b####why}\n\nTwo {=x}\n\n\nThree {~%50%a ~%50%b ~c}\n\n// [exhibit:q.bmp]\nFour {T}\n");
+    Sandbox::WriteFile(
+        Sandbox::Path(u"bank/b.gift"_s),
+        "// [exhibit:p.bmp]\nOne {=a ~b####why}\n\nTwo {=x}\n\n\nThree {~%50%a ~%50%b ~c}\n\n// [exhibit:q.bmp]\nFour {T}\n");
     Sandbox::WriteFile(Sandbox::Path(u"bank/p.bmp"_s), Bmp(4));
     const QString report = u"bank/b.gift:4: a short-answer question has no options\n"
                            "bank/b.gift:10: the exhibit \"q.bmp\": %1\n2 items taken, 2 left out\n"_s;
@@ -57,7 +60,8 @@ TEST(ProgramTest, FromBankToPackage)
     // The pictures from elsewhere this time, and one item less to leave out.
     Sandbox::WriteFile(Sandbox::Path(u"drawings/p.bmp"_s), Bmp(5));
     Sandbox::WriteFile(Sandbox::Path(u"drawings/q.bmp"_s), Bmp(5));
-    const Outcome again = Started(BuildArguments(u"bank/b.gift"_s, u"bank/PACK"_s, { u"--replace"_s, u"--pictures"_s, u"drawings"_s }));
+    const Outcome again
+        = Started(BuildArguments(u"bank/b.gift"_s, u"bank/PACK"_s, { u"--replace"_s, u"--pictures"_s, u"drawings"_s }));
     EXPECT_EQ(again.Code, 0) << again.Err.toStdString();
     EXPECT_TRUE(again.Err.endsWith("\n3 items taken, 1 left out\n"_L1)) << again.Err.toStdString();
     EXPECT_EQ(Sandbox::ReadFile(Sandbox::Path(u"bank/PACK/p.bmp"_s)), Bmp(5));
@@ -100,9 +104,18 @@ TEST(ProgramTest, WrongUsage)
     Sandbox::WriteFile(Sandbox::Path(u"u/b.gift"_s), "Q {T}");
     const auto build = [](const QStringList &more) { return BuildArguments(u"u/b.gift"_s, u"u/OUT"_s, more); };
     const std::vector<QStringList> rows = {
-        {}, { u"bogus"_s }, { u"dump"_s, u"a"_s, u"b"_s }, { u"check"_s, u"--x"_s }, { u"build"_s, u"u/b.gift"_s },
-        build({ u"--bogus"_s }), build({ u"--max"_s, u"32768"_s }), build({ u"--max"_s, u"1e3"_s }),
-        build({ u"--pass"_s, u"1001"_s }), build({ u"--minutes"_s, u"547"_s }), build({ u"--code"_s, u" "_s }), build({ u"--name"_s, u"\u2192"_s }),
+        {},
+        { u"bogus"_s },
+        { u"dump"_s, u"a"_s, u"b"_s },
+        { u"check"_s, u"--x"_s },
+        { u"build"_s, u"u/b.gift"_s },
+        build({ u"--bogus"_s }),
+        build({ u"--max"_s, u"32768"_s }),
+        build({ u"--max"_s, u"1e3"_s }),
+        build({ u"--pass"_s, u"1001"_s }),
+        build({ u"--minutes"_s, u"547"_s }),
+        build({ u"--code"_s, u" "_s }),
+        build({ u"--name"_s, u"\u2192"_s }),
     };
     for (const QStringList &row : rows) {
         const Outcome outcome = Started(row);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "common/Common.h"
 #include "tests/support/Test.h"
 
@@ -7,12 +8,18 @@ using namespace Common;
 
 TEST(CommonTest, FormatText)
 {
-    struct Row { QString Text; QVariantList Values; QString Expected; LineBreakMarker Breaks = LineBreakMarker::AnyCase; };
+    struct Row {
+        QString Text;
+        QVariantList Values;
+        QString Expected;
+        LineBreakMarker Breaks = LineBreakMarker::AnyCase;
+    };
     const Row rows[] = {
         { u"{1}{CRLF}{2}"_s, { u"a"_s, u"b"_s }, u"a\r\nb"_s },
         { u"x{crlf}y{CRLF}"_s, {}, u"x{crlf}y\r\n"_s, LineBreakMarker::Exact },
         // Each pass works on the result of the one before, and none looks back.
-        { u"{1}"_s, { u"{2}"_s, u"x"_s }, u"x"_s }, { u"{2}{1}"_s, { u"a"_s, u"{1}"_s }, u"{1}a"_s },
+        { u"{1}"_s, { u"{2}"_s, u"x"_s }, u"x"_s },
+        { u"{2}{1}"_s, { u"a"_s, u"{1}"_s }, u"{1}a"_s },
         { u"{1} of {3}{0}{01}, {1}"_s, { 7, 8 }, u"7 of {3}{0}{01}, 7"_s },
         { u"{1} {2} {3} {4}"_s, { 1234567, 0.5, true, QVariant::fromValue<quint8>(65) }, u"1234567 0.5 True 65"_s },
     };
@@ -23,10 +30,20 @@ TEST(CommonTest, FormatText)
 TEST(CommonTest, RoundingAndOverflow)
 {
     const QString overflow = u"6 "_s;
-    const struct { double Value; QString Int16, Int32; } rows[] = {
-        { 0.5, u"0"_s, u"0"_s }, { 1.5, u"2"_s, u"2"_s }, { 2.5, u"2"_s, u"2"_s }, { -1.5, u"-2"_s, u"-2"_s },
-        { 32767.4, u"32767"_s, u"32767"_s }, { 32767.5, overflow, u"32768"_s }, { -32768.5, u"-32768"_s, u"-32768"_s },
-        { -32769, overflow, u"-32769"_s }, { 2147483647.4, overflow, u"2147483647"_s }, { 2147483647.5, overflow, overflow },
+    const struct {
+        double Value;
+        QString Int16, Int32;
+    } rows[] = {
+        { 0.5, u"0"_s, u"0"_s },
+        { 1.5, u"2"_s, u"2"_s },
+        { 2.5, u"2"_s, u"2"_s },
+        { -1.5, u"-2"_s, u"-2"_s },
+        { 32767.4, u"32767"_s, u"32767"_s },
+        { 32767.5, overflow, u"32768"_s },
+        { -32768.5, u"-32768"_s, u"-32768"_s },
+        { -32769, overflow, u"-32769"_s },
+        { 2147483647.4, overflow, u"2147483647"_s },
+        { 2147483647.5, overflow, overflow },
         { std::numeric_limits<double>::quiet_NaN(), overflow, overflow },
     };
     for (const auto &row : rows) {
@@ -35,8 +52,12 @@ TEST(CommonTest, RoundingAndOverflow)
     }
     EXPECT_EQ(ShiftLeft(40, 16), 2621440);
     EXPECT_EQ(ResultOf([] { return ShiftLeft(1, 31); }), overflow);
-    for (const auto &[seconds, text] : { std::pair{ 0, u"00:00:00"_s }, { 3661, u"01:01:01"_s }, { 86'399, u"23:59:59"_s },
-                                         { 90'000, u"25:00:00"_s }, { 359'999, u"99:59:59"_s }, { 362'439, u"100:40:39"_s } })
+    for (const auto &[seconds, text] : { std::pair{ 0, u"00:00:00"_s },
+                                         { 3661, u"01:01:01"_s },
+                                         { 86'399, u"23:59:59"_s },
+                                         { 90'000, u"25:00:00"_s },
+                                         { 359'999, u"99:59:59"_s },
+                                         { 362'439, u"100:40:39"_s } })
         EXPECT_EQ(FormatDuration(seconds), text) << seconds;
 }
 
@@ -45,15 +66,26 @@ TEST(CommonTest, LogsOneLine)
     testing::internal::CaptureStderr();
     Log(u"a\r\nb \u00E9\x1B[2J"_s + QString(9'999, u'x'));
     const std::string line = testing::internal::GetCapturedStderr();
-    EXPECT_TRUE(line.starts_with("Practorium: a  b \xC3\xA9 [2Jxx") && line.find('\n') == line.size() - 1 && line.size() < 3'000) << line;
+    EXPECT_TRUE(line.starts_with("Practorium: a  b \xC3\xA9 [2Jxx") && line.find('\n') == line.size() - 1
+                && line.size() < 3'000)
+        << line;
 }
 
 TEST(CommonTest, BlanksNullsAndLeadingNumbers)
 {
-    const struct { QString Text; bool IsBlank; QString Trimmed, BeforeNull; double Number; } rows[] = {
-        { u""_s, true, u""_s, u""_s, 0 }, { u"   "_s, true, u""_s, u"   "_s, 0 }, { u" \t "_s, false, u"\t"_s, u" \t "_s, 0 },
-        { u" 42 b "_s, false, u"42 b"_s, u" 42 b "_s, 42 }, { u"\0abc"_s, false, u"\0abc"_s, u""_s, 0 },
-        { u"7b\0cd\0"_s, false, u"7b\0cd\0"_s, u"7b"_s, 7 }, { u"-5"_s, false, u"-5"_s, u"-5"_s, 0 },
+    const struct {
+        QString Text;
+        bool IsBlank;
+        QString Trimmed, BeforeNull;
+        double Number;
+    } rows[] = {
+        { u""_s, true, u""_s, u""_s, 0 },
+        { u"   "_s, true, u""_s, u"   "_s, 0 },
+        { u" \t "_s, false, u"\t"_s, u" \t "_s, 0 },
+        { u" 42 b "_s, false, u"42 b"_s, u" 42 b "_s, 42 },
+        { u"\0abc"_s, false, u"\0abc"_s, u""_s, 0 },
+        { u"7b\0cd\0"_s, false, u"7b\0cd\0"_s, u"7b"_s, 7 },
+        { u"-5"_s, false, u"-5"_s, u"-5"_s, 0 },
     };
     for (const auto &row : rows) {
         QString text = row.Text;

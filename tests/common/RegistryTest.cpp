@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "common/Registry.h"
 
 #include "common/Common.h"
@@ -27,12 +28,18 @@ template <class Operation> QString Result(Operation &&operation)
 
 TEST_F(RegistryTest, ValuesOfEachType)
 {
-    const struct { ValueType Type; QVariant Written, Read; } rows[] = {
+    const struct {
+        ValueType Type;
+        QVariant Written, Read;
+    } rows[] = {
         { Text, u"J\u00FCrgen \u0416 \\ \""_s, u"J\u00FCrgen \u0416 \\ \""_s },
-        { Text, u""_s, u""_s }, { Text, QString(u"cut\0here"_s + QChar(0) + u"x"_s), u"cut"_s },
+        { Text, u""_s, u""_s },
+        { Text, QString(u"cut\0here"_s + QChar(0) + u"x"_s), u"cut"_s },
         { Text, QString(10'000, u'x'), QString(10'000, u'x') },
         { Binary, QByteArray("\1\0\xFF\2", 4), QByteArray("\1\0\xFF\2", 4) },
-        { Binary, QByteArray(), QByteArray() }, { Number, -2, -2 }, { Number, 0x7FFFFFFF, 0x7FFFFFFF },
+        { Binary, QByteArray(), QByteArray() },
+        { Number, -2, -2 },
+        { Number, 0x7FFFFFFF, 0x7FFFFFFF },
     };
     int i = 0;
     for (const auto &row : rows) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "common/Registry.h"
 
 #include "tests/support/System.h"
@@ -71,7 +72,8 @@ TEST_F(RegistryFileTest, FilesThatCountAsEmpty)
         [&] { chmod(file.constData(), 0602); },
         [&] { EXPECT_TRUE(chown(file.constData(), 65534, getegid()) == 0 || unlink(file.constData()) == 0); },
     };
-    for (const QByteArray &bytes : { QByteArray(), QByteArray("["), QByteArray("[1]"), QByteArray("\0\xFF{", 3), whole.left(whole.size() / 2) })
+    for (const QByteArray &bytes :
+         { QByteArray(), QByteArray("["), QByteArray("[1]"), QByteArray("\0\xFF{", 3), whole.left(whole.size() / 2) })
         spoils.push_back([=] { Sandbox::WriteFile(path, bytes); });
     spoils.push_back([&] { EXPECT_TRUE(unlink(file.constData()) == 0 && mkfifo(file.constData(), 0600) == 0); });
     for (size_t i = 0; i < spoils.size(); ++i) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "common/Registry.h"
 
 #include "common/Common.h"
@@ -32,7 +33,12 @@ QString Shown(const QString &name)
 TEST(RegistrySystemTest, WhatTheSystemsOwnToolSees)
 {
     System::ForgetSettings(Key);
-    struct Row { QString Name; ValueType Type; QVariant Value; QString Shown; };
+    struct Row {
+        QString Name;
+        ValueType Type;
+        QVariant Value;
+        QString Shown;
+    };
     const Row rows[] = {
         { u"Name"_s, Text, u"A text"_s, u"REG_SZ A text"_s },
         { u"Bytes"_s, Binary, QByteArray("\1\xAB\0\xFF", 4), u"REG_BINARY 01AB00FF"_s },

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "common/Ansi.h"
 #include "common/Common.h"
 #include "tests/support/Test.h"
@@ -14,10 +15,14 @@ TEST(SystemTest, SystemErrors)
     EXPECT_EQ(ShownText(text), u"No such file or directory"_s);
     SetLastSystemError(ENOENT);
     EXPECT_EQ(ResultOf([] { CheckApiResult(true); }), u"none"_s);
-    struct Row { qint32 Code; const char *Shown; };
-    for (const Row &row : { Row{ 0, "System Error: 0x0\r\nSuccess" }, Row{ ENOTEMPTY, "System Error: 0x27\r\nDirectory not empty" },
-                            Row{ 2250, "System Error: 0x8CA\r\nUnknown error" },
-                            Row{ qint32(0x80090008), "System Error: 0x80090008\r\nUnknown error" } }) {
+    struct Row {
+        qint32 Code;
+        const char *Shown;
+    };
+    for (const Row &row :
+         { Row{ 0, "System Error: 0x0\r\nSuccess" }, Row{ ENOTEMPTY, "System Error: 0x27\r\nDirectory not empty" },
+           Row{ 2250, "System Error: 0x8CA\r\nUnknown error" },
+           Row{ qint32(0x80090008), "System Error: 0x80090008\r\nUnknown error" } }) {
         SetLastSystemError(row.Code);
         try {
             CheckApiResult(false);
@@ -35,9 +40,16 @@ TEST(SystemTest, SyncShell)
     Sandbox::WriteFile(pack, "#!/bin/sh\nexit $1\n");
     QFile::setPermissions(pack, QFile::ReadOwner | QFile::ExeOwner);
     const QString failed = u"5 SyncShell()"_s;
-    const struct { QString Command, Result; } rows[] = {
-        { u"true"_s, u"0"_s }, { u"sh -c \"exit 200\""_s, u"200"_s }, { u"sh -c \"kill -TERM $$\""_s, u"143"_s },
-        { u'"' + pack + u"\" 3"_s, u"3"_s }, { u"/no/such/program -x"_s, failed }, { u"  "_s, failed }, { u"/"_s, failed },
+    const struct {
+        QString Command, Result;
+    } rows[] = {
+        { u"true"_s, u"0"_s },
+        { u"sh -c \"exit 200\""_s, u"200"_s },
+        { u"sh -c \"kill -TERM $$\""_s, u"143"_s },
+        { u'"' + pack + u"\" 3"_s, u"3"_s },
+        { u"/no/such/program -x"_s, failed },
+        { u"  "_s, failed },
+        { u"/"_s, failed },
     };
     // Whoever started the program may have left the signal ignored.
     for (const auto disposition : { SIG_DFL, SIG_IGN }) {
@@ -51,10 +63,23 @@ TEST(SystemTest, SyncShell)
 TEST(SystemTest, TheCodePageFollowsTheVariableOfCharacters)
 {
     // The last is what the tests run with.
-    const struct { const char *All, *Characters, *Language; int Page; } rows[] = {
-        { "ja_JP.UTF-8", "ru_RU", "pl_PL", 932 }, { "", "ru_RU.UTF-8", "pl_PL", 1251 }, { "", "", "pl_PL", 1250 }, { "", "", "", 1252 },
-        { "C", "ja_JP", "ja_JP", 1252 }, { "", "sr_RS.UTF-8@latin", "", 1250 }, { "", "", "sr_RS", 1251 }, { "", "", "uz_UZ@cyrillic", 1251 },
-        { "zh_HK.UTF-8", "", "", 950 }, { "zh_CN", "", "", 936 }, { "el_GR", "", "", 1253 }, { "tr_TR", "", "", 1254 }, { "C.UTF-8", "", "", 1252 },
+    const struct {
+        const char *All, *Characters, *Language;
+        int Page;
+    } rows[] = {
+        { "ja_JP.UTF-8", "ru_RU", "pl_PL", 932 },
+        { "", "ru_RU.UTF-8", "pl_PL", 1251 },
+        { "", "", "pl_PL", 1250 },
+        { "", "", "", 1252 },
+        { "C", "ja_JP", "ja_JP", 1252 },
+        { "", "sr_RS.UTF-8@latin", "", 1250 },
+        { "", "", "sr_RS", 1251 },
+        { "", "", "uz_UZ@cyrillic", 1251 },
+        { "zh_HK.UTF-8", "", "", 950 },
+        { "zh_CN", "", "", 936 },
+        { "el_GR", "", "", 1253 },
+        { "tr_TR", "", "", 1254 },
+        { "C.UTF-8", "", "", 1252 },
     };
     qputenv("LANGUAGE", "el_GR"), qputenv("LC_MESSAGES", "el_GR");
     for (const auto &row : rows) {

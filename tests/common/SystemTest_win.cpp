@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "common/Common.h"
 #include "tests/support/ExpectError.h"
 #include "tests/support/Sandbox.h"
@@ -23,7 +24,10 @@ TEST(SystemTest, SystemErrors)
     // No system has messages of programs' own numbers.
     constexpr qint32 ofNobody = 0x2000ABCD;
     EXPECT_EQ(SystemErrorText(ofNobody), u"Unknown error"_s);
-    struct Row { qint32 Code; QString Start; };
+    struct Row {
+        qint32 Code;
+        QString Start;
+    };
     for (const Row &row : { Row{ ERROR_DIR_NOT_EMPTY, u"System Error: 0x91\r\n"_s }, Row{ 2250, u"System Error: 0x8CA\r\n"_s },
                             Row{ ofNobody, u"System Error: 0x2000ABCD\r\nUnknown error"_s },
                             Row{ qint32(0x80090008), u"System Error: 0x80090008\r\n"_s } }) {
@@ -45,11 +49,18 @@ TEST(SystemTest, SyncShell)
     ASSERT_TRUE(QFile::copy(qEnvironmentVariable("ComSpec"), pack));
     Sandbox::WriteFile(Sandbox::Path(u"text.exe"_s), "no program");
     const QString failed = u"5 SyncShell()"_s;
-    struct Row { QString Command, Result; };
+    struct Row {
+        QString Command, Result;
+    };
     const Row rows[] = {
-        { u"cmd /c exit 0"_s, u"0"_s }, { u"cmd.exe /c exit 200"_s, u"200"_s }, { u"cmd /c exit -1"_s, u"-1"_s },
-        { u'"' + pack + u"\" /c exit 3"_s, u"3"_s }, { u"C:\\no\\such\\program.exe -x"_s, failed }, { u"  "_s, failed },
-        { u"C:\\windows"_s, failed }, { Sandbox::Path(u"text.exe"_s), failed },
+        { u"cmd /c exit 0"_s, u"0"_s },
+        { u"cmd.exe /c exit 200"_s, u"200"_s },
+        { u"cmd /c exit -1"_s, u"-1"_s },
+        { u'"' + pack + u"\" /c exit 3"_s, u"3"_s },
+        { u"C:\\no\\such\\program.exe -x"_s, failed },
+        { u"  "_s, failed },
+        { u"C:\\windows"_s, failed },
+        { Sandbox::Path(u"text.exe"_s), failed },
         // It waits: what the command did is there.
         { u"cmd /c echo done>"_s + Sandbox::Path(u"done.txt"_s), u"0"_s },
     };

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "download/Conversation.h"
 
 #include "common/Common.h"
@@ -29,7 +30,8 @@ public:
     void UpdateStatus(const QString &text) override { Write(u"status "_s + text); }
     void Post(const QString &message) override
     {
-        static const QRegularExpression time(u"&time=(?=[0-9./-]*\\b%1\\b)[0-9./-]+ [0-9]+:[0-9]{2}:[0-9]{2}( [AP]M)?;"_s.arg(QDate::currentDate().year()));
+        static const QRegularExpression time(
+            u"&time=(?=[0-9./-]*\\b%1\\b)[0-9./-]+ [0-9]+:[0-9]{2}:[0-9]{2}( [AP]M)?;"_s.arg(QDate::currentDate().year()));
         Write(u"post "_s + QString(message).replace(time, u"&time=T;"_s));
         if (CannotPost)
             throw Error(InvalidCall, u"no line"_s);
@@ -105,9 +107,11 @@ TEST_F(ConversationTest, WholeRun)
     Talk.Receive(u"LIST?status=OK&data= 101,102,103 ;"_s);
     EXPECT_EQ(Take(), u"fetch 7 101"_s);
     EXPECT_EQ(Completed(), u"status Installing: 101|install 101|fetch 7 102"_s);
-    EXPECT_EQ(Completed(), u"status Installing: 102|install 102|16 Installation of 102 failed. Click OK to continue.|fetch 7 103"_s);
-    EXPECT_EQ(Completed(), u"status Installing: 103|install 103|status Performing post-installation tasks|"
-                           "post REPORT?sid=7&list=101,103&time=T;"_s);
+    EXPECT_EQ(Completed(),
+              u"status Installing: 102|install 102|16 Installation of 102 failed. Click OK to continue.|fetch 7 103"_s);
+    EXPECT_EQ(Completed(),
+              u"status Installing: 103|install 103|status Performing post-installation tasks|"
+              "post REPORT?sid=7&list=101,103&time=T;"_s);
     Talk.Receive(u"REPORT;"_s);
     EXPECT_EQ(Take(), u"status Completed|end well"_s);
     EXPECT_FALSE(Talk.IsRunning());
@@ -148,7 +152,9 @@ TEST_F(ConversationTest, Replies)
         { true, u"LIST?status=OK;"_s, nothing },
         { true, u"LIST?data=101;"_s, {} },
         { true, u"LIST?status=NO&data=101;"_s, {} },
-        { true, u"LIST?status=OK&data=unfetchable,2;"_s, u"fetch 7 unfetchable|16 no address|end badly"_s,
+        { true,
+          u"LIST?status=OK&data=unfetchable,2;"_s,
+          u"fetch 7 unfetchable|16 no address|end badly"_s,
           { u"unfetchable"_s, u"2"_s } },
         { true, u"ERROR?description=sid;"_s, u"end badly|16 sid|close"_s },
         { true, u"ERROR;"_s, u"end badly|16 |close"_s },
@@ -230,7 +236,9 @@ TEST_F(ConversationTest, Stopped)
         int Answer;
         QString Box; // in which the run is stopped
     } rows[] = {
-        { u""_s, AnswerOK, u""_s }, { u"1"_s, AnswerYes, Overwrite(1) }, { u"1"_s, AnswerNo, Overwrite(1) },
+        { u""_s, AnswerOK, u""_s },
+        { u"1"_s, AnswerYes, Overwrite(1) },
+        { u"1"_s, AnswerNo, Overwrite(1) },
         { u"2"_s, AnswerOK, u"16 Installation of 2 failed. Click OK to continue."_s },
         { u"2,3"_s, AnswerOK, u"16 Installation of 2 failed. Click OK to continue."_s },
     };

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/download/DownloadFixture.h"
 #include "tests/download/SocketReset.h"
 #include "tests/support/SmallDisk.h"
@@ -48,7 +49,12 @@ TEST_F(DownloadFaultsTest, Replies)
 {
     const QByteArray whole = "LOGIN?status=NO;";
     const QString refused = u"16 Cannot continue because the User ID or password is incorrect"_s;
-    struct Row { const char *Name; Answer Reply; QString Box; QString Status = u"Error communicating to server"_s; };
+    struct Row {
+        const char *Name;
+        Answer Reply;
+        QString Box;
+        QString Status = u"Error communicating to server"_s;
+    };
     const QString connecting = u"Connecting to Practorium Download Server"_s;
     const QString failed = u"Authentication failed!"_s;
     const Row rows[] = {
@@ -64,12 +70,16 @@ TEST_F(DownloadFaultsTest, Replies)
         { "no length", Answer::Raw(Fine, whole), refused, failed },
         { "no length and cut", Answer::Raw(Fine, "LOGIN?status=NO", Resets), Trouble },
         { "negative length", Answer::Raw(Fine + "Content-Length: -1\r\n", whole), Code(u"8"_s), connecting },
-        { "chunked", Answer::Raw(Fine + "Transfer-Encoding: chunked\r\n", "6\r\nLOGIN?\r\na\r\nstatus=NO;\r\n0\r\n\r\n"), refused, failed },
-        { "chunk cut", Answer::Raw(Fine + "Transfer-Encoding: chunked\r\n", "6\r\nLOGIN?\r\na\r\nstat"), Code(u"12"_s), connecting },
+        { "chunked", Answer::Raw(Fine + "Transfer-Encoding: chunked\r\n", "6\r\nLOGIN?\r\na\r\nstatus=NO;\r\n0\r\n\r\n"),
+          refused, failed },
+        { "chunk cut", Answer::Raw(Fine + "Transfer-Encoding: chunked\r\n", "6\r\nLOGIN?\r\na\r\nstat"), Code(u"12"_s),
+          connecting },
         { "one byte at a time", { Fine + "Content-Length: 16\r\n\r\n" + whole, Answer::KeepsOpen, 2 }, refused, failed },
-        { "broken chunk size", Answer::Raw(Fine + "Transfer-Encoding: chunked\r\n", "LOGIN?status=NO;", Answer::KeepsOpen), Code(u"38"_s), connecting },
+        { "broken chunk size", Answer::Raw(Fine + "Transfer-Encoding: chunked\r\n", "LOGIN?status=NO;", Answer::KeepsOpen),
+          Code(u"38"_s), connecting },
         { "encoded", Answer::Whole("", "200 OK", "Content-Encoding: gzip\r\n"), Code(u"C8"_s), connecting },
-        { "encoded on the way", Answer::Raw(Fine + "Transfer-Encoding: gzip, chunked\r\n", "0\r\n\r\n"), Code(u"17"_s), connecting },
+        { "encoded on the way", Answer::Raw(Fine + "Transfer-Encoding: gzip, chunked\r\n", "0\r\n\r\n"), Code(u"17"_s),
+          connecting },
         { "headers without an end", { Fine, Answer::KeepsOpen, 0, "X: y\r\n" }, Code(u"17"_s), connecting },
         { "only 100", { "HTTP/1.1 100 Continue\r\n\r\n" }, Code(u"34"_s), connecting },
         { "twice 100", { "HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 103 Soon\r\n\r\n" + Fine + "\r\n" + whole }, refused, failed },
@@ -81,7 +91,8 @@ TEST_F(DownloadFaultsTest, Replies)
         { "500", Answer::Whole(Html, "500 Oops"), Code(u"1F4"_s), connecting },
         { "500 with a message", Answer::Whole(whole, "500 Oops"), Code(u"1F4"_s), connecting },
         { "redirected to itself", Answer::Whole(Html, "301 Moved", "Location: /x?LOGIN?\r\n"), Code(u"2F"_s), connecting },
-        { "redirected to a file", Answer::Whole(Html, "302 Found", "Location: file:///etc/passwd\r\n"), Code(u"1"_s), connecting },
+        { "redirected to a file", Answer::Whole(Html, "302 Found", "Location: file:///etc/passwd\r\n"), Code(u"1"_s),
+          connecting },
         { "100 MB", { Fine + "Content-Length: 104857600\r\n\r\n", Answer::KeepsOpen, 0, "x" }, Trouble },
     };
     for (const Row &row : rows) {
@@ -106,7 +117,8 @@ TEST_F(DownloadFaultsTest, Replies)
 // What is no reply at all leaves the run waiting for the candidate.
 TEST_F(DownloadFaultsTest, RepliesThatAreIgnored)
 {
-    for (const Answer &reply : { Answer::Whole(""), Answer::Whole("HELLO;"), Answer::Whole(Html), Answer::Whole("", "204 Nothing") }) {
+    for (const Answer &reply :
+         { Answer::Whole(""), Answer::Whole("HELLO;"), Answer::Whole(Html), Answer::Whole("", "204 Nothing") }) {
         Server.On("LOGIN?", reply);
         Open();
         Press();
@@ -125,7 +137,9 @@ TEST_F(DownloadFaultsTest, NoService)
     ASSERT_TRUE(gone.listen(QHostAddress::LocalHost));
     const QString refusing = u"http://127.0.0.1:%1/x"_s.arg(gone.serverPort());
     gone.close();
-    struct Row { QString Url, Box; };
+    struct Row {
+        QString Url, Box;
+    };
     for (const Row &row : { Row{ refusing, Code(u"7"_s) }, Row{ u"http://no.such.host.invalid/x"_s, Code(u"6"_s) },
                             Row{ u"file:///etc/passwd"_s, u"16 Invalid procedure call or argument"_s },
                             Row{ u"nonsense"_s, u"16 Invalid procedure call or argument"_s } }) {
@@ -146,7 +160,12 @@ TEST_F(DownloadFaultsTest, Packs)
     const QByteArray size = QByteArray::number(pack.size());
     const auto sized = [](const QByteArray &length) { return Fine + "Content-Length: " + length + "\r\n"; };
     const QString failed = Failed(u"101"_s);
-    const struct { const char *Name; Answer Reply; QString Box; bool IsRun = false; } rows[] = {
+    const struct {
+        const char *Name;
+        Answer Reply;
+        QString Box;
+        bool IsRun = false;
+    } rows[] = {
         { "whole", Answer::Whole(pack), u""_s, true },
         { "silence", { "", Answer::KeepsOpen }, Code(u"1C"_s) },
         { "silence in the body", { sized(size) + "\r\n" + pack.left(500'000), Answer::KeepsOpen }, Code(u"1C"_s) },
@@ -164,7 +183,10 @@ TEST_F(DownloadFaultsTest, Packs)
         { "beyond 64 bits", Answer::Raw(sized("99999999999999999999"), pack), failed },
         { "no length but 64 bits' worth", Answer::Raw(sized("2147483647"), pack), failed },
         { "chunked", Answer::Raw(Fine + "Transfer-Encoding: chunked\r\n", "5\r\n#!/bi\r\n0\r\n\r\n"), failed },
-        { "chunked with a length", Answer::Raw(sized(size) + "Transfer-Encoding: chunked\r\n", QByteArray::number(pack.size(), 16) + "\r\n" + pack + "\r\n0\r\n\r\n"), failed },
+        { "chunked with a length",
+          Answer::Raw(sized(size) + "Transfer-Encoding: chunked\r\n",
+                      QByteArray::number(pack.size(), 16) + "\r\n" + pack + "\r\n0\r\n\r\n"),
+          failed },
         { "chunked and packed", Answer::Raw(Fine + "Transfer-Encoding: gzip, chunked\r\n", "5\r\n#!/bi\r\n0\r\n\r\n"), failed },
         { "not as it is", Answer::Raw(sized(size) + "Transfer-Encoding: identity\r\n", pack), failed },
         { "gzip", Answer::Whole(pack, "200 OK", "Content-Encoding: gzip\r\n"), failed },
@@ -177,7 +199,10 @@ TEST_F(DownloadFaultsTest, Packs)
         { "401", Answer::Whole(pack, "401 No"), Code(u"191"_s) },
         { "404", Answer::Whole(pack, "404 Not Found"), Code(u"194"_s) },
         { "500", Answer::Whole(pack, "500 Oops"), Code(u"1F4"_s) },
-        { "slow", { sized(QByteArray::number(PackOf("pack").size())) + "\r\n" + PackOf("pack"), Answer::KeepsOpen, 1 }, u""_s, true },
+        { "slow",
+          { sized(QByteArray::number(PackOf("pack").size())) + "\r\n" + PackOf("pack"), Answer::KeepsOpen, 1 },
+          u""_s,
+          true },
     };
     Server.On("moved", Answer::Whole(pack));
     for (const auto &row : rows) {
@@ -224,9 +249,10 @@ TEST_F(DownloadFaultsTest, Encryption)
     if (!QSslSocket::supportsSsl() || QStandardPaths::findExecutable(u"openssl"_s).isEmpty())
         GTEST_SKIP() << "needs Qt's TLS and the openssl program";
     QProcess openssl;
-    openssl.start(u"openssl"_s, { u"req"_s, u"-x509"_s, u"-newkey"_s, u"rsa:2048"_s, u"-nodes"_s, u"-keyout"_s, u"key.pem"_s,
-                                  u"-out"_s, u"certificate.pem"_s, u"-days"_s, u"2"_s, u"-subj"_s, u"/CN=127.0.0.1"_s,
-                                  u"-addext"_s, u"subjectAltName=IP:127.0.0.1"_s });
+    openssl.start(u"openssl"_s,
+                  { u"req"_s, u"-x509"_s, u"-newkey"_s, u"rsa:2048"_s, u"-nodes"_s, u"-keyout"_s, u"key.pem"_s, u"-out"_s,
+                    u"certificate.pem"_s, u"-days"_s, u"2"_s, u"-subj"_s, u"/CN=127.0.0.1"_s, u"-addext"_s,
+                    u"subjectAltName=IP:127.0.0.1"_s });
     ASSERT_TRUE(openssl.waitForFinished());
     const QByteArray certificate = Sandbox::ReadFile(Sandbox::Path(u"certificate.pem"_s));
     Server.SetTls(Sandbox::ReadFile(Sandbox::Path(u"key.pem"_s)), certificate);

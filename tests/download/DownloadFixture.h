@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include "common/Registry.h"
@@ -19,7 +20,8 @@
 namespace Download {
 
 inline const QString Key = u"Software\\Practorum\\PackCourier"_s;
-inline const QString Trouble = u"16 Cannot continue because there seems to be a problem with your internet connection or Practorium's PackCourier Service. If the problem persists, please contact Practorium support."_s;
+inline const QString Trouble
+    = u"16 Cannot continue because there seems to be a problem with your internet connection or Practorium's PackCourier Service. If the problem persists, please contact Practorium support."_s;
 inline const QString Start = u"&Start"_s;
 inline const QString Cancel = u"&Cancel"_s;
 inline const QString Close = u"&Close"_s;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/download/DownloadFixture.h"
 
 using namespace Download;
@@ -59,8 +60,9 @@ TEST_F(DownloadWindowTest, WholeRun)
     EXPECT_TRUE(Shown.Shown.isEmpty()) << Shown.Shown.join(u'\n').toStdString();
     const QByteArray post = "POST /PackCourier.asp HTTP/1.1\n";
     const QByteArray get = "GET /PackCourier.asp?sid=s7&eid=";
-    EXPECT_EQ(Server.Requests.mid(0, 4), (QByteArrayList{ post + "LOGIN?email=a%26b&pwd=x%3D1;", post + "LIST?sid=s7;",
-                                                          get + "101 HTTP/1.1\n", get + "202 HTTP/1.1\n" }));
+    EXPECT_EQ(Server.Requests.mid(0, 4),
+              (QByteArrayList{ post + "LOGIN?email=a%26b&pwd=x%3D1;", post + "LIST?sid=s7;", get + "101 HTTP/1.1\n",
+                               get + "202 HTTP/1.1\n" }));
     EXPECT_TRUE(Server.Requests.value(4).startsWith(post + "REPORT?sid=s7&list=101,202&time="));
     for (const QString &code : { u"101"_s, u"202"_s }) {
         EXPECT_TRUE(Globals::IsExamInstalled(code)) << code.toStdString();
@@ -78,7 +80,9 @@ TEST_F(DownloadWindowTest, WholeRun)
 
 TEST_F(DownloadWindowTest, Entries)
 {
-    const struct { QString User, Password, Text, Focus; } rows[] = {
+    const struct {
+        QString User, Password, Text, Focus;
+    } rows[] = {
         { u""_s, u"pw"_s, u"48 Please enter your User ID."_s, u"txtEmail"_s },
         { u"   "_s, u"  "_s, u"48 Please enter your User ID."_s, u"txtEmail"_s },
         { u"me"_s, u"  "_s, u"48 Please enter your password."_s, u"txtPassword"_s },
@@ -101,7 +105,8 @@ TEST_F(DownloadWindowTest, WrongPasswordThenRight)
     Open(u"J\u00FCrgen \u20AC \u0418"_s, QString(1000, u'%'));
     Press();
     ASSERT_TRUE(WaitForEnd());
-    EXPECT_TRUE(Server.Requests.last().endsWith("\nLOGIN?email=J\xFCrgen \x80 ?&pwd=" + QByteArray("%25").repeated(1000) + ';'));
+    EXPECT_TRUE(
+        Server.Requests.last().endsWith("\nLOGIN?email=J\xFCrgen \x80 ?&pwd=" + QByteArray("%25").repeated(1000) + ';'));
     EXPECT_EQ(Window->focusWidget(), Edit(u"txtEmail"_s));
     EXPECT_TRUE(Edit(u"txtPassword"_s)->isEnabled());
     Server.On("LOGIN?", Answer::Whole("LOGIN?status=OK&sid=s7;"));
@@ -151,13 +156,20 @@ TEST_F(DownloadWindowTest, ClosedInEveryState)
 {
     const QByteArray whole = PackOf("pack", 300'000);
     const Answer silence{ "", Answer::KeepsOpen };
-    const Answer half{ "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(whole.size()) + "\r\n\r\n" + whole.left(100'000), Answer::KeepsOpen };
+    const Answer half{ "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(whole.size()) + "\r\n\r\n"
+                           + whole.left(100'000),
+                       Answer::KeepsOpen };
     const std::pair<QString, std::function<void()>> ways[] = {
         { u"button"_s, [this] { Press(); } },
         { u"close box"_s, [this] { Window->close(); } },
         { u"Escape"_s, [this] { QTest::keyClick(Window.get(), Qt::Key_Escape); } },
     };
-    const struct { const char *Name; QByteArray Silent; Answer Reply; QString Box; } states[] = {
+    const struct {
+        const char *Name;
+        QByteArray Silent;
+        Answer Reply;
+        QString Box;
+    } states[] = {
         { "login", "LOGIN?", silence, {} },
         { "login, in the headers", "LOGIN?", { "HTTP/1.1 200 OK\r\nContent-", Answer::KeepsOpen }, {} },
         { "login, in the body", "LOGIN?", { "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nLOGIN", Answer::KeepsOpen }, {} },
@@ -232,9 +244,10 @@ TEST_F(DownloadWindowTest, ProgramEndsMeanwhile)
         Server.On(key, Answer{ "HTTP/1.1 200 OK\r\nContent-Length: 900\r\n\r\nLOGIN?status=NO;", Answer::KeepsOpen });
         Server.Meanwhile(key, [] { QTimer::singleShot(100, qApp, &QCoreApplication::quit); });
         EXPECT_EQ(Windows::RunLoop([&] {
-            Open();
-            Press();
-        }), 0);
+                      Open();
+                      Press();
+                  }),
+                  0);
         EXPECT_TRUE(Shown.Shown.isEmpty()) << Shown.Shown.join(u'\n').toStdString();
         EXPECT_EQ(Server.Count(key), 1);
         Window.reset();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "download/Downloader.h"
 
 #include "download/DownloadText.h"
@@ -10,7 +11,10 @@
 
 TEST(DownloadTextTest, Labels)
 {
-    const struct { double Bytes; QString Total, Received, Rate; } rows[] = {
+    const struct {
+        double Bytes;
+        QString Total, Received, Rate;
+    } rows[] = {
         { 0, u"NA"_s, u"NA"_s, u"NA"_s },
         { 0.9, u"NA"_s, u"NA"_s, u"NA"_s },
         { -5, u"NA"_s, u"NA"_s, u"NA"_s },
@@ -47,7 +51,9 @@ TEST(DownloadTextTest, GeneralDate)
 
 TEST(DownloadTextTest, Progress)
 {
-    struct Row { double Full, Width, Fraction, Result; };
+    struct Row {
+        double Full, Width, Fraction, Result;
+    };
     for (const Row &row : { Row{ 1000, 0, 0.5, 500 }, Row{ 1000, 500, 0.509, 500 }, Row{ 1000, 500, 0.51, 510 },
                             Row{ 1000, 500, 0.49, 490 }, Row{ 1000, 500, 0.495, 500 }, Row{ 10, 0, 200, 1000 } })
         EXPECT_EQ(DownloadText::BarWidth(row.Full, row.Width, row.Fraction), row.Result) << row.Fraction;
@@ -150,20 +156,16 @@ TEST(DownloaderAccountTest, Rate)
 {
     // A fresh one: no announced size, so nothing counts as downloaded.
     Downloader getter;
-    const struct { double Now; qint32 Bytes, Rate; } rows[] = {
-        { 100.0, 1000, 0 },
-        { 100.5, 1000, 0 },
-        { 100.99, 500, 0 },
+    const struct {
+        double Now;
+        qint32 Bytes, Rate;
+    } rows[] = {
+        { 100.0, 1000, 0 },    { 100.5, 1000, 0 },  { 100.99, 500, 0 },
         { 101.0, 9000, 2500 }, // closes the window and counts in none
-        { 101.5, 300, 2500 },
-        { 105.0, 7, 300 },
-        { 86'399.5, 50, 300 }, // the window before midnight
-        { 0.5, 60, 300 },
-        { 80'000, 70, 300 },
-        { 86'400.5, 1, 180 },
+        { 101.5, 300, 2500 },  { 105.0, 7, 300 },   { 86'399.5, 50, 300 }, // the window before midnight
+        { 0.5, 60, 300 },      { 80'000, 70, 300 }, { 86'400.5, 1, 180 },
         { 0, 10, 180 }, // midnight itself leaves no window open
-        { 5, 20, 180 },
-        { 6, 1, 30 },
+        { 5, 20, 180 },        { 6, 1, 30 },
     };
     for (const auto &row : rows) {
         getter.Account(row.Bytes, row.Now);

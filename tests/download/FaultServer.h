@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include <QByteArray>
@@ -13,7 +14,7 @@ struct Answer {
     enum Ending { KeepsOpen, Closes, Resets };
     QByteArray Bytes;
     Ending End = Closes;
-    int Pause = 0;         // milliseconds before each byte; 0 sends all at once
+    int Pause = 0; // milliseconds before each byte; 0 sends all at once
     QByteArray Forever = {}; // sent behind the bytes again and again, as it is taken
 
     // A whole answer with that body.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "download/Message.h"
 #include "tests/support/Test.h"
 
@@ -29,7 +30,10 @@ QString Listed(const Parameters &parameters)
 
 TEST(MessageTest, UnPack)
 {
-    const struct { QString Text, Command, Parameters; const char *Result = "none"; } rows[] = {
+    const struct {
+        QString Text, Command, Parameters;
+        const char *Result = "none";
+    } rows[] = {
         { u"STATUS;"_s, u"STATUS"_s, u""_s },
         { u";"_s, u""_s, u""_s },
         { u"CMD?;"_s, u"CMD"_s, u""_s },
@@ -82,7 +86,8 @@ TEST(MessageTest, Pack)
     message.Pack();
     EXPECT_EQ(message.Text(), u"REPORT?sid=7&list=a%3Bb%3Dc&e=;"_s);
 
-    for (const QString &value : { u"50%;off"_s, u"%3B"_s, u"%253B"_s, u"?=&;%%25"_s, u" \u00E4+@/\t\r\n"_s, QString(1000, u'%') }) {
+    for (const QString &value :
+         { u"50%;off"_s, u"%3B"_s, u"%253B"_s, u"?=&;%%25"_s, u" \u00E4+@/\t\r\n"_s, QString(1000, u'%') }) {
         MESSAGE sent;
         sent.SetCommand(u"C"_s);
         sent.Parameters().Add(u"v"_s, value);

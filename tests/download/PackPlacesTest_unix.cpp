@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "download/PackFile.h"
 #include "tests/download/DownloadFixture.h"
 
@@ -32,33 +33,50 @@ TEST_F(PackPlacesTest, PlacesOfPacks)
     const bool canMount = unshare(CLONE_NEWNS) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0
         && mountNoexec() && umount(folder.constData()) == 0;
     // The reason that is told, without one for a pack that was installed.
-    const struct { const char *Name; std::function<void()> Prepare; std::string Reason; bool IsRun, Stays; } rows[] = {
+    const struct {
+        const char *Name;
+        std::function<void()> Prepare;
+        std::string Reason;
+        bool IsRun, Stays;
+    } rows[] = {
         { "an old pack", [&] { Sandbox::WriteFile(place, QByteArray(100'000, 'o')); }, {}, true, false },
         { "a link to a file", [&] { QFile::link(victim, place); }, there, false, true },
         { "a link to nothing", [&] { QFile::link(Sandbox::Path(u"nothing"_s), place); }, there, false, true },
         { "a folder", [&] { QDir().mkpath(place); }, there, false, true },
-        { "another user's file", [&] {
-             Sandbox::WriteFile(place, "theirs");
-             ASSERT_TRUE(chown(QFile::encodeName(place).constData(), 65534, 65534) == 0 || !isRoot);
-         }, isRoot ? there : "", !isRoot, isRoot },
+        { "another user's file",
+          [&] {
+              Sandbox::WriteFile(place, "theirs");
+              ASSERT_TRUE(chown(QFile::encodeName(place).constData(), 65534, 65534) == 0 || !isRoot);
+          },
+          isRoot ? there : "", !isRoot, isRoot },
         { "a folder in which all may rename", [&] { chmod(folder.constData(), 0777); }, folderShared, false, true },
         { "the same with the sticky bit", [&] { chmod(folder.constData(), 01777); }, {}, true, false },
-        { "a folder of another user's", [&] {
-             ASSERT_EQ(chmod(folder.constData(), 01777), 0);
-             ASSERT_TRUE(chown(folder.constData(), 65534, 65534) == 0 || !isRoot);
-         }, isRoot ? folderShared : "", !isRoot, isRoot },
-        { "a link to the folder", [&] {
-             EXPECT_TRUE(QFile::link(QFile::decodeName(folder), linked));
-             qputenv("TMPDIR", QFile::encodeName(linked));
-         }, {}, true, false },
+        { "a folder of another user's",
+          [&] {
+              ASSERT_EQ(chmod(folder.constData(), 01777), 0);
+              ASSERT_TRUE(chown(folder.constData(), 65534, 65534) == 0 || !isRoot);
+          },
+          isRoot ? folderShared : "", !isRoot, isRoot },
+        { "a link to the folder",
+          [&] {
+              EXPECT_TRUE(QFile::link(QFile::decodeName(folder), linked));
+              qputenv("TMPDIR", QFile::encodeName(linked));
+          },
+          {},
+          true,
+          false },
         { "below a folder in which all may rename", [&] { ASSERT_EQ(chmod(sandbox.c_str(), 0777), 0); },
           "Other users can exchange files in " + sandbox, false, true },
         { "a disk that runs no programs", [&] { EXPECT_TRUE(!canMount || mountNoexec()); },
           canMount ? "No program can be run from the disk that it is on (noexec)" : "", !canMount, canMount },
         { "no program", [&] { Server.On("eid=", Answer::Whole("text")); },
           "Unable to execute command \"" + place.toStdString() + "\": Exec format error", false, true },
-        { "no pack", [&] { Server.On("eid=", Answer::Whole("text", "203 Odd")); }, "The server does not send a file", false, false },
-        { "a pack that removes itself", [&] { Server.On("eid=", Answer::Whole(FakePack{ "pack", {}, {}, true }.Bytes())); },
+        { "no pack", [&] { Server.On("eid=", Answer::Whole("text", "203 Odd")); }, "The server does not send a file", false,
+          false },
+        { "a pack that removes itself",
+          [&] {
+              Server.On("eid=", Answer::Whole(FakePack{ "pack", {}, {}, true }.Bytes()));
+          },
           "The downloaded file is not the one that was written", true, false },
     };
     for (const auto &[name, prepare, reason, isRun, stays] : rows) {
@@ -67,7 +85,8 @@ TEST_F(PackPlacesTest, PlacesOfPacks)
         prepare();
         testing::internal::CaptureStderr();
         const QString boxes = Run();
-        const std::string line = "Practorium: Installation of 101 (" + qgetenv("TMPDIR").toStdString() + "/101.exe) failed: " + reason + '\n';
+        const std::string line
+            = "Practorium: Installation of 101 (" + qgetenv("TMPDIR").toStdString() + "/101.exe) failed: " + reason + '\n';
         EXPECT_EQ(testing::internal::GetCapturedStderr(), reason.empty() ? "" : line) << name;
         EXPECT_EQ(boxes, reason.empty() ? u""_s : Failed(u"101"_s)) << name;
         EXPECT_EQ(WasRun(u"pack"_s), isRun) << name;
@@ -98,7 +117,10 @@ TEST_F(PackPlacesTest, ExchangedBeforeItIsRun)
     const std::function<bool()> exchanges[] = {
         [&] { return rename(other.constData(), path.constData()) == 0; },
         [&] { return link(path.constData(), (other + '2').constData()) == 0; },
-        [&] { return rename(path.constData(), (other + '3').constData()) == 0 && symlink((other + '3').constData(), path.constData()) == 0; },
+        [&] {
+            return rename(path.constData(), (other + '3').constData()) == 0
+                && symlink((other + '3').constData(), path.constData()) == 0;
+        },
         [&] { return unlink(path.constData()) == 0; },
         {},
     };

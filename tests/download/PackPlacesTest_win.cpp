@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "download/PackFile.h"
 
 #include "common/Common.h"
@@ -29,13 +30,22 @@ TEST_F(PackPlacesTest, PlacesOfPacks)
         other = CreateFileW(Wide(place), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr);
         ASSERT_NE(other, INVALID_HANDLE_VALUE);
     };
-    struct Row { const char *Name; std::function<void()> Prepare; bool IsRun; bool Stays; };
+    struct Row {
+        const char *Name;
+        std::function<void()> Prepare;
+        bool IsRun;
+        bool Stays;
+    };
     const Row rows[] = {
         { "an old pack", [&] { Sandbox::WriteFile(place, QByteArray(100'000, 'o')); }, true, false },
         { "a folder", [&] { QDir().mkpath(place); }, false, true },
         { "a file that another program has open", [&] { openShared(FILE_SHARE_READ); }, false, true },
         // The system gives up no program that runs.
-        { "a pack that removes itself", [&] { Server.On("eid=", Answer::Whole(FakePack{ "pack", {}, {}, true }.Bytes())); }, true, false },
+        { "a pack that removes itself",
+          [&] {
+              Server.On("eid=", Answer::Whole(FakePack{ "pack", {}, {}, true }.Bytes()));
+          },
+          true, false },
     };
     for (const Row &row : rows) {
         QFile::remove(place);
@@ -58,8 +68,8 @@ TEST_F(PackPlacesTest, AFileOfOnesOwn)
     const QString place = TempFile(u"\u65E5 own.exe"_s);
     const QString elsewhere = TempFile(u"elsewhere"_s);
     const auto isHeld = [&] {
-        const HANDLE handle = CreateFileW(Wide(place), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                          OPEN_EXISTING, 0, nullptr);
+        const HANDLE handle = CreateFileW(Wide(place), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                          nullptr, OPEN_EXISTING, 0, nullptr);
         if (handle != INVALID_HANDLE_VALUE)
             CloseHandle(handle);
         return handle == INVALID_HANDLE_VALUE && !MoveFileW(Wide(place), Wide(elsewhere)) && !DeleteFileW(Wide(place));
@@ -82,7 +92,8 @@ TEST_F(PackPlacesTest, AFileOfOnesOwn)
 
     PACL rights = nullptr;
     PSECURITY_DESCRIPTOR descriptor = nullptr;
-    ASSERT_EQ(GetNamedSecurityInfoW(Wide(place), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, &rights, nullptr, &descriptor),
+    ASSERT_EQ(GetNamedSecurityInfoW(Wide(place), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr, &rights, nullptr,
+                                    &descriptor),
               DWORD(ERROR_SUCCESS));
     HANDLE token = nullptr;
     ASSERT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token));
@@ -179,7 +190,8 @@ TEST_F(PackPlacesTest, NamesThatStayInTheirFolder)
 {
     for (const QString &name : { u"101.exe"_s, u"...exe"_s, u"NET 101 \u65E5.exe"_s, u"console.exe"_s, u"a;b.exe"_s })
         EXPECT_TRUE(IsPlainFileName(name)) << name.toStdString();
-    for (const QString &name : { u""_s, u"."_s, u".."_s, u"a/b"_s, u"a\\b"_s, u"c:x.exe"_s, u"x.exe:stream"_s, u"x.exe."_s, u"x.exe "_s,
-                                 u" x.exe"_s, u"CON"_s, u"nul.exe"_s, u"com1.exe"_s, u"a*.exe"_s, u"a?b"_s, u"a\nb"_s, u"\\\\s\\x"_s })
+    for (const QString &name :
+         { u""_s, u"."_s, u".."_s, u"a/b"_s, u"a\\b"_s, u"c:x.exe"_s, u"x.exe:stream"_s, u"x.exe."_s, u"x.exe "_s, u" x.exe"_s,
+           u"CON"_s, u"nul.exe"_s, u"com1.exe"_s, u"a*.exe"_s, u"a?b"_s, u"a\nb"_s, u"\\\\s\\x"_s })
         EXPECT_FALSE(IsPlainFileName(name)) << name.toStdString();
 }

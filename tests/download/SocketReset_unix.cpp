@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/download/SocketReset.h"
 
 #include <sys/socket.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/download/SocketReset.h"
 
 #include <winsock2.h>
@@ -10,5 +11,6 @@ void ResetOnClose(qintptr descriptor)
 
 QString ToldAsReset(QString boxes)
 {
-    return boxes.replace(QStringLiteral("0x34"), QStringLiteral("0x38")).replace(QStringLiteral("0x8)"), QStringLiteral("0x38)"));
+    return boxes.replace(QStringLiteral("0x34"), QStringLiteral("0x38"))
+        .replace(QStringLiteral("0x8)"), QStringLiteral("0x38)"));
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "download/Transfer.h"
 
 #include "tests/download/FaultServer.h"
@@ -112,10 +113,18 @@ struct Course {
 // memory does not fill up.
 TEST(TransferTest, ServersWithoutAnEnd)
 {
-    const struct { const char *Name; Answer Reply; QString End; int HeaderTime = 5000; int CancelAfter = 10'000; } rows[] = {
+    const struct {
+        const char *Name;
+        Answer Reply;
+        QString End;
+        int HeaderTime = 5000;
+        int CancelAfter = 10'000;
+    } rows[] = {
         { "a header line", { Fine + "X: ", Answer::KeepsOpen, 0, "x" }, u"27"_s },
         { "header lines", { Fine, Answer::KeepsOpen, 0, "X: y\r\n" }, u"23"_s },
-        { "two hundred headers", { "HTTP/1.1 302 Found\r\n" + QByteArray("Location: /\r\n").repeated(4000) + "\r\n" }, u"23"_s },
+        { "two hundred headers",
+          { "HTTP/1.1 302 Found\r\n" + QByteArray("Location: /\r\n").repeated(4000) + "\r\n" },
+          u"23"_s },
         { "informational answers", { "", Answer::KeepsOpen, 0, "HTTP/1.1 100 Continue\r\n\r\n" }, u"23"_s },
         { "headers byte by byte", { Fine + "X: " + QByteArray(5000, 'x'), Answer::KeepsOpen, 2 }, u"28"_s, 300 },
         { "chunk size", { Chunked, Answer::KeepsOpen, 0, "0" }, u"56"_s },
@@ -182,16 +191,22 @@ TEST(TransferTest, PostedBehind)
         if (state != Transfer::Completed)
             return;
         QTimer::singleShot(0, &loop, [&] {
-            QMetaObject::invokeMethod(&loop, [&] {
-                EXPECT_EQ(line.GetChunk(1024), "REPORT");
-                EXPECT_EQ(line.GetChunk(1024), "");
-                order.append(u"read"_s);
-                loop.quit();
-            }, Qt::QueuedConnection);
-            QMetaObject::invokeMethod(&loop, [&] {
-                order.append(u"cancelled"_s);
-                line.Cancel();
-            }, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(
+                &loop,
+                [&] {
+                    EXPECT_EQ(line.GetChunk(1024), "REPORT");
+                    EXPECT_EQ(line.GetChunk(1024), "");
+                    order.append(u"read"_s);
+                    loop.quit();
+                },
+                Qt::QueuedConnection);
+            QMetaObject::invokeMethod(
+                &loop,
+                [&] {
+                    order.append(u"cancelled"_s);
+                    line.Cancel();
+                },
+                Qt::QueuedConnection);
         });
     });
     line.Execute(server.Url, "GET");

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <windows.h>
 
 // A small program, without the language's library. The four lines behind it, in
@@ -35,7 +36,8 @@ void MakeFolders(wchar_t *path)
 DWORD EndOfProgram()
 {
     const auto *base = reinterpret_cast<const BYTE *>(GetModuleHandleW(nullptr));
-    const auto *header = reinterpret_cast<const IMAGE_NT_HEADERS *>(base + reinterpret_cast<const IMAGE_DOS_HEADER *>(base)->e_lfanew);
+    const auto *header
+        = reinterpret_cast<const IMAGE_NT_HEADERS *>(base + reinterpret_cast<const IMAGE_DOS_HEADER *>(base)->e_lfanew);
     const IMAGE_SECTION_HEADER *section = IMAGE_FIRST_SECTION(header);
     DWORD end = 0;
     for (int i = 0; i < header->FileHeader.NumberOfSections; ++i) {

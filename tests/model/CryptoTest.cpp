@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "model/CryptoAPI.h"
 #include "tests/support/Test.h"
 
@@ -5,8 +6,12 @@ using namespace CryptoAPI;
 
 TEST(CryptoTest, KnownCipherBytes)
 {
-    const struct { QString PassPhrase, Text; QByteArray Hex; } rows[] = {
-        { u"secret"_s, u"Hello World"_s, "47af0e9668fa75c57a1776" }, { u""_s, u"Hello"_s, "48656c6c6f" },
+    const struct {
+        QString PassPhrase, Text;
+        QByteArray Hex;
+    } rows[] = {
+        { u"secret"_s, u"Hello World"_s, "47af0e9668fa75c57a1776" },
+        { u""_s, u"Hello"_s, "48656c6c6f" },
         { RecordPassPhrase(), u"Which one?"_s, "cc467d1439f861f15c2b" },
     };
     for (const auto &row : rows) {

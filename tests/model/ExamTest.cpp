@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "model/Exam.h"
 #include "tests/support/SmallDisk.h"
 #include "tests/support/System.h"
@@ -17,13 +18,13 @@ QString Written(const QByteArray &bytes)
 }
 
 // An exam file of another writer: three reserved bytes and two items.
-const QByteArray Known = QByteArray::fromHex(
-    "03000000 010203 04000000 45582d31 05000000 536d616c6c e803 bc02 3c00 02000000"
-    "0100 0100 00000000 00000000 0a000000 cc467d1439f861f15c2b 00000000 02000000"
-    "  0100 ffff0000 04000000 cf467d04  0200 00000000 04000000 cf467503"
-    "0200 0200 ffff0000 08000000 6c6973742e676966 11000000 cc467d1439f87ae8562bca4d840ae9f3da"
-    "  1a000000 bb0e561825b02eec4d75a923f40ae4b8808d9eb27cb4116f72b2 03000000"
-    "  0100 ffff0000 01000000 da  0200 00000000 01000000 d9  0300 ffff0000 01000000 d8");
+const QByteArray Known
+    = QByteArray::fromHex("03000000 010203 04000000 45582d31 05000000 536d616c6c e803 bc02 3c00 02000000"
+                          "0100 0100 00000000 00000000 0a000000 cc467d1439f861f15c2b 00000000 02000000"
+                          "  0100 ffff0000 04000000 cf467d04  0200 00000000 04000000 cf467503"
+                          "0200 0200 ffff0000 08000000 6c6973742e676966 11000000 cc467d1439f87ae8562bca4d840ae9f3da"
+                          "  1a000000 bb0e561825b02eec4d75a923f40ae4b8808d9eb27cb4116f72b2 03000000"
+                          "  0100 ffff0000 01000000 da  0200 00000000 01000000 d9  0300 ffff0000 01000000 d8");
 
 }
 
@@ -63,14 +64,21 @@ TEST(ExamTest, HeaderBytes)
     EXPECT_EQ(Sandbox::ReadFile(path), header + QByteArray(4, '\0'));
 
     // A header that is cut short gives what is there.
-    const struct { int Bytes; QString Fields; } rows[] = {
-        { 0, u"||0|0|0"_s }, { 21, u"ABC-101|Sa|0|0|0"_s }, { 26, u"ABC-101|Sample|232|0|0"_s }, { 31, u"ABC-101|Sample|1000|700|120"_s },
+    const struct {
+        int Bytes;
+        QString Fields;
+    } rows[] = {
+        { 0, u"||0|0|0"_s },
+        { 21, u"ABC-101|Sa|0|0|0"_s },
+        { 26, u"ABC-101|Sample|232|0|0"_s },
+        { 31, u"ABC-101|Sample|1000|700|120"_s },
     };
     for (const auto &row : rows) {
         Exam cut;
         const QString name = u" \""_s + Written(header.left(row.Bytes)) + u"\" "_s;
         EXPECT_TRUE(cut.LoadHeader(name)) << row.Bytes;
-        EXPECT_EQ(u"%1|%2|%3|%4|%5"_s.arg(cut.Code(), cut.Name()).arg(cut.MaxScore()).arg(cut.PassScore()).arg(cut.Duration()), row.Fields);
+        EXPECT_EQ(u"%1|%2|%3|%4|%5"_s.arg(cut.Code(), cut.Name()).arg(cut.MaxScore()).arg(cut.PassScore()).arg(cut.Duration()),
+                  row.Fields);
         EXPECT_EQ(cut.FileName(), name);
     }
 }
@@ -78,7 +86,10 @@ TEST(ExamTest, HeaderBytes)
 TEST(ExamTest, ErrorsCarryTheSystemsNumberAndTheOperation)
 {
     QDir().mkpath(Sandbox::Path(u"folder.exam"_s));
-    const struct { QString Path; int Code; } rows[] = { { u"missing/a.exam"_s, System::FolderNotFound }, { u"folder.exam"_s, System::IsFolder } };
+    const struct {
+        QString Path;
+        int Code;
+    } rows[] = { { u"missing/a.exam"_s, System::FolderNotFound }, { u"folder.exam"_s, System::IsFolder } };
     for (const auto &row : rows) {
         Exam exam;
         EXPECT_EQ(ResultOf([&] { exam.LoadHeader(row.Path); }), u"%1 Exam::LoadHeader()"_s.arg(row.Code));
@@ -101,16 +112,21 @@ TEST(ExamTest, TheLastBufferedBytesFailToo)
 TEST(ExamTest, CalculateScore)
 {
     // One letter for each item: r right, w wrong, - unanswered, n without a solution and unanswered.
-    const struct { const char *Items; qint16 MaxScore; QString Result; } rows[] = {
+    const struct {
+        const char *Items;
+        qint16 MaxScore;
+        QString Result;
+    } rows[] = {
         { "rrw", 1000, u"667"_s }, { "rwwwwwww", 100, u"12"_s }, { "rrrwwwww", 100, u"38"_s }, { "wr", 1, u"0"_s },
-        { "rrrw", 2, u"2"_s }, { "rrr", -1000, u"-1000"_s }, { "r", 32767, u"32767"_s }, { "--", 1000, u"0"_s },
-        { "n", 1000, u"1000"_s }, { "nw", 1000, u"500"_s }, { "", 1000, u"11 "_s }, { "r", -32768, u"-32768"_s },
+        { "rrrw", 2, u"2"_s },     { "rrr", -1000, u"-1000"_s }, { "r", 32767, u"32767"_s },   { "--", 1000, u"0"_s },
+        { "n", 1000, u"1000"_s },  { "nw", 1000, u"500"_s },     { "", 1000, u"11 "_s },       { "r", -32768, u"-32768"_s },
     };
     for (const auto &row : rows) {
         const auto exam = NewExam();
         exam->SetMaxScore(row.MaxScore);
         for (const char item : QByteArrayView(row.Items)) {
-            const auto question = AddItem(*exam, { u"?"_s, { item == 'n' ? u"a"_s : u"*a"_s, u"b"_s, item == 'n' ? u"c"_s : u"*c"_s } });
+            const auto question
+                = AddItem(*exam, { u"?"_s, { item == 'n' ? u"a"_s : u"*a"_s, u"b"_s, item == 'n' ? u"c"_s : u"*c"_s } });
             question->SetAnswer(item == 'r' ? u"1,3"_s : item == 'w' ? u"3,1"_s : u""_s);
         }
         EXPECT_EQ(ResultOf([&] { return exam->CalculateScore(); }), row.Result) << row.Items << " " << row.MaxScore;
@@ -121,12 +137,17 @@ TEST(ExamTest, CalculateScore)
 TEST(ExamTest, Limits)
 {
     const QString path = Sandbox::Path(u"limits.exam"_s), refused = u"6 Exam::Save()"_s;
-    struct Row { qint32 Items, Options, Letters; QString Result; qint32 Code = 0, Name = 0; };
+    struct Row {
+        qint32 Items, Options, Letters;
+        QString Result;
+        qint32 Code = 0, Name = 0;
+    };
     for (const Row &row : { Row{ 32'767, 1, 0, u"none"_s }, Row{ 32'768, 0, 0, refused }, Row{ 1, 32'767, 0, u"none"_s },
                             Row{ 1, 32'768, 0, refused }, Row{ 31, 32'767, 0, refused }, Row{ 0, 0, 0, refused, 32'768, 0 },
-                            Row{ 0, 0, 0, refused, 0, 32'768 }, Row{ 1, 1, 0, u"none"_s, 32'767, 32'767 }, Row{ 270, 0, 1'000'000, refused },
-                            Row{ 1, 0, 1'000'001, refused } }) {
-        SCOPED_TRACE(testing::Message() << row.Items << " items of " << row.Options << " options" << row.Code << " " << row.Name);
+                            Row{ 0, 0, 0, refused, 0, 32'768 }, Row{ 1, 1, 0, u"none"_s, 32'767, 32'767 },
+                            Row{ 270, 0, 1'000'000, refused }, Row{ 1, 0, 1'000'001, refused } }) {
+        SCOPED_TRACE(testing::Message() << row.Items << " items of " << row.Options << " options" << row.Code << " "
+                                        << row.Name);
         Exam exam;
         exam.SetCode(QString(row.Code, u'x'));
         exam.SetName(QString(row.Name, u'x'));
@@ -139,10 +160,14 @@ TEST(ExamTest, Limits)
         EXPECT_EQ(ResultOf([&] { exam.Save(path); }), row.Result);
         EXPECT_EQ(Sandbox::ReadFile(path) == "kept", row.Result == refused);
         const auto number = [](const qint32 &value) { return QByteArray(reinterpret_cast<const char *>(&value), 4); };
-        const QByteArray item = QByteArray(20, '\0') + number(row.Options) + QByteArray(row.Options * ExamFormat::ChoiceBytes, '\0');
+        const QByteArray item
+            = QByteArray(20, '\0') + number(row.Options) + QByteArray(row.Options * ExamFormat::ChoiceBytes, '\0');
         const auto title = [&](qint32 letters) { return number(letters) + QByteArray(letters, 'x'); };
-        Sandbox::WriteFile(path, number(0) + title(row.Code) + title(row.Name) + QByteArray(6, '\0') + number(row.Items) + item.repeated(row.Items));
-        EXPECT_EQ(ResultOf([&] { Exam().LoadHeader(path); }), row.Code <= 32'767 && row.Name <= 32'767 ? u"none"_s : u"6 Exam::LoadHeader()"_s);
+        Sandbox::WriteFile(path,
+                           number(0) + title(row.Code) + title(row.Name) + QByteArray(6, '\0') + number(row.Items)
+                               + item.repeated(row.Items));
+        EXPECT_EQ(ResultOf([&] { Exam().LoadHeader(path); }),
+                  row.Code <= 32'767 && row.Name <= 32'767 ? u"none"_s : u"6 Exam::LoadHeader()"_s);
         EXPECT_EQ(ResultOf([&] { Exam().Load(path); }), row.Letters == 0 ? row.Result : u"none"_s);
     }
     // The characters of an item are counted together.
@@ -158,7 +183,8 @@ TEST(ExamTest, Limits)
     for (const qint64 bytes : { qint64(1) << 28, (qint64(1) << 28) + 1, (qint64(1) << 32) + 1'000 }) {
         if (!file.resize(bytes))
             GTEST_SKIP() << "no file can have " << bytes << " bytes: " << file.errorString().toStdString();
-        EXPECT_EQ(ResultOf([&] { Exam().LoadHeader(path); }), bytes == 1 << 28 ? u"none"_s : u"6 Exam::LoadHeader()"_s) << bytes;
+        EXPECT_EQ(ResultOf([&] { Exam().LoadHeader(path); }), bytes == 1 << 28 ? u"none"_s : u"6 Exam::LoadHeader()"_s)
+            << bytes;
     }
     file.remove();
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "model/File.h"
 #include "model/IO.h"
 #include "tests/support/SmallDisk.h"
@@ -27,7 +28,10 @@ void Offer(File &file, const QByteArray &bytes, qint32 mode = File::BinaryMode)
     file.OpenFile(u"offered"_s, mode, File::ReadAccess, File::OpenExisting);
 }
 
-QVariant Amount(qint64 scaled) { return QVariant::fromValue(Currency{ scaled }); }
+QVariant Amount(qint64 scaled)
+{
+    return QVariant::fromValue(Currency{ scaled });
+}
 QVariant Date(int year, int month, int day, int hour = 0)
 {
     return QDateTime(QDate(year, month, day), QTime(hour, 0));
@@ -37,13 +41,26 @@ QVariant Date(int year, int month, int day, int hour = 0)
 
 TEST(FileTest, EveryTypeThereAndBack)
 {
-    const struct { QVariant Value; QByteArray Hex; qint32 Length = -1; } rows[] = {
-        { QVariant::fromValue<qint16>(-2), "feff" }, { qint32(0x01020304), "04030201" }, { 1.5F, "0000c03f" },
-        { -2.0, "00000000000000c0" }, { Amount(10'000), "1027000000000000" }, { Date(1900, 1, 1, 12), "0000000000000440" },
+    const struct {
+        QVariant Value;
+        QByteArray Hex;
+        qint32 Length = -1;
+    } rows[] = {
+        { QVariant::fromValue<qint16>(-2), "feff" },
+        { qint32(0x01020304), "04030201" },
+        { 1.5F, "0000c03f" },
+        { -2.0, "00000000000000c0" },
+        { Amount(10'000), "1027000000000000" },
+        { Date(1900, 1, 1, 12), "0000000000000440" },
         // The time of day counts forward from midnight before the origin too.
-        { Date(1899, 12, 29, 6), "000000000000f4bf" }, { Date(2024, 2, 29, 18), "00000000f824e640" },
-        { true, "ffff0000" }, { QVariant::fromValue<quint8>(200), "c8" }, { u"ABC"_s, "03000000414243" },
-        { u"\u20AC\u0416"_s, "02000000803f" }, { u"ABC"_s, "414243", 3 }, { QByteArray("\1\2\3"), "03000000010203" },
+        { Date(1899, 12, 29, 6), "000000000000f4bf" },
+        { Date(2024, 2, 29, 18), "00000000f824e640" },
+        { true, "ffff0000" },
+        { QVariant::fromValue<quint8>(200), "c8" },
+        { u"ABC"_s, "03000000414243" },
+        { u"\u20AC\u0416"_s, "02000000803f" },
+        { u"ABC"_s, "414243", 3 },
+        { QByteArray("\1\2\3"), "03000000010203" },
         { QByteArray("\1\2\3"), "010203", 3 },
     };
     for (const auto &row : rows) {
@@ -62,18 +79,30 @@ TEST(FileTest, EveryTypeThereAndBack)
 
 TEST(FileTest, LengthsOfReadTextsAndBlocks)
 {
-    struct Row { const char *Hex; QVariant Before; qint32 Length; QVariant After; qint32 Delivered; qint64 Shortfall; };
+    struct Row {
+        const char *Hex;
+        QVariant Before;
+        qint32 Length;
+        QVariant After;
+        qint32 Delivered;
+        qint64 Shortfall;
+    };
     const Row rows[] = {
-        { "00000000", u"old"_s, -1, u"old"_s, 4, 0 }, { "feffffff4142", u"old"_s, -1, u"old"_s, 4, 0 },
-        { "41424344", u"old"_s, 0, u"ABC"_s, 3, 0 }, { "050000004180", u"old"_s, -1, u"A\u20AC"_s, 2, 3 },
+        { "00000000", u"old"_s, -1, u"old"_s, 4, 0 },
+        { "feffffff4142", u"old"_s, -1, u"old"_s, 4, 0 },
+        { "41424344", u"old"_s, 0, u"ABC"_s, 3, 0 },
+        { "050000004180", u"old"_s, -1, u"A\u20AC"_s, 2, 3 },
         // A count that is cut short counts as far as it is there.
-        { "0300", u"old"_s, -1, u""_s, 0, 5 }, { "03", QByteArray("old"), -1, QByteArray(""), 0, 6 }, { "0000", u"old"_s, -1, u"old"_s, 2, 2 },
+        { "0300", u"old"_s, -1, u""_s, 0, 5 },
+        { "03", QByteArray("old"), -1, QByteArray(""), 0, 6 },
+        { "0000", u"old"_s, -1, u"old"_s, 2, 2 },
         { "ffffff7f41", u"old"_s, -1, u"A"_s, 1, 0x7FFFFFFE },
         { "00000000", QByteArray("old"), -1, QByteArray("old"), 4, 0 },
         { "010203", QByteArray("old"), 2, QByteArray("\1\2"), 2, 0 },
         { "ff", QVariant::fromValue<qint16>(-1), 0, QVariant::fromValue<qint16>(255), 1, 1 },
         // Any low word but 0 is true.
-        { "00800000", false, 0, true, 4, 0 }, { "0000ffff", true, 0, false, 4, 0 },
+        { "00800000", false, 0, true, 4, 0 },
+        { "0000ffff", true, 0, false, 4, 0 },
     };
     for (const Row &row : rows) {
         File file;
@@ -90,13 +119,21 @@ TEST(FileTest, Opening)
     Sandbox::WriteFile(Sandbox::Path(u"there"_s), "abc");
     QDir().mkpath(Sandbox::Path(u"folder"_s));
     const QString pipe = System::MakePipe(Sandbox::Path(u"pipe"_s)) ? u"pipe"_s : System::Device;
-    const struct { QString Name; quint32 Access, Disposition; int Code; qint64 Size = 0; } rows[] = {
+    const struct {
+        QString Name;
+        quint32 Access, Disposition;
+        int Code;
+        qint64 Size = 0;
+    } rows[] = {
         { u"  \""_s + Sandbox::Path(u"there"_s) + u"\" "_s, File::ReadAccess, File::OpenExisting, 0, 3 },
         { u"th\"e\"re"_s, File::ReadAccess, File::OpenExisting, 0, 3 },
         { u"missing"_s, File::ReadAccess, File::OpenExisting, System::NotFound },
-        { u"there"_s, File::WriteAccess, File::CreateNew, System::Exists }, { u"there"_s, ReadWrite, File::OpenAlways, 0, 3 },
-        { u"there"_s, ReadWrite, 0, System::IsDevice }, { u"there"_s, ReadWrite, 6, System::IsDevice },
-        { u"there"_s, ReadWrite, File::TruncateExisting, 0 }, { u"new"_s, ReadWrite, File::OpenAlways, 0 },
+        { u"there"_s, File::WriteAccess, File::CreateNew, System::Exists },
+        { u"there"_s, ReadWrite, File::OpenAlways, 0, 3 },
+        { u"there"_s, ReadWrite, 0, System::IsDevice },
+        { u"there"_s, ReadWrite, 6, System::IsDevice },
+        { u"there"_s, ReadWrite, File::TruncateExisting, 0 },
+        { u"new"_s, ReadWrite, File::OpenAlways, 0 },
         // Nothing waits for the other end of a pipe.
         { pipe, File::ReadAccess, File::OpenExisting, System::IsDevice },
         { System::Device, File::ReadAccess, File::OpenExisting, System::IsDevice },

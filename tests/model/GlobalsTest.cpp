@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/support/Program.h"
 #include "tests/support/System.h"
 #include "tests/support/Test.h"
@@ -18,9 +19,12 @@ protected:
 TEST_F(GlobalsTest, PackageNames)
 {
     EXPECT_EQ(m_folder, System::ProgramFiles() + QDir::toNativeSeparators(u"/Practorium/Exams"_s));
-    const struct { QString Package, File; bool Expected; } rows[] = {
-        { u"X.Y"_s, u"X.exam"_s, true }, { u"X.Z"_s, u"X.Z.exam"_s, false },
-        { u"A.B.C"_s, u"A.B.exam"_s, true }, { u"other"_s, u"else.exam"_s, false }, { u"empty"_s, u""_s, false },
+    const struct {
+        QString Package, File;
+        bool Expected;
+    } rows[] = {
+        { u"X.Y"_s, u"X.exam"_s, true },       { u"X.Z"_s, u"X.Z.exam"_s, false }, { u"A.B.C"_s, u"A.B.exam"_s, true },
+        { u"other"_s, u"else.exam"_s, false }, { u"empty"_s, u""_s, false },
     };
     QStringList expected;
     for (const auto &row : rows) {
@@ -39,8 +43,12 @@ TEST_F(GlobalsTest, PackageNames)
 
 TEST_F(GlobalsTest, ExamsThatWerePutAside)
 {
-    const QStringList names = { u"back"_s, u".practorium-kept-back"_s, u".practorium-kept-gone \u65E5"_s, u".practorium-kept-"_s,
-                                u".practorium-kept-.hidden"_s, u".practorium-pack-0123456789abcdef"_s };
+    const QStringList names = { u"back"_s,
+                                u".practorium-kept-back"_s,
+                                u".practorium-kept-gone \u65E5"_s,
+                                u".practorium-kept-"_s,
+                                u".practorium-kept-.hidden"_s,
+                                u".practorium-pack-0123456789abcdef"_s };
     for (const QString &name : names)
         Sandbox::WriteFile(m_folder + u'/' + name + u"/x"_s, "");
     Sandbox::WriteFile(m_folder + u"/.practorium-kept-file"_s, "");
@@ -64,7 +72,10 @@ TEST_F(GlobalsTest, IsExamInstalled)
 {
     Install(*NewExam({ u" abc-1 "_s }), u"one"_s);
     Install(*NewExam({ u"XYZ"_s }), u"two"_s);
-    const struct { QString Code; bool Expected; } rows[] = { { u"ABC-1"_s, true }, { u"xyz "_s, true }, { u"abc"_s, false }, { u""_s, false } };
+    const struct {
+        QString Code;
+        bool Expected;
+    } rows[] = { { u"ABC-1"_s, true }, { u"xyz "_s, true }, { u"abc"_s, false }, { u""_s, false } };
     for (const auto &row : rows)
         EXPECT_EQ(Globals::IsExamInstalled(row.Code), row.Expected) << row.Code.toStdString();
 
@@ -76,9 +87,13 @@ TEST_F(GlobalsTest, IsExamInstalled)
 
 TEST_F(GlobalsTest, AnswerLists)
 {
-    const struct { QString List, Letters; qint16 Count; } rows[] = {
-        { u""_s, u""_s, 0 }, { u"  "_s, u""_s, 1 }, { u"2"_s, u"B"_s, 1 }, { u"1,3"_s, u"A,C"_s, 2 }, { u" 26 , 1"_s, u"Z,A"_s, 2 },
-        { u"-65"_s, u"5 "_s, 1 }, { u"1,x"_s, u"13 "_s, 2 }, { u"1,,2"_s, u"13 "_s, 3 }, { u"40000"_s, u"6 "_s, 1 },
+    const struct {
+        QString List, Letters;
+        qint16 Count;
+    } rows[] = {
+        { u""_s, u""_s, 0 },       { u"  "_s, u""_s, 1 },         { u"2"_s, u"B"_s, 1 },
+        { u"1,3"_s, u"A,C"_s, 2 }, { u" 26 , 1"_s, u"Z,A"_s, 2 }, { u"-65"_s, u"5 "_s, 1 },
+        { u"1,x"_s, u"13 "_s, 2 }, { u"1,,2"_s, u"13 "_s, 3 },    { u"40000"_s, u"6 "_s, 1 },
     };
     for (const auto &row : rows) {
         EXPECT_EQ(ResultOf([&] { return Globals::AnswerLetters(row.List); }), row.Letters) << row.List.toStdString();

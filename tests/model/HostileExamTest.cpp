@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "model/Exam.h"
 #include "tests/model/MemoryRequests.h"
 #include "tests/support/Test.h"
@@ -69,7 +70,8 @@ TEST(HostileExamTest, CutAndChangedAtEveryPlace)
             QByteArray changed = bytes;
             std::memcpy(changed.data() + place, &value, 4);
             const QString result = Sit(changed);
-            EXPECT_TRUE(result == u"none"_s || result == cut || result == u"6 Exam::Save()"_s) << place << " " << value << " " << result.toStdString();
+            EXPECT_TRUE(result == u"none"_s || result == cut || result == u"6 Exam::Save()"_s)
+                << place << " " << value << " " << result.toStdString();
         }
     }
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "model/IO.h"
 #include "tests/support/System.h"
 #include "tests/support/Test.h"
@@ -14,7 +15,9 @@ TEST(IOTest, PathsAndTheirParts)
 {
     const auto native = [](const QString &path) { return QDir::toNativeSeparators(path); };
     EXPECT_EQ(IO::CombinePath(native(u" A/"_s), u" B "_s), native(u"A/ B "_s));
-    const struct { QString Path, Folder, Stripped, Extension, Changed; } rows[] = {
+    const struct {
+        QString Path, Folder, Stripped, Extension, Changed;
+    } rows[] = {
         { u"/a/b.gif"_s, u"/a"_s, u"b"_s, u"gif"_s, u"/a/b.exam"_s },
         { u"X.Y.Z"_s, u""_s, u"X.Y"_s, u"Z"_s, u"X.Y.exam"_s },
         { u"plain"_s, u""_s, u"plain"_s, u""_s, u"plain.exam"_s },
@@ -37,10 +40,16 @@ TEST(IOTest, FileExists)
     Sandbox::WriteFile(Sandbox::Path(u"exists/[1] axb.exam"_s), "");
     Sandbox::WriteFile(Sandbox::Path(u"exists/plain"_s), "");
     const bool hasLink = System::MakeLink(u"nowhere"_s, Sandbox::Path(u"exists/dangling"_s));
-    const struct { QString Name; bool Expected; } rows[] = {
-        { u"exists"_s, true }, { u"exists/dangling"_s, hasLink }, { u"exists/PLAINER"_s, false }, { u"exists/[1] a?b.exam"_s, true },
-        { u"exists/[1]*"_s, true }, { u"exists/[pq]lain*"_s, false }, { u"exists/*.exam"_s, true }, { u"exists/*.gif"_s, false },
-        { u"exists/pl?in"_s, true }, { u"exists/plai?n"_s, false }, { u"missing/*"_s, false }, { u""_s, false },
+    const struct {
+        QString Name;
+        bool Expected;
+    } rows[] = {
+        { u"exists"_s, true },          { u"exists/dangling"_s, hasLink },
+        { u"exists/PLAINER"_s, false }, { u"exists/[1] a?b.exam"_s, true },
+        { u"exists/[1]*"_s, true },     { u"exists/[pq]lain*"_s, false },
+        { u"exists/*.exam"_s, true },   { u"exists/*.gif"_s, false },
+        { u"exists/pl?in"_s, true },    { u"exists/plai?n"_s, false },
+        { u"missing/*"_s, false },      { u""_s, false },
     };
     for (const auto &row : rows)
         EXPECT_EQ(IO::FileExists(QDir::toNativeSeparators(row.Name)), row.Expected) << row.Name.toStdString();
@@ -48,9 +57,15 @@ TEST(IOTest, FileExists)
 
 TEST(IOTest, FormatSize)
 {
-    const struct { double Size; qint16 Decimals; QString Expected; } rows[] = {
-        { 1023, 2, u"1,023 bytes"_s }, { 1024, 0, u"1 KB"_s }, { 1'000'000, 2, u"976.56 KB"_s }, { 1'024'000, 2, u"0.98 MB"_s },
-        { 1'024'000'000, 2, u"0.95 GB"_s }, { 1e24, 0, u"867,362 EB"_s }, { -5000, 1, u"-5,000 bytes"_s },
+    const struct {
+        double Size;
+        qint16 Decimals;
+        QString Expected;
+    } rows[] = {
+        { 1023, 2, u"1,023 bytes"_s },      { 1024, 0, u"1 KB"_s },
+        { 1'000'000, 2, u"976.56 KB"_s },   { 1'024'000, 2, u"0.98 MB"_s },
+        { 1'024'000'000, 2, u"0.95 GB"_s }, { 1e24, 0, u"867,362 EB"_s },
+        { -5000, 1, u"-5,000 bytes"_s },
     };
     for (const auto &row : rows)
         EXPECT_EQ(IO::FormatSize(row.Size, row.Decimals), row.Expected) << row.Size;

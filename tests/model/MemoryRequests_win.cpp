@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/model/MemoryRequests.h"
 
 #include <algorithm>
@@ -27,7 +28,8 @@ void *Realloc(void *memory, size_t size)
 void Replace(const char *library, const char *name, void *function)
 {
     auto *base = reinterpret_cast<unsigned char *>(GetModuleHandleA(library));
-    const auto *header = reinterpret_cast<const IMAGE_NT_HEADERS *>(base + reinterpret_cast<const IMAGE_DOS_HEADER *>(base)->e_lfanew);
+    const auto *header
+        = reinterpret_cast<const IMAGE_NT_HEADERS *>(base + reinterpret_cast<const IMAGE_DOS_HEADER *>(base)->e_lfanew);
     const IMAGE_DATA_DIRECTORY &directory = header->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
     auto *import = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR *>(base + directory.VirtualAddress);
     for (; import->Name != 0; ++import) {

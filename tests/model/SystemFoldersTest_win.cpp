@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "model/Globals.h"
 #include "model/IO.h"
 #include "model/MoveLock_win.h"
@@ -16,18 +17,26 @@ using namespace Qt::Literals::StringLiterals;
 TEST(SystemFoldersTest, MacrosAndWhatTheSystemSays)
 {
     const auto variable = [](const char *name) { return qEnvironmentVariable(name); };
-    const struct { QString Macro, Folder; } rows[] = {
-        { u"$(PROGRAMFILES)"_s, variable("ProgramFiles") }, { u"$(COMMONFILES)"_s, variable("CommonProgramFiles") },
-        { u"$(WINDOWS)"_s, variable("SystemRoot") }, { u"$(SYSTEM)"_s, variable("SystemRoot") + u"\\system32"_s },
-        { u"$(APPDATA)"_s, variable("APPDATA") }, { u"$(LOCALAPPDATA)"_s, variable("LOCALAPPDATA") },
-        { u"$(ALLUSERSAPPDATA)"_s, variable("ProgramData") }, { u"$(PROFILE)"_s, variable("USERPROFILE") },
-        { u"$(FONTS)"_s, variable("SystemRoot") + u"\\Fonts"_s }, { u"$(DESKTOPFOLDER)"_s, variable("USERPROFILE") + u"\\Desktop"_s },
+    const struct {
+        QString Macro, Folder;
+    } rows[] = {
+        { u"$(PROGRAMFILES)"_s, variable("ProgramFiles") },
+        { u"$(COMMONFILES)"_s, variable("CommonProgramFiles") },
+        { u"$(WINDOWS)"_s, variable("SystemRoot") },
+        { u"$(SYSTEM)"_s, variable("SystemRoot") + u"\\system32"_s },
+        { u"$(APPDATA)"_s, variable("APPDATA") },
+        { u"$(LOCALAPPDATA)"_s, variable("LOCALAPPDATA") },
+        { u"$(ALLUSERSAPPDATA)"_s, variable("ProgramData") },
+        { u"$(PROFILE)"_s, variable("USERPROFILE") },
+        { u"$(FONTS)"_s, variable("SystemRoot") + u"\\Fonts"_s },
+        { u"$(DESKTOPFOLDER)"_s, variable("USERPROFILE") + u"\\Desktop"_s },
         // These are places of the shell and no folders.
         { u"$(NETWORK)"_s, u""_s },
     };
     for (const auto &row : rows)
         EXPECT_EQ(IO::GetSpecialFolder(row.Macro).toLower(), row.Folder.toLower()) << row.Macro.toStdString();
-    for (const QString &name : { u"PROGRAMSMENU"_s, u"NETHOOD"_s, u"TEMPLATES"_s, u"ALLUSERSSTARTMENU"_s, u"COOKIES"_s, u"DESKTOP"_s })
+    for (const QString &name :
+         { u"PROGRAMSMENU"_s, u"NETHOOD"_s, u"TEMPLATES"_s, u"ALLUSERSSTARTMENU"_s, u"COOKIES"_s, u"DESKTOP"_s })
         EXPECT_TRUE(QFileInfo(IO::GetSpecialFolder(u"$("_s + name + u')')).isAbsolute()) << name.toStdString();
 }
 

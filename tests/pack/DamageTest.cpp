@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "pack/stub/PackReader.h"
 #include "tests/pack/Installed.h"
 #include "tests/pack/PackSheet.h"
@@ -81,8 +82,13 @@ TEST(DamageTest, HostilePacks)
         { { .Files = { { "NET-101.exam", ~quint64(0) }, { "a.bmp", 9 } } }, missized },
         { { .Files = { { "NET-101.exam", half }, { "a.bmp", half } }, .Contents = {} }, missized },
         { { .BehindIndex = "x" }, missized },
-        { { .BehindIndex = QByteArray("\x05\x00" "b.bmp\x00", 8) }, missized },
-        { { .BehindIndex = "\xFF\xFF" "b.bmp" }, missized },
+        { { .BehindIndex = QByteArray("\x05\x00"
+                                      "b.bmp\x00",
+                                      8) },
+          missized },
+        { { .BehindIndex = "\xFF\xFF"
+                           "b.bmp" },
+          missized },
         { { .Files = {}, .Contents = {} }, noExam },
         { { .Files = { { "NET-102.exam", 8 } } }, noExam },
         { { .Folder = "NET-101.v2", .Files = { { "NET-101.v2.exam", 8 } } }, noExam },
@@ -98,12 +104,46 @@ TEST(DamageTest, HostilePacks)
         { { .BehindIndex = QByteArray(2'200'000, 'x') }, tooMany },
     };
     const QByteArrayList names = {
-        "../x", "/tmp/x", "a/b", "a\\b", "c:x", ".", "..", ".a", "", "a\n", QByteArray("a\0b", 3), "a\x7F", "a\xC2\x9B",
-        "a ", " a", "a.", "a*", QByteArray(201, 'a'),
+        "../x",
+        "/tmp/x",
+        "a/b",
+        "a\\b",
+        "c:x",
+        ".",
+        "..",
+        ".a",
+        "",
+        "a\n",
+        QByteArray("a\0b", 3),
+        "a\x7F",
+        "a\xC2\x9B",
+        "a ",
+        " a",
+        "a.",
+        "a*",
+        QByteArray(201, 'a'),
         // No UTF-8: cut short, too long, half a pair, beyond the last character.
-        "a\xFF", "a\xC3", "a\xE2\x82", "\x80", "a\xC0\xAF" "b", "\xE0\x9F\xBF", "\xED\xA0\x80", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80",
+        "a\xFF",
+        "a\xC3",
+        "a\xE2\x82",
+        "\x80",
+        "a\xC0\xAF"
+        "b",
+        "\xE0\x9F\xBF",
+        "\xED\xA0\x80",
+        "\xF0\x8F\xBF\xBF",
+        "\xF4\x90\x80\x80",
         // Devices of Windows.
-        "CON", "con.exam", "nul.bmp", "Aux .bmp", "PRN.a.b", "Com1.bmp", "LPT9", "COM\xC2\xB9.bmp", "conin$", "CONOUT$.x",
+        "CON",
+        "con.exam",
+        "nul.bmp",
+        "Aux .bmp",
+        "PRN.a.b",
+        "Com1.bmp",
+        "LPT9",
+        "COM\xC2\xB9.bmp",
+        "conin$",
+        "CONOUT$.x",
     };
     for (const QByteArray &name : names) {
         rows.push_back({ { .Folder = name }, misnamed });
@@ -133,7 +173,8 @@ TEST(DamageTest, LettersAsInUnicode)
         const std::string bytes = QString::fromUcs4(&c, 1).toStdString();
         std::string_view text = bytes;
         const bool isText = !QChar::isSurrogate(c) && c != QChar::ByteOrderMark;
-        ASSERT_TRUE(!isText || (Utf8::Take(text) == c && text.empty() && Utf8::Folded(c) == QChar::toCaseFolded(c))) << std::hex << uint32_t(c);
+        ASSERT_TRUE(!isText || (Utf8::Take(text) == c && text.empty() && Utf8::Folded(c) == QChar::toCaseFolded(c)))
+            << std::hex << uint32_t(c);
     }
 }
 
@@ -152,7 +193,7 @@ TEST(DamageTest, ARealPack)
     const auto before = Snapshot(Sandbox::ExamsFolder());
     std::vector<QByteArray> rows = { sound.chopped(1), sound.chopped(64), sound.first(start), sound + sound };
     // A part of the stub that never runs, and everything behind it.
-    for (qsizetype at = start - 4; at < sound.size(); at += at > start + 50 && at < sound.size() - 70 ? 997 : 3) {
+    for (qsizetype at = start - 4; at<sound.size(); at += at> start + 50 && at < sound.size() - 70 ? 997 : 3) {
         QByteArray flipped = sound;
         flipped[at] = static_cast<char>(flipped[at] ^ 1 << at % 8);
         rows.push_back(flipped);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/pack/Installed.h"
 #include "tests/pack/PackSheet.h"
 #include "tests/support/System.h"
@@ -9,7 +10,9 @@ TEST(InstallTest, WhereNoExamCanCome)
     const QString root = System::ProgramFiles() + u"/Practorium"_s;
     const QString inFolder = u"the installed exam cannot be replaced, because a folder is in it"_s;
     const QString noFolder = u"there is no exams folder to install into: "_s;
-    const struct { QString File, Reason; } rows[] = {
+    const struct {
+        QString File, Reason;
+    } rows[] = {
         { u"/Exams/PLACE"_s, u"a file or a link is in its place"_s },
         { u"/Exams/PLACE/notes/n"_s, inFolder },
         { u"/Exams"_s, noFolder },
@@ -90,9 +93,9 @@ TEST(InstallTest, TheOldExamGoes)
 TEST(InstallTest, OnlyLeftoversAreClearedAway)
 {
     const QString exams = FreshFolder();
-    for (const QString &name : { u"pack-notes/n"_s, u"pack-0123456789ABCDEF/n"_s, u"pack-0123456789abcdef0/n"_s,
-                                 u"pack-0123456789abcdea/folder/n"_s, u"pack-0123456789abcdea/a"_s,
-                                 u"pack-0123456789abcdeb"_s, u"kept-/n"_s, u"kept-.a/n"_s })
+    for (const QString &name :
+         { u"pack-notes/n"_s, u"pack-0123456789ABCDEF/n"_s, u"pack-0123456789abcdef0/n"_s, u"pack-0123456789abcdea/folder/n"_s,
+           u"pack-0123456789abcdea/a"_s, u"pack-0123456789abcdeb"_s, u"kept-/n"_s, u"kept-.a/n"_s })
         Sandbox::WriteFile(exams + u"/.practorium-"_s + name, "mine");
     System::MakeLink(Sandbox::Path(u"packages"_s), exams + u"/.practorium-pack-0123456789abcdec"_s);
     Tree before = Snapshot(exams);

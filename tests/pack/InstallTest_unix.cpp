@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "pack/stub/Install.h"
 #include "tests/pack/Installed.h"
 #include "tests/pack/PackSheet.h"
@@ -30,8 +31,8 @@ extern "C" int fsync(int file)
 {
     struct stat folder = {};
     struct stat exams = {};
-    const bool isExams = exchangeReachesDisk && fstat(file, &folder) == 0 && stat(qPrintable(Sandbox::ExamsFolder()), &exams) == 0
-        && folder.st_ino == exams.st_ino;
+    const bool isExams = exchangeReachesDisk && fstat(file, &folder) == 0
+        && stat(qPrintable(Sandbox::ExamsFolder()), &exams) == 0 && folder.st_ino == exams.st_ino;
     errno = isExams ? exchangeReachesDisk() : 0;
     return errno != 0 ? -1 : static_cast<int>(syscall(SYS_fsync, file));
 }
@@ -70,7 +71,9 @@ TEST(InstallTest, WhereExamsAreLookedFor)
     const Outcome nowhere = Failed(u"NET-101.v2"_s, u"there is no exams folder to install into"_s);
     for (const auto &[variables, folder] : rows) {
         QDir(root).removeRecursively();
-        EXPECT_EQ(OutcomeOf(program, {}, [&](QProcess &process) { process.setEnvironment(variables); }), folder.isEmpty() ? nowhere : Done) << folder.toStdString();
+        EXPECT_EQ(OutcomeOf(program, {}, [&](QProcess &process) { process.setEnvironment(variables); }),
+                  folder.isEmpty() ? nowhere : Done)
+            << folder.toStdString();
         const Tree wanted = folder.isEmpty() ? Tree() : Installed(u"NET-101.v2"_s, u"A-1"_s);
         EXPECT_EQ(Snapshot(root + folder + u"/Practorium/Exams"_s), wanted);
     }
@@ -84,7 +87,9 @@ TEST(InstallTest, LinksAndPermissions)
     Sandbox::WriteFile(elsewhere + u"/PLACE.exam"_s, "mine");
     const QString inPlace = u"a file or a link is in its place"_s;
     // Where a link leads; without one it is a folder that is locked.
-    const struct { QString Link, Where, Reason; } rows[] = {
+    const struct {
+        QString Link, Where, Reason;
+    } rows[] = {
         { elsewhere, u"/Practorium/Exams/PLACE"_s, inPlace },
         { u"/nowhere"_s, u"/Practorium/Exams/PLACE"_s, inPlace },
         { {}, u"/Practorium/Exams"_s, u"the exam cannot be written: Permission denied"_s },
@@ -93,7 +98,8 @@ TEST(InstallTest, LinksAndPermissions)
     for (const auto &[link, where, reason] : rows) {
         QDir(root).removeRecursively();
         EXPECT_TRUE(QDir().mkpath(QFileInfo(root + where).path()));
-        EXPECT_TRUE(link.isEmpty() ? QDir().mkdir(root + where, QFile::ReadOwner | QFile::ExeOwner) : QFile::link(link, root + where));
+        EXPECT_TRUE(link.isEmpty() ? QDir().mkdir(root + where, QFile::ReadOwner | QFile::ExeOwner)
+                                   : QFile::link(link, root + where));
         const Tree before = Snapshot(Sandbox::Path({}));
         const Outcome outcome = OutcomeOf(program, {}, [&](QProcess &process) {
             process.setEnvironment({ u"XDG_DATA_HOME="_s + root });
@@ -145,7 +151,8 @@ TEST(InstallTest, TheDiskFailsAtTheEnd)
     const QString place = exams + u"/LAST"_s;
     const QString pack = MakePack(u"LAST"_s, u"L-1"_s);
     const std::string failed = "1 Exam pack: LAST: the exam cannot be written: Input/output error\n";
-    const std::string notKept = "1 Exam pack: LAST: the exam is there, but the system cannot say whether it will stay: Input/output error\n";
+    const std::string notKept
+        = "1 Exam pack: LAST: the exam is there, but the system cannot say whether it will stay: Input/output error\n";
     const Tree fresh = Snapshot(Sandbox::Path(u"packages/L-1/LAST"_s));
     const Tree old = { { u"/LAST.exam"_s, "old" } };
     const std::string other = MakePack(u"OTHER"_s, u"O-1"_s).toStdString();
@@ -159,14 +166,20 @@ TEST(InstallTest, TheDiskFailsAtTheEnd)
         int status = -1;
         EXPECT_TRUE(waitpid(run, &status, 0) == run && status == 0) << status;
     };
-    const struct { bool HasOld, CanExchange; std::function<int(int)> Answer; std::string Said; Tree Left; } rows[] = {
+    const struct {
+        bool HasOld, CanExchange;
+        std::function<int(int)> Answer;
+        std::string Said;
+        Tree Left;
+    } rows[] = {
         { true, true, [](int call) { return call < 3 ? EINTR : 0; }, "0 ", fresh },
         { false, true, [](int) { return EIO; }, failed, {} },
         { true, true, [](int) { return PrepareProgram(), std::raise(SIGTERM), EIO; }, failed, old },
         { true, false, [](int) { return EIO; }, failed, old },
         { true, true, [&](int) { return sweep(), EIO; }, failed, old },
         { true, false, [&](int) { return sweep(), EIO; }, failed, old },
-        { true, false, [&](int) { return QDir(exams + u"/.practorium-kept-LAST"_s).removeRecursively(), EIO; }, notKept, fresh },
+        { true, false, [&](int) { return QDir(exams + u"/.practorium-kept-LAST"_s).removeRecursively(), EIO; }, notKept,
+          fresh },
         // Another run's exam has come meanwhile.
         { true, true, [&](int) { return QDir(place).removeRecursively() && QDir().mkdir(place) ? EIO : 0; }, failed, {} },
         { true, true, [](int) { return canExchangeHere = false, EIO; }, notKept, fresh },
@@ -202,7 +215,8 @@ TEST(InstallTest, SignalsMidway)
 
 TEST(InstallTest, AnExamAtEveryMoment)
 {
-    const std::string programs[] = { MakePack(u"BOTH"_s, u"X-1"_s).toStdString(), MakePack(u"BOTH"_s, u"X-2"_s, 50'000).toStdString() };
+    const std::string programs[]
+        = { MakePack(u"BOTH"_s, u"X-1"_s).toStdString(), MakePack(u"BOTH"_s, u"X-2"_s, 50'000).toStdString() };
     for (const bool canExchange : { true, false }) {
         const QString exams = FreshFolder();
         std::atomic<bool> isOver = false;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "common/WidePath_win.h"
 #include "model/MoveLock_win.h"
 #include "pack/stub/Files_win.h"
@@ -22,7 +23,8 @@ namespace {
 void Call(const char *name, const QProcess &process)
 {
     using Function = LONG(WINAPI *)(HANDLE);
-    const auto function = reinterpret_cast<Function>(reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
+    const auto function
+        = reinterpret_cast<Function>(reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
     const HANDLE handle = OpenProcess(PROCESS_SUSPEND_RESUME, FALSE, static_cast<DWORD>(process.processId()));
     ASSERT_TRUE(function && handle);
     EXPECT_EQ(function(handle), 0) << name;
@@ -57,7 +59,8 @@ TEST(InstallTest, AnExamInUse)
     const QString picture = exams + u"/USED/picture.bmp"_s;
     const auto before = Snapshot(exams);
     const auto opened = [&](DWORD share) {
-        return Handle(CreateFileW(Wide(QDir::toNativeSeparators(picture)), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr));
+        return Handle(
+            CreateFileW(Wide(QDir::toNativeSeparators(picture)), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr));
     };
     {
         const Handle file = opened(FILE_SHARE_READ | FILE_SHARE_WRITE);
@@ -120,7 +123,8 @@ TEST(InstallTest, NoBoxInTheTemporaryFolder)
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
     PROCESS_INFORMATION process = {};
-    ASSERT_TRUE(CreateProcessW(Wide(path), nullptr, nullptr, nullptr, FALSE, DETACHED_PROCESS, nullptr, nullptr, &startup, &process));
+    ASSERT_TRUE(
+        CreateProcessW(Wide(path), nullptr, nullptr, nullptr, FALSE, DETACHED_PROCESS, nullptr, nullptr, &startup, &process));
     EXPECT_EQ(WaitForSingleObject(process.hProcess, 60'000), DWORD(WAIT_OBJECT_0)) << "it shows something";
     TerminateProcess(process.hProcess, 9);
     WaitForSingleObject(process.hProcess, INFINITE);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/pack/PackSheet.h"
 
 #include "tests/support/ExamBuilder.h"
@@ -57,8 +58,7 @@ QByteArray ToBytes(const PackSheet &sheet)
     return Summed(stub + index + sheet.Contents + "PRACPACK" + Little(sheet.Version)
                   + Little(static_cast<quint32>(index.size()) + sheet.MoreIndexBytes)
                   + Little(static_cast<quint64>(stub.size()) + sheet.MoreStart)
-                  + Little(static_cast<quint64>(sheet.Contents.size()) + sheet.MoreContentBytes)
-                  + QByteArray(32, '\0'));
+                  + Little(static_cast<quint64>(sheet.Contents.size()) + sheet.MoreContentBytes) + QByteArray(32, '\0'));
 }
 
 QByteArray Summed(QByteArray pack)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "pack/PackFormat.h"
 #include "pack/StubBytes.h"
 #include "tests/pack/PackSheet.h"
@@ -34,14 +35,18 @@ TEST(PackerTest, WhatNoPackCanHold)
     const auto file = [](const QString &name) -> Change {
         return [name](const QString &folder) { return MakeFile(folder + u'/' + name); };
     };
-    const struct { QString Name, Reason; Change Prepare; } rows[] = {
+    const struct {
+        QString Name, Reason;
+        Change Prepare;
+    } rows[] = {
         { u"EMPTY"_s, noExam, [](auto folder) { return QFile::remove(folder + u"/EMPTY.exam"_s); } },
         { u"OTHER"_s, noExam, [](auto folder) { return QFile::rename(folder + u"/OTHER.exam"_s, folder + u"/NAME.exam"_s); } },
         { u"CUT"_s, u"past end of file"_s, [](auto folder) { return QFile::resize(folder + u"/CUT.exam"_s, 1); } },
         { u"MISSING"_s, noFolder, [](auto folder) { return QDir(folder).removeRecursively(); } },
         { u"FILE"_s, noFolder, [](auto folder) { return QDir(folder).removeRecursively() && MakeFile(folder); } },
         { u"DEEP"_s, u"folder: it is no regular file"_s, [](auto folder) { return QDir(folder).mkdir(u"folder"_s); } },
-        { u"LINK"_s, irregular, [](auto folder) { return System::MakeLink(folder + u"/picture.bmp"_s, folder + u"/a.bmp"_s); } },
+        { u"LINK"_s, irregular,
+          [](auto folder) { return System::MakeLink(folder + u"/picture.bmp"_s, folder + u"/a.bmp"_s); } },
         { u"LINKED"_s, irregular,
           [](auto folder) {
               return System::MakeLink(folder + u"/../elsewhere"_s, folder + u"/link"_s)
@@ -71,7 +76,9 @@ TEST(PackerTest, WhatNoPackCanHold)
     }
     EXPECT_TRUE(OutcomeOf(Author, Packing(QDir::rootPath(), u"out.run"_s)).Err.endsWith(u"a folder of that name\n"_s));
     const QString good = MakePackage(u"GOOD"_s, u"P-1"_s);
-    for (const QStringList &misuse : { Packing(good, {}), { u"pack"_s, good }, Packing(good, u"x"_s, { good }),
+    for (const QStringList &misuse : { Packing(good, {}),
+                                       { u"pack"_s, good },
+                                       Packing(good, u"x"_s, { good }),
                                        Packing(good, u"x"_s, { u"--for"_s, u"Windows"_s }) })
         EXPECT_EQ(OutcomeOf(Author, misuse).Code, 2) << misuse.join(u' ').toStdString();
 }
@@ -87,8 +94,14 @@ TEST(PackerTest, ForEitherSystem)
     };
     const QByteArray own = packed({});
     // How a program of that system starts.
-    const struct { QString Name; Packer::System System; QByteArray Start; } rows[] = {
-        { u"linux"_s, Packer::System::Linux, "\x7F" "ELF" },
+    const struct {
+        QString Name;
+        Packer::System System;
+        QByteArray Start;
+    } rows[] = {
+        { u"linux"_s, Packer::System::Linux,
+          "\x7F"
+          "ELF" },
         { u"windows"_s, Packer::System::Windows, "MZ" },
     };
     for (const auto &[name, system, start] : rows) {
@@ -102,7 +115,8 @@ TEST(PackerTest, ForEitherSystem)
         EXPECT_TRUE(pack.startsWith(start)) << name.toStdString();
         EXPECT_TRUE(pack.startsWith(stub)) << name.toStdString();
         // It brings along what it needs, and finds nothing beside it by name.
-        for (const char *library : { "libstdc++-6.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll", "bcrypt.dll", "libsodium.so" })
+        for (const char *library :
+             { "libstdc++-6.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll", "bcrypt.dll", "libsodium.so" })
             EXPECT_FALSE(stub.toByteArray().contains(library)) << library;
         // The same index and contents behind the stub.
         const qsizetype trailer = qsizetype(PackFormat::TrailerBytes);

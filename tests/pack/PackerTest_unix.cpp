@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/pack/PackSheet.h"
 #include "tests/support/Program.h"
 #include "tests/support/Test.h"
@@ -36,7 +37,8 @@ TEST(PackerTest, ANameThatIsNoText)
     const std::string name = folder.toStdString() + "/a\xE9.bmp";
     const int file = creat(name.c_str(), 0600);
     const Outcome outcome = OutcomeOf(Author, { u"pack"_s, folder, u"--out"_s, Sandbox::Path(u"never.run"_s) });
-    EXPECT_TRUE(outcome.Code == 1 && outcome.Err.endsWith(u"a file in it has a name that is no UTF-8\n"_s)) << outcome.Err.toStdString();
+    EXPECT_TRUE(outcome.Code == 1 && outcome.Err.endsWith(u"a file in it has a name that is no UTF-8\n"_s))
+        << outcome.Err.toStdString();
     EXPECT_TRUE(close(file) == 0 && unlink(name.c_str()) == 0);
 }
 

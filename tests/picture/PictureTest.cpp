@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "picture/Essentials.h"
 #include "picture/Picture.h"
 #include "tests/support/System.h"
@@ -84,8 +85,10 @@ QByteArray IconOf(const QByteArray &picture)
 QByteArray PngOf(const char *header, int bytes)
 {
     const QByteArray data = qCompress(QByteArray(bytes, '\0')).mid(4);
-    const auto chunk = [](const char *kind, const QByteArray &of) { return QByteArray(3, '\0') + char(of.size()) + kind + of + "crc!"; };
-    return Encoded(Sample(), "PNG").left(8) + chunk("IHDR", QByteArray::fromHex(header)) + chunk("IDAT", data.left(9)) + chunk("IDAT", data.mid(9)) + chunk("IEND", "");
+    const auto chunk
+        = [](const char *kind, const QByteArray &of) { return QByteArray(3, '\0') + char(of.size()) + kind + of + "crc!"; };
+    return Encoded(Sample(), "PNG").left(8) + chunk("IHDR", QByteArray::fromHex(header)) + chunk("IDAT", data.left(9))
+        + chunk("IDAT", data.mid(9)) + chunk("IEND", "");
 }
 
 // A JPEG in about ten scans and so many more, which change nothing.
@@ -105,7 +108,8 @@ QString RefusalOf(const QByteArray &bytes)
     try {
         return Picture::Load(Written(bytes)).isNull() ? u"null"_s : u"none"_s;
     } catch (const Error &error) {
-        return error.Number() == InvalidCall && error.Source() == "Picture::Load()"_L1 ? error.Description() : u"another error"_s;
+        return error.Number() == InvalidCall && error.Source() == "Picture::Load()"_L1 ? error.Description()
+                                                                                       : u"another error"_s;
     }
 }
 
@@ -113,11 +117,21 @@ QString RefusalOf(const QByteArray &bytes)
 
 TEST(PictureTest, WhatAnExhibitCanBe)
 {
-    const struct { const char *Name; QByteArray Bytes; QSize Size; QColor Top; } rows[] = {
+    const struct {
+        const char *Name;
+        QByteArray Bytes;
+        QSize Size;
+        QColor Top;
+    } rows[] = {
         // The same rows in the file, and told from the top down.
-        { "bmp", Encoded(Sample(), "BMP"), { 2, 2 }, Qt::red }, { "top-down bmp", BmpOfHeight(-2), { 2, 2 }, Qt::blue }, { "png", Encoded(Sample(3, 2), "PNG"), { 3, 2 }, Qt::red },
-        { "ico", Encoded(Sample(16, 16), "ICO"), { 16, 16 }, Qt::red }, { "jpeg", Encoded(Sample(16, 16).scaled(16, 160), "JPG"), { 16, 160 }, Qt::red },
-        { "gif", Gif(1), { 1, 1 }, Qt::red }, { "moving gif", Gif(3), { 1, 1 }, Qt::red }, { "gif of long codes", GrowingGif(2) + QByteArray("\0;", 2), { 99, 50 }, Qt::red },
+        { "bmp", Encoded(Sample(), "BMP"), { 2, 2 }, Qt::red },
+        { "top-down bmp", BmpOfHeight(-2), { 2, 2 }, Qt::blue },
+        { "png", Encoded(Sample(3, 2), "PNG"), { 3, 2 }, Qt::red },
+        { "ico", Encoded(Sample(16, 16), "ICO"), { 16, 16 }, Qt::red },
+        { "jpeg", Encoded(Sample(16, 16).scaled(16, 160), "JPG"), { 16, 160 }, Qt::red },
+        { "gif", Gif(1), { 1, 1 }, Qt::red },
+        { "moving gif", Gif(3), { 1, 1 }, Qt::red },
+        { "gif of long codes", GrowingGif(2) + QByteArray("\0;", 2), { 99, 50 }, Qt::red },
     };
     for (const auto &row : rows) {
         const QImage image = Picture::Load(Written(row.Bytes));
@@ -128,20 +142,38 @@ TEST(PictureTest, WhatAnExhibitCanBe)
 
 TEST(PictureTest, WhatItCannotBe)
 {
-    const QString foreign = u"The file is not a BMP, GIF, JPEG, ICO or PNG picture"_s, damaged = u"The picture is damaged"_s, size = u"The picture is empty or too large"_s;
-    const struct { const char *Name; QByteArray Bytes; QString Start; } rows[] = {
-        { "empty", "", foreign }, { "text that begins like a bmp", "BM was here, and this is plain text", damaged }, { "svg", "<?xml version=\"1.0\"?><svg xmlns=\"http://www.w3.org/2000/svg\" width=\"9\" height=\"9\"/>", foreign },
-        { "huge gif", Gif(1, 30'000, 30'000), size }, { "huge frame", Gif(1, 1, 30'000), size }, { "no frame", Gif(0), damaged },
-        { "gif code before its time", Gif(1, 30, 30).replace("\2\x44\1", "\2\xC4\1"), damaged }, { "gif without a first colour", Gif(1, 30, 30).replace("\2\x44\1", "\2\x34\1"), damaged },
-        { "huge png", Encoded(QImage(4'001, 4'000, QImage::Format_Mono), "PNG"), size }, { "bmp without height", BmpOfHeight(0), size }, { "endless top-down bmp", BmpOfHeight(-100'000'000), size },
-        { "cut png", Encoded(Sample(), "PNG").left(60), damaged }, { "cut icon", IconOf(Encoded(Sample(), "PNG")).left(40), damaged },
-        { "long png", Encoded(Sample(16'385, 2), "PNG"), size }, { "high jpeg", Encoded(Sample(2, 16'385), "JPG"), size }, { "cursor", QByteArray("\0\0\2\0\1\0", 6), foreign },
-        { "huge png in an icon", IconOf(Encoded(QImage(4'001, 4'000, QImage::Format_Mono), "PNG")), size }, { "huge bitmap in an icon", IconOf(Encoded(QImage(4'001, 8'000, QImage::Format_Mono), "BMP").mid(14)), size }, { "25 scans", Progressive(Sample(4'000, 4'000), 15), u"The picture has too many scans"_s },
+    const QString foreign = u"The file is not a BMP, GIF, JPEG, ICO or PNG picture"_s, damaged = u"The picture is damaged"_s,
+                  size = u"The picture is empty or too large"_s;
+    const struct {
+        const char *Name;
+        QByteArray Bytes;
+        QString Start;
+    } rows[] = {
+        { "empty", "", foreign },
+        { "text that begins like a bmp", "BM was here, and this is plain text", damaged },
+        { "svg", "<?xml version=\"1.0\"?><svg xmlns=\"http://www.w3.org/2000/svg\" width=\"9\" height=\"9\"/>", foreign },
+        { "huge gif", Gif(1, 30'000, 30'000), size },
+        { "huge frame", Gif(1, 1, 30'000), size },
+        { "no frame", Gif(0), damaged },
+        { "gif code before its time", Gif(1, 30, 30).replace("\2\x44\1", "\2\xC4\1"), damaged },
+        { "gif without a first colour", Gif(1, 30, 30).replace("\2\x44\1", "\2\x34\1"), damaged },
+        { "huge png", Encoded(QImage(4'001, 4'000, QImage::Format_Mono), "PNG"), size },
+        { "bmp without height", BmpOfHeight(0), size },
+        { "endless top-down bmp", BmpOfHeight(-100'000'000), size },
+        { "cut png", Encoded(Sample(), "PNG").left(60), damaged },
+        { "cut icon", IconOf(Encoded(Sample(), "PNG")).left(40), damaged },
+        { "long png", Encoded(Sample(16'385, 2), "PNG"), size },
+        { "high jpeg", Encoded(Sample(2, 16'385), "JPG"), size },
+        { "cursor", QByteArray("\0\0\2\0\1\0", 6), foreign },
+        { "huge png in an icon", IconOf(Encoded(QImage(4'001, 4'000, QImage::Format_Mono), "PNG")), size },
+        { "huge bitmap in an icon", IconOf(Encoded(QImage(4'001, 8'000, QImage::Format_Mono), "BMP").mid(14)), size },
+        { "25 scans", Progressive(Sample(4'000, 4'000), 15), u"The picture has too many scans"_s },
     };
     for (const auto &row : rows)
         EXPECT_TRUE(RefusalOf(row.Bytes).startsWith(row.Start)) << row.Name << ": " << RefusalOf(row.Bytes).toStdString();
     const QString path = Written(Encoded(Sample(), "BMP"));
-    EXPECT_EQ(ResultOf([&] { Picture::Load(path.chopped(4)); }), u"%1 File::OpenFile()"_s.arg(System::NotFound)) << "only that very name";
+    EXPECT_EQ(ResultOf([&] { Picture::Load(path.chopped(4)); }), u"%1 File::OpenFile()"_s.arg(System::NotFound))
+        << "only that very name";
     EXPECT_EQ(Picture::Load(Written(Encoded(QImage(4'000, 4'000, QImage::Format_Mono), "PNG"))).width(), 4'000);
     EXPECT_EQ(RefusalOf(Progressive(Sample(4'000, 4'000), 14)), u"none"_s) << "24 scans";
 }
@@ -150,24 +182,40 @@ TEST(PictureTest, WhatItCannotBe)
 TEST(PictureTest, WhatNoDecoderIsGiven)
 {
     // With transparent colours in place of the size on paper, and with what says how colours are stored.
-    const QByteArray clear = QByteArray("\0\0\0\1tRNS\0crc!", 13), solid = Encoded(Sample(), "PNG").remove(33, 21), png = QByteArray(solid).insert(33, clear);
+    const QByteArray clear = QByteArray("\0\0\0\1tRNS\0crc!", 13), solid = Encoded(Sample(), "PNG").remove(33, 21),
+                     png = QByteArray(solid).insert(33, clear);
     const QByteArray jpeg = Encoded(Sample(), "JPG").insert(2, QByteArray("\xFF\xEE\0\4ab", 6)), ended = Gif(1, 30, 30);
     const QByteArray texts = (QByteArray("\0\0\0\3zTXt", 8) + "K\0\0crc!"_ba).repeated(9);
     const QByteArray manyTexts = png.left(33) + texts + png.mid(33), late = solid.chopped(12) + clear + solid.right(12);
     const QByteArray comment = "\xFF\xFF\xFE\0\6text"_ba, camera = "\xFF\xE1\0\4\xFF\xD9"_ba;
     const QByteArray growing = GrowingGif(2), two = GrowingGif(1) + QByteArray("\0;", 2);
-    const struct { const char *Name; QByteArray Bytes, Clean; } rows[] = {
-        { "png", manyTexts, png }, { "transparent twice", QByteArray(png).insert(46, clear), png }, { "transparent too late", late, solid }, { "icon", IconOf(manyTexts), png }, { "jpeg", jpeg.left(2) + comment + camera + jpeg.mid(2), jpeg },
-        { "scan after fill bytes", jpeg.chopped(2) + comment + "\xDA" + jpeg.right(2), jpeg.chopped(2) + "\xDA" + jpeg.right(2) },
-        { "frames", Gif(9), Gif(1).replace("\2\x44\1", "\1\x44") }, { "codes", growing + QByteArray(256, '\xFF').repeated(99) + QByteArray("\0;", 2), growing + QByteArray("\0;", 2) },
-        { "two colours", two, two }, { "codes behind the end", QByteArray(ended).replace("\2\x44\1", "\4\x44\1\xAA\xAA"), ended },
+    const struct {
+        const char *Name;
+        QByteArray Bytes, Clean;
+    } rows[] = {
+        { "png", manyTexts, png },
+        { "transparent twice", QByteArray(png).insert(46, clear), png },
+        { "transparent too late", late, solid },
+        { "icon", IconOf(manyTexts), png },
+        { "jpeg", jpeg.left(2) + comment + camera + jpeg.mid(2), jpeg },
+        { "scan after fill bytes", jpeg.chopped(2) + comment + "\xDA" + jpeg.right(2),
+          jpeg.chopped(2) + "\xDA" + jpeg.right(2) },
+        { "frames", Gif(9), Gif(1).replace("\2\x44\1", "\1\x44") },
+        { "codes", growing + QByteArray(256, '\xFF').repeated(99) + QByteArray("\0;", 2), growing + QByteArray("\0;", 2) },
+        { "two colours", two, two },
+        { "codes behind the end", QByteArray(ended).replace("\2\x44\1", "\4\x44\1\xAA\xAA"), ended },
     };
     for (const auto &row : rows)
         EXPECT_EQ(Picture::EssentialsOf(row.Bytes).Bytes, row.Clean) << row.Name;
     // Data behind the last row of a PNG are refused.
-    const struct { const char *Header; int Bytes; } pngs[] = {
-        { "00000001 00000001 0800000000", 2 }, { "00000009 00000002 0100000000", 6 }, { "00000005 00000002 0203000000", 6 }, { "00000003 00000003 0806000000", 39 },
-        { "00000001 00000001 0804000001", 3 }, { "00000005 00000005 1002000001", 161 }, { "00000fa0 0000000a 0802000000", 120'010 },
+    const struct {
+        const char *Header;
+        int Bytes;
+    } pngs[] = {
+        { "00000001 00000001 0800000000", 2 },       { "00000009 00000002 0100000000", 6 },
+        { "00000005 00000002 0203000000", 6 },       { "00000003 00000003 0806000000", 39 },
+        { "00000001 00000001 0804000001", 3 },       { "00000005 00000005 1002000001", 161 },
+        { "00000fa0 0000000a 0802000000", 120'010 },
     };
     for (const auto &row : pngs) {
         for (const auto &[more, result] : { std::pair(0, u"none"_s), std::pair(1, u"5 "_s), std::pair(70'000, u"5 "_s) })
@@ -183,14 +231,26 @@ TEST(PictureTest, APictureThatIsCutOffIsRefused)
     for (int i = 0; i < noise.width() * noise.height(); ++i)
         noise.setPixel(i % noise.width(), i / noise.width(), 0xFF000000U | (quint32(i) * 2654435761U) >> 8);
     // From the shortest that shows its format.
-    const struct { const char *Name; QByteArray Bytes; qsizetype From; } rows[] = {
-        { "bmp", Encoded(noise, "BMP"), 2 }, { "top-down bmp", BmpOfHeight(-30, noise), 2 }, { "bmp of 1 bit", Encoded(noise.convertToFormat(QImage::Format_Mono), "BMP"), 2 },
-        { "jpeg", Encoded(noise, "JPG"), 3 }, { "progressive jpeg", Progressive(noise), 3 }, { "gif", Gif(1), 6 }, { "moving gif", Gif(3), 6 }, { "png", Encoded(noise, "PNG"), 8 },
+    const struct {
+        const char *Name;
+        QByteArray Bytes;
+        qsizetype From;
+    } rows[] = {
+        { "bmp", Encoded(noise, "BMP"), 2 },
+        { "top-down bmp", BmpOfHeight(-30, noise), 2 },
+        { "bmp of 1 bit", Encoded(noise.convertToFormat(QImage::Format_Mono), "BMP"), 2 },
+        { "jpeg", Encoded(noise, "JPG"), 3 },
+        { "progressive jpeg", Progressive(noise), 3 },
+        { "gif", Gif(1), 6 },
+        { "moving gif", Gif(3), 6 },
+        { "png", Encoded(noise, "PNG"), 8 },
     };
     for (const auto &row : rows) {
         for (const QByteArray &behind : { QByteArray(), QByteArray("what somebody put behind it") })
             EXPECT_FALSE(Picture::Load(Written(row.Bytes + behind)).isNull()) << row.Name;
-        for (qsizetype length = row.From, size = row.Bytes.size(); length < size; length += length > 60 && length + 57 < size ? 57 : 1)
-            EXPECT_TRUE(RefusalOf(row.Bytes.left(length)).startsWith("The picture is damaged"_L1)) << row.Name << ", " << length;
+        for (qsizetype length = row.From, size = row.Bytes.size();
+             length<size; length += length> 60 && length + 57 < size ? 57 : 1)
+            EXPECT_TRUE(RefusalOf(row.Bytes.left(length)).startsWith("The picture is damaged"_L1))
+                << row.Name << ", " << length;
     }
 }

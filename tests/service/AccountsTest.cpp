@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "service/Password.h"
 #include "service/Store.h"
 #include "tests/support/Test.h"

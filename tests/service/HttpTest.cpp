@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "common/Error.h"
 #include "service/HttpServer.h"
 #include "tests/service/HttpClient.h"
@@ -80,23 +81,35 @@ TEST_F(HttpTest, EveryRequestHasItsStatus)
     };
     std::vector<Row> rows = {
         { post("LIST?sid=" + sid + ';'), 200, "LIST?status=OK&data=BIG,EMPTY,FOLDER,LINK,GONE;" },
-        { post(""), 200, "ERROR?code=400&description=Invalid message;" }, { post(QByteArray(65'537, 'x')), 413 },
-        { post("LIST?x=" + QByteArray(65'528, 'x') + ';'), 200, missing }, { post(QByteArray(1'048'576, 'x')), 413 },
-        { OpenPost("Content-Length: 1048577\r\n"), 413 }, { OpenPost("Content-Length: -1\r\n"), 400 },
+        { post(""), 200, "ERROR?code=400&description=Invalid message;" },
+        { post(QByteArray(65'537, 'x')), 413 },
+        { post("LIST?x=" + QByteArray(65'528, 'x') + ';'), 200, missing },
+        { post(QByteArray(1'048'576, 'x')), 413 },
+        { OpenPost("Content-Length: 1048577\r\n"), 413 },
+        { OpenPost("Content-Length: -1\r\n"), 400 },
         { OpenPost("Content-Length: 99999999999999999999999\r\n"), 413 },
         { OpenPost(chunked) + "3\r\nLIS\r\n2\r\nT;\r\n0\r\n\r\n", 200, missing },
         { OpenPost("Content-Length: 5\r\nContent-Length: 6\r\n") + "LIST;;", 400 },
-        { OpenPost("Content-Length: 5\r\n 6\r\n") + "LIST;", 400 }, { OpenPost("Content-Length : 5\r\n") + "LIST;", 400 },
+        { OpenPost("Content-Length: 5\r\n 6\r\n") + "LIST;", 400 },
+        { OpenPost("Content-Length : 5\r\n") + "LIST;", 400 },
         { OpenPost("Content-Length: 5\r\nTransfer-Encoding: chunked\r\n") + "0\r\n\r\n" + get(u"/other"_s), 400 },
-        { OpenPost("Transfer-Encoding: gzip, chunked\r\n") + "0\r\n\r\n", 400 }, { OpenPost("Transfer-Encoding: x\r\n"), 400 },
-        { OpenPost(chunked + "transfer-encoding: x\r\n"), 400 }, { OpenPost(chunked).replace("1.1", "1.0"), 400 },
-        { "POST /other" + five, 404 }, { "PUT /PackCourier.asp" + five, 405 },
+        { OpenPost("Transfer-Encoding: gzip, chunked\r\n") + "0\r\n\r\n", 400 },
+        { OpenPost("Transfer-Encoding: x\r\n"), 400 },
+        { OpenPost(chunked + "transfer-encoding: x\r\n"), 400 },
+        { OpenPost(chunked).replace("1.1", "1.0"), 400 },
+        { "POST /other" + five, 404 },
+        { "PUT /PackCourier.asp" + five, 405 },
         { "GET /PackCourier.asp HTTP/1.1\r\nConnection: close\r\n\r\n", 400 },
-        { get(u"/PackCourier.asp"_s), 403 }, { get(u"/packcourier.asp"_s), 404 }, { get(u"/../secret.exe"_s), 404 },
+        { get(u"/PackCourier.asp"_s), 403 },
+        { get(u"/packcourier.asp"_s), 404 },
+        { get(u"/../secret.exe"_s), 404 },
         { get(u"/"_s + QString(40'000, u'x')), 414 },
         { HttpClient::GetRequest(u"/PackCourier.asp"_s, "X: " + QByteArray(40'000, 'x') + "\r\n"), 431 },
-        { Get("x", u"EMPTY"_s), 403 }, { Get(sid.toUpper(), u"EMPTY"_s), 403 },
-        { Get(sid, u"EMPTY"_s), 200, "" }, { Get(sid, u"OTHER"_s), 403 }, { Get(sid, u"empty"_s), 403 },
+        { Get("x", u"EMPTY"_s), 403 },
+        { Get(sid.toUpper(), u"EMPTY"_s), 403 },
+        { Get(sid, u"EMPTY"_s), 200, "" },
+        { Get(sid, u"OTHER"_s), 403 },
+        { Get(sid, u"empty"_s), 403 },
     };
     for (const QString &exam : { u"GONE"_s, u"FOLDER"_s, u"LINK"_s, u""_s, u".."_s, u"../secret"_s, u"..%2Fsecret"_s,
                                  u"/etc/passwd"_s, u"EMPTY%00"_s, u"EMPTY.exe%00"_s, u"FOLDER.exe/x"_s, u"%C3%A9"_s })
@@ -136,8 +149,8 @@ TEST_F(HttpTest, APackArrivesWhole)
 TEST_F(HttpTest, WhoSendsTooSlowlyOrTooMuchIsCutOff)
 {
     Start();
-    for (const QByteArray &beginning : { QByteArray(), QByteArray("POST /Pa"), OpenPost("X: ").chopped(4),
-                                         OpenPost("Content-Length: 9\r\n") + "LIS" }) {
+    for (const QByteArray &beginning :
+         { QByteArray(), QByteArray("POST /Pa"), OpenPost("X: ").chopped(4), OpenPost("Content-Length: 9\r\n") + "LIS" }) {
         HttpClient slow(Endpoint(), beginning);
         // An answer to somebody else: the service has seen the connection.
         Post("X;");
@@ -173,8 +186,13 @@ TEST_F(HttpTest, OneNetworkHasOnlySoMuchAtOnce)
     // Whose word does not count, and behind a trusted proxy.
     const std::vector<Row> direct = { { "192.0.2.1", 200 }, { "192.0.2.2", 200 }, { "192.0.2.3", 0 } };
     const std::vector<Row> proxied = {
-        { "2001:db8::1", 200 }, { "2001:db8::2", 200 }, { "192.0.2.1, 2001:db8::3", 429 },
-        { "192.0.2.1", 200 }, { "192.0.2.2\r\nx-forwarded-for: 192.0.2.1", 200 }, { "192.0.2.1", 429 }, { "192.0.2.2", 200 },
+        { "2001:db8::1", 200 },
+        { "2001:db8::2", 200 },
+        { "192.0.2.1, 2001:db8::3", 429 },
+        { "192.0.2.1", 200 },
+        { "192.0.2.2\r\nx-forwarded-for: 192.0.2.1", 200 },
+        { "192.0.2.1", 429 },
+        { "192.0.2.2", 200 },
     };
     for (const auto &rows : { direct, proxied }) {
         std::list<HttpClient> clients;
@@ -231,7 +249,8 @@ TEST_F(HttpTest, ASelfSignedCertificate)
     // With a key exchange that the certificate's key can open later; with CBC.
     for (const auto &[cipher, code] : { std::pair{ "kRSA+AESGCM", 1 }, std::pair{ "ECDHE+AES+SHA1", 1 },
                                         std::pair{ "ECDHE+AES+SHA256", 1 }, std::pair{ "ECDHE+AESGCM", 0 } }) {
-        const QString wish = u"s_client -tls1_2 -connect %1 -cipher %2"_s.arg(QUrl(plain).authority(), QString::fromLatin1(cipher));
+        const QString wish
+            = u"s_client -tls1_2 -connect %1 -cipher %2"_s.arg(QUrl(plain).authority(), QString::fromLatin1(cipher));
         EXPECT_EQ(OutcomeOf(u"openssl"_s, wish.split(u' ')).Code, code) << cipher;
     }
     plain.replace("https:"_L1, "http:"_L1);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/service/ServiceFixture.h"
 
 #include <QElapsedTimer>
@@ -30,22 +31,37 @@ TEST_F(ResponderTest, EveryMessageHasItsAnswer)
     const QByteArray invalid = "ERROR?code=400&description=Invalid message;";
     const QByteArray failed = "LOGIN?status=FAILED;";
     const QByteArray unknown = "ERROR?code=404&description=The service does not know this command.;";
-    const auto missing = [](auto name) { return QByteArray("ERROR?code=422&description=The parameter \"") + name + "\" is missing.;"; };
+    const auto missing
+        = [](auto name) { return QByteArray("ERROR?code=422&description=The parameter \"") + name + "\" is missing.;"; };
     const std::vector<std::pair<QByteArray, QByteArray>> rows = {
         { "LIST?sid={ann};", "LIST?status=OK&data=101,102;" },
-        { "LIST?SID={ann}&more=x;rest", "LIST?status=OK&data=101,102;" }, { "LIST?sid={new};", "LIST?status=OK&data=;" },
-        { "LIST;", missing("sid") }, { "LIST?;", missing("sid") }, { "LIST?id={ann};", missing("sid") },
-        { "LIST?sid=;", session }, { "LIST?sid={ann}x;", session }, { "LIST?sid='%20OR%201%3D1;", session },
+        { "LIST?SID={ann}&more=x;rest", "LIST?status=OK&data=101,102;" },
+        { "LIST?sid={new};", "LIST?status=OK&data=;" },
+        { "LIST;", missing("sid") },
+        { "LIST?;", missing("sid") },
+        { "LIST?id={ann};", missing("sid") },
+        { "LIST?sid=;", session },
+        { "LIST?sid={ann}x;", session },
+        { "LIST?sid='%20OR%201%3D1;", session },
         { "REPORT?sid={ann}&list=101,102&time=21.11.2026 05:56:00;", "REPORT?status=OK;" },
         { "REPORT?sid={ann}&list=999,101,101,,102,103,&time=21.11.2026 05:56:00;", "REPORT?status=OK;" },
         { "REPORT?sid={ann}&list=&time=" + QByteArray(4'096, 'x') + ';', "REPORT?status=OK;" },
-        { "REPORT?sid={ann}&list=101&time=" + QByteArray(4'094, 'x') + ';', tooLong }, { "REPORT?sid={ann}&list=101;", missing("time") },
-        { "REPORT?sid={ann}&time=x;", missing("list") }, { "REPORT?sid=7&list=101&time=x;", session },
-        { "LOGIN?email=ann&pwd=wrong;", failed }, { "LOGIN?email=a\n\"\\\x85 \xE9" + QByteArray(200, 'x') + "&pwd=x;", failed },
-        { "LOGIN?email=&pwd=;", failed }, { "LOGIN?email=ann;", missing("pwd") },
-        { "LOGIN?pwd=x;", missing("email") }, { "login?email=ann&pwd=x;", unknown }, { ";", unknown },
-        { "?a=1;", unknown }, { QByteArray("LI\0ST;", 6), unknown },
-        { "", invalid }, { "LIST?sid={ann}", invalid }, { QByteArray(65'536, '\xFF'), invalid },
+        { "REPORT?sid={ann}&list=101&time=" + QByteArray(4'094, 'x') + ';', tooLong },
+        { "REPORT?sid={ann}&list=101;", missing("time") },
+        { "REPORT?sid={ann}&time=x;", missing("list") },
+        { "REPORT?sid=7&list=101&time=x;", session },
+        { "LOGIN?email=ann&pwd=wrong;", failed },
+        { "LOGIN?email=a\n\"\\\x85 \xE9" + QByteArray(200, 'x') + "&pwd=x;", failed },
+        { "LOGIN?email=&pwd=;", failed },
+        { "LOGIN?email=ann;", missing("pwd") },
+        { "LOGIN?pwd=x;", missing("email") },
+        { "login?email=ann&pwd=x;", unknown },
+        { ";", unknown },
+        { "?a=1;", unknown },
+        { QByteArray("LI\0ST;", 6), unknown },
+        { "", invalid },
+        { "LIST?sid={ann}", invalid },
+        { QByteArray(65'536, '\xFF'), invalid },
         { "LIST?sid;", "ERROR?code=400&description=Error decoding parameters;" },
         { "LIST?sid={ann}&;", "ERROR?code=400&description=Error decoding parameters;" },
         { ";?", "ERROR?code=400&description=Invalid procedure call or argument;" },
@@ -59,9 +75,10 @@ TEST_F(ResponderTest, EveryMessageHasItsAnswer)
     ASSERT_EQ(m_store.Reports().size(), 2u);
     const Store::ReportLine report = m_store.Reports()[0];
     EXPECT_EQ(report.Email + report.Exams + report.Time, u"ann101,10221.11.2026 05:56:00"_s);
-    EXPECT_EQ(m_log, (QStringList{ u"login failed: \"ann\" from home"_s,
-                                   u"login failed: \"a\\u000a\\\"\\\\… é%1…\" from home"_s.arg(QString(93, u'x')),
-                                   u"login failed: \"\" from home"_s }));
+    EXPECT_EQ(m_log,
+              (QStringList{ u"login failed: \"ann\" from home"_s,
+                            u"login failed: \"a\\u000a\\\"\\\\… é%1…\" from home"_s.arg(QString(93, u'x')),
+                            u"login failed: \"\" from home"_s }));
 }
 
 TEST_F(ResponderTest, ASessionEndsAndARunningServiceSeesChanges)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include "service/Password.h"
@@ -10,7 +11,10 @@
 class ManualClock {
 public:
     void Advance(std::chrono::milliseconds time) { m_now += time.count(); }
-    MonotonicClock Port() { return [this] { return std::chrono::milliseconds(m_now); }; }
+    MonotonicClock Port()
+    {
+        return [this] { return std::chrono::milliseconds(m_now); };
+    }
 
 private:
     std::atomic<std::chrono::milliseconds::rep> m_now = 5'000;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "service/Store.h"
 #include "tests/service/HttpClient.h"
 #include "tests/support/Program.h"
@@ -56,16 +57,27 @@ TEST(ServiceProgramTest, AccountsFromTheCommandLine)
         { u"add-user ann --replace --password-file word"_s, "", 0 },
         { u"add-user bob --password-file none"_s, "", 1, u"none: No such file or directory"_s },
         { u"add-user bob"_s, "", 2, u"the password is empty"_s },
-        { u"add-user bob word"_s, "x", 2 }, { u"add-user"_s, "x", 2 }, { u"add-user _b"_s, "x", 2 },
+        { u"add-user bob word"_s, "x", 2 },
+        { u"add-user"_s, "x", 2 },
+        { u"add-user _b"_s, "x", 2 },
         { u"add-user bob --replace"_s, "x", 1, u"There is no user \"bob\""_s },
-        { u"grant ann NET-101 SQL-101"_s, "", 0 }, { u"grant ann"_s, "", 2 },
+        { u"grant ann NET-101 SQL-101"_s, "", 0 },
+        { u"grant ann"_s, "", 2 },
         { u"grant ann ../x"_s, "", 2, u"\"../x\" is no exam's ID"_s },
-        { u"grant bob X"_s, "", 1 }, { u"revoke ann SQL-101"_s, "", 0 },
-        { u"serve --packs none"_s, "", 2 }, { u"serve --packs . --port 65536"_s, "", 2 },
-        { u"serve --packs . --key word"_s, "", 2 }, { u"serve --packs . --key word --certificate word"_s, "", 1 },
-        { u"serve --packs . --trusted-proxy ::1 --trusted-proxy 1.2.3"_s, "", 2, u"--trusted-proxy: \"1.2.3\" is no address"_s },
-        { u"list-users"_s, "", 0, u"ann\tNET-101\n"_s }, { u"remove-user bob"_s, "", 1, u"There is no user \"bob\""_s },
-        { u"remove-user ANN"_s, "", 0 }, { u"list-users"_s, "", 0 }, { u"bogus"_s, "", 2 }, { u"list-users x"_s, "", 2 },
+        { u"grant bob X"_s, "", 1 },
+        { u"revoke ann SQL-101"_s, "", 0 },
+        { u"serve --packs none"_s, "", 2 },
+        { u"serve --packs . --port 65536"_s, "", 2 },
+        { u"serve --packs . --key word"_s, "", 2 },
+        { u"serve --packs . --key word --certificate word"_s, "", 1 },
+        { u"serve --packs . --trusted-proxy ::1 --trusted-proxy 1.2.3"_s, "", 2,
+          u"--trusted-proxy: \"1.2.3\" is no address"_s },
+        { u"list-users"_s, "", 0, u"ann\tNET-101\n"_s },
+        { u"remove-user bob"_s, "", 1, u"There is no user \"bob\""_s },
+        { u"remove-user ANN"_s, "", 0 },
+        { u"list-users"_s, "", 0 },
+        { u"bogus"_s, "", 2 },
+        { u"list-users x"_s, "", 2 },
     };
     for (const auto &row : rows) {
         const QStringList arguments = row.Arguments.split(u' ').replaceInStrings(u"_"_s, u" "_s);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "service/IpAddress.h"
 #include "tests/service/ServiceFixture.h"
 
@@ -58,19 +59,39 @@ TEST(GuessGuardTest, WaitsGrowByUserAndByAddress)
         bool Succeeds = false;
     } rows[] = {
         // Three wrong passwords of one user, from anywhere.
-        { 0s, "ann", "1", 0s }, { 0s, "ann", "2", 0s }, { 0s, "ann", "3", 0s },
-        { 0s, "ann", "4", 2s }, { 0s, "bob", "4", 0s }, { 1500ms, "ann", "4", 500ms },
+        { 0s, "ann", "1", 0s },
+        { 0s, "ann", "2", 0s },
+        { 0s, "ann", "3", 0s },
+        { 0s, "ann", "4", 2s },
+        { 0s, "bob", "4", 0s },
+        { 1500ms, "ann", "4", 500ms },
         // Each one after the wait doubles it, up to the longest.
-        { 500ms, "ann", "4", 0s }, { 0s, "ann", "4", 4s }, { 4s, "ann", "1", 0s },
-        { 0s, "ann", "1", 8s }, { 8s, "ann", "2", 0s }, { 0s, "ann", "2", 10s },
+        { 500ms, "ann", "4", 0s },
+        { 0s, "ann", "4", 4s },
+        { 4s, "ann", "1", 0s },
+        { 0s, "ann", "1", 8s },
+        { 8s, "ann", "2", 0s },
+        { 0s, "ann", "2", 10s },
         // The right one ends it.
-        { 10s, "ann", "5", 0s, true }, { 0s, "ann", "5", 0s }, { 0s, "ann", "6", 0s },
+        { 10s, "ann", "5", 0s, true },
+        { 0s, "ann", "5", 0s },
+        { 0s, "ann", "6", 0s },
         // One address tries many users; a user of its own in between does not help.
-        { 0s, "u1", "9", 0s }, { 0s, "u2", "9", 0s }, { 0s, "u3", "9", 0s }, { 0s, "u4", "9", 0s },
-        { 0s, "own", "9", 0s, true }, { 0s, "u5", "9", 0s }, { 0s, "own", "9", 2s }, { 2s, "own", "9", 0s, true },
-        { 0s, "u6", "9", 2s }, { 2s, "u6", "9", 0s }, { 0s, "u7", "9", 4s }, { 0s, "u7", "8", 0s },
+        { 0s, "u1", "9", 0s },
+        { 0s, "u2", "9", 0s },
+        { 0s, "u3", "9", 0s },
+        { 0s, "u4", "9", 0s },
+        { 0s, "own", "9", 0s, true },
+        { 0s, "u5", "9", 0s },
+        { 0s, "own", "9", 2s },
+        { 2s, "own", "9", 0s, true },
+        { 0s, "u6", "9", 2s },
+        { 2s, "u6", "9", 0s },
+        { 0s, "u7", "9", 4s },
+        { 0s, "u7", "8", 0s },
         // All is forgotten in the end.
-        { 64s, "u7", "9", 0s }, { 0s, "u8", "9", 0s },
+        { 64s, "u7", "9", 0s },
+        { 0s, "u8", "9", 0s },
     };
     ManualClock clock;
     GuessGuard guard(clock.Port(), { { 3, 2s, 10s, 60s }, { 5, 2s, 100s, 60s }, 100 });
@@ -88,7 +109,10 @@ TEST(GuessGuardTest, FailuresOfAnAddressFade)
 {
     ManualClock clock;
     GuessGuard guard(clock.Port(), { { 99, 2s, 10s, 1h }, { 3, 2s, 100s, 1h, 60s }, 100 });
-    const struct { std::chrono::seconds After; int Admitted; } rows[] = { { 0s, 3 }, { 119s, 1 }, { 2s, 1 }, { 1s, 0 }, { 600s, 3 } };
+    const struct {
+        std::chrono::seconds After;
+        int Admitted;
+    } rows[] = { { 0s, 3 }, { 119s, 1 }, { 2s, 1 }, { 1s, 0 }, { 600s, 3 } };
     for (const auto &row : rows) {
         clock.Advance(row.After);
         int admitted = 0;
@@ -111,20 +135,27 @@ TEST(GuessGuardTest, RemembersOnlySoMany)
 TEST(TrustedProxiesTest, WhoIsAtTheOtherEndAndCountsAsOne)
 {
     TrustedProxies proxies;
-    for (const QString &sound : { u"10.1.2.3/8"_s, u"192.0.2.7"_s, u"2001:db8:fff0::/44"_s, u"::1"_s, u"::ffff:203.0.113.8/125"_s })
+    for (const QString &sound :
+         { u"10.1.2.3/8"_s, u"192.0.2.7"_s, u"2001:db8:fff0::/44"_s, u"::1"_s, u"::ffff:203.0.113.8/125"_s })
         EXPECT_TRUE(proxies.Add(sound)) << sound.toStdString();
     for (const QString &odd : { u""_s, u"proxy"_s, u"10.0.0"_s, u"10.0.0.0/33"_s, u"10.0.0.0/"_s, u"10.0.0.0/-1"_s,
                                 u"10.0.0.0/ 8"_s, u"10.0.0.0/8/8"_s, u"::1/129"_s, u"/8"_s, u"::1%lo"_s })
         EXPECT_FALSE(proxies.Add(odd)) << odd.toStdString();
     const std::array<const char *, 3> rows[] = {
         { "198.51.100.1", "1.2.3.4", "198.51.100.1" },
-        { "192.0.2.7", "", "192.0.2.7" }, { "192.0.2.7", "1.2.3.4, 198.51.100.1", "198.51.100.1" },
+        { "192.0.2.7", "", "192.0.2.7" },
+        { "192.0.2.7", "1.2.3.4, 198.51.100.1", "198.51.100.1" },
         { "192.0.2.7", "1.2.3.4,198.51.100.1, 10.255.0.1 ,::ffff:10.0.0.2", "198.51.100.1" },
-        { "192.0.2.7", "10.0.0.1,10.0.0.2", "10.0.0.1" }, { "192.0.2.7", "1.2.3.4, unknown", "192.0.2.7" },
-        { "192.0.2.7", "1.2.3.4, unknown, 10.0.0.1", "10.0.0.1" }, { "11.0.0.1", "1.2.3.4", "11.0.0.1" },
-        { "::ffff:192.0.2.7", "[2001:db8:1:2:3::4]:443", "2001:db8:1:2::/64" }, { "::1", "198.51.100.1:1234", "198.51.100.1" },
-        { "2001:db8:ffff:1::9", "2001:db8:1:3:ffff::", "2001:db8:1:3::/64" }, { "2001:db8:ffe0::9", "1.2.3.4", "2001:db8:ffe0::/64" },
-        { "203.0.113.15", "::ffff:198.51.100.1", "198.51.100.1" }, { "203.0.113.7", "1.2.3.4", "203.0.113.7" },
+        { "192.0.2.7", "10.0.0.1,10.0.0.2", "10.0.0.1" },
+        { "192.0.2.7", "1.2.3.4, unknown", "192.0.2.7" },
+        { "192.0.2.7", "1.2.3.4, unknown, 10.0.0.1", "10.0.0.1" },
+        { "11.0.0.1", "1.2.3.4", "11.0.0.1" },
+        { "::ffff:192.0.2.7", "[2001:db8:1:2:3::4]:443", "2001:db8:1:2::/64" },
+        { "::1", "198.51.100.1:1234", "198.51.100.1" },
+        { "2001:db8:ffff:1::9", "2001:db8:1:3:ffff::", "2001:db8:1:3::/64" },
+        { "2001:db8:ffe0::9", "1.2.3.4", "2001:db8:ffe0::/64" },
+        { "203.0.113.15", "::ffff:198.51.100.1", "198.51.100.1" },
+        { "203.0.113.7", "1.2.3.4", "203.0.113.7" },
     };
     for (const auto &[peer, forwardedFor, network] : rows)
         EXPECT_EQ(proxies.Origin(*IpAddress::FromText(peer), forwardedFor).Network().toStdString(), network) << peer;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "session/frmExam.h"
 
 #include "session/frmExplain.h"
@@ -76,7 +77,11 @@ TEST_F(ExamWindowTest, RowsByMouseAndKeyboard)
 {
     Start();
     const QString radio = u"optChoices"_s;
-    const struct { QString Action; std::function<void()> Do; QString Rows; } steps[] = {
+    const struct {
+        QString Action;
+        std::function<void()> Do;
+        QString Rows;
+    } steps[] = {
         { u"the button"_s, [&] { ClickBox(&Window, u"optChoices2"_s); }, u".x."_s },
         { u"the text"_s, [&] { Click(&Window, u"lblChoices3"_s); }, u"..x"_s },
         { u"a letter with Control"_s, [&] { QTest::keyClick(&Window, Qt::Key_A, Qt::ControlModifier); }, u"..x"_s },
@@ -97,7 +102,8 @@ TEST_F(ExamWindowTest, RowsByMouseAndKeyboard)
     EXPECT_EQ(Rows(u"chkChoices"_s, 3), u"..x"_s);
 
     EndExam();
-    for (const auto &[item, kind, rows] : { std::tuple{ qint16(1), radio, u"x.."_s }, { qint16(3), u"chkChoices"_s, u"..x"_s } }) {
+    for (const auto &[item, kind, rows] :
+         { std::tuple{ qint16(1), radio, u"x.."_s }, { qint16(3), u"chkChoices"_s, u"..x"_s } }) {
         Window.Session().GotoQuestion(item);
         for (const Qt::Key letter : { Qt::Key_A, Qt::Key_B, Qt::Key_C })
             QTest::keyClick(&Window, letter);
@@ -112,9 +118,12 @@ TEST_F(ExamWindowTest, TextSize)
     const auto *question = Find<QLabel>(&Window, u"lblQuestion"_s);
     const double normal = question->font().pointSizeF();
     const int top = Row(u"optChoices"_s, 1)->y();
-    struct Step { QString Keys; double Factor; };
-    for (const Step &step : { Step { u"+="_s, 1.21 }, Step { u"-"_s, 1.1 }, Step { u"0"_s, 1 }, Step { u"-"_s.repeated(40), 0.7 },
-                              Step { u"+"_s.repeated(60), 2.6 } }) {
+    struct Step {
+        QString Keys;
+        double Factor;
+    };
+    for (const Step &step : { Step{ u"+="_s, 1.21 }, Step{ u"-"_s, 1.1 }, Step{ u"0"_s, 1 }, Step{ u"-"_s.repeated(40), 0.7 },
+                              Step{ u"+"_s.repeated(60), 2.6 } }) {
         for (const QChar key : step.Keys)
             QTest::keyClick(&Window, static_cast<Qt::Key>(key.unicode()), Qt::ControlModifier);
         EXPECT_NEAR(question->font().pointSizeF(), normal * step.Factor, 0.05) << step.Keys.toStdString();
@@ -272,9 +281,11 @@ TEST_F(ExamWindowTest, TextsAreShownAsTheyStand)
 {
     Start();
     Window.Session().GotoQuestion(3);
-    struct Expected { QString Label, Text; };
-    for (const Expected &row : { Expected { u"lblQuestion"_s, Markup }, Expected { u"lblChoices1"_s, u"AT&T"_s },
-                                 Expected { u"lblChoices2"_s, u"<i>x</i>"_s }, Expected { u"lblChoices3"_s, u"cut"_s } }) {
+    struct Expected {
+        QString Label, Text;
+    };
+    for (const Expected &row : { Expected{ u"lblQuestion"_s, Markup }, Expected{ u"lblChoices1"_s, u"AT&T"_s },
+                                 Expected{ u"lblChoices2"_s, u"<i>x</i>"_s }, Expected{ u"lblChoices3"_s, u"cut"_s } }) {
         EXPECT_EQ(Find<QLabel>(&Window, row.Label)->text(), row.Text);
         EXPECT_EQ(Find<QLabel>(&Window, row.Label)->textFormat(), Qt::PlainText);
     }
@@ -298,10 +309,11 @@ TEST_F(ExamWindowTest, Explanations)
     Click(&Window, u"cmdWhy"_s);
 
     const QString none = u"Sorry! Explaination is not available for this question."_s;
-    struct Text { QString Stored, Shown; };
-    for (const Text &row : { Text { u"    "_s, none }, Text { u"  a \r\n b  "_s, u"a \n b"_s },
-                             Text { u"<b>AT&T</b>"_s, u"<b>AT&T</b>"_s },
-                             Text { u"a\0b"_s, u"a"_s }, Text { u"\0b"_s, none } }) {
+    struct Text {
+        QString Stored, Shown;
+    };
+    for (const Text &row : { Text{ u"    "_s, none }, Text{ u"  a \r\n b  "_s, u"a \n b"_s },
+                             Text{ u"<b>AT&T</b>"_s, u"<b>AT&T</b>"_s }, Text{ u"a\0b"_s, u"a"_s }, Text{ u"\0b"_s, none } }) {
         Globals::CurrentExam->Questions().Item(2)->SetExplaination(row.Stored);
         frmExplain window(&Window);
         window.QuestionNumber = 2;
@@ -323,7 +335,8 @@ TEST_F(ExamWindowTest, ThousandsOfOptions)
     Globals::CurrentExam = NewExam();
     AddItem(*Globals::CurrentExam, { u"many"_s, options });
     AddItem(*Globals::CurrentExam, { u"last"_s, { u"*one"_s } });
-    QObject::connect(&Window, &frmExam::Starting, [&] { EXPECT_TRUE(Content->height() < 1'000 || Content->width() > 1'000) << "laid out without a width"; });
+    QObject::connect(&Window, &frmExam::Starting,
+                     [&] { EXPECT_TRUE(Content->height() < 1'000 || Content->width() > 1'000) << "laid out without a width"; });
     Start();
     EXPECT_LT(Window.findChildren<QAbstractButton *>().size(), 1'000);
     // The options that stand in the frame, from its top to its bottom.
@@ -342,9 +355,16 @@ TEST_F(ExamWindowTest, ThousandsOfOptions)
         ASSERT_GT(numbers.size(), 5);
         EXPECT_EQ(numbers.last() - numbers.first() + 1, numbers.size()) << "none is missing at " << part;
     }
-    const struct { QString From; Qt::Key Key; int Row; } ways[] = {
-        { u"chkMarked"_s, Qt::Key_Tab, 1 },     { u"cmdNext"_s, Qt::Key_Backtab, Count }, { u"optChoices%1"_s.arg(Count), Qt::Key_Up, Count - 1 },
-        { u"optChoices1"_s, Qt::Key_Down, 2 }, { u"optChoices2"_s, Qt::Key_Tab, 3 },
+    const struct {
+        QString From;
+        Qt::Key Key;
+        int Row;
+    } ways[] = {
+        { u"chkMarked"_s, Qt::Key_Tab, 1 },
+        { u"cmdNext"_s, Qt::Key_Backtab, Count },
+        { u"optChoices%1"_s.arg(Count), Qt::Key_Up, Count - 1 },
+        { u"optChoices1"_s, Qt::Key_Down, 2 },
+        { u"optChoices2"_s, Qt::Key_Tab, 3 },
     };
     for (const auto &way : ways) {
         Find<QWidget>(&Window, way.From)->setFocus();
@@ -385,12 +405,19 @@ TEST_F(ExamWindowTest, TheFocusStaysInItsRow)
 {
     AddItem(*Globals::CurrentExam, { u"many"_s, QStringList(26, u"*x"_s) });
     Start();
-    const struct { qint16 From, To; QString Focus, Next; } rows[] = {
-        { 1, 4, u"optChoices3"_s, u"chkChoices3"_s }, { 4, 1, u"chkChoices3"_s, u"optChoices3"_s },
-        { 2, 4, u"optChoices10"_s, u"chkChoices10"_s }, { 2, 3, u"optChoices20"_s, u"cmdNext"_s },
-        { 4, 1, u"chkChoices4"_s, u"cmdNext"_s }, { 2, 1, u"optChoices26"_s, u"cmdNext"_s },
+    const struct {
+        qint16 From, To;
+        QString Focus, Next;
+    } rows[] = {
+        { 1, 4, u"optChoices3"_s, u"chkChoices3"_s },
+        { 4, 1, u"chkChoices3"_s, u"optChoices3"_s },
+        { 2, 4, u"optChoices10"_s, u"chkChoices10"_s },
+        { 2, 3, u"optChoices20"_s, u"cmdNext"_s },
+        { 4, 1, u"chkChoices4"_s, u"cmdNext"_s },
+        { 2, 1, u"optChoices26"_s, u"cmdNext"_s },
         // Out of view there.
-        { 1, 2, u"optChoices3"_s, u"cmdNext"_s }, { 2, 4, u"optChoices26"_s, u"cmdNext"_s },
+        { 1, 2, u"optChoices3"_s, u"cmdNext"_s },
+        { 2, 4, u"optChoices26"_s, u"cmdNext"_s },
     };
     for (const auto &row : rows) {
         Window.Session().GotoQuestion(row.From);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "session/frmExam.h"
 #include "session/frmExhibit.h"
 
@@ -40,8 +41,9 @@ TEST_F(ExhibitTest, WhatIsNoPictureIsTold)
     Sandbox::WriteFile(Folder + u"/text.gif"_s, "GIF this is not");
     for (const QString &name : bad) {
         SCOPED_TRACE(name.toStdString());
-        Boxes.Expect(u"The exhibit cannot be displayed because required files are missing or corrupt. Please reinstall the exam pack."_s,
-                     CriticalMessage);
+        Boxes.Expect(
+            u"The exhibit cannot be displayed because required files are missing or corrupt. Please reinstall the exam pack."_s,
+            CriticalMessage);
         Click(&Window, u"cmdExhibit"_s);
         EXPECT_EQ(Window.findChild<frmExhibit *>(), nullptr);
         if (name != bad.last())

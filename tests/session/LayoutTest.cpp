@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "session/PageLayout.h"
 
 #include <gmock/gmock.h>
@@ -40,8 +41,14 @@ TEST(PageLayoutTest, Rows)
 
 TEST(PageLayoutTest, Scrolling)
 {
-    const struct { double Frame, Content; bool IsEnabled; int Max, Small, Large; } rows[] = {
-        { 7'900, 7'900, false, 0, 0, 0 }, { 7'900, 7'901, true, 1, 790, 7'900 }, { 1'234, 40'000, true, 38'766, 123, 1'234 },
+    const struct {
+        double Frame, Content;
+        bool IsEnabled;
+        int Max, Small, Large;
+    } rows[] = {
+        { 7'900, 7'900, false, 0, 0, 0 },
+        { 7'900, 7'901, true, 1, 790, 7'900 },
+        { 1'234, 40'000, true, 38'766, 123, 1'234 },
     };
     for (const auto &row : rows) {
         const PageLayout::Scroll scroll = PageLayout::ScrollFor(row.Frame, row.Content);
@@ -57,10 +64,12 @@ TEST(PageLayoutTest, Panel)
 {
     const PageLayout::PanelFrame frame{ 11'850, 7'900, 240 };
     EXPECT_THAT(frame.Home(), FieldsAre(11'560, 7'850));
-    const struct { double X, Y, Left, Top; } rows[] = {
-        { 90, 130, 7'990, 5'030 },   { 700, 100, 8'600, 5'000 },   { 701, 90, 8'000, 4'990 },
-        { -7'890, 100, 10, 5'000 },  { -7'891, 100, 8'000, 5'000 }, { 110, 2'091, 8'010, 5'000 },
-        { 100, 2'090, 8'000, 6'990 }, { 100, -4'890, 8'000, 10 },   { 100, -4'891, 8'000, 5'000 },
+    const struct {
+        double X, Y, Left, Top;
+    } rows[] = {
+        { 90, 130, 7'990, 5'030 },    { 700, 100, 8'600, 5'000 },    { 701, 90, 8'000, 4'990 },
+        { -7'890, 100, 10, 5'000 },   { -7'891, 100, 8'000, 5'000 }, { 110, 2'091, 8'010, 5'000 },
+        { 100, 2'090, 8'000, 6'990 }, { 100, -4'890, 8'000, 10 },    { 100, -4'891, 8'000, 5'000 },
     };
     for (const auto &row : rows)
         EXPECT_THAT(frame.Drag({ 8'000, 5'000, 3'000, 900 }, { 100, 100 }, { row.X, row.Y }), FieldsAre(row.Left, row.Top))

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "session/ExamSession.h"
 
 #include "common/Common.h"
@@ -109,7 +110,7 @@ protected:
     }
 
     ScriptedPort Port;
-    ExamSession Session { Port };
+    ExamSession Session{ Port };
 };
 
 }
@@ -124,15 +125,23 @@ TEST_F(SessionTest, Start)
     EXPECT_EQ(Session.Page().Title, u"Exam: EX-101 - Item 1 of 5"_s);
     EXPECT_EQ(Page(), u"1(..."_s);
     EXPECT_EQ(Item(1).Answer(), u""_s) << "the first item begins anew";
-    EXPECT_EQ(Port.Log, (QStringList { u"clock"_s, u"exam"_s }));
+    EXPECT_EQ(Port.Log, (QStringList{ u"clock"_s, u"exam"_s }));
     Do(u"n"_s);
     EXPECT_EQ(Page(), u"2[x...m<"_s) << "the others keep what they have";
 
-    struct Row { qint16 Minutes; QString Seconds; };
-    for (const Row &row : { Row { 0, u"0"_s }, Row { 546, u"32760"_s }, Row { 547, u"6 "_s } }) {
+    struct Row {
+        qint16 Minutes;
+        QString Seconds;
+    };
+    for (const Row &row : { Row{ 0, u"0"_s }, Row{ 546, u"32760"_s }, Row{ 547, u"6 "_s } }) {
         Globals::CurrentExam->SetDuration(row.Minutes);
         Port.Log.clear();
-        EXPECT_EQ(ResultOf([&] { Session.StartExam(); return Session.SecondsRemaining(); }), row.Seconds) << row.Minutes;
+        EXPECT_EQ(ResultOf([&] {
+                      Session.StartExam();
+                      return Session.SecondsRemaining();
+                  }),
+                  row.Seconds)
+            << row.Minutes;
         EXPECT_EQ(Port.Log.isEmpty(), row.Seconds == u"6 "_s) << row.Minutes;
     }
     Globals::CurrentExam = NewExam();
@@ -143,15 +152,32 @@ TEST_F(SessionTest, Start)
 TEST_F(SessionTest, Walks)
 {
     const QString list = u"list"_s;
-    const QString limit = u"64 You cannot select more than 2 options for this question. To select this option, please unselect another."_s;
-    const struct { QString Steps, Page; QStringList Log = {}; } rows[] = {
-        { u"21"_s, u"1(x.."_s }, { u"2np"_s, u"1(.x."_s }, { u"ccb"_s, u"1(.x."_s },
-        { u"mnp"_s, u"1(...m"_s }, { u"mnpmnp"_s, u"1(..."_s },
-        { u"n134"_s, u"2[x.x.<"_s, { limit } }, { u"n1343"_s, u"2[x...<"_s, { limit } }, { u"nacd"_s, u"2[x.x.<"_s, { limit } },
-        { u"nacad"_s, u"2[..xx<"_s }, { u"n13npn"_s, u"3[...<"_s }, { u"n13np"_s, u"2[x.x.<"_s }, { u"nn123"_s, u"3[xxx<"_s },
+    const QString limit
+        = u"64 You cannot select more than 2 options for this question. To select this option, please unselect another."_s;
+    const struct {
+        QString Steps, Page;
+        QStringList Log = {};
+    } rows[] = {
+        { u"21"_s, u"1(x.."_s },
+        { u"2np"_s, u"1(.x."_s },
+        { u"ccb"_s, u"1(.x."_s },
+        { u"mnp"_s, u"1(...m"_s },
+        { u"mnpmnp"_s, u"1(..."_s },
+        { u"n134"_s, u"2[x.x.<"_s, { limit } },
+        { u"n1343"_s, u"2[x...<"_s, { limit } },
+        { u"nacd"_s, u"2[x.x.<"_s, { limit } },
+        { u"nacad"_s, u"2[..xx<"_s },
+        { u"n13npn"_s, u"3[...<"_s },
+        { u"n13np"_s, u"2[x.x.<"_s },
+        { u"nn123"_s, u"3[xxx<"_s },
         // Without a key boxes are shown, and labels act on hidden radio buttons.
-        { u"nnn12"_s, u"4[xx<"_s }, { u"nnnab"_s, u"4[..<"_s }, { u"nnn1anp"_s, u"4[x.<"_s }, { u"nnnanp"_s, u"4[..<"_s },
-        { u"nnnn"_s, u"5(..<"_s }, { u"nnnn2n"_s, u"5(.x<"_s, { list } }, { u"2r"_s, u"1(.x."_s, { list } },
+        { u"nnn12"_s, u"4[xx<"_s },
+        { u"nnnab"_s, u"4[..<"_s },
+        { u"nnn1anp"_s, u"4[x.<"_s },
+        { u"nnnanp"_s, u"4[..<"_s },
+        { u"nnnn"_s, u"5(..<"_s },
+        { u"nnnn2n"_s, u"5(.x<"_s, { list } },
+        { u"2r"_s, u"1(.x."_s, { list } },
         { u"Annnnn"_s, u"5(..<"_s, { list, list } },
     };
     for (const auto &row : rows) {
@@ -173,13 +199,26 @@ TEST_F(SessionTest, Walks)
 // Items 2, 3 and 5 are marked. The number tells how often the list opened.
 TEST_F(SessionTest, MarkedItems)
 {
-    const struct { QString Steps, Page; int Lists; } rows[] = {
+    const struct {
+        QString Steps, Page;
+        int Lists;
+    } rows[] = {
         // From where the first marked item is reached decides whether one can go back.
-        { u"M"_s, u"2[....m<"_s, 1 }, { u"Mp"_s, u"2[....m"_s, 1 }, { u"Mnp"_s, u"2[....m"_s, 1 }, { u"Mnn"_s, u"5(..m<"_s, 1 },
-        { u"Mnnn"_s, u"5(..m<"_s, 2 }, { u"Mnnpp"_s, u"2[....m"_s, 1 }, { u"Mnnp"_s, u"3[...m<"_s, 1 },
+        { u"M"_s, u"2[....m<"_s, 1 },
+        { u"Mp"_s, u"2[....m"_s, 1 },
+        { u"Mnp"_s, u"2[....m"_s, 1 },
+        { u"Mnn"_s, u"5(..m<"_s, 1 },
+        { u"Mnnn"_s, u"5(..m<"_s, 2 },
+        { u"Mnnpp"_s, u"2[....m"_s, 1 },
+        { u"Mnnp"_s, u"3[...m<"_s, 1 },
         // The mark on the page counts once it is saved, which opening the list does.
-        { u"Mnnmn"_s, u"5(..<"_s, 2 }, { u"Mnnmnn"_s, u"5(..<"_s, 2 }, { u"Mnnmnp"_s, u"3[...m<"_s, 2 },
-        { u"Mnmn"_s, u"5(..m<"_s, 1 }, { u"Mnmnp"_s, u"2[....m"_s, 1 }, { u"MA"_s, u"1(..."_s, 2 }, { u"MAn"_s, u"2[....m<"_s, 2 },
+        { u"Mnnmn"_s, u"5(..<"_s, 2 },
+        { u"Mnnmnn"_s, u"5(..<"_s, 2 },
+        { u"Mnnmnp"_s, u"3[...m<"_s, 2 },
+        { u"Mnmn"_s, u"5(..m<"_s, 1 },
+        { u"Mnmnp"_s, u"2[....m"_s, 1 },
+        { u"MA"_s, u"1(..."_s, 2 },
+        { u"MAn"_s, u"2[....m<"_s, 2 },
     };
     for (const auto &row : rows) {
         SetUpExam();
@@ -204,14 +243,23 @@ TEST_F(SessionTest, MarkedItems)
 TEST_F(SessionTest, StoredAnswersAreRestored)
 {
     const QString limit = u"2[x.x.<"_s;
-    struct Row { int Index; QString Stored, Page; int Boxes = 0; };
-    for (const Row &row : { Row { 2, u"1,3"_s, limit }, Row { 2, u"1,3,4"_s, limit, 1 }, Row { 3, u"1,2,3"_s, u"3[xxx<"_s },
-                            Row { 5, u"1,2"_s, u"5(.x<"_s }, Row { 3, u"4"_s, u"9 "_s }, Row { 3, u"x"_s, u"13 "_s } }) {
+    struct Row {
+        int Index;
+        QString Stored, Page;
+        int Boxes = 0;
+    };
+    for (const Row &row : { Row{ 2, u"1,3"_s, limit }, Row{ 2, u"1,3,4"_s, limit, 1 }, Row{ 3, u"1,2,3"_s, u"3[xxx<"_s },
+                            Row{ 5, u"1,2"_s, u"5(.x<"_s }, Row{ 3, u"4"_s, u"9 "_s }, Row{ 3, u"x"_s, u"13 "_s } }) {
         SetUpExam();
         Session.StartExam();
         Port.Log.clear();
         Item(row.Index).SetAnswer(row.Stored);
-        EXPECT_EQ(ResultOf([&] { Session.GotoQuestion(qint16(row.Index)); return Page(); }), row.Page) << row.Stored.toStdString();
+        EXPECT_EQ(ResultOf([&] {
+                      Session.GotoQuestion(qint16(row.Index));
+                      return Page();
+                  }),
+                  row.Page)
+            << row.Stored.toStdString();
         EXPECT_EQ(Port.Log.size(), row.Boxes) << row.Stored.toStdString();
     }
 }
@@ -229,7 +277,7 @@ TEST_F(SessionTest, Countdown)
     Port.Answer = AnswerYes;
     Port.Meanwhile = [&] { Tick(100); };
     Tick(1);
-    EXPECT_EQ(Port.Log, (QStringList { u"no clock"_s, TimeQuestion, u"clock"_s })) << "asked once";
+    EXPECT_EQ(Port.Log, (QStringList{ u"no clock"_s, TimeQuestion, u"clock"_s })) << "asked once";
     EXPECT_EQ(Session.SecondsRemaining(), 1800);
     EXPECT_EQ(time(), u"Time Remaining:  00:00:00"_s);
     Tick(1);
@@ -247,9 +295,14 @@ TEST_F(SessionTest, Countdown)
         Port.Answer = answer;
         QString saved = u"?"_s;
         bool isEnded = false;
-        Port.Meanwhile = [&] { Port.Meanwhile = [&] { isEnded = Globals::CurrentExam->IsEnded(); saved = Item(1).Answer(); }; };
+        Port.Meanwhile = [&] {
+            Port.Meanwhile = [&] {
+                isEnded = Globals::CurrentExam->IsEnded();
+                saved = Item(1).Answer();
+            };
+        };
         Tick(1);
-        EXPECT_EQ(Port.Log, (QStringList { u"no clock"_s, TimeQuestion, u"report"_s, u"no clock"_s }));
+        EXPECT_EQ(Port.Log, (QStringList{ u"no clock"_s, TimeQuestion, u"report"_s, u"no clock"_s }));
         EXPECT_TRUE(isEnded) << "before the report";
         EXPECT_EQ(saved, u""_s) << "what was on the page does not count";
         EXPECT_EQ(Page() + Session.Page().Status, u"1(:::INCORRECT"_s) << "nor does it stay there";
@@ -266,8 +319,11 @@ TEST_F(SessionTest, ReviewAfterTheExam)
     Do(u"1n14n12n1n"_s);
     Do(u"E"_s);
     EXPECT_TRUE(Session.Page().IsPostExam);
-    const struct { QString Page, Answer, Status; bool HasExplanation; } rows[] = {
-        { u"1(X::"_s, u"Answer: A"_s, u"CORRECT"_s, false }, { u"2[X::X<"_s, u"Answer: A,C"_s, u"INCORRECT"_s, false },
+    const struct {
+        QString Page, Answer, Status;
+        bool HasExplanation;
+    } rows[] = {
+        { u"1(X::"_s, u"Answer: A"_s, u"CORRECT"_s, false },    { u"2[X::X<"_s, u"Answer: A,C"_s, u"INCORRECT"_s, false },
         { u"3[XX:<"_s, u"Answer: A,B"_s, u"CORRECT"_s, false }, { u"4[X:<"_s, u"Answer: "_s, u"INCORRECT"_s, false },
         { u"5(::<"_s, u"Answer: B"_s, u"INCORRECT"_s, true },
     };
@@ -303,7 +359,9 @@ TEST_F(SessionTest, WhatCannotBeDone)
     Session.chkChoices_Click(1, true);
     Port.Meanwhile = [] { throw std::bad_alloc(); };
     Session.cmdExhibit_Click();
-    EXPECT_EQ(Port.Log.last(), u"16 The exhibit cannot be displayed because required files are missing or corrupt. Please reinstall the exam pack."_s);
+    EXPECT_EQ(
+        Port.Log.last(),
+        u"16 The exhibit cannot be displayed because required files are missing or corrupt. Please reinstall the exam pack."_s);
     Session.GotoQuestion(1);
     EXPECT_EQ(Page(), u"1(.x."_s);
 }

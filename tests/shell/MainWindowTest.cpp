@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "shell/frmAbout.h"
 #include "shell/frmMain.h"
 
@@ -15,9 +16,18 @@ using namespace Windows;
 static size_t refusedSize = SIZE_MAX; // a request for so much memory fails
 
 // Inlined, either half would look like a mismatch to the compiler.
-[[gnu::noinline]] void *operator new(size_t size) { return size < refusedSize ? std::malloc(size) : throw std::bad_alloc(); }
-[[gnu::noinline]] void operator delete(void *memory) noexcept { std::free(memory); }
-[[gnu::noinline]] void operator delete(void *memory, size_t) noexcept { std::free(memory); }
+[[gnu::noinline]] void *operator new(size_t size)
+{
+    return size < refusedSize ? std::malloc(size) : throw std::bad_alloc();
+}
+[[gnu::noinline]] void operator delete(void *memory) noexcept
+{
+    std::free(memory);
+}
+[[gnu::noinline]] void operator delete(void *memory, size_t) noexcept
+{
+    std::free(memory);
+}
 
 namespace {
 
@@ -127,7 +137,8 @@ TEST_F(MainWindowTest, StartingByKeyboardAndMouse)
         ShowMain();
         Boxes.Expect(u"Please select an exam to start"_s, ExclamationMessage);
         QTest::keyClick(List, Qt::Key_Return);
-        for (const auto key : { Qt::Key_Up, Qt::Key_PageDown, Qt::Key_PageUp, Qt::Key_Home, Qt::Key_End, count == 2 ? Qt::Key_N : Qt::Key_Down }) {
+        for (const auto key : { Qt::Key_Up, Qt::Key_PageDown, Qt::Key_PageUp, Qt::Key_Home, Qt::Key_End,
+                                count == 2 ? Qt::Key_N : Qt::Key_Down }) {
             List->clearSelection();
             QTest::keyClick(List, key);
             EXPECT_EQ(List->selectionModel()->selectedRows().value(0).row(), 0) << key;
@@ -160,12 +171,13 @@ TEST_F(MainWindowTest, ExitIsConfirmed)
     for (const int answer : { AnswerNo, AnswerNo, NoAnswer })
         Boxes.Expect(u"Are you sure you want to exit Practorium?"_s, QuestionMessage, answer);
     EXPECT_EQ(RunLoop([&] {
-        Window.close();
-        Click(&Window, u"cmdExit"_s);
-        EXPECT_TRUE(Window.isVisible());
-        Window.close();
-        EXPECT_FALSE(Window.isVisible()) << "any answer but No";
-    }), 0);
+                  Window.close();
+                  Click(&Window, u"cmdExit"_s);
+                  EXPECT_TRUE(Window.isVisible());
+                  Window.close();
+                  EXPECT_FALSE(Window.isVisible()) << "any answer but No";
+              }),
+              0);
 }
 
 TEST(AboutTest, TextsAndSystemInformation)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "shell/frmReport.h"
 
 #include "shell/ReportSheet.h"
@@ -19,7 +20,8 @@ namespace {
 // at: ten dots a millimetre, x from the left margin.
 class Sheet : public QPdfWriter {
 public:
-    explicit Sheet(QPageSize::PageSizeId size) : QPdfWriter(Sandbox::Path(u"sheet.pdf"_s))
+    explicit Sheet(QPageSize::PageSizeId size)
+        : QPdfWriter(Sandbox::Path(u"sheet.pdf"_s))
     {
         setResolution(254);
         setPageSize(QPageSize(size));
@@ -30,7 +32,10 @@ public:
         m_picture.setDotsPerMeterY(10'000);
     }
     bool setPageMargins(const QMarginsF &, QPageLayout::Unit) override { return false; }
-    QColor At(double x, double y) const { return m_picture.pixelColor(qRound(x * 10) + m_picture.width() / 2 - 850, qRound(y * 10)); }
+    QColor At(double x, double y) const
+    {
+        return m_picture.pixelColor(qRound(x * 10) + m_picture.width() / 2 - 850, qRound(y * 10));
+    }
     // Where there is ink in a part of the sheet.
     QRectF Ink(int x, int y, int width, int height) const
     {
@@ -73,20 +78,25 @@ TEST_F(ReportWindowTest, ShowsTheResult)
         frmReport window(nullptr);
         window.Load();
         Show(&window);
-        EXPECT_EQ(Find<QLabel>(&window, u"lblMessage"_s)->text(), headline
-            + u"\r\nA score of 700 or better was required to pass this exam.\r\nYour score was "_s + QString::number(right * 250));
+        EXPECT_EQ(Find<QLabel>(&window, u"lblMessage"_s)->text(),
+                  headline + u"\r\nA score of 700 or better was required to pass this exam.\r\nYour score was "_s
+                      + QString::number(right * 250));
         const auto box = [&](const QString &name) { return Find<QWidget>(&window, name)->geometry(); };
         const QImage picture = Find<QWidget>(&window, u"picScores"_s)->grab().toImage();
-        for (const auto &[bar, share, fill] : { std::tuple{ u"shpRequired"_s, 0.7, QColor(58, 153, 239) }, { u"shpObtained"_s, right / 4.0, colour } }) {
+        for (const auto &[bar, share, fill] :
+             { std::tuple{ u"shpRequired"_s, 0.7, QColor(58, 153, 239) }, { u"shpObtained"_s, right / 4.0, colour } }) {
             EXPECT_NEAR(box(bar).width(), box(u"picScores"_s).width() * share, 1);
             EXPECT_EQ(picture.pixelColor(3, qRound(box(bar).center().y() * picture.devicePixelRatio())), fill);
         }
         // From top to bottom: 500 twips, the logo, the result, 200 twips, the scores, and the buttons below their sides.
-        const QRect logo = box(u"picLogo"_s), result = box(u"lblMessage"_s), scores = box(u"fraScores"_s), print = box(u"cmdPrint"_s);
-        EXPECT_TRUE(logo.top() == 33 && std::abs(result.top() - logo.bottom()) <= 2 && std::abs(scores.top() - result.bottom() - 14) <= 1);
+        const QRect logo = box(u"picLogo"_s), result = box(u"lblMessage"_s), scores = box(u"fraScores"_s),
+                    print = box(u"cmdPrint"_s);
+        EXPECT_TRUE(logo.top() == 33 && std::abs(result.top() - logo.bottom()) <= 2
+                    && std::abs(scores.top() - result.bottom() - 14) <= 1);
         for (const QRect &centred : { logo, result, scores })
             EXPECT_NEAR(centred.center().x(), window.rect().center().x(), 1);
-        EXPECT_TRUE(print.left() == scores.left() && print.top() == window.height() - 2 * print.height() && print.top() > scores.bottom());
+        EXPECT_TRUE(print.left() == scores.left() && print.top() == window.height() - 2 * print.height()
+                    && print.top() > scores.bottom());
         EXPECT_EQ(box(u"cmdExit"_s).bottomRight(), QPoint(scores.right(), print.bottom()));
     }
 }
@@ -100,12 +110,15 @@ TEST_F(ReportWindowTest, PrintedPage)
         const QRectF logo = sheet.Ink(0, 0, 170, 54);
         EXPECT_TRUE(std::abs(logo.left()) < 1 && std::abs(logo.width() - 46) < 2 && logo.height() > 8) << logo.width();
         // From the code to the date, both lines of the title, from score to grade, the last two lines.
-        for (const auto &[y, width] : { std::pair{ 55, 168 }, { 60, 120 }, { 65, 120 }, { 145, 168 }, { 250, 80 }, { 255, 20 } }) {
+        for (const auto &[y, width] :
+             { std::pair{ 55, 168 }, { 60, 120 }, { 65, 120 }, { 145, 168 }, { 250, 80 }, { 255, 20 } }) {
             const QRectF ink = sheet.Ink(0, y, 170, 5);
-            EXPECT_TRUE(ink.height() > 1.2 && ink.height() < 4 && ink.width() > width) << size << ' ' << y << ' ' << ink.width();
+            EXPECT_TRUE(ink.height() > 1.2 && ink.height() < 4 && ink.width() > width)
+                << size << ' ' << y << ' ' << ink.width();
         }
         EXPECT_NEAR(sheet.Ink(0, 255, 170, 5).center().x(), 85, 1);
-        for (const auto &[y, share, colour] : { std::tuple{ 106, 70, QColor(58, 153, 239) }, { 116, 40, QColor(228, 78, 39) } }) {
+        for (const auto &[y, share, colour] :
+             { std::tuple{ 106, 70, QColor(58, 153, 239) }, { 116, 40, QColor(228, 78, 39) } }) {
             const double end = 30 + share * 1.3;
             for (const auto &[x, ink] : { std::pair{ 30.4, colour }, { end - 0.3, colour }, { end + 0.4, QColor(Qt::white) } })
                 EXPECT_TRUE(sheet.At(x, y + 0.3) == ink && sheet.At(x, y + 7.7) == ink) << size << ' ' << x << ' ' << y;
@@ -117,7 +130,11 @@ TEST_F(ReportWindowTest, PrintedPage)
 TEST_F(ReportWindowTest, Printed)
 {
     const QString x60(60, u'x');
-    for (const auto &[code, job] : { std::pair{ u"EX-101"_s, u"EX-101"_s }, { u"A\n\x01" "B\0C"_s, u"AB"_s }, { x60 + x60, x60 + u"..."_s } }) {
+    for (const auto &[code, job] : { std::pair{ u"EX-101"_s, u"EX-101"_s },
+                                     { u"A\n\x01"
+                                       "B\0C"_s,
+                                       u"AB"_s },
+                                     { x60 + x60, x60 + u"..."_s } }) {
         QPrinter printer;
         printer.setOutputFileName(Sandbox::Path(u"printed.pdf"_s));
         ReportSheet::Print(printer, code, u"Sample"_s, { 1000, 700, 400 });

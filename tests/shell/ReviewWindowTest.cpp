@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "shell/frmReview.h"
 
 #include "session/frmExam.h"
@@ -52,9 +53,17 @@ protected:
 // Each with its answer behind a red flag, a green tick or an empty box.
 TEST_F(ReviewWindowTest, ShowsTheItemsInOrder)
 {
-    const struct { int Solutions; QString Answer; bool IsMarked; QString Text; QChar Picture; } rows[] = {
-        { 1, u""_s, false, u"1"_s, u'-' }, { 1, u"2"_s, false, u"2 - B"_s, u'g' }, { 2, u"1,2"_s, false, u"3 - A,B"_s, u'g' },
-        { 2, u"1"_s, false, u"4 - A"_s, u'-' }, { 0, u""_s, false, u"5"_s, u'g' }, { 1, u""_s, true, u"6"_s, u'r' }, { 1, u"1"_s, true, u"7 - A"_s, u'r' },
+    const struct {
+        int Solutions;
+        QString Answer;
+        bool IsMarked;
+        QString Text;
+        QChar Picture;
+    } rows[] = {
+        { 1, u""_s, false, u"1"_s, u'-' },          { 1, u"2"_s, false, u"2 - B"_s, u'g' },
+        { 2, u"1,2"_s, false, u"3 - A,B"_s, u'g' }, { 2, u"1"_s, false, u"4 - A"_s, u'-' },
+        { 0, u""_s, false, u"5"_s, u'g' },          { 1, u""_s, true, u"6"_s, u'r' },
+        { 1, u"1"_s, true, u"7 - A"_s, u'r' },
     };
     for (int row = 0; row < 7; ++row) {
         Open();
@@ -69,7 +78,8 @@ TEST_F(ReviewWindowTest, ShowsTheItemsInOrder)
     EXPECT_EQ(List->count(), 12);
     for (int row = 0; row < 7; ++row) {
         EXPECT_EQ(List->item(row)->text(), rows[row].Text);
-        const QImage icon = List->viewport()->grab(QRect(CentreOf(row) - QPoint(CentreOf(0).x() - 1, 12), QSize(22, 24))).toImage();
+        const QImage icon
+            = List->viewport()->grab(QRect(CentreOf(row) - QPoint(CentreOf(0).x() - 1, 12), QSize(22, 24))).toImage();
         int red = 0, green = 0, grey = 0;
         for (int dot = 0; dot < icon.width() * icon.height(); ++dot) {
             const QColor ink = icon.pixelColor(dot % icon.width(), dot / icon.width());
@@ -83,8 +93,13 @@ TEST_F(ReviewWindowTest, ShowsTheItemsInOrder)
 TEST_F(ReviewWindowTest, NumberField)
 {
     Open();
-    for (const auto &[text, held] : { std::pair{ u"  "_s, u"  "_s }, { u"12"_s, u"12"_s }, { u"13"_s, u"12"_s }, { u"000"_s, u"1"_s },
-                                      { u"x"_s, u"1"_s }, { u"-3"_s, u"1"_s }, { u"9"_s.repeated(400), u"12"_s } }) {
+    for (const auto &[text, held] : { std::pair{ u"  "_s, u"  "_s },
+                                      { u"12"_s, u"12"_s },
+                                      { u"13"_s, u"12"_s },
+                                      { u"000"_s, u"1"_s },
+                                      { u"x"_s, u"1"_s },
+                                      { u"-3"_s, u"1"_s },
+                                      { u"9"_s.repeated(400), u"12"_s } }) {
         Field->setText(text);
         EXPECT_EQ(Field->text(), held);
     }
@@ -115,14 +130,36 @@ TEST_F(ReviewWindowTest, ListTakesDigitsOnly)
 TEST_F(ReviewWindowTest, WaysBackToTheExam)
 {
     Globals::CurrentExam->Questions().Item(3)->SetIsMarked(true);
-    const struct { QString Way; std::function<void()> Go; int Index; int Mode; } rows[] = {
-        { u"number and button"_s, [this] { Type(u"7x9"_s); Click(Window.get(), u"cmdGoTo"_s); }, 7, 0 },
-        { u"number and Enter"_s, [this] { Type(u"12"_s); QTest::keyClick(Field, Qt::Key_Return); }, 12, 0 },
-        { u"double-click"_s, [this] {
-             QTest::mouseClick(List->viewport(), Qt::LeftButton, Qt::NoModifier, CentreOf(3));
-             QTest::mouseDClick(List->viewport(), Qt::LeftButton, Qt::NoModifier, CentreOf(3));
-         }, 4, 0 },
-        { u"Enter in the list"_s, [this] { List->setCurrentRow(9); QTest::keyClick(List, Qt::Key_Return); }, 10, 0 },
+    const struct {
+        QString Way;
+        std::function<void()> Go;
+        int Index;
+        int Mode;
+    } rows[] = {
+        { u"number and button"_s,
+          [this] {
+              Type(u"7x9"_s);
+              Click(Window.get(), u"cmdGoTo"_s);
+          },
+          7, 0 },
+        { u"number and Enter"_s,
+          [this] {
+              Type(u"12"_s);
+              QTest::keyClick(Field, Qt::Key_Return);
+          },
+          12, 0 },
+        { u"double-click"_s,
+          [this] {
+              QTest::mouseClick(List->viewport(), Qt::LeftButton, Qt::NoModifier, CentreOf(3));
+              QTest::mouseDClick(List->viewport(), Qt::LeftButton, Qt::NoModifier, CentreOf(3));
+          },
+          4, 0 },
+        { u"Enter in the list"_s,
+          [this] {
+              List->setCurrentRow(9);
+              QTest::keyClick(List, Qt::Key_Return);
+          },
+          10, 0 },
         { u"review all"_s, [this] { Click(Window.get(), u"cmdReviewAll"_s); }, 1, 1 },
         { u"review marked"_s, [this] { Click(Window.get(), u"cmdReviewMarked"_s); }, 3, 2 },
         { u"Escape in the list"_s, [this] { QTest::keyClick(List, Qt::Key_Escape); }, 5, 0 },
@@ -133,7 +170,8 @@ TEST_F(ReviewWindowTest, WaysBackToTheExam)
         Open();
         row.Go();
         EXPECT_FALSE(Window->isVisible()) << row.Way.toStdString();
-        EXPECT_TRUE(Exam.Session().CurrentIndex() == row.Index && Exam.Session().ReviewMode() == row.Mode) << row.Way.toStdString();
+        EXPECT_TRUE(Exam.Session().CurrentIndex() == row.Index && Exam.Session().ReviewMode() == row.Mode)
+            << row.Way.toStdString();
     }
 }
 

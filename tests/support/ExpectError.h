@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include "common/Error.h"
@@ -10,8 +11,7 @@
 
 // What an operation returns, as text ("none" for nothing), or the error that it
 // raises as its number and source, such as "62 Exam::Save()".
-template <class Operation>
-QString ResultOf(Operation &&operation)
+template <class Operation> QString ResultOf(Operation &&operation)
 {
     try {
         using Result = decltype(operation());

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/support/Program.h"
 
 #include "tests/support/Sandbox.h"
@@ -10,8 +11,7 @@
 
 using namespace Qt::Literals::StringLiterals;
 
-Outcome OutcomeOf(const QString &program, const QStringList &arguments, const Preparation &prepare,
-                  const QByteArray &input)
+Outcome OutcomeOf(const QString &program, const QStringList &arguments, const Preparation &prepare, const QByteArray &input)
 {
     QProcess process;
     process.setWorkingDirectory(Sandbox::Path({}));

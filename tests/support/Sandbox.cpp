@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/support/Sandbox.h"
 
 #include "model/Globals.h"
@@ -21,8 +22,8 @@ void FailOnWarning(QtMsgType type, const QMessageLogContext &, const QString &te
     // The platform without a screen says this of every window with a fixed
     // size, and nothing is wrong then. Wine 8 does not know the newest way of
     // scaling that the library asks for, and some calls not at all.
-    const bool harmless = text.contains("This plugin does not support"_L1) || text.startsWith("SetProcessDpiAwarenessContext("_L1)
-        || text.contains("(Call not implemented.)"_L1);
+    const bool harmless = text.contains("This plugin does not support"_L1)
+        || text.startsWith("SetProcessDpiAwarenessContext("_L1) || text.contains("(Call not implemented.)"_L1);
     if (type != QtDebugMsg && type != QtInfoMsg && !harmless)
         std::abort();
 }
@@ -33,7 +34,8 @@ Sandbox::Sandbox()
 {
     root = QDir::toNativeSeparators(m_folder.path());
     qputenv("HOME", root.toLocal8Bit());
-    for (const char *name : { "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR", "TMPDIR" }) {
+    for (const char *name :
+         { "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR", "TMPDIR" }) {
         const QString folder = Path(QString::fromLatin1(name).toLower());
         QDir().mkpath(folder);
         QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);

@@ -1,7 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/support/SmallDisk.h"
 
-struct SmallDisk::System {
-};
+struct SmallDisk::System { };
 
 SmallDisk::SmallDisk(quint64) { }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 #include "tests/support/Messages.h"
@@ -15,8 +16,7 @@ namespace Windows {
 constexpr int Patience = 10'000; // milliseconds
 
 // The control of that name. Without one the program ends and tells what there is.
-template <class Widget = QWidget>
-Widget *Find(const QWidget *window, const QString &name)
+template <class Widget = QWidget> Widget *Find(const QWidget *window, const QString &name)
 {
     if (auto *widget = window->findChild<Widget *>(name))
         return widget;

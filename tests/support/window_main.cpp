@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/support/Sandbox.h"
 #include "ui/HeldKeys.h"
 #include "ui/Messages.h"

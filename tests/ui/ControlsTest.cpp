@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ui/Browser.h"
 #include "ui/LinkLabel.h"
 #include "ui/Panel.h"
@@ -97,15 +98,27 @@ TEST_F(LinkLabelTest, ClicksAndKeys)
     link.SetCaption(u"a link"_s);
     Show(&link);
     QSignalSpy clicks(&link, &LinkLabel::Click);
-    const struct { QString HRef; std::function<void()> Press; QString Opened; bool IsClick = true; } rows[] = {
+    const struct {
+        QString HRef;
+        std::function<void()> Press;
+        QString Opened;
+        bool IsClick = true;
+    } rows[] = {
         { u"  http://a.example "_s, [&] { Click(&link); }, u"http://a.example"_s },
         { u"http://b.example"_s, [&] { QTest::keyClick(&link, Qt::Key_Return); }, u"http://b.example"_s },
         { u"   "_s, [&] { QTest::keyClick(&link, Qt::Key_Enter); }, u""_s },
-        { u" "_s, [&] { for (const auto button : { Qt::RightButton, Qt::LeftButton }) QTest::mouseDClick(link.windowHandle(), button); }, u""_s },
-        { u"http://f.example"_s, [&] {
-             QTest::mousePress(&link, Qt::LeftButton);
-             QTest::mouseRelease(&link, Qt::LeftButton, Qt::NoModifier, QPoint(-5, -5));
-         }, u""_s, false },
+        { u" "_s,
+          [&] {
+              for (const auto button : { Qt::RightButton, Qt::LeftButton })
+                  QTest::mouseDClick(link.windowHandle(), button);
+          },
+          u""_s },
+        { u"http://f.example"_s,
+          [&] {
+              QTest::mousePress(&link, Qt::LeftButton);
+              QTest::mouseRelease(&link, Qt::LeftButton, Qt::NoModifier, QPoint(-5, -5));
+          },
+          u""_s, false },
     };
     for (const auto &row : rows) {
         clicks.clear();
@@ -145,9 +158,12 @@ TEST(TextBlockTest, WrapsAnything)
     const int line = block.HeightForWidth(400);
     EXPECT_GT(line, 0) << "an empty text takes a line";
     const int wide = block.fontMetrics().horizontalAdvance(u"M"_s.repeated(20)) + 2;
-    const struct { QString Text; int Lines; } rows[] = {
-        { u"M"_s.repeated(20), 1 }, { u"M"_s.repeated(21), 2 }, { u"a\r\nb\rc\nd"_s, 4 }, { u"a\r\n\r\nb"_s, 3 },
-        { u"a\0\nb"_s, 1 }, { u"<br><br>"_s, 1 },
+    const struct {
+        QString Text;
+        int Lines;
+    } rows[] = {
+        { u"M"_s.repeated(20), 1 }, { u"M"_s.repeated(21), 2 }, { u"a\r\nb\rc\nd"_s, 4 },
+        { u"a\r\n\r\nb"_s, 3 },     { u"a\0\nb"_s, 1 },         { u"<br><br>"_s, 1 },
     };
     for (const auto &row : rows) {
         block.SetText(row.Text);

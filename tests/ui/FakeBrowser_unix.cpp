@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/ui/FakeBrowser.h"
 
 #include "tests/support/Sandbox.h"

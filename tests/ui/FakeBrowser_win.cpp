@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tests/ui/FakeBrowser.h"
 
 #include "common/WidePath_win.h"
@@ -38,7 +39,8 @@ FakeBrowser::FakeBrowser()
     , m_before(ClassOf(Document))
 {
     SetClass(Document, OwnClass);
-    SetClass(OwnClass + u"\\shell\\open\\command"_s, u'"' + QDir::toNativeSeparators(QStringLiteral(FAKE_BROWSER)) + u"\" \"%1\""_s);
+    SetClass(OwnClass + u"\\shell\\open\\command"_s,
+             u'"' + QDir::toNativeSeparators(QStringLiteral(FAKE_BROWSER)) + u"\" \"%1\""_s);
     qputenv("FAKE_BROWSER_LOG", m_log.toLocal8Bit());
     QFile::remove(m_log);
 }

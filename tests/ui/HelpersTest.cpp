@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ui/Busy.h"
 #include "ui/Layout.h"
 
@@ -29,7 +30,8 @@ TEST(HelpersTest, BusyAndBack)
     EndBusy();
     EXPECT_TRUE(usual.isEnabled() && late.isEnabled());
     EXPECT_TRUE(owned[0]->isEnabled() && owned[4]->isEnabled());
-    EXPECT_FALSE(owned[5]->isEnabled() || owned[6]->isEnabled() || disabled.isEnabled() || ofDisabled.isEnabled()) << "as before";
+    EXPECT_FALSE(owned[5]->isEnabled() || owned[6]->isEnabled() || disabled.isEnabled() || ofDisabled.isEnabled())
+        << "as before";
     disabled.setEnabled(true);
     EXPECT_TRUE(ofDisabled.isEnabled()) << "its owner's state was not its own";
     EXPECT_EQ(QApplication::overrideCursor(), nullptr);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ui/Guard.h"
 #include "tests/support/Windows.h"
 
@@ -22,7 +23,12 @@ TEST(MessagesTest, Templates)
 TEST(MessagesTest, Boxes)
 {
     using Box = QMessageBox;
-    struct Row { int Style; Box::StandardButtons Buttons; Box::StandardButton Default, Pressed; int Answer; };
+    struct Row {
+        int Style;
+        Box::StandardButtons Buttons;
+        Box::StandardButton Default, Pressed;
+        int Answer;
+    };
     const Row rows[] = {
         { 0, Box::Ok, Box::Ok, Box::Ok, 1 },
         { 16, Box::Ok, Box::Ok, Box::Ok, 1 },
@@ -51,7 +57,7 @@ TEST(MessagesTest, Boxes)
         EXPECT_EQ(ShowMessage(u"<b>{1}</b>{CRLF}&amp;\0cut"_s, row.Style), row.Answer);
     }
     for (const int style : icons.keys())
-        EXPECT_EQ(icons.keys(icons[style]), QList<int> { style }) << "each has an icon of its own";
+        EXPECT_EQ(icons.keys(icons[style]), QList<int>{ style }) << "each has an icon of its own";
 }
 
 // Whoever wrote the text, the button stays on the screen.
@@ -69,9 +75,13 @@ TEST(MessagesTest, EndlessTexts)
 // What is meant for the window below does not answer a box that comes by itself.
 TEST(MessagesTest, UnaskedBoxesWait)
 {
-    const struct { int Answer; void (*Do)(QWidget *box, QPoint no); } ways[] = {
+    const struct {
+        int Answer;
+        void (*Do)(QWidget *box, QPoint no);
+    } ways[] = {
         { AnswerYes, [](QWidget *box, QPoint) { QTest::keyClick(box, Qt::Key_Return); } },
-        { AnswerNo, [](QWidget *box, QPoint no) { QTest::mouseClick(box->windowHandle(), Qt::LeftButton, Qt::NoModifier, no); } },
+        { AnswerNo,
+          [](QWidget *box, QPoint no) { QTest::mouseClick(box->windowHandle(), Qt::LeftButton, Qt::NoModifier, no); } },
         { AnswerNo, [](QWidget *box, QPoint) { box->windowHandle()->close(); } },
     };
     for (const auto &way : ways) {
@@ -129,11 +139,18 @@ TEST(MessagesTest, KeysThatActOnce)
     Show(&probe);
     probe.setFocusPolicy(Qt::StrongFocus);
     probe.setFocus();
-    const struct { HeldKey Key; int Presses, PressesInText; } rows[] = {
-        { { Qt::Key_Return, false, u"\r"_s }, 1, 1 }, { { Qt::Key_Enter, false, u"\r"_s, Qt::ControlModifier }, 1, 1 },
-        { { Qt::Key_Escape, false, u"\x1b"_s }, 1, 1 }, { { Qt::Key_N, false, u"n"_s, Qt::AltModifier }, 1, 1 },
-        { { Qt::Key_Space, false, u" "_s }, 1, 4 }, { { Qt::Key_C, false, u"C"_s, Qt::ShiftModifier }, 1, 4 },
-        { { Qt::Key_Tab, false, u"\t"_s }, 4, 4 }, { { Qt::Key_PageDown, false }, 4, 4 },
+    const struct {
+        HeldKey Key;
+        int Presses, PressesInText;
+    } rows[] = {
+        { { Qt::Key_Return, false, u"\r"_s }, 1, 1 },
+        { { Qt::Key_Enter, false, u"\r"_s, Qt::ControlModifier }, 1, 1 },
+        { { Qt::Key_Escape, false, u"\x1b"_s }, 1, 1 },
+        { { Qt::Key_N, false, u"n"_s, Qt::AltModifier }, 1, 1 },
+        { { Qt::Key_Space, false, u" "_s }, 1, 4 },
+        { { Qt::Key_C, false, u"C"_s, Qt::ShiftModifier }, 1, 4 },
+        { { Qt::Key_Tab, false, u"\t"_s }, 4, 4 },
+        { { Qt::Key_PageDown, false }, 4, 4 },
         { { Qt::Key_Plus, false, u"+"_s, Qt::ControlModifier }, 4, 4 },
     };
     for (auto row : rows) {
@@ -149,8 +166,12 @@ TEST(MessagesTest, KeysThatActOnce)
 
 TEST(MessagesTest, UnhandledErrors)
 {
-    const struct { std::function<void()> Action; QString Message; } rows[] = {
-        { [] { throw Error(qint32(0x80040001), u"{1} <b>\0behind"_s, u"X::Y()"_s); }, u"Run-time error '-2147221503':\r\n\r\n{1} <b>"_s },
+    const struct {
+        std::function<void()> Action;
+        QString Message;
+    } rows[] = {
+        { [] { throw Error(qint32(0x80040001), u"{1} <b>\0behind"_s, u"X::Y()"_s); },
+          u"Run-time error '-2147221503':\r\n\r\n{1} <b>"_s },
         { [] { throw Error::RunTime(TypeMismatch); }, u"Run-time error '13':\r\n\r\nType mismatch"_s },
         { [] { throw std::bad_alloc(); }, u"Run-time error '7':\r\n\r\nOut of memory"_s },
     };

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // practorium-icons FOLDER: writes the icons of the Windows program, drawn from
 // the same vectors as its windows, as practorium.ico and exam.ico.
 #include "resources/Artwork.h"

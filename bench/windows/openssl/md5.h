@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 // What load_floor takes from OpenSSL, by the system's own service: there is no
