@@ -3,9 +3,9 @@
 
 #include "download/frmExamDownloader.h"
 #include "resources/Artwork.h"
-#include "shell/frmAbout.h"
-#include "shell/frmReport.h"
-#include "shell/frmReview.h"
+#include "shell/view/frmAbout.h"
+#include "shell/view/frmReport.h"
+#include "shell/view/frmReview.h"
 #include "ui/Guard.h"
 
 #include <QApplication>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "common/MessageStyle.h"
 #include "download/Message.h"
 
 #include <QString>
@@ -12,7 +13,7 @@ class ConversationPort {
 public:
     virtual ~ConversationPort() = default;
     // As ShowMessage does: the button pressed.
-    virtual int Ask(const QString &text, int style, const QVariantList &values = {}) = 0;
+    virtual MessageAnswer Ask(const QString &text, MessageStyle style, const QVariantList &values = {}) = 0;
     virtual void UpdateStatus(const QString &text) = 0;
     // Posts a packed message to the service once the one before has been
     // answered. Raises an Error when the request cannot be started.

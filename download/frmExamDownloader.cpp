@@ -13,7 +13,7 @@
 #include "ui/Panel.h"
 #include "ui/TextBlock.h"
 #include "ui/Theme.h"
-#include "ui/Twips.h"
+#include "common/Twips.h"
 
 #include <QCheckBox>
 #include <QCoreApplication>
@@ -187,7 +187,7 @@ void frmExamDownloader::showEvent(QShowEvent *event)
     // A window that comes back from the task bar keeps its progress.
     if (m_fullWidth > 0)
         return;
-    m_fullWidth = Twips::Of(picProgress->width() - 2);
+    m_fullWidth = Twips::FromPixels(picProgress->width() - 2);
     shpProgress->setGeometry(1, 1, 0, ProgressHeight - 2);
 }
 
@@ -239,9 +239,9 @@ bool frmExamDownloader::eventFilter(QObject *watched, QEvent *event)
 }
 
 // These come when the network answers, not when the candidate expects them.
-int frmExamDownloader::Ask(const QString &text, int style, const QVariantList &values)
+MessageAnswer frmExamDownloader::Ask(const QString &text, MessageStyle style, const QVariantList &values)
 {
-    return ShowUnaskedMessage(text, style, values);
+    return ShowUnpromptedMessage(text, style, values);
 }
 
 void frmExamDownloader::UpdateStatus(const QString &text)

@@ -45,7 +45,7 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    int Ask(const QString &text, int style, const QVariantList &values) override;
+    MessageAnswer Ask(const QString &text, MessageStyle style, const QVariantList &values) override;
     void UpdateStatus(const QString &text) override;
     void Post(const QString &message) override;
     void Fetch(const QString &sessionID, const QString &examID) override;

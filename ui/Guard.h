@@ -6,7 +6,7 @@
 #include <new>
 #include <utility>
 
-// Tells the user of an error that nothing trapped, its number and its
+// Reports an error that nothing trapped to the user, with its number and its
 // description, and ends the program's event loops with exit code 1.
 void ReportUnhandled(const Error &error);
 

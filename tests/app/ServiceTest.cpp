@@ -115,7 +115,7 @@ TEST_F(ServiceTest, FromStartToTheReport)
 
     // The one is declined, the other replaced by what is sold now.
     Sell(u"LNX-1"_s, u"Linux, second edition"_s);
-    const auto overwrite = [&](const QString &exam, int answer) {
+    const auto overwrite = [&](const QString &exam, MessageAnswer answer) {
         Shown.Expect(u"Exam "_s + exam
                          + u" is already installed on this computer. Do you want to overwrite the existing exam?"_s,
                      QuestionMessage, answer);

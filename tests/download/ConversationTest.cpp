@@ -22,7 +22,7 @@ QString Overwrite(int examID)
 // Writes down what the conversation asks for.
 class ScriptedPort : public ConversationPort {
 public:
-    int Ask(const QString &text, int style, const QVariantList &values) override
+    MessageAnswer Ask(const QString &text, MessageStyle style, const QVariantList &values) override
     {
         Write(QString::number(style) + u' ' + Common::FormatText(text, values, Common::LineBreakMarker::Exact));
         return Answer;
@@ -58,7 +58,7 @@ public:
     QString Broken;
     bool AllInstalled = false;
     bool CannotPost = false;
-    int Answer = AnswerOK;
+    MessageAnswer Answer = AnswerOK;
     std::function<void()> AtNextBox;
 
 private:
@@ -176,7 +176,7 @@ TEST_F(ConversationTest, OverwriteQuestion)
     const QString completed = u"|status Completed|end well"_s;
     const struct {
         QString Data;
-        int Answer;
+        MessageAnswer Answer;
         QString Lines;
     } rows[] = {
         { u"101"_s, AnswerYes, Overwrite(101) + u"|fetch 7 101"_s },
@@ -233,7 +233,7 @@ TEST_F(ConversationTest, Stopped)
 {
     const struct {
         QString Data; // of the list; empty where it has not come yet
-        int Answer;
+        MessageAnswer Answer;
         QString Box; // in which the run is stopped
     } rows[] = {
         { u""_s, AnswerOK, u""_s },

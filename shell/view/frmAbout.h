@@ -11,7 +11,7 @@ class frmAbout : public QDialog {
 public:
     explicit frmAbout(QWidget *owner);
 
-    // Starts the system's system-information tool, or tells that there is none.
+    // Starts the system's system-information tool, or reports that there is none.
     static void StartSysInfo();
 
 protected:

@@ -9,7 +9,7 @@ class QPushButton;
 class TextBlock;
 struct PageState;
 
-// The panel that tells, after the exam, the key of the item on the page and
+// The panel that shows, after the exam, the key of the item on the page and
 // whether the answer was right. It is as large as these need. It reports how
 // the pointer drags it and leaves the moving to its frame.
 class InfoPanel : public Panel {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "session/OptionRows.h"
+#include "session/view/OptionRows.h"
 
 #include "common/Common.h"
 #include "session/PageLayout.h"
@@ -101,7 +101,7 @@ void OptionRows::Fill(Row &row)
     if (shown == row.Radio)
         hidden = row.Check;
     shown->setVisible(isShown);
-    // Hiding it first would hand the focus to whatever row comes next.
+    // Hiding it first would move the focus to the row that comes next.
     if (isShown && hidden == m_content->window()->focusWidget())
         shown->setFocus(Qt::OtherFocusReason);
     hidden->hide();
@@ -249,7 +249,7 @@ double OptionRows::Arrange(double questionWidth, double questionHeight)
         m_selectorSize.rwidth() += selector->fontMetrics().horizontalAdvance(u'W')
             - selector->fontMetrics().horizontalAdvance(selector->text().left(1)) + SelectorGap;
     }
-    const double selectorWidth = Twips::Of(m_selectorSize.width() + Inset);
+    const double selectorWidth = Twips::FromPixels(m_selectorSize.width() + Inset);
     m_labelWidth = Twips::ToPixels(PageLayout::LabelWidth(questionWidth, selectorWidth));
     // The letter stands on the line of the text's first row.
     m_topInset = std::max(0, (m_selectorSize.height() - first.Label->fontMetrics().height()) / 2);
@@ -261,7 +261,7 @@ double OptionRows::Arrange(double questionWidth, double questionHeight)
     m_heights.clear();
     for (size_t index = 0; index < Count(); ++index) {
         m_heights.push_back(std::max(TextHeight(index, m_labelWidth), m_selectorSize.height()));
-        heights.push_back(Twips::Of(m_heights.back()));
+        heights.push_back(Twips::FromPixels(m_heights.back()));
     }
     const PageLayout::Rows places = PageLayout::ArrangeRows(questionHeight, heights);
     m_tops.clear();

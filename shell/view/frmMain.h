@@ -19,7 +19,7 @@ public:
     // Fills the window. It can be on the screen by then: what is slow about a
     // first window is everything that has a text.
     void Load();
-    // Rebuilds the list, which then has the focus; a failure is told in a
+    // Rebuilds the list, which then has the focus; a failure is reported in a
     // message box.
     void RefreshExamList();
 

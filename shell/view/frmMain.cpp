@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "shell/frmMain.h"
+#include "shell/view/frmMain.h"
 
 #include "common/Common.h"
 #include "model/Globals.h"
-#include "shell/CatalogueModel.h"
-#include "shell/LogoView.h"
+#include "shell/view/CatalogueModel.h"
+#include "shell/view/LogoView.h"
 #include "ui/Busy.h"
 #include "ui/Guard.h"
 #include "ui/Layout.h"
@@ -19,6 +19,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QStyledItemDelegate>
 #include <QTreeView>
 #include <QVBoxLayout>
@@ -165,10 +166,11 @@ void frmMain::cmdStart_Click()
         return;
     }
     const QString path = m_catalogue->Path(selected.first().row());
-    BeginBusy();
-    Globals::CurrentExam = std::make_shared<Exam>();
-    Globals::CurrentExam->Load(path);
-    EndBusy();
+    {
+        const BusyScope busy;
+        Globals::CurrentExam = std::make_shared<Exam>();
+        Globals::CurrentExam->Load(path);
+    }
     Q_EMIT ExamLoaded();
 }
 
@@ -178,10 +180,8 @@ void frmMain::closeEvent(QCloseEvent *event)
     if (m_isAskingToExit)
         return;
     Guard([&] {
-        m_isAskingToExit = true;
-        const int answer = ShowMessage(u"Are you sure you want to exit Practorium?"_s, QuestionMessage);
-        m_isAskingToExit = false;
-        if (answer == AnswerNo)
+        const QScopedValueRollback asking(m_isAskingToExit, true);
+        if (ShowMessage(u"Are you sure you want to exit Practorium?"_s, QuestionMessage) == AnswerNo)
             return;
         hide();
         QCoreApplication::processEvents();

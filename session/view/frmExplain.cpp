@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "session/frmExplain.h"
+#include "session/view/frmExplain.h"
 
 #include "common/Common.h"
 #include "common/Error.h"

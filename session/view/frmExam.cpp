@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "session/frmExam.h"
+#include "session/view/frmExam.h"
 
-#include "model/Globals.h"
-#include "session/InfoPanel.h"
-#include "session/QuestionFrame.h"
-#include "session/frmExhibit.h"
-#include "session/frmExplain.h"
+#include "session/view/InfoPanel.h"
+#include "session/view/QuestionFrame.h"
+#include "session/view/frmExhibit.h"
+#include "session/view/frmExplain.h"
 #include "ui/Guard.h"
 #include "ui/Layout.h"
 #include "ui/Messages.h"
@@ -90,14 +89,14 @@ void frmExam::StartExam()
     m_session.StartExam();
 }
 
-int frmExam::Ask(const QString &text, int style, const QVariantList &values)
+MessageAnswer frmExam::Ask(const QString &text, MessageStyle style, const QVariantList &values)
 {
     return ShowMessage(text, style, values);
 }
 
-int frmExam::Interrupt(const QString &text, int style)
+MessageAnswer frmExam::AskUnprompted(const QString &text, MessageStyle style)
 {
-    return ShowUnaskedMessage(text, style);
+    return ShowUnpromptedMessage(text, style);
 }
 
 void frmExam::ShowItem()
@@ -108,7 +107,7 @@ void frmExam::ShowItem()
     Announce();
 }
 
-// The focus stays on Next, so a screen reader has to be told of the new item.
+// The focus stays on Next, so a screen reader would not read the new item.
 void frmExam::Announce()
 {
     const PageState &page = m_session.Page();
@@ -128,8 +127,8 @@ void frmExam::ShowChanges()
     picBorder->ShowChanges(page);
     chkMarked->setChecked(page.IsMarked);
     chkMarked->setEnabled(page.CanMark);
-    // A button that goes away must not hand the focus, and the next Enter, to
-    // its neighbour.
+    // When a button is hidden or disabled, Qt would move the focus, and with it the
+    // next Enter, to its neighbour.
     if ((!page.CanGoBack && cmdPrev->hasFocus()) || (!page.HasExhibit && cmdExhibit->hasFocus()))
         cmdNext->setFocus();
     cmdPrev->setEnabled(page.CanGoBack);
@@ -214,18 +213,18 @@ void frmExam::ShowReport()
 void frmExam::Arrange()
 {
     PageLayout::Sizes sizes;
-    sizes.InnerWidth = Twips::Of(width());
-    sizes.InnerHeight = Twips::Of(height());
+    sizes.InnerWidth = Twips::FromPixels(width());
+    sizes.InnerHeight = Twips::FromPixels(height());
     chkMarked->adjustSize();
     chkMarked->move(chkMarked->x(), TopMargin);
-    sizes.Mark
-        = { Twips::Of(chkMarked->x()), Twips::Of(TopMargin), Twips::Of(chkMarked->width()), Twips::Of(chkMarked->height()) };
+    sizes.Mark = { Twips::FromPixels(chkMarked->x()), Twips::FromPixels(TopMargin), Twips::FromPixels(chkMarked->width()),
+                   Twips::FromPixels(chkMarked->height()) };
     const int timeWidth = lblTime->fontMetrics().horizontalAdvance(u"Time Remaining:  000:00:00"_s);
-    sizes.Time = { 0, 0, Twips::Of(timeWidth), Twips::Of(chkMarked->height()) };
+    sizes.Time = { 0, 0, Twips::FromPixels(timeWidth), Twips::FromPixels(chkMarked->height()) };
     sizes.FrameBorder = picBorder->BorderTwips();
     sizes.ScrollBarWidth = picBorder->ScrollBarTwips();
 
-    const PageLayout::Boxes boxes = PageLayout::Arrange(sizes, Twips::Of(cmdNext->height()));
+    const PageLayout::Boxes boxes = PageLayout::Arrange(sizes, Twips::FromPixels(cmdNext->height()));
     picBorder->setGeometry(boxes.Frame.ToPixels());
     picBorder->Place(boxes);
     chkMarked->move(Twips::ToPixels(boxes.MarkLeft), TopMargin);
@@ -235,10 +234,11 @@ void frmExam::Arrange()
 
 void frmExam::ArrangeButtons()
 {
-    const PageLayout::Box frame{ Twips::Of(picBorder->x()), Twips::Of(picBorder->y()), Twips::Of(picBorder->width()),
-                                 Twips::Of(picBorder->height()) };
-    const PageLayout::ButtonLefts row = PageLayout::ArrangeButtons(frame, Twips::Of(height()), Twips::Of(cmdNext->height()),
-                                                                   Twips::Of(cmdReview->width()), m_session.Page().HasExhibit);
+    const PageLayout::Box frame{ Twips::FromPixels(picBorder->x()), Twips::FromPixels(picBorder->y()),
+                                 Twips::FromPixels(picBorder->width()), Twips::FromPixels(picBorder->height()) };
+    const PageLayout::ButtonLefts row
+        = PageLayout::ArrangeButtons(frame, Twips::FromPixels(height()), Twips::FromPixels(cmdNext->height()),
+                                     Twips::FromPixels(cmdReview->width()), m_session.Page().HasExhibit);
     const int top = Twips::ToPixels(row.Top);
     cmdNext->move(Twips::ToPixels(row.Next), top);
     cmdPrev->move(Twips::ToPixels(row.Prev), top);
@@ -281,30 +281,36 @@ bool frmExam::PressPanelKey(int key)
     }
 }
 
+bool frmExam::PressPageKey(QKeyEvent *event)
+{
+    switch (event->key()) {
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+    case Qt::Key_Home:
+    case Qt::Key_End:
+        // A bar that cannot scroll would return the key to this window.
+        if (picBorder->ScrollBar()->isEnabled())
+            QCoreApplication::sendEvent(picBorder->ScrollBar(), event);
+        return true;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (auto *button = qobject_cast<QPushButton *>(focusWidget()))
+            button->click();
+        return true;
+    default: return false;
+    }
+}
+
 void frmExam::keyPressEvent(QKeyEvent *event)
 {
     Guard([&] {
         const Qt::KeyboardModifiers modifiers = event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier);
-        if (modifiers == Qt::ControlModifier && (PressScaleKey(event->key()) || PressPanelKey(event->key())))
+        const bool isControl = modifiers == Qt::ControlModifier;
+        const bool isLetter = modifiers == Qt::NoModifier && event->text().size() == 1;
+        if ((isControl && (PressScaleKey(event->key()) || PressPanelKey(event->key()))) || PressPageKey(event)
+            || (isLetter && m_session.PressLetter(event->text().front())))
             return;
-        switch (event->key()) {
-        case Qt::Key_PageUp:
-        case Qt::Key_PageDown:
-        case Qt::Key_Home:
-        case Qt::Key_End:
-            // A bar that cannot scroll would hand the key back to this window.
-            if (picBorder->ScrollBar()->isEnabled())
-                QCoreApplication::sendEvent(picBorder->ScrollBar(), event);
-            return;
-        case Qt::Key_Return:
-        case Qt::Key_Enter:
-            if (auto *button = qobject_cast<QPushButton *>(focusWidget()))
-                button->click();
-            return;
-        default: break;
-        }
-        if (modifiers != Qt::NoModifier || event->text().size() != 1 || !m_session.PressLetter(event->text().front()))
-            QWidget::keyPressEvent(event);
+        QWidget::keyPressEvent(event);
     });
 }
 
@@ -329,6 +335,6 @@ void frmExam::closeEvent(QCloseEvent *event)
     tmrTimer.Stop();
     CloseExhibit();
     hide();
-    Globals::CurrentExam.reset();
+    m_session.Unload();
     Q_EMIT Unloaded();
 }

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "model/Exam.h"
-#include "shell/ScoreReport.h"
+#include "shell/ReportSheet.h"
 
 #include <QDialog>
 
@@ -37,7 +37,7 @@ public:
 
     // Fills the bar with the colour and makes it that share of the area wide.
     void SetBar(QWidget *bar, qint16 percent, const QColor &color);
-    // One page to the default printer; a failure is told in a message box.
+    // One page to the default printer; a failure is reported in a message box.
     void PrintReport();
 
 protected:
@@ -47,6 +47,7 @@ private:
     void Scale();
     void Arrange();
     void SavePdf();
+    ReportSheet::Data SheetData() const;
     template <class Job> void RunJob(Job &&job);
 
     std::shared_ptr<Exam> m_exam; // the window may outlast the sitting

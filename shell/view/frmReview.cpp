@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "shell/frmReview.h"
+#include "shell/view/frmReview.h"
 
 #include "common/Common.h"
 #include "model/Globals.h"
 #include "resources/Artwork.h"
 #include "session/ExamSession.h"
 #include "shell/ReviewList.h"
-#include "shell/frmReport.h"
+#include "shell/view/frmReport.h"
 #include "ui/Guard.h"
 #include "ui/Layout.h"
 #include "ui/Messages.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "shell/ResultLabel.h"
+#include "shell/view/ResultLabel.h"
 
 #include <QPainter>
 

@@ -1,20 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "shell/frmReport.h"
+#include "shell/view/frmReport.h"
 
 #include "common/Error.h"
 #include "model/Globals.h"
-#include "shell/LogoView.h"
-#include "shell/ReportSheet.h"
-#include "shell/ResultLabel.h"
+#include "shell/view/LogoView.h"
+#include "shell/view/ResultLabel.h"
+#include "shell/view/ScoreColors.h"
+#include "shell/view/SheetPainter.h"
+#include "ui/Busy.h"
 #include "ui/Guard.h"
 #include "ui/Layout.h"
 #include "ui/Messages.h"
 #include "ui/Theme.h"
 
+#include <QDate>
 #include <QFileDialog>
 #include <QGridLayout>
-#include <QGuiApplication>
 #include <QLabel>
+#include <QLocale>
 #include <QPrinter>
 #include <QPushButton>
 #include <QScreen>
@@ -113,7 +116,7 @@ void frmReport::SetBar(QWidget *bar, qint16 percent, const QColor &color)
     fill.setColor(QPalette::Window, color);
     bar->setPalette(fill);
     bar->setAutoFillBackground(true);
-    const float width = ReportLayout::BarWidth(percent, static_cast<float>(Twips::Of(picScores->width())));
+    const float width = ReportLayout::BarWidth(percent, static_cast<float>(Twips::FromPixels(picScores->width())));
     bar->resize(std::max(0, Twips::ToPixels(width)), bar->height());
 }
 
@@ -143,9 +146,9 @@ void frmReport::resizeEvent(QResizeEvent *event)
 void frmReport::Arrange()
 {
     Scale();
-    SetBar(shpRequired, m_report.RequiredShare(), ScoreReport::RequiredColor());
-    lblMessage->SetResult(m_report.Message(), m_report.ObtainedColor());
-    SetBar(shpObtained, m_report.ObtainedShare(), m_report.ObtainedColor());
+    SetBar(shpRequired, m_report.RequiredShare(), ColorOf(ScoreBar::Required));
+    lblMessage->SetResult(m_report.Message(), ColorOf(m_report.ObtainedBar()));
+    SetBar(shpObtained, m_report.ObtainedShare(), ColorOf(m_report.ObtainedBar()));
     lblRequired->setText(u"Required Score: %1"_s.arg(m_report.RequiredScore));
     lblObtained->setText(u"Your Score: %1"_s.arg(m_report.ObtainedScore));
     picScores->setAccessibleName(
@@ -157,10 +160,11 @@ void frmReport::Arrange()
     for (QWidget *control : std::initializer_list<QWidget *>{ picLogo, fraScores, lblMessage })
         CenterHorizontally(this, control);
     const auto boxOf = [](const QWidget *widget) {
-        return Twips::Box{ Twips::Of(widget->x()), 0, Twips::Of(widget->width()), Twips::Of(widget->height()) };
+        return Twips::Box{ Twips::FromPixels(widget->x()), 0, Twips::FromPixels(widget->width()),
+                           Twips::FromPixels(widget->height()) };
     };
     const ReportLayout::Boxes boxes
-        = ReportLayout::Arrange(Twips::Of(height()),
+        = ReportLayout::Arrange(Twips::FromPixels(height()),
                                 { boxOf(picLogo), boxOf(lblMessage), boxOf(fraScores), boxOf(cmdPrint), boxOf(cmdExit) });
     const auto place = [](QWidget *widget, const Twips::Box &box) { widget->move(box.ToPixels().topLeft()); };
     place(picLogo, boxes.Logo);
@@ -172,26 +176,26 @@ void frmReport::Arrange()
     cmdSavePdf->move((cmdPrint->geometry().right() + cmdExit->x() - cmdSavePdf->width()) / 2, cmdPrint->y());
 }
 
+ReportSheet::Data frmReport::SheetData() const
+{
+    return { m_exam->Code(), m_exam->Name(), QLocale::system().toString(QDate::currentDate(), QLocale::LongFormat), m_report };
+}
+
 template <class Job> void frmReport::RunJob(Job &&job)
 {
-    bool done = false;
-    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
     try {
+        const WaitCursor cursor;
         job();
-        done = true;
     } catch (const std::exception &) {
-        // Whatever it was, the page is not there.
-    }
-    QGuiApplication::restoreOverrideCursor();
-    if (!done)
         ShowMessage(u"Error printing report"_s, CriticalMessage);
+    }
 }
 
 void frmReport::PrintReport()
 {
     RunJob([&] {
         QPrinter printer(QPrinter::HighResolution);
-        ReportSheet::Print(printer, m_exam->Code(), m_exam->Name(), m_report);
+        SheetPainter::Print(printer, SheetData());
     });
 }
 
@@ -203,5 +207,5 @@ void frmReport::SavePdf()
         return;
     if (!path.endsWith(u".pdf"_s, Qt::CaseInsensitive))
         path += u".pdf"_s;
-    RunJob([&] { ReportSheet::SavePdf(path, m_exam->Code(), m_exam->Name(), m_report); });
+    RunJob([&] { SheetPainter::SavePdf(path, SheetData()); });
 }

@@ -13,9 +13,9 @@ class QLabel;
 class QPushButton;
 class QuestionFrame;
 
-// The exam window: paints what the session says, passes on what the candidate
-// does. What lies above it is asked for by signals, which return when it is
-// done.
+// The exam window: paints the session's page and passes on what the candidate
+// does. The windows above it are asked for by signals, which return when they
+// are closed.
 class frmExam : public QWidget, private SessionPort {
     Q_OBJECT
 public:
@@ -33,7 +33,7 @@ Q_SIGNALS:
     void Starting();
     void ReviewRequested();
     void ReportRequested();
-    // The window is gone and the current exam released.
+    // The window is hidden and the current exam released.
     void Unloaded();
 
 protected:
@@ -42,8 +42,8 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
-    int Ask(const QString &text, int style, const QVariantList &values) override;
-    int Interrupt(const QString &text, int style) override;
+    MessageAnswer Ask(const QString &text, MessageStyle style, const QVariantList &values) override;
+    MessageAnswer AskUnprompted(const QString &text, MessageStyle style) override;
     void ShowItem() override;
     void ShowChanges() override;
     void ShowExam() override;
@@ -60,6 +60,8 @@ private:
     void SetTextScale(double scale);
     bool PressScaleKey(int key);
     bool PressPanelKey(int key);
+    // The same for keys that scroll the page and for Enter, whatever is held with them.
+    bool PressPageKey(QKeyEvent *event);
     void Announce();
     void ShowTime(const QString &time);
 

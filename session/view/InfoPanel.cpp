@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "session/InfoPanel.h"
+#include "session/view/InfoPanel.h"
 
 #include "session/ExamSession.h"
 #include "ui/TextBlock.h"
@@ -23,7 +23,7 @@ constexpr int Slack = 4; // a text is rarely as wide as its metrics say
 
 PageLayout::Point PointOf(const QMouseEvent *event)
 {
-    return { Twips::Of(event->position().toPoint().x()), Twips::Of(event->position().toPoint().y()) };
+    return { Twips::FromPixels(event->position().toPoint().x()), Twips::FromPixels(event->position().toPoint().y()) };
 }
 
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "session/frmExhibit.h"
+#include "session/view/frmExhibit.h"
 
 #include "model/Globals.h"
 #include "model/IO.h"
@@ -82,8 +82,8 @@ void frmExhibit::SetExhibit(const QString &name)
     Arrange();
 }
 
-// The window manager tells a window's frame some time after it has shown it.
-// Until then the frame is taken to be like the owner's.
+// The frame of a window is known only some time after the window manager has
+// shown it. Until then it is taken to be like the owner's.
 QMargins frmExhibit::Frame() const
 {
     const auto frameOf
@@ -96,14 +96,14 @@ void frmExhibit::Arrange()
 {
     m_frame = Frame();
     ExhibitLayout::Sizes sizes;
-    sizes.PictureWidth = Twips::Of(picExhibit->width());
-    sizes.PictureHeight = Twips::Of(picExhibit->height());
-    sizes.ScreenHeight = Twips::Of(screen()->size().height());
-    sizes.ScrollBarWidth = Twips::Of(vsbScroll->sizeHint().width());
-    sizes.ButtonWidth = Twips::Of(cmdClose->sizeHint().width());
-    sizes.ButtonHeight = Twips::Of(cmdClose->sizeHint().height());
-    sizes.FrameWidth = Twips::Of(m_frame.left() + m_frame.right());
-    sizes.FrameHeight = Twips::Of(m_frame.top() + m_frame.bottom());
+    sizes.PictureWidth = Twips::FromPixels(picExhibit->width());
+    sizes.PictureHeight = Twips::FromPixels(picExhibit->height());
+    sizes.ScreenHeight = Twips::FromPixels(screen()->size().height());
+    sizes.ScrollBarWidth = Twips::FromPixels(vsbScroll->sizeHint().width());
+    sizes.ButtonWidth = Twips::FromPixels(cmdClose->sizeHint().width());
+    sizes.ButtonHeight = Twips::FromPixels(cmdClose->sizeHint().height());
+    sizes.FrameWidth = Twips::FromPixels(m_frame.left() + m_frame.right());
+    sizes.FrameHeight = Twips::FromPixels(m_frame.top() + m_frame.bottom());
     const ExhibitLayout::Boxes boxes = ExhibitLayout::Arrange(sizes);
 
     setFixedSize(Twips::ToPixels(boxes.WindowWidth - sizes.FrameWidth),
@@ -120,8 +120,8 @@ void frmExhibit::Arrange()
     const int outerWidth = width() + m_frame.left() + m_frame.right();
     if (outerWidth > area.width()) {
         const int outerHeight = height() + m_frame.top() + m_frame.bottom();
-        move(Twips::ToPixels(ExhibitLayout::LeftOnScreen(boxes, Twips::Of(m_frame.left()), Twips::Of(area.left()),
-                                                         Twips::Of(area.width()))),
+        move(Twips::ToPixels(ExhibitLayout::LeftOnScreen(boxes, Twips::FromPixels(m_frame.left()),
+                                                         Twips::FromPixels(area.left()), Twips::FromPixels(area.width()))),
              std::max(area.top(), area.center().y() - outerHeight / 2));
     }
 }
@@ -134,7 +134,7 @@ bool frmExhibit::event(QEvent *event)
     case QEvent::Move:
     case QEvent::Resize:
     case QEvent::WindowActivate:
-        // One of these follows when the frame has come to be known.
+        // One of these events follows once the frame is known.
         if (isVisible() && Frame() != m_frame)
             Arrange();
         break;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "session/QuestionFrame.h"
+#include "session/view/QuestionFrame.h"
 
-#include "session/InfoPanel.h"
-#include "session/OptionRows.h"
+#include "session/view/InfoPanel.h"
+#include "session/view/OptionRows.h"
 #include "ui/TextBlock.h"
 #include "ui/Theme.h"
 
@@ -57,7 +57,7 @@ QuestionFrame::QuestionFrame(QWidget *parent)
 
 PageLayout::PanelFrame QuestionFrame::PanelFrame() const
 {
-    return { Twips::Of(contentsRect().width()), Twips::Of(contentsRect().height()), ScrollBarTwips() };
+    return { Twips::FromPixels(contentsRect().width()), Twips::FromPixels(contentsRect().height()), ScrollBarTwips() };
 }
 
 void QuestionFrame::PutPanel(PageLayout::Point topLeft)
@@ -68,8 +68,8 @@ void QuestionFrame::PutPanel(PageLayout::Point topLeft)
 void QuestionFrame::MovePanel(PageLayout::Point distance)
 {
     const QPoint from = fraInfo->pos() - contentsRect().topLeft();
-    const PageLayout::Box panel{ Twips::Of(from.x()), Twips::Of(from.y()), Twips::Of(fraInfo->width()),
-                                 Twips::Of(fraInfo->height()) };
+    const PageLayout::Box panel{ Twips::FromPixels(from.x()), Twips::FromPixels(from.y()), Twips::FromPixels(fraInfo->width()),
+                                 Twips::FromPixels(fraInfo->height()) };
     const PageLayout::Point to = PanelFrame().Drag(panel, {}, distance);
     PutPanel(to);
     if (to.X != panel.Left)
@@ -80,12 +80,12 @@ void QuestionFrame::MovePanel(PageLayout::Point distance)
 
 double QuestionFrame::BorderTwips() const
 {
-    return Twips::Of(frameWidth());
+    return Twips::FromPixels(frameWidth());
 }
 
 double QuestionFrame::ScrollBarTwips() const
 {
-    return Twips::Of(vsbScroll->sizeHint().width());
+    return Twips::FromPixels(vsbScroll->sizeHint().width());
 }
 
 void QuestionFrame::ChainTabs(QWidget *before, QWidget *after)
@@ -117,7 +117,7 @@ void QuestionFrame::ShowChanges(const PageState &page)
         fraInfo->Display(page);
         // A longer key makes the panel grow away from the corner it stands in,
         // as far as the frame has room there; a shorter one brings it back.
-        PutPanel(PanelFrame().Grown(m_panelCorner, Twips::Of(fraInfo->width()), Twips::Of(fraInfo->height())));
+        PutPanel(PanelFrame().Grown(m_panelCorner, Twips::FromPixels(fraInfo->width()), Twips::FromPixels(fraInfo->height())));
         fraInfo->raise();
     }
 }
@@ -131,7 +131,7 @@ void QuestionFrame::Place(const PageLayout::Boxes &boxes)
     const PageLayout::Point room = PanelFrame().Room();
     fraInfo->SetRoom({ Twips::ToPixels(room.X), Twips::ToPixels(room.Y) });
     m_panelCorner = PanelFrame().Home();
-    PutPanel({ m_panelCorner.X - Twips::Of(fraInfo->width()), m_panelCorner.Y - Twips::Of(fraInfo->height()) });
+    PutPanel({ m_panelCorner.X - Twips::FromPixels(fraInfo->width()), m_panelCorner.Y - Twips::FromPixels(fraInfo->height()) });
     ArrangeRows();
     // The content is shown from its top again, whatever the scroll bar says.
     MoveContent(0);
@@ -139,20 +139,20 @@ void QuestionFrame::Place(const PageLayout::Boxes &boxes)
 
 void QuestionFrame::ArrangeRows()
 {
-    // Before Place has told the width every character would be a line of its own.
+    // Before Place has given the width every character would be a line of its own.
     if (m_boxes.QuestionWidth <= 0)
         return;
     const int questionWidth = Twips::ToPixels(m_boxes.QuestionWidth);
     const int questionHeight = lblQuestion->HeightForWidth(questionWidth);
     lblQuestion->setGeometry(0, 0, questionWidth, questionHeight);
-    m_contentHeight = m_rows->Arrange(m_boxes.QuestionWidth, Twips::Of(questionHeight));
+    m_contentHeight = m_rows->Arrange(m_boxes.QuestionWidth, Twips::FromPixels(questionHeight));
     picQuestion->resize(Twips::ToPixels(m_boxes.Content.Width), Twips::ToPixels(m_contentHeight));
     AdjustScrollBar();
 }
 
 void QuestionFrame::AdjustScrollBar()
 {
-    const PageLayout::Scroll scroll = PageLayout::ScrollFor(Twips::Of(contentsRect().height()), m_contentHeight);
+    const PageLayout::Scroll scroll = PageLayout::ScrollFor(Twips::FromPixels(contentsRect().height()), m_contentHeight);
     vsbScroll->setEnabled(scroll.IsEnabled);
     if (!scroll.IsEnabled) {
         vsbScroll->setRange(0, 0);
@@ -196,9 +196,9 @@ void QuestionFrame::Reveal(int top, int bottom)
     const int height = contentsRect().height();
     const int shown = -(picQuestion->y() - contentsRect().y());
     if (bottom > shown + height)
-        vsbScroll->setValue(static_cast<int>(Twips::Of(std::min(top, bottom - height))));
+        vsbScroll->setValue(static_cast<int>(Twips::FromPixels(std::min(top, bottom - height))));
     else if (top < shown)
-        vsbScroll->setValue(static_cast<int>(Twips::Of(top)));
+        vsbScroll->setValue(static_cast<int>(Twips::FromPixels(top)));
     // After a change of size the page stands at its top, whatever the bar says.
     MoveContent(vsbScroll->value());
 }

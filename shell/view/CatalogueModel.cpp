@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "shell/CatalogueModel.h"
+#include "shell/view/CatalogueModel.h"
 
 #include "common/Common.h"
 #include "common/Error.h"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "shell/frmAbout.h"
+#include "shell/view/frmAbout.h"
 
 #include "common/Common.h"
-#include "shell/LogoView.h"
+#include "shell/view/LogoView.h"
 #include "shell/SystemInformation.h"
 #include "ui/Guard.h"
 #include "ui/Layout.h"

@@ -7,8 +7,8 @@
 #include <cmath>
 
 // Lengths in rules are twips, 1/1440 inch; widgets take pixels, of which an
-// inch has 96 before the screen's own scaling. This is the one place where
-// the one becomes the other.
+// inch has 96 before the scale of the screen. Only this file converts one into the
+// other.
 namespace Twips {
 
 constexpr double PerPixel = 15.0;
@@ -18,7 +18,7 @@ inline int ToPixels(double twips)
     return static_cast<int>(std::lround(twips / PerPixel));
 }
 
-constexpr double Of(int pixels)
+constexpr double FromPixels(int pixels)
 {
     return pixels * PerPixel;
 }

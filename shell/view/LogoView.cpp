@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "shell/LogoView.h"
+#include "shell/view/LogoView.h"
 
 #include "resources/Artwork.h"
 #include "ui/Messages.h"
