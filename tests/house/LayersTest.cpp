@@ -29,9 +29,7 @@ QSet<QString> Allowed(const QString &folder, const QMap<QString, QStringList> &f
     for (const QString &part : floors.value(folder)) {
         if (part == "everything"_L1)
             return QSet<QString>(floors.keyBegin(), floors.keyEnd()) + QSet{ u"Qt Widgets"_s };
-        if (part == "the messages of `download/`"_L1)
-            allowed += Allowed(u"common"_s, floors) + QSet{ u"download/Message.h"_s };
-        else if (floors.contains(part))
+        if (floors.contains(part))
             allowed += Allowed(part, floors);
         else
             EXPECT_TRUE(part.startsWith("Qt "_L1) || part == "libcurl"_L1 || part == "zlib"_L1) << part.toStdString();
