@@ -1,13 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "download/frmExamDownloader.h"
+#include "download/view/frmExamDownloader.h"
 
-#include "common/Ansi.h"
-#include "common/Common.h"
-#include "common/Error.h"
-#include "download/Credentials.h"
 #include "download/DownloadText.h"
-#include "model/Globals.h"
-#include "model/IO.h"
+#include "download/HttpExchange.h"
 #include "ui/Guard.h"
 #include "ui/Messages.h"
 #include "ui/Panel.h"
@@ -16,35 +11,24 @@
 #include "ui/Twips.h"
 
 #include <QCheckBox>
-#include <QCoreApplication>
 #include <QFrame>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMouseEvent>
 #include <QPushButton>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-const QString StartCaption = u"&Start"_s;
-const QString CancelCaption = u"&Cancel"_s;
-const QString CloseCaption = u"&Close"_s;
-constexpr qsizetype ReplyChunk = 1024;
-constexpr qsizetype LongestReply = 1024 * 1024;
-constexpr int SimulatorPeriod = 100; // milliseconds
-constexpr int AutoClosePeriod = 1000;
-constexpr qint64 UpdateEvery = 40;
 constexpr int ProgressHeight = 18; // pixels
-// Characters of what the server names, so that the reason behind it is not cut off.
-constexpr qsizetype LongestLoggedName = 500;
 
 }
 
 frmExamDownloader::frmExamDownloader(QWidget *owner)
     : QDialog(owner)
-    , m_conversation(*this)
-    , m_endpoint(Credentials::Endpoint())
+    , m_run(*this, std::make_unique<HttpTransport>(), std::make_unique<HttpTransport>())
     , txtEmail(new QLineEdit(this))
     , txtPassword(new QLineEdit(this))
     , chkRemember(new QCheckBox(this))
@@ -58,43 +42,15 @@ frmExamDownloader::frmExamDownloader(QWidget *owner)
     , cmdAction(new QPushButton(this))
 {
     Build();
-    m_oDownloader.Initialize(&icDownloader);
-    tmrProgressSimulator.setInterval(SimulatorPeriod);
-    tmrAutoClose.setInterval(AutoClosePeriod);
     connect(cmdAction, &QPushButton::clicked, this, [this] { Guard([&] { cmdAction_Click(); }); });
-    connect(&icRequestDispatcher, &Transfer::StateChanged, this,
-            [this](int state) { Guard([&] { icRequestDispatcher_StateChanged(state); }); });
-    connect(&icDownloader, &Transfer::StateChanged, this, [this](int state) {
-        if (state == Transfer::Failed)
-            Guard([&] { m_conversation.TransportFailed(icDownloader.ResponseCode(), icDownloader.ResponseInfo()); });
-    });
-    connect(&m_oDownloader, &Downloader::DownloadStarted, this, [this] { Guard([&] { m_oDownloader_DownloadStarted(); }); });
-    connect(&m_oDownloader, &Downloader::ChunkDownloaded, this, [this] { Guard([&] { m_oDownloader_ChunkDownloaded(); }); });
-    connect(&m_oDownloader, &Downloader::DownloadComplete, this, [this] {
-        // Nothing follows a cancel, whoever it came from; a failure is told as
-        // the transfer's state.
-        if (!icDownloader.IsBrokenOff())
-            Guard([&] { m_oDownloader_DownloadComplete(); });
-    });
-    // A pack that did not come is one that cannot be installed; the run goes on.
-    connect(&m_oDownloader, &Downloader::DownloadFailed, this, [this](const QString &text) {
-        m_downloadFailure = text;
-        Guard([&] { m_oDownloader_DownloadComplete(); });
-    });
-    connect(&tmrProgressSimulator, &QTimer::timeout, this, [this] {
-        m_simulated = DownloadText::NextSimulated(m_simulated);
-        SetProgress(m_simulated);
-    });
-    connect(&tmrAutoClose, &QTimer::timeout, this, &QWidget::close);
     Open();
 }
 
 frmExamDownloader::~frmExamDownloader() = default;
 
-void frmExamDownloader::SetTimeouts(int connectTime, int silenceTime, int headerTime)
+void frmExamDownloader::SetTimeouts(int connectTimeout, int idleTimeout, int headerTimeout)
 {
-    icRequestDispatcher.SetTimeouts(connectTime, silenceTime, headerTime);
-    icDownloader.SetTimeouts(connectTime, silenceTime, headerTime);
+    m_run.SetTimeouts(connectTimeout, idleTimeout, headerTimeout);
 }
 
 void frmExamDownloader::Build()
@@ -172,7 +128,7 @@ void frmExamDownloader::Open()
 {
     for (QLabel *label : { lblTotal, lblDownloaded, lblRate })
         label->setText(DownloadText::Total(0));
-    cmdAction->setText(StartCaption);
+    ShowState(State::Idle);
     const Credentials::Pair remembered = Credentials::Load();
     txtEmail->setText(remembered.UserID);
     if (!remembered.UserID.isEmpty()) {
@@ -193,34 +149,7 @@ void frmExamDownloader::showEvent(QShowEvent *event)
 
 void frmExamDownloader::cmdAction_Click()
 {
-    if (cmdAction->text() != StartCaption) {
-        EndRun(false);
-        close();
-        return;
-    }
-    const QString userID = Common::TrimBlanks(txtEmail->text());
-    if (userID.isEmpty()) {
-        ShowMessage(u"Please enter your User ID."_s, ExclamationMessage);
-        txtEmail->setFocus();
-        return;
-    }
-    const QString password = Common::TrimBlanks(txtPassword->text());
-    if (password.isEmpty()) {
-        ShowMessage(u"Please enter your password."_s, ExclamationMessage);
-        txtPassword->setFocus();
-        return;
-    }
-    if (chkRemember->isChecked()) {
-        try {
-            Credentials::Store({ txtEmail->text(), txtPassword->text() });
-        } catch (const Error &error) {
-            // What cannot be remembered can be typed again; the exams matter more.
-            ShowMessage(error.Description(), ExclamationMessage);
-        }
-    }
-    // Before the conversation starts: what goes wrong at once changes it again.
-    cmdAction->setText(CancelCaption);
-    m_conversation.Start(userID, password);
+    m_run.Press({ txtEmail->text(), txtPassword->text() }, chkRemember->isChecked());
 }
 
 void frmExamDownloader::lblRemember_Click()
@@ -238,15 +167,25 @@ bool frmExamDownloader::eventFilter(QObject *watched, QEvent *event)
     return QDialog::eventFilter(watched, event);
 }
 
-// These come when the network answers, not when the candidate expects them.
-int frmExamDownloader::Ask(const QString &text, int style, const QVariantList &values)
+void frmExamDownloader::ShowState(State state)
 {
-    return ShowUnaskedMessage(text, style, values);
+    cmdAction->setText(state == State::Idle ? u"&Start"_s : state == State::Running ? u"&Cancel"_s : u"&Close"_s);
+    cmdAction->setEnabled(true);
 }
 
-void frmExamDownloader::UpdateStatus(const QString &text)
+MessageAnswer frmExamDownloader::Ask(const QString &text, MessageStyle style, const QVariantList &values)
 {
-    UpdateStatus(text, 0, 0, 0);
+    return static_cast<MessageAnswer>(ShowUnaskedMessage(text, style, values));
+}
+
+void frmExamDownloader::Warn(const QString &text)
+{
+    ShowMessage(text, ExclamationMessage);
+}
+
+void frmExamDownloader::FocusEntry(Entry entry)
+{
+    (entry == Entry::UserID ? txtEmail : txtPassword)->setFocus();
 }
 
 void frmExamDownloader::UpdateStatus(const QString &text, double total, double downloaded, double rate)
@@ -272,27 +211,11 @@ void frmExamDownloader::SetProgress(double fraction)
     shpProgress->resize(Twips::ToPixels(m_barWidth), shpProgress->height());
 }
 
-void frmExamDownloader::EndRun(bool success)
+void frmExamDownloader::InstallationStarts(const QString &examID)
 {
-    m_conversation.Stop();
-    tmrProgressSimulator.stop();
-    if (icRequestDispatcher.StillExecuting())
-        icRequestDispatcher.Cancel();
-    if (icDownloader.StillExecuting())
-        icDownloader.Cancel();
-    m_oDownloader.Cancel();
-    cmdAction->setText(CloseCaption);
-    cmdAction->setEnabled(true);
-    if (success)
-        tmrAutoClose.start();
-    else
-        tmrAutoClose.stop();
-}
-
-void frmExamDownloader::OfferStart()
-{
-    cmdAction->setText(StartCaption);
-    txtEmail->setFocus();
+    // What is shown while no events run is painted now.
+    repaint();
+    Q_EMIT Installing(examID);
 }
 
 void frmExamDownloader::CloseWindow()
@@ -300,116 +223,13 @@ void frmExamDownloader::CloseWindow()
     close();
 }
 
-void frmExamDownloader::Post(const QString &message)
+void frmExamDownloader::Raised(const Error &error)
 {
-    while (m_conversation.IsRunning() && icRequestDispatcher.StillExecuting())
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    if (!m_conversation.IsRunning())
-        return;
-    icRequestDispatcher.Execute(m_endpoint, "POST", Ansi::FromText(message), "Content-Type: application/x-www-form-urlencoded");
-}
-
-void frmExamDownloader::icRequestDispatcher_StateChanged(int state)
-{
-    if (state == Transfer::Requesting)
-        tmrProgressSimulator.start();
-    else if (state == Transfer::Failed)
-        m_conversation.TransportFailed(icRequestDispatcher.ResponseCode(), icRequestDispatcher.ResponseInfo());
-    else if (state == Transfer::Completed)
-        ReadReply();
-}
-
-void frmExamDownloader::ReadReply()
-{
-    if (icRequestDispatcher.IsEncoded()) {
-        const qint32 code = icRequestDispatcher.ResponseCode();
-        icRequestDispatcher.Cancel();
-        m_conversation.TransportFailed(code, u"The server sends its answer encoded"_s);
-        return;
-    }
-    try {
-        QByteArray body;
-        for (;;) {
-            const QByteArray chunk = icRequestDispatcher.GetChunk(ReplyChunk);
-            if (chunk.isEmpty())
-                break;
-            body += chunk;
-            if (body.size() > LongestReply)
-                throw Error::RunTime(Overflow);
-        }
-        if (icRequestDispatcher.IsBrokenOff())
-            return;
-        m_conversation.Receive(Ansi::ToText(body));
-        SetProgress(1.0);
-        tmrProgressSimulator.stop();
-    } catch (const Error &) {
-        icRequestDispatcher.Cancel();
-        m_conversation.HandlingFailed();
-    }
-}
-
-bool frmExamDownloader::IsInstalled(const QString &examID)
-{
-    return Globals::IsExamInstalled(examID);
-}
-
-void frmExamDownloader::Fetch(const QString &sessionID, const QString &examID)
-{
-    const QString address = Common::FormatText(u"{1}?sid={2}&eid={3}"_s, { m_endpoint, sessionID, examID });
-    const QString fileName = examID + u".exe"_s;
-    const QString folder = IO::GetTempFolder();
-    // A file of ours from an earlier run is in the way; anybody else's stays,
-    // and then the pack cannot be written.
-    if (!folder.isEmpty() && IsPlainFileName(fileName))
-        RemoveOwnFile(IO::CombinePath(folder, fileName));
-    m_downloadFailure = u"The pack did not come whole"_s;
-    m_oDownloader.GetFile(address, folder, fileName);
-}
-
-void frmExamDownloader::m_oDownloader_DownloadStarted()
-{
-    UpdateStatus(u"Downloading: "_s + m_oDownloader.FileName());
-}
-
-void frmExamDownloader::m_oDownloader_ChunkDownloaded()
-{
-    // Faster than anybody reads, labels would only slow the transfer down.
-    const bool isLast = m_oDownloader.Downloaded() >= m_oDownloader.FileSize();
-    if (m_sinceUpdate.isValid() && m_sinceUpdate.elapsed() < UpdateEvery && !isLast)
-        return;
-    m_sinceUpdate.start();
-    UpdateStatus(m_status, m_oDownloader.FileSize(), m_oDownloader.Downloaded(), m_oDownloader.TransferRate());
-}
-
-void frmExamDownloader::m_oDownloader_DownloadComplete()
-{
-    m_conversation.DownloadComplete();
-}
-
-void frmExamDownloader::Install(const QString &examID)
-{
-    try {
-        if (!m_oDownloader.IsWhole())
-            throw Error(InvalidCall, m_downloadFailure);
-        m_oDownloader.File().MakeRunnable();
-        // What is shown while no events run is painted now.
-        repaint();
-        Q_EMIT Installing(examID);
-        m_oDownloader.File().Run();
-        m_oDownloader.File().Remove();
-    } catch (const Error &error) {
-        // The box that follows says no more than that it failed.
-        Common::Log(u"Installation of %1 (%2) failed: %3"_s.arg(examID.left(LongestLoggedName),
-                                                                m_oDownloader.TargetFile().left(LongestLoggedName),
-                                                                Common::OneLine(error)));
-        throw;
-    }
+    ReportUnhandled(error);
 }
 
 void frmExamDownloader::reject()
 {
-    EndRun(false);
-    if (!chkRemember->isChecked())
-        Credentials::Forget();
+    m_run.Close(chkRemember->isChecked());
     QDialog::reject();
 }
