@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "app/Program.h"
 
-#include "download/frmExamDownloader.h"
+#include "download/view/frmExamDownloader.h"
 #include "resources/Artwork.h"
 #include "shell/view/frmAbout.h"
 #include "shell/view/frmReport.h"

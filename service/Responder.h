@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "download/Message.h"
+#include "protocol/Message.h"
 #include "service/GuessGuard.h"
 #include "service/Sessions.h"
 #include "service/Store.h"

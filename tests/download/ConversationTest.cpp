@@ -3,7 +3,6 @@
 
 #include "common/Common.h"
 #include "tests/support/Test.h"
-#include "ui/Messages.h"
 
 #include <QDate>
 #include <QRegularExpression>
@@ -92,7 +91,7 @@ protected:
     }
 
     ScriptedPort Port;
-    Conversation Talk{ Port };
+    Conversation Talk{ Port, Clock::System() };
 };
 
 }
@@ -163,7 +162,6 @@ TEST_F(ConversationTest, Replies)
         Start(row.IsLoggedOn);
         Talk.Receive(row.Reply);
         EXPECT_EQ(Take(), row.Lines) << row.Reply.toStdString();
-        EXPECT_EQ(Talk.Queue(), row.Queue) << row.Reply.toStdString();
         EXPECT_EQ(Talk.IsRunning(), !row.Lines.contains("end "_L1)) << row.Reply.toStdString();
     }
     Start(false);

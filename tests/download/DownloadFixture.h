@@ -2,7 +2,7 @@
 #pragma once
 
 #include "common/Registry.h"
-#include "download/frmExamDownloader.h"
+#include "download/view/frmExamDownloader.h"
 #include "tests/download/FakePack.h"
 #include "tests/download/FaultServer.h"
 #include "tests/support/Windows.h"

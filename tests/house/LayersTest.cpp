@@ -28,7 +28,6 @@ const QMap<QString, QStringList> &Floors()
 
 const QMap<QString, QStringList> Within = {
     { u"everything"_s, Floors().keys() + QStringList{ u"Qt Widgets"_s } },
-    { u"the messages of `download/`"_s, { u"download/Message.h"_s } },
     { u"Qt PrintSupport"_s, { u"Qt Widgets"_s } },
     { u"Qt Widgets"_s, { u"Qt Gui"_s } },
 };

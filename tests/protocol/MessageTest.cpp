@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "download/Message.h"
+#include "protocol/Message.h"
 #include "tests/support/Test.h"
 
 namespace {
