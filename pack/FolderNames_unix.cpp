@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "pack/FolderNames.h"
 
-#include "pack/Utf8.h"
+#include "packformat/Utf8.h"
 
 #include <QFile>
 

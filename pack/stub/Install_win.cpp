@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #define _CRT_RAND_S
-#include "model/MoveLock_win.h"
 #include "pack/stub/Files_win.h"
 #include "pack/stub/Steps.h"
+#include "packformat/MoveLock_win.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "model/KeptExams.h"
 #include "pack/stub/Install.h"
 #include "pack/stub/PackReader.h"
+#include "packformat/KeptExams.h"
 
 #include <algorithm>
 
