@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "author/Commands.h"
 #include "author/Interrupt.h"
-#include "pack/PackFormat.h"
 #include "pack/Packer.h"
+#include "packformat/PackFormat.h"
 
 using namespace Qt::Literals::StringLiterals;
 

@@ -7,8 +7,8 @@
 #include "model/Globals.h"
 #include "model/IO.h"
 #include "pack/FolderNames.h"
-#include "pack/PackFormat.h"
 #include "pack/StubBytes.h"
+#include "packformat/PackFormat.h"
 
 #include <QCryptographicHash>
 #include <QDir>

@@ -8,7 +8,7 @@
 #include "ui/Panel.h"
 #include "ui/TextBlock.h"
 #include "ui/Theme.h"
-#include "ui/Twips.h"
+#include "common/Twips.h"
 
 #include <QCheckBox>
 #include <QFrame>

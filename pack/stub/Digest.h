@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "pack/PackFormat.h"
+#include "packformat/PackFormat.h"
 
 // A SHA-256 as it is worked out, by libsodium or by the system.
 class Digest {

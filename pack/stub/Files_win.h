@@ -1,40 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstddef>
-#include <string_view>
-#include <utility>
+#include "handles/Handle_win.h"
 
-#include <windows.h>
+#include <string_view>
 
 // Open files and folders of the system, and paths that it takes as they are
 // written: behind "\\?\" neither dots nor blanks nor names of devices mean
 // anything else.
-
-class Handle {
-public:
-    explicit Handle(HANDLE handle = INVALID_HANDLE_VALUE)
-        : m_handle(handle)
-    {
-    }
-    ~Handle() { Close(); }
-    Handle(Handle &&other) noexcept
-        : m_handle(std::exchange(other.m_handle, INVALID_HANDLE_VALUE))
-    {
-    }
-    Handle &operator=(Handle &&other) noexcept
-    {
-        std::swap(m_handle, other.m_handle);
-        return *this;
-    }
-
-    bool IsOpen() const { return m_handle != INVALID_HANDLE_VALUE; }
-    operator HANDLE() const { return m_handle; }
-    bool Close() { return !IsOpen() || CloseHandle(std::exchange(m_handle, INVALID_HANDLE_VALUE)); }
-
-private:
-    HANDLE m_handle;
-};
 
 // A path; one that grows too long is empty, and nothing is there.
 class Path {
@@ -62,16 +35,14 @@ private:
 // left behind.
 template <class Visit> bool ForEach(const Path &folder, Visit visit)
 {
-    WIN32_FIND_DATAW entry = {};
-    const HANDLE listing = FindFirstFileW(Path(folder, L"*"), &entry);
-    if (listing == INVALID_HANDLE_VALUE)
+    FileSearch search(Path(folder, L"*"));
+    if (!search.IsFound())
         return GetLastError() == ERROR_FILE_NOT_FOUND;
     do {
-        const std::wstring_view name = entry.cFileName;
-        if (name != L"." && name != L".." && !visit(entry))
+        const std::wstring_view name = search.Entry.cFileName;
+        if (name != L"." && name != L".." && !visit(search.Entry))
             break;
-    } while (FindNextFileW(listing, &entry));
-    FindClose(listing);
+    } while (search.Next());
     return true;
 }
 
@@ -86,4 +57,4 @@ void Remove(const Path &folder);
 // An open folder. It is a lock on it, too: it shows that the run that unpacks
 // into it is alive, and the system takes it away with the run. Nobody can remove
 // or rename the folder meanwhile unless FILE_SHARE_DELETE is shared.
-Handle Lock(const Path &folder, DWORD share);
+UniqueHandle Lock(const Path &folder, DWORD share);

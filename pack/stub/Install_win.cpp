@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #define _CRT_RAND_S
-#include "model/MoveLock_win.h"
 #include "pack/stub/Files_win.h"
 #include "pack/stub/Steps.h"
+#include "packformat/MoveLock_win.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -11,21 +11,15 @@
 
 namespace {
 
-// Between two attempts at what another program may be in the way of, such as
-// one that looks for viruses in every new file: 5 seconds in all.
-constexpr DWORD AttemptMilliseconds = 50;
-
 bool ReadAt(std::intptr_t file, std::uint64_t offset, void *out, std::size_t count)
 {
     auto *bytes = static_cast<char *>(out);
     SetLastError(ERROR_SUCCESS);
     while (count > 0) {
-        OVERLAPPED at = {};
-        at.Offset = static_cast<DWORD>(offset);
-        at.OffsetHigh = static_cast<DWORD>(offset >> 32);
+        OVERLAPPED place = AtOffset(offset);
         DWORD got = 0;
-        const auto wanted = static_cast<DWORD>(std::min<std::size_t>(count, 1 << 30));
-        if (!ReadFile(reinterpret_cast<HANDLE>(file), bytes, wanted, &got, &at) || got == 0)
+        const auto length = static_cast<DWORD>(std::min(count, LargestTransfer));
+        if (!ReadFile(reinterpret_cast<HANDLE>(file), bytes, length, &got, &place) || got == 0)
             return false;
         bytes += got;
         offset += got;
@@ -34,7 +28,7 @@ bool ReadAt(std::intptr_t file, std::uint64_t offset, void *out, std::size_t cou
     return true;
 }
 
-class PackFile {
+class OpenPack {
 public:
     Fault Open(const char *path)
     {
@@ -44,8 +38,8 @@ public:
         if (!isNamed)
             return SystemFault(NotRead);
         // While it is open nobody can write to it.
-        m_file
-            = Handle(CreateFileW(wide, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0, nullptr));
+        m_file = UniqueHandle(
+            CreateFileW(wide, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0, nullptr));
         return m_file.IsOpen() && GetFileSizeEx(m_file, &m_size) ? Fault() : SystemFault(NotRead);
     }
 
@@ -58,7 +52,7 @@ public:
     bool IsCancelled() const { return false; }
 
 private:
-    Handle m_file;
+    UniqueHandle m_file;
     LARGE_INTEGER m_size = {};
 };
 
@@ -66,8 +60,8 @@ private:
 // fault when nobody has.
 Fault CheckFile(const Path &path)
 {
-    const Handle file(CreateFileW(path, DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                                  FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    const UniqueHandle file(CreateFileW(path, DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                        OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
     if (file.IsOpen() || GetLastError() == ERROR_FILE_NOT_FOUND || GetLastError() == ERROR_PATH_NOT_FOUND)
         return {};
     return SystemFault(NotReplaced);
@@ -77,11 +71,10 @@ Fault CheckFile(const Path &path)
 // files that nobody has open.
 Fault CheckPlace(const Path &place)
 {
-    WIN32_FIND_DATAW found = {};
-    const HANDLE search = FindFirstFileW(place, &found);
-    if (search == INVALID_HANDLE_VALUE)
+    const FileSearch search(place);
+    if (!search.IsFound())
         return GetLastError() == ERROR_FILE_NOT_FOUND ? Fault() : SystemFault(NotReplaced);
-    FindClose(search);
+    const WIN32_FIND_DATAW &found = search.Entry;
     // What is found by another name than its own is another exam's folder,
     // by its short name.
     if (!IsFolder(found) || (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT)
@@ -95,15 +88,15 @@ Fault CheckPlace(const Path &place)
     return isListed || GetLastError() == ERROR_PATH_NOT_FOUND ? fault : SystemFault(NotReplaced);
 }
 
-// The same, with patience for whoever looks into new files.
-Fault CheckPatiently(const Path &place)
+// The same, once other programs have had time to close a new file.
+Fault AwaitPlace(const Path &place)
 {
-    Fault fault = CheckPlace(place);
-    for (int attempt = 1; attempt < MostAttempts && fault.Code == ERROR_SHARING_VIOLATION; ++attempt) {
-        Sleep(AttemptMilliseconds);
-        fault = CheckPlace(place);
-    }
-    return fault;
+    const auto attempt = [&] {
+        Fault fault = CheckPlace(place);
+        fault.IsPassing = fault.Code == ERROR_SHARING_VIOLATION;
+        return fault;
+    };
+    return LastFault(MostAttempts, PauseForOthers, attempt);
 }
 
 bool Move(const Path &from, const Path &to)
@@ -147,15 +140,15 @@ public:
         m_isProgramMade = CreateDirectoryW(m_program, nullptr);
         m_isExamsMade = CreateDirectoryW(m_exams, nullptr);
         // Nobody can rename it while it is open.
-        m_folder = Handle(CreateFileW(m_exams, FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
-                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+        m_folder = UniqueHandle(CreateFileW(m_exams, FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                            OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
         BY_HANDLE_FILE_INFORMATION about = {};
         if (!m_folder.IsOpen() || !GetFileInformationByHandle(m_folder, &about))
             return SystemFault(NoExamsFolder);
         return about.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY ? Fault() : Fault{ NoExamsFolder, ERROR_DIRECTORY };
     }
 
-    Fault Check(std::string_view package) const { return CheckPatiently(Path(m_exams, package)); }
+    Fault Check(std::string_view package) const { return AwaitPlace(Path(m_exams, package)); }
 
     // Clears away what runs left behind that were ended by force; it stays while
     // another run moves exams and does not come to an end.
@@ -190,7 +183,7 @@ private:
     Path m_exams;
     bool m_isProgramMade = false;
     bool m_isExamsMade = false;
-    Handle m_folder;
+    UniqueHandle m_folder;
 };
 
 // A new folder inside the exams folder, which goes with everything in it
@@ -213,48 +206,20 @@ public:
 
     Fault Make()
     {
-        SetLastError(ERROR_ALREADY_EXISTS);
-        for (int attempt = 0; attempt < MostAttempts; ++attempt) {
-            unsigned int parts[2] = {};
-            if (rand_s(&parts[0]) != 0 || rand_s(&parts[1]) != 0)
-                break;
-            unsigned char random[WorkDigits / 2] = {};
-            static_assert(sizeof random == sizeof parts);
-            std::memcpy(random, parts, sizeof random);
-            m_path = Path(m_exams, WorkName(random).Text);
-            if (!CreateDirectoryW(m_path, nullptr)) {
-                if (GetLastError() == ERROR_ALREADY_EXISTS)
-                    continue;
-                break;
-            }
-            // Whoever clears away leftovers may have come before the lock.
-            m_folder = Lock(m_path, 0);
-            m_isMade = m_folder.IsOpen();
-            if (m_isMade)
-                return {};
-            RemoveDirectoryW(m_path);
-        }
-        return SystemFault(NotWritten);
+        return LastFault(MostAttempts, NoPause, [this] { return TryMake(); });
     }
 
     // A new file in the folder, its bytes, and its end. A name that differs in
     // letter case only is there already.
     Fault Begin(std::string_view name)
     {
-        m_file = Handle(CreateFileW(Path(m_path, name), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        m_file = UniqueHandle(
+            CreateFileW(Path(m_path, name), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
         return m_file.IsOpen() ? Fault() : SystemFault(NotWritten);
     }
     Fault Put(const char *bytes, std::size_t count)
     {
-        while (count > 0) {
-            DWORD put = 0;
-            SetLastError(ERROR_DISK_FULL);
-            if (!WriteFile(m_file, bytes, static_cast<DWORD>(std::min<std::size_t>(count, 1 << 30)), &put, nullptr) || put == 0)
-                return SystemFault(NotWritten);
-            bytes += put;
-            count -= put;
-        }
-        return {};
+        return WriteAll(m_file, bytes, count) ? Fault() : SystemFault(NotWritten);
     }
     Fault End() { return FlushFileBuffers(m_file) && m_file.Close() ? Fault() : SystemFault(NotWritten); }
     // The system keeps a record of what happens to folders.
@@ -274,42 +239,55 @@ public:
         // Without it nothing is removed that another run may need again; a
         // later run does.
         const MoveLock lock(MostAttempts * AttemptMilliseconds);
-        DWORD code = ERROR_SUCCESS;
-        for (int attempt = 0; attempt < MostAttempts; ++attempt) {
-            if (attempt > 0)
-                Sleep(AttemptMilliseconds);
-            if (const Fault fault = CheckPatiently(place))
-                return fault;
-            if (Move(m_path, place))
-                return Finish(kept, lock);
-            if (lock.IsHeld() && IsThere(place))
-                Remove(kept);
-            if (!Move(place, kept)) {
-                code = GetLastError();
-            } else {
-                if (Move(m_path, place))
-                    return Finish(kept, lock);
-                code = GetLastError();
-                PutBack(kept, place);
-            }
-            // Another run may have been faster, whose exam is replaced in turn;
-            // or somebody has opened a file just now.
-            const bool isPassing = code == ERROR_ALREADY_EXISTS || code == ERROR_FILE_EXISTS || code == ERROR_FILE_NOT_FOUND
-                || code == ERROR_PATH_NOT_FOUND || code == ERROR_ACCESS_DENIED || code == ERROR_SHARING_VIOLATION;
-            if (!isPassing)
-                break;
-        }
-        return { NotWritten, code };
+        return LastFault(MostAttempts, PauseForOthers, [&] { return TrySwapIn(place, kept, lock); });
     }
 
 private:
-    static void PutBack(const Path &kept, const Path &place)
+    Fault TryMake()
     {
-        for (int attempt = 0; attempt < MostAttempts && !Move(kept, place); ++attempt) {
-            if (GetLastError() != ERROR_ACCESS_DENIED && GetLastError() != ERROR_SHARING_VIOLATION)
-                return;
-            Sleep(AttemptMilliseconds);
-        }
+        unsigned int parts[2] = {};
+        if (rand_s(&parts[0]) != 0 || rand_s(&parts[1]) != 0)
+            return SystemFault(NotWritten);
+        unsigned char random[WorkDigits / 2] = {};
+        static_assert(sizeof random == sizeof parts);
+        std::memcpy(random, parts, sizeof random);
+        m_path = Path(m_exams, WorkName(random).Text);
+        if (!CreateDirectoryW(m_path, nullptr))
+            return SystemFault(NotWritten, GetLastError() == ERROR_ALREADY_EXISTS);
+        // Whoever clears away leftovers may have come before the lock.
+        m_folder = Lock(m_path, 0);
+        m_isMade = m_folder.IsOpen();
+        if (m_isMade)
+            return {};
+        RemoveDirectoryW(m_path);
+        return SystemFault(NotWritten, true);
+    }
+
+    Fault TrySwapIn(const Path &place, const Path &kept, const MoveLock &lock)
+    {
+        if (const Fault fault = AwaitPlace(place))
+            return fault;
+        if (Move(m_path, place))
+            return Finish(kept, lock);
+        if (lock.IsHeld() && IsThere(place))
+            Remove(kept);
+        if (!Move(place, kept))
+            return MoveFault();
+        if (Move(m_path, place))
+            return Finish(kept, lock);
+        const Fault fault = MoveFault();
+        RetryWhileInUse([&] { return Move(kept, place); });
+        return fault;
+    }
+
+    // Another run may have been faster, whose exam is replaced in turn; or
+    // somebody has opened a file just now.
+    static Fault MoveFault()
+    {
+        const DWORD code = GetLastError();
+        const bool isPassing = code == ERROR_ALREADY_EXISTS || code == ERROR_FILE_EXISTS || code == ERROR_FILE_NOT_FOUND
+            || code == ERROR_PATH_NOT_FOUND || IsInUse(code);
+        return { NotWritten, code, isPassing };
     }
 
     Fault Finish(const Path &kept, const MoveLock &lock)
@@ -325,15 +303,15 @@ private:
     const Path &m_exams;
     Path m_path;
     bool m_isMade = false;
-    Handle m_folder;
-    Handle m_file;
+    UniqueHandle m_folder;
+    UniqueHandle m_file;
 };
 
 // What a folder is, whatever it is called; false when it cannot be told.
 bool LookAt(const wchar_t *folder, BY_HANDLE_FILE_INFORMATION &about)
 {
-    const Handle own(CreateFileW(folder, 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                                 FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    const UniqueHandle own(CreateFileW(folder, 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                       OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     return own.IsOpen() && GetFileInformationByHandle(own, &about);
 }
 
@@ -365,9 +343,9 @@ void PrepareProgram()
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
 }
 
-Fault SystemFault(const char *text)
+Fault SystemFault(const char *text, bool isPassing)
 {
-    return { text, GetLastError() };
+    return { text, GetLastError(), isPassing };
 }
 
 const char *SystemText(unsigned long code)
@@ -397,8 +375,8 @@ void WriteErrorLine(const char *line, std::size_t length)
     } else if (error && error != INVALID_HANDLE_VALUE && WriteFile(error, line, static_cast<DWORD>(length), &put, nullptr)) {
         return;
     } else if (AttachConsole(ATTACH_PARENT_PROCESS)) {
-        const Handle console(CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                         OPEN_EXISTING, 0, nullptr));
+        const UniqueHandle console(CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                               nullptr, OPEN_EXISTING, 0, nullptr));
         WriteConsoleW(console, wide, static_cast<DWORD>(count), &put, nullptr);
     } else if (!IsInTemporaryFolder()) {
         MessageBoxW(nullptr, wide, L"Practorium", MB_OK | MB_ICONERROR | MB_SETFOREGROUND);
@@ -407,5 +385,5 @@ void WriteErrorLine(const char *line, std::size_t length)
 
 int InstallPack(const char *file)
 {
-    return InstallFile<PackFile, ExamsFolder, WorkFolder>(file);
+    return InstallFile<OpenPack, ExamsFolder, WorkFolder>(file);
 }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "pack/PackFormat.h"
 #include "pack/stub/Digest.h"
+#include "packformat/PackFormat.h"
 
 #include <cstdlib>
 #include <memory>

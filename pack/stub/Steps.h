@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "model/KeptExams.h"
+#include "handles/Retry.h"
 #include "pack/stub/Install.h"
 #include "pack/stub/PackReader.h"
+#include "packformat/KeptExams.h"
 
 #include <algorithm>
 
@@ -17,13 +18,14 @@ constexpr std::string_view WorkPrefix = ".practorium-pack-";
 constexpr std::size_t WorkDigits = 16;
 // The other kind begins with KeptPrefix.
 
-constexpr int MostAttempts = 100;
-
-// What went wrong, with the system's code for it if there is one; without a
-// text nothing did.
+// What went wrong, with the system's code for it or 0; without a text nothing
+// did.
 struct Fault {
     const char *Text = nullptr;
     unsigned long Code = 0;
+    // Whether another attempt may succeed, because it is another run or program
+    // that was in the way.
+    bool IsPassing = false;
     explicit operator bool() const { return Text != nullptr; }
 };
 
@@ -37,7 +39,22 @@ constexpr Fault InPlace = { "a file or a link is in its place", 0 };
 constexpr Fault FolderInside = { "the installed exam cannot be replaced, because a folder is in it", 0 };
 
 // A fault with the code that the system has left behind.
-Fault SystemFault(const char *text);
+Fault SystemFault(const char *text, bool isPassing = false);
+// Makes attempts, with a pause in between, until one has no fault or one that
+// does not pass, so many at most; the fault of the last one.
+template <class Pause, class Attempt> Fault LastFault(int most, Pause pause, Attempt attempt)
+{
+    Fault fault;
+    Retry(most, pause, [&] {
+        fault = attempt();
+        return !fault.IsPassing;
+    });
+    // What has not passed by now will not.
+    fault.IsPassing = false;
+    return fault;
+}
+inline void NoPause() { }
+
 // The system's words for a code, in UTF-8; good until the next call.
 const char *SystemText(unsigned long code);
 // One line for whoever runs the program.

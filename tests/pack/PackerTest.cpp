@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "pack/PackFormat.h"
 #include "pack/StubBytes.h"
+#include "packformat/PackFormat.h"
 #include "tests/pack/PackSheet.h"
 #include "tests/support/Program.h"
 #include "tests/support/System.h"

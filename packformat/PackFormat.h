@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "pack/Utf8.h"
+#include "packformat/Utf8.h"
 
 #include <algorithm>
 #include <cstddef>
