@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "service/Signals.h"
+#include "service/StopSignals.h"
 
 #include <csignal>
 
-namespace Signals {
+namespace StopSignals {
 
 namespace {
 
-sigset_t Held()
+sigset_t SignalSet()
 {
     sigset_t set;
     sigemptyset(&set);
@@ -18,16 +18,16 @@ sigset_t Held()
 
 }
 
-void Hold()
+void Block()
 {
-    const sigset_t set = Held();
+    const sigset_t set = SignalSet();
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
 }
 
-bool HasCome(std::chrono::seconds time)
+bool WaitFor(std::chrono::seconds time)
 {
-    const sigset_t set = Held();
+    const sigset_t set = SignalSet();
     const timespec limit = { static_cast<time_t>(time.count()), 0 };
     return sigtimedwait(&set, nullptr, &limit) > 0;
 }
