@@ -3,8 +3,7 @@
 
 #include <string_view>
 
-// Where an installed exam is for the moment in which another takes its place,
-// as packs do it where two folders cannot change places: in the exams folder,
-// under this and the name of its own folder. Nothing here needs more than the
-// language, because packs have nothing more.
+// Where two folders cannot change places, a pack moves the installed exam away
+// before the new one takes its place: to a folder in the exams folder whose name is
+// this prefix and the name of its own folder.
 constexpr std::string_view KeptPrefix = ".practorium-kept-";

@@ -5,16 +5,16 @@
 
 #include <sddl.h>
 
-// While it is held nobody else moves exams, so that what a living run of a pack
-// has put aside is not taken for what a dead one has left. Runs of all users
-// wait for each other. Like packs it needs nothing but the system.
+// Moving exams is exclusive to the holder of this lock, so that the exam that a
+// running pack has moved away is not taken for the leftover of a killed one. It is
+// one lock for all users of the machine. It needs only the system, as packs do.
 class MoveLock {
 public:
-    // Waits so long at most, in milliseconds.
-    explicit MoveLock(DWORD patience)
+    // Waits up to so many milliseconds for it.
+    explicit MoveLock(DWORD milliseconds)
         : m_mutex(Open())
     {
-        const DWORD result = m_mutex ? WaitForSingleObject(m_mutex, patience) : WAIT_FAILED;
+        const DWORD result = m_mutex ? WaitForSingleObject(m_mutex, milliseconds) : WAIT_FAILED;
         m_isHeld = result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
     }
     ~MoveLock()
@@ -27,10 +27,11 @@ public:
     MoveLock(const MoveLock &) = delete;
     MoveLock &operator=(const MoveLock &) = delete;
 
+    // False when the time was up, or the lock cannot be created.
     bool IsHeld() const { return m_isHeld; }
 
 private:
-    // Every user who has logged on may wait for it and give it back.
+    // Every user who has logged on may wait for it and release it.
     static HANDLE Open()
     {
         SECURITY_ATTRIBUTES security = { sizeof security, nullptr, FALSE };

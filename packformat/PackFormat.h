@@ -8,8 +8,8 @@
 #include <cstdint>
 #include <string_view>
 
-// What packer, stub and tests share of a pack, the program that installs one
-// exam. docs/pack-file.md shows the layout byte by byte:
+// The layout of a pack, the program that installs one exam, as packer, stub and
+// tests share it. docs/pack-file.md shows it byte by byte:
 //
 //   stub      the program that the system runs
 //   index     the package folder's name, then name and size of each file
@@ -17,7 +17,7 @@
 //   trailer   TrailerBytes at the very end, the sum last
 //
 // All numbers are little-endian. A name is a 16-bit count and so many bytes of
-// UTF-8; a size has 64 bits. Nothing here needs more than the language.
+// UTF-8; a size has 64 bits.
 namespace PackFormat {
 
 constexpr char Magic[] = { 'P', 'R', 'A', 'C', 'P', 'A', 'C', 'K' };
@@ -38,6 +38,7 @@ constexpr std::size_t NameCountBytes = 2;
 constexpr std::size_t SizeBytes = 8;
 constexpr std::size_t MostIndexBytes = NameCountBytes + LongestName + MostFiles * (NameCountBytes + LongestName + SizeBytes);
 
+// Whether the text is the word in capitals, in any letter case of ASCII.
 constexpr bool IsSameLetters(std::string_view text, std::string_view capitals)
 {
     if (text.size() != capitals.size())

@@ -5,8 +5,7 @@
 #include <iterator>
 #include <string_view>
 
-// Texts in UTF-8, and which of them differ in nothing but letter case. Nothing
-// here needs more than the language, because packs have nothing more.
+// Texts in UTF-8, and which of them differ in nothing but letter case.
 namespace Utf8 {
 
 constexpr char32_t NoCharacter = 0xFFFFFFFF;
@@ -26,7 +25,7 @@ constexpr char32_t Take(std::string_view &text)
             return NoCharacter;
         character = character << 6 | (byteAt(i) & 0x3F);
     }
-    // Longer than need be, a half of a pair, or beyond the last one.
+    // Longer than necessary, a surrogate, or beyond the last character.
     const bool isMisspelt = (length == 3 && character < 0x800) || (length == 4 && character < 0x10000)
         || (character >= 0xD800 && character < 0xE000) || character > 0x10FFFF;
     if (isMisspelt)
@@ -35,6 +34,7 @@ constexpr char32_t Take(std::string_view &text)
     return character;
 }
 
+// Whether all of the text is UTF-8; true for an empty one.
 constexpr bool IsText(std::string_view text)
 {
     while (!text.empty()) {

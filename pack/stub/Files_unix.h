@@ -6,17 +6,17 @@
 #include <cstring>
 #include <fcntl.h>
 
-// Open files and folders of the system. Folders are named by an open one and a
-// name in it, so that nothing leads elsewhere when paths change meanwhile.
+// Folders of the system. A folder is given by an open one, or by an open one and a
+// name in it, so that renaming a folder above cannot lead elsewhere.
 
 constexpr int FolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
-// Has the system bring a file or a folder to the disk. Some file systems have
-// nothing to do for a folder and say so.
+// Flushes a file or a folder to the disk. False when that fails; a file system
+// that cannot flush folders at all is no failure.
 bool Sync(int file);
 
-// Shows every name in the folder to visit until that returns false. False when
-// the folder cannot be listed, with the system's code left behind.
+// Calls visit(const char *name) for each name in the folder but "." and "..",
+// until it returns false. False when the folder cannot be listed, with the code in errno.
 template <class Visit> bool ForEach(int folder, Visit visit)
 {
     UniqueHandle own(openat(folder, ".", FolderFlags));
@@ -31,11 +31,14 @@ template <class Visit> bool ForEach(int folder, Visit visit)
     return true;
 }
 
-// Whether a folder is in the folder; true too when it cannot be told.
+// Whether the folder contains a folder; also true when it cannot be listed, unless
+// it was removed meanwhile.
 bool HoldsFolder(int folder);
-// Removes a folder and the files in it. One that holds a folder stays as it is.
+// Removes a folder and the files in it. One that contains a folder, or that is a
+// link, is left unchanged. Errors are ignored.
 void Remove(int parent, const char *name);
 
-// A lock on a folder shows that the run that unpacks into it is alive; the
-// system takes it away with the run. False when somebody else holds it.
+// Locks an open folder without waiting, until it is closed. The lock shows other
+// runs that the one that unpacks into the folder has not ended. False with
+// EWOULDBLOCK when another run holds it.
 bool Lock(int folder);

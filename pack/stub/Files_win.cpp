@@ -82,8 +82,8 @@ bool HoldsFolder(const Path &folder)
 void Remove(const Path &folder)
 {
     {
-        // A lock may write, and this one shares with nobody who may. While it is
-        // open nobody can put a link at the folder's place.
+        // Cannot be opened while the folder is locked, and keeps the folder from
+        // being replaced by a link.
         const UniqueHandle own(CreateFileW(folder, FILE_LIST_DIRECTORY, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                            FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
         BY_HANDLE_FILE_INFORMATION about = {};
@@ -92,7 +92,7 @@ void Remove(const Path &folder)
             return;
         RemoveFiles(folder);
     }
-    // Whoever has locked it just now keeps it.
+    // Fails when another run has locked it since.
     RemoveDirectoryW(folder);
 }
 

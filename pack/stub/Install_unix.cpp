@@ -85,7 +85,8 @@ Fault AwaitLock(int folder)
         mostAttempts, [] { nanosleep(&pause, nullptr); }, attempt);
 }
 
-// Whether an exam can come to that place: nothing is there, or a folder of files.
+// No fault when an exam can be put in that place: nothing is there, or a folder of
+// files.
 Fault CheckPlace(int exams, const char *name)
 {
     const UniqueHandle folder(openat(exams, name, FolderFlags | O_NOFOLLOW));
@@ -98,8 +99,8 @@ Fault CheckPlace(int exams, const char *name)
     return HoldsFolder(folder) ? FolderInside : Fault();
 }
 
-// The user's exams folder. What was made of its path goes again if nothing
-// comes into it.
+// The user's exams folder. The folders of its path that were made are removed
+// again if they stay empty.
 class ExamsFolder {
 public:
     ExamsFolder() = default;
@@ -163,7 +164,7 @@ private:
     UniqueHandle m_folder;
 };
 
-// A new folder inside the exams folder, which goes with everything in it
+// A new folder inside the exams folder, which is removed with everything in it
 // unless it has been swapped in.
 class WorkFolder {
 public:
@@ -184,7 +185,7 @@ public:
         return LastFault(MostAttempts, NoPause, [this] { return TryMake(); });
     }
 
-    // A new file in the folder, its bytes, and its end.
+    // Creates a file in the folder, writes to it, and closes it.
     Fault Begin(std::string_view name)
     {
         m_file = UniqueHandle(openat(m_folder, Name(name), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
@@ -195,7 +196,7 @@ public:
         return WriteAll(m_file, bytes, count) ? Fault() : SystemFault(NotWritten);
     }
     Fault End() { return Sync(m_file) && m_file.Close() ? Fault() : SystemFault(NotWritten); }
-    // Has the system bring the folder to the disk.
+    // Flushes the folder to the disk.
     Fault Keep() { return Sync(m_folder) ? Fault() : SystemFault(NotWritten); }
 
     // Puts the folder where the exam belongs and removes what was there.
@@ -238,8 +239,8 @@ private:
 
     Fault Replace(const char *place, const char *kept)
     {
-        // Locked, the old exam is not left over for any other run. The new exam
-        // of another run is locked until that run ends.
+        // While it is locked, no other run removes the old exam as a leftover. The
+        // new exam of another run is locked until that run ends.
         const UniqueHandle old(openat(m_exams, place, FolderFlags | O_NOFOLLOW));
         if (const Fault fault = old.IsOpen() ? AwaitLock(old) : Fault())
             return fault;
@@ -250,7 +251,7 @@ private:
         return errno == EINVAL || errno == ENOSYS ? ReplaceInTwoSteps(place, kept) : RenameFault();
     }
 
-    // A run that dies between the steps leaves an exam that the next one puts back.
+    // If the run is killed between the steps, the next one moves the exam back.
     Fault ReplaceInTwoSteps(const char *place, const char *kept)
     {
         if (const Fault fault = ClearKept(kept))
@@ -267,15 +268,15 @@ private:
     // Another run may have been faster, whose exam is replaced in turn.
     static Fault RenameFault() { return SystemFault(NotWritten, errno == ENOENT || errno == ENOTEMPTY || errno == EEXIST); }
 
-    // Whoever clears away leftovers may have come between making the folder
-    // and locking it. Where nothing can be locked, nothing is cleared away.
+    // Another run may have removed the folder as a leftover before it was locked.
+    // Where nothing can be locked, leftovers are not removed.
     bool IsOurs() const
     {
         struct stat status = {};
         return (Lock(m_folder) || errno != EWOULDBLOCK) && fstat(m_folder, &status) == 0 && status.st_nlink > 0;
     }
 
-    // Removes what a run that died has kept; not what another run still needs.
+    // Removes what a killed run has kept, but not what another run still needs.
     Fault ClearKept(const char *kept) const
     {
         const UniqueHandle folder(openat(m_exams, kept, FolderFlags | O_NOFOLLOW));
@@ -285,13 +286,13 @@ private:
         return fault;
     }
 
-    // The exam is in its place, and what was there has the other name; null when
-    // nothing was there. The old exam goes only when the new one is sure to stay,
-    // else it comes back.
+    // The exam is in its place; old is the name that the previous one has now, or
+    // nullptr. That one is removed only once the change is on the disk, and moved
+    // back when the flush fails.
     Fault Finish(const char *place, const char *old)
     {
         const Fault fault = Sync(m_exams) ? Fault() : SystemFault(NotWritten);
-        // What came since the exam is in its place has not stopped the run.
+        // A signal that came after the exam was in its place is ignored.
         isStopRequested = 0;
         if (fault && (!IsAt(m_folder, place) || ChangeBack(place, old)))
             return fault;
@@ -303,8 +304,8 @@ private:
         return {};
     }
 
-    // Whether that folder still has that name. Another run may have been in
-    // between, and its exam stays.
+    // Whether the open folder still has that name. Another run may have replaced
+    // it, whose exam then stays.
     bool IsAt(int folder, const char *name) const
     {
         struct stat here = {};
@@ -313,17 +314,17 @@ private:
             && here.st_dev == there.st_dev && here.st_ino == there.st_ino;
     }
 
-    // Gives the folder its first name again, and the place to what was there.
+    // Moves the folder back to its first name, and the previous exam to its place.
     bool ChangeBack(const char *place, const char *old) const
     {
         if (old == m_name.Text)
             return renameat2(m_exams, place, m_exams, m_name.Text, RENAME_EXCHANGE) == 0;
-        // One exam stays in any case.
+        // One of the two exams has to stay.
         if (old && faccessat(m_exams, old, F_OK, AT_SYMLINK_NOFOLLOW) != 0)
             return false;
         if (renameat(m_exams, place, m_exams, m_name.Text) != 0)
             return false;
-        // If that fails, the next run does it.
+        // If this fails, the next run does it.
         if (old)
             renameat(m_exams, old, m_exams, place);
         return true;
@@ -336,7 +337,7 @@ private:
     UniqueHandle m_file;
 };
 
-// Clears away what runs left behind that were ended by force.
+// Removes the leftovers of killed runs, and moves exams back that they had kept.
 void ExamsFolder::Sweep() const
 {
     ForEach(m_folder, [this](const char *entry) {
@@ -362,8 +363,8 @@ void ExamsFolder::Sweep() const
 
 }
 
-// A wish to stop only leaves a note, so that nothing half-made stays. A write
-// past a limit is an error like a full disk.
+// A signal to stop is only noted, so that the run can clean up. A write past a
+// limit is an error like a full disk.
 void PrepareProgram()
 {
     for (const int number : { SIGINT, SIGTERM, SIGHUP }) {

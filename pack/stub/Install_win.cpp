@@ -37,7 +37,7 @@ public:
                                   : GetModuleFileNameW(nullptr, wide, std::size(wide)) < std::size(wide);
         if (!isNamed)
             return SystemFault(NotRead);
-        // While it is open nobody can write to it.
+        // Nothing can write to the file while it is open.
         m_file = UniqueHandle(
             CreateFileW(wide, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0, nullptr));
         return m_file.IsOpen() && GetFileSizeEx(m_file, &m_size) ? Fault() : SystemFault(NotRead);
@@ -56,8 +56,8 @@ private:
     LARGE_INTEGER m_size = {};
 };
 
-// Why a file keeps its folder from being renamed: somebody has it open. No
-// fault when nobody has.
+// A fault when another program has the file open, so that its folder cannot be
+// renamed.
 Fault CheckFile(const Path &path)
 {
     const UniqueHandle file(CreateFileW(path, DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
@@ -67,8 +67,8 @@ Fault CheckFile(const Path &path)
     return SystemFault(NotReplaced);
 }
 
-// Whether an exam can come to that place: nothing is there, or a folder of
-// files that nobody has open.
+// No fault when an exam can be put in that place: nothing is there, or a folder of
+// files that no other program has open.
 Fault CheckPlace(const Path &place)
 {
     const FileSearch search(place);
@@ -88,7 +88,7 @@ Fault CheckPlace(const Path &place)
     return isListed || GetLastError() == ERROR_PATH_NOT_FOUND ? fault : SystemFault(NotReplaced);
 }
 
-// The same, once other programs have had time to close a new file.
+// The same, after waiting for other programs to close the files.
 Fault AwaitPlace(const Path &place)
 {
     const auto attempt = [&] {
@@ -110,7 +110,7 @@ bool IsThere(const Path &path)
 }
 
 // The exams folder in the folder of programs, where the program looks for it.
-// What was made of its path goes again if nothing comes into it.
+// The folders of its path that were made are removed again if they stay empty.
 class ExamsFolder {
 public:
     ExamsFolder() = default;
@@ -139,7 +139,7 @@ public:
         m_exams = Path(m_program, L"Exams");
         m_isProgramMade = CreateDirectoryW(m_program, nullptr);
         m_isExamsMade = CreateDirectoryW(m_exams, nullptr);
-        // Nobody can rename it while it is open.
+        // It cannot be renamed while it is open.
         m_folder = UniqueHandle(CreateFileW(m_exams, FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                             OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
         BY_HANDLE_FILE_INFORMATION about = {};
@@ -150,8 +150,8 @@ public:
 
     Fault Check(std::string_view package) const { return AwaitPlace(Path(m_exams, package)); }
 
-    // Clears away what runs left behind that were ended by force; it stays while
-    // another run moves exams and does not come to an end.
+    // Removes the leftovers of killed runs, and moves exams back that they had kept.
+    // Does nothing if another run does not stop moving exams.
     void Sweep() const
     {
         const MoveLock lock(MostAttempts * AttemptMilliseconds);
@@ -186,7 +186,7 @@ private:
     UniqueHandle m_folder;
 };
 
-// A new folder inside the exams folder, which goes with everything in it
+// A new folder inside the exams folder, which is removed with everything in it
 // unless it has been swapped in.
 class WorkFolder {
 public:
@@ -209,8 +209,8 @@ public:
         return LastFault(MostAttempts, NoPause, [this] { return TryMake(); });
     }
 
-    // A new file in the folder, its bytes, and its end. A name that differs in
-    // letter case only is there already.
+    // Creates a file in the folder, writes to it, and closes it. Two names that
+    // differ in nothing but letter case are one file.
     Fault Begin(std::string_view name)
     {
         m_file = UniqueHandle(
@@ -222,12 +222,12 @@ public:
         return WriteAll(m_file, bytes, count) ? Fault() : SystemFault(NotWritten);
     }
     Fault End() { return FlushFileBuffers(m_file) && m_file.Close() ? Fault() : SystemFault(NotWritten); }
-    // The system keeps a record of what happens to folders.
+    // Changes of folders are in the file system's journal.
     Fault Keep() { return {}; }
 
-    // Puts the folder where the exam belongs and removes what was there. Two
-    // folders cannot change places: a run that dies between the two steps
-    // leaves an exam that the next one puts back.
+    // Puts the folder where the exam belongs and removes what was there. That takes
+    // two steps, because two folders cannot change places: if the run is killed in
+    // between, the next one moves the exam back.
     Fault SwapIn(std::string_view package)
     {
         const Path place(m_exams, package);
@@ -236,8 +236,8 @@ public:
         m_folder = Lock(m_path, FILE_SHARE_DELETE);
         if (!m_folder.IsOpen())
             return SystemFault(NotWritten);
-        // Without it nothing is removed that another run may need again; a
-        // later run does.
+        // Without the lock, exams that another run may still need are not removed; a
+        // later run removes them.
         const MoveLock lock(MostAttempts * AttemptMilliseconds);
         return LastFault(MostAttempts, PauseForOthers, [&] { return TrySwapIn(place, kept, lock); });
     }
@@ -254,7 +254,7 @@ private:
         m_path = Path(m_exams, WorkName(random).Text);
         if (!CreateDirectoryW(m_path, nullptr))
             return SystemFault(NotWritten, GetLastError() == ERROR_ALREADY_EXISTS);
-        // Whoever clears away leftovers may have come before the lock.
+        // Another run may have removed the folder as a leftover before the lock.
         m_folder = Lock(m_path, 0);
         m_isMade = m_folder.IsOpen();
         if (m_isMade)
@@ -280,8 +280,8 @@ private:
         return fault;
     }
 
-    // Another run may have been faster, whose exam is replaced in turn; or
-    // somebody has opened a file just now.
+    // Another run may have been faster, whose exam is replaced in turn; or another
+    // program has just opened a file.
     static Fault MoveFault()
     {
         const DWORD code = GetLastError();
@@ -293,7 +293,7 @@ private:
     Fault Finish(const Path &kept, const MoveLock &lock)
     {
         m_isMade = false;
-        // The next run may replace this one's exam in turn and remove it.
+        // Otherwise the next run could not replace this exam.
         m_folder.Close();
         if (lock.IsHeld())
             Remove(kept);
@@ -307,7 +307,7 @@ private:
     UniqueHandle m_file;
 };
 
-// What a folder is, whatever it is called; false when it cannot be told.
+// Identifies a folder independently of its path; false when it cannot be opened.
 bool LookAt(const wchar_t *folder, BY_HANDLE_FILE_INFORMATION &about)
 {
     const UniqueHandle own(CreateFileW(folder, 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
@@ -359,11 +359,11 @@ const char *SystemText(unsigned long code)
     return WideCharToMultiByte(CP_UTF8, 0, wide, -1, text, sizeof text, nullptr, nullptr) > 1 ? text : nullptr;
 }
 
-// The program has no console of its own, so that none flashes up where a
-// program with windows runs it. It uses what it was given or its starter's; a
-// double click gives it neither, and a box has to do. The download window gives
-// it neither as well: it runs packs in the temporary folder and waits for them,
-// and a box of theirs would be behind it or, with nobody there, stay for ever.
+// The program has no console of its own, so that none flashes up when a program
+// with windows runs it. It writes to the error output that it was given, or to the
+// console of the process that started it. With neither, as after a double click, it
+// shows a box, but not in the temporary folder: the download window runs packs there
+// and waits for them, and the box would be hidden behind it.
 void WriteErrorLine(const char *line, std::size_t length)
 {
     wchar_t wide[1024] = {};
