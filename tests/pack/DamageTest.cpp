@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "pack/stub/PackReader.h"
 #include "tests/pack/PackFixture.h"
-#include "tests/support/System.h"
 
 #include <cstring>
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/pack/PackFixture.h"
-#include "tests/support/System.h"
 
 TEST(InstallTest, WhereNoExamCanBePut)
 {
@@ -25,11 +24,11 @@ TEST(InstallTest, WhereNoExamCanBePut)
         Sandbox::WriteFile(root + path, "x");
         if (!link.isEmpty() && !(QFile::remove(root + path) && System::MakeLink(link, root + path)))
             continue;
-        const Tree before = Snapshot(Sandbox::Path({}));
+        const Tree before = Snapshot(System::ProgramFiles());
         const Outcome outcome = OutcomeOf(program);
         EXPECT_TRUE(outcome.Code == 1 && outcome.Err.startsWith(u"Exam pack: PLACE: "_s + reason)) << outcome.Err.toStdString();
         EXPECT_EQ(outcome.Err.count(u'\n'), 1);
-        EXPECT_EQ(Snapshot(Sandbox::Path({})), before) << path.toStdString() << link.toStdString();
+        EXPECT_EQ(Snapshot(System::ProgramFiles()), before) << path.toStdString() << link.toStdString();
     }
     QFile::remove(root);
     const Outcome misused = { 2, {}, u"Exam pack: run it without arguments to install the exam\n"_s };

@@ -21,6 +21,21 @@ namespace {
 std::function<int()> exchangeReachesDisk;
 bool canExchangeHere = true;
 
+// A run of the pack in a copy of this program, and its end.
+pid_t Fork(const std::string &pack)
+{
+    const pid_t run = fork();
+    if (run == 0)
+        _exit(InstallPack(pack.c_str()));
+    return run;
+}
+
+void AwaitEnd(pid_t run)
+{
+    int status = -1;
+    EXPECT_TRUE(waitpid(run, &status, 0) == run && status == 0) << status;
+}
+
 }
 
 extern "C" int fsync(int file)
@@ -45,68 +60,60 @@ TEST(InstallTest, WhereExamsAreLookedFor)
     const QString root = Sandbox::Path(u"homes"_s);
     const QString data = u"XDG_DATA_HOME="_s;
     const QString home = u"HOME="_s;
-    // Where the exam is afterwards; without that it is nowhere.
+    const QString nowhere = u"there is no exams folder to install into"_s;
+    const auto locked = QFile::ReadOwner | QFile::ExeOwner;
+    // Where the exam is afterwards, or why it is nowhere.
     const struct {
-        const char *Name;
         QStringList Variables;
-        QString Folder;
+        QString Folder, Reason;
     } rows[] = {
-        { "both", { data + root + u"/a/b"_s, home + root + u"/h"_s }, u"/a/b"_s },
-        { "a separator at the end", { data + root + u"/slash/"_s }, u"/slash"_s },
-        { "relative data", { data + u"relative"_s, home + root + u"/h1"_s }, u"/h1/.local/share"_s },
-        { "empty data", { data, home + root + u"/h2"_s }, u"/h2/.local/share"_s },
-        { "home", { home + root + u"/h3"_s }, u"/h3/.local/share"_s },
-        { "none", { u"NONE="_s }, {} },
-        { "relative home", { home + u"relative"_s }, {} },
-        { "too long", { data + root + u"/x"_s.repeated(2040) }, {} },
+        { { data + root + u"/a/b"_s, home + root + u"/h"_s }, u"/a/b"_s, {} },
+        { { data + root + u"/slash/"_s }, u"/slash"_s, {} },
+        { { data + u"relative"_s, home + root + u"/h1"_s }, u"/h1/.local/share"_s, {} },
+        { { data, home + root + u"/h2"_s }, u"/h2/.local/share"_s, {} },
+        { { home + root + u"/h3"_s }, u"/h3/.local/share"_s, {} },
+        { { u"NONE="_s }, {}, nowhere },
+        { { home + u"relative"_s }, {}, nowhere },
+        { { data + root + u"/x"_s.repeated(2'040) }, {}, nowhere + u": File name too long"_s },
+        { { data + root + u"/locked"_s }, {}, nowhere + u": Permission denied"_s },
+        { { data + root + u"/full"_s }, {}, u"the exam cannot be written: Permission denied"_s },
     };
-    for (const auto &[name, variables, folder] : rows) {
+    for (const auto &[variables, folder, reason] : rows) {
         QDir(root).removeRecursively();
-        const Outcome outcome = OutcomeOf(program, {}, [&](QProcess &process) { process.setEnvironment(variables); });
-        const QString nowhere = u"Exam pack: NET-101.v2: there is no exams folder to install into"_s;
-        EXPECT_TRUE(folder.isEmpty() ? outcome.Code == 1 && outcome.Err.startsWith(nowhere) : outcome == Done) << name;
-        EXPECT_EQ(Snapshot(root + folder + u"/Practorium/Exams"_s),
-                  folder.isEmpty() ? Tree() : Installed(u"NET-101.v2"_s, u"A-1"_s))
-            << name;
-    }
-}
-
-TEST(InstallTest, WithoutPermission)
-{
-    const QString program = MakePack(u"PLACE"_s, u"P-2"_s);
-    const QString root = Sandbox::Path(u"places"_s);
-    for (const auto &[folder, reason] : { std::pair(u"/Practorium/Exams"_s, u"the exam cannot be written"_s),
-                                          std::pair(QString(), u"there is no exams folder to install into"_s) }) {
-        QDir(root).removeRecursively();
-        EXPECT_TRUE(QDir().mkpath(QFileInfo(root + folder).path())
-                    && QDir().mkdir(root + folder, QFile::ReadOwner | QFile::ExeOwner));
+        EXPECT_TRUE(QDir().mkpath(root + u"/full/Practorium"_s) && QDir().mkdir(root + u"/locked"_s, locked)
+                    && QDir().mkdir(root + u"/full/Practorium/Exams"_s, locked));
         const Tree before = Snapshot(root);
         const Outcome outcome = OutcomeOf(program, {}, [&](QProcess &process) {
-            process.setEnvironment({ u"XDG_DATA_HOME="_s + root });
+            process.setEnvironment(variables);
             // Permissions hold for everybody, the superuser too.
             process.setChildProcessModifier([] { prctl(PR_CAPBSET_DROP, 1 /* CAP_DAC_OVERRIDE */, 0, 0, 0); });
         });
-        EXPECT_EQ(outcome, Failed(u"PLACE"_s, reason + u": Permission denied"_s));
-        EXPECT_EQ(Snapshot(root), before) << folder.toStdString();
+        EXPECT_EQ(outcome, reason.isEmpty() ? Done : Failed(u"NET-101.v2"_s, reason)) << qPrintable(variables.join(u' '));
+        EXPECT_EQ(reason.isEmpty() ? Snapshot(root + folder + u"/Practorium/Exams"_s) : Snapshot(root),
+                  reason.isEmpty() ? Installed(u"NET-101.v2"_s, u"A-1"_s) : before)
+            << qPrintable(variables.join(u' '));
     }
 }
 
 TEST(InstallTest, AFailureChangesNothing)
 {
     const QString exams = FreshFolder();
+    const QString data = QFileInfo(exams).path();
     const QString pack = MakePack(u"FULL"_s, u"F-1"_s, 100'000);
-    const QString old = exams + u"/FULL/FULL.exam"_s;
-    for (const quint64 bytes : { 100u, 20'000u, 99'999u, 100'000u }) {
-        const bool fits = bytes == 100'000;
+    for (const quint64 bytes : { 100u, 20'000u, 99'999u }) {
         for (const bool hasOld : { false, true }) {
-            FreshFolder();
-            hasOld ? Sandbox::WriteFile(old, "old") : static_cast<void>(QDir().rmdir(exams));
-            const Tree before = Snapshot(QFileInfo(exams).path());
+            QDir(data).removeRecursively();
+            if (hasOld)
+                Sandbox::WriteFile(exams + u"/FULL/FULL.exam"_s, "old");
+            const Tree before = Snapshot(QFileInfo(data).path());
             const SmallDisk disk(bytes);
-            EXPECT_EQ(InstallHere(pack), fits ? "0 " : "1 Exam pack: FULL: the exam cannot be written: File too large\n");
-            EXPECT_EQ(fits ? Snapshot(exams) : Snapshot(QFileInfo(exams).path()),
-                      fits ? Installed(u"FULL"_s, u"F-1"_s) : before);
+            EXPECT_EQ(InstallHere(pack), "1 Exam pack: FULL: the exam cannot be written: File too large\n") << bytes;
+            EXPECT_EQ(Snapshot(QFileInfo(data).path()), before) << bytes;
         }
+    }
+    {
+        const SmallDisk disk(100'000);
+        EXPECT_EQ(InstallHere(pack), "0 ");
     }
     // Changed after it was summed up.
     const QString large = MakePack(u"FULL"_s, u"F-2"_s, LargeBytes);
@@ -135,13 +142,9 @@ TEST(InstallTest, TheDiskFailsAtTheEnd)
     const std::string other = MakePack(u"OTHER"_s, u"O-1"_s).toStdString();
     // Another run removes leftovers.
     const auto sweep = [&] {
-        const pid_t run = fork();
-        if (run == 0) {
-            exchangeReachesDisk = {};
-            _exit(InstallPack(other.c_str()));
-        }
-        int status = -1;
-        EXPECT_TRUE(waitpid(run, &status, 0) == run && status == 0) << status;
+        const auto answer = std::exchange(exchangeReachesDisk, {});
+        AwaitEnd(Fork(other));
+        exchangeReachesDisk = answer;
     };
     const struct {
         const char *Name;
@@ -161,7 +164,7 @@ TEST(InstallTest, TheDiskFailsAtTheEnd)
         { "another run's exam in its place",
           true,
           true,
-          [&](int) { return QDir(place).removeRecursively() && QDir().mkdir(place) ? EIO : 0; },
+          [&](int) { return QDir(place).rename(place, exams + u"/N"_s) && QDir().mkdir(place) ? EIO : 0; },
           failed,
           {} },
         { "no way back", true, true, [](int) { return canExchangeHere = false, EIO; }, notKept, fresh },
@@ -211,14 +214,10 @@ TEST(InstallTest, AnExamAtEveryMoment)
         canExchangeHere = canExchange;
         for (int round = 0; round < 8; ++round) {
             std::array<pid_t, 8> runs = {};
-            for (size_t i = 0; i < runs.size(); ++i) {
-                if ((runs[i] = fork()) == 0)
-                    _exit(InstallPack(programs[i % 2].c_str()));
-            }
-            for (const pid_t run : runs) {
-                int status = -1;
-                EXPECT_TRUE(waitpid(run, &status, 0) == run && status == 0) << status;
-            }
+            for (size_t i = 0; i < runs.size(); ++i)
+                runs[i] = Fork(programs[i % 2]);
+            for (const pid_t run : runs)
+                AwaitEnd(run);
             EXPECT_EQ(Snapshot(exams), Installed(u"BOTH"_s, CodeOf(u"BOTH"_s))) << "round " << round;
         }
         isOver = true;

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "pack/Packer.h"
 #include "tests/support/Program.h"
+#include "tests/support/System.h"
 #include "tests/support/Test.h"
-
-#include <memory>
 
 // Packs for tests, made by the packer or by hand, and what they leave in the exams folder.
 
@@ -40,7 +40,10 @@ QByteArray Summed(QByteArray pack);
 
 // How runs of packs end.
 const Outcome Done;
-Outcome Failed(const QString &name, const QString &reason);
+inline Outcome Failed(const QString &name, const QString &reason)
+{
+    return { 1, {}, u"Exam pack: %1: %2\n"_s.arg(name, reason) };
+}
 // Runs the pack inside the test's own program, where a sanitizer sees it: the exit code, a
 // blank and the error output.
 std::string InstallHere(const QString &pack);
