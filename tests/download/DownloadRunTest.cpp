@@ -6,18 +6,26 @@
 
 namespace {
 
-using DownloadRunTest = RunTest;
+class DownloadRunTest : public RunTest {
+protected:
+    QString Reporting(const QString &list) const
+    {
+        return u"|status Performing post-installation tasks|POST REPORT?sid=7&list=%1&time=%2;|status Completed|ended"_s.arg(
+            list, DownloadText::GeneralDate(Now.Now(), QLocale::system()));
+    }
+    void List(const QByteArray &exams) { On("LIST?", Reply::Whole("LIST?status=OK&data=" + exams + ';')); }
+};
 
 const QString Connecting = u"running|status Connecting to Practorium Download Server|POST LOGIN?email=me&pwd=pw;"_s;
-const QString Checking = u"|status Checking for available downloads|POST LIST?sid=7;|full"_s;
+const QString Checking = u"|status Checking for available downloads|POST LIST?sid=7;"_s;
 const QString Trouble
     = u"|ended|status Error communicating to server|box 16 Cannot continue because there seems to be a problem "
       "with your internet connection or Practorium's PackCourier Service. If the problem persists, please "
       "contact Practorium support."_s;
 const QString WrongPassword = u"|box 16 Cannot continue because the User ID or password is incorrect|ended|idle|to user ID|"
-                              "status Authentication failed!|full"_s;
+                              "status Authentication failed!"_s;
 const QString NoProgram = u"Unable to execute command"_s;
-const QString Completed = u"|status Completed|ended|full"_s;
+const QString Completed = u"|status Completed|ended"_s;
 
 QString Failure(const QString &code, const QString &text)
 {
@@ -45,19 +53,14 @@ QString Overwriting(const QString &exam)
 
 TEST_F(DownloadRunTest, WholeRun)
 {
-    const auto reporting = [this](const QString &list) {
-        return u"|status Performing post-installation tasks|POST REPORT?sid=7&list=%1&time=%2;"_s.arg(
-                   list, DownloadText::GeneralDate(Now.Now(), QLocale::system()))
-            + Completed;
-    };
-    On("LIST?", Reply::Whole("LIST?status=OK&data= 101,102,103 ;"));
+    List(" 101,102,103 ");
     On("eid=102", Reply::Whole("no program"));
     const QByteArray pack = Pack("pack", 300'000);
     On("eid=103", Reply::Whole(pack));
     const QString failing = Failing(u"102"_s).replace(u"102|box"_s, u"102|install 102|box"_s);
     EXPECT_EQ(WholeRun(),
-              Connecting + Checking + Fetching(u"101"_s) + u"|full"_s + Installing(u"101"_s) + Fetching(u"102"_s) + failing
-                  + Fetching(u"103"_s) + Installing(u"103"_s) + reporting(u"101,103"_s));
+              Connecting + Checking + Fetching(u"101"_s) + Installing(u"101"_s) + Fetching(u"102"_s) + failing
+                  + Fetching(u"103"_s) + Installing(u"103"_s) + Reporting(u"101,103"_s));
     EXPECT_EQ(Sandbox::ReadFile(Sandbox::Path(u"mark-pack"_s)), "run\nrun\n");
     EXPECT_EQ(QDir(TempFile(u""_s)).entryList(QDir::Files), QStringList{ u"102.exe"_s }) << "what was installed is deleted";
     const auto end = std::pair(double(pack.size()), double(pack.size()));
@@ -66,15 +69,15 @@ TEST_F(DownloadRunTest, WholeRun)
     EXPECT_LT(Counts.size(), pack.size() / 1024 / 10) << "but not with every chunk";
 
     // The next one knows nothing of it.
-    On("LIST?", Reply::Whole("LIST?status=OK&data=102;"));
-    EXPECT_EQ(WholeRun(), Connecting + Checking + Fetching(u"102"_s) + u"|full"_s + failing + reporting(u""_s));
+    List("102");
+    EXPECT_EQ(WholeRun(), Connecting + Checking + Fetching(u"102"_s) + failing + Reporting(u""_s));
 }
 
 TEST_F(DownloadRunTest, Replies)
 {
     const QByteArray refusal = "LOGIN?status=NO;";
     const auto whole = [](const QByteArray &body) { return Reply::Whole(body); };
-    const QString nothing = Checking + u"|box 16 You do not have any exams available for download|ended|close|full"_s;
+    const QString nothing = Checking + u"|box 16 You do not have any exams available for download|ended|close"_s;
     const struct {
         const char *Name, *To;
         Reply Answer;
@@ -84,9 +87,9 @@ TEST_F(DownloadRunTest, Replies)
         { "no status", "LOGIN?", whole("LOGIN?sid=7;"), WrongPassword },
         { "status in small letters", "LOGIN?", whole("LOGIN?status=ok&sid=7;"), WrongPassword },
         { "no parameters", "LOGIN?", whole("LOGIN;"), WrongPassword },
-        { "byte by byte", "LOGIN?", { refusal, 200, {}, 3, -1, 0, false, false, true, 1 }, WrongPassword },
-        { "error", "LOGIN?", whole("ERROR?code=3&description=No {CRLF}luck;"), u"|ended|box 16 No \r\nluck|close|full"_s },
-        { "error later", "LIST?", whole("ERROR?description=a%3B;"), Checking + u"|ended|box 16 a;|close|full"_s },
+        { "byte by byte", "LOGIN?", { refusal, 200, {}, {}, 1 }, WrongPassword },
+        { "error", "LOGIN?", whole("ERROR?code=3&description=No {CRLF}luck;"), u"|ended|box 16 No \r\nluck|close"_s },
+        { "error later", "LIST?", whole("ERROR?description=a%3B;"), Checking + u"|ended|box 16 a;|close"_s },
         { "report at once", "LOGIN?", whole("REPORT;"), Completed },
         { "nothing bought", "LIST?", whole("LIST?status=OK&data=  ;"), nothing },
         { "no data", "LIST?", whole("LIST?status=OK;"), nothing },
@@ -97,18 +100,13 @@ TEST_F(DownloadRunTest, Replies)
         { "not found", "LOGIN?", Reply::Whole(refusal, 404), Failure(u"194"_s, u"reason"_s) },
         { "encoded", "LOGIN?", whole(refusal).With("content-encoding", " GZIP"),
           Failure(u"C8"_s, u"The server sends its answer encoded"_s) },
-        { "encoded as itself", "LOGIN?", whole(refusal).With("content-encoding", "Identity"), WrongPassword },
-        { "no connection", "LOGIN?", Reply{}.BrokenAt(0, 7), Failure(u"7"_s, u"result 7"_s) },
-        { "silence before it is sent", "LOGIN?", Reply{}.BrokenAt(0, 0).Silent(),
-          Failure(u"1C"_s, u"The server does not answer"_s) },
-        { "silence", "LOGIN?", Reply{}.BrokenAt(1, 0).Silent(), Failure(u"1C"_s, u"The server does not answer"_s) },
-        { "silence in the headers", "LIST?", Reply{}.BrokenAt(2, 0).Silent(),
-          Checking + Failure(u"1C"_s, u"The server does not answer"_s) },
-        { "silence in the body", "LOGIN?", whole(refusal).CutAt(5, 0).Silent(),
+        { "as it is", "LOGIN?", whole(refusal).With("content-encoding", "Identity"), WrongPassword },
+        { "no connection", "LOGIN?", Reply{}.Until({ .Event = 0, .Result = 7 }), Failure(u"7"_s, u"result 7"_s) },
+        { "silence in the body", "LOGIN?", whole(refusal).Until({ .Byte = 5, .IsSilent = true }),
           Failure(u"1C"_s, u"The server does not go on"_s) },
-        { "broken in the headers", "LOGIN?", Reply{}.BrokenAt(2, 56), Failure(u"38"_s, u"result 56"_s) },
-        { "broken in the body", "LOGIN?", whole(refusal).CutAt(15, 18), Trouble },
-        { "broken behind the body", "LOGIN?", whole(refusal).CutAt(16, 18), Trouble },
+        { "broken in the headers", "LOGIN?", Reply{}.Until({ .Event = 2, .Result = 56 }), Failure(u"38"_s, u"result 56"_s) },
+        { "broken in the body", "LOGIN?", whole(refusal).Until({ .Byte = 15, .Result = 18 }), Trouble },
+        { "broken behind the body", "LOGIN?", whole(refusal).Until({ .Byte = 16, .Result = 18 }), Trouble },
     };
     for (const auto &row : rows) {
         AnswerRightly();
@@ -117,7 +115,7 @@ TEST_F(DownloadRunTest, Replies)
     }
     AnswerRightly();
     On("LOGIN?", Reply::Whole("LOGIN?STATUS=OK;"));
-    EXPECT_TRUE(WholeRun().contains(u"|POST LIST?sid=;|"_s)) << "a number that is not there";
+    EXPECT_TRUE(WholeRun().contains(u"|POST LIST?sid=;"_s)) << "a number that is not there";
 }
 
 // The run waits; the candidate can still end it.
@@ -146,37 +144,29 @@ TEST_F(DownloadRunTest, Lists)
 {
     Install(*NewExam({ u"102"_s }), u"Old"_s);
     Install(*NewExam({ u"103"_s }), u"Older"_s);
+    const auto got = [](const QString &exam) { return Fetching(exam) + Installing(exam); };
     const struct {
         const char *Data;
         MessageAnswer Choice;
-        QString Lines; // up to the second pack
+        QString Lines; // without those of the report
         QString Report; // none without
     } rows[] = {
-        { "101,,101", AnswerYes, Fetching(u"101"_s) + u"|full"_s + Installing(u"101"_s) + Fetching(u""_s) + Installing(u""_s),
-          u"101,,101"_s },
-        { " 101, 104,", AnswerYes, Fetching(u"101"_s) + u"|full"_s + Installing(u"101"_s), u"101, 104,"_s },
-        { "102", AnswerYes, Overwriting(u"102"_s) + Fetching(u"102"_s) + u"|full"_s + Installing(u"102"_s), u"102"_s },
-        { "102", AnswerNo, Overwriting(u"102"_s) + Completed, {} },
+        { "101,,101", AnswerYes, got(u"101"_s) + got(u""_s) + got(u"101"_s), u"101,,101"_s },
+        { " 101, 104,", AnswerYes, got(u"101"_s) + got(u" 104"_s).replace(u"eid= "_s, u"eid=%20"_s) + got(u""_s),
+          u"101, 104,"_s },
+        { "102", AnswerYes, Overwriting(u"102"_s) + got(u"102"_s), u"102"_s },
         { "102,103", AnswerNo, Overwriting(u"102"_s) + Overwriting(u"103"_s) + Completed, {} },
+        { "103,101", AnswerNo, Overwriting(u"103"_s) + got(u"101"_s), u"101"_s },
         // The last one declined: no report, though another was installed.
-        { "103,101,102",
-          AnswerNo,
-          Overwriting(u"103"_s) + Fetching(u"101"_s) + u"|full"_s + Installing(u"101"_s) + Overwriting(u"102"_s)
-              + u"|status Completed|ended"_s,
-          {} },
+        { "101,102", AnswerNo, got(u"101"_s) + Overwriting(u"102"_s) + Completed, {} },
     };
     for (const auto &row : rows) {
-        On("LIST?", Reply::Whole(QByteArray("LIST?status=OK&data=") + row.Data + ';'));
+        List(row.Data);
         Choice = row.Choice;
-        const QString log = WholeRun();
-        EXPECT_TRUE(log.startsWith(Connecting + Checking.chopped(5) + row.Lines)
-                    || log.startsWith(Connecting + Checking + row.Lines))
-            << row.Data << '\n'
-            << log.toStdString();
-        EXPECT_EQ(log.section(u"&list="_s, 1).section(u"&time="_s, 0, 0), row.Report) << row.Data;
-        EXPECT_EQ(log.contains(u"REPORT?"_s), !row.Report.isEmpty()) << row.Data;
+        const QString report = row.Report.isNull() ? QString() : Reporting(row.Report);
+        EXPECT_EQ(WholeRun(), Connecting + Checking + row.Lines + report) << row.Data;
     }
-    On("LIST?", Reply::Whole("LIST?status=OK&data=102" + QByteArray(",102").repeated(2999) + ';'));
+    List("102" + QByteArray(",102").repeated(2999));
     EXPECT_EQ(WholeRun().count(u"box 36"_s), 3000) << "none inside the other";
 }
 
@@ -189,10 +179,6 @@ TEST_F(DownloadRunTest, Packs)
     const Reply whole = Reply::Whole(bytes);
     const auto announced = [&](const QByteArray &length) { return whole.With("content-length", length); };
     const QString silence = Failure(u"1C"_s, u"The server does not go on"_s);
-    Reply refused = whole.CutAt(500'000, 23);
-    refused.IsRefused = true;
-    Reply chunk = whole.CutAt(500'000, 56);
-    chunk.IsInChunks = true;
     const struct {
         const char *Name;
         Reply Answer;
@@ -202,9 +188,9 @@ TEST_F(DownloadRunTest, Packs)
         { "whole", whole, {}, true },
         { "longer than announced", announced(QByteArray::number(bytes.size() - 1)), u"The pack did not come whole"_s },
         { "shorter by one", announced(QByteArray::number(bytes.size() + 1)), u"The pack did not come whole"_s },
-        { "cut", whole.CutAt(500'000, 18), u"result 18"_s },
-        { "cut, with all its bytes", whole.CutAt(-1, 56), u"result 56"_s },
-        { "cut before the body", whole.CutAt(0, 56), u"result 56"_s },
+        { "cut", whole.Until({ .Byte = 500'000, .Result = 18 }), u"result 18"_s },
+        { "cut, with all its bytes", whole.Until({ .Byte = -1, .Result = 56 }), u"result 56"_s },
+        { "cut before the body", whole.Until({ .Byte = 0, .Result = 56 }), u"result 56"_s },
         { "no length", Reply{ bytes }, u"Type mismatch"_s },
         { "no number", announced("1e3"), u"Type mismatch"_s },
         { "two lengths", announced("7, 7"), u"Type mismatch"_s },
@@ -219,11 +205,12 @@ TEST_F(DownloadRunTest, Packs)
         { "packed", whole.With("content-encoding", "gzip"), u"The server sends the file encoded"_s },
         { "moved and found", Reply::Whole("", 307).With("location", "/y?moved"), {}, true },
         { "not found", Reply::Whole(bytes, 404), Failure(u"194"_s, u"reason"_s) },
-        { "silence", whole.BrokenAt(2, 0).Silent(), Failure(u"1C"_s, u"The server does not answer"_s) },
-        { "silence in the body", whole.CutAt(500'000, 0).Silent(), silence },
-        { "silence behind the body", whole.CutAt(-1, 0).Silent(), silence },
-        { "too much", refused, Failure(u"17"_s, u"result 23"_s) },
-        { "broken chunk", chunk, Failure(u"38"_s, u"result 56"_s) },
+        { "silence", whole.Until({ .Event = 2, .IsSilent = true }), Failure(u"1C"_s, u"The server does not answer"_s) },
+        { "silence in the body", whole.Until({ .Byte = 500'000, .IsSilent = true }), silence },
+        { "silence behind the body", whole.Until({ .Byte = -1, .IsSilent = true }), silence },
+        { "too much", whole.Until({ .Byte = 500'000, .Result = 23, .IsRefused = true }), Failure(u"17"_s, u"result 23"_s) },
+        { "broken chunk", whole.Until({ .Byte = 500'000, .Result = 56, .IsInChunks = true }),
+          Failure(u"38"_s, u"result 56"_s) },
     };
     for (const auto &row : rows) {
         On("eid=", row.Answer);
@@ -245,7 +232,7 @@ TEST_F(DownloadRunTest, Packs)
 TEST_F(DownloadRunTest, NamesOfFiles)
 {
     for (const char *name : { "../out", "a/b", "/etc/out", ".." }) {
-        On("LIST?", Reply::Whole(QByteArray("LIST?status=OK&data=") + name + ';'));
+        List(name);
         const bool isName = qstrcmp(name, "..") == 0; // "...exe" is one
         testing::internal::CaptureStderr();
         EXPECT_EQ(WholeRun().contains(u" failed. Click OK"_s), !isName) << name;

@@ -127,7 +127,7 @@ TEST_F(TransferTest, Cancelled)
 // A broken connection is an error of its reader, once, behind what has arrived.
 TEST_F(TransferTest, CutShort)
 {
-    Replies = { Reply::Whole("0123456789").CutAt(5, 18) };
+    Replies = { Reply::Whole("0123456789").Until({ .Byte = 5, .Result = 18 }) };
     Line.Execute(u"http://server/x"_s, "GET");
     ASSERT_TRUE(QTest::qWaitFor([this] { return States.size() > 1; }));
     EXPECT_EQ(Line.GetChunk(3), "012");
@@ -142,7 +142,7 @@ TEST_F(TransferTest, CutShort)
 TEST_F(TransferTest, IdleTimeout)
 {
     Line.SetTimeouts(5000, 60, 5000);
-    Replies = { Reply::Whole("0123456789").CutAt(5, 0).Silent() };
+    Replies = { Reply::Whole("0123456789").Until({ .Byte = 5, .IsSilent = true }) };
     Replies[0].PartBytes = 1;
     int fetched = 0;
     Reader = [&] {
@@ -160,13 +160,13 @@ TEST_F(TransferTest, IdleTimeout)
 
     Reader = {};
     Line.SetTimeouts(60, 5000, 5000);
-    Replies = { Reply{}.BrokenAt(0, 0).Silent() };
+    Replies = { Reply{}.Until({ .Event = 0, .IsSilent = true }) };
     EXPECT_EQ(Course(), u"28 The server does not answer"_s);
     Line.SetTimeouts(5000, 60, 5000);
-    Replies = { Reply{}.BrokenAt(1, 0).Silent() };
+    Replies = { Reply{}.Until({ .Event = 1, .IsSilent = true }) };
     EXPECT_EQ(Course(), u"28 The server does not answer"_s);
     Line.SetTimeouts(5000, 5000, 60);
-    Replies = { Reply{}.BrokenAt(2, 0).Silent() };
+    Replies = { Reply{}.Until({ .Event = 2, .IsSilent = true }) };
     EXPECT_EQ(Course(), u"28 The server does not answer"_s);
     EXPECT_EQ(Course(), u"28 The server does not answer"_s) << "and again in the same object";
 }
@@ -175,7 +175,7 @@ TEST_F(TransferTest, IdleTimeout)
 // itself called by such an event.
 TEST_F(TransferTest, PostedBehind)
 {
-    Replies = { Reply::Whole("REPORT;;;").CutAt(6, 0).Silent() };
+    Replies = { Reply::Whole("REPORT;;;").Until({ .Byte = 6, .IsSilent = true }) };
     QStringList order;
     QEventLoop loop;
     const auto post = [&loop](auto action) { QMetaObject::invokeMethod(&loop, action, Qt::QueuedConnection); };
