@@ -68,6 +68,11 @@ struct SlowPack {
     int File;
     quint32 Rate;
 
+    SlowPack(int file, quint32 rate)
+        : File(file)
+        , Rate(rate)
+    {
+    }
     ~SlowPack() { ::close(File); }
     ssize_t Read(quint64 position, char *bytes, size_t size) const
     {
@@ -98,7 +103,7 @@ MHD_Response *PackResponse(int file, quint64 size, quint32 rate)
         },
         pack.get(), [](void *slow) { delete static_cast<SlowPack *>(slow); });
     if (response)
-        pack.release();
+        static_cast<void>(pack.release()); // MHD deletes it by the last function
     return response;
 }
 
