@@ -194,7 +194,7 @@ TEST_F(DownloadWindowTest, ClosedInEveryState)
             Server.Requests.clear();
             Shown.Shown.clear();
             bool isThere = false;
-            Shown.Meanwhile = [&] {
+            Shown.Meanwhile = [&, &go = go] {
                 isThere = true;
                 go();
             };
@@ -202,7 +202,7 @@ TEST_F(DownloadWindowTest, ClosedInEveryState)
             // As the program opens it: in a loop of its own, gone right behind it.
             QTimer step;
             QElapsedTimer since;
-            QObject::connect(&step, &QTimer::timeout, &step, [&, pressed = false]() mutable {
+            QObject::connect(&step, &QTimer::timeout, &step, [&, &go = go, pressed = false]() mutable {
                 if (!Window->isVisible())
                     return;
                 if (!pressed) {

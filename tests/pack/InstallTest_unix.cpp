@@ -71,7 +71,7 @@ TEST(InstallTest, WhereExamsAreLookedFor)
     const Outcome nowhere = Failed(u"NET-101.v2"_s, u"there is no exams folder to install into"_s);
     for (const auto &[variables, folder] : rows) {
         QDir(root).removeRecursively();
-        EXPECT_EQ(OutcomeOf(program, {}, [&](QProcess &process) { process.setEnvironment(variables); }),
+        EXPECT_EQ(OutcomeOf(program, {}, [&variables = variables](QProcess &process) { process.setEnvironment(variables); }),
                   folder.isEmpty() ? nowhere : Done)
             << folder.toStdString();
         const Tree wanted = folder.isEmpty() ? Tree() : Installed(u"NET-101.v2"_s, u"A-1"_s);
@@ -189,7 +189,7 @@ TEST(InstallTest, TheDiskFailsAtTheEnd)
         if (hasOld)
             Sandbox::WriteFile(place + u"/LAST.exam"_s, "old");
         canExchangeHere = canExchange;
-        exchangeReachesDisk = [&, call = 0]() mutable { return answer(++call); };
+        exchangeReachesDisk = [&answer = answer, call = 0]() mutable { return answer(++call); };
         EXPECT_EQ(InstallHere(pack), said);
         exchangeReachesDisk = {};
         EXPECT_EQ(Snapshot(place), left) << said;
