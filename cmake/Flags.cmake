@@ -20,6 +20,15 @@ if(PRACTORIUM_SANITIZE)
   target_link_options(practorium_flags INTERFACE -fsanitize=${PRACTORIUM_SANITIZE})
 endif()
 
+# A target of its own: the stub of packs takes over the options of practorium_flags
+# and is linked without the library that would write the counts.
+add_library(practorium_coverage INTERFACE)
+target_compile_options(practorium_coverage INTERFACE -fprofile-instr-generate -fcoverage-mapping)
+target_link_options(practorium_coverage INTERFACE -fprofile-instr-generate)
+if(PRACTORIUM_COVERAGE)
+  target_link_libraries(practorium_flags INTERFACE practorium_coverage)
+endif()
+
 # Code that exists once for each system stands in NAME_unix.cpp and NAME_win.cpp.
 if(WIN32)
   set(PRACTORIUM_SYSTEM win)

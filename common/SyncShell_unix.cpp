@@ -56,6 +56,7 @@ qint32 SyncShell(const QString &command)
     if (words.empty())
         throw failed(ENOENT);
     std::vector<char *> arguments;
+    arguments.reserve(words.size() + 1);
     for (QByteArray &word : words)
         arguments.push_back(word.data());
     arguments.push_back(nullptr);

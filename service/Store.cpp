@@ -68,8 +68,8 @@ std::atomic<int> storeCount = 0;
 // Rolls back unless Commit has succeeded.
 class Transaction {
 public:
-    explicit Transaction(QSqlDatabase database)
-        : m_database(std::move(database))
+    explicit Transaction(const QSqlDatabase &database)
+        : m_database(database)
     {
         m_database.transaction();
     }
