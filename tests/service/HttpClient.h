@@ -14,17 +14,20 @@ public:
         QByteArray Body;
     };
 
-    // To the address that a service named as its own; with https, whatever the
-    // certificate.
+    // Connects to a service's address; with https, whatever the certificate.
     explicit HttpClient(const QString &endpoint, const QByteArray &bytes = {})
     {
         const QUrl url(endpoint);
         const auto port = static_cast<quint16>(url.port());
-        const bool isSecure = url.scheme() == QLatin1String("https");
         m_socket.setPeerVerifyMode(QSslSocket::VerifyNone);
         m_socket.setReadBufferSize(1024 * 1024);
-        isSecure ? m_socket.connectToHostEncrypted(url.host(), port) : m_socket.connectToHost(url.host(), port);
-        isSecure ? m_socket.waitForEncrypted(Patience) : m_socket.waitForConnected(Patience);
+        if (url.scheme() == QLatin1String("https")) {
+            m_socket.connectToHostEncrypted(url.host(), port);
+            m_socket.waitForEncrypted(Patience);
+        } else {
+            m_socket.connectToHost(url.host(), port);
+            m_socket.waitForConnected(Patience);
+        }
         Send(bytes);
     }
     ~HttpClient() { m_socket.abort(); }
@@ -37,12 +40,12 @@ public:
     // The head of an answer alone.
     Reply ReceiveHead()
     {
-        while (!m_received.contains("\r\n\r\n") && (m_socket.bytesAvailable() > 0 || m_socket.waitForReadyRead(Patience)))
+        while (!m_received.contains("\r\n\r\n") && HasMore())
             m_received += m_socket.readAll();
         const qsizetype end = m_received.indexOf("\r\n\r\n");
         if (end < 0)
             return {};
-        Reply reply{ m_received.mid(m_received.indexOf("HTTP/1.1 ") + 9, 3).toInt(), m_received.left(end), {} };
+        Reply reply{ m_received.mid(m_received.indexOf("HTTP/1.1 ") + 9, 3).toInt(), m_received.left(end + 2), {} };
         m_received.remove(0, end + 4);
         return reply;
     }
@@ -50,38 +53,34 @@ public:
     Reply Receive()
     {
         Reply reply = ReceiveHead();
-        while (m_socket.bytesAvailable() > 0 || m_socket.waitForReadyRead(Patience))
+        while (HasMore())
             m_received += m_socket.readAll();
         reply.Body = std::exchange(m_received, {});
         return reply;
     }
     // Whether some of an answer, or its end, is there already.
-    bool HasAnswer() { return m_socket.bytesAvailable() > 0 || m_socket.waitForReadyRead(0) || !IsOpen(); }
+    bool HasAnswer() { return HasMore(0) || !IsOpen(); }
     bool IsOpen() const { return m_socket.state() == QAbstractSocket::ConnectedState; }
     bool HasEnded()
     {
-        while (m_socket.waitForReadyRead(Patience))
-            m_socket.readAll();
+        Receive();
         return !IsOpen();
     }
 
-    // One request on a connection of its own.
-    static QByteArray Post(const QString &endpoint, const QByteArray &message)
-    {
-        return HttpClient(endpoint, PostRequest(message)).Receive().Body;
-    }
     static QByteArray GetRequest(const QString &target, const QByteArray &more = {})
     {
         return "GET " + target.toLatin1() + " HTTP/1.1\r\nHost: here\r\nConnection: close\r\n" + more + "\r\n";
     }
-    static QByteArray PostRequest(const QByteArray &body)
+    static QByteArray PostRequest(const QByteArray &body, const QByteArray &more = "Connection: close\r\n")
     {
-        return "POST /PackCourier.asp HTTP/1.1\r\nHost: here\r\nConnection: close\r\nContent-Length: "
-            + QByteArray::number(body.size()) + "\r\n\r\n" + body;
+        return "POST /PackCourier.asp HTTP/1.1\r\nHost: here\r\n" + more + "Content-Length: " + QByteArray::number(body.size())
+            + "\r\n\r\n" + body;
     }
 
 private:
     static constexpr int Patience = 60'000;
+    bool HasMore(int patience = Patience) { return m_socket.bytesAvailable() > 0 || m_socket.waitForReadyRead(patience); }
+
     QSslSocket m_socket;
     QByteArray m_received;
 };

@@ -7,7 +7,7 @@
 
 #include <atomic>
 
-// A clock that moves when a test says so.
+// A clock that a test moves.
 class ManualClock : public Clock {
 public:
     void Advance(std::chrono::milliseconds time) { m_elapsed += time.count(); }
@@ -24,7 +24,7 @@ protected:
     // The session in the answer to a LOGIN.
     static QByteArray SessionIn(const QByteArray &reply)
     {
-        EXPECT_TRUE(reply.startsWith("LOGIN?status=OK&sid=")) << reply.toStdString();
+        EXPECT_TRUE(reply.startsWith("LOGIN?status=OK&sid=") && reply.endsWith(';')) << reply.toStdString();
         return reply.mid(20).chopped(1);
     }
 
