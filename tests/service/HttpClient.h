@@ -4,6 +4,21 @@
 #include <QSslSocket>
 #include <QUrl>
 
+// Requests of the service's path.
+inline QByteArray OpenPost(const QByteArray &lines) // the connection stays open
+{
+    return "POST /PackCourier.asp HTTP/1.1\r\nHost: here\r\n" + lines + "\r\n";
+}
+inline QByteArray PostOf(const QByteArray &body, const QByteArray &lines = "Connection: close\r\n")
+{
+    return OpenPost(lines + "Content-Length: " + QByteArray::number(body.size()) + "\r\n") + body;
+}
+inline QByteArray GetOf(const QByteArray &sid, const QByteArray &exam, const QByteArray &lines = {})
+{
+    return "GET /PackCourier.asp?sid=" + sid + "&eid=" + exam + " HTTP/1.1\r\nHost: here\r\nConnection: close\r\n" + lines
+        + "\r\n";
+}
+
 // A client that sends what a test says, right or wrong. Every wait ends after a
 // minute, as a failure.
 class HttpClient {
@@ -18,16 +33,11 @@ public:
     explicit HttpClient(const QString &endpoint, const QByteArray &bytes = {})
     {
         const QUrl url(endpoint);
-        const auto port = static_cast<quint16>(url.port());
+        m_socket.connectToHost(url.host(), static_cast<quint16>(url.port()));
+        m_socket.waitForConnected(Patience);
         m_socket.setPeerVerifyMode(QSslSocket::VerifyNone);
-        m_socket.setReadBufferSize(1024 * 1024);
-        if (url.scheme() == QLatin1String("https")) {
-            m_socket.connectToHostEncrypted(url.host(), port);
-            m_socket.waitForEncrypted(Patience);
-        } else {
-            m_socket.connectToHost(url.host(), port);
-            m_socket.waitForConnected(Patience);
-        }
+        if (url.scheme() == QLatin1String("https"))
+            m_socket.startClientEncryption();
         Send(bytes);
     }
     ~HttpClient() { m_socket.abort(); }
@@ -37,7 +47,7 @@ public:
         m_socket.write(bytes);
         while (m_socket.bytesToWrite() > 0 && m_socket.waitForBytesWritten(Patience)) { }
     }
-    // The head of an answer alone.
+    // The status of an answer and its head; what follows stays to be received.
     Reply ReceiveHead()
     {
         while (!m_received.contains("\r\n\r\n") && HasMore())
@@ -45,7 +55,7 @@ public:
         const qsizetype end = m_received.indexOf("\r\n\r\n");
         if (end < 0)
             return {};
-        Reply reply{ m_received.mid(m_received.indexOf("HTTP/1.1 ") + 9, 3).toInt(), m_received.left(end + 2), {} };
+        const Reply reply{ m_received.mid(m_received.indexOf("HTTP/1.1 ") + 9, 3).toInt(), m_received.left(end + 2), {} };
         m_received.remove(0, end + 4);
         return reply;
     }
@@ -58,29 +68,22 @@ public:
         reply.Body = std::exchange(m_received, {});
         return reply;
     }
-    // Whether some of an answer, or its end, is there already.
-    bool HasAnswer() { return HasMore(0) || !IsOpen(); }
-    bool IsOpen() const { return m_socket.state() == QAbstractSocket::ConnectedState; }
-    bool HasEnded()
+    // Whether some of an answer is there, or comes in so many milliseconds.
+    bool HasMore(int patience = Patience)
     {
-        Receive();
+        // The end of the connection is no failure where the last bytes came with it.
+        return m_socket.bytesAvailable() > 0 || m_socket.waitForReadyRead(patience) || m_socket.bytesAvailable() > 0;
+    }
+    bool HasEnded(int patience = Patience)
+    {
+        while (HasMore(patience))
+            m_socket.readAll();
         return !IsOpen();
     }
-
-    static QByteArray GetRequest(const QString &target, const QByteArray &more = {})
-    {
-        return "GET " + target.toLatin1() + " HTTP/1.1\r\nHost: here\r\nConnection: close\r\n" + more + "\r\n";
-    }
-    static QByteArray PostRequest(const QByteArray &body, const QByteArray &more = "Connection: close\r\n")
-    {
-        return "POST /PackCourier.asp HTTP/1.1\r\nHost: here\r\n" + more + "Content-Length: " + QByteArray::number(body.size())
-            + "\r\n\r\n" + body;
-    }
+    bool IsOpen() const { return m_socket.state() == QAbstractSocket::ConnectedState; }
 
 private:
     static constexpr int Patience = 60'000;
-    bool HasMore(int patience = Patience) { return m_socket.bytesAvailable() > 0 || m_socket.waitForReadyRead(patience); }
-
     QSslSocket m_socket;
     QByteArray m_received;
 };

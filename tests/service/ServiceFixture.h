@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "service/HttpServer.h"
 #include "service/Password.h"
-#include "service/Responder.h"
+#include "tests/service/HttpClient.h"
 #include "tests/support/Test.h"
 
 #include <atomic>
@@ -18,21 +19,30 @@ private:
     std::atomic<qint64> m_elapsed = 5'000;
 };
 
-// The service without the network, each on a store of its own.
+// A service with one user, on a store of its own and the loopback interface.
 class ServiceFixture : public testing::Test {
 protected:
-    // The session in the answer to a LOGIN.
-    static QByteArray SessionIn(const QByteArray &reply)
+    ServiceFixture()
     {
+        m_options.Packs = Sandbox::Path(u"packs"_s);
+        m_store.AddUser(u"ann"_s, Password::Hash(u"pass"_s, Password::LeastCost));
+    }
+    void Start() { m_server.emplace(m_responder, m_options, m_clock); }
+    HttpClient::Reply Exchange(const QByteArray &request) const { return HttpClient(m_server->Endpoint(), request).Receive(); }
+    QByteArray Post(const QByteArray &message) const { return Exchange(PostOf(message)).Body; }
+    QByteArray LogIn(const QByteArray &account = "email=ann&pwd=pass;") const
+    {
+        const QByteArray reply = Post("LOGIN?" + account);
         EXPECT_TRUE(reply.startsWith("LOGIN?status=OK&sid=") && reply.endsWith(';')) << reply.toStdString();
         return reply.mid(20).chopped(1);
     }
-
-    ManualClock m_clock;
     static inline int s_count = 0;
-    Store m_store{ Sandbox::Path(QStringLiteral("service-%1.db").arg(++s_count)), Store::IfMissing::Make, m_clock };
+    ManualClock m_clock;
+    Store m_store{ Sandbox::Path(u"service-%1.db"_s.arg(++s_count)), Store::IfMissing::Make, m_clock };
     Sessions m_sessions{ m_clock };
     LoginThrottle m_throttle{ m_clock };
     QStringList m_log;
     Responder m_responder{ m_store, m_sessions, m_throttle, [this](const QString &line) { m_log.append(line); } };
+    HttpServer::Options m_options;
+    std::optional<HttpServer> m_server;
 };

@@ -17,9 +17,10 @@ namespace {
 
 const QString Service = QStringLiteral(SERVICE_PROGRAM);
 
-Outcome On(const QString &database, const QStringList &arguments, const QByteArray &input = {})
+// With arguments parted by blanks; "_" is a blank in one.
+Outcome On(const QString &arguments, const QByteArray &input = {})
 {
-    return OutcomeOf(Service, arguments + QStringList{ u"--database"_s, database }, {}, input);
+    return OutcomeOf(Service, arguments.split(u' ').replaceInStrings(u"_"_s, u" "_s), {}, input);
 }
 
 Outcome Failed(const QString &text)
@@ -48,13 +49,13 @@ public:
     }
     template <class... More> QByteArray Post(const QByteArray &message, const More &...more) const
     {
-        return HttpClient(Endpoint, HttpClient::PostRequest(message, more...)).Receive().Body;
+        return HttpClient(Endpoint, PostOf(message, more...)).Receive().Body;
     }
     // Logs on, for a request of the one pack.
     QByteArray GetPack()
     {
         Session = Post("LOGIN?email=ann&pwd=pass;").mid(20).chopped(1);
-        return HttpClient::GetRequest(u"/PackCourier.asp?eid=NET-101&sid="_s + QString::fromLatin1(Session));
+        return GetOf(Session, "NET-101");
     }
 
     QString Endpoint;
@@ -63,102 +64,89 @@ public:
 
 }
 
-TEST(ServiceProgramTest, AccountsFromTheCommandLine)
+TEST(ServiceProgramTest, CommandsAndTheirArguments)
 {
-    Sandbox::WriteFile(Sandbox::Path(u"word"_s), "second word\r\nnot this\n");
-    Sandbox::WriteFile(Sandbox::Path(u"nothing"_s), {});
+    for (const auto &[name, bytes] : { std::pair{ u"word"_s, "second word\r\nnot this\n" }, std::pair{ u"nothing"_s, "" },
+                                       std::pair{ u"text"_s, "xxxxxxxxxxxx" } })
+        Sandbox::WriteFile(Sandbox::Path(name), bytes);
+    {
+        Store store(Sandbox::Path(u"sound"_s), Store::IfMissing::Make);
+        for (int i = 0; i < 100; ++i)
+            store.AddUser(QString::number(i), QByteArray(200, 'x'));
+    }
+    QByteArray bytes = Sandbox::ReadFile(Sandbox::Path(u"sound"_s));
+    Sandbox::WriteFile(Sandbox::Path(u"damaged"_s),
+                       QByteArray(bytes).replace(bytes.size() - 5'000, 4'000, QByteArray(4'000, 'y')));
+    bytes[63] = 3; // of the format's version
+    Sandbox::WriteFile(Sandbox::Path(u"newer"_s), bytes);
+    const QString open = u"Without --certificate and --key, everybody on the way can read the passwords.\n"_s;
+    const Outcome tooMany = Misused(u"too many arguments"_s), tooFew = Misused(u"too few arguments"_s);
+    const Outcome noBob = Failed(u"There is no user \"bob\""_s);
     const struct {
-        QString Arguments; // "_" is a blank
+        QString Arguments;
         QByteArray Input;
         Outcome Expected;
     } rows[] = {
+        { u"list-users --database ."_s, "", Failed(u".: Is a directory"_s) },
+        { u"list-users --database newer"_s, "", Failed(u"newer: made by a newer version of this program"_s) },
         { u"list-users"_s, "", Failed(u"a.db: No such file or directory"_s) },
-        { u"add-user ann"_s, "first word\r\n", {} },
+        { u"add-user Cy"_s, "first word\r\n", {} },
+        { u"add-user ann"_s, "first word\n", {} },
         { u"add-user ANN"_s, "x\n", Failed(u"The user \"ANN\" is there already"_s) },
         { u"add-user ann --replace --password-file word"_s, "", {} },
         { u"add-user bob --password-file none"_s, "", Failed(u"none: No such file or directory"_s) },
         { u"add-user bob"_s, "\n", Misused(u"the password is empty"_s) },
-        { u"add-user bob word"_s, "x", Misused(u"too many arguments"_s) },
-        { u"add-user"_s, "x", Misused(u"too few arguments"_s) },
+        { u"add-user bob word"_s, "x", tooMany },
+        { u"add-user"_s, "x", tooFew },
         { u"add-user _b"_s, "x", Misused(u"the user ID begins or ends with a blank"_s) },
-        { u"add-user bob --replace"_s, "x", Failed(u"There is no user \"bob\""_s) },
-        { u"grant ann NET-101 SQL-101"_s, "", {} },
-        { u"grant ann"_s, "", Misused(u"too few arguments"_s) },
+        { u"add-user bob --replace"_s, "x", noBob },
+        { u"add-user ';_DROP_TABLE_users;_--"_s, "x", {} },
+        { u"grant ann NET-101 LNX-101 NET-101"_s, "", {} },
+        { u"grant cy NET-101"_s, "", {} },
+        { u"grant ANN A-1 LNX-101"_s, "", {} },
+        { u"grant ann"_s, "", tooFew },
         { u"grant ann ../x"_s, "", Misused(u"\"../x\" is no exam's ID"_s) },
-        { u"grant bob X"_s, "", Failed(u"There is no user \"bob\""_s) },
-        { u"revoke ann SQL-101"_s, "", {} },
-        { u"list-users"_s, "", { 0, u"ann\tNET-101\n"_s } },
-        { u"remove-user bob"_s, "", Failed(u"There is no user \"bob\""_s) },
-        { u"remove-user"_s, "", Misused(u"too few arguments"_s) },
-        { u"remove-user ann x"_s, "", Misused(u"too many arguments"_s) },
+        { u"grant bob X"_s, "", noBob },
+        { u"revoke Ann LNX-101 NONE"_s, "", {} },
+        { u"list-users"_s, "", { 0, u"'; DROP TABLE users; --\t\nann\tNET-101,A-1\nCy\tNET-101\n"_s } },
+        { u"remove-user bob"_s, "", noBob },
+        { u"remove-user"_s, "", tooFew },
+        { u"remove-user ann x"_s, "", tooMany },
         { u"remove-user ANN"_s, "", {} },
-        { u"list-users"_s, "", {} },
-        { u"list-users x"_s, "", Misused(u"too many arguments"_s) },
-        { u"list-reports x"_s, "", Misused(u"too many arguments"_s) },
-        { u"serve --packs . x"_s, "", Misused(u"too many arguments"_s) },
+        { u"list-users x"_s, "", tooMany },
+        { u"list-reports x"_s, "", tooMany },
+        { u"serve --packs . x"_s, "", tooMany },
         { u"serve --packs word"_s, "", Misused(u"--packs must name a folder"_s) },
         { u"serve --packs . --port 65536"_s, "", Misused(u"--port must be a number from 0 to 65535"_s) },
         { u"serve --packs . --rate x"_s, "", Misused(u"--rate must be a number of bytes"_s) },
         { u"serve --packs . --key word"_s, "", Misused(u"--certificate and --key belong together"_s) },
         { u"serve --packs . --key none --certificate none"_s, "", Failed(u"none: No such file or directory"_s) },
         { u"serve --packs . --key nothing --certificate word"_s, "", Failed(u"nothing: is empty"_s) },
-        { u"serve --packs . --address ::x"_s,
-          "",
-          { 1,
-            {},
-            u"Without --certificate and --key, everybody on the way can read the passwords.\n"
-            "practorium-service: \"::x\" is no address\n"_s } },
+        { u"serve --packs . --address ::x"_s, "", { 1, {}, open + Failed(u"\"::x\" is no address"_s).Err } },
+        { u"serve --packs . --address localhost"_s, "", { 1, {}, open + Failed(u"\"localhost\" is no address"_s).Err } },
         { u"serve --packs . --address 127.x"_s, "", Failed(u"\"127.x\" is no address"_s) },
         { u"serve --packs . --trusted-proxy ::1 --trusted-proxy 1.2.3"_s, "",
           Misused(u"--trusted-proxy: \"1.2.3\" is no address and no range"_s) },
     };
     for (const auto &row : rows) {
-        const QStringList arguments = row.Arguments.split(u' ').replaceInStrings(u"_"_s, u" "_s);
-        EXPECT_EQ(On(u"a.db"_s, arguments, row.Input), row.Expected) << row.Arguments.toStdString();
+        const QString database = row.Arguments.contains("--database"_L1) ? QString() : u" --database a.db"_s;
+        EXPECT_EQ(On(row.Arguments + database, row.Input), row.Expected) << row.Arguments.toStdString();
     }
-    EXPECT_EQ(OutcomeOf(Service, { u"list-users"_s }), Misused(u"--database is missing"_s));
+    for (const auto &[name, fault] :
+         { std::pair{ u"text"_s, u"file is not a database"_s }, std::pair{ u"damaged"_s, u"is damaged: ***"_s } }) {
+        const Outcome outcome = On(u"serve --packs . --database "_s + name);
+        EXPECT_TRUE(outcome.Code == 1 && outcome.Err.startsWith(u"practorium-service: %1: %2"_s.arg(name, fault)))
+            << outcome.Err.toStdString();
+    }
+    EXPECT_EQ(On(u"list-users"_s), Misused(u"--database is missing"_s));
     EXPECT_EQ(OutcomeOf(Service).Code, 2);
-}
-
-TEST(ServiceProgramTest, HelpIsWholeSentences)
-{
-    // Lines of options and arguments hang below each other; each text ends before
-    // the next name.
+    // Lines of options and arguments hang below each other; each help text ends
+    // before the next name, and as a sentence.
     const QRegularExpression cut(u"[^.\n:](?=\n(?:\n|  [-A-Z]|$))"_s);
-    for (const QString &command :
-         { u"serve"_s, u"add-user"_s, u"remove-user"_s, u"grant"_s, u"revoke"_s, u"list-users"_s, u"list-reports"_s }) {
-        const Outcome help = OutcomeOf(Service, { command, u"--help"_s });
-        EXPECT_TRUE(help.Code == 0 && help.Out.contains(u"\nOptions:\n"_s)) << help.Err.toStdString();
-        const QString text = help.Out.section(u'\n', 1); // without the usage
-        EXPECT_FALSE(text.contains(cut)) << text.toStdString();
+    for (const char *command : { "serve", "add-user", "remove-user", "grant", "revoke", "list-users", "list-reports" }) {
+        const QString help = On(QString::fromLatin1(command) + u" --help"_s).Out;
+        EXPECT_TRUE(help.contains(u"\nOptions:\n"_s) && !help.section(u'\n', 1).contains(cut)) << help.toStdString();
     }
-}
-
-TEST(ServiceProgramTest, NoOrADamagedDatabaseIsNotServed)
-{
-    const QString folder = Sandbox::Path(u"odd"_s);
-    Sandbox::WriteFile(folder + u"/text"_s, QByteArray(5'000, 'x'));
-    {
-        Store store(folder + u"/sound"_s, Store::IfMissing::Make);
-        for (int i = 0; i < 100; ++i)
-            store.AddUser(QString::number(i), QByteArray(200, 'x'));
-    }
-    QByteArray bytes = Sandbox::ReadFile(folder + u"/sound"_s);
-    Sandbox::WriteFile(folder + u"/damaged"_s, QByteArray(bytes).replace(bytes.size() - 5'000, 4'000, QByteArray(4'000, 'y')));
-    bytes[63] = 3; // of the format's version
-    Sandbox::WriteFile(folder + u"/newer"_s, bytes);
-    const std::pair<QString, QString> rows[] = {
-        { u"/text"_s, u"/text: file is not a database"_s },
-        { u"/none"_s, u"/none: No such file or directory\n"_s },
-        { u""_s, u"odd: "_s },
-        { u"/newer"_s, u"/newer: made by a newer version of this program\n"_s },
-        { u"/damaged"_s, u"/damaged: is damaged: *** in database main ***"_s },
-    };
-    for (const auto &[name, fault] : rows) {
-        const Outcome outcome = On(folder + name, { u"serve"_s, u"--packs"_s, u"."_s });
-        EXPECT_TRUE(outcome.Code == 1 && outcome.Err.contains(fault)) << outcome.Err.toStdString();
-    }
-    EXPECT_TRUE(!QFile::exists(folder + u"/none"_s) && Sandbox::ReadFile(folder + u"/text"_s) == QByteArray(5'000, 'x'));
 }
 
 TEST(ServiceProgramTest, ATerminalShowsNoPasswordAndEverythingAfterwards)
@@ -188,11 +176,18 @@ TEST(ServiceProgramTest, ATerminalShowsNoPasswordAndEverythingAfterwards)
 
 TEST(ServiceProgramTest, ARunFromEndToEndInLittleMemory)
 {
-    ASSERT_EQ(On(u"run.db"_s, { u"add-user"_s, u"ann"_s }, "pass\n"), Outcome{});
-    ASSERT_EQ(On(u"run.db"_s, { u"grant"_s, u"ann"_s, u"NET-101"_s }), Outcome{});
+    ASSERT_EQ(On(u"add-user ann --database run.db"_s, "pass\n"), Outcome{});
+    ASSERT_EQ(On(u"grant ann NET-101 --database run.db"_s), Outcome{});
+    QFile::setPermissions(Sandbox::Path(u"run.db"_s),
+                          QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
     Sandbox::WriteFile(Sandbox::Path(u"program-packs/NET-101.exe"_s), QByteArray(50'000'000, 'p'));
     Running service(u"run.db"_s, u"--trusted-proxy 127.0.0.0/8"_s);
     EXPECT_TRUE(service.Endpoint.startsWith("http://127.0.0.1:"_L1)) << service.Endpoint.toStdString();
+    for (const QString &file : { u"run.db"_s, u"run.db-wal"_s, u"run.db-shm"_s })
+        EXPECT_EQ(int(QFile::permissions(Sandbox::Path(file))), 0x6600) << file.toStdString();
+    const QString port = service.Endpoint.section(u':', 2).section(u'/', 0, 0);
+    const Outcome second = On(u"serve --packs . --database run.db --port "_s + port);
+    EXPECT_TRUE(second.Code == 1 && second.Err.contains(u"Address already in use"_s)) << second.Err.toStdString();
     service.Post("LOGIN?email=e%251&pwd=x;", "Connection: close\r\nX-Forwarded-For: 192.0.2.7\r\n");
     const QByteArray get = service.GetPack();
     const qint64 before = MemoryOf(service);
@@ -207,15 +202,24 @@ TEST(ServiceProgramTest, ARunFromEndToEndInLittleMemory)
     const QRegularExpression failure(u"^20\\d\\d-\\d\\d-\\d\\dT[\\d:]{8}Z login failed: \"e%1\" from 192\\.0\\.2\\.7\n$"_s);
     EXPECT_TRUE(failure.match(end.Err).hasMatch()) << end.Err.toStdString();
     EXPECT_TRUE(end.Code == 0 && half.HasEnded());
-    const QString reports = On(u"run.db"_s, { u"list-reports"_s }).Out;
+    const QString reports = On(u"list-reports --database run.db"_s).Out;
     const QRegularExpression report(u"^20\\d\\d-\\d\\d-\\d\\dT[\\d:]{8}Z\tann\tNET-101\ta b c\n$"_s);
     EXPECT_TRUE(report.match(reports).hasMatch()) << reports.toStdString();
 
-    // Over HTTPS, and a byte a second.
+    // Over HTTPS, a byte a second, and IPv6 where the machine has it.
     const QString certificate = u"req -x509 -newkey rsa:2048 -nodes -subj /CN=here -keyout own.pem -out chain.pem"_s;
     ASSERT_EQ(OutcomeOf(u"openssl"_s, certificate.split(u' ')).Code, 0);
-    Running slow(u"run.db"_s, u"--certificate chain.pem --key own.pem --rate 1"_s);
-    EXPECT_TRUE(slow.Endpoint.startsWith("https:"_L1)) << slow.Endpoint.toStdString();
+    const bool hasIPv6 = QFile::exists(u"/proc/net/if_inet6"_s) && Sandbox::ReadFile(u"/proc/net/if_inet6"_s).contains(" lo\n");
+    const QString options = u"--certificate chain.pem --key own.pem --rate 1 --address "_s;
+    Running slow(u"run.db"_s, options + (hasIPv6 ? u"::1"_s : u"127.0.0.1"_s));
+    EXPECT_TRUE(slow.Endpoint.startsWith(hasIPv6 ? u"https://[::1]:"_s : u"https://127.0.0.1:"_s))
+        << slow.Endpoint.toStdString();
+    // With a key exchange that the certificate's key can open later; without an authenticated cipher.
+    for (const auto &[cipher, code] :
+         { std::pair{ u"kRSA+AESGCM"_s, 1 }, std::pair{ u"ECDHE+AES+SHA1"_s, 1 }, std::pair{ u"ECDHE+AESGCM"_s, 0 } }) {
+        const QString client = u"s_client -tls1_2 -connect %1 -cipher %2"_s.arg(QUrl(slow.Endpoint).authority(), cipher);
+        EXPECT_EQ(OutcomeOf(u"openssl"_s, client.split(u' ')).Code, code) << cipher.toStdString();
+    }
     HttpClient begun(slow.Endpoint, slow.GetPack());
     EXPECT_EQ(begun.ReceiveHead().Status, 200);
     Signal(slow, SIGINT);
