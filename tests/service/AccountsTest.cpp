@@ -44,11 +44,9 @@ TEST(AccountsTest, AReportIsKeptOnceAndOnlySoManyADay)
         for (int i = first; i < last; ++i)
             kept += isKept(ann, i);
     };
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back(keep, 30 * i, 30 * i + 30);
-    for (std::thread &thread : threads)
-        thread.join();
+    std::thread beside(keep, 0, 60);
+    keep(60, 120);
+    beside.join();
     EXPECT_EQ(kept, Store::MostReportsADay);
     // Those that are known are accepted still, those that differ in anything are not.
     keep(0, 120);

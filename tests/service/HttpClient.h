@@ -4,8 +4,56 @@
 #include <QSslSocket>
 #include <QUrl>
 
-// Requests of the service's path.
-inline QByteArray OpenPost(const QByteArray &lines) // the connection stays open
+#include <memory>
+
+// Clients that send what a test says, right or wrong. Every wait ends after a
+// minute, as a failure.
+constexpr int Patience = 60'000; // milliseconds
+
+inline void Send(QSslSocket &client, const QByteArray &bytes)
+{
+    client.write(bytes);
+    while (client.bytesToWrite() > 0 && client.waitForBytesWritten(Patience)) { }
+}
+// Connects to a service's address, with https whatever the certificate, and sends.
+inline std::unique_ptr<QSslSocket> Connect(const QString &endpoint, const QByteArray &bytes = {})
+{
+    const QUrl url(endpoint);
+    auto client = std::make_unique<QSslSocket>();
+    client->connectToHost(url.host(), static_cast<quint16>(url.port()));
+    client->waitForConnected(Patience);
+    client->setPeerVerifyMode(QSslSocket::VerifyNone);
+    if (url.scheme() == QLatin1String("https"))
+        client->startClientEncryption();
+    Send(*client, bytes);
+    return client;
+}
+// What comes until the connection ends, or until there is that text in it.
+inline QByteArray Receive(QSslSocket &client, const char *until = nullptr)
+{
+    QByteArray received = client.readAll();
+    while (!(until && received.contains(until)) && client.waitForReadyRead(Patience))
+        received += client.readAll();
+    return received + client.readAll();
+}
+inline bool HasEnded(QSslSocket &client, int patience = Patience)
+{
+    while (client.waitForReadyRead(patience))
+        client.readAll();
+    return client.state() != QAbstractSocket::ConnectedState;
+}
+
+inline int StatusOf(const QByteArray &reply) // 0 when the connection ended without an answer
+{
+    return reply.mid(reply.indexOf("HTTP/1.1 ") + 9, 3).toInt();
+}
+inline QByteArray BodyOf(const QByteArray &reply)
+{
+    return reply.mid(reply.indexOf("\r\n\r\n") + 4);
+}
+
+// Requests of the service's path. Behind the first the connection stays open.
+inline QByteArray OpenPost(const QByteArray &lines)
 {
     return "POST /PackCourier.asp HTTP/1.1\r\nHost: here\r\n" + lines + "\r\n";
 }
@@ -18,72 +66,7 @@ inline QByteArray GetOf(const QByteArray &sid, const QByteArray &exam, const QBy
     return "GET /PackCourier.asp?sid=" + sid + "&eid=" + exam + " HTTP/1.1\r\nHost: here\r\nConnection: close\r\n" + lines
         + "\r\n";
 }
-
-// A client that sends what a test says, right or wrong. Every wait ends after a
-// minute, as a failure.
-class HttpClient {
-public:
-    struct Reply {
-        int Status = 0; // 0 when the connection ended without an answer
-        QByteArray Head;
-        QByteArray Body;
-    };
-
-    // Connects to a service's address; with https, whatever the certificate.
-    explicit HttpClient(const QString &endpoint, const QByteArray &bytes = {})
-    {
-        const QUrl url(endpoint);
-        m_socket.connectToHost(url.host(), static_cast<quint16>(url.port()));
-        m_socket.waitForConnected(Patience);
-        m_socket.setPeerVerifyMode(QSslSocket::VerifyNone);
-        if (url.scheme() == QLatin1String("https"))
-            m_socket.startClientEncryption();
-        Send(bytes);
-    }
-    ~HttpClient() { m_socket.abort(); }
-
-    void Send(const QByteArray &bytes)
-    {
-        m_socket.write(bytes);
-        while (m_socket.bytesToWrite() > 0 && m_socket.waitForBytesWritten(Patience)) { }
-    }
-    // The status of an answer and its head; what follows stays to be received.
-    Reply ReceiveHead()
-    {
-        while (!m_received.contains("\r\n\r\n") && HasMore())
-            m_received += m_socket.readAll();
-        const qsizetype end = m_received.indexOf("\r\n\r\n");
-        if (end < 0)
-            return {};
-        const Reply reply{ m_received.mid(m_received.indexOf("HTTP/1.1 ") + 9, 3).toInt(), m_received.left(end + 2), {} };
-        m_received.remove(0, end + 4);
-        return reply;
-    }
-    // The whole of it, until the connection ends.
-    Reply Receive()
-    {
-        Reply reply = ReceiveHead();
-        while (HasMore())
-            m_received += m_socket.readAll();
-        reply.Body = std::exchange(m_received, {});
-        return reply;
-    }
-    // Whether some of an answer is there, or comes in so many milliseconds.
-    bool HasMore(int patience = Patience)
-    {
-        // The end of the connection is no failure where the last bytes came with it.
-        return m_socket.bytesAvailable() > 0 || m_socket.waitForReadyRead(patience) || m_socket.bytesAvailable() > 0;
-    }
-    bool HasEnded(int patience = Patience)
-    {
-        while (HasMore(patience))
-            m_socket.readAll();
-        return !IsOpen();
-    }
-    bool IsOpen() const { return m_socket.state() == QAbstractSocket::ConnectedState; }
-
-private:
-    static constexpr int Patience = 60'000;
-    QSslSocket m_socket;
-    QByteArray m_received;
-};
+inline QByteArray SessionAt(const QString &endpoint, const QByteArray &account = "email=ann&pwd=pass;")
+{
+    return BodyOf(Receive(*Connect(endpoint, PostOf("LOGIN?" + account)))).mid(20).chopped(1);
+}

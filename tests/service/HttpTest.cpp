@@ -10,25 +10,16 @@
 
 using namespace std::chrono_literals;
 
-namespace {
-
 class HttpTest : public ServiceFixture {
 protected:
     static void SetUpTestSuite()
     {
         // With a period that no buffer has.
         Sandbox::WriteFile(Sandbox::Path(u"packs/BIG.exe"_s), QByteArray("PackCourier").repeated(3'000'000));
-        for (const QString &name : { u"packs/EMPTY.exe"_s, u"packs/OTHER.exe"_s, u"packs/FOLDER.exe/x"_s, u"secret.exe"_s })
-            Sandbox::WriteFile(Sandbox::Path(name), {});
-        QFile::link(Sandbox::Path(u"secret.exe"_s), Sandbox::Path(u"packs/LINK.exe"_s));
+        for (const QString &name : { u"EMPTY.exe"_s, u"OTHER.exe"_s, u"FOLDER.exe/x"_s })
+            Sandbox::WriteFile(Sandbox::Path(u"packs/"_s + name), {});
+        QFile::link(Sandbox::Path(u"packs/EMPTY.exe"_s), Sandbox::Path(u"packs/LINK.exe"_s));
         ::mkfifo(qPrintable(Sandbox::Path(u"packs/PIPE.exe"_s)), 0600);
-    }
-    HttpTest() { m_store.Grant(u"ann"_s, { u"BIG"_s, u"EMPTY"_s, u"FOLDER"_s, u"LINK"_s, u"PIPE"_s, u"GONE"_s }); }
-    // Starts and logs on.
-    QByteArray StartedSession()
-    {
-        Start();
-        return LogIn();
     }
     void Pass(std::chrono::milliseconds time)
     {
@@ -37,8 +28,6 @@ protected:
     }
 };
 
-}
-
 TEST_F(HttpTest, EveryRequestHasItsStatus)
 {
     struct Row {
@@ -46,6 +35,7 @@ TEST_F(HttpTest, EveryRequestHasItsStatus)
         int Status;
         QByteArray Body;
     };
+    m_store.Grant(u"ann"_s, { u"FOLDER"_s, u"LINK"_s, u"PIPE"_s, u"GONE"_s });
     const QByteArray sid = StartedSession();
     const QByteArray missing = "ERROR?code=422&description=The parameter \"sid\" is missing.;";
     const QByteArray tooLong = "The message is too long.\n", nothing = "There is nothing here.\n";
@@ -80,14 +70,14 @@ TEST_F(HttpTest, EveryRequestHasItsStatus)
     for (const char *exam : { "", "../secret", "..%2Fsecret", "EMPTY%00", "FOLDER.exe/x", "%C3%A9" })
         rows.push_back({ GetOf(sid, exam), 404, "There is no such exam.\n" });
     for (const Row &row : rows) {
-        const HttpClient::Reply reply = Exchange(row.Request);
+        const QByteArray reply = Exchange(row.Request);
         const std::string request = row.Request.left(120).toStdString();
-        EXPECT_EQ(reply.Status, row.Status) << request << reply.Head.toStdString();
-        EXPECT_EQ(reply.Body, row.Body) << request << reply.Body.toStdString();
+        EXPECT_EQ(StatusOf(reply), row.Status) << request << reply.toStdString();
+        EXPECT_EQ(BodyOf(reply), row.Body) << request << reply.toStdString();
         const QByteArray type = row.Body.isEmpty() ? "application/octet-stream" : "text/plain";
-        EXPECT_TRUE(reply.Head.contains("\r\nContent-Type: " + type + "\r\n")) << request;
-        EXPECT_TRUE(reply.Head.contains("\r\nCache-Control: no-store\r\n")) << request;
-        EXPECT_EQ(reply.Head.contains("\r\nAllow: GET, HEAD, POST\r\n"), row.Status == 405) << request;
+        EXPECT_TRUE(reply.contains("\r\nContent-Type: " + type + "\r\n")) << request;
+        EXPECT_TRUE(reply.contains("\r\nCache-Control: no-store\r\n")) << request;
+        EXPECT_EQ(reply.contains("\r\nAllow: GET, HEAD, POST\r\n"), row.Status == 405) << request;
     }
 }
 
@@ -96,46 +86,40 @@ TEST_F(HttpTest, APackArrivesWhole)
     QByteArray sid = StartedSession();
     const QByteArray pack = Sandbox::ReadFile(Sandbox::Path(u"packs/BIG.exe"_s));
     // What takes long is neither overdue nor idle.
-    HttpClient slow(m_server->Endpoint(), GetOf(sid, "BIG"));
-    EXPECT_EQ(slow.ReceiveHead().Status, 200);
+    const auto slow = Connect(m_server->Endpoint(), GetOf(sid, "BIG"));
+    const QByteArray begun = Receive(*slow, "\r\n\r\n");
     Pass(4h);
-    EXPECT_TRUE(slow.Receive().Body == pack);
-    const HttpClient::Reply range = Exchange(GetOf(sid, "BIG", "Range: bytes=10-20\r\nAccept-Encoding: gzip\r\n"));
-    EXPECT_TRUE(range.Status == 200 && range.Body == pack && range.Head.contains("\r\nAccept-Ranges: none\r\n"));
-    const HttpClient::Reply head = Exchange("HEAD" + GetOf(sid, "BIG").mid(3));
-    EXPECT_TRUE(head.Head.contains("\r\nContent-Length: 33000000\r\n") && head.Body.isEmpty()) << head.Head.toStdString();
+    EXPECT_TRUE(BodyOf(begun + Receive(*slow)) == pack);
+    const QByteArray range = Exchange(GetOf(sid, "BIG", "Range: bytes=10-20\r\nAccept-Encoding: gzip\r\n"));
+    EXPECT_TRUE(BodyOf(range) == pack && range.contains("\r\nAccept-Ranges: none\r\n"));
+    const QByteArray head = Exchange("HEAD" + GetOf(sid, "BIG").mid(3));
+    EXPECT_TRUE(head.contains("\r\nContent-Length: 33000000\r\n") && BodyOf(head).isEmpty()) << head.toStdString();
 
     m_options.BytesPerSecond = 40'000'000;
-    Start();
+    sid = StartedSession();
     QElapsedTimer timer;
     timer.start();
-    EXPECT_TRUE(Exchange(GetOf(sid, "BIG")).Body == pack);
+    EXPECT_TRUE(BodyOf(Exchange(GetOf(sid, "BIG"))) == pack);
     EXPECT_GT(timer.elapsed(), 800);
 }
 
 TEST_F(HttpTest, WhoSendsTooSlowlyOrTooMuchIsCutOff)
 {
-    Start();
-    const auto isCutOff = [&](HttpClient &client) {
-        Pass(m_options.RequestTimeout);
-        return client.HasEnded(1);
-    };
-    for (const QByteArray &beginning : { QByteArray(), QByteArray("POST /Pa"), OpenPost("Content-Length: 9\r\n") + "LIS" }) {
-        HttpClient slow(m_server->Endpoint(), beginning);
-        Await([&] { return isCutOff(slow); });
-    }
-    // The time begins again with each request of a connection.
-    HttpClient client(m_server->Endpoint());
-    for (int i = 0; i < 3; ++i) {
-        client.Send(PostOf("X;", {}));
-        EXPECT_EQ(client.ReceiveHead().Status, 200);
+    StartedSession();
+    for (const QByteArray &beginning : { QByteArray(), QByteArray("POST /Pa"), OpenPost("Content-Length: 9\r\n") + "LIS",
+                                         PostOf("X;", {}) /* and no other one */ }) {
+        const auto slow = Connect(m_server->Endpoint(), beginning);
         Pass(m_options.RequestTimeout - 1ms);
+        EXPECT_EQ(slow->state(), QAbstractSocket::ConnectedState);
+        Await([&] {
+            Pass(m_options.RequestTimeout);
+            return HasEnded(*slow, 1);
+        });
     }
-    Await([&] { return isCutOff(client); });
-    HttpClient endless(m_server->Endpoint(), OpenPost("Transfer-Encoding: chunked\r\n"));
+    const auto endless = Connect(m_server->Endpoint(), OpenPost("Transfer-Encoding: chunked\r\n"));
     int count = 0;
-    while (endless.IsOpen() && ++count < 1'000)
-        endless.Send("10000\r\n" + QByteArray(65'536, 'x') + "\r\n");
+    while (endless->state() == QAbstractSocket::ConnectedState && ++count < 1'000)
+        Send(*endless, "10000\r\n" + QByteArray(65'536, 'x') + "\r\n");
     EXPECT_LT(count, 1'000);
 }
 
@@ -152,23 +136,23 @@ TEST_F(HttpTest, OneNetworkHasOnlySoMuchAtOnce)
         { "192.0.2.2\r\nx-forwarded-for: 192.0.2.1", 200 },
     };
     const auto check = [&](const auto &rows, int refused) {
-        std::list<HttpClient> clients;
+        std::list<std::unique_ptr<QSslSocket>> clients;
         for (const auto &[from, status] : rows) {
-            clients.emplace_back(m_server->Endpoint(), get(from));
-            const HttpClient::Reply reply = clients.back().ReceiveHead();
-            EXPECT_EQ(reply.Status, status) << from;
-            EXPECT_EQ(reply.Head.contains("\r\nRetry-After: 5\r\n"), status == 429) << from;
+            clients.push_back(Connect(m_server->Endpoint(), get(from)));
+            const QByteArray reply = Receive(*clients.back(), "\r\n\r\n");
+            EXPECT_EQ(StatusOf(reply), status) << from;
+            EXPECT_EQ(reply.contains("\r\nRetry-After: 5\r\n"), status == 429) << from;
         }
         // There is room again behind the first, and no more than that.
         clients.pop_front();
-        Await([&] { return Exchange("HEAD" + get("2001:db8::4").mid(3)).Status == 200; });
-        HttpClient again(m_server->Endpoint(), get("2001:db8::4"));
-        EXPECT_EQ(again.ReceiveHead().Status, 200);
-        EXPECT_EQ(Exchange(get("2001:db8::5")).Status, refused);
+        Await([&] { return StatusOf(Exchange("HEAD" + get("2001:db8::4").mid(3))) == 200; });
+        const auto again = Connect(m_server->Endpoint(), get("2001:db8::4"));
+        EXPECT_EQ(StatusOf(Receive(*again, "\r\n\r\n")), 200);
+        EXPECT_EQ(StatusOf(Exchange(get("2001:db8::5"))), refused);
     };
     check(direct, 0);
     m_options.Proxies.Add(u"127.0.0.1"_s);
-    Start();
+    m_server.emplace(m_responder, m_options, m_clock);
     check(proxied, 429);
 }
 
@@ -180,26 +164,26 @@ TEST_F(HttpTest, PasswordsAreCheckedBesideEverythingElse)
     const QByteArray sid = StartedSession();
     const QByteArray busy
         = "ERROR?code=429&description=Too many users are logging on at this moment. Please try again in a few seconds.;";
-    std::list<HttpClient> clients;
+    std::vector<std::unique_ptr<QSslSocket>> clients;
     const auto logOn = [&] {
         clients.clear();
         for (int i = 0; i < 8; ++i)
-            clients.emplace_back(m_server->Endpoint(), PostOf("LOGIN?email=ann&pwd=pass;"));
+            clients.push_back(Connect(m_server->Endpoint(), PostOf("LOGIN?email=ann&pwd=pass;")));
     };
     // One is checked, four wait.
     logOn();
     EXPECT_TRUE(Post("LIST?sid=" + sid + ';').startsWith("LIST?status=OK&"));
-    EXPECT_FALSE(std::all_of(clients.begin(), clients.end(), [](HttpClient &client) { return client.HasMore(0); }));
+    EXPECT_FALSE(std::all_of(clients.begin(), clients.end(), [](const auto &client) { return client->waitForReadyRead(0); }));
     int count = 0;
-    for (HttpClient &client : clients) {
-        const HttpClient::Reply reply = client.Receive();
-        count += reply.Status == 200;
-        EXPECT_TRUE(reply.Status == 429 ? reply.Body == busy : reply.Body.startsWith("LOGIN?status=OK&sid=")) << reply.Status;
+    for (const auto &client : clients) {
+        const QByteArray reply = Receive(*client);
+        count += StatusOf(reply) == 200;
+        EXPECT_TRUE(StatusOf(reply) == 429 ? BodyOf(reply) == busy : reply.contains("LOGIN?status=OK&sid="))
+            << reply.toStdString();
     }
     EXPECT_TRUE(count >= 4 && count < 8) << count;
 
     logOn();
     m_server.reset();
-    for (HttpClient &client : clients)
-        EXPECT_TRUE(client.HasEnded());
+    EXPECT_TRUE(std::all_of(clients.begin(), clients.end(), [](const auto &client) { return HasEnded(*client); }));
 }

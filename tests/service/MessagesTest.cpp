@@ -5,21 +5,7 @@
 
 using namespace std::chrono_literals;
 
-namespace {
-
-const QByteArray OddPassword = "&pwd=a%26b%3Dc%3B 100%253B\xE9;";
-
-class MessagesTest : public ServiceFixture {
-protected:
-    MessagesTest()
-    {
-        m_store.AddUser(u"new"_s, Password::Hash(u"a&b=c; 100%3B\u00E9"_s, Password::LeastCost));
-        m_store.Grant(u"ann"_s, { u"101"_s, u"102"_s });
-        Start();
-    }
-};
-
-}
+class MessagesTest : public ServiceFixture { };
 
 TEST_F(MessagesTest, EveryMessageHasItsAnswer)
 {
@@ -30,12 +16,12 @@ TEST_F(MessagesTest, EveryMessageHasItsAnswer)
     const auto missing
         = [](auto name) { return QByteArray("ERROR?code=422&description=The parameter \"") + name + "\" is missing.;"; };
     const std::pair<QByteArray, QByteArray> rows[] = {
-        { "LIST?sid={ann};", "LIST?status=OK&data=101,102;" },
+        { "LIST?sid={ann};", "LIST?status=OK&data=BIG,EMPTY;" },
         { "LIST?SID={new}&more=x;rest", "LIST?status=OK&data=;" },
         { "LIST;", missing("sid") },
         { "LIST?sid={ann}x;", session },
-        { "REPORT?sid={ann}&list=101,102&time=21.11.2026 05:56:00;", "REPORT?status=OK;" },
-        { "REPORT?sid={ann}&list=999,101,101,,102,103,&time=21.11.2026 05:56:00;", "REPORT?status=OK;" },
+        { "REPORT?sid={ann}&list=BIG,EMPTY&time=21.11.2026 05:56:00;", "REPORT?status=OK;" },
+        { "REPORT?sid={ann}&list=999,BIG,BIG,,EMPTY,103,&time=21.11.2026 05:56:00;", "REPORT?status=OK;" },
         { "REPORT?sid={ann}&list=&time=" + QByteArray(4'096, 'x') + ';', "REPORT?status=OK;" },
         { "REPORT?sid={ann}&list=101&time=" + QByteArray(4'094, 'x') + ';', tooLong },
         { "REPORT?sid={ann}&list=101;", missing("time") },
@@ -50,15 +36,15 @@ TEST_F(MessagesTest, EveryMessageHasItsAnswer)
         { QByteArray(65'536, '\xFF'), invalid },
         { "LIST?sid;", "ERROR?code=400&description=Error decoding parameters;" },
     };
-    const QByteArray ann = LogIn();
-    const QByteArray newcomer = LogIn("email=NEW" + OddPassword);
+    const QByteArray ann = StartedSession();
+    const QByteArray newcomer = SessionAt(m_server->Endpoint(), OddAccount);
     for (auto [request, reply] : rows) {
         const std::string sent = request.left(100).toStdString();
         EXPECT_EQ(Post(request.replace("{ann}", ann).replace("{new}", newcomer)).toStdString(), reply.toStdString()) << sent;
     }
     ASSERT_EQ(m_store.Reports().size(), 2u);
     const Store::ReportLine report = m_store.Reports()[0];
-    EXPECT_EQ(report.Email + report.Exams + report.Time, u"ann101,10221.11.2026 05:56:00"_s);
+    EXPECT_EQ(report.Email + report.Exams + report.Time, u"annBIG,EMPTY21.11.2026 05:56:00"_s);
     for (int i = 2; i < Store::MostReportsADay; ++i)
         m_store.Record({ m_store.Find(u"ann"_s)->User, "x", QString::number(i), {} });
     EXPECT_EQ(Post("REPORT?sid=" + ann + "&list=&time=;"),
@@ -70,31 +56,34 @@ TEST_F(MessagesTest, EveryMessageHasItsAnswer)
 
 TEST_F(MessagesTest, ASessionEndsAndARunningServiceSeesChanges)
 {
-    const QByteArray sid = LogIn();
-    m_store.Revoke(u"ann"_s, { u"101"_s });
+    const auto answers = [this](const QByteArray &session) {
+        const QByteArray list = Post("LIST?sid=" + session + ';').first(15);
+        return list + QByteArray::number(StatusOf(Exchange(GetOf(session, "103")))) + ' '
+            + QByteArray::number(StatusOf(Exchange(GetOf(session, "BIG"))));
+    };
+    const QByteArray ended = "ERROR?code=401&403 403", open = "LIST?status=OK&404 403"; // without a pack, and without the exam
+    const QByteArray sid = StartedSession();
+    m_store.Revoke(u"ann"_s, { u"BIG"_s });
     m_store.Grant(u"ann"_s, { u"103"_s });
-    EXPECT_EQ(Post("LIST?sid=" + sid + ';'), "LIST?status=OK&data=102,103;");
-    EXPECT_TRUE(Exchange(GetOf(sid, "103")).Status == 404 && Exchange(GetOf(sid, "101")).Status == 403);
+    EXPECT_EQ(answers(sid), open);
     // The key of a removed user is used again for the next one.
-    const QByteArray gone = LogIn("email=new" + OddPassword);
+    const QByteArray gone = SessionAt(m_server->Endpoint(), OddAccount);
     const qint64 key = m_store.Find(u"new"_s)->User;
     m_store.RemoveUser(u"NEW"_s);
     m_store.AddUser(u"eve"_s, Password::Hash(u"pass"_s, Password::LeastCost));
     EXPECT_EQ(m_store.Find(u"eve"_s)->User, key);
     m_store.SetPassword(u"ann"_s, Password::Hash(u"pass"_s, Password::LeastCost));
-    const auto hasEnded = [this](const QByteArray &session) {
-        return Post("LIST?sid=" + session + ';').startsWith("ERROR?code=401&") && Exchange(GetOf(session, "103")).Status == 403;
-    };
-    EXPECT_TRUE(hasEnded(sid) && hasEnded(gone));
-    const QByteArray idle = LogIn();
-    EXPECT_FALSE(hasEnded(idle));
+    EXPECT_EQ(answers(sid) + answers(gone), ended + ended);
+    const QByteArray idle = SessionAt(m_server->Endpoint());
+    EXPECT_EQ(answers(idle), open);
     m_clock.Advance(30min);
-    EXPECT_TRUE(hasEnded(idle));
+    EXPECT_EQ(answers(idle), ended);
 }
 
 TEST_F(MessagesTest, AGuesserWaitsAndNobodyElse)
 {
     m_store.SetPassword(u"ann"_s, Password::Hash(u"pass"_s)); // as it is kept really
+    StartedSession();
     std::map<QByteArray, qint64> fastest = { { "ann", 1LL << 40 }, { "nobody", 1LL << 40 } };
     for (auto &[user, best] : fastest) {
         for (int i = 0; i < 5; ++i) {
@@ -109,7 +98,7 @@ TEST_F(MessagesTest, AGuesserWaitsAndNobodyElse)
                   "ERROR?code=429&description=There were too many failed attempts. Please try again in 2 seconds.;");
     }
     EXPECT_GT(fastest["nobody"], fastest["ann"] / 2) << "the time tells who is there";
-    LogIn("email=new" + OddPassword);
+    EXPECT_EQ(SessionAt(m_server->Endpoint(), OddAccount).size(), 64);
     m_clock.Advance(2s);
-    LogIn();
+    EXPECT_EQ(SessionAt(m_server->Endpoint()).size(), 64);
 }

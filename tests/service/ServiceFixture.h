@@ -19,23 +19,27 @@ private:
     std::atomic<qint64> m_elapsed = 5'000;
 };
 
-// A service with one user, on a store of its own and the loopback interface.
+const QByteArray OddAccount = "email=NEW&pwd=a%26b%3Dc%3B 100%253B\xE9;";
+
+// A service with two users, on a store of its own and the loopback interface.
 class ServiceFixture : public testing::Test {
 protected:
     ServiceFixture()
     {
         m_options.Packs = Sandbox::Path(u"packs"_s);
         m_store.AddUser(u"ann"_s, Password::Hash(u"pass"_s, Password::LeastCost));
+        m_store.AddUser(u"new"_s, Password::Hash(u"a&b=c; 100%3B\u00E9"_s, Password::LeastCost));
+        m_store.Grant(u"ann"_s, { u"BIG"_s, u"EMPTY"_s });
     }
-    void Start() { m_server.emplace(m_responder, m_options, m_clock); }
-    HttpClient::Reply Exchange(const QByteArray &request) const { return HttpClient(m_server->Endpoint(), request).Receive(); }
-    QByteArray Post(const QByteArray &message) const { return Exchange(PostOf(message)).Body; }
-    QByteArray LogIn(const QByteArray &account = "email=ann&pwd=pass;") const
+    // Starts and logs on.
+    QByteArray StartedSession()
     {
-        const QByteArray reply = Post("LOGIN?" + account);
-        EXPECT_TRUE(reply.startsWith("LOGIN?status=OK&sid=") && reply.endsWith(';')) << reply.toStdString();
-        return reply.mid(20).chopped(1);
+        m_server.emplace(m_responder, m_options, m_clock);
+        return SessionAt(m_server->Endpoint());
     }
+    QByteArray Exchange(const QByteArray &request) const { return Receive(*Connect(m_server->Endpoint(), request)); }
+    QByteArray Post(const QByteArray &message) const { return BodyOf(Exchange(PostOf(message))); }
+
     static inline int s_count = 0;
     ManualClock m_clock;
     Store m_store{ Sandbox::Path(u"service-%1.db"_s.arg(++s_count)), Store::IfMissing::Make, m_clock };

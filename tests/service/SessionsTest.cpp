@@ -1,9 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "service/ConnectionTable.h"
 #include "tests/service/ServiceFixture.h"
-
-#include <sys/socket.h>
-#include <unistd.h>
 
 using namespace std::chrono_literals;
 
@@ -149,28 +145,4 @@ TEST(TrustedProxiesTest, WhoIsAtTheOtherEndAndCountsAsOne)
     };
     for (const auto &[peer, forwardedFor, network] : rows)
         EXPECT_EQ(proxies.ClientAddress(*IpAddress::FromText(peer), forwardedFor).Network().toStdString(), network) << peer;
-}
-
-TEST(ConnectionTableTest, ShutsDownWhatReceivesTooLong)
-{
-    ManualClock clock;
-    ConnectionTable table(clock, 30s, 1);
-    std::array<int, 2> ends;
-    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
-    auto *connection = table.Add(ends[0], *IpAddress::FromText("192.0.2.1"), true);
-    const auto isShutDownAfter = [&](std::chrono::milliseconds time) {
-        clock.Advance(time);
-        table.ShutDownOverdue();
-        char byte;
-        return ::recv(ends[1], &byte, 1, MSG_DONTWAIT) == 0;
-    };
-    EXPECT_FALSE(isShutDownAfter(29'999ms));
-    table.SetReceiving(connection, false);
-    EXPECT_FALSE(isShutDownAfter(1h));
-    table.SetReceiving(connection, true);
-    EXPECT_FALSE(isShutDownAfter(29'999ms) || table.HasRoom(u"192.0.2.1"_s));
-    EXPECT_TRUE(isShutDownAfter(1ms));
-    table.Remove(connection);
-    EXPECT_TRUE(table.HasRoom(u"192.0.2.1"_s));
-    EXPECT_TRUE(::close(ends[0]) == 0 && ::close(ends[1]) == 0);
 }
