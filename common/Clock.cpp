@@ -1,18 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/Clock.h"
 
-#include <QElapsedTimer>
-
 namespace {
 
 class SystemClock : public Clock {
 public:
-    SystemClock() { m_sinceStart.start(); }
-    QDateTime Now() const override { return QDateTime::currentDateTime(); }
-    qint64 Monotonic() const override { return m_sinceStart.elapsed(); }
-
-private:
-    QElapsedTimer m_sinceStart;
+    std::chrono::milliseconds Elapsed() const override
+    {
+        return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now().time_since_epoch());
+    }
+    QDateTime Now() const override { return QDateTime::currentDateTimeUtc(); }
 };
 
 }

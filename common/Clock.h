@@ -3,15 +3,22 @@
 
 #include <QDateTime>
 
-// Where real time comes from.
+#include <chrono>
+
+// Where a class gets the time from. Tests pass a clock that they set by hand.
+// Both functions may be called from several threads at once.
 class Clock {
 public:
     virtual ~Clock() = default;
-    // The local date and time. It jumps when somebody sets the clock.
-    virtual QDateTime Now() const = 0;
-    // Milliseconds since some fixed moment; they only ever grow.
-    virtual qint64 Monotonic() const = 0;
 
-    // The system's clock.
+    // Time since an arbitrary starting point, for measuring intervals. It never
+    // decreases and does not change when somebody sets the computer's date.
+    virtual std::chrono::milliseconds Elapsed() const = 0;
+
+    // The current date and time in UTC, for what is shown or stored. It can go
+    // backwards when somebody sets the computer's date.
+    virtual QDateTime Now() const = 0;
+
+    // The computer's clock. It exists until the program ends.
     static const Clock &System();
 };

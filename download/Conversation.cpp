@@ -178,7 +178,7 @@ void Conversation::Report()
     Send(ReportCommand,
          { { u"sid"_s, m_sessionID },
            { u"list"_s, m_installed.join(u',') },
-           { u"time"_s, DownloadText::GeneralDate(m_clock.Now(), QLocale::system()) } });
+           { u"time"_s, DownloadText::GeneralDate(m_clock.Now().toLocalTime(), QLocale::system()) } });
 }
 
 void Conversation::FatalError(const QString &text, const QVariantList &values)

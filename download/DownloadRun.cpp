@@ -239,7 +239,7 @@ void DownloadRun::m_oDownloader_DownloadStarted()
 void DownloadRun::m_oDownloader_ChunkDownloaded()
 {
     // Faster than anybody reads, labels would only slow the transfer down.
-    const qint64 now = m_clock.Monotonic();
+    const qint64 now = m_clock.Elapsed().count();
     const bool isLast = m_oDownloader.Downloaded() >= m_oDownloader.FileSize();
     if (m_updatedAt && now - *m_updatedAt < UpdateEvery && !isLast)
         return;

@@ -104,7 +104,7 @@ void Downloader::CreateFile()
 
 void Downloader::ReceiveBody()
 {
-    qint64 eventsAt = m_clock.Monotonic();
+    qint64 eventsAt = m_clock.Elapsed().count();
     qint64 written = 0;
     while (m_state == State::Fetching) {
         const QByteArray chunk = m_transfer->GetChunk(ChunkBytes);
@@ -112,13 +112,13 @@ void Downloader::ReceiveBody()
             break;
         m_file.Write(chunk.constData(), chunk.size());
         written += chunk.size();
-        Account(static_cast<qint32>(chunk.size()), m_clock.Now().time().msecsSinceStartOfDay() / 1000.0);
+        Account(static_cast<qint32>(chunk.size()), m_clock.Now().toLocalTime().time().msecsSinceStartOfDay() / 1000.0);
         Q_EMIT ChunkDownloaded();
         // A fast server fills many chunks in the time in which nobody can press
         // a button.
-        if (m_clock.Monotonic() - eventsAt >= EventsEvery) {
+        if (m_clock.Elapsed().count() - eventsAt >= EventsEvery) {
             QCoreApplication::processEvents();
-            eventsAt = m_clock.Monotonic();
+            eventsAt = m_clock.Elapsed().count();
         }
     }
     m_file.Close();

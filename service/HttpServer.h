@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "service/Clock.h"
+#include "common/Clock.h"
 #include "service/IpAddress.h"
 #include "service/Responder.h"
 
@@ -46,7 +46,7 @@ public:
 
     // Raises an error if the address cannot be used, or the certificate or the
     // key is not valid. The responder and the clock must outlive this object.
-    HttpServer(Responder &responder, const Options &options, const Clock &clock = Clock::Real());
+    HttpServer(Responder &responder, const Options &options, const Clock &clock = Clock::System());
     ~HttpServer();
     HttpServer(const HttpServer &) = delete;
     HttpServer &operator=(const HttpServer &) = delete;

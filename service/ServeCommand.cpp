@@ -46,7 +46,7 @@ void Describe(QCommandLineParser &parser)
 
 void Log(const QString &line)
 {
-    Console::Complain(Clock::Real().Now().toString(Qt::ISODate) + u' ' + line);
+    Console::Complain(Clock::System().Now().toString(Qt::ISODate) + u' ' + line);
 }
 
 bool IsLoopback(const QString &address)
@@ -90,8 +90,8 @@ int Command::Serve(const QStringList &arguments)
     StopSignals::Block();
     Store store(parser.value(u"database"_s));
     store.Check();
-    Sessions sessions(Clock::Real());
-    LoginThrottle throttle(Clock::Real());
+    Sessions sessions(Clock::System());
+    LoginThrottle throttle(Clock::System());
     Responder responder(store, sessions, throttle, Log);
     HttpServer server(responder, options);
     Console::Print(server.Endpoint());

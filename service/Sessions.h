@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "service/Clock.h"
+#include "common/Clock.h"
 
 #include <QByteArray>
 #include <QHash>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "service/Clock.h"
+#include "common/Clock.h"
 
 #include <QString>
 #include <QStringList>
@@ -25,7 +25,7 @@ public:
     // Opens the database, and creates or updates its tables if necessary. Raises
     // InvalidCall if the file cannot be used, or belongs to a newer version of
     // this program. The clock dates the reports and must outlive this object.
-    explicit Store(const QString &file, IfMissing ifMissing = IfMissing::Refuse, const Clock &clock = Clock::Real());
+    explicit Store(const QString &file, IfMissing ifMissing = IfMissing::Refuse, const Clock &clock = Clock::System());
     // No other thread may use the object any more.
     ~Store();
     Store(const Store &) = delete;

@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "session/ExamClock.h"
 
-namespace {
+using namespace std::chrono_literals;
 
-constexpr qint64 Second = 1000; // milliseconds
-
-}
-
-ExamClock::ExamClock(QObject *parent)
+ExamClock::ExamClock(const Clock &clock, QObject *parent)
     : QObject(parent)
+    , m_clock(clock)
 {
     m_timer.setTimerType(Qt::PreciseTimer);
     m_timer.setSingleShot(true);
@@ -17,31 +14,31 @@ ExamClock::ExamClock(QObject *parent)
 
 void ExamClock::Start()
 {
-    m_elapsed.start();
-    m_ticks = 0;
+    m_nextTick = m_clock.Elapsed() + 1s;
     Arm();
 }
 
 void ExamClock::Stop()
 {
     m_timer.stop();
-    m_elapsed.invalidate();
+    m_nextTick.reset();
 }
 
 // A single shot to the next full second: being late once makes no tick after
 // it late, and a timer that is armed before its slot has returned still fires.
 void ExamClock::Arm()
 {
-    m_timer.start(static_cast<int>(std::max<qint64>(0, (m_ticks + 1) * Second - m_elapsed.elapsed())));
+    m_timer.start(std::max(0ms, *m_nextTick - m_clock.Elapsed()));
 }
 
 void ExamClock::Catch()
 {
-    const bool isDue = m_elapsed.isValid() && m_elapsed.elapsed() >= (m_ticks + 1) * Second;
+    if (!m_nextTick)
+        return;
+    const bool isDue = m_clock.Elapsed() >= *m_nextTick;
     if (isDue)
-        ++m_ticks;
-    if (m_elapsed.isValid())
-        Arm();
+        *m_nextTick += 1s;
+    Arm();
     if (isDue)
         Q_EMIT Tick();
 }

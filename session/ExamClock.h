@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QElapsedTimer>
+#include "common/Clock.h"
+
 #include <QObject>
 #include <QTimer>
+
+#include <optional>
 
 // Ticks once a second by the monotonic clock. A second that a busy program
 // missed is made up, so that after hours it is no second off. A tick may open
@@ -11,7 +14,8 @@
 class ExamClock : public QObject {
     Q_OBJECT
 public:
-    explicit ExamClock(QObject *parent = nullptr);
+    // The clock must outlive this one.
+    explicit ExamClock(const Clock &clock = Clock::System(), QObject *parent = nullptr);
 
     // Seconds count from now on; a running clock begins anew.
     void Start();
@@ -25,7 +29,7 @@ private:
     void Catch();
     void Arm();
 
+    const Clock &m_clock;
     QTimer m_timer;
-    QElapsedTimer m_elapsed;
-    qint64 m_ticks = 0;
+    std::optional<std::chrono::milliseconds> m_nextTick; // by m_clock; none while stopped
 };

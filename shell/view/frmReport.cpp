@@ -13,7 +13,6 @@
 #include "ui/Messages.h"
 #include "ui/Theme.h"
 
-#include <QDate>
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QLabel>
@@ -39,8 +38,9 @@ constexpr double MessageScale = 1.5;
 
 }
 
-frmReport::frmReport(QWidget *owner)
+frmReport::frmReport(QWidget *owner, const Clock &clock)
     : QDialog(owner, Qt::Window)
+    , m_clock(clock)
     , picLogo(new LogoView(LogoWidth, this))
     , lblMessage(new ResultLabel(this))
     , fraScores(new QFrame(this))
@@ -178,7 +178,8 @@ void frmReport::Arrange()
 
 ReportSheet::Data frmReport::SheetData() const
 {
-    return { m_exam->Code(), m_exam->Name(), QLocale::system().toString(QDate::currentDate(), QLocale::LongFormat), m_report };
+    return { m_exam->Code(), m_exam->Name(),
+             QLocale::system().toString(m_clock.Now().toLocalTime().date(), QLocale::LongFormat), m_report };
 }
 
 template <class Job> void frmReport::RunJob(Job &&job)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "common/Clock.h"
 #include "model/Exam.h"
 #include "shell/ReportSheet.h"
 
@@ -20,7 +21,8 @@ class ResultLabel;
 class frmReport : public QDialog {
     Q_OBJECT
 public:
-    explicit frmReport(QWidget *owner);
+    // The clock gives the date of the printed page and must outlive the window.
+    explicit frmReport(QWidget *owner, const Clock &clock = Clock::System());
 
     // Loads the report of the current exam, shows it and waits until it is
     // closed.
@@ -50,6 +52,7 @@ private:
     ReportSheet::Data SheetData() const;
     template <class Job> void RunJob(Job &&job);
 
+    const Clock &m_clock;
     std::shared_ptr<Exam> m_exam; // the window may outlast the sitting
     ScoreReport m_report;
     QVBoxLayout *m_names = nullptr;

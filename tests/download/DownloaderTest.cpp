@@ -72,7 +72,7 @@ namespace {
 class NightClock : public Clock {
 public:
     QDateTime Now() const override { return { { 2026, 3, 21 }, QTime::fromMSecsSinceStartOfDay(Milliseconds) }; }
-    qint64 Monotonic() const override { return Milliseconds; }
+    std::chrono::milliseconds Elapsed() const override { return std::chrono::milliseconds(Milliseconds); }
     mutable int Milliseconds = 40'000'000;
 };
 

@@ -15,10 +15,10 @@
 class SteppingClock : public Clock {
 public:
     QDateTime Now() const override { return { { 2026, 3, 21 }, { 20, 5, 9 } }; }
-    qint64 Monotonic() const override { return m_time += 1; }
+    std::chrono::milliseconds Elapsed() const override { return m_time += std::chrono::milliseconds(1); }
 
 private:
-    mutable qint64 m_time = 0;
+    mutable std::chrono::milliseconds m_time{ 0 };
 };
 
 // A run without a window, against a scripted server. What the run asks of either

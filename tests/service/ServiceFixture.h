@@ -4,20 +4,8 @@
 #include "service/HttpServer.h"
 #include "service/Password.h"
 #include "tests/service/HttpClient.h"
+#include "tests/support/ManualClock.h"
 #include "tests/support/Test.h"
-
-#include <atomic>
-
-// A clock that a test moves.
-class ManualClock : public Clock {
-public:
-    void Advance(std::chrono::milliseconds time) { m_elapsed += time.count(); }
-    std::chrono::milliseconds Elapsed() const override { return std::chrono::milliseconds(m_elapsed); }
-    QDateTime Now() const override { return QDateTime::fromMSecsSinceEpoch(1'800'000'000'000 + m_elapsed, Qt::UTC); }
-
-private:
-    std::atomic<qint64> m_elapsed = 5'000;
-};
 
 const QByteArray OddAccount = "email=NEW&pwd=a%26b%3Dc%3B 100%253B\xE9;";
 

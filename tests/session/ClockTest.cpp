@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "session/ExamClock.h"
 
+#include <QElapsedTimer>
 #include <QTest>
 
 #include <gtest/gtest.h>
