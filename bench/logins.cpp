@@ -30,7 +30,7 @@
 
 using namespace Qt::Literals::StringLiterals;
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
+using SteadyClock = std::chrono::steady_clock;
 
 namespace {
 
@@ -143,9 +143,9 @@ template <class Work> double ListBeside(quint16 port, int threads, Work work)
     }
     std::vector<double> times;
     while (left > 0) {
-        const auto begin = Clock::now();
+        const auto begin = SteadyClock::now();
         List(client, session);
-        times.push_back(std::chrono::duration<double, std::milli>(Clock::now() - begin).count());
+        times.push_back(std::chrono::duration<double, std::milli>(SteadyClock::now() - begin).count());
         std::this_thread::sleep_until(begin + Pace);
     }
     for (std::thread &thread : others)
@@ -177,15 +177,15 @@ int main(int argc, char **argv)
     while (!service.canReadLine() && service.waitForReadyRead()) { }
     const auto port = static_cast<quint16>(QUrl(QString::fromLatin1(service.readLine()).trimmed()).port());
 
-    const auto begin = Clock::now();
+    const auto begin = SteadyClock::now();
     const double classList = ListBeside(port, Class, [port](int i) {
         Client client(port, INADDR_LOOPBACK);
         List(client, LoggedOn(client, i + 1));
     });
-    const double classTime = std::chrono::duration<double>(Clock::now() - begin).count();
+    const double classTime = std::chrono::duration<double>(SteadyClock::now() - begin).count();
     const double guessList = ListBeside(port, Guessers, [port](int i) {
         Client client(port, INADDR_LOOPBACK + 256 * static_cast<quint32>(i + 1));
-        const auto start = Clock::now() + i * 1s / Guessers;
+        const auto start = SteadyClock::now() + i * 1s / Guessers;
         for (auto turn = start; turn < start + Guessing; turn += 1s) {
             std::this_thread::sleep_until(turn);
             client.Ask("LOGIN?email=nobody" + QByteArray::number(i) + '.' + QByteArray::number((turn - start) / 1s)

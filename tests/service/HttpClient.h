@@ -10,11 +10,6 @@
 // minute, as a failure.
 constexpr int Patience = 60'000; // milliseconds
 
-inline void Send(QSslSocket &client, const QByteArray &bytes)
-{
-    client.write(bytes);
-    while (client.bytesToWrite() > 0 && client.waitForBytesWritten(Patience)) { }
-}
 // Connects to a service's address, with https whatever the certificate, and sends.
 inline std::unique_ptr<QSslSocket> Connect(const QString &endpoint, const QByteArray &bytes = {})
 {
@@ -25,7 +20,8 @@ inline std::unique_ptr<QSslSocket> Connect(const QString &endpoint, const QByteA
     client->setPeerVerifyMode(QSslSocket::VerifyNone);
     if (url.scheme() == QLatin1String("https"))
         client->startClientEncryption();
-    Send(*client, bytes);
+    client->write(bytes);
+    while (client->bytesToWrite() > 0 && client->waitForBytesWritten(Patience)) { }
     return client;
 }
 // What comes until the connection ends, or until there is that text in it.

@@ -23,15 +23,6 @@ Outcome On(const QString &arguments, const QByteArray &input = {})
     return OutcomeOf(Service, arguments.split(u' ').replaceInStrings(u"_"_s, u" "_s), {}, input);
 }
 
-Outcome Failed(const QString &text)
-{
-    return { 1, {}, u"practorium-service: %1\n"_s.arg(text) };
-}
-Outcome Misused(const QString &text)
-{
-    return { 2, {}, u"practorium-service: %1 (see --help)\n"_s.arg(text) };
-}
-
 // Starts a service; its address.
 QString Serve(QProcess &service, const QString &options)
 {
@@ -58,45 +49,47 @@ TEST(ServiceProgramTest, CommandsAndTheirArguments)
                        QByteArray(bytes).replace(bytes.size() - 5'000, 4'000, QByteArray(4'000, 'y')));
     bytes[63] = 3; // of the format's version
     Sandbox::WriteFile(Sandbox::Path(u"newer"_s), bytes);
+    const auto failed = [](const QString &text) { return Outcome{ 1, {}, u"practorium-service: %1\n"_s.arg(text) }; };
+    const auto misused = [&](const QString &text) { return Outcome{ 2, {}, failed(text + u" (see --help)"_s).Err }; };
     const QString open = u"Without --certificate and --key, everybody on the way can read the passwords.\n"_s;
-    const Outcome noBob = Failed(u"There is no user \"bob\""_s);
+    const Outcome noBob = failed(u"There is no user \"bob\""_s);
     const struct {
         QString Arguments;
         QByteArray Input;
         Outcome Expected;
     } rows[] = {
-        { u"list-users --database ."_s, "", Failed(u".: Is a directory"_s) },
-        { u"list-users --database newer"_s, "", Failed(u"newer: made by a newer version of this program"_s) },
-        { u"list-users"_s, "", Failed(u"a.db: No such file or directory"_s) },
+        { u"list-users --database ."_s, "", failed(u".: Is a directory"_s) },
+        { u"list-users --database newer"_s, "", failed(u"newer: made by a newer version of this program"_s) },
+        { u"list-users"_s, "", failed(u"a.db: No such file or directory"_s) },
         { u"add-user Cy"_s, "first word\r\n", {} },
         { u"add-user ann"_s, "first word\n", {} },
-        { u"add-user ANN"_s, "x\n", Failed(u"The user \"ANN\" is there already"_s) },
+        { u"add-user ANN"_s, "x\n", failed(u"The user \"ANN\" is there already"_s) },
         { u"add-user ann --replace --password-file word"_s, "", {} },
-        { u"add-user bob --password-file none"_s, "", Failed(u"none: No such file or directory"_s) },
-        { u"add-user bob"_s, "\n", Misused(u"the password is empty"_s) },
-        { u"add-user _b"_s, "x", Misused(u"the user ID begins or ends with a blank"_s) },
+        { u"add-user bob --password-file none"_s, "", failed(u"none: No such file or directory"_s) },
+        { u"add-user bob"_s, "\n", misused(u"the password is empty"_s) },
+        { u"add-user _b"_s, "x", misused(u"the user ID begins or ends with a blank"_s) },
         { u"add-user bob --replace"_s, "x", noBob },
         { u"add-user ';_DROP_TABLE_users;_--"_s, "x", {} },
         { u"grant ann NET-101 LNX-101 NET-101"_s, "", {} },
         { u"grant cy NET-101"_s, "", {} },
         { u"grant ANN A-1 LNX-101"_s, "", {} },
-        { u"grant ann ../x"_s, "", Misused(u"\"../x\" is no exam's ID"_s) },
+        { u"grant ann ../x"_s, "", misused(u"\"../x\" is no exam's ID"_s) },
         { u"grant bob X"_s, "", noBob },
         { u"revoke Ann LNX-101 NONE"_s, "", {} },
         { u"list-users"_s, "", { 0, u"'; DROP TABLE users; --\t\nann\tNET-101,A-1\nCy\tNET-101\n"_s } },
         { u"remove-user bob"_s, "", noBob },
         { u"remove-user ANN"_s, "", {} },
-        { u"serve --packs word"_s, "", Misused(u"--packs must name a folder"_s) },
-        { u"serve --packs . --port 65536"_s, "", Misused(u"--port must be a number from 0 to 65535"_s) },
-        { u"serve --packs . --rate x"_s, "", Misused(u"--rate must be a number of bytes"_s) },
-        { u"serve --packs . --key word"_s, "", Misused(u"--certificate and --key belong together"_s) },
-        { u"serve --packs . --key none --certificate none"_s, "", Failed(u"none: No such file or directory"_s) },
-        { u"serve --packs . --key nothing --certificate word"_s, "", Failed(u"nothing: is empty"_s) },
-        { u"serve --packs . --address ::x"_s, "", { 1, {}, open + Failed(u"\"::x\" is no address"_s).Err } },
-        { u"serve --packs . --address localhost"_s, "", { 1, {}, open + Failed(u"\"localhost\" is no address"_s).Err } },
-        { u"serve --packs . --address 127.x"_s, "", Failed(u"\"127.x\" is no address"_s) },
+        { u"serve --packs word"_s, "", misused(u"--packs must name a folder"_s) },
+        { u"serve --packs . --port 65536"_s, "", misused(u"--port must be a number from 0 to 65535"_s) },
+        { u"serve --packs . --rate x"_s, "", misused(u"--rate must be a number of bytes"_s) },
+        { u"serve --packs . --key word"_s, "", misused(u"--certificate and --key belong together"_s) },
+        { u"serve --packs . --key none --certificate none"_s, "", failed(u"none: No such file or directory"_s) },
+        { u"serve --packs . --key nothing --certificate word"_s, "", failed(u"nothing: is empty"_s) },
+        { u"serve --packs . --address ::x"_s, "", { 1, {}, open + failed(u"\"::x\" is no address"_s).Err } },
+        { u"serve --packs . --address localhost"_s, "", { 1, {}, open + failed(u"\"localhost\" is no address"_s).Err } },
+        { u"serve --packs . --address 127.x"_s, "", failed(u"\"127.x\" is no address"_s) },
         { u"serve --packs . --trusted-proxy ::1 --trusted-proxy 1.2.3"_s, "",
-          Misused(u"--trusted-proxy: \"1.2.3\" is no address and no range"_s) },
+          misused(u"--trusted-proxy: \"1.2.3\" is no address and no range"_s) },
     };
     for (const auto &row : rows) {
         const QString database = row.Arguments.contains("--database"_L1) ? QString() : u" --database a.db"_s;
@@ -109,10 +102,10 @@ TEST(ServiceProgramTest, CommandsAndTheirArguments)
             << outcome.Err.toStdString();
     }
     for (const QString &command : { u"add-user a"_s, u"remove-user a"_s, u"list-users"_s, u"list-reports"_s, u"serve"_s })
-        EXPECT_EQ(On(command + u" x --database a.db"_s), Misused(u"too many arguments"_s)) << command.toStdString();
+        EXPECT_EQ(On(command + u" x --database a.db"_s), misused(u"too many arguments"_s)) << command.toStdString();
     for (const QString &command : { u"add-user"_s, u"remove-user"_s, u"grant a"_s, u"revoke a"_s })
-        EXPECT_EQ(On(command + u" --database a.db"_s), Misused(u"too few arguments"_s)) << command.toStdString();
-    EXPECT_EQ(On(u"list-users"_s), Misused(u"--database is missing"_s));
+        EXPECT_EQ(On(command + u" --database a.db"_s), misused(u"too few arguments"_s)) << command.toStdString();
+    EXPECT_EQ(On(u"list-users"_s), misused(u"--database is missing"_s));
     EXPECT_EQ(OutcomeOf(Service).Code, 2);
     // Lines of options and arguments hang below each other; each help text ends
     // before the next name, and as a sentence.
