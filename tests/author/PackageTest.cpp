@@ -6,11 +6,6 @@
 
 namespace {
 
-Package::Content Assembled(const QString &gift, const QString &pictures = {})
-{
-    return Package::Assemble(Gift::Parse(gift), { u"EX-1"_s, u"Sample"_s, 1000, 700, 90 }, pictures);
-}
-
 QString ReasonOf(const std::function<void()> &operation)
 {
     try {
@@ -26,31 +21,27 @@ QString ReasonOf(const std::function<void()> &operation)
 TEST(PackageTest, FolderWithExamAndEachPictureOnce)
 {
     const QString pictures = Sandbox::Path(u"pictures"_s);
-    for (const QString &name : { u"a.bmp"_s, u"b.bmp"_s })
-        Sandbox::WriteFile(pictures + u'/' + name, Bmp());
-    const QString exhibit = u"// [exhibit:a.bmp]\n"_s;
-    const Package::Content content
-        = Assembled(exhibit + u"Q {T}\n\n"_s + exhibit + u"R {~%50%a ~%50%b}\n\n// [exhibit:b.bmp]\nS {}"_s, pictures);
+    Sandbox::WriteFile(pictures + u"/a.bmp"_s, Bmp());
+    const QString gift = u"// [exhibit:a.bmp]\nQ {T}\n\n// [exhibit:a.bmp]\nR {~%50%a ~%50%b}"_s;
+    const auto content = Package::Assemble(Gift::Parse(gift), { u"EX-1"_s, u"Sample"_s, 1000, 700, 90 }, pictures);
     const QString out = Sandbox::Path(u"made/up/NET.101"_s);
     EXPECT_EQ(Package::Write(content, pictures, out + u'/', true), QString());
-    EXPECT_EQ(Names(out), (QStringList{ u"NET.exam"_s, u"a.bmp"_s })) << "nothing of items left out";
-    EXPECT_EQ(Names(Sandbox::Path(u"made/up"_s)), QStringList{ u"NET.101"_s });
+    EXPECT_EQ(Names(out), (QStringList{ u"NET.exam"_s, u"a.bmp"_s }));
     EXPECT_EQ(Sandbox::ReadFile(out + u"/a.bmp"_s), Bmp());
     EXPECT_EQ(Check::Faults(out), QStringList());
     EXPECT_EQ(QFile::permissions(out), QFile::permissions(pictures)) << "others may read what they may read elsewhere";
 
     // The exhibit was there when the exam was made, but is no more.
     QFile::remove(pictures + u"/a.bmp"_s);
-    for (const QString &again : { Sandbox::Path(u"made/new/NET"_s), out }) {
+    for (const QString &again : { Sandbox::Path(u"made/new/NET"_s), out })
         EXPECT_EQ(ReasonOf([&] { Package::Write(content, pictures, again, true); }), QString::number(System::NotFound));
-    }
     EXPECT_EQ(Names(Sandbox::Path(u"made"_s)), QStringList{ u"up"_s });
     EXPECT_EQ(Names(Sandbox::Path(u"made/up"_s)), QStringList{ u"NET.101"_s });
 }
 
 TEST(PackageTest, TargetsThatAreRefused)
 {
-    const Package::Content content = Assembled(u"Q {T}"_s);
+    const Package::Content content = Package::Assemble(Gift::Parse(u"Q {T}"_s), {}, {});
     const QString root = Sandbox::Path(u"targets"_s);
     for (const QString &name :
          { u"PACK/PACK.exam"_s, u"PACK/old.BMP"_s, u"home/notes.txt"_s, u"deep/deep.exam"_s, u"other/x.exam"_s,
