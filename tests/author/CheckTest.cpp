@@ -19,13 +19,13 @@ QString FaultsOf(const QString &path)
     return lines.join(u"; "_s);
 }
 
-// An exam without faults.
-std::shared_ptr<Exam> GoodExam(int items)
+// The file of an exam without faults.
+QByteArray GoodFile(int items)
 {
-    auto exam = NewExam();
+    const auto exam = NewExam();
     for (int i = 0; i < items; ++i)
         AddItem(*exam, { u"Q"_s, { u"*a"_s, u"b"_s } });
-    return exam;
+    return Sandbox::ReadFile(Install(*exam, u"GOOD"_s));
 }
 
 }
@@ -73,7 +73,7 @@ TEST(CheckTest, WhatAnExamCanHoldWrong)
 
 TEST(CheckTest, FilesThatAreCutShortOrTooLong)
 {
-    const QByteArray whole = Sandbox::ReadFile(Install(*GoodExam(2), u"CUT"_s));
+    const QByteArray whole = GoodFile(2);
     const QString path = Sandbox::Path(u"cut.exam"_s);
     const auto faultsOf = [&](const QByteArray &bytes) {
         Sandbox::WriteFile(path, bytes);
@@ -107,7 +107,7 @@ TEST(CheckTest, FilesThatAreCutShortOrTooLong)
 
 TEST(CheckTest, FoldersAndWhatTheirNamesLeadTo)
 {
-    const QByteArray bytes = Sandbox::ReadFile(Install(*GoodExam(1), u"SRC"_s));
+    const QByteArray bytes = GoodFile(1);
     const std::tuple<QString, QStringList, QString> rows[] = {
         { u"good"_s, { u"good.exam"_s }, {} },
         { u"dotted.101"_s, { u"dotted.exam"_s }, {} },

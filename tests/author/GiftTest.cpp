@@ -4,20 +4,11 @@
 
 namespace {
 
-QString PictureFolder()
-{
-    const QString path = Sandbox::Path(u"pictures"_s);
-    for (const QString &name : { u"a b.bmp"_s, u"b.bmp"_s, u"a.EXAM"_s, u"\u03B1.bmp"_s })
-        Sandbox::WriteFile(path + u'/' + name, Bmp());
-    Sandbox::WriteFile(path + u"/text.bmp"_s, "text");
-    return path;
-}
-
 // The items of an exam made from a question bank, one a line, and behind them the items left out.
 QString Taken(const QString &source)
 {
-    static const QString pictures = PictureFolder();
-    const Package::Content content = Package::Assemble(Gift::Parse(Gift::Decode(source.toUtf8())), {}, pictures);
+    const Package::Content content
+        = Package::Assemble(Gift::Parse(Gift::Decode(source.toUtf8())), {}, Sandbox::Path(u"bank"_s));
     QStringList lines;
     for (const auto &question : content.Exam->Questions()) {
         QStringList parts = { question->Problem() };
@@ -36,6 +27,8 @@ QString Taken(const QString &source)
 
 TEST(GiftTest, ItemsOfABank)
 {
+    for (const QString &name : { u"a b.bmp"_s, u"b.bmp"_s })
+        Sandbox::WriteFile(Sandbox::Path(u"bank/"_s + name), Bmp());
     const QString twice = u"Q | *a | b\nR | *c | d"_s;
     const std::vector<Row> rows = {
         { "several right in single choice", u"Q {=a ~b =c}"_s, u"1: several answers are right alone"_s },
@@ -99,6 +92,9 @@ TEST(GiftTest, ItemsOfABank)
 
 TEST(GiftTest, ExhibitsThatCannotBeShown)
 {
+    for (const QString &name : { u"a.EXAM"_s, u"\u03B1.bmp"_s })
+        Sandbox::WriteFile(Sandbox::Path(u"bank/"_s + name), Bmp());
+    Sandbox::WriteFile(Sandbox::Path(u"bank/text.bmp"_s), "text");
     const std::vector<std::pair<QString, QString>> rows = {
         { u"x.bmp"_s, u"the exhibit \"x.bmp\": "_s + System::TextOf(System::NotFound) },
         { u"text.bmp"_s, u"the exhibit \"text.bmp\": The file is not a BMP, GIF, JPEG, ICO or PNG picture"_s },
