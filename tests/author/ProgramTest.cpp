@@ -37,11 +37,10 @@ TEST(ProgramTest, FromBankToPackage)
     EXPECT_EQ(Started(u"check bank/PACK bank/PACK/PACK.exam"_s), Outcome{});
     const QByteArray bytes = Sandbox::ReadFile(Sandbox::Path(u"bank/PACK/PACK.exam"_s));
     Write(u"reserved.exam"_s, QByteArray::fromHex("0200000000fe") + bytes.mid(4));
-    EXPECT_EQ(Started(u"dump reserved.exam"_s).Out,
+    EXPECT_EQ(Started(u"dump reserved.exam"_s).Out.chopped(1),
               uR"({"reserved":"00fe","code":"A\"Ä","name":"Sample","maxScore":32767,"passScore":0,"duration":546,"questions":[
 {"number":1,"solutionCount":1,"hasHint":false,"exhibit":"p.bmp","problem":"O\n\tne","explanation":"why","choices":[{"number":1,"isSolution":true,"statement":"a"},{"number":2,"isSolution":false,"statement":"b"}]},
-{"number":2,"solutionCount":2,"hasHint":true,"exhibit":"","problem":"Three","explanation":"","choices":[{"number":1,"isSolution":true,"statement":"a"},{"number":2,"isSolution":true,"statement":"b"}]}]}
-)"_s);
+{"number":2,"solutionCount":2,"hasHint":true,"exhibit":"","problem":"Three","explanation":"","choices":[{"number":1,"isSolution":true,"statement":"a"},{"number":2,"isSolution":true,"statement":"b"}]}]})"_s);
 
     // The pictures from elsewhere this time, and one item less to leave out.
     Write(u"drawings/p.bmp"_s, Bmp(5));
@@ -68,12 +67,11 @@ TEST(ProgramTest, AllOrNothing)
         { u"good.gift --strict"_s, 0, u"1 item taken, 0 left out\n"_s },
     };
     const auto before = Snapshot(Sandbox::Path(u"all"_s));
+    EXPECT_EQ(Started(u"dump all/OLD/OLD.exam"_s), (Outcome{ 1, {}, u"all/OLD/OLD.exam: Input past end of file\n"_s }));
     for (const auto &[source, code, expected] : rows) {
         EXPECT_EQ(Snapshot(Sandbox::Path(u"all"_s)), before);
         EXPECT_EQ(Started(u"build --replace all/"_s + source + Options + u"all/OLD"_s), (Outcome{ code, {}, expected }));
     }
-    Write(u"all/OLD/OLD.exam"_s, "old");
-    EXPECT_EQ(Started(u"dump all/OLD/OLD.exam"_s), (Outcome{ 1, {}, u"all/OLD/OLD.exam: Input past end of file\n"_s }));
 }
 
 TEST(ProgramTest, UsageAndHelp)
@@ -125,9 +123,10 @@ TEST(ProgramTest, AFullDiskLeavesNoHalfPackage)
     const auto before = Snapshot(Sandbox::Path(u"full"_s));
     for (const QString &source : { u"small"_s, u"large"_s }) {
         for (const QString &out : { u"OLD"_s, u"NEW"_s, u"a/b/NEW"_s }) {
-            const Outcome build = Started(u"build --replace full/"_s + source + Options + u"full/"_s + out, SmallFiles(8'000));
+            const QString said
+                = Started(u"build --replace full/"_s + source + Options + u"full/"_s + out, SmallFiles(8'000)).Err;
             const QString file = source == "small"_L1 ? u"p.bmp"_s : out.right(3) + u".exam"_s;
-            EXPECT_EQ(build.Err.section(u'\n', -2), u"practorium-author: %1: File too large\n"_s.arg(file));
+            EXPECT_EQ(said.section(u'\n', -2), u"practorium-author: %1: File too large\n"_s.arg(file));
             EXPECT_EQ(Snapshot(Sandbox::Path(u"full"_s)), before);
         }
     }
