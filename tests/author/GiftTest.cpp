@@ -57,7 +57,7 @@ TEST(GiftTest, ItemsOfABank)
         { "after a weight", u"Q {~%50%[markdown]*a*#[html]*f* ~%50% [moodle] *b*}"_s, u"Q | *a | **b* | A: *f* | limited"_s },
         { "feedback", u"Q {=a # yes ~b#no\n####All = ~fine # really}"_s,
           u"Q | *a | b | All = ~fine # really\n\nA: yes\nB: no"_s },
-        { "several lines", u"Q one\n  two {\n\t=a\n\t  more\n\t~b\n}"_s, u"Q one\n  two | *a\n\t  more | b"_s },
+        { "several lines", u"Q one\n  two {\n\t=a\n\n\t  more\n\t~b\n}"_s, u"Q one\n  two | *a\n\n\t  more | b"_s },
         { "an accent of its own", u"e\u0301 {T}"_s, u"\u00E9 | *True | False"_s },
         { "not of the page", u"\u2192 {T}"_s, u"1: the character \"\u2192\" (U+2192) is not in code page 1252"_s },
         { "no UTF-8", u"Q\uFDD0 {=\uFFFD ~b}"_s, u"1: it holds bytes that are not UTF-8"_s },
