@@ -169,7 +169,6 @@ void SaveExam(Exam &exam, const QString &path)
     File file;
     file.OpenFile(path, File::BinaryMode, File::WriteAccess, File::OpenExisting);
     file.Flush();
-    file.CloseFile();
 }
 
 void CopyPicture(const QString &from, const QString &to)
@@ -180,7 +179,6 @@ void CopyPicture(const QString &from, const QString &to)
     target.OpenFile(to, File::BinaryMode, File::WriteAccess, File::CreateNew);
     source.CopyTo(target);
     target.Flush();
-    target.CloseFile();
 }
 
 // Why an existing folder must not be replaced; empty when it holds nothing but a

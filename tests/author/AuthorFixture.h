@@ -28,8 +28,7 @@ inline QByteArray Bmp(int width = 4, int height = 4)
 {
     QImage image(width, height, QImage::Format_RGB32);
     image.fill(Qt::green);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
+    QBuffer buffer;
     image.save(&buffer, "BMP");
-    return bytes;
+    return buffer.data();
 }

@@ -6,19 +6,14 @@
 
 namespace {
 
-Package::Content Assembled(const QString &gift, const QString &pictures = {})
-{
-    return Package::Assemble(Gift::Parse(gift), { u"EX-1"_s, u"Sample"_s, 1000, 700, 90 }, pictures);
-}
-
-QString ReasonOf(const std::function<void()> &operation)
+// What Write returns or raises; of errors of the system, the number.
+QString Written(const Package::Content &content, const QString &pictures, const QString &out, bool replace)
 {
     try {
-        operation();
+        return Package::Write(content, pictures, out, replace);
     } catch (const Error &error) {
         return error.Number() == InvalidCall ? error.Description() : QString::number(error.Number());
     }
-    return u"none"_s;
 }
 
 }
@@ -26,31 +21,26 @@ QString ReasonOf(const std::function<void()> &operation)
 TEST(PackageTest, FolderWithExamAndEachPictureOnce)
 {
     const QString pictures = Sandbox::Path(u"pictures"_s);
-    for (const QString &name : { u"a.bmp"_s, u"b.bmp"_s })
-        Sandbox::WriteFile(pictures + u'/' + name, Bmp());
-    const QString exhibit = u"// [exhibit:a.bmp]\n"_s;
-    const Package::Content content
-        = Assembled(exhibit + u"Q {T}\n\n"_s + exhibit + u"R {~%50%a ~%50%b}\n\n// [exhibit:b.bmp]\nS {}"_s, pictures);
+    Sandbox::WriteFile(pictures + u"/a.bmp"_s, Bmp());
+    const QString gift = u"// [exhibit:a.bmp]\nQ {T}\n\n// [exhibit:a.bmp]\nR {~%50%a ~%50%b}"_s;
+    const auto content = Package::Assemble(Gift::Parse(gift), { u"EX-1"_s, u"Sample"_s, 1000, 700, 90 }, pictures);
     const QString out = Sandbox::Path(u"made/up/NET.101"_s);
-    EXPECT_EQ(Package::Write(content, pictures, out + u'/', true), QString());
-    EXPECT_EQ(Names(out), (QStringList{ u"NET.exam"_s, u"a.bmp"_s })) << "nothing of items left out";
-    EXPECT_EQ(Names(Sandbox::Path(u"made/up"_s)), QStringList{ u"NET.101"_s });
+    EXPECT_EQ(Written(content, pictures, out + u'/', true), QString());
+    EXPECT_EQ(Names(out), (QStringList{ u"NET.exam"_s, u"a.bmp"_s }));
     EXPECT_EQ(Sandbox::ReadFile(out + u"/a.bmp"_s), Bmp());
     EXPECT_EQ(Check::Faults(out), QStringList());
     EXPECT_EQ(QFile::permissions(out), QFile::permissions(pictures)) << "others may read what they may read elsewhere";
 
     // The exhibit was there when the exam was made, but is no more.
     QFile::remove(pictures + u"/a.bmp"_s);
-    for (const QString &again : { Sandbox::Path(u"made/new/NET"_s), out }) {
-        EXPECT_EQ(ReasonOf([&] { Package::Write(content, pictures, again, true); }), QString::number(System::NotFound));
-    }
-    EXPECT_EQ(Names(Sandbox::Path(u"made"_s)), QStringList{ u"up"_s });
-    EXPECT_EQ(Names(Sandbox::Path(u"made/up"_s)), QStringList{ u"NET.101"_s });
+    for (const QString &again : { Sandbox::Path(u"made/new/NET"_s), out })
+        EXPECT_EQ(Written(content, pictures, again, true), QString::number(System::NotFound));
+    EXPECT_EQ(Names(Sandbox::Path(u"made"_s)) + Names(Sandbox::Path(u"made/up"_s)), (QStringList{ u"up"_s, u"NET.101"_s }));
 }
 
 TEST(PackageTest, TargetsThatAreRefused)
 {
-    const Package::Content content = Assembled(u"Q {T}"_s);
+    const Package::Content content = Package::Assemble(Gift::Parse(u"Q {T}"_s), {}, {});
     const QString root = Sandbox::Path(u"targets"_s);
     for (const QString &name :
          { u"PACK/PACK.exam"_s, u"PACK/old.BMP"_s, u"home/notes.txt"_s, u"deep/deep.exam"_s, u"other/x.exam"_s,
@@ -73,18 +63,16 @@ TEST(PackageTest, TargetsThatAreRefused)
     const auto before = Snapshot(root);
     for (const auto &[replace, names, reason] : rows) {
         for (const QString &name : names)
-            EXPECT_EQ(ReasonOf([&] { Package::Write(content, {}, root + u'/' + name, replace); }),
-                      root + u'/' + name + u": "_s + reason);
+            EXPECT_EQ(Written(content, {}, root + u'/' + name, replace), root + u'/' + name + u": "_s + reason);
     }
-    EXPECT_EQ(ReasonOf([&] { Package::Write(content, {}, root + u"/file/PACK"_s, false); }),
-              QString::number(System::BelowAFile));
+    EXPECT_EQ(Written(content, {}, root + u"/file/PACK"_s, false), QString::number(System::BelowAFile));
     for (const QString &out : { QString(), u"/"_s })
-        EXPECT_EQ(ReasonOf([&] { Package::CheckTarget(out, true); }), u"\"%1\" is no name for a package folder"_s.arg(out));
+        EXPECT_EQ(Written(content, {}, out, true), u"\"%1\" is no name for a package folder"_s.arg(out));
     EXPECT_EQ(Snapshot(root), before);
 
     const QStringList names = Names(root);
     for (const QString &name : { u"PACK"_s, u"hollow"_s }) {
-        EXPECT_EQ(Package::Write(content, {}, root + u'/' + name, true), QString());
+        EXPECT_EQ(Written(content, {}, root + u'/' + name, true), QString());
         EXPECT_EQ(Names(root + u'/' + name), QStringList{ name + u".exam"_s });
     }
     EXPECT_EQ(Names(root), names);
