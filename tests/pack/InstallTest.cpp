@@ -8,9 +8,7 @@ TEST(InstallTest, WhereNoExamCanBePut)
     const QString inPlace = u"a file or a link is in its place\n"_s;
     const QString noFolder = u"there is no exams folder to install into: "_s;
     // What is in the way: a file, or a link to somewhere.
-    const struct {
-        QString Path, Link, Reason;
-    } rows[] = {
+    const std::tuple<QString, QString, QString> rows[] = {
         { u"/Exams/PLACE"_s, {}, inPlace },
         { u"/Exams/PLACE"_s, Sandbox::Path(u"packages"_s), inPlace },
         { u"/Exams/PLACE"_s, Sandbox::Path(u"nowhere"_s), inPlace },

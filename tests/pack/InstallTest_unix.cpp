@@ -61,12 +61,10 @@ TEST(InstallTest, WhereExamsAreLookedFor)
     const QString data = u"XDG_DATA_HOME="_s;
     const QString home = u"HOME="_s;
     const QString nowhere = u"there is no exams folder to install into"_s;
+    const Tree installed = Installed(u"NET-101.v2"_s, u"A-1"_s);
     const auto locked = QFile::ReadOwner | QFile::ExeOwner;
     // Where the exam is afterwards, or why it is nowhere.
-    const struct {
-        QStringList Variables;
-        QString Folder, Reason;
-    } rows[] = {
+    const std::tuple<QStringList, QString, QString> rows[] = {
         { { data + root + u"/a/b"_s, home + root + u"/h"_s }, u"/a/b"_s, {} },
         { { data + root + u"/slash/"_s }, u"/slash"_s, {} },
         { { data + u"relative"_s, home + root + u"/h1"_s }, u"/h1/.local/share"_s, {} },
@@ -89,9 +87,8 @@ TEST(InstallTest, WhereExamsAreLookedFor)
             process.setChildProcessModifier([] { prctl(PR_CAPBSET_DROP, 1 /* CAP_DAC_OVERRIDE */, 0, 0, 0); });
         });
         EXPECT_EQ(outcome, reason.isEmpty() ? Done : Failed(u"NET-101.v2"_s, reason)) << qPrintable(variables.join(u' '));
-        EXPECT_EQ(reason.isEmpty() ? Snapshot(root + folder + u"/Practorium/Exams"_s) : Snapshot(root),
-                  reason.isEmpty() ? Installed(u"NET-101.v2"_s, u"A-1"_s) : before)
-            << qPrintable(variables.join(u' '));
+        const Tree after = Snapshot(reason.isEmpty() ? root + folder + u"/Practorium/Exams"_s : root);
+        EXPECT_EQ(after, reason.isEmpty() ? installed : before) << qPrintable(variables.join(u' '));
     }
 }
 

@@ -2,6 +2,7 @@
 #include "pack/StubBytes.h"
 #include "packformat/PackFormat.h"
 #include "tests/pack/PackFixture.h"
+#include "tests/support/SmallDisk.h"
 
 namespace {
 
@@ -29,10 +30,7 @@ TEST(PackerTest, WhatNoPackCanHold)
     using Change = std::function<bool(const QString &folder)>;
     const auto file
         = [](const QString &name) -> Change { return [name](auto folder) { return MakeFile(folder + u'/' + name); }; };
-    const struct {
-        QString Name, Reason;
-        Change Prepare;
-    } rows[] = {
+    const std::tuple<QString, QString, Change> rows[] = {
         { u"EMPTY"_s, noExam, [](auto folder) { return QFile::remove(folder + u"/EMPTY.exam"_s); } },
         { u"OTHER"_s, noExam, [](auto folder) { return QFile::rename(folder + u"/OTHER.exam"_s, folder + u"/NAME.exam"_s); } },
         { u"CUT"_s, u"CUT.exam: Input past end of file"_s,
@@ -106,11 +104,8 @@ TEST(PackerTest, ForEitherSystem)
     const QByteArray own = packed({});
     EXPECT_TRUE(packed({ u"--for"_s, u"Windows"_s }).startsWith("2 "));
     EXPECT_TRUE(packed({ package }).startsWith("2 "));
-    const struct {
-        QString Name;
-        Packer::Platform Platform;
-        QByteArray Start; // of a program of that system
-    } rows[] = {
+    // How a program of that system starts.
+    const std::tuple<QString, Packer::Platform, QByteArray> rows[] = {
         { u"linux"_s, Packer::Platform::Linux, QByteArray::fromHex("7F454C46") },
         { u"windows"_s, Packer::Platform::Windows, "MZ" },
     };
@@ -162,6 +157,15 @@ TEST(PackerTest, WholeOrNotAtAll)
     for (int last = 1; cancelledAt(last) == "cancelled"_L1; ++last)
         ASSERT_EQ(Snapshot(root), before) << last;
     EXPECT_GE(steps, 8);
-    EXPECT_EQ(Snapshot(root).size(), before.size());
     EXPECT_EQ(OutcomeOf(old), Done);
+    // The disk is full in the stub, in the contents, in the trailer and in its sum.
+    const auto size = static_cast<quint64>(QFileInfo(old).size());
+    const auto made = Snapshot(root);
+    EXPECT_EQ(made.size(), before.size());
+    for (const quint64 bytes : { quint64(1'000), size - 1'000, size - 33, size - 1 }) {
+        const SmallDisk disk(SmallDisk::WhyNot() ? 0 : bytes);
+        for (const QString &file : { old, root + u"/new.run"_s })
+            EXPECT_TRUE(SmallDisk::WhyNot() || Refusal(package, file, true) == file + u": File too large"_s) << bytes;
+    }
+    EXPECT_EQ(Snapshot(root), made);
 }
