@@ -36,20 +36,6 @@ TEST(InstallTest, WhereNoExamCanBePut)
     EXPECT_EQ(Snapshot(root + u"/Exams"_s), Installed(u"PLACE"_s, u"P-2"_s));
 }
 
-// The next run removes what it leaves.
-TEST(InstallTest, KilledWhileItUnpacks)
-{
-    const QString exams = FreshFolder();
-    ASSERT_EQ(OutcomeOf(MakePack(u"BIG"_s, u"B-1"_s)), Done);
-    const auto killed = Unpacking(MakePack(u"BIG"_s, u"B-2"_s, LargeBytes), exams);
-    killed->kill();
-    ASSERT_TRUE(killed->waitForFinished(60'000));
-    EXPECT_EQ(HiddenNames(exams).size(), 1);
-    EXPECT_EQ(CodeOf(u"BIG"_s), u"B-1"_s);
-    EXPECT_EQ(OutcomeOf(MakePack(u"SMALL"_s, u"S-1"_s)), Done);
-    EXPECT_EQ(HiddenNames(exams), QStringList());
-}
-
 TEST(InstallTest, TheOldExamIsReplaced)
 {
     const QString exams = FreshFolder();

