@@ -109,10 +109,15 @@ TEST(InstallTest, AFailureChangesNothing)
             EXPECT_EQ(Snapshot(QFileInfo(data).path()), before) << bytes;
         }
     }
-    {
-        const SmallDisk disk(100'000);
-        EXPECT_EQ(InstallHere(pack), "0 ");
-    }
+    // The program itself, and one whose error output nobody reads.
+    EXPECT_EQ(OutcomeOf(pack, {}, SmallFiles(20'000)), Failed(u"FULL"_s, u"the exam cannot be written: File too large"_s));
+    const auto unread = [] {
+        int ends[2] = {};
+        if (pipe(ends) == 0 && close(ends[0]) == 0)
+            dup2(ends[1], STDERR_FILENO);
+    };
+    EXPECT_EQ(OutcomeOf(pack, { u"x"_s }, [&](QProcess &process) { process.setChildProcessModifier(unread); }), Outcome{ 2 });
+    EXPECT_EQ(OutcomeOf(pack, {}, SmallFiles(100'000)), Done);
     // Changed after it was summed up.
     const QString large = MakePack(u"FULL"_s, u"F-2"_s, LargeBytes);
     std::thread spoiler([&] {
@@ -198,7 +203,15 @@ TEST(InstallTest, SignalsWhileItUnpacks)
     }
     // The next run removes what the killed one has left.
     EXPECT_EQ(HiddenNames(exams).size(), 1);
-    EXPECT_EQ(OutcomeOf(large), Done);
+    EXPECT_EQ(OutcomeOf(MakePack(u"BIG"_s, u"B-1"_s)), Done);
+    EXPECT_EQ(HiddenNames(exams), QStringList());
+    // A signal that a run was started to ignore stays ignored.
+    QProcess process;
+    process.setChildProcessModifier([] { std::signal(SIGHUP, SIG_IGN); });
+    process.start(large, QStringList());
+    AwaitUnpacking(exams);
+    Signal(process, SIGHUP);
+    EXPECT_EQ(EndOf(process), Done);
     EXPECT_EQ(Snapshot(exams), Installed(u"BIG"_s, u"B-2"_s));
 }
 

@@ -13,11 +13,6 @@ bool MakeFile(const QString &path)
     return file.open(QIODevice::WriteOnly | QIODevice::NewOnly) && file.write("x") == 1;
 }
 
-bool MakeFiles(const QString &folder, int count)
-{
-    return count == 0 || (MakeFile(folder + u"/%1"_s.arg(count)) && MakeFiles(folder, count - 1));
-}
-
 }
 
 TEST(PackerTest, WhatNoPackCanHold)
@@ -35,6 +30,8 @@ TEST(PackerTest, WhatNoPackCanHold)
         { u"OTHER"_s, noExam, [](auto folder) { return QFile::rename(folder + u"/OTHER.exam"_s, folder + u"/NAME.exam"_s); } },
         { u"CUT"_s, u"CUT.exam: Input past end of file"_s,
           [](auto folder) { return QFile::resize(folder + u"/CUT.exam"_s, 1); } },
+        { u"DIR"_s, u"DIR.exam: "_s + System::TextOf(System::IsFolder),
+          [](auto folder) { return QFile::remove(folder + u"/DIR.exam"_s) && QDir(folder).mkdir(u"DIR.exam"_s); } },
         { u"MISSING"_s, noFolder, [](auto folder) { return QDir(folder).removeRecursively(); } },
         { u"FILE"_s, noFolder, [](auto folder) { return QDir(folder).removeRecursively() && MakeFile(folder); } },
         { u"DEEP"_s, u"folder: it is no regular file"_s, [](auto folder) { return QDir(folder).mkdir(u"folder"_s); } },
@@ -46,7 +43,6 @@ TEST(PackerTest, WhatNoPackCanHold)
         { u"DEVICE"_s, misnamed, file(u"nul.bmp"_s) },
         { u"LONG"_s, misnamed, file(u"x"_s.repeated(201)) },
         { u"TWINS"_s, u" in nothing but letter case"_s, file(u"Picture.bmp"_s) },
-        { u"MANY"_s, u"10001 files are more than 10000"_s, [](auto folder) { return MakeFiles(folder, 9'999); } },
         { u".DOT"_s, u"a pack cannot hold a folder of that name"_s, [](auto) { return true; } },
     };
     const QString out = Sandbox::Path(u"out/x.run"_s);
@@ -61,9 +57,6 @@ TEST(PackerTest, WhatNoPackCanHold)
         EXPECT_TRUE(said.endsWith(reason)) << name.toStdString() << said.toStdString();
     }
     EXPECT_TRUE(Snapshot(QFileInfo(out).path()).empty());
-    const QString most = Sandbox::Path(u"packages/P-1/MANY"_s);
-    EXPECT_TRUE(QFile::remove(most + u"/1"_s));
-    EXPECT_EQ(Refusal(most, out), QString());
     for (const QString &folder : { QDir::rootPath(), QString() })
         EXPECT_TRUE(Refusal(folder, u"out.run"_s).endsWith(u": a pack cannot hold a folder of that name"_s));
 }
@@ -75,12 +68,11 @@ TEST(PackerTest, APackageThatChanges)
     const QString out = Sandbox::Path(u"changes.run"_s);
     for (const qint64 size : { 5'000'001, 4'999'999, 1 }) {
         QFile::resize(picture, 5'000'000);
-        const QString changed = Refusal(package, out, false, [&] { QFile::resize(picture, size); });
-        EXPECT_EQ(changed, QDir::toNativeSeparators(picture) + u": it changed while it was read"_s) << size;
+        const QString said = Refusal(package, out, false, [&] { QFile::resize(picture, size); });
+        EXPECT_TRUE(said.endsWith(u"picture.bmp: it changed while it was read"_s)) << size << said.toStdString();
     }
-    QFile::resize(picture, 5'000'000);
-    EXPECT_TRUE(
-        Refusal(package, out, false, [&] { QFile::remove(picture); }).startsWith(QDir::toNativeSeparators(picture) + u": "_s));
+    const QString said = Refusal(package, out, false, [&] { QFile::remove(picture); });
+    EXPECT_TRUE(said.contains(u"picture.bmp: "_s)) << said.toStdString();
     EXPECT_FALSE(QFile::exists(out));
 }
 

@@ -20,6 +20,17 @@ TEST(PackerTest, TheFileIsForWhoeverMayReadIt)
     }
 }
 
+TEST(PackerTest, AsManyFilesAsAPackHolds)
+{
+    const QString folder = MakePackage(u"MANY"_s, u"M-2"_s);
+    for (int i = 0; i < 9'999; ++i)
+        close(creat(qPrintable(folder + u'/' + QString::number(i)), 0600));
+    const QString out = Sandbox::Path(u"many.run"_s);
+    EXPECT_EQ(Refusal(folder, out), folder + u": 10001 files are more than 10000"_s);
+    EXPECT_TRUE(QFile::remove(folder + u"/1"_s));
+    EXPECT_EQ(Refusal(folder, out), QString());
+}
+
 // Qt does not list such a file, so that it would be missing in the pack.
 TEST(PackerTest, ANameThatIsNoText)
 {
