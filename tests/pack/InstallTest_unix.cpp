@@ -21,6 +21,8 @@ namespace {
 // folder brought to the disk: a code, 0 for success.
 std::function<int()> exchangeReachesDisk;
 bool canExchangeHere = true;
+// Called when a pack that runs in this program waits.
+std::function<void()> onPause;
 
 // A run of the pack in a copy of this program, and its end.
 pid_t Fork(const std::string &pack)
@@ -53,6 +55,13 @@ extern "C" int renameat2(int from, const char *name, int to, const char *other, 
 {
     errno = EINVAL;
     return canExchangeHere ? static_cast<int>(syscall(SYS_renameat2, from, name, to, other, flags)) : -1;
+}
+
+extern "C" int nanosleep(const timespec *time, timespec *left)
+{
+    if (onPause)
+        onPause();
+    return static_cast<int>(syscall(SYS_nanosleep, time, left));
 }
 
 TEST(InstallTest, WhereExamsAreLookedFor)
@@ -213,6 +222,23 @@ TEST(InstallTest, SignalsWhileItUnpacks)
     Signal(process, SIGHUP);
     EXPECT_EQ(EndOf(process), Done);
     EXPECT_EQ(Snapshot(exams), Installed(u"BIG"_s, u"B-2"_s));
+}
+
+TEST(InstallTest, AnotherRunHoldsTheExam)
+{
+    const QString exams = FreshFolder();
+    ASSERT_EQ(InstallHere(MakePack(u"HELD"_s, u"H-1"_s)), "0 ");
+    UniqueHandle other(open(qPrintable(exams + u"/HELD"_s), FolderFlags));
+    ASSERT_TRUE(Lock(other));
+    int pauses = 0;
+    onPause = [&] {
+        if (++pauses == 3)
+            other.Close();
+    };
+    EXPECT_EQ(InstallHere(MakePack(u"HELD"_s, u"H-2"_s)), "0 ");
+    onPause = {};
+    EXPECT_EQ(pauses, 3);
+    EXPECT_EQ(Snapshot(exams), Installed(u"HELD"_s, u"H-2"_s));
 }
 
 // What another run has removed holds nothing; what cannot be listed may hold a folder.
