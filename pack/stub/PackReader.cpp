@@ -51,7 +51,6 @@ const char *PackReader::Check()
 
     m_index.reset(static_cast<unsigned char *>(std::malloc(std::max<std::size_t>(indexBytes, 1))));
     m_indexBytes = indexBytes;
-    m_sum = Digest();
     if (!m_index || !AddToSum(m_sum, 0, start) || !m_source.Read(m_source.File, start, m_index.get(), indexBytes))
         return Unreadable;
     m_sum.Add(m_index.get(), indexBytes);

@@ -8,9 +8,7 @@ TEST(InstallTest, WhereNoExamCanBePut)
     const QString inPlace = u"a file or a link is in its place\n"_s;
     const QString noFolder = u"there is no exams folder to install into: "_s;
     // What is in the way: a file, or a link to somewhere.
-    const struct {
-        QString Path, Link, Reason;
-    } rows[] = {
+    const std::tuple<QString, QString, QString> rows[] = {
         { u"/Exams/PLACE"_s, {}, inPlace },
         { u"/Exams/PLACE"_s, Sandbox::Path(u"packages"_s), inPlace },
         { u"/Exams/PLACE"_s, Sandbox::Path(u"nowhere"_s), inPlace },
@@ -36,20 +34,6 @@ TEST(InstallTest, WhereNoExamCanBePut)
     EXPECT_FALSE(QFile::exists(root));
     EXPECT_EQ(OutcomeOf(program), Done);
     EXPECT_EQ(Snapshot(root + u"/Exams"_s), Installed(u"PLACE"_s, u"P-2"_s));
-}
-
-// The next run removes what it leaves.
-TEST(InstallTest, KilledWhileItUnpacks)
-{
-    const QString exams = FreshFolder();
-    ASSERT_EQ(OutcomeOf(MakePack(u"BIG"_s, u"B-1"_s)), Done);
-    const auto killed = Unpacking(MakePack(u"BIG"_s, u"B-2"_s, LargeBytes), exams);
-    killed->kill();
-    ASSERT_TRUE(killed->waitForFinished(60'000));
-    EXPECT_EQ(HiddenNames(exams).size(), 1);
-    EXPECT_EQ(CodeOf(u"BIG"_s), u"B-1"_s);
-    EXPECT_EQ(OutcomeOf(MakePack(u"SMALL"_s, u"S-1"_s)), Done);
-    EXPECT_EQ(HiddenNames(exams), QStringList());
 }
 
 TEST(InstallTest, TheOldExamIsReplaced)

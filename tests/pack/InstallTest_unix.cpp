@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "pack/stub/Files_unix.h"
 #include "pack/stub/Install.h"
 #include "tests/pack/PackFixture.h"
 #include "tests/support/SmallDisk.h"
@@ -20,6 +21,8 @@ namespace {
 // folder brought to the disk: a code, 0 for success.
 std::function<int()> exchangeReachesDisk;
 bool canExchangeHere = true;
+// Called when a pack that runs in this program waits.
+std::function<void()> onPause;
 
 // A run of the pack in a copy of this program, and its end.
 pid_t Fork(const std::string &pack)
@@ -54,6 +57,13 @@ extern "C" int renameat2(int from, const char *name, int to, const char *other, 
     return canExchangeHere ? static_cast<int>(syscall(SYS_renameat2, from, name, to, other, flags)) : -1;
 }
 
+extern "C" int nanosleep(const timespec *time, timespec *left)
+{
+    if (onPause)
+        onPause();
+    return static_cast<int>(syscall(SYS_nanosleep, time, left));
+}
+
 TEST(InstallTest, WhereExamsAreLookedFor)
 {
     const QString program = MakePack(u"NET-101.v2"_s, u"A-1"_s);
@@ -61,12 +71,10 @@ TEST(InstallTest, WhereExamsAreLookedFor)
     const QString data = u"XDG_DATA_HOME="_s;
     const QString home = u"HOME="_s;
     const QString nowhere = u"there is no exams folder to install into"_s;
+    const Tree installed = Installed(u"NET-101.v2"_s, u"A-1"_s);
     const auto locked = QFile::ReadOwner | QFile::ExeOwner;
     // Where the exam is afterwards, or why it is nowhere.
-    const struct {
-        QStringList Variables;
-        QString Folder, Reason;
-    } rows[] = {
+    const std::tuple<QStringList, QString, QString> rows[] = {
         { { data + root + u"/a/b"_s, home + root + u"/h"_s }, u"/a/b"_s, {} },
         { { data + root + u"/slash/"_s }, u"/slash"_s, {} },
         { { data + u"relative"_s, home + root + u"/h1"_s }, u"/h1/.local/share"_s, {} },
@@ -89,9 +97,8 @@ TEST(InstallTest, WhereExamsAreLookedFor)
             process.setChildProcessModifier([] { prctl(PR_CAPBSET_DROP, 1 /* CAP_DAC_OVERRIDE */, 0, 0, 0); });
         });
         EXPECT_EQ(outcome, reason.isEmpty() ? Done : Failed(u"NET-101.v2"_s, reason)) << qPrintable(variables.join(u' '));
-        EXPECT_EQ(reason.isEmpty() ? Snapshot(root + folder + u"/Practorium/Exams"_s) : Snapshot(root),
-                  reason.isEmpty() ? Installed(u"NET-101.v2"_s, u"A-1"_s) : before)
-            << qPrintable(variables.join(u' '));
+        const Tree after = Snapshot(reason.isEmpty() ? root + folder + u"/Practorium/Exams"_s : root);
+        EXPECT_EQ(after, reason.isEmpty() ? installed : before) << qPrintable(variables.join(u' '));
     }
 }
 
@@ -111,10 +118,15 @@ TEST(InstallTest, AFailureChangesNothing)
             EXPECT_EQ(Snapshot(QFileInfo(data).path()), before) << bytes;
         }
     }
-    {
-        const SmallDisk disk(100'000);
-        EXPECT_EQ(InstallHere(pack), "0 ");
-    }
+    // The program itself, and one whose error output nobody reads.
+    EXPECT_EQ(OutcomeOf(pack, {}, SmallFiles(20'000)), Failed(u"FULL"_s, u"the exam cannot be written: File too large"_s));
+    const auto unread = [] {
+        int ends[2] = {};
+        if (pipe(ends) == 0 && close(ends[0]) == 0)
+            dup2(ends[1], STDERR_FILENO);
+    };
+    EXPECT_EQ(OutcomeOf(pack, { u"x"_s }, [&](QProcess &process) { process.setChildProcessModifier(unread); }), Outcome{ 2 });
+    EXPECT_EQ(OutcomeOf(pack, {}, SmallFiles(100'000)), Done);
     // Changed after it was summed up.
     const QString large = MakePack(u"FULL"_s, u"F-2"_s, LargeBytes);
     std::thread spoiler([&] {
@@ -189,13 +201,55 @@ TEST(InstallTest, SignalsWhileItUnpacks)
     ASSERT_EQ(OutcomeOf(MakePack(u"BIG"_s, u"B-1"_s)), Done);
     const QString large = MakePack(u"BIG"_s, u"B-2"_s, LargeBytes);
     const Tree before = Snapshot(exams);
-    for (const int number : { SIGTERM, SIGINT, SIGHUP }) {
-        std::signal(number, SIG_DFL); // a test run may have been told to ignore it
-        const auto process = Unpacking(large, exams);
-        Signal(*process, number);
-        EXPECT_EQ(EndOf(*process), Failed(u"BIG"_s, u"cancelled"_s));
-        EXPECT_EQ(Snapshot(exams), before);
+    for (const int number : { SIGTERM, SIGINT, SIGHUP, SIGKILL }) {
+        std::signal(number, SIG_DFL); // a test run may have been started with it ignored
+        QProcess process;
+        process.start(large, QStringList());
+        AwaitUnpacking(exams);
+        Signal(process, number);
+        EXPECT_TRUE(number == SIGKILL ? process.waitForFinished(60'000) : EndOf(process) == Failed(u"BIG"_s, u"cancelled"_s));
+        EXPECT_EQ(Snapshot(exams) == before, number != SIGKILL) << number;
     }
+    // The next run removes what the killed one has left.
+    EXPECT_EQ(HiddenNames(exams).size(), 1);
+    EXPECT_EQ(OutcomeOf(MakePack(u"BIG"_s, u"B-1"_s)), Done);
+    EXPECT_EQ(HiddenNames(exams), QStringList());
+    // A signal that a run was started to ignore stays ignored.
+    QProcess process;
+    process.setChildProcessModifier([] { std::signal(SIGHUP, SIG_IGN); });
+    process.start(large, QStringList());
+    AwaitUnpacking(exams);
+    Signal(process, SIGHUP);
+    EXPECT_EQ(EndOf(process), Done);
+    EXPECT_EQ(Snapshot(exams), Installed(u"BIG"_s, u"B-2"_s));
+}
+
+TEST(InstallTest, AnotherRunHoldsTheExam)
+{
+    const QString exams = FreshFolder();
+    ASSERT_EQ(InstallHere(MakePack(u"HELD"_s, u"H-1"_s)), "0 ");
+    UniqueHandle other(open(qPrintable(exams + u"/HELD"_s), FolderFlags));
+    ASSERT_TRUE(Lock(other));
+    int pauses = 0;
+    onPause = [&] {
+        if (++pauses == 3)
+            other.Close();
+    };
+    EXPECT_EQ(InstallHere(MakePack(u"HELD"_s, u"H-2"_s)), "0 ");
+    onPause = {};
+    EXPECT_EQ(pauses, 3);
+    EXPECT_EQ(Snapshot(exams), Installed(u"HELD"_s, u"H-2"_s));
+}
+
+// What another run has removed holds nothing; what cannot be listed may hold a folder.
+TEST(InstallTest, FoldersThatCannotBeListed)
+{
+    const QString path = Sandbox::Path(u"removed"_s);
+    EXPECT_TRUE(QDir().mkdir(path));
+    const UniqueHandle folder(open(qPrintable(path), FolderFlags));
+    EXPECT_TRUE(folder.IsOpen() && QDir().rmdir(path));
+    EXPECT_FALSE(HoldsFolder(folder));
+    EXPECT_TRUE(HoldsFolder(-1));
 }
 
 TEST(InstallTest, AnExamAtEveryMoment)

@@ -4,7 +4,7 @@
 #include "pack/stub/Install.h"
 
 #include <QCryptographicHash>
-#include <QtEndian>
+#include <QDataStream>
 
 QString MakePackage(const QString &name, const QString &code, qsizetype pictureBytes)
 {
@@ -33,30 +33,26 @@ QString Refusal(const QString &folder, const QString &file, bool replace, const 
     return {};
 }
 
-namespace {
-
-template <class Number> QByteArray Little(Number number)
-{
-    const Number little = qToLittleEndian(number);
-    return { reinterpret_cast<const char *>(&little), sizeof little };
-}
-
-QByteArray Counted(const QByteArray &name)
-{
-    return Little(static_cast<quint16>(name.size())) + name;
-}
-
-}
-
 QByteArray ToBytes(const PackSheet &sheet)
 {
-    QByteArray index = Counted(sheet.Folder);
-    for (const PackSheet::File &file : sheet.Files)
-        index += Counted(file.Name) + Little(file.Size);
-    index += sheet.BehindIndex;
-    return Summed("#!/bin/false\n" + index + sheet.Contents + "PRACPACK" + Little(sheet.Version)
-                  + Little(static_cast<quint32>(index.size()) + sheet.MoreIndexBytes) + Little(quint64(13) + sheet.MoreStart)
-                  + Little(static_cast<quint64>(sheet.Contents.size()) + sheet.MoreContentBytes) + QByteArray(32, '\0'));
+    QByteArray bytes = "#!/bin/false\n";
+    const qsizetype start = bytes.size();
+    QDataStream out(&bytes, QIODevice::WriteOnly | QIODevice::Append);
+    out.setByteOrder(QDataStream::LittleEndian);
+    const auto put = [&](const QByteArray &text) { out.writeRawData(text.constData(), static_cast<int>(text.size())); };
+    out << static_cast<quint16>(sheet.Folder.size());
+    put(sheet.Folder);
+    for (const PackSheet::File &file : sheet.Files) {
+        out << static_cast<quint16>(file.Name.size());
+        put(file.Name);
+        out << file.Size;
+    }
+    put(sheet.BehindIndex);
+    const auto indexBytes = static_cast<quint32>(bytes.size() - start);
+    put(sheet.Contents + "PRACPACK");
+    out << sheet.Version << indexBytes + sheet.MoreIndexBytes << static_cast<quint64>(start) + sheet.MoreStart
+        << static_cast<quint64>(sheet.Contents.size()) + sheet.MoreContentBytes;
+    return Summed(bytes + QByteArray(32, '\0'));
 }
 
 QByteArray Summed(QByteArray pack)
@@ -70,14 +66,6 @@ std::string InstallHere(const QString &pack)
     testing::internal::CaptureStderr();
     const int code = InstallPack(pack.toUtf8().constData());
     return std::to_string(code) + ' ' + testing::internal::GetCapturedStderr();
-}
-
-std::unique_ptr<QProcess> Unpacking(const QString &program, const QString &exams)
-{
-    auto process = std::make_unique<QProcess>();
-    process->start(program, QStringList());
-    AwaitUnpacking(exams);
-    return process;
 }
 
 void AwaitUnpacking(const QString &exams)

@@ -47,8 +47,7 @@ inline Outcome Failed(const QString &name, const QString &reason)
 // Runs the pack inside the test's own program, where a sanitizer sees it: the exit code, a
 // blank and the error output.
 std::string InstallHere(const QString &pack);
-// A run that has begun to unpack.
-std::unique_ptr<QProcess> Unpacking(const QString &program, const QString &exams);
+// Waits until a run has begun to unpack.
 void AwaitUnpacking(const QString &exams);
 
 // An empty exams folder.

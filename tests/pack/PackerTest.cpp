@@ -2,6 +2,7 @@
 #include "pack/StubBytes.h"
 #include "packformat/PackFormat.h"
 #include "tests/pack/PackFixture.h"
+#include "tests/support/SmallDisk.h"
 
 namespace {
 
@@ -10,11 +11,6 @@ bool MakeFile(const QString &path)
 {
     QFile file(path);
     return file.open(QIODevice::WriteOnly | QIODevice::NewOnly) && file.write("x") == 1;
-}
-
-bool MakeFiles(const QString &folder, int count)
-{
-    return count == 0 || (MakeFile(folder + u"/%1"_s.arg(count)) && MakeFiles(folder, count - 1));
 }
 
 }
@@ -29,32 +25,24 @@ TEST(PackerTest, WhatNoPackCanHold)
     using Change = std::function<bool(const QString &folder)>;
     const auto file
         = [](const QString &name) -> Change { return [name](auto folder) { return MakeFile(folder + u'/' + name); }; };
-    const struct {
-        QString Name, Reason;
-        Change Prepare;
-    } rows[] = {
+    const std::tuple<QString, QString, Change> rows[] = {
         { u"EMPTY"_s, noExam, [](auto folder) { return QFile::remove(folder + u"/EMPTY.exam"_s); } },
         { u"OTHER"_s, noExam, [](auto folder) { return QFile::rename(folder + u"/OTHER.exam"_s, folder + u"/NAME.exam"_s); } },
         { u"CUT"_s, u"CUT.exam: Input past end of file"_s,
           [](auto folder) { return QFile::resize(folder + u"/CUT.exam"_s, 1); } },
+        { u"DIR"_s, u"DIR.exam: "_s + System::TextOf(System::IsFolder),
+          [](auto folder) { return QFile::remove(folder + u"/DIR.exam"_s) && QDir(folder).mkdir(u"DIR.exam"_s); } },
         { u"MISSING"_s, noFolder, [](auto folder) { return QDir(folder).removeRecursively(); } },
         { u"FILE"_s, noFolder, [](auto folder) { return QDir(folder).removeRecursively() && MakeFile(folder); } },
         { u"DEEP"_s, u"folder: it is no regular file"_s, [](auto folder) { return QDir(folder).mkdir(u"folder"_s); } },
         { u"LINK"_s, irregular,
           [](auto folder) { return System::MakeLink(folder + u"/picture.bmp"_s, folder + u"/a.bmp"_s); } },
-        { u"LINKED"_s, irregular,
-          [](auto folder) {
-              return System::MakeLink(folder + u"/../elsewhere"_s, folder + u"/link"_s)
-                  && QFile::rename(folder + u"/LINKED.exam"_s, folder + u"/../elsewhere"_s)
-                  && QFile::rename(folder + u"/link"_s, folder + u"/LINKED.exam"_s);
-          } },
         { u"PIPE"_s, irregular, [](auto folder) { return System::MakePipe(folder + u"/pipe"_s); } },
         { u"HIDDEN"_s, misnamed, file(u".hidden"_s) },
         { u"STAR"_s, misnamed, file(u"a*b"_s) },
         { u"DEVICE"_s, misnamed, file(u"nul.bmp"_s) },
         { u"LONG"_s, misnamed, file(u"x"_s.repeated(201)) },
         { u"TWINS"_s, u" in nothing but letter case"_s, file(u"Picture.bmp"_s) },
-        { u"MANY"_s, u"10001 files are more than 10000"_s, [](auto folder) { return MakeFiles(folder, 9'999); } },
         { u".DOT"_s, u"a pack cannot hold a folder of that name"_s, [](auto) { return true; } },
     };
     const QString out = Sandbox::Path(u"out/x.run"_s);
@@ -69,9 +57,6 @@ TEST(PackerTest, WhatNoPackCanHold)
         EXPECT_TRUE(said.endsWith(reason)) << name.toStdString() << said.toStdString();
     }
     EXPECT_TRUE(Snapshot(QFileInfo(out).path()).empty());
-    const QString most = Sandbox::Path(u"packages/P-1/MANY"_s);
-    EXPECT_TRUE(QFile::remove(most + u"/1"_s));
-    EXPECT_EQ(Refusal(most, out), QString());
     for (const QString &folder : { QDir::rootPath(), QString() })
         EXPECT_TRUE(Refusal(folder, u"out.run"_s).endsWith(u": a pack cannot hold a folder of that name"_s));
 }
@@ -83,12 +68,11 @@ TEST(PackerTest, APackageThatChanges)
     const QString out = Sandbox::Path(u"changes.run"_s);
     for (const qint64 size : { 5'000'001, 4'999'999, 1 }) {
         QFile::resize(picture, 5'000'000);
-        const QString changed = Refusal(package, out, false, [&] { QFile::resize(picture, size); });
-        EXPECT_EQ(changed, QDir::toNativeSeparators(picture) + u": it changed while it was read"_s) << size;
+        const QString said = Refusal(package, out, false, [&] { QFile::resize(picture, size); });
+        EXPECT_TRUE(said.endsWith(u"picture.bmp: it changed while it was read"_s)) << size << said.toStdString();
     }
-    QFile::resize(picture, 5'000'000);
-    EXPECT_TRUE(
-        Refusal(package, out, false, [&] { QFile::remove(picture); }).startsWith(QDir::toNativeSeparators(picture) + u": "_s));
+    const QString said = Refusal(package, out, false, [&] { QFile::remove(picture); });
+    EXPECT_TRUE(said.contains(u"picture.bmp: "_s)) << said.toStdString();
     EXPECT_FALSE(QFile::exists(out));
 }
 
@@ -106,11 +90,8 @@ TEST(PackerTest, ForEitherSystem)
     const QByteArray own = packed({});
     EXPECT_TRUE(packed({ u"--for"_s, u"Windows"_s }).startsWith("2 "));
     EXPECT_TRUE(packed({ package }).startsWith("2 "));
-    const struct {
-        QString Name;
-        Packer::Platform Platform;
-        QByteArray Start; // of a program of that system
-    } rows[] = {
+    // How a program of that system starts.
+    const std::tuple<QString, Packer::Platform, QByteArray> rows[] = {
         { u"linux"_s, Packer::Platform::Linux, QByteArray::fromHex("7F454C46") },
         { u"windows"_s, Packer::Platform::Windows, "MZ" },
     };
@@ -118,20 +99,17 @@ TEST(PackerTest, ForEitherSystem)
         const QByteArrayView stub = StubBytes(platform);
         const QByteArray pack = packed({ u"--for"_s, name });
         if (stub.isEmpty()) {
-            const QByteArray said = "1 practorium-author: this program was built without what packs for ";
-            EXPECT_TRUE(pack.toLower().startsWith(said + name.toLatin1() + " need")) << pack.toStdString();
+            EXPECT_TRUE(pack.startsWith("1 practorium-author: this program was built without what packs for "));
             EXPECT_NE(platform, Packer::OwnPlatform);
             continue;
         }
         EXPECT_TRUE(pack.startsWith(start) && pack.startsWith(stub)) << name.toStdString();
         // It needs no library beside it.
-        for (const char *library :
-             { "libstdc++-6.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll", "bcrypt.dll", "libsodium.so" })
+        for (const char *library : { "libstdc++-6", "libgcc_s", "libwinpthread", "bcrypt.dll", "libsodium.so" })
             EXPECT_FALSE(stub.toByteArray().contains(library)) << library;
         // The same index and contents behind the stub.
-        const qsizetype trailer = qsizetype(PackFormat::TrailerBytes);
-        const qsizetype ownStub = StubBytes(Packer::OwnPlatform).size();
-        EXPECT_EQ(pack.sliced(stub.size()).chopped(trailer), own.sliced(ownStub).chopped(trailer)) << name.toStdString();
+        const QByteArray expected = own.sliced(StubBytes(Packer::OwnPlatform).size()).chopped(PackFormat::TrailerBytes);
+        EXPECT_EQ(pack.sliced(stub.size()).chopped(PackFormat::TrailerBytes), expected) << name.toStdString();
         EXPECT_EQ(pack == own, platform == Packer::OwnPlatform) << name.toStdString();
     }
 }
@@ -162,6 +140,15 @@ TEST(PackerTest, WholeOrNotAtAll)
     for (int last = 1; cancelledAt(last) == "cancelled"_L1; ++last)
         ASSERT_EQ(Snapshot(root), before) << last;
     EXPECT_GE(steps, 8);
-    EXPECT_EQ(Snapshot(root).size(), before.size());
     EXPECT_EQ(OutcomeOf(old), Done);
+    // The disk is full in the stub, in the contents, in the trailer and in its sum.
+    const auto size = static_cast<quint64>(QFileInfo(old).size());
+    const auto made = Snapshot(root);
+    EXPECT_EQ(made.size(), before.size());
+    for (const quint64 bytes : { quint64(1'000), size - 1'000, size - 33, size - 1 }) {
+        const SmallDisk disk(SmallDisk::WhyNot() ? 0 : bytes);
+        for (const QString &file : { old, root + u"/new.run"_s })
+            EXPECT_TRUE(SmallDisk::WhyNot() || Refusal(package, file, true) == file + u": File too large"_s) << bytes;
+    }
+    EXPECT_EQ(Snapshot(root), made);
 }

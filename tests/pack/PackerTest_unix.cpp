@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/pack/PackFixture.h"
-#include "tests/support/SmallDisk.h"
 
-#include <csignal>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -22,6 +20,17 @@ TEST(PackerTest, TheFileIsForWhoeverMayReadIt)
     }
 }
 
+TEST(PackerTest, AsManyFilesAsAPackHolds)
+{
+    const QString folder = MakePackage(u"MANY"_s, u"M-2"_s);
+    for (int i = 0; i < 9'999; ++i)
+        close(creat(qPrintable(folder + u'/' + QString::number(i)), 0600));
+    const QString out = Sandbox::Path(u"many.run"_s);
+    EXPECT_EQ(Refusal(folder, out), folder + u": 10001 files are more than 10000"_s);
+    EXPECT_TRUE(QFile::remove(folder + u"/1"_s));
+    EXPECT_EQ(Refusal(folder, out), QString());
+}
+
 // Qt does not list such a file, so that it would be missing in the pack.
 TEST(PackerTest, ANameThatIsNoText)
 {
@@ -30,34 +39,4 @@ TEST(PackerTest, ANameThatIsNoText)
     const int file = creat(name.c_str(), 0600);
     EXPECT_EQ(Refusal(folder, Sandbox::Path(u"never.run"_s)), folder + u": a file in it has a name that is no UTF-8"_s);
     EXPECT_TRUE(close(file) == 0 && unlink(name.c_str()) == 0);
-}
-
-TEST(PackerTest, NothingHalfMade)
-{
-    const QString package = MakePackage(u"HALF"_s, u"H-1"_s, 10'000'000);
-    const QString root = Sandbox::Path(u"half"_s);
-    const QString old = root + u"/old.run"_s;
-    Sandbox::WriteFile(old, "old");
-    const auto before = Snapshot(root);
-    const QString whole = Sandbox::Path(u"whole-half.run"_s);
-    ASSERT_EQ(Refusal(package, whole, true), QString());
-    const auto size = static_cast<quint64>(QFileInfo(whole).size());
-    // The disk is full in the stub, in the contents, in the trailer and in its sum.
-    for (const quint64 bytes : { quint64(1'000), quint64(2'000'000), size - 33, size - 1 }) {
-        for (const QString &file : { old, root + u"/new.run"_s }) {
-            const SmallDisk disk(bytes);
-            EXPECT_EQ(Refusal(package, file, true), file + u": File too large"_s) << bytes;
-        }
-    }
-    // The program, with a signal while it writes.
-    const QString large = MakePackage(u"HALF"_s, u"H-2"_s, LargeBytes);
-    QProcess process;
-    process.start(QStringLiteral(AUTHOR_PROGRAM), { u"pack"_s, large, u"--out"_s, old, u"--replace"_s });
-    Await([&] {
-        const QByteArray io = Sandbox::ReadFile(u"/proc/%1/io"_s.arg(process.processId()));
-        return io.mid(io.indexOf("wchar: ") + 7).split('\n').first().toLongLong() > 2'000'000;
-    });
-    Signal(process, SIGTERM);
-    EXPECT_EQ(EndOf(process), (Outcome{ 1, {}, u"practorium-author: Cancelled\n"_s }));
-    EXPECT_EQ(Snapshot(root), before);
 }
