@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "app/Program.h"
 
-#include "download/frmExamDownloader.h"
+#include "download/view/frmExamDownloader.h"
 #include "resources/Artwork.h"
-#include "shell/frmAbout.h"
-#include "shell/frmReport.h"
-#include "shell/frmReview.h"
+#include "shell/view/frmAbout.h"
+#include "shell/view/frmReport.h"
+#include "shell/view/frmReview.h"
 #include "ui/Guard.h"
 
 #include <QApplication>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "session/frmExam.h"
-#include "shell/frmMain.h"
+#include "session/view/frmExam.h"
+#include "shell/view/frmMain.h"
 
 #include <QObject>
 #include <QPointer>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "author/Commands.h"
 #include "author/Interrupt.h"
-#include "pack/PackFormat.h"
 #include "pack/Packer.h"
+#include "packformat/PackFormat.h"
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -44,11 +44,11 @@ int Command::Pack(const QStringList &arguments)
     if (parser.value(u"out"_s).isEmpty())
         return Misused(u"--out is missing"_s);
 
-    Packer::System system = Packer::OwnSystem;
+    Packer::Platform system = Packer::OwnPlatform;
     if (const QString name = parser.value(u"for"_s); name == "windows"_L1)
-        system = Packer::System::Windows;
+        system = Packer::Platform::Windows;
     else if (name == "linux"_L1)
-        system = Packer::System::Linux;
+        system = Packer::Platform::Linux;
     else if (parser.isSet(u"for"_s))
         return Misused(u"--for takes linux or windows"_s);
 

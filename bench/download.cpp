@@ -5,7 +5,8 @@
 // (ms, 99th percentile) and by how much its memory grew (MB).
 
 #include "common/Registry.h"
-#include "download/frmExamDownloader.h"
+#include "download/Credentials.h"
+#include "download/view/frmExamDownloader.h"
 #include "ui/Messages.h"
 #include "ui/Theme.h"
 
@@ -120,7 +121,7 @@ int main(int argc, char **argv)
     Theme::Apply(application);
     NoBoxes boxes;
     SetMessagePort(&boxes);
-    Registry::WriteValue(u"Software\\Practorum\\PackCourier"_s, u"Endpoint"_s, QFile::decodeName(argv[1]), Registry::Text,
+    Registry::WriteValue(Credentials::RegistryKey, Credentials::EndpointName, QFile::decodeName(argv[1]), Registry::Text,
                          Registry::CurrentUser);
 
     frmExamDownloader window(nullptr);

@@ -3,7 +3,7 @@
 // with 16,000, for each parameter. One that looked its parameters up by walking
 // the list would take 16 times as long for each.
 
-#include "download/Message.h"
+#include "protocol/Message.h"
 
 #include <algorithm>
 #include <chrono>

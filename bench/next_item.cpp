@@ -3,7 +3,7 @@
 // out and painted, and until the largest items are that a file can hold.
 
 #include "model/Globals.h"
-#include "session/frmExam.h"
+#include "session/view/frmExam.h"
 #include "ui/Theme.h"
 
 #include <QApplication>

@@ -1,7 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 # One INTERFACE target carries what every target is compiled with.
 add_library(practorium_flags INTERFACE)
-target_include_directories(practorium_flags INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_definitions(practorium_flags INTERFACE
   QT_NO_CAST_FROM_ASCII
   QT_NO_CAST_TO_ASCII
@@ -63,14 +62,3 @@ target_link_libraries(practorium_hardening INTERFACE ${hardening_libraries_${PRA
 if(PRACTORIUM_HARDENED)
   target_link_libraries(practorium_flags INTERFACE practorium_hardening)
 endif()
-
-# practorium_library(name SOURCES ... SYSTEM ... LINKS ...): one folder as a static library.
-function(practorium_library name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;SYSTEM;LINKS" ${ARGN})
-  set(files ${ARG_SOURCES})
-  foreach(base IN LISTS ARG_SYSTEM)
-    list(APPEND files ${base}_${PRACTORIUM_SYSTEM}.cpp)
-  endforeach()
-  add_library(practorium_${name} STATIC ${files})
-  target_link_libraries(practorium_${name} PUBLIC practorium_flags ${ARG_LINKS})
-endfunction()

@@ -19,13 +19,13 @@ foreach(name libstdc++-6 libgcc_s_seh-1 libwinpthread-1)
   list(APPEND libraries ${file})
 endforeach()
 file(COPY ${libraries} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
-install(FILES ${libraries} DESTINATION bin)
+install(FILES ${libraries} DESTINATION . COMPONENT program)
 
 foreach(plugin platforms/qwindows styles/qwindowsvistastyle imageformats/qgif imageformats/qico imageformats/qjpeg
     platforms/qoffscreen platforms/qminimal)
   get_filename_component(folder ${plugin} DIRECTORY)
   file(COPY ${qt_root}/plugins/${plugin}.dll DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${folder})
-  install(FILES ${qt_root}/plugins/${plugin}.dll DESTINATION bin/${folder})
+  install(FILES ${qt_root}/plugins/${plugin}.dll DESTINATION ${folder} COMPONENT program)
 endforeach()
 
 # The tests' own.

@@ -25,7 +25,7 @@ struct Decoder::System {
         errno = 0;
         if (iconv(converter, &in, &count, &to, &room) == static_cast<size_t>(-1))
             return errno == EINVAL ? Lead : NoCharacter;
-        // Some converters hold a character back until they are told that no
+        // Some converters keep a character back until a call says that no
         // combining mark follows.
         iconv(converter, nullptr, nullptr, &to, &room);
         return room == sizeof out - sizeof(char16_t) ? out[0] : NoCharacter;

@@ -118,7 +118,7 @@ QString NullBuffer(int length)
 
 namespace {
 
-// The processor's default rounding mode is the one wanted: ties to even.
+// The processor's default rounding mode is the one required: ties to even.
 template <class Integer> Integer Rounded(double value)
 {
     const double whole = std::nearbyint(value);

@@ -9,7 +9,7 @@
 class Error;
 
 // The shared toolbox: templates, numbers, durations, system errors, commands.
-// It holds no state and knows no window.
+// It holds no state and has no window.
 namespace Common {
 
 // Whether "{CRLF}" in a template is recognised in any letter case.
@@ -36,7 +36,7 @@ QString OneLine(const Error &error);
 
 // Writes the text as one line, behind the program's name, to the error output,
 // which a desktop keeps in its log. A Windows program without an error output
-// hands it to the system as debug output. What is longer is cut.
+// passes it to the system as debug output. What is longer is cut.
 constexpr int LongestLogLine = 2000; // characters
 void Log(const QString &text);
 

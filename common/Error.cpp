@@ -17,6 +17,7 @@ Error Error::RunTime(RunTimeError number, QString source)
     switch (number) {
     case InvalidCall: text = u"Invalid procedure call or argument"_s; break;
     case Overflow: text = u"Overflow"_s; break;
+    case OutOfMemory: text = u"Out of memory"_s; break;
     case SubscriptOutOfRange: text = u"Subscript out of range"_s; break;
     case DivisionByZero: text = u"Division by zero"_s; break;
     case TypeMismatch: text = u"Type mismatch"_s; break;

@@ -9,6 +9,7 @@
 enum RunTimeError : qint32 {
     InvalidCall = 5, // invalid procedure call or argument
     Overflow = 6, // a result does not fit its integer type
+    OutOfMemory = 7,
     SubscriptOutOfRange = 9,
     DivisionByZero = 11,
     TypeMismatch = 13,

@@ -48,7 +48,7 @@ void Distrust(const QString &path, const struct stat &status)
 
 // The keys of a hive; a file that is not there, or that somebody has spoilt,
 // holds none. Neither does one that another user has, or could have, written:
-// it tells where packs come from.
+// it holds the address that packs come from.
 QJsonObject Load(Hive hive)
 {
     // A pipe would keep the program waiting.

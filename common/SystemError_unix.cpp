@@ -21,7 +21,7 @@ QString SystemErrorText(qint32 code)
 {
     std::array<char, BufferLength> buffer{};
     const QString text = QString::fromLocal8Bit(strerror_r(code, buffer.data(), buffer.size()));
-    // The C library invents a text for a code that it does not know.
+    // The C library makes up a text for a code outside its list.
     if (text.isEmpty() || text.contains(QString::number(code)))
         return u"Unknown error"_s;
     return text.left(BufferLength).leftJustified(BufferLength, QChar(u'\0'));

@@ -4,9 +4,7 @@
 #include "common/Common.h"
 #include "common/Error.h"
 #include "download/DownloadText.h"
-#include "ui/Messages.h"
 
-#include <QDateTime>
 #include <QLocale>
 
 using namespace Qt::Literals::StringLiterals;
@@ -28,8 +26,9 @@ QString ValueOf(const MESSAGE &reply, const QString &name)
 
 }
 
-Conversation::Conversation(ConversationPort &port)
+Conversation::Conversation(ConversationPort &port, const Clock &clock)
     : m_port(port)
+    , m_clock(clock)
 {
 }
 
@@ -181,7 +180,7 @@ void Conversation::Report()
     Send(ReportCommand,
          { { u"sid"_s, m_sessionID },
            { u"list"_s, m_installed },
-           { u"time"_s, DownloadText::GeneralDate(QDateTime::currentDateTime(), QLocale::system()) } });
+           { u"time"_s, DownloadText::GeneralDate(m_clock.Now(), QLocale::system()) } });
 }
 
 void Conversation::FatalError(const QString &text, const QVariantList &values)

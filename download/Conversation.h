@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "download/Message.h"
+#include "common/Clock.h"
+#include "common/MessageStyle.h"
+#include "protocol/Message.h"
 
 #include <QString>
 #include <QStringList>
@@ -11,8 +13,8 @@
 class ConversationPort {
 public:
     virtual ~ConversationPort() = default;
-    // As ShowMessage does: the button pressed.
-    virtual int Ask(const QString &text, int style, const QVariantList &values = {}) = 0;
+    // Shows a box with the expanded template; the button pressed.
+    virtual MessageAnswer Ask(const QString &text, MessageStyle style, const QVariantList &values = {}) = 0;
     virtual void UpdateStatus(const QString &text) = 0;
     // Posts a packed message to the service once the one before has been
     // answered. Raises an Error when the request cannot be started.
@@ -21,7 +23,7 @@ public:
     // that cannot be started.
     virtual void Fetch(const QString &sessionID, const QString &examID) = 0;
     // Runs the pack that has been fetched, waits for it and deletes it. Raises
-    // an Error when it did not come whole or cannot be run.
+    // an Error when it is not complete or cannot be run.
     virtual void Install(const QString &examID) = 0;
     virtual bool IsInstalled(const QString &examID) = 0;
     virtual void EndRun(bool success) = 0;
@@ -34,11 +36,13 @@ public:
 // bought exams, fetch and install each, report. It is driven by replies.
 class Conversation {
 public:
-    explicit Conversation(ConversationPort &port);
+    // Neither is owned. The clock gives the time of the report.
+    Conversation(ConversationPort &port, const Clock &clock);
 
-    // Both without the blanks at both ends.
+    // Logs on, with both texts as they are. What is left of an earlier run is
+    // forgotten.
     void Start(const QString &userID, const QString &password);
-    // The run is over; what still arrives is not answered.
+    // The run is over; what arrives from now on is ignored.
     void Stop() { m_isRunning = false; }
     bool IsRunning() const { return m_isRunning; }
 
@@ -47,15 +51,12 @@ public:
     void Receive(const QString &body);
     // A request failed: the transfer object's code and text.
     void TransportFailed(qint32 code, const QString &text);
-    // Something went wrong while a reply was handled.
+    // An error was raised while a reply was handled.
     void HandlingFailed();
     // The exam at the front of the queue: asks about overwriting, fetches.
     void DownloadNext();
     // The pack at the front of the queue has arrived, or ended early.
     void DownloadComplete();
-
-    const QStringList &Queue() const { return m_queue; }
-    const QString &InstalledList() const { return m_installed; }
 
 private:
     void Send(const QString &command, const QList<std::pair<QString, QString>> &parameters);
@@ -67,6 +68,7 @@ private:
     void Report();
 
     ConversationPort &m_port;
+    const Clock &m_clock;
     bool m_isRunning = false;
     QStringList m_queue;
     QString m_sessionID;

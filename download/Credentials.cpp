@@ -12,12 +12,13 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace Credentials {
 
+const QString RegistryKey = u"Software\\Practorum\\PackCourier"_s;
+const QString EndpointName = u"Endpoint"_s;
+
 namespace {
 
-const QString Key = u"Software\\Practorum\\PackCourier"_s;
 const QString UserIDName = u"User ID"_s;
 const QString PasswordName = u"Password"_s;
-const QString EndpointName = u"Endpoint"_s;
 
 // Another machine's copy of the file does not open with it.
 QString PassPhrase()
@@ -30,7 +31,7 @@ QString PassPhrase()
 QVariant Value(const QString &name)
 {
     try {
-        return Registry::ReadValue(Registry::CurrentUser, Key, name);
+        return Registry::ReadValue(Registry::CurrentUser, RegistryKey, name);
     } catch (const Error &) {
         // Nothing has been stored yet, or it cannot be read.
         return {};
@@ -51,8 +52,8 @@ Pair Load()
 
 void Store(const Pair &pair)
 {
-    Registry::WriteValue(Key, UserIDName, pair.UserID, Registry::Text, Registry::CurrentUser);
-    Registry::WriteValue(Key, PasswordName,
+    Registry::WriteValue(RegistryKey, UserIDName, pair.UserID, Registry::Text, Registry::CurrentUser);
+    Registry::WriteValue(RegistryKey, PasswordName,
                          CryptoAPI::EncryptText(pair.Password, PassPhrase(), CryptoAPI::CipherRC4, CryptoAPI::HashMD5),
                          Registry::Binary, Registry::CurrentUser);
 }
@@ -61,7 +62,7 @@ void Forget()
 {
     for (const QString &name : { UserIDName, PasswordName }) {
         try {
-            Registry::DeleteValue(Key, name, Registry::CurrentUser);
+            Registry::DeleteValue(RegistryKey, name, Registry::CurrentUser);
         } catch (const Error &) {
             // It was not there, or cannot be forgotten; the window closes all the same.
         }

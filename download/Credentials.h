@@ -3,8 +3,12 @@
 
 #include <QString>
 
-// What the download window keeps between runs, under its registry key.
+// What the download window keeps between runs, in the user's registry.
 namespace Credentials {
+
+extern const QString RegistryKey;
+// The text under the key that takes the place of the built-in address.
+extern const QString EndpointName;
 
 // Empty when nothing is remembered.
 struct Pair {
@@ -18,8 +22,8 @@ void Store(const Pair &pair);
 // Values that are not there are no error.
 void Forget();
 
-// Where the service is: the text "Endpoint" under the same key, or else the
-// address that the program was built with.
+// Where the service is: the text EndpointName, or else the address that the
+// program was built with.
 QString Endpoint();
 
 }

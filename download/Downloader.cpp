@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "download/Downloader.h"
 
-#include "common/Error.h"
+#include "common/TrapErrors.h"
 #include "model/IO.h"
-#include "ui/Guard.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
-#include <QTime>
 
 #include <limits>
 
@@ -17,12 +14,25 @@ namespace {
 
 constexpr qint64 EventsEvery = 5; // milliseconds
 
+Error Refusal(const QString &text)
+{
+    return Error(InvalidCall, text, u"Downloader::ReceiveBody()"_s);
+}
+
+}
+
+Downloader::Downloader(const Clock &clock, QObject *parent)
+    : QObject(parent)
+    , m_clock(clock)
+{
 }
 
 void Downloader::Initialize(Transfer *transfer)
 {
     m_transfer = transfer;
-    connect(transfer, &Transfer::StateChanged, this, [this](int state) { Guard([&] { StateChanged(state); }); });
+    connect(transfer, &Transfer::StateChanged, this, [this](int state) {
+        TrapErrors([&] { StateChanged(state); }, [this](const Error &error) { Q_EMIT Raised(error); });
+    });
 }
 
 QString Downloader::TargetFile() const
@@ -34,79 +44,90 @@ void Downloader::GetFile(const QString &url, const QString &targetPath, const QS
 {
     m_fileName = fileName.isEmpty() ? url.mid(url.lastIndexOf(u'/') + 1) : fileName;
     m_targetPath = targetPath;
-    m_isCancelled = false;
-    m_isWhole = false;
+    m_state = State::Fetching;
     m_fileSize = 0;
     m_downloaded = 0;
     m_transfer->Execute(url, "GET");
     Q_EMIT DownloadStarted();
 }
 
+void Downloader::Cancel()
+{
+    if (m_state == State::Fetching)
+        m_state = State::Cancelled;
+}
+
 void Downloader::StateChanged(int state)
 {
-    // An answer that has broken by now is told by state 11.
+    // An answer that has broken by now is reported by state 11.
     if (state != Transfer::Completed || m_transfer->IsBrokenOff())
         return;
     try {
+        m_fileSize = AnnouncedSize();
+        CreateFile();
+        QCoreApplication::processEvents();
         ReceiveBody();
     } catch (const Error &error) {
         m_transfer->Cancel();
         m_file.Abandon();
+        m_state = State::Incomplete;
         Q_EMIT DownloadFailed(error.Description());
         return;
     }
     Q_EMIT DownloadComplete();
 }
 
-void Downloader::ReceiveBody()
+qint32 Downloader::AnnouncedSize() const
 {
-    const auto refuse = [](const QString &text) { return Error(InvalidCall, text, u"Downloader::ReceiveBody()"_s); };
     if (m_transfer->ResponseCode() != 200)
-        throw refuse(u"The server does not send a file"_s);
+        throw Refusal(u"The server does not send a file"_s);
     if (m_transfer->IsEncoded() || !m_transfer->GetHeader("Transfer-Encoding").isEmpty())
-        throw refuse(u"The server sends the file encoded"_s);
+        throw Refusal(u"The server sends the file encoded"_s);
     bool isNumber = false;
     const qint64 length = m_transfer->GetHeader("Content-Length").trimmed().toLongLong(&isNumber);
     if (!isNumber)
         throw Error::RunTime(TypeMismatch);
     if (length < 0 || length > std::numeric_limits<qint32>::max())
         throw Error::RunTime(Overflow);
-    m_fileSize = static_cast<qint32>(length);
+    return static_cast<qint32>(length);
+}
+
+void Downloader::CreateFile()
+{
     // Without a folder the file would lie wherever the program happens to be.
     if (m_targetPath.isEmpty())
-        throw refuse(u"There is no folder for the file"_s);
+        throw Refusal(u"There is no folder for the file"_s);
     if (!IsPlainFileName(m_fileName))
-        throw refuse(u"The name of the file leads out of its folder"_s);
+        throw Refusal(u"The name of the file leads out of its folder"_s);
     m_file.Create(TargetFile());
-    QCoreApplication::processEvents();
+}
 
-    QElapsedTimer sinceEvents;
-    sinceEvents.start();
+void Downloader::ReceiveBody()
+{
+    qint64 eventsAt = m_clock.Monotonic();
     qint64 written = 0;
-    for (;;) {
-        if (m_isCancelled) {
-            m_transfer->Cancel();
-            break;
-        }
+    while (m_state == State::Fetching) {
         const QByteArray chunk = m_transfer->GetChunk(ChunkBytes);
         if (chunk.isEmpty())
             break;
         m_file.Write(chunk.constData(), chunk.size());
         written += chunk.size();
-        Account(static_cast<qint32>(chunk.size()), QTime::currentTime().msecsSinceStartOfDay() / 1000.0);
+        Account(static_cast<qint32>(chunk.size()), m_clock.Now().time().msecsSinceStartOfDay() / 1000.0);
         Q_EMIT ChunkDownloaded();
         // A fast server fills many chunks in the time in which nobody can press
         // a button.
-        if (sinceEvents.elapsed() >= EventsEvery) {
+        if (m_clock.Monotonic() - eventsAt >= EventsEvery) {
             QCoreApplication::processEvents();
-            sinceEvents.start();
+            eventsAt = m_clock.Monotonic();
         }
     }
     m_file.Close();
-    const bool wasBrokenOff = m_isCancelled || m_transfer->IsBrokenOff();
+    if (m_state == State::Fetching) {
+        const bool isComplete = !m_transfer->IsBrokenOff() && written == m_fileSize;
+        m_state = isComplete ? State::Complete : State::Incomplete;
+    }
     if (m_transfer->StillExecuting())
         m_transfer->Cancel();
-    m_isWhole = !wasBrokenOff && written == length;
 }
 
 void Downloader::Account(qint32 bytes, double now)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "common/Clock.h"
+#include "common/Error.h"
 #include "download/PackFile.h"
 #include "download/Transfer.h"
 
@@ -8,13 +10,14 @@
 #include <QString>
 
 // Fetches one file over HTTP into a folder, in chunks, and counts what has
-// come and how fast.
+// arrived and how fast. One file at a time.
 class Downloader : public QObject {
     Q_OBJECT
 public:
     static constexpr qsizetype ChunkBytes = 1024;
 
-    using QObject::QObject;
+    // The clock, not owned, by which the rate is measured.
+    explicit Downloader(const Clock &clock = Clock::System(), QObject *parent = nullptr);
 
     // The transfer object, not owned, whose states this instance then handles.
     void Initialize(Transfer *transfer);
@@ -29,13 +32,13 @@ public:
     // Bytes of the last measuring window of at least one second.
     qint32 TransferRate() const { return m_transferRate; }
     // The transfer stops at the next chunk.
-    void Cancel() { m_isCancelled = true; }
+    void Cancel();
     // Starts a download and returns at once; for an empty name the one behind
     // the address's last "/" is taken. Raises what Transfer::Execute raises.
     void GetFile(const QString &url, const QString &targetPath, const QString &fileName);
 
     // True when every announced byte has been written and nothing was cancelled.
-    bool IsWhole() const { return m_isWhole; }
+    bool IsComplete() const { return m_state == State::Complete; }
     // The file that was written, for as long as no other download starts.
     PackFile &File() { return m_file; }
 
@@ -46,25 +49,38 @@ Q_SIGNALS:
     void DownloadStarted();
     void ChunkDownloaded();
     // Also after a cancel, and before the transfer's state 11 when the server
-    // fell silent in the middle.
+    // stopped sending in the middle.
     void DownloadComplete();
     // The answer is no pack, could not be written or ended early: what was
     // raised.
     void DownloadFailed(const QString &text);
+    // What nothing here expects, such as a lack of memory.
+    void Raised(const Error &error);
 
 private:
+    enum class State {
+        Idle, // nothing has been asked for
+        Fetching,
+        Cancelled,
+        Incomplete,
+        Complete,
+    };
+
     void StateChanged(int state);
+    // The size that the answer announces. Raises an Error unless it is a file.
+    qint32 AnnouncedSize() const;
+    void CreateFile();
     void ReceiveBody();
 
+    const Clock &m_clock;
     Transfer *m_transfer = nullptr;
+    State m_state = State::Idle;
     QString m_targetPath;
     QString m_fileName;
     qint32 m_transferRate = 0;
     qint32 m_fileSize = 0;
     qint32 m_downloaded = 0;
-    bool m_isCancelled = false;
     double m_windowStart = 0; // seconds since midnight; 0 when none is open
     qint32 m_windowBytes = 0;
-    bool m_isWhole = false;
     PackFile m_file;
 };

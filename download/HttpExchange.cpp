@@ -16,30 +16,31 @@ constexpr long ReadBuffer = 64 * 1024; // bytes
 constexpr qint64 MostFrame = 8;
 constexpr qint64 FrameAllowance = 1024 * 1024;
 
-curl_slist *ListOf(const QByteArrayList &lines)
+// An unpacked body would not have the length that was announced; and without the
+// second line the library would wait for the server's consent to a long body.
+curl_slist *HeadersOf(const HttpRequest &request)
 {
     curl_slist *list = nullptr;
-    for (const QByteArray &line : lines)
-        list = curl_slist_append(list, line.constData());
+    for (const QByteArray &line : { request.Header, QByteArray("Accept-Encoding: identity"), QByteArray("Expect:") }) {
+        if (!line.isEmpty())
+            list = curl_slist_append(list, line.constData());
+    }
     return list;
 }
 
 }
 
-HttpExchange::HttpExchange(CurlLoop &loop, const QByteArray &url, const QByteArray &operation, const QByteArray &body,
-                           const QByteArrayList &headers)
+HttpExchange::HttpExchange(CurlLoop &loop, const HttpRequest &request)
     : m_loop(loop)
     , m_easy(curl_easy_init())
-    , m_isFetching(operation == "GET")
+    , m_isFetching(request.Operation == "GET")
+    , m_headers(HeadersOf(request))
 {
-    // An unpacked body would not have the length that was announced; and without
-    // the last line the library would wait for leave to send a long body.
-    m_headers = ListOf(headers + QByteArrayList{ "Accept-Encoding: identity", "Expect:" });
     m_body.reserve(MostWaiting);
     bool isFine = m_easy && m_headers;
     const auto set
         = [&](CURLoption option, auto value) { isFine = isFine && curl_easy_setopt(m_easy, option, value) == CURLE_OK; };
-    set(CURLOPT_URL, url.constData());
+    set(CURLOPT_URL, request.Url.constData());
     set(CURLOPT_PATH_AS_IS, 1L);
     set(CURLOPT_PROTOCOLS_STR, "http,https");
     set(CURLOPT_HTTP_VERSION, long(CURL_HTTP_VERSION_1_1));
@@ -55,10 +56,10 @@ HttpExchange::HttpExchange(CurlLoop &loop, const QByteArray &url, const QByteArr
     set(CURLOPT_QUICK_EXIT, 1L);
     set(CURLOPT_BUFFERSIZE, ReadBuffer);
     set(CURLOPT_HTTPHEADER, m_headers);
-    if (operation != "GET") {
-        set(CURLOPT_POSTFIELDSIZE, long(body.size()));
-        set(CURLOPT_COPYPOSTFIELDS, body.constData());
-        set(CURLOPT_CUSTOMREQUEST, operation.constData());
+    if (!m_isFetching) {
+        set(CURLOPT_POSTFIELDSIZE, long(request.Body.size()));
+        set(CURLOPT_COPYPOSTFIELDS, request.Body.constData());
+        set(CURLOPT_CUSTOMREQUEST, request.Operation.constData());
     }
     set(CURLOPT_ERRORBUFFER, m_error);
     set(CURLOPT_HEADERFUNCTION, &HeaderCallback);
@@ -100,16 +101,11 @@ QByteArray HttpExchange::Header(const QByteArray &name) const
     return values.join(", ");
 }
 
-QByteArray HttpExchange::Redirection() const
-{
-    return m_status >= 300 && m_status < FirstError ? Header("Location") : QByteArray();
-}
-
-QString HttpExchange::TextOf(CURLcode result) const
+QString HttpExchange::TextOf(int result) const
 {
     if (IsRefused())
         return m_refusal;
-    return QString::fromUtf8(m_error[0] ? m_error : curl_easy_strerror(result));
+    return QString::fromUtf8(m_error[0] ? m_error : curl_easy_strerror(static_cast<CURLcode>(result)));
 }
 
 QByteArray HttpExchange::Take(qsizetype size)
@@ -219,4 +215,15 @@ int HttpExchange::DebugCallback(CURL *, curl_infotype type, char *, size_t count
     if (self->m_onTheWire > FrameAllowance + MostFrame * self->m_received)
         self->Refuse(u"The server does not come to its answer"_s);
     return 0;
+}
+
+HttpTransport::HttpTransport(QObject *parent)
+    : Transport(parent)
+{
+    connect(&m_loop, &CurlLoop::HasRun, this, &Transport::HasRun);
+}
+
+std::unique_ptr<Exchange> HttpTransport::Start(const HttpRequest &request)
+{
+    return std::make_unique<HttpExchange>(m_loop, request);
 }

@@ -3,12 +3,12 @@
 
 #include "common/Common.h"
 #include "common/Error.h"
+#include "handles/Handle_unix.h"
 #include "model/IO.h"
 
 #include <QByteArray>
 #include <QFile>
 
-#include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <memory>
@@ -16,7 +16,6 @@
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
-#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -54,29 +53,14 @@ void CheckFolder(const QString &folder)
 }
 
 struct PackFile::System {
-    int Descriptor = -1;
+    UniqueHandle File;
     dev_t Device = 0;
     ino_t Node = 0;
     QByteArray Pending;
 
-    ~System()
-    {
-        if (Descriptor >= 0)
-            close(Descriptor);
-    }
-
     void WritePending()
     {
-        const char *bytes = Pending.constData();
-        qsizetype left = Pending.size();
-        while (left > 0) {
-            const ssize_t put = write(Descriptor, bytes, static_cast<size_t>(left));
-            if (put < 0 && errno == EINTR)
-                continue;
-            Common::CheckApiResult(put > 0);
-            bytes += put;
-            left -= put;
-        }
+        Common::CheckApiResult(WriteAll(File, Pending.constData(), static_cast<size_t>(Pending.size())));
         Pending.clear();
     }
 
@@ -95,11 +79,11 @@ void PackFile::Create(const QString &path)
     m_path = path;
     m_system = std::make_unique<System>();
     m_system->Pending.reserve(WriteBuffer);
-    m_system->Descriptor
-        = open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
-    Common::CheckApiResult(m_system->Descriptor >= 0);
+    m_system->File
+        = UniqueHandle(open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+    Common::CheckApiResult(m_system->File.IsOpen());
     struct stat status = {};
-    Common::CheckApiResult(fstat(m_system->Descriptor, &status) == 0);
+    Common::CheckApiResult(fstat(m_system->File, &status) == 0);
     m_system->Device = status.st_dev;
     m_system->Node = status.st_ino;
 }
@@ -113,17 +97,16 @@ void PackFile::Write(const char *bytes, qint64 count)
 
 void PackFile::Close()
 {
-    if (!m_system || m_system->Descriptor < 0)
+    if (!m_system || !m_system->File.IsOpen())
         return;
     m_system->WritePending();
-    const int descriptor = std::exchange(m_system->Descriptor, -1);
-    Common::CheckApiResult(close(descriptor) == 0);
+    Common::CheckApiResult(m_system->File.Close());
 }
 
 void PackFile::Abandon()
 {
-    if (m_system && m_system->Descriptor >= 0)
-        close(std::exchange(m_system->Descriptor, -1));
+    if (m_system)
+        m_system->File.Close();
 }
 
 void PackFile::MakeRunnable()

@@ -4,12 +4,12 @@
 #include "common/Common.h"
 #include "common/Error.h"
 #include "common/WidePath_win.h"
+#include "handles/Handle_win.h"
 
 #include <QByteArray>
 
 #include <algorithm>
 #include <memory>
-#include <utility>
 
 #include <windows.h>
 
@@ -23,79 +23,40 @@ namespace {
 // Chunks of the network are small; the disk gets them in larger pieces.
 constexpr qsizetype WriteBuffer = 256 * 1024;
 
-// Between two attempts at what another program may be in the way of, such as one
-// that looks for viruses in every program, or the system itself, which lets go
-// of a program's file only some time after its end: 5 seconds in all.
-constexpr DWORD AttemptMilliseconds = 50;
-constexpr int MostAttempts = 100;
-
-template <class Attempt> bool Patiently(Attempt attempt)
-{
-    for (int count = 1; !attempt(); ++count) {
-        const DWORD code = GetLastError();
-        if (count == MostAttempts || (code != ERROR_SHARING_VIOLATION && code != ERROR_ACCESS_DENIED))
-            return false;
-        Sleep(AttemptMilliseconds);
-    }
-    return true;
-}
-
 Error Exchanged()
 {
     return Error(InvalidCall, u"The downloaded file is not the one that was written"_s, u"PackFile"_s);
 }
 
-class FileHandle {
-public:
-    FileHandle() = default;
-    // The file itself, not what a link in its place leads to.
-    FileHandle(const QString &path, DWORD access, DWORD share, DWORD disposition, SECURITY_ATTRIBUTES *security = nullptr)
-        : m_handle(CreateFileW(Wide(WidePath(path)), access, share, security, disposition,
-                               FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr))
-    {
-    }
-    ~FileHandle() { Close(); }
-    FileHandle(FileHandle &&other) noexcept
-        : m_handle(std::exchange(other.m_handle, INVALID_HANDLE_VALUE))
-    {
-    }
-    FileHandle &operator=(FileHandle &&other) noexcept
-    {
-        std::swap(m_handle, other.m_handle);
-        return *this;
-    }
+// Opens the file itself, not what a link in its place leads to.
+UniqueHandle OpenWithoutLink(const QString &path, DWORD access, DWORD share, DWORD disposition,
+                             SECURITY_ATTRIBUTES *security = nullptr)
+{
+    return UniqueHandle(CreateFileW(Wide(WidePath(path)), access, share, security, disposition,
+                                    FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+}
 
-    bool IsOpen() const { return m_handle != INVALID_HANDLE_VALUE; }
-    HANDLE Get() const { return m_handle; }
-    bool Close()
-    {
-        const HANDLE handle = std::exchange(m_handle, INVALID_HANDLE_VALUE);
-        return handle == INVALID_HANDLE_VALUE || CloseHandle(handle);
-    }
-    // A regular file, which is none of several names of it and no link.
-    bool IsPlain(BY_HANDLE_FILE_INFORMATION &information) const
-    {
-        return IsOpen() && GetFileInformationByHandle(m_handle, &information) && information.nNumberOfLinks == 1
-            && (information.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) == 0;
-    }
-    bool Delete() const
-    {
-        FILE_DISPOSITION_INFO disposition = { TRUE };
-        return Patiently([&] {
-            return SetFileInformationByHandle(m_handle, FileDispositionInfo, &disposition, sizeof disposition) != FALSE;
-        });
-    }
+// Whether it is an open regular file, which has one name alone and is no link.
+bool IsPlain(const UniqueHandle &file, BY_HANDLE_FILE_INFORMATION &information)
+{
+    return file.IsOpen() && GetFileInformationByHandle(file, &information) && information.nNumberOfLinks == 1
+        && (information.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) == 0;
+}
 
-private:
-    HANDLE m_handle = INVALID_HANDLE_VALUE;
-};
+bool Delete(HANDLE file)
+{
+    FILE_DISPOSITION_INFO disposition = { TRUE };
+    return RetryWhileInUse(
+        [&] { return SetFileInformationByHandle(file, FileDispositionInfo, &disposition, sizeof disposition) != FALSE; });
+}
 
 // A file that is to be deleted. A folder in its place is not waited for.
-FileHandle OpenToDelete(const QString &path, DWORD access)
+UniqueHandle OpenToDelete(const QString &path, DWORD access)
 {
-    FileHandle file;
-    Patiently([&] {
-        file = FileHandle(path, DELETE | FILE_READ_ATTRIBUTES | access, FILE_SHARE_READ | FILE_SHARE_DELETE, OPEN_EXISTING);
+    UniqueHandle file;
+    RetryWhileInUse([&] {
+        file
+            = OpenWithoutLink(path, DELETE | FILE_READ_ATTRIBUTES | access, FILE_SHARE_READ | FILE_SHARE_DELETE, OPEN_EXISTING);
         const DWORD code = GetLastError();
         if (file.IsOpen())
             return true;
@@ -143,14 +104,14 @@ struct LocalMemory {
 // What the process's token says of the user, or of whom its new files belong to.
 template <class Information> QByteArray FromToken(TOKEN_INFORMATION_CLASS kind)
 {
-    HANDLE token = nullptr;
-    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token))
+    HANDLE opened = nullptr;
+    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened))
         return {};
+    const UniqueHandle token(opened);
     DWORD size = 0;
     GetTokenInformation(token, kind, nullptr, 0, &size);
     QByteArray bytes(std::max<qsizetype>(size, sizeof(Information)), '\0');
     const bool known = GetTokenInformation(token, kind, bytes.data(), static_cast<DWORD>(bytes.size()), &size);
-    CloseHandle(token);
     return known ? bytes : QByteArray();
 }
 
@@ -188,7 +149,7 @@ bool BelongsToThisUser(HANDLE file)
 
 struct PackFile::System {
     // While it is open nobody else writes, renames or deletes the file.
-    FileHandle Handle;
+    UniqueHandle File;
     bool IsWriting = true;
     DWORD Volume = 0;
     quint64 Index = 0;
@@ -199,22 +160,15 @@ struct PackFile::System {
         return quint64(information.nFileIndexHigh) << 32 | information.nFileIndexLow;
     }
 
-    bool IsSame(const FileHandle &handle) const
+    bool IsSame(const UniqueHandle &file) const
     {
         BY_HANDLE_FILE_INFORMATION information = {};
-        return handle.IsPlain(information) && information.dwVolumeSerialNumber == Volume && IndexOf(information) == Index;
+        return IsPlain(file, information) && information.dwVolumeSerialNumber == Volume && IndexOf(information) == Index;
     }
 
     void WritePending()
     {
-        const char *bytes = Pending.constData();
-        qsizetype left = Pending.size();
-        while (left > 0) {
-            DWORD put = 0;
-            Common::CheckApiResult(WriteFile(Handle.Get(), bytes, static_cast<DWORD>(left), &put, nullptr) && put > 0);
-            bytes += put;
-            left -= put;
-        }
+        Common::CheckApiResult(WriteAll(File, Pending.constData(), static_cast<size_t>(Pending.size())));
         Pending.clear();
     }
 };
@@ -229,10 +183,10 @@ void PackFile::Create(const QString &path)
     m_system->Pending.reserve(WriteBuffer);
     const auto rights = OnlyThisUser();
     SECURITY_ATTRIBUTES security = { sizeof security, rights.get(), FALSE };
-    m_system->Handle = FileHandle(path, GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW, &security);
-    Common::CheckApiResult(m_system->Handle.IsOpen());
+    m_system->File = OpenWithoutLink(path, GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW, &security);
+    Common::CheckApiResult(m_system->File.IsOpen());
     BY_HANDLE_FILE_INFORMATION information = {};
-    Common::CheckApiResult(GetFileInformationByHandle(m_system->Handle.Get(), &information));
+    Common::CheckApiResult(GetFileInformationByHandle(m_system->File, &information));
     m_system->Volume = information.dwVolumeSerialNumber;
     m_system->Index = System::IndexOf(information);
 }
@@ -248,22 +202,22 @@ void PackFile::Write(const char *bytes, qint64 count)
 // takes over before the other goes, and one that lets nobody write follows.
 void PackFile::Close()
 {
-    if (!m_system || !m_system->IsWriting || !m_system->Handle.IsOpen())
+    if (!m_system || !m_system->IsWriting || !m_system->File.IsOpen())
         return;
     m_system->WritePending();
-    FileHandle between(m_path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING);
+    const UniqueHandle between = OpenWithoutLink(m_path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING);
     Common::CheckApiResult(between.IsOpen());
     m_system->IsWriting = false;
-    Common::CheckApiResult(m_system->Handle.Close());
-    m_system->Handle = FileHandle(m_path, GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
-    Common::CheckApiResult(m_system->Handle.IsOpen());
+    Common::CheckApiResult(m_system->File.Close());
+    m_system->File = OpenWithoutLink(m_path, GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
+    Common::CheckApiResult(m_system->File.IsOpen());
 }
 
 void PackFile::Abandon()
 {
     if (m_system) {
         m_system->Pending.clear();
-        m_system->Handle.Close();
+        m_system->File.Close();
     }
 }
 
@@ -272,7 +226,7 @@ void PackFile::MakeRunnable()
     if (!m_system)
         throw Exchanged();
     Close();
-    if (!m_system->IsSame(m_system->Handle))
+    if (!m_system->IsSame(m_system->File))
         throw Exchanged();
 }
 
@@ -282,9 +236,8 @@ void PackFile::MakeRunnable()
 // own, such as some that lie in memory, is taken by the name that is known.
 QString PackFile::RunPath() const
 {
-    QString path = TextOf([&](wchar_t *text, DWORD room) {
-        return GetFinalPathNameByHandleW(m_system->Handle.Get(), text, room, VOLUME_NAME_DOS);
-    });
+    QString path = TextOf(
+        [&](wchar_t *text, DWORD room) { return GetFinalPathNameByHandleW(m_system->File, text, room, VOLUME_NAME_DOS); });
     if (path.isEmpty())
         path = WidePath(m_path);
     const QString shortPath = TextOf([&](wchar_t *text, DWORD room) { return GetShortPathNameW(Wide(path), text, room); });
@@ -300,20 +253,20 @@ void PackFile::Remove()
     if (!m_system)
         throw Exchanged();
     Abandon();
-    const FileHandle file = OpenToDelete(m_path, 0);
+    const UniqueHandle file = OpenToDelete(m_path, 0);
     if (!m_system->IsSame(file))
         throw Exchanged();
-    Common::CheckApiResult(file.Delete());
+    Common::CheckApiResult(Delete(file));
     // The next file may get its number.
     m_system.reset();
 }
 
 void RemoveOwnFile(const QString &path)
 {
-    const FileHandle file = OpenToDelete(path, READ_CONTROL);
+    const UniqueHandle file = OpenToDelete(path, READ_CONTROL);
     BY_HANDLE_FILE_INFORMATION information = {};
-    if (file.IsPlain(information) && BelongsToThisUser(file.Get()))
-        file.Delete();
+    if (IsPlain(file, information) && BelongsToThisUser(file))
+        Delete(file);
 }
 
 // The system tells what it would make of the name: a device lies in no folder,

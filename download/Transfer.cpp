@@ -36,13 +36,13 @@ QUrl AddressOf(const QString &url)
 
 }
 
-Transfer::Transfer(QObject *parent)
+Transfer::Transfer(std::unique_ptr<Transport> transport, QObject *parent)
     : QObject(parent)
-    , m_loop(std::make_unique<CurlLoop>())
+    , m_transport(std::move(transport))
 {
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, &Transfer::TimeIsUp);
-    connect(m_loop.get(), &CurlLoop::HasRun, this, &Transfer::LoopHasRun);
+    connect(m_transport.get(), &Transport::HasRun, this, &Transfer::TransportHasRun);
 }
 
 Transfer::~Transfer()
@@ -50,48 +50,44 @@ Transfer::~Transfer()
     Cancel();
 }
 
-void Transfer::SetTimeouts(int connectTime, int silenceTime, int headerTime)
+void Transfer::SetTimeouts(int connectTimeout, int idleTimeout, int headerTimeout)
 {
-    m_connectTime = connectTime;
-    m_silenceTime = silenceTime;
-    m_headerTime = headerTime;
+    m_connectTimeout = connectTimeout;
+    m_idleTimeout = idleTimeout;
+    m_headerTimeout = headerTimeout;
 }
 
 void Transfer::Execute(const QString &url, const QByteArray &operation, const QByteArray &body, const QByteArray &header)
 {
     const QUrl address = AddressOf(url);
-    if (m_isExecuting || !IsWeb(address))
+    if (StillExecuting() || !IsWeb(address))
         throw Error::RunTime(InvalidCall, u"Transfer::Execute()"_s);
-    m_operation = operation;
-    m_requestBody = body;
-    m_header = header;
+    m_request = { {}, operation, body, header };
     m_redirections = 0;
-    ++m_round;
-    m_isBrokenOff = m_hasEnded = false;
+    ++m_serial;
+    m_stage = Stage::Idle;
     m_responseCode = 0;
     m_responseInfo.clear();
     Request(address);
-    m_isExecuting = true;
     Raise(Requesting);
 }
 
 void Transfer::Request(const QUrl &address)
 {
     m_address = address;
-    m_breakText.clear();
+    m_request.Url = address.toEncoded(QUrl::RemoveFragment | QUrl::RemoveUserInfo);
     m_received = 0;
     // The one before gives its connection back first.
     m_exchange.reset();
-    m_exchange
-        = std::make_unique<HttpExchange>(*m_loop, address.toEncoded(QUrl::RemoveFragment | QUrl::RemoveUserInfo), m_operation,
-                                         m_requestBody, m_header.isEmpty() ? QByteArrayList() : QByteArrayList{ m_header });
-    Enter(Phase::Connecting);
+    m_exchange = m_transport->Start(m_request);
+    Enter(Stage::Connecting);
 }
 
-void Transfer::Enter(Phase phase)
+// The stage begins, or its time begins again.
+void Transfer::Enter(Stage stage)
 {
-    m_phase = phase;
-    m_timer.start(phase == Phase::Connecting ? m_connectTime : phase == Phase::Heading ? m_headerTime : m_silenceTime);
+    m_stage = stage;
+    m_timer.start(stage == Stage::Connecting ? m_connectTimeout : stage == Stage::InHeaders ? m_headerTimeout : m_idleTimeout);
 }
 
 // From the event loop: whoever executes a request, or reads a body, must not be
@@ -100,62 +96,59 @@ void Transfer::Raise(State state)
 {
     QMetaObject::invokeMethod(
         this,
-        [this, state, round = m_round] {
-            if (round == m_round)
+        [this, state, serial = m_serial] {
+            if (serial == m_serial)
                 Q_EMIT StateChanged(state);
         },
         Qt::QueuedConnection);
 }
 
-void Transfer::Cancel()
+void Transfer::BreakOff()
 {
     m_timer.stop();
-    ++m_round;
-    m_isBrokenOff = true;
-    m_isExecuting = false;
-    m_hasEnded = true;
+    m_stage = Stage::BrokenOff;
     m_exchange.reset();
     Q_EMIT Advanced({});
+}
+
+void Transfer::Cancel()
+{
+    ++m_serial;
+    BreakOff();
 }
 
 void Transfer::Fail(qint32 code, const QString &text)
 {
-    m_timer.stop();
     m_responseCode = code;
     m_responseInfo = text;
-    m_isBrokenOff = true;
-    m_isExecuting = false;
-    m_hasEnded = true;
-    m_exchange.reset();
     Raise(Failed);
-    Q_EMIT Advanced({});
+    BreakOff();
 }
 
 void Transfer::TimeIsUp()
 {
-    // A body that nobody has fetched yet is not silence.
-    if (m_phase == Phase::Receiving && m_exchange->Available() > 0) {
-        Enter(Phase::Receiving);
-        return;
-    }
-    Fail(CURLE_OPERATION_TIMEDOUT,
-         m_phase == Phase::Receiving ? u"The server does not go on"_s : u"The server does not answer"_s);
+    const bool isReceiving = m_stage == Stage::Receiving;
+    // It is not the server that is idle while nobody fetches what has arrived.
+    if (isReceiving && m_exchange->Available() > 0)
+        Enter(Stage::Receiving);
+    else
+        Fail(CURLE_OPERATION_TIMEDOUT, isReceiving ? u"The server does not go on"_s : u"The server does not answer"_s);
 }
 
-void Transfer::LoopHasRun(std::optional<int> result)
+void Transfer::TransportHasRun(std::optional<int> result)
 {
-    if (!m_exchange || m_hasEnded)
+    if (!IsUnderWay())
         return;
-    if (m_phase != Phase::Receiving && m_exchange->HasHeaders() && !HeadersArrived())
+    if (m_stage != Stage::Receiving && m_exchange->HasHeaders() && !HeadersArrived())
         return;
-    if (m_phase == Phase::Receiving && m_exchange->Received() > m_received) {
+    if (m_stage == Stage::Receiving && m_exchange->Received() > m_received) {
         m_received = m_exchange->Received();
-        Enter(Phase::Receiving);
-    } else if (m_phase == Phase::Connecting && m_exchange->IsSent()) {
-        Enter(Phase::Waiting);
+        Enter(Stage::Receiving);
+    } else if (m_stage == Stage::Connecting && m_exchange->IsSent()) {
+        Enter(Stage::Waiting);
     }
-    if (m_phase == Phase::Waiting && m_exchange->HasBegun())
-        Enter(Phase::Heading);
+    if (m_stage == Stage::Waiting && m_exchange->HasBegun())
+        Enter(Stage::InHeaders);
     if (result || m_exchange->IsRefused())
         Ended(result.value_or(CURLE_WRITE_ERROR));
     Q_EMIT Advanced({});
@@ -175,7 +168,7 @@ bool Transfer::HeadersArrived()
     }
     m_responseCode = status;
     m_responseInfo = reason;
-    Enter(Phase::Receiving);
+    Enter(Stage::Receiving);
     Raise(Completed);
     return true;
 }
@@ -189,9 +182,7 @@ bool Transfer::Redirect(const QByteArray &location)
         Fail(CURLE_UNSUPPORTED_PROTOCOL, u"The server redirects to an address that is not safe"_s);
     } else {
         if (m_exchange->Status() == SeeOther) {
-            m_operation = "GET";
-            m_requestBody.clear();
-            m_header.clear();
+            m_request = { {}, "GET" };
         }
         // This runs below the event loop, where nothing may be raised.
         try {
@@ -203,20 +194,21 @@ bool Transfer::Redirect(const QByteArray &location)
     return false;
 }
 
-// A body that ends early is told to its reader; what went wrong before, or is no
-// answer of HTTP any more, is a failed request.
+// A body that ends early is reported to its reader; what went wrong before, or is
+// no answer of HTTP any more, is a failed request.
 void Transfer::Ended(int result)
 {
-    const auto code = static_cast<CURLcode>(result);
-    const QString text = m_exchange->TextOf(code);
-    m_timer.stop();
-    m_hasEnded = true;
-    if (m_phase != Phase::Receiving)
-        Fail(code == CURLE_OK ? CURLE_WEIRD_SERVER_REPLY : code, text);
-    else if (m_exchange->IsRefused() || (code != CURLE_OK && m_exchange->IsInChunks()))
-        Fail(code, text);
-    else if (code != CURLE_OK)
+    const QString text = m_exchange->TextOf(result);
+    const bool isBroken = m_exchange->IsRefused() || (result != CURLE_OK && m_exchange->IsInChunks());
+    if (m_stage != Stage::Receiving) {
+        Fail(result == CURLE_OK ? CURLE_WEIRD_SERVER_REPLY : result, text);
+    } else if (isBroken) {
+        Fail(result, text);
+    } else {
+        m_timer.stop();
+        m_stage = result == CURLE_OK ? Stage::Arrived : Stage::CutShort;
         m_breakText = text;
+    }
 }
 
 QByteArray Transfer::GetHeader(const QByteArray &name) const
@@ -232,8 +224,8 @@ bool Transfer::IsEncoded() const
 
 QByteArray Transfer::GetChunk(qsizetype size)
 {
-    const quint32 round = m_round;
-    const auto isWaiting = [&] { return round == m_round && !m_hasEnded && m_exchange->Available() == 0; };
+    const quint32 serial = m_serial;
+    const auto isWaiting = [&] { return serial == m_serial && IsUnderWay() && m_exchange->Available() == 0; };
     while (isWaiting()) {
         // Not every loop below sees what was posted before it began.
         QCoreApplication::sendPostedEvents();
@@ -245,17 +237,18 @@ QByteArray Transfer::GetChunk(qsizetype size)
         if (wait.exec() < 0)
             Cancel();
     }
-    if (m_isBrokenOff || round != m_round || !m_exchange)
+    if (serial != m_serial || !StillExecuting())
         return {};
     if (m_exchange->Available() > 0) {
         const bool wasPaused = m_exchange->IsPaused();
         const QByteArray chunk = m_exchange->Take(size);
-        if (wasPaused && !m_exchange->IsPaused() && !m_hasEnded)
-            Enter(Phase::Receiving);
+        if (wasPaused && !m_exchange->IsPaused() && m_stage == Stage::Receiving)
+            Enter(Stage::Receiving);
         return chunk;
     }
-    m_isExecuting = false;
-    if (!m_breakText.isEmpty())
+    const bool isCutShort = m_stage == Stage::CutShort;
+    m_stage = isCutShort ? Stage::BrokenOff : Stage::Fetched;
+    if (isCutShort)
         throw Error(InvalidCall, m_breakText, u"Transfer::GetChunk()"_s);
     return {};
 }

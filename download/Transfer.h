@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "download/Transport.h"
+
 #include <QByteArray>
 #include <QObject>
 #include <QTimer>
@@ -8,9 +10,6 @@
 
 #include <memory>
 #include <optional>
-
-class CurlLoop;
-class HttpExchange;
 
 // One HTTP request at a time: executed, watched by numbered states, its body
 // fetched in chunks as it arrives and never more than a bounded part of it held
@@ -20,9 +19,9 @@ class Transfer : public QObject {
     Q_OBJECT
 public:
     // In milliseconds.
-    static constexpr int ConnectTime = 30'000;
-    static constexpr int SilenceTime = 60'000;
-    static constexpr int HeaderTime = 15'000;
+    static constexpr int ConnectTimeout = 30'000;
+    static constexpr int IdleTimeout = 60'000;
+    static constexpr int HeaderTimeout = 15'000;
 
     enum State : int {
         Requesting = 5,
@@ -30,13 +29,13 @@ public:
         Completed = 12, // the header is here and the body can be read
     };
 
-    explicit Transfer(QObject *parent = nullptr);
+    explicit Transfer(std::unique_ptr<Transport> transport, QObject *parent = nullptr);
     ~Transfer() override;
 
-    // In milliseconds: how long the server may take until the request has been
-    // sent; then until its answer begins, and for each next part of the body; and
-    // for all the headers of an answer that has begun.
-    void SetTimeouts(int connectTime, int silenceTime, int headerTime);
+    // In milliseconds: how long it may take until the request has been sent; then
+    // until its answer begins, and for each next part of the body; and for all the
+    // headers of an answer that has begun.
+    void SetTimeouts(int connectTimeout, int idleTimeout, int headerTimeout);
     // Starts a request. What stands behind the address's first "?" is sent as
     // it is, in ANSI bytes; only what has no place in an address is written as
     // its percent code. A request that goes over a connection left open by the
@@ -45,14 +44,14 @@ public:
     // for an address that is neither http nor https, and while another request is
     // executing. A header is a name, a colon and a value.
     void Execute(const QString &url, const QByteArray &operation, const QByteArray &body = {}, const QByteArray &header = {});
-    // From Execute until GetChunk has told the body's end, the request has
+    // From Execute until GetChunk has reported the body's end, the request has
     // failed or has been cancelled.
-    bool StillExecuting() const { return m_isExecuting; }
+    bool StillExecuting() const { return m_stage >= Stage::Connecting && m_stage <= Stage::CutShort; }
     // Ends the request at once; no state is raised any more, and a waiting
     // GetChunk returns empty.
     void Cancel();
     // Cancelled or failed: what has been fetched is not the whole body.
-    bool IsBrokenOff() const { return m_isBrokenOff; }
+    bool IsBrokenOff() const { return m_stage == Stage::BrokenOff; }
 
     // A response header by its name, in any letter case; empty without one, all
     // of them joined by commas when there are several.
@@ -61,8 +60,9 @@ public:
     bool IsEncoded() const;
     // Up to size bytes of the body: what has arrived, or else what arrives next,
     // with events running meanwhile. Empty at the end of the body, after Cancel,
-    // and, with state 11 as well, when the server fell silent or its answer cannot
-    // be read any further. Raises an Error when the connection breaks before the end.
+    // and, with state 11 as well, after the idle timeout and when the answer cannot
+    // be read any further. Raises an Error, once, when the connection broke before
+    // the end.
     QByteArray GetChunk(qsizetype size);
     // The HTTP status, or libcurl's number of the error when there is none.
     qint32 ResponseCode() const { return m_responseCode; }
@@ -74,35 +74,42 @@ Q_SIGNALS:
     void Advanced(QPrivateSignal);
 
 private:
-    enum class Phase { Connecting, Waiting, Heading, Receiving };
+    enum class Stage {
+        Idle, // nothing has been executed
+        Connecting, // until the request has been sent
+        Waiting, // for the first byte of the answer
+        InHeaders,
+        Receiving, // the body
+        Arrived, // the body is here to its end and not yet fetched
+        CutShort, // the same, but its end is missing
+        Fetched, // GetChunk has reported the body's end
+        BrokenOff, // cancelled or failed
+    };
 
+    bool IsUnderWay() const { return m_stage >= Stage::Connecting && m_stage <= Stage::Receiving; }
     void Request(const QUrl &address);
-    void Enter(Phase phase);
+    void Enter(Stage stage);
+    void BreakOff();
     void Raise(State state);
-    void LoopHasRun(std::optional<int> result);
+    void TransportHasRun(std::optional<int> result);
     bool HeadersArrived();
     bool Redirect(const QByteArray &location);
     void Ended(int result);
     void TimeIsUp();
     void Fail(qint32 code, const QString &text);
 
-    std::unique_ptr<CurlLoop> m_loop;
-    std::unique_ptr<HttpExchange> m_exchange;
+    std::unique_ptr<Transport> m_transport;
+    std::unique_ptr<Exchange> m_exchange;
     QTimer m_timer;
-    Phase m_phase = Phase::Connecting;
-    int m_connectTime = ConnectTime;
-    int m_silenceTime = SilenceTime;
-    int m_headerTime = HeaderTime;
+    Stage m_stage = Stage::Idle;
+    int m_connectTimeout = ConnectTimeout;
+    int m_idleTimeout = IdleTimeout;
+    int m_headerTimeout = HeaderTimeout;
     QUrl m_address;
-    QByteArray m_operation;
-    QByteArray m_requestBody;
-    QByteArray m_header;
+    HttpRequest m_request;
     int m_redirections = 0;
-    quint32 m_round = 0; // another one with each Execute and Cancel
-    bool m_isExecuting = false;
-    bool m_isBrokenOff = false;
-    bool m_hasEnded = false;
-    QString m_breakText; // why the body ended early
+    quint32 m_serial = 0; // another one with each Execute and Cancel
+    QString m_breakText; // why the body was cut short
     qint64 m_received = 0;
     qint32 m_responseCode = 0;
     QString m_responseInfo;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/Error.h"
-#include "download/Message.h"
+#include "protocol/Message.h"
 
 #include <cstdio>
 #include <cstdlib>

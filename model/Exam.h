@@ -20,7 +20,7 @@ public:
     // too early, Overflow for an exam beyond the limits of ExamFormat.
     bool Load(const QString &Path);
     // Writes the file in place. Always false: only a raised error, under
-    // "Exam::Save()", tells of a failure. What Load would refuse is not written,
+    // "Exam::Save()", reports a failure. What Load would refuse is not written,
     // and the file that is there stays as it is: Overflow.
     bool Save(const QString &Path);
 

@@ -148,7 +148,7 @@ File::~File()
     try {
         CloseFile();
     } catch (const Error &) {
-        // Whoever needs to know that everything reached the disk calls
+        // A caller that needs everything to have reached the disk calls
         // CloseFile.
     }
 }

@@ -7,7 +7,7 @@
 // last system error behind.
 struct File::Handle {
     ~Handle();
-    // Reads the attributes too, which a system tells of an open file at once.
+    // Reads the attributes too, which a system has for an open file at once.
     bool Open(const QString &path, quint32 access, quint32 disposition, quint32 &attributes);
     bool Close();
     bool Flush();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "model/File_p.h"
 
+#include "handles/Handle_unix.h"
+
 #include <QFile>
 
 #include <cerrno>
@@ -59,32 +61,30 @@ bool File::Handle::Open(const QString &path, quint32 access, quint32 disposition
     }
     // Without O_NONBLOCK the open itself would wait for the other end of a
     // pipe; it means nothing to a regular file.
-    m_descriptor = open(QFile::encodeName(path).constData(), flags | O_CLOEXEC | O_NONBLOCK, 0666);
-    if (m_descriptor < 0)
+    UniqueHandle file(open(QFile::encodeName(path).constData(), flags | O_CLOEXEC | O_NONBLOCK, 0666));
+    if (!file.IsOpen())
         return false;
     struct stat status = {};
-    const bool known = fstat(m_descriptor, &status) == 0;
+    const bool known = fstat(file, &status) == 0;
     if (known && S_ISREG(status.st_mode)) {
         attributes = AttributesOf(status, path);
+        m_descriptor = file.Release();
         return true;
     }
     const int code = !known ? errno : S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-    Close();
+    file.Close();
     errno = code;
     return false;
 }
 
 bool File::Handle::Close()
 {
-    if (m_descriptor < 0)
-        return true;
-    const int descriptor = std::exchange(m_descriptor, -1);
-    return close(descriptor) == 0;
+    return UniqueHandle(static_cast<int>(std::exchange(m_descriptor, -1))).Close();
 }
 
 bool File::Handle::Flush()
 {
-    return fsync(m_descriptor) == 0;
+    return Uninterrupted([&] { return fsync(m_descriptor); }) == 0;
 }
 
 qint64 File::Handle::Size() const
@@ -95,29 +95,12 @@ qint64 File::Handle::Size() const
 
 qint64 File::Handle::Read(char *out, qint64 count, qint64 position)
 {
-    ssize_t got = 0;
-    do
-        got = pread(m_descriptor, out, static_cast<size_t>(count), position);
-    while (got < 0 && errno == EINTR);
-    return got;
+    return Uninterrupted([&] { return pread(m_descriptor, out, static_cast<size_t>(count), position); });
 }
 
 bool File::Handle::Write(const char *bytes, qint64 count, qint64 position)
 {
-    while (count > 0) {
-        const ssize_t put = pwrite(m_descriptor, bytes, static_cast<size_t>(count), position);
-        if (put < 0 && errno == EINTR)
-            continue;
-        if (put <= 0) {
-            if (put == 0)
-                errno = ENOSPC;
-            return false;
-        }
-        bytes += put;
-        count -= put;
-        position += put;
-    }
-    return true;
+    return WriteAllAt(m_descriptor, bytes, static_cast<size_t>(count), position);
 }
 
 bool File::Handle::ReadAttributes(const QString &path, quint32 &attributes)

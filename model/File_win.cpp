@@ -2,6 +2,7 @@
 #include "model/File_p.h"
 
 #include "common/WidePath_win.h"
+#include "handles/Handle_win.h"
 
 #include <algorithm>
 #include <utility>
@@ -10,20 +11,9 @@
 
 namespace {
 
-constexpr qint64 LargestTransfer = 1 << 30;
-
 HANDLE AsHandle(qintptr descriptor)
 {
     return reinterpret_cast<HANDLE>(descriptor);
-}
-
-// Where a read or a write takes place, whatever the file pointer says.
-OVERLAPPED At(qint64 position)
-{
-    OVERLAPPED place = {};
-    place.Offset = static_cast<DWORD>(position);
-    place.OffsetHigh = static_cast<DWORD>(position >> 32);
-    return place;
 }
 
 }
@@ -35,30 +25,28 @@ File::Handle::~Handle()
 
 bool File::Handle::Open(const QString &path, quint32 access, quint32 disposition, quint32 &attributes)
 {
-    const HANDLE handle
-        = CreateFileW(Wide(WidePath(path)), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition, 0, nullptr);
-    if (handle == INVALID_HANDLE_VALUE)
+    UniqueHandle file(
+        CreateFileW(Wide(WidePath(path)), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition, 0, nullptr));
+    if (!file.IsOpen())
         return false;
-    m_descriptor = reinterpret_cast<qintptr>(handle);
     BY_HANDLE_FILE_INFORMATION information = {};
     DWORD code = ERROR_INVALID_PARAMETER;
-    if (GetFileType(handle) == FILE_TYPE_DISK) {
-        if (GetFileInformationByHandle(handle, &information)) {
+    if (GetFileType(file) == FILE_TYPE_DISK) {
+        if (GetFileInformationByHandle(file, &information)) {
             attributes = information.dwFileAttributes;
+            m_descriptor = reinterpret_cast<qintptr>(file.Release());
             return true;
         }
         code = GetLastError();
     }
-    Close();
+    file.Close();
     SetLastError(code);
     return false;
 }
 
 bool File::Handle::Close()
 {
-    if (m_descriptor == -1)
-        return true;
-    return CloseHandle(AsHandle(std::exchange(m_descriptor, -1))) != FALSE;
+    return UniqueHandle(AsHandle(std::exchange(m_descriptor, -1))).Close();
 }
 
 bool File::Handle::Flush()
@@ -74,29 +62,17 @@ qint64 File::Handle::Size() const
 
 qint64 File::Handle::Read(char *out, qint64 count, qint64 position)
 {
-    OVERLAPPED place = At(position);
+    OVERLAPPED place = AtOffset(static_cast<quint64>(position));
+    const auto length = static_cast<DWORD>(std::min(static_cast<size_t>(count), LargestTransfer));
     DWORD got = 0;
-    if (ReadFile(AsHandle(m_descriptor), out, static_cast<DWORD>(std::min(count, LargestTransfer)), &got, &place))
+    if (ReadFile(AsHandle(m_descriptor), out, length, &got, &place))
         return got;
     return GetLastError() == ERROR_HANDLE_EOF ? 0 : -1;
 }
 
 bool File::Handle::Write(const char *bytes, qint64 count, qint64 position)
 {
-    while (count > 0) {
-        OVERLAPPED place = At(position);
-        DWORD put = 0;
-        if (!WriteFile(AsHandle(m_descriptor), bytes, static_cast<DWORD>(std::min(count, LargestTransfer)), &put, &place))
-            return false;
-        if (put == 0) {
-            SetLastError(ERROR_DISK_FULL);
-            return false;
-        }
-        bytes += put;
-        count -= put;
-        position += put;
-    }
-    return true;
+    return WriteAllAt(AsHandle(m_descriptor), bytes, static_cast<size_t>(count), static_cast<quint64>(position));
 }
 
 bool File::Handle::ReadAttributes(const QString &path, quint32 &attributes)

@@ -6,7 +6,7 @@
 #include "model/ExamFormat.h"
 #include "model/Globals_p.h"
 #include "model/IO.h"
-#include "model/KeptExams.h"
+#include "packformat/KeptExams.h"
 
 #include <QDir>
 

@@ -21,8 +21,8 @@ QString ExamsFolder();
 QString FindExamFile(const QString &PackageFolder);
 // The exam files of all packages in the order in which the system lists them.
 QStringList GetInstalledExams();
-// Puts exams back that a pack has put aside to replace them and then, because it
-// was ended by force, has left so. An exam that cannot be moved stays where it
+// Puts exams back that a pack moved to a kept folder to replace them and, because
+// it was ended by force, left there. An exam that cannot be moved stays where it
 // is; nothing is raised.
 void PutBackExams();
 // Whether an installed exam has this code, without regard to case and

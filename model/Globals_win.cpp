@@ -2,7 +2,7 @@
 #include "model/Globals.h"
 
 #include "model/Globals_p.h"
-#include "model/MoveLock_win.h"
+#include "packformat/MoveLock_win.h"
 
 namespace Globals {
 

@@ -21,7 +21,7 @@ QString GetSpecialFolder(const QString &Macro);
 QString CombinePath(const QString &Folder, const QString &Name);
 // What stands before the last separator; empty when there is none.
 QString GetFolder(const QString &Path);
-// What stands behind the last separator, without the extension when told so.
+// What stands behind the last separator, without the extension on request.
 QString GetFileName(const QString &Path, bool StripExtension);
 // What stands behind the last "." of the trimmed path; empty without one.
 QString GetExtension(const QString &Path);

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "model/IO.h"
 
+#include "handles/Handle_unix.h"
+
 #include <QDir>
 #include <QFile>
 #include <QStandardPaths>
 
-#include <dirent.h>
 #include <fnmatch.h>
-#include <memory>
 #include <sys/stat.h>
 
 using namespace Qt::Literals::StringLiterals;
@@ -18,11 +18,9 @@ const QChar Separator = u'/';
 
 namespace {
 
-using Listing = std::unique_ptr<DIR, int (*)(DIR *)>;
-
-Listing OpenFolder(const QString &folder)
+UniqueListing OpenFolder(const QString &folder)
 {
-    return Listing(opendir(QFile::encodeName(folder).constData()), closedir);
+    return UniqueListing(opendir(QFile::encodeName(folder).constData()));
 }
 
 QString Standard(QStandardPaths::StandardLocation location)
@@ -89,7 +87,7 @@ bool FileExists(const QString &Path)
     // A bracket is an ordinary character here, to the matcher it is none.
     const QByteArray pattern = QFile::encodeName(QString(name).replace(u"["_s, u"[[]"_s));
     const QString folder = GetFolder(Path);
-    const Listing listing = OpenFolder(folder.isEmpty() ? (Path.startsWith(Separator) ? u"/"_s : u"."_s) : folder);
+    const UniqueListing listing = OpenFolder(folder.isEmpty() ? (Path.startsWith(Separator) ? u"/"_s : u"."_s) : folder);
     while (const dirent *entry = listing ? readdir(listing.get()) : nullptr) {
         if (fnmatch(pattern.constData(), entry->d_name, FNM_NOESCAPE) == 0)
             return true;
@@ -100,7 +98,7 @@ bool FileExists(const QString &Path)
 QStringList GetSubFolders(const QString &Folder)
 {
     QStringList names;
-    const Listing listing = OpenFolder(CombinePath(Folder, {}));
+    const UniqueListing listing = OpenFolder(CombinePath(Folder, {}));
     while (const dirent *entry = listing ? readdir(listing.get()) : nullptr) {
         bool isFolder = entry->d_type == DT_DIR;
         if (entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN) {

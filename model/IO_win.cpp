@@ -2,6 +2,7 @@
 #include "model/IO.h"
 
 #include "common/WidePath_win.h"
+#include "handles/Handle_win.h"
 
 #include <array>
 
@@ -19,30 +20,6 @@ namespace {
 
 constexpr int LongestFolder = 260;
 
-// The entries that a path with or without wildcards names, one after the other.
-class Search {
-public:
-    explicit Search(const QString &pattern)
-        : m_handle(FindFirstFileW(Wide(WidePath(pattern)), &Entry))
-    {
-    }
-    ~Search()
-    {
-        if (Found())
-            FindClose(m_handle);
-    }
-    Search(const Search &) = delete;
-    Search &operator=(const Search &) = delete;
-
-    bool Found() const { return m_handle != INVALID_HANDLE_VALUE; }
-    bool Next() { return FindNextFileW(m_handle, &Entry) != FALSE; }
-
-    WIN32_FIND_DATAW Entry = {};
-
-private:
-    HANDLE m_handle;
-};
-
 }
 
 QString GetSpecialFolder(const QString &Macro)
@@ -54,14 +31,14 @@ QString GetSpecialFolder(const QString &Macro)
 
 bool FileExists(const QString &Path)
 {
-    return Search(Path).Found();
+    return FileSearch(Wide(WidePath(Path))).IsFound();
 }
 
 QStringList GetSubFolders(const QString &Folder)
 {
     QStringList names;
-    Search search(CombinePath(Folder, u"*.*"_s));
-    for (bool isThere = search.Found(); isThere; isThere = search.Next()) {
+    FileSearch search(Wide(WidePath(CombinePath(Folder, u"*.*"_s))));
+    for (bool isThere = search.IsFound(); isThere; isThere = search.Next()) {
         if (search.Entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
             names.append(QString::fromWCharArray(search.Entry.cFileName));
     }

@@ -3,6 +3,6 @@
 
 #include <QString>
 
-// Whether something in the folder has a name that no QString can hold. Qt leaves
-// it out of every listing, where it is. A folder that cannot be listed holds none.
+// Whether a file in the folder has a name that a QString cannot hold; Qt omits
+// such a file from every listing. False for a folder that cannot be listed.
 bool HoldsUnreadableName(const QString &folder);

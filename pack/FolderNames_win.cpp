@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "pack/FolderNames.h"
 
-// The system's names are what a QString holds. Half a pair in one of them becomes
-// a question mark in UTF-8, which no name of a pack has.
+// A QString holds every name of this system. An unpaired surrogate in one becomes
+// a question mark in UTF-8, which the name of a file in a pack cannot contain.
 bool HoldsUnreadableName(const QString &)
 {
     return false;

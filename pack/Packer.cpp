@@ -7,8 +7,8 @@
 #include "model/Globals.h"
 #include "model/IO.h"
 #include "pack/FolderNames.h"
-#include "pack/PackFormat.h"
 #include "pack/StubBytes.h"
+#include "packformat/PackFormat.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -103,7 +103,7 @@ public:
         : m_file(path)
         , m_step(step)
     {
-        // Unbuffered: a write that fails says so.
+        // Unbuffered, so that every write reports its own failure.
         if (!m_file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
             throw Fault();
     }
@@ -112,7 +112,7 @@ public:
     {
         m_step();
         m_sum.addData(bytes);
-        // A disk that has room for a part takes it, and only the next write fails.
+        // A nearly full disk takes a part of the block; only the next write fails.
         while (!bytes.isEmpty()) {
             const qint64 count = m_file.write(bytes.data(), bytes.size());
             if (count <= 0)
@@ -175,11 +175,11 @@ void CheckTarget(const QString &file, bool replace)
 
 }
 
-void Write(const QString &folder, const QString &file, System system, bool replace, const std::function<void()> &step)
+void Write(const QString &folder, const QString &file, Platform platform, bool replace, const std::function<void()> &step)
 {
-    const QByteArrayView stub = StubBytes(system);
+    const QByteArrayView stub = StubBytes(platform);
     if (stub.isEmpty()) {
-        const QString name = system == System::Windows ? u"Windows"_s : u"Linux"_s;
+        const QString name = platform == Platform::Windows ? u"Windows"_s : u"Linux"_s;
         throw Refused(u"this program was built without what packs for %1 need"_s.arg(name));
     }
     const QString package = QDir::toNativeSeparators(QDir::cleanPath(QDir::current().absoluteFilePath(folder)));

@@ -5,24 +5,25 @@
 
 #include <functional>
 
-// Makes packs.
+// Makes packs; docs/pack-file.md shows what they look like.
 namespace Packer {
 
-// What a pack can be a program for.
-enum class System { Linux, Windows };
-// The system that this program runs on.
-constexpr System OwnSystem = System::PRACTORIUM_OWN_SYSTEM;
+// The platforms that a pack can be made for.
+enum class Platform { Linux, Windows };
+// The one that this program runs on.
+constexpr Platform OwnPlatform = Platform::PRACTORIUM_OWN_PLATFORM;
 
-// Makes the program file that installs the package of that folder, under the
-// folder's name, on that system. It appears whole or not at all, and whoever may read it may
-// run it. An existing file is an error, unless replace is set.
+// Writes the pack, a program that installs the package in folder under the
+// folder's name, to file. The file appears complete or not at all, and every user
+// who may read it may execute it. An existing file is an error unless replace is
+// set, a link or a folder in any case.
 //
-// The package must hold the exam file of its name, which must load, and else
-// nothing but regular files with plain names.
+// The package must contain the exam file of its name, which must load, and apart
+// from it only regular files whose names PackFormat::IsPlainName accepts.
 //
-// step is called before each block that is written; what it raises ends the
-// work. Raises InvalidCall, also for a system that this build has no stub for,
-// or what loading the exam raises.
-void Write(const QString &folder, const QString &file, System system, bool replace, const std::function<void()> &step);
+// step is called before each block is written and before the file appears; an
+// exception of it ends the work. Raises InvalidCall, also when this build has no
+// stub for the platform, or what loading the exam raises.
+void Write(const QString &folder, const QString &file, Platform platform, bool replace, const std::function<void()> &step);
 
 }

@@ -20,8 +20,8 @@ extern const char practorium_other_stub[];
 extern const char practorium_stub_end[];
 }
 
-QByteArrayView StubBytes(Packer::System system)
+QByteArrayView StubBytes(Packer::Platform platform)
 {
-    return system == Packer::OwnSystem ? QByteArrayView(practorium_own_stub, practorium_other_stub)
-                                       : QByteArrayView(practorium_other_stub, practorium_stub_end);
+    return platform == Packer::OwnPlatform ? QByteArrayView(practorium_own_stub, practorium_other_stub)
+                                           : QByteArrayView(practorium_other_stub, practorium_stub_end);
 }

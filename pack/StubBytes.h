@@ -5,6 +5,6 @@
 
 #include <QByteArrayView>
 
-// The stub of packs for that system, which the build has put into this program;
-// empty when it had no compiler for one.
-QByteArrayView StubBytes(Packer::System system);
+// The stub of packs for that platform, which the build has put into this program;
+// empty when the build had no compiler for it.
+QByteArrayView StubBytes(Packer::Platform platform);

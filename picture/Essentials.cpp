@@ -262,7 +262,7 @@ void SiftJpeg(QByteArray &bytes)
         }
         if (marker == 0xDA && ++scans * (pixels + PixelsOfAScan) > MostScannedPixels)
             throw Refused(u"The picture has too many scans"_s);
-        // Data of applications, but for the two that tell of colours, and texts.
+        // Data of applications, but for the two that describe colours, and texts.
         const bool isForeign = (marker >= 0xE1 && marker <= 0xEF && marker != 0xEE) || marker == 0xFE;
         if (isForeign) {
             // With every byte that leads to it, or the last of those would make

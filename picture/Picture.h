@@ -21,7 +21,7 @@ constexpr qint64 MostFileBytes = 128 * 1024 * 1024;
 constexpr qint64 MostScannedPixels = 400'000'000;
 constexpr qint64 PixelsOfAScan = 100'000;
 
-// A BMP, GIF, JPEG, ICO or PNG picture, told by its content and not by its
+// A BMP, GIF, JPEG, ICO or PNG picture, recognised by its content and not by its
 // name; of a moving one the first frame. One that was cut off is an
 // error. Only regular files are opened.
 // Raises InvalidCall with what is wrong, or the system's error.

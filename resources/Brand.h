@@ -3,7 +3,7 @@
 
 #include <QColor>
 
-// The colours by which the program is known, in its pictures and windows.
+// The colours of the program, in its pictures and windows.
 namespace Brand {
 
 constexpr QColor Blue(58, 153, 239);

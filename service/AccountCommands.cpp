@@ -3,7 +3,7 @@
 
 #include "common/Error.h"
 #include "service/Password.h"
-#include "service/Secret.h"
+#include "service/PasswordPrompt.h"
 #include "service/Store.h"
 
 #include <QFile>
@@ -14,7 +14,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-QString PasswordFrom(const QString &path)
+QString PasswordInFile(const QString &path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
@@ -31,7 +31,7 @@ int ChangeExams(const QStringList &arguments, const QString &description,
     QCommandLineParser parser;
     parser.setApplicationDescription(description);
     parser.addPositionalArgument(u"EMAIL"_s, u"The user ID."_s);
-    parser.addPositionalArgument(u"EXAM"_s, u"An exam's ID, such as NET-101: letters, digits, \"-\", \"_\", \".\"."_s,
+    parser.addPositionalArgument(u"EXAM"_s, u"The ID of an exam, such as NET-101: letters, digits, \"-\", \"_\", \".\"."_s,
                                  u"EXAM…"_s);
     if (const auto code = Command::ParseWithDatabase(parser, arguments, 2, std::numeric_limits<qsizetype>::max()))
         return *code;
@@ -51,21 +51,21 @@ int Command::AddUser(const QStringList &arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(u"Adds a user. The password is the first line of the standard input or of a file. "
-                                     "A database that is not there is made."_s);
-    parser.addPositionalArgument(u"EMAIL"_s, u"The user ID, the same in small and capital letters."_s);
+                                     "The database is created if it does not exist."_s);
+    parser.addPositionalArgument(u"EMAIL"_s, u"The user ID. Letter case is ignored."_s);
     parser.addOptions({
         { u"password-file"_s, u"Read the password from FILE."_s, u"FILE"_s },
-        { u"replace"_s, u"Give a user who is there already a new password. Sessions under the old one end at once."_s },
+        { u"replace"_s, u"Change the password of an existing user, which ends the user's sessions."_s },
     });
     if (const auto code = ParseWithDatabase(parser, arguments, 1, 1))
         return *code;
     const QString email = parser.positionalArguments().first();
-    if (const QString fault = Password::FaultOfUser(email); !fault.isEmpty())
-        return Misused(fault);
+    if (const QString reason = Password::InvalidUserReason(email); !reason.isEmpty())
+        return Misused(reason);
     const QString password
-        = parser.isSet(u"password-file"_s) ? PasswordFrom(parser.value(u"password-file"_s)) : ReadSecret(u"Password: "_s);
-    if (const QString fault = Password::Fault(password); !fault.isEmpty())
-        return Misused(fault);
+        = parser.isSet(u"password-file"_s) ? PasswordInFile(parser.value(u"password-file"_s)) : ReadPassword(u"Password: "_s);
+    if (const QString reason = Password::InvalidReason(password); !reason.isEmpty())
+        return Misused(reason);
 
     Store store(parser.value(u"database"_s), Store::IfMissing::Make);
     if (parser.isSet(u"replace"_s))
@@ -78,7 +78,7 @@ int Command::AddUser(const QStringList &arguments)
 int Command::RemoveUser(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(u"Removes a user, with what was bought and reported. Sessions end at once."_s);
+    parser.setApplicationDescription(u"Removes a user with all exams and reports, and ends the user's sessions."_s);
     parser.addPositionalArgument(u"EMAIL"_s, u"The user ID."_s);
     if (const auto code = ParseWithDatabase(parser, arguments, 1, 1))
         return *code;
@@ -89,10 +89,12 @@ int Command::RemoveUser(const QStringList &arguments)
 
 int Command::Grant(const QStringList &arguments)
 {
-    return ChangeExams(arguments, u"Lets a user download exams, in this order after those granted before."_s, &Store::Grant);
+    return ChangeExams(arguments,
+                       u"Allows a user to download exams. They are listed in this order, after those granted before."_s,
+                       &Store::Grant);
 }
 
 int Command::Revoke(const QStringList &arguments)
 {
-    return ChangeExams(arguments, u"Takes exams back from a user."_s, &Store::Revoke);
+    return ChangeExams(arguments, u"Removes exams from those that a user may download."_s, &Store::Revoke);
 }

@@ -6,7 +6,7 @@ using namespace Qt::Literals::StringLiterals;
 std::optional<int> Command::ParseWithDatabase(QCommandLineParser &parser, const QStringList &arguments, qsizetype least,
                                               qsizetype most)
 {
-    const QCommandLineOption database(u"database"_s, u"The file with users, exams and reports."_s, u"FILE"_s);
+    const QCommandLineOption database(u"database"_s, u"The database of users, exams and reports."_s, u"FILE"_s);
     if (const auto code = Parse(parser, arguments, {}, { database }))
         return code;
     if (parser.value(database).isEmpty())

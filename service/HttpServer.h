@@ -10,53 +10,55 @@
 
 #include <memory>
 
-// The service over HTTP. Everything is at one path: POST
-// with a message as the body, GET with "?sid=…&eid=…" for the pack EID.exe of
-// the packs' folder. It answers on threads of its own, from the construction
-// until the end of the object, which breaks off what is still being sent.
+// The service over HTTP or HTTPS, at one path: POST with a message as the body, and
+// GET with "?sid=…&eid=…" for the pack of the exam EID. It answers on threads of its
+// own while the object exists; the destructor aborts what is still being sent. Both
+// functions may be called from any thread.
 class HttpServer {
 public:
     struct Options {
-        QString Address = QStringLiteral("127.0.0.1");
-        quint16 Port = 0; // 0: any that is free
-        QString Packs; // the folder
-        // Bytes of packs that each of the service's threads sends in a second,
-        // for trials on one machine; 0: as fast as it goes.
-        quint32 Rate = 0;
-        // Texts in PEM format; without them it is HTTP, with them HTTPS.
+        QString Address = QStringLiteral("127.0.0.1"); // an IP address
+        quint16 Port = 0; // 0: any free one
+        QString Packs; // folder with a file EXAM.exe for each exam
+        // For trials on one machine: bytes of packs that each of the threads
+        // sends per second; 0: unlimited.
+        quint32 BytesPerSecond = 0;
+        // In PEM format: the certificate chain and the key. HTTP if empty.
         QByteArray Certificate;
         QByteArray Key;
-        // For a whole request to arrive, the handshake included.
-        std::chrono::milliseconds RequestTime = std::chrono::seconds(30);
+        // For one request to arrive completely, or for the TLS handshake and the
+        // first request.
+        std::chrono::milliseconds RequestTimeout = std::chrono::seconds(30);
         // Without a byte in either direction.
-        std::chrono::seconds Silence{ 60 };
-        unsigned Connections = 512;
-        // Of one network (see IpAddress); requests of a trusted proxy count for
-        // whom it speaks for.
-        unsigned ConnectionsOfOneAddress = 160;
+        std::chrono::seconds IdleTimeout{ 60 };
+        unsigned MaximumConnections = 512; // at least 4
+        // Connections of one network (see IpAddress). For a trusted proxy, the
+        // requests of each network behind it are counted instead.
+        unsigned ConnectionsPerNetwork = 160;
         TrustedProxies Proxies;
-        // Passwords are checked on threads of their own. Beyond so many that
-        // wait for one, the next gets the status 429; all of them must have
-        // their turn before a client gives up, which is after half a minute.
-        unsigned LogInThreads = 2;
-        unsigned WaitingLogIns = 96;
+        // Threads that check passwords, and logins that may wait for one of them;
+        // a further login gets the status 429. All of these must be checked
+        // within half a minute, because clients then give up.
+        unsigned LoginThreads = 2;
+        unsigned MaximumWaitingLogins = 96;
     };
-    static constexpr qsizetype LongestBody = 64 * 1024;
+    static constexpr qsizetype LongestBody = 64 * 1024; // bytes of a request
 
-    // Raises an error when the service cannot be reached at the address.
-    HttpServer(Responder &responder, const Options &options, MonotonicClock clock = SystemClock());
+    // Raises an error if the address cannot be used, or the certificate or the
+    // key is not valid. The responder and the clock must outlive this object.
+    HttpServer(Responder &responder, const Options &options, const Clock &clock = Clock::Real());
     ~HttpServer();
     HttpServer(const HttpServer &) = delete;
     HttpServer &operator=(const HttpServer &) = delete;
 
-    // The address of the service, such as "http://127.0.0.1:8080/PackCourier.asp".
+    // The URL of the service, such as "http://127.0.0.1:8080/PackCourier.asp".
     QString Endpoint() const;
 
-    // Ends the connections whose request is not there in time; to be called
-    // every second or so, from any thread.
+    // Closes the connections whose request exceeds RequestTimeout. To be called
+    // about once a second.
     void CloseOverdue();
 
 private:
-    struct Daemon;
-    std::unique_ptr<Daemon> m_daemon;
+    class Implementation;
+    std::unique_ptr<Implementation> m_implementation;
 };

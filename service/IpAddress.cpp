@@ -14,13 +14,13 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr std::array<unsigned char, 12> IPv4Inside = { 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xFF };
-constexpr int BitsBeforeIPv4 = 96;
-constexpr int BitsOfHome = 64;
+constexpr std::array<unsigned char, 12> IPv4Prefix = { 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xFF };
+constexpr int IPv4PrefixBits = 96;
+constexpr int HouseholdBits = 64;
 
-// What proxies write: an address, which may have a port behind it and then, if
-// it is an IPv6 address, stands in brackets.
-std::optional<IpAddress> AddressOf(QByteArray entry)
+// Parses an entry of X-Forwarded-For: an address that may be followed by a port;
+// an IPv6 address is then in brackets.
+std::optional<IpAddress> ParseForwarded(QByteArray entry)
 {
     entry = entry.trimmed();
     if (entry.startsWith('['))
@@ -37,8 +37,8 @@ IpAddress::IpAddress(const sockaddr *address)
     if (address->sa_family == AF_INET) {
         sockaddr_in ip;
         std::memcpy(&ip, address, sizeof ip);
-        std::copy(IPv4Inside.begin(), IPv4Inside.end(), m_bytes.begin());
-        std::memcpy(m_bytes.data() + IPv4Inside.size(), &ip.sin_addr, sizeof ip.sin_addr);
+        std::copy(IPv4Prefix.begin(), IPv4Prefix.end(), m_bytes.begin());
+        std::memcpy(m_bytes.data() + IPv4Prefix.size(), &ip.sin_addr, sizeof ip.sin_addr);
     } else {
         sockaddr_in6 ip;
         std::memcpy(&ip, address, sizeof ip);
@@ -53,15 +53,15 @@ std::optional<IpAddress> IpAddress::FromText(const QByteArray &text)
         return {};
     if (inet_pton(AF_INET6, text.constData(), address.m_bytes.data()) == 1)
         return address;
-    std::copy(IPv4Inside.begin(), IPv4Inside.end(), address.m_bytes.begin());
-    if (inet_pton(AF_INET, text.constData(), address.m_bytes.data() + IPv4Inside.size()) == 1)
+    std::copy(IPv4Prefix.begin(), IPv4Prefix.end(), address.m_bytes.begin());
+    if (inet_pton(AF_INET, text.constData(), address.m_bytes.data() + IPv4Prefix.size()) == 1)
         return address;
     return {};
 }
 
 bool IpAddress::IsIPv4() const
 {
-    return std::equal(IPv4Inside.begin(), IPv4Inside.end(), m_bytes.begin());
+    return std::equal(IPv4Prefix.begin(), IPv4Prefix.end(), m_bytes.begin());
 }
 
 bool IpAddress::SharesBits(const IpAddress &other, int count) const
@@ -76,13 +76,13 @@ QString IpAddress::Network() const
 {
     std::array<char, INET6_ADDRSTRLEN> text{};
     if (IsIPv4()) {
-        inet_ntop(AF_INET, m_bytes.data() + IPv4Inside.size(), text.data(), text.size());
+        inet_ntop(AF_INET, m_bytes.data() + IPv4Prefix.size(), text.data(), text.size());
         return QString::fromLatin1(text.data());
     }
     auto bytes = m_bytes;
-    std::fill(bytes.begin() + BitsOfHome / 8, bytes.end(), 0);
+    std::fill(bytes.begin() + HouseholdBits / 8, bytes.end(), 0);
     inet_ntop(AF_INET6, bytes.data(), text.data(), text.size());
-    return u"%1/%2"_s.arg(QLatin1StringView(text.data())).arg(BitsOfHome);
+    return u"%1/%2"_s.arg(QLatin1StringView(text.data())).arg(HouseholdBits);
 }
 
 bool TrustedProxies::Add(const QString &text)
@@ -90,8 +90,9 @@ bool TrustedProxies::Add(const QString &text)
     const auto address = IpAddress::FromText(text.section(u'/', 0, 0).toLatin1());
     if (!address)
         return false;
-    // Written with colons, an IPv4 address has the bits of an IPv6 one.
-    const int before = text.contains(u':') ? 0 : BitsBeforeIPv4;
+    // The prefix of an address written with colons counts from the first bit of
+    // an IPv6 address, also for an IPv4-mapped one.
+    const int before = text.contains(u':') ? 0 : IPv4PrefixBits;
     int bits = 128 - before;
     if (text.contains(u'/')) {
         const QString prefix = text.section(u'/', 1);
@@ -112,11 +113,11 @@ bool TrustedProxies::Contains(const IpAddress &address) const
                        [&](const Range &range) { return range.Address.SharesBits(address, range.Bits); });
 }
 
-IpAddress TrustedProxies::Origin(IpAddress peer, const QByteArray &forwardedFor) const
+IpAddress TrustedProxies::ClientAddress(IpAddress peer, const QByteArray &forwardedFor) const
 {
     QList<QByteArray> entries = forwardedFor.split(',');
     while (Contains(peer) && !entries.isEmpty()) {
-        const auto before = AddressOf(entries.takeLast());
+        const auto before = ParseForwarded(entries.takeLast());
         if (!before)
             break;
         peer = *before;

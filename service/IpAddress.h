@@ -10,45 +10,53 @@
 
 struct sockaddr;
 
-// An IPv4 or IPv6 address. An IPv4 address inside an IPv6 one, such as
-// ::ffff:192.0.2.7, is the IPv4 address.
+// An IPv4 or IPv6 address. An IPv4-mapped IPv6 address, such as ::ffff:192.0.2.7,
+// is treated as the IPv4 address that it contains.
 class IpAddress {
 public:
-    // Of the family AF_INET or AF_INET6.
+    // The address of a socket of the family AF_INET or AF_INET6.
     explicit IpAddress(const sockaddr *address);
-    // As in "192.0.2.7" and "2001:db8::7"; nothing for any other text.
+    // Parses "192.0.2.7" or "2001:db8::7", without port, brackets or zone; empty
+    // for any other text.
     static std::optional<IpAddress> FromText(const QByteArray &text);
 
     bool IsIPv4() const;
-    // Whether the first so many bits, from 0 to 128, are those of another
-    // address. Those of an IPv4 address begin behind 96 others.
+
+    // Whether the first bits of both addresses are the same, each of them as an
+    // IPv6 address: the bits of an IPv4 address follow 96 bits of prefix. The
+    // count is from 0 to 128.
     bool SharesBits(const IpAddress &other, int count) const;
-    // Who counts as one: an IPv4 address, "192.0.2.7", or the network that a
-    // home has of IPv6 addresses, "2001:db8:1:2::/64".
+
+    // What limits apply to: an IPv4 address, "192.0.2.7", or an IPv6 network of
+    // the size that a household gets, "2001:db8:1:2::/64".
     QString Network() const;
 
 private:
     IpAddress() = default;
 
-    std::array<unsigned char, 16> m_bytes{}; // in network order, as IPv6
+    std::array<unsigned char, 16> m_bytes{}; // as IPv6, in network byte order
 };
 
-// The reverse proxies whose word counts on whom they speak for.
+// The reverse proxies whose X-Forwarded-For header is used. Once filled, it may be
+// used by several threads at once.
 class TrustedProxies {
 public:
-    // An address, or a range such as "10.0.0.0/8"; false for any other text.
+    // Adds an address, or a range such as "10.0.0.0/8"; false for any other text.
     bool Add(const QString &text);
+
     bool Contains(const IpAddress &address) const;
-    // Who is at the other end of a connection from that address. Behind a
-    // trusted proxy it is the last address of X-Forwarded-For that is not a
-    // trusted proxy's; an entry that is no address ends the search. Whoever is
-    // not trusted speaks for itself alone.
-    IpAddress Origin(IpAddress peer, const QByteArray &forwardedFor) const;
+
+    // The address of the client behind a connection from the peer: the last
+    // address in X-Forwarded-For (several headers joined by commas) that is not
+    // a trusted proxy's. An entry that is not an address ends the search; the
+    // result is then the proxy that wrote it. The header of a peer that is not
+    // trusted is ignored.
+    IpAddress ClientAddress(IpAddress peer, const QByteArray &forwardedFor) const;
 
 private:
     struct Range {
         IpAddress Address;
-        int Bits;
+        int Bits; // as for SharesBits
     };
     std::vector<Range> m_ranges;
 };

@@ -9,7 +9,7 @@ using namespace Qt::Literals::StringLiterals;
 int Command::ListUsers(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(u"Prints a line for each user: the user ID, a tab, and the exams parted by commas."_s);
+    parser.setApplicationDescription(u"Prints one line per user: the user ID, a tab, and the exams separated by commas."_s);
     if (const auto code = ParseWithDatabase(parser, arguments, 0, 0))
         return *code;
     const Store store(parser.value(u"database"_s));
@@ -21,8 +21,8 @@ int Command::ListUsers(const QStringList &arguments)
 int Command::ListReports(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(u"Prints a line for each report, parted by tabs: when it came (UTC), the user ID, the "
-                                     "exams parted by commas, and the candidate's own time."_s);
+    parser.setApplicationDescription(u"Prints one line per report, with fields separated by tabs: when it was received "
+                                     "(UTC), the user ID, the exams separated by commas, and the candidate's local time."_s);
     if (const auto code = ParseWithDatabase(parser, arguments, 0, 0))
         return *code;
     const Store store(parser.value(u"database"_s));

@@ -25,7 +25,7 @@ void Prepare()
         throw Error(InvalidCall, u"The cryptographic library does not start"_s, u"Password::Prepare()"_s);
 }
 
-QString FaultOfText(const QString &text)
+QString InvalidTextReason(const QString &text)
 {
     if (text.isEmpty())
         return u"is empty"_s;
@@ -68,16 +68,16 @@ bool Matches(const QByteArray &hash, const QString &password)
     return result == 0;
 }
 
-QString FaultOfUser(const QString &email)
+QString InvalidUserReason(const QString &email)
 {
-    const QString fault = FaultOfText(email);
-    return fault.isEmpty() ? fault : u"the user ID "_s + fault;
+    const QString reason = InvalidTextReason(email);
+    return reason.isEmpty() ? reason : u"the user ID "_s + reason;
 }
 
-QString Fault(const QString &password)
+QString InvalidReason(const QString &password)
 {
-    const QString fault = FaultOfText(password);
-    return fault.isEmpty() ? fault : u"the password "_s + fault;
+    const QString reason = InvalidTextReason(password);
+    return reason.isEmpty() ? reason : u"the password "_s + reason;
 }
 
 }

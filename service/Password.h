@@ -4,26 +4,31 @@
 #include <QByteArray>
 #include <QString>
 
-// Passwords as they are kept: argon2id hashes that carry their own salt and
-// cost.
+// Stored passwords: Argon2id hashes, which contain their own salt and cost. All
+// functions may be called from several threads at once and raise an error if the
+// cryptographic library cannot be initialised.
 namespace Password {
 
-// What a hash costs whoever makes or checks one.
+// What it costs to compute or check one hash.
 struct Cost {
     quint64 Passes;
-    size_t Bytes;
+    size_t Bytes; // of memory
 };
-extern const Cost UsualCost; // a fraction of a second and 64 MiB
-extern const Cost LeastCost;
+extern const Cost UsualCost; // about a tenth of a second and 64 MiB
+extern const Cost LeastCost; // for tests
 
-// Raises an error when the memory for it is not there.
+// The hash of a password with a new random salt, as ASCII text. Raises ENOMEM if
+// there is not enough memory.
 QByteArray Hash(const QString &password, const Cost &cost = UsualCost);
+
+// Whether the hash was made from this password; false if it is not a hash. Takes
+// as long as it took to compute the hash.
 bool Matches(const QByteArray &hash, const QString &password);
 
-// Why nobody could log in with this user ID or password; empty for no reason.
-// The window cuts blanks at both ends, and the wire has the characters of one
-// code page.
-QString FaultOfUser(const QString &email);
-QString Fault(const QString &password);
+// Why nobody could log in with this user ID or this password, as part of an error
+// message; empty if it is usable. The download window removes blanks at both ends,
+// and the protocol carries only the characters of the system's code page.
+QString InvalidUserReason(const QString &email);
+QString InvalidReason(const QString &password);
 
 }

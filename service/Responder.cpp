@@ -10,7 +10,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-// What is the caller's fault, under the code and the text of the reply.
+// An error of the client, with the code and the description of the ERROR reply.
 class Refusal : public Error {
 public:
     using Error::Error;
@@ -18,7 +18,7 @@ public:
 
 using Values = std::initializer_list<std::pair<QString, QString>>;
 
-MESSAGE Reply(const QString &command, const Values &values)
+MESSAGE MakeReply(const QString &command, const Values &values)
 {
     MESSAGE reply;
     reply.SetCommand(command);
@@ -29,7 +29,7 @@ MESSAGE Reply(const QString &command, const Values &values)
 
 MESSAGE ErrorReply(qint32 code, const QString &description)
 {
-    return Reply(u"ERROR"_s, { { u"code"_s, QString::number(code) }, { u"description"_s, description } });
+    return MakeReply(u"ERROR"_s, { { u"code"_s, QString::number(code) }, { u"description"_s, description } });
 }
 
 bool Has(const MESSAGE &request, const QString &name)
@@ -49,13 +49,13 @@ QString UserIn(const MESSAGE &request)
     return Store::Folded(ValueOf(request, u"email"_s));
 }
 
-// The message in these bytes, or the reply that there is none.
-struct Incoming {
-    std::optional<MESSAGE> Message;
-    MESSAGE Fault;
+// The decoded request, or the reply that it cannot be decoded.
+struct Decoded {
+    std::optional<MESSAGE> Request;
+    MESSAGE Failure;
 };
 
-Incoming UnPacked(const QByteArray &bytes)
+Decoded Decode(const QByteArray &bytes)
 {
     try {
         MESSAGE message;
@@ -66,7 +66,7 @@ Incoming UnPacked(const QByteArray &bytes)
     }
 }
 
-QByteArray Packed(MESSAGE reply)
+QByteArray Encode(MESSAGE reply)
 {
     reply.Pack();
     return Ansi::FromText(reply.Text());
@@ -74,20 +74,20 @@ QByteArray Packed(MESSAGE reply)
 
 }
 
-Responder::Responder(Store &store, Sessions &sessions, GuessGuard &guard, Log log)
+Responder::Responder(Store &store, Sessions &sessions, LoginThrottle &throttle, Log log)
     : m_store(store)
     , m_sessions(sessions)
-    , m_guard(guard)
+    , m_throttle(throttle)
     , m_log(std::move(log))
-    , m_nobodysHash(Password::Hash(u"nobody"_s))
+    , m_dummyHash(Password::Hash(u"nobody"_s))
 {
 }
 
-MESSAGE Responder::Answer(const MESSAGE &request, const QString &address)
+MESSAGE Responder::Reply(const MESSAGE &request, const QString &network)
 {
     try {
         if (request.Command() == "LOGIN"_L1)
-            return LogIn(request, address);
+            return LogIn(request, network);
         if (request.Command() == "LIST"_L1)
             return List(request);
         if (request.Command() == "REPORT"_L1)
@@ -97,59 +97,59 @@ MESSAGE Responder::Answer(const MESSAGE &request, const QString &address)
         return ErrorReply(refusal.Number(), refusal.Description());
     } catch (const std::exception &error) {
         qWarning("%s", error.what());
-        return ErrorReply(OwnFailure, u"The service has a problem of its own. Please try again later."_s);
+        return ErrorReply(InternalError, u"The service has a problem of its own. Please try again later."_s);
     }
 }
 
-QByteArray Responder::Answer(const QByteArray &request, const QString &address)
+QByteArray Responder::Answer(const QByteArray &request, const QString &network)
 {
-    const auto [message, fault] = UnPacked(request);
-    return Packed(message ? Answer(*message, address) : fault);
+    const auto [message, failure] = Decode(request);
+    return Encode(message ? Reply(*message, network) : failure);
 }
 
-std::optional<QByteArray> Responder::AnswerAtOnce(const QByteArray &request, const QString &address)
+std::optional<QByteArray> Responder::AnswerAtOnce(const QByteArray &request, const QString &network)
 {
-    const auto [message, fault] = UnPacked(request);
-    if (message && HasToCheckPassword(*message, address))
+    const auto [message, failure] = Decode(request);
+    if (message && HasToCheckPassword(*message, network))
         return {};
-    return Packed(message ? Answer(*message, address) : fault);
+    return Encode(message ? Reply(*message, network) : failure);
 }
 
 QByteArray Responder::BusyReply()
 {
-    return Packed(ErrorReply(TooOften, u"Too many users are logging on at this moment. Please try again in a few seconds."_s));
+    return Encode(ErrorReply(TooOften, u"Too many users are logging on at this moment. Please try again in a few seconds."_s));
 }
 
-bool Responder::HasToCheckPassword(const MESSAGE &request, const QString &address)
+bool Responder::HasToCheckPassword(const MESSAGE &request, const QString &network) const
 {
     return request.Command() == "LOGIN"_L1 && Has(request, u"email"_s) && Has(request, u"pwd"_s)
-        && !m_guard.Wait(UserIn(request), address);
+        && !m_throttle.RemainingDelay(UserIn(request), network);
 }
 
-MESSAGE Responder::LogIn(const MESSAGE &request, const QString &address)
+MESSAGE Responder::LogIn(const MESSAGE &request, const QString &network)
 {
     const QString email = UserIn(request);
     const QString password = ValueOf(request, u"pwd"_s);
-    if (const auto wait = m_guard.Admit(email, address)) {
-        const auto seconds = std::chrono::ceil<std::chrono::seconds>(*wait).count();
+    if (const auto delay = m_throttle.BeginAttempt(email, network)) {
+        const auto seconds = std::chrono::ceil<std::chrono::seconds>(*delay).count();
         throw Refusal(TooOften, u"There were too many failed attempts. Please try again in %1 seconds."_s.arg(seconds));
     }
     const auto credentials = m_store.Find(email);
-    const bool isRight = Password::Matches(credentials ? credentials->PasswordHash : m_nobodysHash, password);
+    const bool isRight = Password::Matches(credentials ? credentials->PasswordHash : m_dummyHash, password);
     if (!credentials || !isRight) {
-        m_log(u"login failed: %1 from %2"_s.arg(Console::Quoted(email), address));
-        return Reply(u"LOGIN"_s, { { u"status"_s, u"FAILED"_s } });
+        m_log(u"login failed: %1 from %2"_s.arg(Console::Quoted(email), network));
+        return MakeReply(u"LOGIN"_s, { { u"status"_s, u"FAILED"_s } });
     }
-    m_guard.Succeeded(email, address);
+    m_throttle.Succeeded(email, network);
     const QString session = m_sessions.Open(credentials->User, credentials->PasswordHash);
-    return Reply(u"LOGIN"_s, { { u"status"_s, u"OK"_s }, { u"sid"_s, session } });
+    return MakeReply(u"LOGIN"_s, { { u"status"_s, u"OK"_s }, { u"sid"_s, session } });
 }
 
 std::optional<Sessions::Use> Responder::Find(const QString &session)
 {
     auto use = m_sessions.Find(session);
-    // It ends with the password that it was opened with, and with the user.
-    if (use && m_store.PasswordHash(use->User()) != use->Stamp())
+    // A session ends when the user's password changes or the user is removed.
+    if (use && m_store.PasswordHash(use->User()) != use->PasswordHash())
         use.reset();
     return use;
 }
@@ -158,14 +158,14 @@ Sessions::Use Responder::SessionOf(const MESSAGE &request)
 {
     auto session = Find(ValueOf(request, u"sid"_s));
     if (!session)
-        throw Refusal(BadSession, u"You are not logged on, or not any more. Please start again."_s);
+        throw Refusal(NoSuchSession, u"You are not logged on, or not any more. Please start again."_s);
     return *std::move(session);
 }
 
 MESSAGE Responder::List(const MESSAGE &request)
 {
     const auto session = SessionOf(request);
-    return Reply(u"LIST"_s, { { u"status"_s, u"OK"_s }, { u"data"_s, m_store.Exams(session.User()).join(u',') } });
+    return MakeReply(u"LIST"_s, { { u"status"_s, u"OK"_s }, { u"data"_s, m_store.Exams(session.User()).join(u',') } });
 }
 
 MESSAGE Responder::Report(const MESSAGE &request)
@@ -180,10 +180,10 @@ MESSAGE Responder::Report(const MESSAGE &request)
     exams.removeIf([bought = m_store.Exams(session.User())](const QString &exam) { return !bought.contains(exam); });
     if (!m_store.Record({ session.User(), session.Fingerprint(), exams.join(u','), time }))
         throw Refusal(TooOften, u"There were too many reports in one day."_s);
-    return Reply(u"REPORT"_s, { { u"status"_s, u"OK"_s } });
+    return MakeReply(u"REPORT"_s, { { u"status"_s, u"OK"_s } });
 }
 
-Responder::Admission Responder::Admit(const QString &session, const QString &exam)
+Responder::Authorization Responder::AuthorizeDownload(const QString &session, const QString &exam)
 {
     auto use = Find(session);
     if (!use)

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "download/Message.h"
-#include "service/GuessGuard.h"
+#include "protocol/Message.h"
+#include "service/LoginThrottle.h"
 #include "service/Sessions.h"
 #include "service/Store.h"
 
@@ -11,52 +11,58 @@
 #include <functional>
 #include <optional>
 
-// What the service answers, without the network: a message in, a message out.
-// May be used by several threads.
+// Computes the service's replies, independently of the transport. All functions may
+// be called from several threads at once. Those that return a reply do not raise:
+// what goes wrong becomes an ERROR reply.
 class Responder {
 public:
-    // The codes of an ERROR reply.
+    // The codes of ERROR replies; see docs/download-service.md.
     enum ErrorCode : qint32 {
         Undecodable = 400,
-        BadSession = 401,
+        NoSuchSession = 401,
         UnknownCommand = 404,
         TooLong = 413,
         MissingParameter = 422,
         TooOften = 429,
-        OwnFailure = 500,
+        InternalError = 500,
     };
 
-    // Characters of a report's parameters.
+    // The limit of a REPORT, in characters: "list" and "time" together.
     static constexpr qsizetype LongestReport = 4096;
-    // Gets a line for each wrong password, from any thread.
+
+    // Receives one line for each login with a wrong user ID or password, possibly
+    // from several threads at once.
     using Log = std::function<void(const QString &line)>;
 
-    // All three have to outlive it.
-    Responder(Store &store, Sessions &sessions, GuessGuard &guard, Log log);
+    // All of them must outlive this object. Takes about a tenth of a second.
+    Responder(Store &store, Sessions &sessions, LoginThrottle &throttle, Log log);
 
-    // The address tells who asks from who else asks. Never raises: what goes
-    // wrong is an ERROR reply.
-    MESSAGE Answer(const MESSAGE &request, const QString &address);
-    // The same for the bytes of both on the wire.
-    QByteArray Answer(const QByteArray &request, const QString &address);
-    // The same again, but nothing for a request whose password has to be
-    // checked, which takes a fraction of a second; Answer does it.
-    std::optional<QByteArray> AnswerAtOnce(const QByteArray &request, const QString &address);
-    // For a request that cannot be answered because there are too many.
+    // The reply to a request, both as the bytes of a message. The network is that
+    // of the client (see IpAddress::Network), for the throttle and the log.
+    QByteArray Answer(const QByteArray &request, const QString &network);
+
+    // The same, unless a password has to be checked, which takes about a tenth of
+    // a second: then empty, and nothing has been done. Call Answer instead.
+    std::optional<QByteArray> AnswerAtOnce(const QByteArray &request, const QString &network);
+
+    // The reply to a login when too many others are waiting to be checked.
     static QByteArray BusyReply();
 
     enum class Access { Granted, NoSession, NotBought };
-    struct Admission {
-        Access Answer;
-        // Kept by whoever sends the pack, until it is sent.
+    struct Authorization {
+        Access Result;
+        // If granted: to be kept until the pack has been sent, so that the
+        // session does not become idle meanwhile.
         std::optional<Sessions::Use> Session;
     };
-    // Whether a session may fetch the pack of an exam.
-    Admission Admit(const QString &session, const QString &exam);
+    // Whether a session may download the pack of an exam. Raises an error if the
+    // database cannot be read.
+    Authorization AuthorizeDownload(const QString &session, const QString &exam);
 
 private:
-    bool HasToCheckPassword(const MESSAGE &request, const QString &address);
-    MESSAGE LogIn(const MESSAGE &request, const QString &address);
+    MESSAGE Reply(const MESSAGE &request, const QString &network);
+    bool HasToCheckPassword(const MESSAGE &request, const QString &network) const;
+    MESSAGE LogIn(const MESSAGE &request, const QString &network);
     MESSAGE List(const MESSAGE &request);
     MESSAGE Report(const MESSAGE &request);
     std::optional<Sessions::Use> Find(const QString &session);
@@ -64,9 +70,9 @@ private:
 
     Store &m_store;
     Sessions &m_sessions;
-    GuessGuard &m_guard;
+    LoginThrottle &m_throttle;
     Log m_log;
-    // Checked in place of the hash of a user who is not there, so that the
-    // time of an answer does not tell who is.
-    QByteArray m_nobodysHash;
+    // Checked if there is no such user, so that the time of the reply does not
+    // reveal which users exist.
+    const QByteArray m_dummyHash;
 };

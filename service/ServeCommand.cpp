@@ -5,9 +5,8 @@
 #include "console/Console.h"
 #include "service/Responder.h"
 #include "service/HttpServer.h"
-#include "service/Signals.h"
+#include "service/StopSignals.h"
 
-#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 
@@ -29,27 +28,28 @@ QByteArray ReadFile(const QString &path)
 void Describe(QCommandLineParser &parser)
 {
     parser.setApplicationDescription(
-        u"Answers candidates until it gets SIGTERM or SIGINT. The first line on the standard output is the address, once "
-        "it can be reached. Users, exams and packs may change meanwhile; replace a pack by renaming a new one over it."_s);
+        u"Runs the download service until it receives SIGTERM or SIGINT. Its URL is printed to the standard output as soon "
+        "as it accepts connections. Users, exams and packs may be changed meanwhile; replace a pack by renaming a new file "
+        "to its name."_s);
     parser.addOptions({
-        { u"packs"_s, u"The folder with the pack of each exam, EXAM.exe."_s, u"DIR"_s },
-        { u"address"_s, u"The IP address to listen on; 127.0.0.1 unless told otherwise."_s, u"ADDRESS"_s, u"127.0.0.1"_s },
-        { u"port"_s, u"The port to listen on; 0, any that is free, unless told otherwise."_s, u"PORT"_s, u"0"_s },
+        { u"packs"_s, u"The folder that contains the pack of each exam as EXAM.exe."_s, u"DIR"_s },
+        { u"address"_s, u"The IP address to listen on. Default: 127.0.0.1."_s, u"ADDRESS"_s, u"127.0.0.1"_s },
+        { u"port"_s, u"The port to listen on. Default: 0, any free port."_s, u"PORT"_s, u"0"_s },
         { u"trusted-proxy"_s,
-          u"A reverse proxy whose X-Forwarded-For counts: its address, or a range such as 10.0.0.0/8. May be given several times."_s,
+          u"Use X-Forwarded-For of this reverse proxy: an address, or a range such as 10.0.0.0/8. Can be repeated."_s,
           u"ADDRESS[/PREFIX]"_s },
-        { u"rate"_s, u"For trials: sends packs at this many bytes a second."_s, u"BYTES"_s, u"0"_s },
-        { u"certificate"_s, u"For HTTPS: a file in PEM format with the certificate and those up to its root."_s, u"FILE"_s },
-        { u"key"_s, u"For HTTPS: a file in PEM format with the certificate's key."_s, u"FILE"_s },
+        { u"rate"_s, u"For trials: limit the bytes of packs sent per second. Default: 0, no limit."_s, u"BYTES"_s, u"0"_s },
+        { u"certificate"_s, u"For HTTPS: the certificate chain, as a file in PEM format."_s, u"FILE"_s },
+        { u"key"_s, u"For HTTPS: the key of the certificate, as a file in PEM format."_s, u"FILE"_s },
     });
 }
 
 void Log(const QString &line)
 {
-    Console::Complain(QDateTime::currentDateTimeUtc().toString(Qt::ISODate) + u' ' + line);
+    Console::Complain(Clock::Real().Now().toString(Qt::ISODate) + u' ' + line);
 }
 
-bool IsOfThisMachine(const QString &address)
+bool IsLoopback(const QString &address)
 {
     return address.startsWith("127."_L1) || address == "::1"_L1;
 }
@@ -71,7 +71,7 @@ int Command::Serve(const QStringList &arguments)
     options.Port = parser.value(u"port"_s).toUShort(&isNumber);
     if (!isNumber)
         return Misused(u"--port must be a number from 0 to 65535"_s);
-    options.Rate = parser.value(u"rate"_s).toUInt(&isNumber);
+    options.BytesPerSecond = parser.value(u"rate"_s).toUInt(&isNumber);
     if (!isNumber)
         return Misused(u"--rate must be a number of bytes"_s);
     for (const QString &proxy : parser.values(u"trusted-proxy"_s)) {
@@ -83,21 +83,21 @@ int Command::Serve(const QStringList &arguments)
     if (parser.isSet(u"certificate"_s)) {
         options.Certificate = ReadFile(parser.value(u"certificate"_s));
         options.Key = ReadFile(parser.value(u"key"_s));
-    } else if (!IsOfThisMachine(options.Address)) {
+    } else if (!IsLoopback(options.Address)) {
         Console::Complain(u"Without --certificate and --key, everybody on the way can read the passwords."_s);
     }
 
-    Signals::Hold();
+    StopSignals::Block();
     Store store(parser.value(u"database"_s));
     store.Check();
-    Sessions sessions(SystemClock());
-    GuessGuard guard(SystemClock());
-    Responder responder(store, sessions, guard, Log);
+    Sessions sessions(Clock::Real());
+    LoginThrottle throttle(Clock::Real());
+    Responder responder(store, sessions, throttle, Log);
     HttpServer server(responder, options);
     Console::Print(server.Endpoint());
     if (!Console::Flush())
         return Failure;
-    while (!Signals::HasCome(std::chrono::seconds(1)))
+    while (!StopSignals::WaitFor(std::chrono::seconds(1)))
         server.CloseOverdue();
     return Success;
 }

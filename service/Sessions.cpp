@@ -34,7 +34,7 @@ Sessions::Use::~Use()
         return;
     const std::lock_guard lock(m_sessions->m_mutex);
     --m_session->Uses;
-    m_session->LastUse = m_sessions->m_clock();
+    m_session->LastUse = m_sessions->m_clock.Elapsed();
 }
 
 qint64 Sessions::Use::User() const
@@ -42,33 +42,33 @@ qint64 Sessions::Use::User() const
     return m_session->User;
 }
 
-const QByteArray &Sessions::Use::Stamp() const
+const QByteArray &Sessions::Use::PasswordHash() const
 {
-    return m_session->Stamp;
+    return m_session->PasswordHash;
 }
 
-QByteArray Sessions::Use::Fingerprint() const
+const QByteArray &Sessions::Use::Fingerprint() const
 {
     return m_session->Fingerprint;
 }
 
-Sessions::Sessions(MonotonicClock clock, Limits limits)
-    : m_clock(std::move(clock))
+Sessions::Sessions(const Clock &clock, const Limits &limits)
+    : m_clock(clock)
     , m_limits(limits)
 {
     if (sodium_init() < 0)
         throw Error(InvalidCall, u"The cryptographic library does not start"_s, u"Sessions::Sessions()"_s);
 }
 
-bool Sessions::IsOver(const Session &session) const
+bool Sessions::HasEnded(const Session &session) const
 {
-    const auto now = m_clock();
-    return now - session.Opened >= m_limits.Whole || (session.Uses == 0 && now - session.LastUse >= m_limits.Idle);
+    const auto now = m_clock.Elapsed();
+    return now - session.Opened >= m_limits.Lifetime || (session.Uses == 0 && now - session.LastUse >= m_limits.IdleTimeout);
 }
 
 void Sessions::MakeRoom(qint64 user)
 {
-    m_sessions.removeIf([this](const auto &entry) { return IsOver(*entry.value()); });
+    m_sessions.removeIf([this](const auto &entry) { return HasEnded(*entry.value()); });
     std::shared_ptr<Session> oldest;
     int count = 0;
     for (const auto &session : std::as_const(m_sessions)) {
@@ -78,18 +78,19 @@ void Sessions::MakeRoom(qint64 user)
         if (!oldest || session->Opened < oldest->Opened)
             oldest = session;
     }
-    if (count >= m_limits.OfOneUser)
+    if (count >= m_limits.PerUser)
         m_sessions.remove(oldest->Fingerprint);
 }
 
-QString Sessions::Open(qint64 user, const QByteArray &stamp)
+QString Sessions::Open(qint64 user, const QByteArray &passwordHash)
 {
     std::array<char, 32> bytes;
     randombytes_buf(bytes.data(), bytes.size());
     const QByteArray id = QByteArray::fromRawData(bytes.data(), bytes.size()).toHex();
     const std::lock_guard lock(m_mutex);
     MakeRoom(user);
-    const auto session = std::make_shared<Session>(Session{ user, stamp, FingerprintOf(id), m_clock(), m_clock() });
+    const auto session
+        = std::make_shared<Session>(Session{ user, passwordHash, FingerprintOf(id), m_clock.Elapsed(), m_clock.Elapsed() });
     m_sessions.insert(session->Fingerprint, session);
     return QString::fromLatin1(id);
 }
@@ -101,7 +102,7 @@ std::optional<Sessions::Use> Sessions::Find(const QString &id)
     const auto session = m_sessions.value(fingerprint);
     if (!session)
         return {};
-    if (IsOver(*session)) {
+    if (HasEnded(*session)) {
         m_sessions.remove(fingerprint);
         return {};
     }

@@ -32,7 +32,8 @@ const QStringList Schema = {
 
 const QFile::Permissions OwnerOnly = QFile::ReadOwner | QFile::WriteOwner;
 
-// Before the database writes anything: its journals take over the file's mode.
+// Makes the file accessible to its owner only. To be called before the database
+// is opened, because SQLite gives its journal files the mode of the database.
 void Protect(const QString &path, Store::IfMissing ifMissing)
 {
     QFile file(path);
@@ -43,6 +44,7 @@ void Protect(const QString &path, Store::IfMissing ifMissing)
         throw Error(InvalidCall, u"%1: %2"_s.arg(path, file.errorString()), u"Store::Store()"_s);
 }
 
+// The name of a connection of Qt's, which is closed with the object.
 class Connection {
 public:
     Connection()
@@ -59,10 +61,11 @@ private:
     QString m_name;
 };
 
-// A connection belongs to the thread that opened it and goes with it.
+// Qt's connections can only be used by the thread that opened them.
 thread_local std::map<int, Connection> connections; // by the store's number
 std::atomic<int> storeCount = 0;
 
+// Rolls back unless Commit has succeeded.
 class Transaction {
 public:
     explicit Transaction(const QSqlDatabase &database)
@@ -91,8 +94,9 @@ private:
 
 }
 
-Store::Store(const QString &file, IfMissing ifMissing)
+Store::Store(const QString &file, IfMissing ifMissing, const Clock &clock)
     : m_file(file)
+    , m_clock(clock)
     , m_number(++storeCount)
 {
     Protect(file, ifMissing);
@@ -170,7 +174,7 @@ QSqlQuery Store::Run(const QString &statement, const QVariantList &values) const
 {
     QSqlQuery query(Database());
     bool isDone = query.prepare(statement);
-    // A null text would be NULL, which no column takes.
+    // A null text would be stored as NULL, which no column allows.
     for (const QVariant &value : values) {
         const bool isNullText = value.typeId() == QMetaType::QString && value.toString().isNull();
         query.addBindValue(isNullText ? QVariant(u""_s) : value);
@@ -269,11 +273,11 @@ std::vector<Store::User> Store::Users() const
 
 bool Store::Record(const Report &report)
 {
-    const QDateTime now = QDateTime::currentDateTimeUtc();
+    const QDateTime now = m_clock.Now();
     const QVariantList key = { report.Session, report.Exams, report.Time };
     const QVariantList more
         = { report.User, now.toString(Qt::ISODate), report.User, now.addDays(-1).toString(Qt::ISODate), MostReportsADay };
-    // One statement, so that reports side by side are no way around the limit.
+    // In one statement, so that simultaneous reports cannot exceed the limit.
     const QSqlQuery query = Run(u"INSERT OR IGNORE INTO reports(session, exams, time, user, received) SELECT ?, ?, ?, ?, ? "
                                 "WHERE (SELECT COUNT(*) FROM reports WHERE user = ? AND received > ?) < ?"_s,
                                 key + more);

@@ -3,8 +3,8 @@
 
 #include <utility>
 
-Workers::Workers(unsigned threads, size_t mostWaiting)
-    : m_mostWaiting(mostWaiting)
+Workers::Workers(unsigned threads, size_t maximumQueued)
+    : m_maximumQueued(maximumQueued)
 {
     for (unsigned i = 0; i < threads; ++i)
         m_threads.emplace_back([this] { Work(); });
@@ -14,9 +14,9 @@ bool Workers::Add(Job job)
 {
     {
         const std::lock_guard lock(m_mutex);
-        if (m_isClosed || m_waiting.size() >= m_mostWaiting)
+        if (m_isClosed || m_queue.size() >= m_maximumQueued)
             return false;
-        m_waiting.push_back(std::move(job));
+        m_queue.push_back(std::move(job));
     }
     m_change.notify_one();
     return true;
@@ -26,28 +26,28 @@ void Workers::Work()
 {
     std::unique_lock lock(m_mutex);
     for (;;) {
-        m_change.wait(lock, [this] { return m_isClosed || !m_waiting.empty(); });
+        m_change.wait(lock, [this] { return m_isClosed || !m_queue.empty(); });
         if (m_isClosed)
             return;
-        const Job job = std::move(m_waiting.front());
-        m_waiting.pop_front();
+        const Job job = std::move(m_queue.front());
+        m_queue.pop_front();
         lock.unlock();
-        job(true);
+        job(false);
         lock.lock();
     }
 }
 
 void Workers::Close()
 {
-    std::deque<Job> late;
+    std::deque<Job> cancelled;
     {
         const std::lock_guard lock(m_mutex);
         m_isClosed = true;
-        late.swap(m_waiting);
+        cancelled.swap(m_queue);
     }
     m_change.notify_all();
-    for (const Job &job : late)
-        job(false);
+    for (const Job &job : cancelled)
+        job(true);
     for (std::thread &thread : m_threads)
         thread.join();
     m_threads.clear();

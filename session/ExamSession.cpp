@@ -4,7 +4,8 @@
 #include "common/Common.h"
 #include "common/Error.h"
 #include "model/Globals.h"
-#include "ui/Messages.h"
+
+#include <QScopedValueRollback>
 
 #include <algorithm>
 
@@ -15,18 +16,18 @@ namespace {
 constexpr qint16 ExtraSeconds = 1800;
 constexpr int SecondsAMinute = 60;
 
-Exam &TheExam()
-{
-    if (!Globals::CurrentExam)
-        throw Error::RunTime(InvalidCall);
-    return *Globals::CurrentExam;
-}
-
 }
 
 ExamSession::ExamSession(SessionPort &port)
     : m_port(port)
 {
+}
+
+Exam &ExamSession::TheExam() const
+{
+    if (!m_exam)
+        throw Error::RunTime(InvalidCall);
+    return *m_exam;
 }
 
 qint32 ExamSession::Count() const
@@ -41,6 +42,8 @@ std::shared_ptr<Question> ExamSession::CurrentQuestion() const
 
 void ExamSession::StartExam()
 {
+    m_exam = Globals::CurrentExam;
+    m_isUnloaded = false;
     m_page = PageState();
     m_currentIndex = 1;
     m_reviewMode = TakingExam;
@@ -50,6 +53,12 @@ void ExamSession::StartExam()
     GotoQuestion(1);
     m_port.StartClock();
     m_port.ShowExam();
+}
+
+void ExamSession::Unload()
+{
+    m_isUnloaded = true;
+    Globals::CurrentExam.reset();
 }
 
 void ExamSession::GotoQuestion(qint16 index)
@@ -319,8 +328,7 @@ void ExamSession::cmdReview_Click()
 {
     SaveAnswer();
     m_port.ShowReviewList();
-    // The exam may have been let go while the list was open.
-    if (Globals::CurrentExam && TheExam().IsEnded())
+    if (TheExam().IsEnded())
         StartPostExamReview();
 }
 
@@ -350,7 +358,7 @@ void ExamSession::tmrTimer_Timer()
 {
     // The clock stands still while its own question is open, and for good once
     // the exam is over.
-    if (m_isAskingForTime || !Globals::CurrentExam || TheExam().IsEnded())
+    if (m_isAskingForTime || TheExam().IsEnded())
         return;
     m_secondsRemaining = Common::ToInt16(m_secondsRemaining - 1);
     if (m_secondsRemaining >= 0) {
@@ -359,24 +367,30 @@ void ExamSession::tmrTimer_Timer()
         return;
     }
     m_port.StopClock();
-    m_isAskingForTime = true;
-    const int answer
-        = m_port.Interrupt(u"The time has elapsed for this exam. Would you like to continue for another 30 minutes?"_s,
-                           QuestionMessage);
-    m_isAskingForTime = false;
-    if (!Globals::CurrentExam)
+    const MessageAnswer answer = AskForMoreTime();
+    if (m_isUnloaded)
         return;
     if (answer == AnswerYes) {
         m_secondsRemaining = ExtraSeconds;
         m_port.StartClock();
-        return;
+    } else {
+        EndByTime();
     }
-    // What is on the page now has not been saved and does not count; so it does
-    // not stay there either.
+}
+
+MessageAnswer ExamSession::AskForMoreTime()
+{
+    const QScopedValueRollback asking(m_isAskingForTime, true);
+    return m_port.AskUnprompted(u"The time has elapsed for this exam. Would you like to continue for another 30 minutes?"_s,
+                                QuestionMessage);
+}
+
+// What is on the page now has not been saved and does not count; so it does not
+// stay there either.
+void ExamSession::EndByTime()
+{
     TheExam().EndExam();
     m_port.ShowReport();
-    if (!Globals::CurrentExam)
-        return;
     StartPostExamReview();
     ShowCurrentQuestion();
 }
@@ -417,7 +431,7 @@ void ExamSession::EndExam()
 
 bool ExamSession::QueryClose()
 {
-    if (!Globals::CurrentExam || TheExam().IsEnded())
+    if (!m_exam || m_exam->IsEnded())
         return true;
     return m_port.Ask(u"Are you sure you want to terminate the exam?"_s, QuestionMessage, {}) == AnswerYes;
 }

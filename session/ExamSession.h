@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "common/MessageStyle.h"
 #include "model/Question.h"
 
 #include <QString>
 #include <QVariantList>
 
+#include <memory>
 #include <vector>
+
+class Exam;
 
 enum class SelectorKind { Radio, Check };
 
@@ -56,10 +60,10 @@ struct PageState {
 class SessionPort {
 public:
     virtual ~SessionPort() = default;
-    // As ShowMessage does: the button pressed.
-    virtual int Ask(const QString &text, int style, const QVariantList &values) = 0;
-    // A question that comes by itself, whatever the candidate is doing.
-    virtual int Interrupt(const QString &text, int style) { return Ask(text, style, {}); }
+    // Shows the text with the values in its places and waits: the button pressed.
+    virtual MessageAnswer Ask(const QString &text, MessageStyle style, const QVariantList &values) = 0;
+    // The same for a question that comes by itself, whatever the candidate is doing.
+    virtual MessageAnswer AskUnprompted(const QString &text, MessageStyle style) { return Ask(text, style, {}); }
     // Another item is on the page, which is to be shown from its top.
     virtual void ShowItem() = 0;
     // Something on the page other than the item has changed.
@@ -77,24 +81,32 @@ public:
     virtual void ShowReport() = 0;
 };
 
-// One sitting of CurrentExam: showing items, taking answers, navigation,
-// marks, the countdown and the review after the exam. Items are addressed by
-// their 1-based position. Errors of the model pass through every operation.
+// One sitting of an exam: showing items, taking answers, navigation, marks, the
+// countdown and the review after the exam. Items are addressed by their 1-based
+// position. Errors of the model pass through every operation; before StartExam
+// those that need an exam raise InvalidCall.
 class ExamSession {
 public:
     enum Review : qint32 { TakingExam = 0, ReviewingAll = 1, ReviewingMarked = 2 };
 
+    // The port must outlive the session.
     explicit ExamSession(SessionPort &port);
 
     const PageState &Page() const { return m_page; }
+    // 0 before StartExam.
     qint16 CurrentIndex() const { return m_currentIndex; }
     qint16 SecondsRemaining() const { return m_secondsRemaining; }
-    qint32 ReviewMode() const { return m_reviewMode; }
-    void SetReviewMode(qint32 mode) { m_reviewMode = mode; }
+    Review ReviewMode() const { return m_reviewMode; }
+    // Which items Next and Previous visit from now on, and what the title says of it.
+    void SetReviewMode(Review mode) { m_reviewMode = mode; }
 
-    // Begins a sitting; item 1 loses what answer and mark it had. Raises
-    // Overflow for a duration beyond 546 minutes.
+    // Begins a sitting of Globals::CurrentExam, which the session keeps from now
+    // on; item 1 loses what answer and mark it had. Raises Overflow for a duration
+    // beyond 546 minutes, and InvalidCall without an exam.
     void StartExam();
+    // The exam window is gone: releases Globals::CurrentExam. A question that is
+    // still open has no effect any more.
+    void Unload();
     // Saves the answer on the page and shows another item. The index is not
     // checked: one outside the exam raises SubscriptOutOfRange.
     void GotoQuestion(qint16 index);
@@ -110,7 +122,7 @@ public:
     void ShowStatus();
     void StartPostExamReview();
 
-    // What the review list asks for: to see all items from the first, only the
+    // The commands of the review list: to see all items from the first, only the
     // marked ones, or the end of the exam.
     void ReviewAll();
     void ReviewMarked();
@@ -128,12 +140,16 @@ public:
     void cmdReview_Click();
     void cmdExhibit_Click();
     void cmdWhy_Click();
-    // One second has gone by.
+    // One second of the countdown has passed. Below zero seconds it asks for
+    // more time, once, and without it ends the exam.
     void tmrTimer_Timer();
     // Whether the window may close; asks while the exam is running.
     bool QueryClose();
 
 private:
+    Exam &TheExam() const;
+    MessageAnswer AskForMoreTime();
+    void EndByTime();
     // Fills the page from the model, whatever stands on it.
     void ShowCurrentQuestion();
     void ShowTime();
@@ -154,9 +170,11 @@ private:
     void GotoMarked(int from, int to, int step);
 
     SessionPort &m_port;
+    std::shared_ptr<Exam> m_exam;
     PageState m_page;
     qint16 m_currentIndex = 0;
     qint16 m_secondsRemaining = 0;
-    qint32 m_reviewMode = TakingExam;
+    Review m_reviewMode = TakingExam;
     bool m_isAskingForTime = false;
+    bool m_isUnloaded = false;
 };

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "ui/Twips.h"
+#include "common/Twips.h"
 
 #include <vector>
 

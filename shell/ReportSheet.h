@@ -3,7 +3,6 @@
 
 #include "shell/ScoreReport.h"
 
-#include <QColor>
 #include <QPointF>
 #include <QRectF>
 #include <QString>
@@ -11,15 +10,15 @@
 #include <functional>
 #include <vector>
 
-class QPagedPaintDevice;
-class QPrinter;
-
 // The printed score report: one page, planned in millimetres on an area 170
 // wide, which stands in the middle of the paper's width; y counts from the top
 // of the paper. A4 and Letter hold all of it.
 namespace ReportSheet {
 
 constexpr double UsableWidth = 170;
+// The logo stands in the upper left corner, as high as its drawing has it.
+constexpr double LogoTop = 20;
+constexpr double LogoWidth = 46;
 
 struct Text {
     double X = 0;
@@ -30,14 +29,13 @@ struct Text {
 };
 struct Bar {
     QRectF Rectangle;
-    QColor Color;
+    ScoreBar Kind = ScoreBar::Required;
 };
 struct Line {
     QPointF From;
     QPointF To;
 };
 struct Plan {
-    QRectF Logo;
     std::vector<Text> Texts;
     std::vector<Bar> Bars;
     std::vector<Line> Lines;
@@ -48,10 +46,17 @@ struct Plan {
 // size are not half as wide.
 using Measure = std::function<double(const QString &text, bool isBold, double size)>;
 
-// What stands on the page, in the order in which it is drawn. Raises what the
-// shares of the report raise.
-Plan PlanFor(const QString &examCode, const QString &examName, const QString &date, const ScoreReport &report,
-             const Measure &measure);
+// What the page reports. The texts of the exam may hold any character.
+struct Data {
+    QString ExamCode;
+    QString ExamName;
+    QString Date; // of today, as the candidate's language writes it
+    ScoreReport Report;
+};
+
+// What stands on the page besides the logo, in the order in which it is drawn.
+// Raises what the shares of the report raise.
+Plan PlanFor(const Data &data, const Measure &measure);
 
 // The line "Exam Title: …" and, of a long one, what goes below it.
 struct Title {
@@ -60,18 +65,8 @@ struct Title {
 };
 Title TitleOf(const QString &examName);
 
-// Paints the page of the exam on the device, which it begins and ends. Raises
-// an Error when the device does not take it.
-void Paint(QPagedPaintDevice &device, const QString &examCode, const QString &examName, const ScoreReport &report);
-
-// Prints the page as a job with a name of its own. Raises an Error.
-void Print(QPrinter &printer, const QString &examCode, const QString &examName, const ScoreReport &report);
-
 // What the queue of a printer shows: short and without control characters,
 // which a print server refuses.
 QString JobName(const QString &examCode);
-
-// The page as a PDF file, which is there whole or not at all. Raises an Error.
-void SavePdf(const QString &path, const QString &examCode, const QString &examName, const ScoreReport &report);
 
 }

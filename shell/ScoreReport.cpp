@@ -3,7 +3,6 @@
 
 #include "common/Common.h"
 #include "model/Exam.h"
-#include "ui/Theme.h"
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -31,16 +30,6 @@ QString ScoreReport::Message() const
 {
     return Common::FormatText(u"{1}{CRLF}A score of {2} or better was required to pass this exam.{CRLF}Your score was {3}"_s,
                               { Headline(), RequiredScore, ObtainedScore });
-}
-
-QColor ScoreReport::RequiredColor()
-{
-    return Theme::Blue;
-}
-
-QColor ScoreReport::ObtainedColor() const
-{
-    return IsPassed() ? Theme::Green : Theme::Orange;
 }
 
 namespace ReportLayout {

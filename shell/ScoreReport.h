@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "ui/Twips.h"
+#include "common/Twips.h"
 
-#include <QColor>
 #include <QString>
 
 class Exam;
+
+// What a bar of the report shows, each in a colour of its own.
+enum class ScoreBar { Required, Passed, Failed };
 
 // The result of an exam and how the report window lays it out.
 struct ScoreReport {
@@ -24,11 +26,11 @@ struct ScoreReport {
     qint16 RequiredShare() const;
     qint16 ObtainedShare() const;
 
+    ScoreBar ObtainedBar() const { return IsPassed() ? ScoreBar::Passed : ScoreBar::Failed; }
+
     QString Headline() const;
     // Headline, required and obtained score, a line each.
     QString Message() const;
-    static QColor RequiredColor();
-    QColor ObtainedColor() const;
 };
 
 namespace ReportLayout {

@@ -2,7 +2,8 @@
 #include "tour/DownloadTour.h"
 
 #include "common/Registry.h"
-#include "download/frmExamDownloader.h"
+#include "download/Credentials.h"
+#include "download/view/frmExamDownloader.h"
 #include "model/IO.h"
 
 #include <QCheckBox>
@@ -46,8 +47,7 @@ int DownloadTour::Run()
     Picture(&main, u"installed"_s);
     Open(&DownloadTour::DownloadAgain);
     Expect(Installed() == exams, u"the exams still in the list"_s);
-    Registry::WriteValue(u"Software\\Practorum\\PackCourier"_s, u"Endpoint"_s, NoService, Registry::Text,
-                         Registry::CurrentUser);
+    Registry::WriteValue(Credentials::RegistryKey, Credentials::EndpointName, NoService, Registry::Text, Registry::CurrentUser);
     Open(&DownloadTour::MissTheService);
     WhenAsked(u"really-exit"_s, QMessageBox::Yes);
     Click(Find<QPushButton>(&main, u"cmdExit"_s));

@@ -3,7 +3,7 @@
 
 #include <QString>
 
-// Opens the address in the user's web browser; what goes wrong is told in a
+// Opens the address in the user's web browser; a failure is reported in a
 // message box. Writes and deletes the file "temp.htm" in the current folder.
 void LaunchBrowser(const QString &Url);
 

@@ -6,7 +6,7 @@
 
 using namespace Qt::Literals::StringLiterals;
 
-// Desktops hand documents and addresses alike to whatever the user has chosen
+// Desktops open documents and addresses alike with what the user has chosen
 // for them through one program.
 QString FindDocumentProgram(const QString &)
 {

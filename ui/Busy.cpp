@@ -53,3 +53,13 @@ void EndBusy()
     while (QApplication::overrideCursor())
         QApplication::restoreOverrideCursor();
 }
+
+WaitCursor::WaitCursor()
+{
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+}
+
+WaitCursor::~WaitCursor()
+{
+    QGuiApplication::restoreOverrideCursor();
+}

@@ -7,3 +7,21 @@
 // not nest.
 void BeginBusy();
 void EndBusy();
+
+// A long operation from here to the end of the block, however it is left.
+class BusyScope {
+public:
+    BusyScope() { BeginBusy(); }
+    ~BusyScope() { EndBusy(); }
+    BusyScope(const BusyScope &) = delete;
+    BusyScope &operator=(const BusyScope &) = delete;
+};
+
+// The busy pointer alone, over every window, for the rest of the block.
+class WaitCursor {
+public:
+    WaitCursor();
+    ~WaitCursor();
+    WaitCursor(const WaitCursor &) = delete;
+    WaitCursor &operator=(const WaitCursor &) = delete;
+};

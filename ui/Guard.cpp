@@ -2,7 +2,6 @@
 #include "ui/Guard.h"
 
 #include "common/Common.h"
-#include "ui/Busy.h"
 #include "ui/Messages.h"
 
 #include <QCoreApplication>
@@ -17,7 +16,6 @@ void ReportUnhandled(const Error &error)
     if (isReporting)
         return;
     const QScopedValueRollback reporting(isReporting, true);
-    EndBusy();
     // The description is shown as it is: a template would expand it.
     CurrentMessagePort().Show(u"Run-time error '"_s + QString::number(error.Number()) + u"':\r\n\r\n"_s
                                   + Common::ShownText(error.Description()),

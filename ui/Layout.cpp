@@ -2,7 +2,7 @@
 #include "ui/Layout.h"
 
 #include "common/Common.h"
-#include "ui/Twips.h"
+#include "common/Twips.h"
 
 #include <QAbstractItemModel>
 #include <QGuiApplication>
@@ -46,21 +46,21 @@ void SizeColumns(QTreeView *List)
     // A vertical scroll bar takes its width from the columns.
     const QScrollBar *bar = List->verticalScrollBar();
     const int width = List->width() - (bar->isVisible() ? bar->width() : 0);
-    const QList<float> widths = ColumnWidths(static_cast<float>(Twips::Of(width)), tags);
+    const QList<float> widths = ColumnWidths(static_cast<float>(Twips::FromPixels(width)), tags);
     for (qsizetype i = 0; i < columns.size(); ++i)
         List->setColumnWidth(columns.at(i), Twips::ToPixels(widths.at(i)));
 }
 
 void CenterHorizontally(const QWidget *Container, QWidget *Control)
 {
-    const double left = Twips::Centred(Twips::Of(Container->width()), Twips::Of(Control->width()));
+    const double left = Twips::Centred(Twips::FromPixels(Container->width()), Twips::FromPixels(Control->width()));
     Control->move(Twips::ToPixels(left), Control->y());
 }
 
 WorkArea GetWorkArea()
 {
     const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
-    const auto edge = [](int pixels) { return static_cast<qint32>(Twips::Of(pixels)); };
+    const auto edge = [](int pixels) { return static_cast<qint32>(Twips::FromPixels(pixels)); };
     return { edge(area.left()), edge(area.top()), edge(area.left() + area.width()), edge(area.top() + area.height()) };
 }
 
@@ -76,7 +76,7 @@ void CoverWorkArea(QWidget *Window)
     const WorkArea area = GetWorkArea();
     const Twips::Box box{ double(area.Left), double(area.Top), double(area.Right - area.Left), double(area.Bottom - area.Top) };
     Window->setGeometry(box.ToPixels());
-    // A window manager puts a frame around that, and only it knows how wide;
-    // with several monitors only it knows the bars, too.
+    // The width of the frame around that is known to the window manager alone,
+    // and with several monitors that of the bars, too.
     Window->setWindowState(Window->windowState() | Qt::WindowMaximized);
 }

@@ -10,7 +10,7 @@ class QLabel;
 
 // A text that looks like a web link, is exactly as large as its text, and when
 // clicked (or pressed by Enter or Space) opens its address in the browser. With
-// an empty address it only tells whoever listens.
+// an empty address it only emits Click.
 class LinkLabel : public QWidget {
     Q_OBJECT
 public:

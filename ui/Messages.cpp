@@ -107,15 +107,16 @@ QWidget *Owner()
     return nullptr;
 }
 
-QString IconKey(int style)
+QString IconKey(MessageStyle style)
 {
-    switch (style & ~0xF) {
+    switch (style) {
     case CriticalMessage: return u"Critical"_s;
-    case QuestionMessage & ~0xF: return u"Question"_s;
+    case QuestionMessage: return u"Question"_s;
     case ExclamationMessage: return u"Exclamation"_s;
     case InformationMessage: return u"Information"_s;
-    default: return {};
+    case PlainMessage: break;
     }
+    return {};
 }
 
 // A box taller than the screen would have its buttons beyond it.
@@ -138,11 +139,11 @@ QString Fitting(const QString &text)
 
 class MessageBoxes : public MessagePort {
 public:
-    int Show(const QString &text, int style) override { return Run(text, style, false); }
-    int ShowUnasked(const QString &text, int style) override { return Run(text, style, true); }
+    MessageAnswer Show(const QString &text, MessageStyle style) override { return Run(text, style, false); }
+    MessageAnswer ShowUnprompted(const QString &text, MessageStyle style) override { return Run(text, style, true); }
 
 private:
-    int Run(const QString &text, int style, bool isUnasked)
+    MessageAnswer Run(const QString &text, MessageStyle style, bool isUnprompted)
     {
         // The owner may go, and the box with it, while it is open.
         const QPointer<Box> box = new Box(Owner());
@@ -158,7 +159,7 @@ private:
         box->setDefaultButton(asks ? QMessageBox::Yes : QMessageBox::Ok);
         for (QAbstractButton *button : box->buttons())
             button->setIcon({});
-        if (isUnasked) {
+        if (isUnprompted) {
             box->DelayAnswers();
             QApplication::alert(box);
         }
@@ -187,16 +188,16 @@ void SetMessagePort(MessagePort *port)
     replacement = port;
 }
 
-int ShowMessage(const QString &text, int style, const QVariantList &values)
+MessageAnswer ShowMessage(const QString &text, MessageStyle style, const QVariantList &values)
 {
     if (text.isEmpty())
         return NoAnswer;
     return CurrentMessagePort().Show(Common::FormatText(text, values, Common::LineBreakMarker::Exact), style);
 }
 
-int ShowUnaskedMessage(const QString &text, int style, const QVariantList &values)
+MessageAnswer ShowUnpromptedMessage(const QString &text, MessageStyle style, const QVariantList &values)
 {
     if (text.isEmpty())
         return NoAnswer;
-    return CurrentMessagePort().ShowUnasked(Common::FormatText(text, values, Common::LineBreakMarker::Exact), style);
+    return CurrentMessagePort().ShowUnprompted(Common::FormatText(text, values, Common::LineBreakMarker::Exact), style);
 }

@@ -1,20 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "common/MessageStyle.h"
+
 #include <QString>
 #include <QVariantList>
-
-// What a message box looks like: a set of buttons plus an icon.
-enum MessageStyle : int {
-    PlainMessage = 0, // OK
-    CriticalMessage = 16, // OK, for unexpected failures
-    QuestionMessage = 36, // Yes and No, for confirmations
-    ExclamationMessage = 48, // OK, for the user's mistakes
-    InformationMessage = 64, // OK, for hints
-};
-
-// Which button answered a message box.
-enum MessageAnswer : int { NoAnswer = 0, AnswerOK = 1, AnswerYes = 6, AnswerNo = 7 };
 
 // The caption of every message box.
 extern const QString ApplicationTitle;
@@ -27,11 +17,11 @@ class MessagePort {
 public:
     virtual ~MessagePort() = default;
     // Shows the text, as plain text, and waits for a button.
-    virtual int Show(const QString &text, int style) = 0;
+    virtual MessageAnswer Show(const QString &text, MessageStyle style) = 0;
     // The same for a box that the user has not asked for: for a second neither
     // key nor click answers it, as they were meant for the window below, nor does
     // its frame. The property EarlyBox of the box is true for so long.
-    virtual int ShowUnasked(const QString &text, int style) { return Show(text, style); }
+    virtual MessageAnswer ShowUnprompted(const QString &text, MessageStyle style) { return Show(text, style); }
 };
 
 // The port in use, and another one in its place; null for the real boxes.
@@ -40,5 +30,5 @@ void SetMessagePort(MessagePort *port);
 
 // Expands the template ("{CRLF}" in capitals only) and shows the result; the
 // button pressed. An empty template shows nothing and gives NoAnswer.
-int ShowMessage(const QString &text, int style, const QVariantList &values = {});
-int ShowUnaskedMessage(const QString &text, int style, const QVariantList &values = {});
+MessageAnswer ShowMessage(const QString &text, MessageStyle style, const QVariantList &values = {});
+MessageAnswer ShowUnpromptedMessage(const QString &text, MessageStyle style, const QVariantList &values = {});

@@ -15,7 +15,7 @@ constexpr OleColor LinkBlue = 0xFF0000;
 constexpr OleColor WindowText = 0x80000008;
 constexpr OleColor ButtonFace = 0x8000000F;
 
-// A system colour that the palette has no like of is its window text.
+// A system colour without an equal in the palette gives its window text.
 QColor ToColor(OleColor Color, const QPalette &Palette);
 
 }

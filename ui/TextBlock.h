@@ -41,7 +41,7 @@ protected:
 
 private:
     void LayOut(int width) const;
-    // Fills the layout and tells where its last line ends.
+    // Fills the layout and returns where its last line ends.
     static qreal LayOutLines(QTextLayout &layout, int width, QPoint corner);
 
     int m_leftInset = 0;

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "pack/PackFormat.h"
+#include "packformat/PackFormat.h"
 
-// A SHA-256 as it is worked out, by libsodium or by the system.
+// A SHA-256 that is computed piece by piece, by libsodium on Linux and by the
+// system's library on Windows. A copy continues on its own from the same bytes.
 class Digest {
 public:
     // Of no bytes yet.
@@ -13,10 +14,10 @@ public:
     Digest &operator=(Digest other);
 
     void Add(const void *bytes, std::size_t count);
-    // The sum of all bytes so far, behind which none can be added; false when
-    // anything of it could not be worked out.
+    // The sum of all bytes so far; nothing can be added afterwards. False when any
+    // step has failed.
     bool Finish(unsigned char (&sum)[PackFormat::DigestBytes]);
 
 private:
-    void *m_state; // nullptr when something went wrong
+    void *m_state; // nullptr after a failure
 };

@@ -9,8 +9,8 @@
 
 namespace {
 
-// A pack lies among other downloads. The system's library is taken from the
-// system's folder, whatever lies beside the pack under that name.
+// A pack lies among other downloads. The library is loaded from the system's folder
+// and never from the pack's own.
 template <class Function> Function Loaded(const char *name)
 {
     static const HMODULE library = LoadLibraryExW(L"bcrypt.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
@@ -19,7 +19,7 @@ template <class Function> Function Loaded(const char *name)
     return reinterpret_cast<Function>(address);
 }
 
-struct System {
+struct BCryptLibrary {
     decltype(&BCryptOpenAlgorithmProvider) Open = Loaded<decltype(&BCryptOpenAlgorithmProvider)>("BCryptOpenAlgorithmProvider");
     decltype(&BCryptCreateHash) Create = Loaded<decltype(&BCryptCreateHash)>("BCryptCreateHash");
     decltype(&BCryptDuplicateHash) Duplicate = Loaded<decltype(&BCryptDuplicateHash)>("BCryptDuplicateHash");
@@ -28,7 +28,7 @@ struct System {
     decltype(&BCryptDestroyHash) Destroy = Loaded<decltype(&BCryptDestroyHash)>("BCryptDestroyHash");
     BCRYPT_ALG_HANDLE Algorithm = nullptr; // kept until the program ends
 
-    System()
+    BCryptLibrary()
     {
         const bool isThere = Open && Create && Duplicate && Hash && Finish && Destroy;
         if (!isThere || Open(&Algorithm, BCRYPT_SHA256_ALGORITHM, nullptr, 0) < 0)
@@ -36,10 +36,10 @@ struct System {
     }
 };
 
-const System &TheSystem()
+const BCryptLibrary &Library()
 {
-    static const System system;
-    return system;
+    static const BCryptLibrary library;
+    return library;
 }
 
 }
@@ -47,21 +47,21 @@ const System &TheSystem()
 Digest::Digest()
     : m_state(nullptr)
 {
-    const System &system = TheSystem();
-    if (!system.Algorithm || system.Create(system.Algorithm, &m_state, nullptr, 0, nullptr, 0, 0) < 0)
+    const BCryptLibrary &library = Library();
+    if (!library.Algorithm || library.Create(library.Algorithm, &m_state, nullptr, 0, nullptr, 0, 0) < 0)
         m_state = nullptr;
 }
 
 Digest::~Digest()
 {
     if (m_state)
-        TheSystem().Destroy(m_state);
+        Library().Destroy(m_state);
 }
 
 Digest::Digest(const Digest &other)
     : m_state(nullptr)
 {
-    if (!other.m_state || TheSystem().Duplicate(other.m_state, &m_state, nullptr, 0, 0) < 0)
+    if (!other.m_state || Library().Duplicate(other.m_state, &m_state, nullptr, 0, 0) < 0)
         m_state = nullptr;
 }
 
@@ -76,8 +76,8 @@ void Digest::Add(const void *bytes, std::size_t count)
     const auto *next = static_cast<const unsigned char *>(bytes);
     while (m_state && count > 0) {
         const auto piece = static_cast<ULONG>(std::min<std::size_t>(count, 1 << 30));
-        if (TheSystem().Hash(m_state, const_cast<unsigned char *>(next), piece, 0) < 0) {
-            TheSystem().Destroy(m_state);
+        if (Library().Hash(m_state, const_cast<unsigned char *>(next), piece, 0) < 0) {
+            Library().Destroy(m_state);
             m_state = nullptr;
         }
         next += piece;
@@ -87,5 +87,5 @@ void Digest::Add(const void *bytes, std::size_t count)
 
 bool Digest::Finish(unsigned char (&sum)[PackFormat::DigestBytes])
 {
-    return m_state && TheSystem().Finish(m_state, sum, sizeof sum, 0) >= 0;
+    return m_state && Library().Finish(m_state, sum, sizeof sum, 0) >= 0;
 }

@@ -1,30 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "pack/stub/Files_unix.h"
 
-#include <cerrno>
 #include <sys/file.h>
 #include <sys/stat.h>
 
-bool WriteAll(int file, const char *bytes, std::size_t count)
-{
-    while (count > 0) {
-        const ssize_t put = write(file, bytes, count);
-        if (put < 0 && errno == EINTR)
-            continue;
-        if (put <= 0)
-            return false;
-        bytes += put;
-        count -= static_cast<std::size_t>(put);
-    }
-    return true;
-}
-
 bool Sync(int file)
 {
-    int result = fsync(file);
-    while (result != 0 && errno == EINTR)
-        result = fsync(file);
-    return result == 0 || errno == EINVAL;
+    return Uninterrupted([&] { return fsync(file); }) == 0 || errno == EINVAL;
 }
 
 bool HoldsFolder(int folder)
@@ -41,7 +23,7 @@ bool HoldsFolder(int folder)
 
 void Remove(int parent, const char *name)
 {
-    const Descriptor folder(openat(parent, name, FolderFlags | O_NOFOLLOW));
+    const UniqueHandle folder(openat(parent, name, FolderFlags | O_NOFOLLOW));
     if (!folder.IsOpen() || HoldsFolder(folder))
         return;
     fchmod(folder, S_IRWXU);

@@ -1,73 +1,44 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstddef>
-#include <cstring>
-#include <dirent.h>
-#include <fcntl.h>
-#include <unistd.h>
-#include <utility>
+#include "handles/Handle_unix.h"
 
-// Open files and folders of the system. Folders are named by an open one and a
-// name in it, so that nothing leads elsewhere when paths change meanwhile.
+#include <cstring>
+#include <fcntl.h>
+
+// Folders of the system. A folder is given by an open one, or by an open one and a
+// name in it, so that renaming a folder above cannot lead elsewhere.
 
 constexpr int FolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
-class Descriptor {
-public:
-    explicit Descriptor(int number = -1)
-        : m_number(number)
-    {
-    }
-    ~Descriptor() { Close(); }
-    Descriptor(Descriptor &&other) noexcept
-        : m_number(std::exchange(other.m_number, -1))
-    {
-    }
-    Descriptor &operator=(Descriptor &&other) noexcept
-    {
-        std::swap(m_number, other.m_number);
-        return *this;
-    }
-
-    bool IsOpen() const { return m_number >= 0; }
-    operator int() const { return m_number; }
-    // Somebody else closes it.
-    void Release() { m_number = -1; }
-    // A disk may say only now that it has no room.
-    bool Close() { return m_number < 0 || close(std::exchange(m_number, -1)) == 0; }
-
-private:
-    int m_number;
-};
-
-bool WriteAll(int file, const char *bytes, std::size_t count);
-// Has the system bring a file or a folder to the disk. Some file systems have
-// nothing to do for a folder and say so.
+// Flushes a file or a folder to the disk. False when that fails; a file system
+// that cannot flush folders at all is no failure.
 bool Sync(int file);
 
-// Shows every name in the folder to visit until that returns false. False when
-// the folder cannot be listed, with the system's code left behind.
+// Calls visit(const char *name) for each name in the folder but "." and "..",
+// until it returns false. False when the folder cannot be listed, with the code in errno.
 template <class Visit> bool ForEach(int folder, Visit visit)
 {
-    Descriptor own(openat(folder, ".", FolderFlags));
-    DIR *listing = own.IsOpen() ? fdopendir(own) : nullptr;
+    UniqueHandle own(openat(folder, ".", FolderFlags));
+    const UniqueListing listing(own.IsOpen() ? fdopendir(own) : nullptr);
     if (!listing)
         return false;
     own.Release();
-    while (const dirent *entry = readdir(listing)) {
+    while (const dirent *entry = readdir(listing.get())) {
         if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0 && !visit(entry->d_name))
             break;
     }
-    closedir(listing);
     return true;
 }
 
-// Whether a folder is in the folder; true too when it cannot be told.
+// Whether the folder contains a folder; also true when it cannot be listed, unless
+// it was removed meanwhile.
 bool HoldsFolder(int folder);
-// Removes a folder and the files in it. One that holds a folder stays as it is.
+// Removes a folder and the files in it. One that contains a folder, or that is a
+// link, is left unchanged. Errors are ignored.
 void Remove(int parent, const char *name);
 
-// A lock on a folder shows that the run that unpacks into it is alive; the
-// system takes it away with the run. False when somebody else holds it.
+// Locks an open folder without waiting, until it is closed. The lock shows other
+// runs that the one that unpacks into the folder has not ended. False with
+// EWOULDBLOCK when another run holds it.
 bool Lock(int folder);

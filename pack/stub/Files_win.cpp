@@ -82,22 +82,23 @@ bool HoldsFolder(const Path &folder)
 void Remove(const Path &folder)
 {
     {
-        // A lock may write, and this one shares with nobody who may. While it is
-        // open nobody can put a link at the folder's place.
-        const Handle own(CreateFileW(folder, FILE_LIST_DIRECTORY, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                     FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+        // Cannot be opened while the folder is locked, and keeps the folder from
+        // being replaced by a link.
+        const UniqueHandle own(CreateFileW(folder, FILE_LIST_DIRECTORY, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                           FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
         BY_HANDLE_FILE_INFORMATION about = {};
         if (!own.IsOpen() || !GetFileInformationByHandle(own, &about) || (about.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT)
             || (about.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 || HoldsFolder(folder))
             return;
         RemoveFiles(folder);
     }
-    // Whoever has locked it just now keeps it.
+    // Fails when another run has locked it since.
     RemoveDirectoryW(folder);
 }
 
-Handle Lock(const Path &folder, DWORD share)
+UniqueHandle Lock(const Path &folder, DWORD share)
 {
-    return Handle(CreateFileW(folder, FILE_LIST_DIRECTORY | FILE_ADD_FILE, FILE_SHARE_READ | FILE_SHARE_WRITE | share, nullptr,
-                              OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    return UniqueHandle(CreateFileW(folder, FILE_LIST_DIRECTORY | FILE_ADD_FILE, FILE_SHARE_READ | FILE_SHARE_WRITE | share,
+                                    nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT,
+                                    nullptr));
 }

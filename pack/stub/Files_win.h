@@ -1,54 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <cstddef>
+#include "handles/Handle_win.h"
+
 #include <string_view>
-#include <utility>
 
-#include <windows.h>
+// Folders of the system, and paths that it takes literally: behind "\\?\" dots,
+// blanks and names of devices have no other meaning.
 
-// Open files and folders of the system, and paths that it takes as they are
-// written: behind "\\?\" neither dots nor blanks nor names of devices mean
-// anything else.
-
-class Handle {
-public:
-    explicit Handle(HANDLE handle = INVALID_HANDLE_VALUE)
-        : m_handle(handle)
-    {
-    }
-    ~Handle() { Close(); }
-    Handle(Handle &&other) noexcept
-        : m_handle(std::exchange(other.m_handle, INVALID_HANDLE_VALUE))
-    {
-    }
-    Handle &operator=(Handle &&other) noexcept
-    {
-        std::swap(m_handle, other.m_handle);
-        return *this;
-    }
-
-    bool IsOpen() const { return m_handle != INVALID_HANDLE_VALUE; }
-    operator HANDLE() const { return m_handle; }
-    bool Close() { return !IsOpen() || CloseHandle(std::exchange(m_handle, INVALID_HANDLE_VALUE)); }
-
-private:
-    HANDLE m_handle;
-};
-
-// A path; one that grows too long is empty, and nothing is there.
+// A path of up to 1,023 characters; one that grows longer becomes empty, and no
+// file has that path.
 class Path {
 public:
     Path() = default;
-    // A name in a folder, the text being UTF-8. One that is not becomes an
-    // empty path.
+    // The folder, a separator, the prefix and the name, both of them UTF-8. Empty
+    // when they are not.
     Path(const Path &folder, std::string_view name, std::string_view prefix = {});
-    // A name that the system has told, in a folder.
+    // The folder, a separator and a name as the system lists it.
     Path(const Path &folder, const wchar_t *name);
 
     void Append(const wchar_t *text);
     operator const wchar_t *() const { return m_text; }
-    // What stands behind the last separator.
+    // The part after the last separator.
     const wchar_t *Name() const;
 
 private:
@@ -57,33 +30,31 @@ private:
     std::size_t m_length = 0;
 };
 
-// Shows every entry of the folder, as WIN32_FIND_DATAW, to visit until that
-// returns false. False when the folder cannot be listed, with the system's code
-// left behind.
+// Calls visit(const WIN32_FIND_DATAW &entry) for each entry of the folder but "."
+// and "..", until it returns false. False when the folder cannot be listed, with
+// the code for GetLastError.
 template <class Visit> bool ForEach(const Path &folder, Visit visit)
 {
-    WIN32_FIND_DATAW entry = {};
-    const HANDLE listing = FindFirstFileW(Path(folder, L"*"), &entry);
-    if (listing == INVALID_HANDLE_VALUE)
+    FileSearch search(Path(folder, L"*"));
+    if (!search.IsFound())
         return GetLastError() == ERROR_FILE_NOT_FOUND;
     do {
-        const std::wstring_view name = entry.cFileName;
-        if (name != L"." && name != L".." && !visit(entry))
+        const std::wstring_view name = search.Entry.cFileName;
+        if (name != L"." && name != L".." && !visit(search.Entry))
             break;
-    } while (FindNextFileW(listing, &entry));
-    FindClose(listing);
+    } while (search.Next());
     return true;
 }
 
 // Whether the entry is a folder or a link to one.
 bool IsFolder(const WIN32_FIND_DATAW &entry);
-// Whether a folder is in the folder; true too when it cannot be told.
+// Whether the folder contains a folder; also true when it cannot be listed.
 bool HoldsFolder(const Path &folder);
-// Removes the files in a folder and then it. A link stays as it is, and so does a
-// folder that holds a folder or that somebody has locked.
+// Removes a folder and the files in it. A link, a folder that contains a folder and
+// one that is locked are left unchanged. Errors are ignored.
 void Remove(const Path &folder);
 
-// An open folder. It is a lock on it, too: it shows that the run that unpacks
-// into it is alive, and the system takes it away with the run. Nobody can remove
-// or rename the folder meanwhile unless FILE_SHARE_DELETE is shared.
-Handle Lock(const Path &folder, DWORD share);
+// Opens a folder, which locks it until the handle is closed. The lock shows other
+// runs that the one that unpacks into the folder has not ended. The folder cannot
+// be removed or renamed meanwhile unless share is FILE_SHARE_DELETE.
+UniqueHandle Lock(const Path &folder, DWORD share);

@@ -1,18 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// Installs a pack into the user's exams folder, which is made if need be:
-// unpacked beside the exam of its name and swapped in by renaming. What earlier
-// runs had to leave behind is cleared away. The path is UTF-8; without one it
-// is the program's own file.
+// Installs a pack into the user's exams folder, which is created if necessary: the
+// pack is unpacked into a folder of its own beside the exams, which then takes the
+// place of the exam of its name by renaming. Leftovers of runs that were killed are
+// removed before. file is a path in UTF-8, or nullptr for the program's own file.
 //
-// 0, or 1 after one line on the error output, with everything as it was unless
-// the line says that the exam is there.
+// Returns 0, or 1 after one line on the error output. Everything is unchanged then,
+// unless the line reports that the exam is in its place.
 int InstallPack(const char *file);
 
-// What a program that installs a pack does first: it puts off the signals that
-// would end it, and takes libraries from nowhere but the system.
+// Prepares the process for InstallPack: on Linux signals that would end it are only
+// noted, on Windows libraries are loaded from the system's folder alone.
 void PrepareProgram();
 
-// Says one line on the error output. Parts may be nullptr.
+// Writes the line "Exam pack: about: text: reason" to the error output, without the
+// parts that are nullptr.
 void Complain(const char *about, const char *text, const char *reason);

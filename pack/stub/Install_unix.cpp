@@ -17,11 +17,11 @@ namespace {
 
 constexpr char ExamsPath[] = "/Practorium/Exams";
 
-volatile std::sig_atomic_t hasCome = 0;
+volatile std::sig_atomic_t isStopRequested = 0;
 
-void Note(int)
+void RequestStop(int)
 {
-    hasCome = 1;
+    isStopRequested = 1;
 }
 
 // A name of the pack, ended as the system expects it.
@@ -42,7 +42,7 @@ bool ReadAt(std::intptr_t file, std::uint64_t offset, void *out, std::size_t cou
 {
     auto *bytes = static_cast<char *>(out);
     errno = 0;
-    while (count > 0 && !hasCome) {
+    while (count > 0 && !isStopRequested) {
         const ssize_t got = pread(static_cast<int>(file), bytes, count, static_cast<off_t>(offset));
         if (got < 0 && errno == EINTR)
             continue;
@@ -55,41 +55,41 @@ bool ReadAt(std::intptr_t file, std::uint64_t offset, void *out, std::size_t cou
     return count == 0;
 }
 
-class PackFile {
+class OpenPack {
 public:
     Fault Open(const char *path)
     {
-        m_file = Descriptor(open(path ? path : "/proc/self/exe", O_RDONLY | O_CLOEXEC));
+        m_file = UniqueHandle(open(path ? path : "/proc/self/exe", O_RDONLY | O_CLOEXEC));
         return m_file.IsOpen() && fstat(m_file, &m_status) == 0 ? Fault() : SystemFault(NotRead);
     }
 
     PackSource Source() const { return { ReadAt, m_file, static_cast<std::uint64_t>(m_status.st_size) }; }
-    bool IsCancelled() const { return hasCome != 0; }
+    bool IsCancelled() const { return isStopRequested != 0; }
 
 private:
-    Descriptor m_file;
+    UniqueHandle m_file;
     struct stat m_status = {};
 };
 
-// Locks a folder that another run may have locked. False when that run does not
-// end, or this one is to stop. Where nothing can be locked, nothing is waited for.
-bool AwaitLock(int folder)
+// Locks a folder that another run may have locked, for whose end it waits up to
+// ten seconds. Where nothing can be locked, nothing is waited for.
+Fault AwaitLock(int folder)
 {
-    constexpr int mostRounds = 5000;
-    constexpr timespec pause = { 0, 2'000'000 };
-    for (int round = 0; round < mostRounds && !hasCome; ++round) {
-        if (Lock(folder) || errno != EWOULDBLOCK)
-            return true;
-        nanosleep(&pause, nullptr);
-    }
-    errno = EWOULDBLOCK;
-    return false;
+    constexpr int mostAttempts = 5000;
+    static constexpr timespec pause = { 0, 2'000'000 };
+    const auto attempt = [folder] {
+        const bool isFree = !isStopRequested && (Lock(folder) || errno != EWOULDBLOCK);
+        return isFree ? Fault() : Fault{ NotReplaced, EWOULDBLOCK, isStopRequested == 0 };
+    };
+    return LastFault(
+        mostAttempts, [] { nanosleep(&pause, nullptr); }, attempt);
 }
 
-// Whether an exam can come to that place: nothing is there, or a folder of files.
+// No fault when an exam can be put in that place: nothing is there, or a folder of
+// files.
 Fault CheckPlace(int exams, const char *name)
 {
-    const Descriptor folder(openat(exams, name, FolderFlags | O_NOFOLLOW));
+    const UniqueHandle folder(openat(exams, name, FolderFlags | O_NOFOLLOW));
     if (!folder.IsOpen() && errno == ENOENT)
         return {};
     if (!folder.IsOpen() && (errno == ENOTDIR || errno == ELOOP))
@@ -99,8 +99,8 @@ Fault CheckPlace(int exams, const char *name)
     return HoldsFolder(folder) ? FolderInside : Fault();
 }
 
-// The user's exams folder. What was made of its path goes again if nothing
-// comes into it.
+// The user's exams folder. The folders of its path that were made are removed
+// again if they stay empty.
 class ExamsFolder {
 public:
     ExamsFolder() = default;
@@ -130,9 +130,9 @@ public:
                 return { NoExamsFolder, ENAMETOOLONG };
             std::copy_n(part, more + 1, m_path + length);
         }
-        m_folder = Descriptor(open(m_path, FolderFlags));
+        m_folder = UniqueHandle(open(m_path, FolderFlags));
         if (!m_folder.IsOpen() && errno == ENOENT && Make())
-            m_folder = Descriptor(open(m_path, FolderFlags));
+            m_folder = UniqueHandle(open(m_path, FolderFlags));
         return m_folder.IsOpen() ? Fault() : SystemFault(NoExamsFolder);
     }
 
@@ -161,10 +161,10 @@ private:
 
     char m_path[PATH_MAX] = {};
     std::size_t m_made = 0; // length of the shortest path that was made
-    Descriptor m_folder;
+    UniqueHandle m_folder;
 };
 
-// A new folder inside the exams folder, which goes with everything in it
+// A new folder inside the exams folder, which is removed with everything in it
 // unless it has been swapped in.
 class WorkFolder {
 public:
@@ -182,31 +182,13 @@ public:
 
     Fault Make()
     {
-        errno = EEXIST;
-        for (int attempt = 0; attempt < MostAttempts; ++attempt) {
-            unsigned char random[WorkDigits / 2] = {};
-            if (getrandom(random, sizeof random, 0) != sizeof random)
-                break;
-            m_name = WorkName(random);
-            if (mkdirat(m_exams, m_name.Text, 0777) != 0) {
-                if (errno == EEXIST)
-                    continue;
-                break;
-            }
-            m_isMade = true;
-            m_folder = Descriptor(openat(m_exams, m_name.Text, FolderFlags | O_NOFOLLOW));
-            if (m_folder.IsOpen() && IsOurs())
-                return {};
-            m_isMade = false;
-            unlinkat(m_exams, m_name.Text, AT_REMOVEDIR);
-        }
-        return SystemFault(NotWritten);
+        return LastFault(MostAttempts, NoPause, [this] { return TryMake(); });
     }
 
-    // A new file in the folder, its bytes, and its end.
+    // Creates a file in the folder, writes to it, and closes it.
     Fault Begin(std::string_view name)
     {
-        m_file = Descriptor(openat(m_folder, Name(name), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+        m_file = UniqueHandle(openat(m_folder, Name(name), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
         return m_file.IsOpen() ? Fault() : SystemFault(NotWritten);
     }
     Fault Put(const char *bytes, std::size_t count)
@@ -214,80 +196,104 @@ public:
         return WriteAll(m_file, bytes, count) ? Fault() : SystemFault(NotWritten);
     }
     Fault End() { return Sync(m_file) && m_file.Close() ? Fault() : SystemFault(NotWritten); }
-    // Has the system bring the folder to the disk.
+    // Flushes the folder to the disk.
     Fault Keep() { return Sync(m_folder) ? Fault() : SystemFault(NotWritten); }
 
     // Puts the folder where the exam belongs and removes what was there.
     Fault SwapIn(std::string_view package)
     {
-        if (hasCome)
+        if (isStopRequested)
             return Cancelled;
         const Name place(package);
         const Name kept(package, KeptPrefix);
-        for (int attempt = 0; attempt < MostAttempts; ++attempt) {
-            if (const Fault fault = CheckPlace(m_exams, place))
-                return fault;
-            // Nothing was there, or an empty folder.
-            if (renameat(m_exams, m_name.Text, m_exams, place) == 0)
-                return Finish(place, nullptr);
-            if (errno != ENOTEMPTY && errno != EEXIST)
-                return SystemFault(NotWritten);
-            // Locked, the old exam is not left over for any other run. The new exam
-            // of another run is locked until that run ends.
-            const Descriptor old(openat(m_exams, place, FolderFlags | O_NOFOLLOW));
-            if (old.IsOpen() && !AwaitLock(old))
-                return SystemFault(NotReplaced);
-            if (!old.IsOpen() || !IsAt(old, place))
-                continue;
-            if (renameat2(m_exams, m_name.Text, m_exams, place, RENAME_EXCHANGE) == 0)
-                return Finish(place, m_name.Text);
-            if (errno == EINVAL || errno == ENOSYS) {
-                // Two steps, in between of which a run that dies leaves an exam
-                // that the next one puts back.
-                if (!ClearKept(kept))
-                    return SystemFault(NotReplaced);
-                if (renameat(m_exams, place, m_exams, kept) == 0) {
-                    if (renameat(m_exams, m_name.Text, m_exams, place) == 0)
-                        return Finish(place, kept);
-                    const int code = errno;
-                    renameat(m_exams, kept, m_exams, place);
-                    errno = code;
-                }
-            }
-            // Another run may have been faster; its exam is replaced in turn.
-            if (errno != ENOENT && errno != ENOTEMPTY && errno != EEXIST)
-                return SystemFault(NotWritten);
-        }
-        return SystemFault(NotWritten);
+        return LastFault(MostAttempts, NoPause, [&] { return TrySwapIn(place, kept); });
     }
 
 private:
-    // Whoever clears away leftovers may have come between making the folder
-    // and locking it. Where nothing can be locked, nothing is cleared away.
+    Fault TryMake()
+    {
+        unsigned char random[WorkDigits / 2] = {};
+        if (getrandom(random, sizeof random, 0) != sizeof random)
+            return SystemFault(NotWritten);
+        m_name = WorkName(random);
+        if (mkdirat(m_exams, m_name.Text, 0777) != 0)
+            return SystemFault(NotWritten, errno == EEXIST);
+        m_isMade = true;
+        m_folder = UniqueHandle(openat(m_exams, m_name.Text, FolderFlags | O_NOFOLLOW));
+        if (m_folder.IsOpen() && IsOurs())
+            return {};
+        m_isMade = false;
+        unlinkat(m_exams, m_name.Text, AT_REMOVEDIR);
+        return SystemFault(NotWritten, true);
+    }
+
+    Fault TrySwapIn(const char *place, const char *kept)
+    {
+        if (const Fault fault = CheckPlace(m_exams, place))
+            return fault;
+        // Nothing was there, or an empty folder.
+        if (renameat(m_exams, m_name.Text, m_exams, place) == 0)
+            return Finish(place, nullptr);
+        return errno == ENOTEMPTY || errno == EEXIST ? Replace(place, kept) : SystemFault(NotWritten);
+    }
+
+    Fault Replace(const char *place, const char *kept)
+    {
+        // While it is locked, no other run removes the old exam as a leftover. The
+        // new exam of another run is locked until that run ends.
+        const UniqueHandle old(openat(m_exams, place, FolderFlags | O_NOFOLLOW));
+        if (const Fault fault = old.IsOpen() ? AwaitLock(old) : Fault())
+            return fault;
+        if (!old.IsOpen() || !IsAt(old, place))
+            return SystemFault(NotWritten, true);
+        if (renameat2(m_exams, m_name.Text, m_exams, place, RENAME_EXCHANGE) == 0)
+            return Finish(place, m_name.Text);
+        return errno == EINVAL || errno == ENOSYS ? ReplaceInTwoSteps(place, kept) : RenameFault();
+    }
+
+    // If the run is killed between the steps, the next one moves the exam back.
+    Fault ReplaceInTwoSteps(const char *place, const char *kept)
+    {
+        if (const Fault fault = ClearKept(kept))
+            return fault;
+        if (renameat(m_exams, place, m_exams, kept) != 0)
+            return RenameFault();
+        if (renameat(m_exams, m_name.Text, m_exams, place) == 0)
+            return Finish(place, kept);
+        const Fault fault = RenameFault();
+        renameat(m_exams, kept, m_exams, place);
+        return fault;
+    }
+
+    // Another run may have been faster, whose exam is replaced in turn.
+    static Fault RenameFault() { return SystemFault(NotWritten, errno == ENOENT || errno == ENOTEMPTY || errno == EEXIST); }
+
+    // Another run may have removed the folder as a leftover before it was locked.
+    // Where nothing can be locked, leftovers are not removed.
     bool IsOurs() const
     {
         struct stat status = {};
         return (Lock(m_folder) || errno != EWOULDBLOCK) && fstat(m_folder, &status) == 0 && status.st_nlink > 0;
     }
 
-    // Removes what a run that died has kept; not what another run still needs.
-    bool ClearKept(const char *kept) const
+    // Removes what a killed run has kept, but not what another run still needs.
+    Fault ClearKept(const char *kept) const
     {
-        const Descriptor folder(openat(m_exams, kept, FolderFlags | O_NOFOLLOW));
-        if (folder.IsOpen() && !AwaitLock(folder))
-            return false;
-        Remove(m_exams, kept);
-        return true;
+        const UniqueHandle folder(openat(m_exams, kept, FolderFlags | O_NOFOLLOW));
+        const Fault fault = folder.IsOpen() ? AwaitLock(folder) : Fault();
+        if (!fault)
+            Remove(m_exams, kept);
+        return fault;
     }
 
-    // The exam is in its place, and what was there has the other name; null when
-    // nothing was there. The old exam goes only when the new one is sure to stay,
-    // else it comes back.
+    // The exam is in its place; old is the name that the previous one has now, or
+    // nullptr. That one is removed only once the change is on the disk, and moved
+    // back when the flush fails.
     Fault Finish(const char *place, const char *old)
     {
         const Fault fault = Sync(m_exams) ? Fault() : SystemFault(NotWritten);
-        // What came since the exam is in its place has not stopped the run.
-        hasCome = 0;
+        // A signal that came after the exam was in its place is ignored.
+        isStopRequested = 0;
         if (fault && (!IsAt(m_folder, place) || ChangeBack(place, old)))
             return fault;
         m_isMade = false;
@@ -298,8 +304,8 @@ private:
         return {};
     }
 
-    // Whether that folder still has that name. Another run may have been in
-    // between, and its exam stays.
+    // Whether the open folder still has that name. Another run may have replaced
+    // it, whose exam then stays.
     bool IsAt(int folder, const char *name) const
     {
         struct stat here = {};
@@ -308,17 +314,17 @@ private:
             && here.st_dev == there.st_dev && here.st_ino == there.st_ino;
     }
 
-    // Gives the folder its first name again, and the place to what was there.
+    // Moves the folder back to its first name, and the previous exam to its place.
     bool ChangeBack(const char *place, const char *old) const
     {
         if (old == m_name.Text)
             return renameat2(m_exams, place, m_exams, m_name.Text, RENAME_EXCHANGE) == 0;
-        // One exam stays in any case.
+        // One of the two exams has to stay.
         if (old && faccessat(m_exams, old, F_OK, AT_SYMLINK_NOFOLLOW) != 0)
             return false;
         if (renameat(m_exams, place, m_exams, m_name.Text) != 0)
             return false;
-        // If that fails, the next run does it.
+        // If this fails, the next run does it.
         if (old)
             renameat(m_exams, old, m_exams, place);
         return true;
@@ -327,18 +333,18 @@ private:
     int m_exams;
     WorkName m_name{ {} };
     bool m_isMade = false;
-    Descriptor m_folder;
-    Descriptor m_file;
+    UniqueHandle m_folder;
+    UniqueHandle m_file;
 };
 
-// Clears away what runs left behind that were ended by force.
+// Removes the leftovers of killed runs, and moves exams back that they had kept.
 void ExamsFolder::Sweep() const
 {
     ForEach(m_folder, [this](const char *entry) {
         const std::string_view package = KeptPackage(entry);
         if (package.empty() && !IsWorkName(entry))
             return true;
-        const Descriptor folder(openat(m_folder, entry, FolderFlags | O_NOFOLLOW));
+        const UniqueHandle folder(openat(m_folder, entry, FolderFlags | O_NOFOLLOW));
         struct stat status = {};
         if (!folder.IsOpen() || fstat(folder, &status) != 0 || status.st_uid != geteuid())
             return true;
@@ -357,14 +363,14 @@ void ExamsFolder::Sweep() const
 
 }
 
-// A wish to stop only leaves a note, so that nothing half-made stays. A write
-// past a limit is an error like a full disk.
+// A signal to stop is only noted, so that the run can clean up. A write past a
+// limit is an error like a full disk.
 void PrepareProgram()
 {
     for (const int number : { SIGINT, SIGTERM, SIGHUP }) {
         struct sigaction before = {};
         struct sigaction action = {};
-        action.sa_handler = Note;
+        action.sa_handler = RequestStop;
         sigaction(number, nullptr, &before);
         if (before.sa_handler != SIG_IGN)
             sigaction(number, &action, nullptr);
@@ -373,9 +379,9 @@ void PrepareProgram()
     std::signal(SIGPIPE, SIG_IGN);
 }
 
-Fault SystemFault(const char *text)
+Fault SystemFault(const char *text, bool isPassing)
 {
-    return { text, static_cast<unsigned long>(errno) };
+    return { text, static_cast<unsigned long>(errno), isPassing };
 }
 
 const char *SystemText(unsigned long code)
@@ -390,5 +396,5 @@ void WriteErrorLine(const char *line, std::size_t length)
 
 int InstallPack(const char *file)
 {
-    return InstallFile<PackFile, ExamsFolder, WorkFolder>(file);
+    return InstallFile<OpenPack, ExamsFolder, WorkFolder>(file);
 }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #define _CRT_RAND_S
-#include "model/MoveLock_win.h"
 #include "pack/stub/Files_win.h"
 #include "pack/stub/Steps.h"
+#include "packformat/MoveLock_win.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -11,21 +11,15 @@
 
 namespace {
 
-// Between two attempts at what another program may be in the way of, such as
-// one that looks for viruses in every new file: 5 seconds in all.
-constexpr DWORD AttemptMilliseconds = 50;
-
 bool ReadAt(std::intptr_t file, std::uint64_t offset, void *out, std::size_t count)
 {
     auto *bytes = static_cast<char *>(out);
     SetLastError(ERROR_SUCCESS);
     while (count > 0) {
-        OVERLAPPED at = {};
-        at.Offset = static_cast<DWORD>(offset);
-        at.OffsetHigh = static_cast<DWORD>(offset >> 32);
+        OVERLAPPED place = AtOffset(offset);
         DWORD got = 0;
-        const auto wanted = static_cast<DWORD>(std::min<std::size_t>(count, 1 << 30));
-        if (!ReadFile(reinterpret_cast<HANDLE>(file), bytes, wanted, &got, &at) || got == 0)
+        const auto length = static_cast<DWORD>(std::min(count, LargestTransfer));
+        if (!ReadFile(reinterpret_cast<HANDLE>(file), bytes, length, &got, &place) || got == 0)
             return false;
         bytes += got;
         offset += got;
@@ -34,7 +28,7 @@ bool ReadAt(std::intptr_t file, std::uint64_t offset, void *out, std::size_t cou
     return true;
 }
 
-class PackFile {
+class OpenPack {
 public:
     Fault Open(const char *path)
     {
@@ -43,9 +37,9 @@ public:
                                   : GetModuleFileNameW(nullptr, wide, std::size(wide)) < std::size(wide);
         if (!isNamed)
             return SystemFault(NotRead);
-        // While it is open nobody can write to it.
-        m_file
-            = Handle(CreateFileW(wide, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0, nullptr));
+        // Nothing can write to the file while it is open.
+        m_file = UniqueHandle(
+            CreateFileW(wide, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0, nullptr));
         return m_file.IsOpen() && GetFileSizeEx(m_file, &m_size) ? Fault() : SystemFault(NotRead);
     }
 
@@ -58,30 +52,29 @@ public:
     bool IsCancelled() const { return false; }
 
 private:
-    Handle m_file;
+    UniqueHandle m_file;
     LARGE_INTEGER m_size = {};
 };
 
-// Why a file keeps its folder from being renamed: somebody has it open. No
-// fault when nobody has.
+// A fault when another program has the file open, so that its folder cannot be
+// renamed.
 Fault CheckFile(const Path &path)
 {
-    const Handle file(CreateFileW(path, DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                                  FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    const UniqueHandle file(CreateFileW(path, DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                        OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
     if (file.IsOpen() || GetLastError() == ERROR_FILE_NOT_FOUND || GetLastError() == ERROR_PATH_NOT_FOUND)
         return {};
     return SystemFault(NotReplaced);
 }
 
-// Whether an exam can come to that place: nothing is there, or a folder of
-// files that nobody has open.
+// No fault when an exam can be put in that place: nothing is there, or a folder of
+// files that no other program has open.
 Fault CheckPlace(const Path &place)
 {
-    WIN32_FIND_DATAW found = {};
-    const HANDLE search = FindFirstFileW(place, &found);
-    if (search == INVALID_HANDLE_VALUE)
+    const FileSearch search(place);
+    if (!search.IsFound())
         return GetLastError() == ERROR_FILE_NOT_FOUND ? Fault() : SystemFault(NotReplaced);
-    FindClose(search);
+    const WIN32_FIND_DATAW &found = search.Entry;
     // What is found by another name than its own is another exam's folder,
     // by its short name.
     if (!IsFolder(found) || (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT)
@@ -95,15 +88,15 @@ Fault CheckPlace(const Path &place)
     return isListed || GetLastError() == ERROR_PATH_NOT_FOUND ? fault : SystemFault(NotReplaced);
 }
 
-// The same, with patience for whoever looks into new files.
-Fault CheckPatiently(const Path &place)
+// The same, after waiting for other programs to close the files.
+Fault AwaitPlace(const Path &place)
 {
-    Fault fault = CheckPlace(place);
-    for (int attempt = 1; attempt < MostAttempts && fault.Code == ERROR_SHARING_VIOLATION; ++attempt) {
-        Sleep(AttemptMilliseconds);
-        fault = CheckPlace(place);
-    }
-    return fault;
+    const auto attempt = [&] {
+        Fault fault = CheckPlace(place);
+        fault.IsPassing = fault.Code == ERROR_SHARING_VIOLATION;
+        return fault;
+    };
+    return LastFault(MostAttempts, PauseForOthers, attempt);
 }
 
 bool Move(const Path &from, const Path &to)
@@ -117,7 +110,7 @@ bool IsThere(const Path &path)
 }
 
 // The exams folder in the folder of programs, where the program looks for it.
-// What was made of its path goes again if nothing comes into it.
+// The folders of its path that were made are removed again if they stay empty.
 class ExamsFolder {
 public:
     ExamsFolder() = default;
@@ -146,19 +139,19 @@ public:
         m_exams = Path(m_program, L"Exams");
         m_isProgramMade = CreateDirectoryW(m_program, nullptr);
         m_isExamsMade = CreateDirectoryW(m_exams, nullptr);
-        // Nobody can rename it while it is open.
-        m_folder = Handle(CreateFileW(m_exams, FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
-                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+        // It cannot be renamed while it is open.
+        m_folder = UniqueHandle(CreateFileW(m_exams, FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                            OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
         BY_HANDLE_FILE_INFORMATION about = {};
         if (!m_folder.IsOpen() || !GetFileInformationByHandle(m_folder, &about))
             return SystemFault(NoExamsFolder);
         return about.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY ? Fault() : Fault{ NoExamsFolder, ERROR_DIRECTORY };
     }
 
-    Fault Check(std::string_view package) const { return CheckPatiently(Path(m_exams, package)); }
+    Fault Check(std::string_view package) const { return AwaitPlace(Path(m_exams, package)); }
 
-    // Clears away what runs left behind that were ended by force; it stays while
-    // another run moves exams and does not come to an end.
+    // Removes the leftovers of killed runs, and moves exams back that they had kept.
+    // Does nothing if another run does not stop moving exams.
     void Sweep() const
     {
         const MoveLock lock(MostAttempts * AttemptMilliseconds);
@@ -190,10 +183,10 @@ private:
     Path m_exams;
     bool m_isProgramMade = false;
     bool m_isExamsMade = false;
-    Handle m_folder;
+    UniqueHandle m_folder;
 };
 
-// A new folder inside the exams folder, which goes with everything in it
+// A new folder inside the exams folder, which is removed with everything in it
 // unless it has been swapped in.
 class WorkFolder {
 public:
@@ -213,56 +206,28 @@ public:
 
     Fault Make()
     {
-        SetLastError(ERROR_ALREADY_EXISTS);
-        for (int attempt = 0; attempt < MostAttempts; ++attempt) {
-            unsigned int parts[2] = {};
-            if (rand_s(&parts[0]) != 0 || rand_s(&parts[1]) != 0)
-                break;
-            unsigned char random[WorkDigits / 2] = {};
-            static_assert(sizeof random == sizeof parts);
-            std::memcpy(random, parts, sizeof random);
-            m_path = Path(m_exams, WorkName(random).Text);
-            if (!CreateDirectoryW(m_path, nullptr)) {
-                if (GetLastError() == ERROR_ALREADY_EXISTS)
-                    continue;
-                break;
-            }
-            // Whoever clears away leftovers may have come before the lock.
-            m_folder = Lock(m_path, 0);
-            m_isMade = m_folder.IsOpen();
-            if (m_isMade)
-                return {};
-            RemoveDirectoryW(m_path);
-        }
-        return SystemFault(NotWritten);
+        return LastFault(MostAttempts, NoPause, [this] { return TryMake(); });
     }
 
-    // A new file in the folder, its bytes, and its end. A name that differs in
-    // letter case only is there already.
+    // Creates a file in the folder, writes to it, and closes it. Two names that
+    // differ in nothing but letter case are one file.
     Fault Begin(std::string_view name)
     {
-        m_file = Handle(CreateFileW(Path(m_path, name), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        m_file = UniqueHandle(
+            CreateFileW(Path(m_path, name), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
         return m_file.IsOpen() ? Fault() : SystemFault(NotWritten);
     }
     Fault Put(const char *bytes, std::size_t count)
     {
-        while (count > 0) {
-            DWORD put = 0;
-            SetLastError(ERROR_DISK_FULL);
-            if (!WriteFile(m_file, bytes, static_cast<DWORD>(std::min<std::size_t>(count, 1 << 30)), &put, nullptr) || put == 0)
-                return SystemFault(NotWritten);
-            bytes += put;
-            count -= put;
-        }
-        return {};
+        return WriteAll(m_file, bytes, count) ? Fault() : SystemFault(NotWritten);
     }
     Fault End() { return FlushFileBuffers(m_file) && m_file.Close() ? Fault() : SystemFault(NotWritten); }
-    // The system keeps a record of what happens to folders.
+    // Changes of folders are in the file system's journal.
     Fault Keep() { return {}; }
 
-    // Puts the folder where the exam belongs and removes what was there. Two
-    // folders cannot change places: a run that dies between the two steps
-    // leaves an exam that the next one puts back.
+    // Puts the folder where the exam belongs and removes what was there. That takes
+    // two steps, because two folders cannot change places: if the run is killed in
+    // between, the next one moves the exam back.
     Fault SwapIn(std::string_view package)
     {
         const Path place(m_exams, package);
@@ -271,51 +236,64 @@ public:
         m_folder = Lock(m_path, FILE_SHARE_DELETE);
         if (!m_folder.IsOpen())
             return SystemFault(NotWritten);
-        // Without it nothing is removed that another run may need again; a
-        // later run does.
+        // Without the lock, exams that another run may still need are not removed; a
+        // later run removes them.
         const MoveLock lock(MostAttempts * AttemptMilliseconds);
-        DWORD code = ERROR_SUCCESS;
-        for (int attempt = 0; attempt < MostAttempts; ++attempt) {
-            if (attempt > 0)
-                Sleep(AttemptMilliseconds);
-            if (const Fault fault = CheckPatiently(place))
-                return fault;
-            if (Move(m_path, place))
-                return Finish(kept, lock);
-            if (lock.IsHeld() && IsThere(place))
-                Remove(kept);
-            if (!Move(place, kept)) {
-                code = GetLastError();
-            } else {
-                if (Move(m_path, place))
-                    return Finish(kept, lock);
-                code = GetLastError();
-                PutBack(kept, place);
-            }
-            // Another run may have been faster, whose exam is replaced in turn;
-            // or somebody has opened a file just now.
-            const bool isPassing = code == ERROR_ALREADY_EXISTS || code == ERROR_FILE_EXISTS || code == ERROR_FILE_NOT_FOUND
-                || code == ERROR_PATH_NOT_FOUND || code == ERROR_ACCESS_DENIED || code == ERROR_SHARING_VIOLATION;
-            if (!isPassing)
-                break;
-        }
-        return { NotWritten, code };
+        return LastFault(MostAttempts, PauseForOthers, [&] { return TrySwapIn(place, kept, lock); });
     }
 
 private:
-    static void PutBack(const Path &kept, const Path &place)
+    Fault TryMake()
     {
-        for (int attempt = 0; attempt < MostAttempts && !Move(kept, place); ++attempt) {
-            if (GetLastError() != ERROR_ACCESS_DENIED && GetLastError() != ERROR_SHARING_VIOLATION)
-                return;
-            Sleep(AttemptMilliseconds);
-        }
+        unsigned int parts[2] = {};
+        if (rand_s(&parts[0]) != 0 || rand_s(&parts[1]) != 0)
+            return SystemFault(NotWritten);
+        unsigned char random[WorkDigits / 2] = {};
+        static_assert(sizeof random == sizeof parts);
+        std::memcpy(random, parts, sizeof random);
+        m_path = Path(m_exams, WorkName(random).Text);
+        if (!CreateDirectoryW(m_path, nullptr))
+            return SystemFault(NotWritten, GetLastError() == ERROR_ALREADY_EXISTS);
+        // Another run may have removed the folder as a leftover before the lock.
+        m_folder = Lock(m_path, 0);
+        m_isMade = m_folder.IsOpen();
+        if (m_isMade)
+            return {};
+        RemoveDirectoryW(m_path);
+        return SystemFault(NotWritten, true);
+    }
+
+    Fault TrySwapIn(const Path &place, const Path &kept, const MoveLock &lock)
+    {
+        if (const Fault fault = AwaitPlace(place))
+            return fault;
+        if (Move(m_path, place))
+            return Finish(kept, lock);
+        if (lock.IsHeld() && IsThere(place))
+            Remove(kept);
+        if (!Move(place, kept))
+            return MoveFault();
+        if (Move(m_path, place))
+            return Finish(kept, lock);
+        const Fault fault = MoveFault();
+        RetryWhileInUse([&] { return Move(kept, place); });
+        return fault;
+    }
+
+    // Another run may have been faster, whose exam is replaced in turn; or another
+    // program has just opened a file.
+    static Fault MoveFault()
+    {
+        const DWORD code = GetLastError();
+        const bool isPassing = code == ERROR_ALREADY_EXISTS || code == ERROR_FILE_EXISTS || code == ERROR_FILE_NOT_FOUND
+            || code == ERROR_PATH_NOT_FOUND || IsInUse(code);
+        return { NotWritten, code, isPassing };
     }
 
     Fault Finish(const Path &kept, const MoveLock &lock)
     {
         m_isMade = false;
-        // The next run may replace this one's exam in turn and remove it.
+        // Otherwise the next run could not replace this exam.
         m_folder.Close();
         if (lock.IsHeld())
             Remove(kept);
@@ -325,15 +303,15 @@ private:
     const Path &m_exams;
     Path m_path;
     bool m_isMade = false;
-    Handle m_folder;
-    Handle m_file;
+    UniqueHandle m_folder;
+    UniqueHandle m_file;
 };
 
-// What a folder is, whatever it is called; false when it cannot be told.
+// Identifies a folder independently of its path; false when it cannot be opened.
 bool LookAt(const wchar_t *folder, BY_HANDLE_FILE_INFORMATION &about)
 {
-    const Handle own(CreateFileW(folder, 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                                 FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    const UniqueHandle own(CreateFileW(folder, 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                       OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     return own.IsOpen() && GetFileInformationByHandle(own, &about);
 }
 
@@ -365,9 +343,9 @@ void PrepareProgram()
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
 }
 
-Fault SystemFault(const char *text)
+Fault SystemFault(const char *text, bool isPassing)
 {
-    return { text, GetLastError() };
+    return { text, GetLastError(), isPassing };
 }
 
 const char *SystemText(unsigned long code)
@@ -381,11 +359,11 @@ const char *SystemText(unsigned long code)
     return WideCharToMultiByte(CP_UTF8, 0, wide, -1, text, sizeof text, nullptr, nullptr) > 1 ? text : nullptr;
 }
 
-// The program has no console of its own, so that none flashes up where a
-// program with windows runs it. It uses what it was given or its starter's; a
-// double click gives it neither, and a box has to do. The download window gives
-// it neither as well: it runs packs in the temporary folder and waits for them,
-// and a box of theirs would be behind it or, with nobody there, stay for ever.
+// The program has no console of its own, so that none flashes up when a program
+// with windows runs it. It writes to the error output that it was given, or to the
+// console of the process that started it. With neither, as after a double click, it
+// shows a box, but not in the temporary folder: the download window runs packs there
+// and waits for them, and the box would be hidden behind it.
 void WriteErrorLine(const char *line, std::size_t length)
 {
     wchar_t wide[1024] = {};
@@ -397,8 +375,8 @@ void WriteErrorLine(const char *line, std::size_t length)
     } else if (error && error != INVALID_HANDLE_VALUE && WriteFile(error, line, static_cast<DWORD>(length), &put, nullptr)) {
         return;
     } else if (AttachConsole(ATTACH_PARENT_PROCESS)) {
-        const Handle console(CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                         OPEN_EXISTING, 0, nullptr));
+        const UniqueHandle console(CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                               nullptr, OPEN_EXISTING, 0, nullptr));
         WriteConsoleW(console, wide, static_cast<DWORD>(count), &put, nullptr);
     } else if (!IsInTemporaryFolder()) {
         MessageBoxW(nullptr, wide, L"Practorium", MB_OK | MB_ICONERROR | MB_SETFOREGROUND);
@@ -407,5 +385,5 @@ void WriteErrorLine(const char *line, std::size_t length)
 
 int InstallPack(const char *file)
 {
-    return InstallFile<PackFile, ExamsFolder, WorkFolder>(file);
+    return InstallFile<OpenPack, ExamsFolder, WorkFolder>(file);
 }

@@ -146,7 +146,7 @@ bool PackReader::Next(PackEntry &entry)
             return true;
         }
     }
-    // A piece of an entry is none.
+    // An incomplete entry is left unread.
     m_indexPosition = start;
     return false;
 }

@@ -1,27 +1,28 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "pack/PackFormat.h"
 #include "pack/stub/Digest.h"
+#include "packformat/PackFormat.h"
 
 #include <cstdlib>
 #include <memory>
 
-// The file of a pack as the system reads it.
+// How the file of a pack is read.
 struct PackSource {
-    // Reads so many bytes from that offset on: all of them, or false.
+    // Reads count bytes from offset on; false unless all of them can be read.
     bool (*Read)(std::intptr_t file, std::uint64_t offset, void *out, std::size_t count);
-    std::intptr_t File; // the system's number for it
-    std::uint64_t Size;
+    std::intptr_t File; // descriptor or handle
+    std::uint64_t Size; // of the file, in bytes
 };
 
+// One file of a pack.
 struct PackEntry {
-    std::string_view Name;
-    std::uint64_t Size = 0;
+    std::string_view Name; // UTF-8; valid as long as the reader
+    std::uint64_t Size = 0; // bytes
 };
 
-// Reads a pack from front to back. No number of the file is believed before it
-// was compared with what is there; nothing but the index is kept in memory.
+// Reads a pack from front to back. Every number in the file is compared with the
+// size of the file before it is used; only the index is kept in memory.
 class PackReader {
 public:
     explicit PackReader(const PackSource &source)
@@ -29,18 +30,18 @@ public:
     {
     }
 
-    // Looks at the whole file: the sum, then every name and size. What is
-    // wrong, or nullptr. Everything below needs a pack with nothing wrong.
+    // Checks the whole file: the sum, then every name and size. The reason for which
+    // the pack is refused, or nullptr. The functions below need a pack that has passed.
     const char *Check();
 
     // The name of the package folder.
     std::string_view Folder() const { return m_folder; }
 
-    // The next file of the index; false behind the last one.
+    // Gives the next file of the index; false after the last one.
     bool Next(PackEntry &entry);
-    // The next bytes of the contents; false when they cannot be read.
+    // Reads the next bytes of the contents; false when they cannot be read.
     bool Read(void *out, std::size_t count);
-    // Behind the last content: whether all that Read handed out is what Check
+    // After the last content: whether Read has returned the same bytes that Check
     // has summed up.
     bool IsSame() const;
 
@@ -51,7 +52,7 @@ private:
     const char *CheckIndex(std::uint64_t contentBytes);
     const char *CheckTwins(std::size_t count);
     void Rewind();
-    // The next bytes of the index; nullptr when it has not so many left.
+    // The next bytes of the index; nullptr when fewer are left.
     const unsigned char *Take(std::size_t count);
     bool TakeName(std::string_view &name);
 

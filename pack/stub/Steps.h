@@ -1,29 +1,31 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "model/KeptExams.h"
+#include "handles/Retry.h"
 #include "pack/stub/Install.h"
 #include "pack/stub/PackReader.h"
+#include "packformat/KeptExams.h"
 
 #include <algorithm>
 
-// What installing a pack is on every system.
+// The steps of installing a pack that are the same on every system.
 
-// Folders inside the exams folder that are no exams: no package holds a file
-// with a leading dot, so that none of them ever holds an exam of its own name.
+// Folders inside the exams folder that are not listed as exams: the exam file would
+// begin with a dot, which no name in a package does.
 //
-// What is being unpacked, or was replaced: a number of 16 digits follows.
+// What is being unpacked, or was replaced: 16 hexadecimal digits follow.
 constexpr std::string_view WorkPrefix = ".practorium-pack-";
 constexpr std::size_t WorkDigits = 16;
 // The other kind begins with KeptPrefix.
 
-constexpr int MostAttempts = 100;
-
-// What went wrong, with the system's code for it if there is one; without a
-// text nothing did.
+// What went wrong, with the system's code for it or 0; without a text nothing
+// did.
 struct Fault {
     const char *Text = nullptr;
     unsigned long Code = 0;
+    // Whether another attempt may succeed, because it is another run or program
+    // that was in the way.
+    bool IsPassing = false;
     explicit operator bool() const { return Text != nullptr; }
 };
 
@@ -36,11 +38,26 @@ constexpr char NoExamsFolder[] = "there is no exams folder to install into";
 constexpr Fault InPlace = { "a file or a link is in its place", 0 };
 constexpr Fault FolderInside = { "the installed exam cannot be replaced, because a folder is in it", 0 };
 
-// A fault with the code that the system has left behind.
-Fault SystemFault(const char *text);
+// A fault with the code of the system call that has just failed.
+Fault SystemFault(const char *text, bool isPassing = false);
+// Makes attempts, with a pause in between, until one has no fault or one that
+// does not pass, so many at most; the fault of the last one.
+template <class Pause, class Attempt> Fault LastFault(int most, Pause pause, Attempt attempt)
+{
+    Fault fault;
+    Retry(most, pause, [&] {
+        fault = attempt();
+        return !fault.IsPassing;
+    });
+    // What has not passed by now will not.
+    fault.IsPassing = false;
+    return fault;
+}
+inline void NoPause() { }
+
 // The system's words for a code, in UTF-8; good until the next call.
 const char *SystemText(unsigned long code);
-// One line for whoever runs the program.
+// Writes one line, in UTF-8, to the error output.
 void WriteErrorLine(const char *line, std::size_t length);
 
 // The name of a work folder that belongs to a random number.
@@ -49,9 +66,10 @@ struct WorkName {
     char Text[WorkPrefix.size() + WorkDigits + 1];
 };
 bool IsWorkName(std::string_view name);
-// The package of which that folder is the exam kept aside; empty when it is none.
+// The package whose exam is kept in the folder of that name; empty for other names.
 std::string_view KeptPackage(std::string_view name);
 
+// Unpacks a checked pack into the folder.
 template <class Work> Fault Unpack(PackReader &pack, Work &work)
 {
     static char block[1 << 18];
@@ -73,6 +91,7 @@ template <class Work> Fault Unpack(PackReader &pack, Work &work)
     return pack.IsSame() ? work.Keep() : Fault{ "the pack has changed while it was read" };
 }
 
+// Installs a checked pack.
 template <class Exams, class Work> Fault Install(PackReader &pack)
 {
     Exams exams;
@@ -89,6 +108,7 @@ template <class Exams, class Work> Fault Install(PackReader &pack)
     return work.SwapIn(pack.Folder());
 }
 
+// What InstallPack does, with the classes of the system.
 template <class File, class Exams, class Work> int InstallFile(const char *path)
 {
     const auto complain = [](const char *about, const Fault &fault) {

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "app/Program.h"
 
-#include "session/frmExhibit.h"
-#include "session/frmExplain.h"
-#include "shell/frmAbout.h"
-#include "shell/frmReport.h"
-#include "shell/frmReview.h"
+#include "session/view/frmExhibit.h"
+#include "session/view/frmExplain.h"
+#include "shell/view/frmAbout.h"
+#include "shell/view/frmReport.h"
+#include "shell/view/frmReview.h"
 #include "tests/support/Windows.h"
 
 #include <QAccessible>

@@ -118,7 +118,7 @@ TEST_F(ProgramTest, OneSitting)
     ASSERT_NE(Started->ExamWindow(), nullptr);
     EXPECT_EQ(Globals::CurrentExam->Questions().Item(2)->Answer(), u""_s);
     EXPECT_EQ(Controls(), u"VV-v-VV--"_s);
-    for (const int answer : { AnswerNo, NoAnswer, AnswerYes }) {
+    for (const MessageAnswer answer : { AnswerNo, NoAnswer, AnswerYes }) {
         Boxes.Expect(u"Are you sure you want to terminate the exam?"_s, QuestionMessage, answer);
         EXPECT_EQ(Started->ExamWindow()->close(), answer == AnswerYes);
         EXPECT_EQ(Started->Main().isVisible(), answer == AnswerYes);

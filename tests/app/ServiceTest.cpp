@@ -2,6 +2,7 @@
 #include "app/Program.h"
 
 #include "common/Registry.h"
+#include "download/Credentials.h"
 #include "tests/support/Windows.h"
 
 #include <QCheckBox>
@@ -54,7 +55,7 @@ protected:
     {
         Service.start(QStringLiteral(SERVICE_PROGRAM), { u"serve"_s, u"--database"_s, Database, u"--packs"_s, Packs });
         ASSERT_TRUE(Service.waitForReadyRead(Patience));
-        Registry::WriteValue(u"Software\\Practorum\\PackCourier"_s, u"Endpoint"_s,
+        Registry::WriteValue(Credentials::RegistryKey, Credentials::EndpointName,
                              QString::fromUtf8(Service.readLine()).trimmed(), Registry::Text, Registry::CurrentUser);
     }
     QStringList Reports()
@@ -115,7 +116,7 @@ TEST_F(ServiceTest, FromStartToTheReport)
 
     // The one is declined, the other replaced by what is sold now.
     Sell(u"LNX-1"_s, u"Linux, second edition"_s);
-    const auto overwrite = [&](const QString &exam, int answer) {
+    const auto overwrite = [&](const QString &exam, MessageAnswer answer) {
         Shown.Expect(u"Exam "_s + exam
                          + u" is already installed on this computer. Do you want to overwrite the existing exam?"_s,
                      QuestionMessage, answer);

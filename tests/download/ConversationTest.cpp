@@ -3,7 +3,6 @@
 
 #include "common/Common.h"
 #include "tests/support/Test.h"
-#include "ui/Messages.h"
 
 #include <QDate>
 #include <QRegularExpression>
@@ -22,7 +21,7 @@ QString Overwrite(int examID)
 // Writes down what the conversation asks for.
 class ScriptedPort : public ConversationPort {
 public:
-    int Ask(const QString &text, int style, const QVariantList &values) override
+    MessageAnswer Ask(const QString &text, MessageStyle style, const QVariantList &values) override
     {
         Write(QString::number(style) + u' ' + Common::FormatText(text, values, Common::LineBreakMarker::Exact));
         return Answer;
@@ -58,7 +57,7 @@ public:
     QString Broken;
     bool AllInstalled = false;
     bool CannotPost = false;
-    int Answer = AnswerOK;
+    MessageAnswer Answer = AnswerOK;
     std::function<void()> AtNextBox;
 
 private:
@@ -92,7 +91,7 @@ protected:
     }
 
     ScriptedPort Port;
-    Conversation Talk{ Port };
+    Conversation Talk{ Port, Clock::System() };
 };
 
 }
@@ -163,7 +162,6 @@ TEST_F(ConversationTest, Replies)
         Start(row.IsLoggedOn);
         Talk.Receive(row.Reply);
         EXPECT_EQ(Take(), row.Lines) << row.Reply.toStdString();
-        EXPECT_EQ(Talk.Queue(), row.Queue) << row.Reply.toStdString();
         EXPECT_EQ(Talk.IsRunning(), !row.Lines.contains("end "_L1)) << row.Reply.toStdString();
     }
     Start(false);
@@ -176,7 +174,7 @@ TEST_F(ConversationTest, OverwriteQuestion)
     const QString completed = u"|status Completed|end well"_s;
     const struct {
         QString Data;
-        int Answer;
+        MessageAnswer Answer;
         QString Lines;
     } rows[] = {
         { u"101"_s, AnswerYes, Overwrite(101) + u"|fetch 7 101"_s },
@@ -233,7 +231,7 @@ TEST_F(ConversationTest, Stopped)
 {
     const struct {
         QString Data; // of the list; empty where it has not come yet
-        int Answer;
+        MessageAnswer Answer;
         QString Box; // in which the run is stopped
     } rows[] = {
         { u""_s, AnswerOK, u""_s },

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "common/Registry.h"
-#include "download/frmExamDownloader.h"
+#include "download/view/frmExamDownloader.h"
 #include "tests/download/FakePack.h"
 #include "tests/download/FaultServer.h"
 #include "tests/support/Windows.h"
@@ -45,7 +45,7 @@ public:
     Boxes(const Boxes &) = delete;
     Boxes &operator=(const Boxes &) = delete;
 
-    int Show(const QString &text, int style) override
+    MessageAnswer Show(const QString &text, MessageStyle style) override
     {
         static const QRegularExpression transport(
             u"^(Error \\(0x[0-9A-F]+\\)) .+\\r\\nUnable to perform this operation\\. Make sure you are connected to Internet\\.$"_s);
@@ -57,7 +57,7 @@ public:
     }
 
     QStringList Shown;
-    int Answer = AnswerYes;
+    MessageAnswer Answer = AnswerYes;
     std::function<void()> Meanwhile;
 };
 

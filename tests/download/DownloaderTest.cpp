@@ -2,6 +2,7 @@
 #include "download/Downloader.h"
 
 #include "download/DownloadText.h"
+#include "download/HttpExchange.h"
 #include "tests/download/FaultServer.h"
 #include "tests/support/System.h"
 #include "tests/support/Test.h"
@@ -88,7 +89,7 @@ protected:
     FaultServer Server;
     int Completed = 0;
     int Failed = 0;
-    Transfer Line;
+    Transfer Line{ std::make_unique<HttpTransport>() };
     Downloader Getter;
 };
 
@@ -105,7 +106,7 @@ TEST_F(DownloaderTest, ChunksAndName)
     ASSERT_TRUE(Wait());
     EXPECT_EQ(Counts, (QList<qint32>{ 1024, 2048, 2500 }));
     EXPECT_EQ(Getter.FileSize(), 2500);
-    EXPECT_TRUE(Getter.IsWhole());
+    EXPECT_TRUE(Getter.IsComplete());
     EXPECT_EQ(Sandbox::ReadFile(Getter.TargetFile()), QByteArray(2500, 'x'));
     EXPECT_EQ(QFileInfo(Getter.TargetFile()).isExecutable(), System::RunsByName) << "before it is known to be whole";
     EXPECT_FALSE(Line.StillExecuting());
@@ -118,7 +119,7 @@ TEST_F(DownloaderTest, CancelledInTheMiddle)
     Getter.GetFile(Url(u"x"_s), Sandbox::Path(u""_s), u"cancelled"_s);
     ASSERT_TRUE(Wait());
     EXPECT_EQ(Completed, 1) << "also after a cancel";
-    EXPECT_FALSE(Getter.IsWhole());
+    EXPECT_FALSE(Getter.IsComplete());
     EXPECT_EQ(Sandbox::ReadFile(Getter.TargetFile()).size(), 1024) << "what was written";
 }
 
@@ -128,7 +129,7 @@ TEST_F(DownloaderTest, NoFolderForTheFile)
     Getter.GetFile(Url(u"x"_s), u""_s, u"nowhere.exe"_s);
     ASSERT_TRUE(Wait());
     EXPECT_EQ(Failed, 1);
-    EXPECT_FALSE(Getter.IsWhole());
+    EXPECT_FALSE(Getter.IsComplete());
     EXPECT_FALSE(QFileInfo::exists(Getter.TargetFile()));
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "download/Transfer.h"
+#include "download/HttpExchange.h"
 
 #include "tests/support/Test.h"
 
@@ -37,7 +38,7 @@ TEST(SlowNamesTest, Cancelled)
     // A machine that does something else can make any one of them late.
     qint64 best = 50;
     for (int i = 0; i < 5 && best >= 50; ++i) {
-        auto line = std::make_unique<Transfer>();
+        auto line = std::make_unique<Transfer>(std::make_unique<HttpTransport>());
         line->Execute(u"http://slow.invalid/x"_s, "GET");
         ASSERT_TRUE(QTest::qWaitFor([] { return Asked.tryAcquire(); }));
         QElapsedTimer timer;

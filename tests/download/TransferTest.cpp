@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "download/Transfer.h"
+#include "download/HttpExchange.h"
 
 #include "tests/download/FaultServer.h"
 #include "tests/support/System.h"
@@ -67,7 +68,7 @@ struct Course {
 
     Course(const QString &url, int headerTime, int cancelAfter, int silenceTime = 5000)
     {
-        Transfer line;
+        Transfer line{ std::make_unique<HttpTransport>() };
         line.SetTimeouts(5000, silenceTime, headerTime);
         QEventLoop loop;
         QElapsedTimer beat;
@@ -155,7 +156,7 @@ TEST(TransferTest, ServersWithoutAnEnd)
 TEST(TransferTest, ThousandsOfSmallReplies)
 {
     const Elsewhere server(Answer::Whole("REPORT;"));
-    Transfer line;
+    Transfer line{ std::make_unique<HttpTransport>() };
     line.SetTimeouts(2000, 2000, 2000);
     int answered = 0;
     QEventLoop loop;
@@ -183,7 +184,7 @@ TEST(TransferTest, ThousandsOfSmallReplies)
 TEST(TransferTest, PostedBehind)
 {
     const Elsewhere server({ Fine + "Content-Length: 9\r\n\r\nREPORT", Answer::KeepsOpen });
-    Transfer line;
+    Transfer line{ std::make_unique<HttpTransport>() };
     line.SetTimeouts(2000, 2000, 2000);
     QStringList order;
     QEventLoop loop;
@@ -227,7 +228,7 @@ TEST(TransferTest, SlowIsNotSilent)
 TEST(TransferTest, NothingAfterCancel)
 {
     const Elsewhere server(Answer::Whole("REPORT;"));
-    Transfer line;
+    Transfer line{ std::make_unique<HttpTransport>() };
     QList<int> states;
     QObject::connect(&line, &Transfer::StateChanged, &line, [&](int state) { states.append(state); });
     QObject::connect(&line, &Transfer::Advanced, &line, [&] {
@@ -251,7 +252,7 @@ TEST(TransferTest, LongBody)
     for (qsizetype i = 0; i < body.size(); i += 997)
         body[i] = static_cast<char>(i / 997);
     const Elsewhere server(Answer::Whole(body));
-    Transfer line;
+    Transfer line{ std::make_unique<HttpTransport>() };
     QByteArray read;
     QEventLoop loop;
     QObject::connect(&line, &Transfer::StateChanged, &loop, [&](int state) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "model/Globals.h"
 #include "model/IO.h"
-#include "model/MoveLock_win.h"
+#include "packformat/MoveLock_win.h"
 #include "tests/support/ExpectError.h"
 #include "tests/support/Sandbox.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/WidePath_win.h"
-#include "model/MoveLock_win.h"
 #include "pack/stub/Files_win.h"
+#include "packformat/MoveLock_win.h"
 #include "tests/pack/Installed.h"
 #include "tests/pack/PackSheet.h"
 #include "tests/support/Sandbox.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "pack/PackFormat.h"
 #include "pack/StubBytes.h"
+#include "packformat/PackFormat.h"
 #include "tests/pack/PackSheet.h"
 #include "tests/support/Program.h"
 #include "tests/support/System.h"
@@ -64,7 +64,7 @@ TEST(PackerTest, WhatNoPackCanHold)
     for (const auto &[name, reason, prepare] : rows) {
         const QString folder = MakePackage(name, u"P-1"_s);
         if (!prepare(folder)) {
-            EXPECT_EQ(Packer::OwnSystem, Packer::System::Windows) << name.toStdString();
+            EXPECT_EQ(Packer::OwnPlatform, Packer::Platform::Windows) << name.toStdString();
             continue;
         }
         const QString out = Sandbox::Path(u"never/%1.run"_s.arg(name));
@@ -96,20 +96,20 @@ TEST(PackerTest, ForEitherSystem)
     // How a program of that system starts.
     const struct {
         QString Name;
-        Packer::System System;
+        Packer::Platform System;
         QByteArray Start;
     } rows[] = {
-        { u"linux"_s, Packer::System::Linux,
+        { u"linux"_s, Packer::Platform::Linux,
           "\x7F"
           "ELF" },
-        { u"windows"_s, Packer::System::Windows, "MZ" },
+        { u"windows"_s, Packer::Platform::Windows, "MZ" },
     };
     for (const auto &[name, system, start] : rows) {
         const QByteArrayView stub = StubBytes(system);
         const QByteArray pack = packed({ u"--for"_s, name });
         if (stub.isEmpty()) {
             EXPECT_TRUE(pack.contains("this program was built without what packs for")) << name.toStdString();
-            EXPECT_NE(system, Packer::OwnSystem);
+            EXPECT_NE(system, Packer::OwnPlatform);
             continue;
         }
         EXPECT_TRUE(pack.startsWith(start)) << name.toStdString();
@@ -120,9 +120,9 @@ TEST(PackerTest, ForEitherSystem)
             EXPECT_FALSE(stub.toByteArray().contains(library)) << library;
         // The same index and contents behind the stub.
         const qsizetype trailer = qsizetype(PackFormat::TrailerBytes);
-        const qsizetype ownStub = StubBytes(Packer::OwnSystem).size();
+        const qsizetype ownStub = StubBytes(Packer::OwnPlatform).size();
         EXPECT_EQ(pack.sliced(stub.size()).chopped(trailer), own.sliced(ownStub).chopped(trailer)) << name.toStdString();
-        EXPECT_EQ(pack == own, system == Packer::OwnSystem) << name.toStdString();
+        EXPECT_EQ(pack == own, system == Packer::OwnPlatform) << name.toStdString();
     }
 }
 

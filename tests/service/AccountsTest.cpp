@@ -21,9 +21,9 @@ TEST(AccountsTest, PasswordsAreKeptUnderArgon2id)
 TEST(AccountsTest, WhatUsersPasswordsAndExamsMayBe)
 {
     for (const QString &sound : { u"pass"_s, u"a b&c=d;%3B\u00E9\u20AC"_s, QString(1'000, u'x') })
-        EXPECT_EQ(Password::Fault(sound) + Password::FaultOfUser(sound), QString()) << sound.toStdString();
+        EXPECT_EQ(Password::InvalidReason(sound) + Password::InvalidUserReason(sound), QString()) << sound.toStdString();
     for (const QString &odd : { u""_s, u" pass"_s, u"pass "_s, u"pa\tss"_s, u"pass\u2192"_s, QString(1'001, u'x') })
-        EXPECT_FALSE(Password::Fault(odd).isEmpty() || Password::FaultOfUser(odd).isEmpty()) << odd.toStdString();
+        EXPECT_FALSE(Password::InvalidReason(odd).isEmpty() || Password::InvalidUserReason(odd).isEmpty()) << odd.toStdString();
     for (const QString &sound : { u"NET-101"_s, u"101"_s, u"a_b.c"_s, QString(64, u'x') })
         EXPECT_TRUE(Store::IsExamId(sound)) << sound.toStdString();
     for (const QString &odd : { u""_s, u"."_s, u".."_s, u".hidden"_s, u"a/b"_s, u"a\\b"_s, u"a b"_s, u"a,b"_s, u"a&b"_s,

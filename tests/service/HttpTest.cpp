@@ -40,7 +40,7 @@ protected:
         m_options.Packs = Sandbox::Path(u"packs"_s);
     }
 
-    void Start() { m_server.emplace(m_responder, m_options, m_clock.Port()); }
+    void Start() { m_server.emplace(m_responder, m_options, m_clock); }
     // Starts and logs on.
     QByteArray StartedSession()
     {
@@ -154,7 +154,7 @@ TEST_F(HttpTest, WhoSendsTooSlowlyOrTooMuchIsCutOff)
         HttpClient slow(Endpoint(), beginning);
         // An answer to somebody else: the service has seen the connection.
         Post("X;");
-        Pass(m_options.RequestTime - 1ms);
+        Pass(m_options.RequestTimeout - 1ms);
         Post("X;");
         EXPECT_TRUE(slow.IsOpen()) << beginning.toStdString();
         Pass(1ms);
@@ -179,7 +179,7 @@ TEST_F(HttpTest, ALongDownloadIsNeitherSlowNorIdle)
 
 TEST_F(HttpTest, OneNetworkHasOnlySoMuchAtOnce)
 {
-    m_options.ConnectionsOfOneAddress = 2;
+    m_options.ConnectionsPerNetwork = 2;
     const QByteArray sid = StartedSession();
     const auto get = [&](const QByteArray &from) { return Get(sid, u"BIG"_s, "X-Forwarded-For: " + from + "\r\n"); };
     using Row = std::pair<const char *, int>;
@@ -210,8 +210,8 @@ TEST_F(HttpTest, OneNetworkHasOnlySoMuchAtOnce)
 TEST_F(HttpTest, PasswordsAreCheckedBesideEverythingElse)
 {
     m_store.SetPassword(u"ann"_s, Password::Hash(u"pass"_s, { 2 * Password::UsualCost.Passes, Password::UsualCost.Bytes }));
-    m_options.LogInThreads = 1;
-    m_options.WaitingLogIns = 4;
+    m_options.LoginThreads = 1;
+    m_options.MaximumWaitingLogins = 4;
     const QByteArray sid = StartedSession();
     std::list<HttpClient> clients;
     const auto logOn = [&] {
@@ -258,7 +258,7 @@ TEST_F(HttpTest, ASelfSignedCertificate)
     // Nothing was said yet, and the handshake has its time, too.
     HttpClient silent(plain);
     Post("X;");
-    Pass(m_options.RequestTime);
+    Pass(m_options.RequestTimeout);
     EXPECT_TRUE(silent.HasEnded());
     m_options.Key = "nonsense";
     EXPECT_THROW(Start(), Error);

@@ -88,8 +88,8 @@ TEST_F(ResponderTest, ASessionEndsAndARunningServiceSeesChanges)
     m_store.Revoke(u"ann"_s, { u"101"_s });
     m_store.Grant(u"ann"_s, { u"103"_s });
     EXPECT_EQ(Ask("LIST?sid=" + sid + ';'), "LIST?status=OK&data=102,103;");
-    EXPECT_EQ(m_responder.Admit(QString::fromLatin1(sid), u"103"_s).Answer, Access::Granted);
-    EXPECT_EQ(m_responder.Admit(QString::fromLatin1(sid), u"101"_s).Answer, Access::NotBought);
+    EXPECT_EQ(m_responder.AuthorizeDownload(QString::fromLatin1(sid), u"103"_s).Result, Access::Granted);
+    EXPECT_EQ(m_responder.AuthorizeDownload(QString::fromLatin1(sid), u"101"_s).Result, Access::NotBought);
     // A user ID's number may come back.
     const QByteArray gone = LogIn("new");
     const qint64 number = m_store.Find(u"new"_s)->User;
@@ -99,7 +99,7 @@ TEST_F(ResponderTest, ASessionEndsAndARunningServiceSeesChanges)
     m_store.SetPassword(u"ann"_s, Password::Hash(Pass, Password::LeastCost));
     const auto hasEnded = [this](const QByteArray &session) {
         return Ask("LIST?sid=" + session + ';').starts_with("ERROR?code=401&")
-            && m_responder.Admit(QString::fromLatin1(session), u"103"_s).Answer == Access::NoSession;
+            && m_responder.AuthorizeDownload(QString::fromLatin1(session), u"103"_s).Result == Access::NoSession;
     };
     EXPECT_TRUE(hasEnded(sid) && hasEnded(gone));
     const QByteArray idle = LogIn();

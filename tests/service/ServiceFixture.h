@@ -8,16 +8,14 @@
 #include <atomic>
 
 // A clock that moves when a test says so.
-class ManualClock {
+class ManualClock : public Clock {
 public:
-    void Advance(std::chrono::milliseconds time) { m_now += time.count(); }
-    MonotonicClock Port()
-    {
-        return [this] { return std::chrono::milliseconds(m_now); };
-    }
+    void Advance(std::chrono::milliseconds time) { m_elapsed += time.count(); }
+    std::chrono::milliseconds Elapsed() const override { return std::chrono::milliseconds(m_elapsed); }
+    QDateTime Now() const override { return QDateTime::fromMSecsSinceEpoch(1'800'000'000'000 + m_elapsed, Qt::UTC); }
 
 private:
-    std::atomic<std::chrono::milliseconds::rep> m_now = 5'000;
+    std::atomic<qint64> m_elapsed = 5'000;
 };
 
 // The service without the network, each on a store of its own.
@@ -32,9 +30,9 @@ protected:
 
     ManualClock m_clock;
     static inline int s_count = 0;
-    Store m_store{ Sandbox::Path(QStringLiteral("service-%1.db").arg(++s_count)), Store::IfMissing::Make };
-    Sessions m_sessions{ m_clock.Port() };
-    GuessGuard m_guard{ m_clock.Port() };
+    Store m_store{ Sandbox::Path(QStringLiteral("service-%1.db").arg(++s_count)), Store::IfMissing::Make, m_clock };
+    Sessions m_sessions{ m_clock };
+    LoginThrottle m_throttle{ m_clock };
     QStringList m_log;
-    Responder m_responder{ m_store, m_sessions, m_guard, [this](const QString &line) { m_log.append(line); } };
+    Responder m_responder{ m_store, m_sessions, m_throttle, [this](const QString &line) { m_log.append(line); } };
 };

@@ -7,7 +7,7 @@ using namespace std::chrono_literals;
 TEST(SessionsTest, EndAfterIdlenessAndAtTheLatestAfterAnHour)
 {
     ManualClock clock;
-    Sessions sessions(clock.Port(), { 10min, 60min, 20 });
+    Sessions sessions(clock, { 10min, 60min, 20 });
     QString id = sessions.Open(7, {});
     const auto isThereAfter = [&](std::chrono::milliseconds time) {
         clock.Advance(time);
@@ -41,7 +41,7 @@ TEST(SessionsTest, EndAfterIdlenessAndAtTheLatestAfterAnHour)
 TEST(SessionsTest, AreHardToGuessAndNotTooMany)
 {
     ManualClock clock;
-    Sessions sessions(clock.Port(), { 10min, 60min, 3 });
+    Sessions sessions(clock, { 10min, 60min, 3 });
     QStringList ids = { sessions.Open(8, {}) };
     for (; ids.size() < 6; clock.Advance(1s))
         ids.append(sessions.Open(7, {}));
@@ -50,7 +50,7 @@ TEST(SessionsTest, AreHardToGuessAndNotTooMany)
     EXPECT_EQ(ids.removeDuplicates(), 0);
 }
 
-TEST(GuessGuardTest, WaitsGrowByUserAndByAddress)
+TEST(LoginThrottleTest, WaitsGrowByUserAndByAddress)
 {
     const struct {
         std::chrono::milliseconds After;
@@ -94,21 +94,21 @@ TEST(GuessGuardTest, WaitsGrowByUserAndByAddress)
         { 0s, "u8", "9", 0s },
     };
     ManualClock clock;
-    GuessGuard guard(clock.Port(), { { 3, 2s, 10s, 60s }, { 5, 2s, 100s, 60s }, 100 });
+    LoginThrottle throttle(clock, { { 3, 2s, 10s, 60s }, { 5, 2s, 100s, 60s }, 100 });
     for (const auto &row : rows) {
         clock.Advance(row.After);
         const auto [user, address] = std::pair{ QString::fromLatin1(row.User), QString::fromLatin1(row.Address) };
-        for (const auto wait : { guard.Wait(user, address), guard.Admit(user, address) })
+        for (const auto wait : { throttle.RemainingDelay(user, address), throttle.BeginAttempt(user, address) })
             EXPECT_EQ(wait.value_or(0s).count(), row.Wait.count()) << "row " << &row - rows;
         if (row.Succeeds)
-            guard.Succeeded(user, address);
+            throttle.Succeeded(user, address);
     }
 }
 
-TEST(GuessGuardTest, FailuresOfAnAddressFade)
+TEST(LoginThrottleTest, FailuresOfAnAddressFade)
 {
     ManualClock clock;
-    GuessGuard guard(clock.Port(), { { 99, 2s, 10s, 1h }, { 3, 2s, 100s, 1h, 60s }, 100 });
+    LoginThrottle throttle(clock, { { 99, 2s, 10s, 1h }, { 3, 2s, 100s, 1h, 60s }, 100 });
     const struct {
         std::chrono::seconds After;
         int Admitted;
@@ -116,19 +116,19 @@ TEST(GuessGuardTest, FailuresOfAnAddressFade)
     for (const auto &row : rows) {
         clock.Advance(row.After);
         int admitted = 0;
-        while (admitted < 10 && !guard.Admit(u"u%1"_s.arg(admitted), u"school"_s))
+        while (admitted < 10 && !throttle.BeginAttempt(u"u%1"_s.arg(admitted), u"school"_s))
             ++admitted;
         EXPECT_EQ(admitted, row.Admitted) << "row " << &row - rows;
     }
 }
 
-TEST(GuessGuardTest, RemembersOnlySoMany)
+TEST(LoginThrottleTest, RemembersOnlySoMany)
 {
     ManualClock clock;
-    GuessGuard guard(clock.Port(), { { 1, 60s, 60s, 60s }, { 1'000, 1s, 1s, 60s }, 50 });
+    LoginThrottle throttle(clock, { { 1, 60s, 60s, 60s }, { 1'000, 1s, 1s, 60s }, 50 });
     int remembered = 0;
     for (int i = 0; i < 1'000; ++i)
-        remembered += guard.Admit(QString::number(i % 500), u"a"_s).has_value();
+        remembered += throttle.BeginAttempt(QString::number(i % 500), u"a"_s).has_value();
     EXPECT_TRUE(remembered > 0 && remembered <= 50) << remembered;
 }
 
@@ -158,5 +158,5 @@ TEST(TrustedProxiesTest, WhoIsAtTheOtherEndAndCountsAsOne)
         { "203.0.113.7", "1.2.3.4", "203.0.113.7" },
     };
     for (const auto &[peer, forwardedFor, network] : rows)
-        EXPECT_EQ(proxies.Origin(*IpAddress::FromText(peer), forwardedFor).Network().toStdString(), network) << peer;
+        EXPECT_EQ(proxies.ClientAddress(*IpAddress::FromText(peer), forwardedFor).Network().toStdString(), network) << peer;
 }

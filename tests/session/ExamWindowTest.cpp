@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "session/frmExam.h"
+#include "session/view/frmExam.h"
 
-#include "session/frmExplain.h"
+#include "session/view/frmExplain.h"
 #include "tests/support/Windows.h"
 
 #include <QAccessible>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "session/frmExam.h"
-#include "session/frmExhibit.h"
+#include "session/view/frmExam.h"
+#include "session/view/frmExhibit.h"
 
 #include "tests/support/Windows.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "shell/frmAbout.h"
-#include "shell/frmMain.h"
+#include "shell/view/frmAbout.h"
+#include "shell/view/frmMain.h"
 
 #include "model/IO.h"
 #include "tests/support/System.h"
@@ -168,7 +168,7 @@ TEST_F(MainWindowTest, Links)
 TEST_F(MainWindowTest, ExitIsConfirmed)
 {
     ShowMain();
-    for (const int answer : { AnswerNo, AnswerNo, NoAnswer })
+    for (const MessageAnswer answer : { AnswerNo, AnswerNo, NoAnswer })
         Boxes.Expect(u"Are you sure you want to exit Practorium?"_s, QuestionMessage, answer);
     EXPECT_EQ(RunLoop([&] {
                   Window.close();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "shell/frmReport.h"
+#include "shell/view/frmReport.h"
 
-#include "shell/ReportSheet.h"
+#include "shell/view/SheetPainter.h"
 #include "tests/support/Windows.h"
 
 #include <QBitmap>
@@ -105,7 +105,7 @@ TEST_F(ReportWindowTest, PrintedPage)
 {
     for (const QPageSize::PageSizeId size : { QPageSize::A4, QPageSize::Letter }) {
         Sheet sheet(size);
-        ReportSheet::Paint(sheet, QString(99, u'C'), u"word "_s.repeated(60), { 1000, 700, 400 });
+        SheetPainter::Paint(sheet, { QString(99, u'C'), u"word "_s.repeated(60), u"Friday"_s, { 1000, 700, 400 } });
         EXPECT_TRUE(QRectF(-1, 10, 172, 252).contains(sheet.Ink(-19, 0, 208, 279))) << size;
         const QRectF logo = sheet.Ink(0, 0, 170, 54);
         EXPECT_TRUE(std::abs(logo.left()) < 1 && std::abs(logo.width() - 46) < 2 && logo.height() > 8) << logo.width();
@@ -137,7 +137,7 @@ TEST_F(ReportWindowTest, Printed)
                                      { x60 + x60, x60 + u"..."_s } }) {
         QPrinter printer;
         printer.setOutputFileName(Sandbox::Path(u"printed.pdf"_s));
-        ReportSheet::Print(printer, code, u"Sample"_s, { 1000, 700, 400 });
+        SheetPainter::Print(printer, { code, u"Sample"_s, u"Friday"_s, { 1000, 700, 400 } });
         EXPECT_EQ(printer.docName(), u"Score report: "_s + job);
         EXPECT_EQ(Sandbox::ReadFile(Sandbox::Path(u"printed.pdf"_s)).count("/Type /Page\n"), 1);
     }
@@ -158,7 +158,7 @@ TEST_F(ReportWindowTest, PrintedAndSavedFromTheWindow)
     };
     const QByteArray saved = save(u"report.pdf"_s);
     EXPECT_TRUE(saved.startsWith("%PDF-") && saved.count("/Type /Page\n") == 1) << "one page";
-    EXPECT_THROW(ReportSheet::SavePdf(Sandbox::Path(u"report.pdf"_s), u"E"_s, u"N"_s, { 0, 0, 0 }), Error);
+    EXPECT_THROW(SheetPainter::SavePdf(Sandbox::Path(u"report.pdf"_s), { u"E"_s, u"N"_s, u"D"_s, { 0, 0, 0 } }), Error);
     // A file where a folder is wanted, and no printer, where Qt may say that the device takes no page.
     for (int i = 0; i < 2; ++i)
         Boxes.Expect(u"Error printing report"_s, CriticalMessage);

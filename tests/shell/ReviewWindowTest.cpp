@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "shell/frmReview.h"
+#include "shell/view/frmReview.h"
 
-#include "session/frmExam.h"
+#include "session/view/frmExam.h"
 #include "tests/support/Windows.h"
 
 #include <QLabel>
@@ -165,7 +165,7 @@ TEST_F(ReviewWindowTest, WaysBackToTheExam)
         { u"Escape in the list"_s, [this] { QTest::keyClick(List, Qt::Key_Escape); }, 5, 0 },
     };
     for (const auto &row : rows) {
-        Exam.Session().SetReviewMode(0);
+        Exam.Session().SetReviewMode(ExamSession::TakingExam);
         Exam.Session().GotoQuestion(5);
         Open();
         row.Go();
@@ -194,7 +194,7 @@ TEST_F(ReviewWindowTest, AKeyHeldDownChoosesNothing)
 
 TEST_F(ReviewWindowTest, EndingTheExam)
 {
-    for (const int answer : { AnswerNo, NoAnswer, AnswerYes, AnswerOK }) {
+    for (const MessageAnswer answer : { AnswerNo, NoAnswer, AnswerYes, AnswerOK }) {
         // The last time it has ended already, and nothing is asked.
         const bool isEnded = answer == AnswerOK, ends = isEnded || answer == AnswerYes;
         Open();

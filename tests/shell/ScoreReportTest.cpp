@@ -51,7 +51,8 @@ TEST(ReportSheetTest, Positions)
     const auto ruler
         = [](const QString &text, bool isBold, double size) { return double(text.size()) * (isBold ? 2 : 1) * size; };
     const QString title(120, u'x');
-    const ReportSheet::Plan plan = ReportSheet::PlanFor(u"EX-101"_s, title + u" rest"_s, u"Friday"_s, { 200, 140, 100 }, ruler);
+    const ReportSheet::Plan plan
+        = ReportSheet::PlanFor({ u"EX-101"_s, title + u" rest"_s, u"Friday"_s, { 200, 140, 100 } }, ruler);
     QStringList texts;
     for (const ReportSheet::Text &text : plan.Texts)
         texts += u"%1 %2 %3"_s.arg(std::round(text.X)).arg(text.Y).arg(text.Content);
@@ -61,7 +62,7 @@ TEST(ReportSheetTest, Positions)
                             u"97 120 50%"_s, u"30 132 0%"_s, u"160 132 100%"_s, u"0 145 Required Score: 140"_s,
                             u"70 145 Your Score: 100"_s, u"148 145 Grade: Fail"_s,
                             u"49 250 Score report printed with Practorium - The Most Realistic Exam Simulator"_s }));
-    const ReportSheet::Plan passed = ReportSheet::PlanFor(u"E"_s, u"N"_s, u"D"_s, { 100, 70, 120 }, ruler);
+    const ReportSheet::Plan passed = ReportSheet::PlanFor({ u"E"_s, u"N"_s, u"D"_s, { 100, 70, 120 } }, ruler);
     EXPECT_EQ(passed.Texts[11].Content, u"Grade: Pass"_s);
     EXPECT_EQ(passed.Bars[1].Rectangle, QRectF(30, 116, 156, 8)) << "wider than the scale";
 }
@@ -88,7 +89,7 @@ TEST(ReportSheetTest, TextsWithoutRoom)
         const auto ruler = [&](const QString &text, bool, double size) {
             return double(text.size()) * row.Letter * (size < 1 ? size + 0.05 : 1);
         };
-        const auto texts = ReportSheet::PlanFor(row.Code, row.Name, u"Friday"_s, { 100, 70, row.Obtained }, ruler).Texts;
+        const auto texts = ReportSheet::PlanFor({ row.Code, row.Name, u"Friday"_s, { 100, 70, row.Obtained } }, ruler).Texts;
         for (size_t i = 0; i < texts.size(); ++i) {
             const double right = texts[i].X + ruler(texts[i].Content, false, texts[i].Size);
             const bool hasNeighbour = texts[i].Y < 130 && texts[i + 1].Y == texts[i].Y;

@@ -24,12 +24,12 @@ public:
     Messages &operator=(const Messages &) = delete;
 
     // Meanwhile is done as long as the box is open.
-    void Expect(const QString &text, int style, int answer = AnswerOK, std::function<void()> meanwhile = {})
+    void Expect(const QString &text, MessageStyle style, MessageAnswer answer = AnswerOK, std::function<void()> meanwhile = {})
     {
         m_expected.push_back({ text, style, answer, std::move(meanwhile) });
     }
 
-    int Show(const QString &text, int style) override
+    MessageAnswer Show(const QString &text, MessageStyle style) override
     {
         ++m_count;
         if (m_expected.empty()) {
@@ -49,8 +49,8 @@ public:
 private:
     struct Box {
         QString Text;
-        int Style;
-        int Answer;
+        MessageStyle Style;
+        MessageAnswer Answer;
         std::function<void()> Meanwhile;
     };
     std::deque<Box> m_expected;

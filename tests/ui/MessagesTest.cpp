@@ -24,21 +24,21 @@ TEST(MessagesTest, Boxes)
 {
     using Box = QMessageBox;
     struct Row {
-        int Style;
+        MessageStyle Style;
         Box::StandardButtons Buttons;
         Box::StandardButton Default, Pressed;
-        int Answer;
+        MessageAnswer Answer;
     };
     const Row rows[] = {
-        { 0, Box::Ok, Box::Ok, Box::Ok, 1 },
-        { 16, Box::Ok, Box::Ok, Box::Ok, 1 },
-        { 48, Box::Ok, Box::Ok, Box::Ok, 1 },
-        { 64, Box::Ok, Box::Ok, Box::NoButton, 1 },
-        { 36, Box::Yes | Box::No, Box::Yes, Box::Yes, 6 },
-        { 36, Box::Yes | Box::No, Box::Yes, Box::No, 7 },
-        { 36, Box::Yes | Box::No, Box::Yes, Box::NoButton, 7 },
+        { PlainMessage, Box::Ok, Box::Ok, Box::Ok, AnswerOK },
+        { CriticalMessage, Box::Ok, Box::Ok, Box::Ok, AnswerOK },
+        { ExclamationMessage, Box::Ok, Box::Ok, Box::Ok, AnswerOK },
+        { InformationMessage, Box::Ok, Box::Ok, Box::NoButton, AnswerOK },
+        { QuestionMessage, Box::Yes | Box::No, Box::Yes, Box::Yes, AnswerYes },
+        { QuestionMessage, Box::Yes | Box::No, Box::Yes, Box::No, AnswerNo },
+        { QuestionMessage, Box::Yes | Box::No, Box::Yes, Box::NoButton, AnswerNo },
     };
-    QMap<int, QImage> icons;
+    QMap<MessageStyle, QImage> icons;
     for (const Row &row : rows) {
         SCOPED_TRACE(testing::Message() << row.Style << " answered by " << row.Pressed);
         WhenOpen open(u"QMessageBox"_s, [&](QWidget *window) {
@@ -56,8 +56,8 @@ TEST(MessagesTest, Boxes)
         });
         EXPECT_EQ(ShowMessage(u"<b>{1}</b>{CRLF}&amp;\0cut"_s, row.Style), row.Answer);
     }
-    for (const int style : icons.keys())
-        EXPECT_EQ(icons.keys(icons[style]), QList<int>{ style }) << "each has an icon of its own";
+    for (const MessageStyle style : icons.keys())
+        EXPECT_EQ(icons.keys(icons[style]), QList<MessageStyle>{ style }) << "each has an icon of its own";
 }
 
 // Whoever wrote the text, the button stays on the screen.
@@ -73,7 +73,7 @@ TEST(MessagesTest, EndlessTexts)
 }
 
 // What is meant for the window below does not answer a box that comes by itself.
-TEST(MessagesTest, UnaskedBoxesWait)
+TEST(MessagesTest, UnpromptedBoxesWait)
 {
     const struct {
         int Answer;
@@ -105,7 +105,7 @@ TEST(MessagesTest, UnaskedBoxesWait)
             way.Do(box, place);
             EXPECT_FALSE(box->isVisible());
         });
-        EXPECT_EQ(ShowUnaskedMessage(u"?"_s, QuestionMessage), way.Answer);
+        EXPECT_EQ(ShowUnpromptedMessage(u"?"_s, QuestionMessage), way.Answer);
     }
 }
 

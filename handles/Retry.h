@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+// How often something is tried that another run or program may be in the way of.
+constexpr int MostAttempts = 100;
+
+// Calls attempt until it returns true, at most so many times, and pause between
+// two calls. Whether it has returned true.
+template <class Pause, class Attempt> bool Retry(int most, Pause pause, Attempt attempt)
+{
+    for (int count = 1; !attempt(); ++count) {
+        if (count >= most)
+            return false;
+        pause();
+    }
+    return true;
+}

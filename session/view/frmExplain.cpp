@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "session/view/frmExplain.h"
+
+#include "common/Common.h"
+#include "common/Error.h"
+#include "model/Globals.h"
+#include "ui/TextBlock.h"
+
+#include <QDialogButtonBox>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+using namespace Qt::Literals::StringLiterals;
+
+frmExplain::frmExplain(QWidget *owner)
+    : QDialog(owner)
+    , txtExplaination(new QPlainTextEdit(this))
+{
+    setObjectName(u"frmExplain"_s);
+    txtExplaination->setObjectName(u"txtExplaination"_s);
+    txtExplaination->setReadOnly(true);
+    txtExplaination->setTabChangesFocus(true);
+    txtExplaination->setAccessibleName(u"Explanation"_s);
+    txtExplaination->document()->setDocumentMargin(10);
+    auto *cmdClose = new QPushButton(u"&Close"_s, this);
+    cmdClose->setObjectName(u"cmdClose"_s);
+    cmdClose->setDefault(true);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(14, 14, 14, 14);
+    layout->setSpacing(12);
+    layout->addWidget(txtExplaination);
+    layout->addWidget(cmdClose, 0, Qt::AlignRight);
+    resize(620, 380);
+    connect(cmdClose, &QPushButton::clicked, this, &QDialog::accept);
+}
+
+void frmExplain::Load()
+{
+    if (!Globals::CurrentExam)
+        throw Error::RunTime(InvalidCall);
+    setWindowTitle(Common::FormatText(u"Explaination - Question: {1}"_s, { QuestionNumber }));
+    const QString text = Globals::CurrentExam->Questions().Item(QuestionNumber)->Explaination();
+    txtExplaination->setPlainText(TextBlock::Breakable(Common::ShownText(text)));
+    if (txtExplaination->toPlainText().isEmpty())
+        txtExplaination->setPlainText(u"Sorry! Explaination is not available for this question."_s);
+}

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "shell/view/LogoView.h"
+
+#include "resources/Artwork.h"
+#include "ui/Messages.h"
+
+#include <QPainter>
+
+using namespace Qt::Literals::StringLiterals;
+
+LogoView::LogoView(int width, QWidget *parent)
+    : QWidget(parent)
+{
+    setObjectName(u"picLogo"_s);
+    setAccessibleName(ApplicationTitle);
+    SetWidth(width);
+}
+
+void LogoView::SetWidth(int width)
+{
+    setFixedSize(width, qRound(width / Artwork::LogoAspect));
+}
+
+void LogoView::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    Artwork::PaintLogo(painter, QRectF(rect()));
+}

@@ -1,0 +1,211 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "shell/view/frmReport.h"
+
+#include "common/Error.h"
+#include "model/Globals.h"
+#include "shell/view/LogoView.h"
+#include "shell/view/ResultLabel.h"
+#include "shell/view/ScoreColors.h"
+#include "shell/view/SheetPainter.h"
+#include "ui/Busy.h"
+#include "ui/Guard.h"
+#include "ui/Layout.h"
+#include "ui/Messages.h"
+#include "ui/Theme.h"
+
+#include <QDate>
+#include <QFileDialog>
+#include <QGridLayout>
+#include <QLabel>
+#include <QLocale>
+#include <QPrinter>
+#include <QPushButton>
+#include <QScreen>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+// Pixels in a window of the height that the sizes were drawn for; they grow
+// and shrink with it.
+constexpr double DrawnHeight = 860;
+constexpr double SmallestScale = 0.6;
+constexpr double LargestScale = 1.5;
+constexpr int LogoWidth = 400;
+constexpr int BarHeight = 38;
+constexpr int BarGap = 22;
+constexpr int AreaWidth = 520;
+constexpr double MessageScale = 1.5;
+
+}
+
+frmReport::frmReport(QWidget *owner)
+    : QDialog(owner, Qt::Window)
+    , picLogo(new LogoView(LogoWidth, this))
+    , lblMessage(new ResultLabel(this))
+    , fraScores(new QFrame(this))
+    , picScores(new QWidget(fraScores))
+    , lblRequired(new QLabel(fraScores))
+    , lblObtained(new QLabel(fraScores))
+    , shpRequired(new QFrame(picScores))
+    , shpObtained(new QFrame(picScores))
+    , cmdPrint(new QPushButton(u"&Print"_s, this))
+    , cmdSavePdf(new QPushButton(u"&Save as PDF..."_s, this))
+    , cmdExit(new QPushButton(u"&Exit"_s, this))
+{
+    setObjectName(u"frmReport"_s);
+    setWindowTitle(u"Score Report"_s);
+    setMinimumSize(QSize(640, 420).boundedTo(screen()->availableSize()));
+    lblMessage->setObjectName(u"lblMessage"_s);
+    fraScores->setObjectName(u"fraScores"_s);
+    fraScores->setFrameShape(QFrame::StyledPanel);
+    picScores->setObjectName(u"picScores"_s);
+    picScores->setAutoFillBackground(true);
+    QPalette white = palette();
+    white.setColor(QPalette::Window, Qt::white);
+    picScores->setPalette(white);
+    shpRequired->setObjectName(u"shpRequired"_s);
+    shpObtained->setObjectName(u"shpObtained"_s);
+    m_names = new QVBoxLayout;
+    m_names->addWidget(lblRequired);
+    m_names->addWidget(lblObtained);
+    auto *scale = new QHBoxLayout;
+    scale->addWidget(new QLabel(u"0%"_s, fraScores));
+    scale->addStretch();
+    scale->addWidget(new QLabel(u"100%"_s, fraScores));
+    auto *grid = new QGridLayout(fraScores);
+    grid->setContentsMargins(22, 20, 22, 14);
+    grid->setHorizontalSpacing(18);
+    grid->addLayout(m_names, 0, 0);
+    grid->addWidget(picScores, 0, 1);
+    grid->addLayout(scale, 1, 1);
+
+    cmdPrint->setObjectName(u"cmdPrint"_s);
+    cmdSavePdf->setObjectName(u"cmdSavePdf"_s);
+    cmdExit->setObjectName(u"cmdExit"_s);
+    for (QPushButton *button : { cmdPrint, cmdSavePdf, cmdExit }) {
+        button->setAutoDefault(false);
+        button->resize(std::max(120, button->sizeHint().width()), button->sizeHint().height() + 6);
+    }
+    cmdExit->setDefault(true);
+    cmdExit->setFocus();
+    connect(cmdPrint, &QPushButton::clicked, this, [this] { Guard([&] { PrintReport(); }); });
+    connect(cmdSavePdf, &QPushButton::clicked, this, [this] { Guard([&] { SavePdf(); }); });
+    connect(cmdExit, &QPushButton::clicked, this, &QDialog::accept);
+}
+
+void frmReport::ShowModal(QWidget *owner)
+{
+    frmReport window(owner);
+    window.Load();
+    window.exec();
+}
+
+void frmReport::Load()
+{
+    if (!Globals::CurrentExam)
+        throw Error::RunTime(InvalidCall);
+    m_exam = Globals::CurrentExam;
+    m_report = ScoreReport::Of(*m_exam);
+    CoverWorkArea(this);
+}
+
+void frmReport::SetBar(QWidget *bar, qint16 percent, const QColor &color)
+{
+    QPalette fill = bar->palette();
+    fill.setColor(QPalette::Window, color);
+    bar->setPalette(fill);
+    bar->setAutoFillBackground(true);
+    const float width = ReportLayout::BarWidth(percent, static_cast<float>(Twips::FromPixels(picScores->width())));
+    bar->resize(std::max(0, Twips::ToPixels(width)), bar->height());
+}
+
+void frmReport::Scale()
+{
+    const double scale = std::clamp(height() / DrawnHeight, SmallestScale, LargestScale);
+    const auto scaled = [scale](int pixels) { return qRound(pixels * scale); };
+    picLogo->SetWidth(scaled(LogoWidth));
+    lblMessage->setFont(font());
+    Theme::ScaleFont(lblMessage, MessageScale * scale, QFont::DemiBold);
+    picScores->setFixedSize(scaled(AreaWidth), 2 * scaled(BarHeight) + 3 * scaled(BarGap));
+    // The names stand level with their bars.
+    m_names->setContentsMargins(0, scaled(BarGap), 0, scaled(BarGap));
+    m_names->setSpacing(scaled(BarGap));
+    lblRequired->setFixedHeight(scaled(BarHeight));
+    lblObtained->setFixedHeight(scaled(BarHeight));
+    shpRequired->setGeometry(0, scaled(BarGap), shpRequired->width(), scaled(BarHeight));
+    shpObtained->setGeometry(0, 2 * scaled(BarGap) + scaled(BarHeight), shpObtained->width(), scaled(BarHeight));
+}
+
+void frmReport::resizeEvent(QResizeEvent *event)
+{
+    QDialog::resizeEvent(event);
+    Guard([&] { Arrange(); });
+}
+
+void frmReport::Arrange()
+{
+    Scale();
+    SetBar(shpRequired, m_report.RequiredShare(), ColorOf(ScoreBar::Required));
+    lblMessage->SetResult(m_report.Message(), ColorOf(m_report.ObtainedBar()));
+    SetBar(shpObtained, m_report.ObtainedShare(), ColorOf(m_report.ObtainedBar()));
+    lblRequired->setText(u"Required Score: %1"_s.arg(m_report.RequiredScore));
+    lblObtained->setText(u"Your Score: %1"_s.arg(m_report.ObtainedScore));
+    picScores->setAccessibleName(
+        u"Required %1 percent, yours %2 percent"_s.arg(m_report.RequiredShare()).arg(m_report.ObtainedShare()));
+    lblMessage->resize(lblMessage->sizeHint());
+    fraScores->layout()->activate();
+    fraScores->resize(fraScores->sizeHint());
+
+    for (QWidget *control : std::initializer_list<QWidget *>{ picLogo, fraScores, lblMessage })
+        CenterHorizontally(this, control);
+    const auto boxOf = [](const QWidget *widget) {
+        return Twips::Box{ Twips::FromPixels(widget->x()), 0, Twips::FromPixels(widget->width()),
+                           Twips::FromPixels(widget->height()) };
+    };
+    const ReportLayout::Boxes boxes
+        = ReportLayout::Arrange(Twips::FromPixels(height()),
+                                { boxOf(picLogo), boxOf(lblMessage), boxOf(fraScores), boxOf(cmdPrint), boxOf(cmdExit) });
+    const auto place = [](QWidget *widget, const Twips::Box &box) { widget->move(box.ToPixels().topLeft()); };
+    place(picLogo, boxes.Logo);
+    place(lblMessage, boxes.Message);
+    place(fraScores, boxes.Scores);
+    place(cmdPrint, boxes.Print);
+    place(cmdExit, boxes.Exit);
+    // Half-way between the two that have their places.
+    cmdSavePdf->move((cmdPrint->geometry().right() + cmdExit->x() - cmdSavePdf->width()) / 2, cmdPrint->y());
+}
+
+ReportSheet::Data frmReport::SheetData() const
+{
+    return { m_exam->Code(), m_exam->Name(), QLocale::system().toString(QDate::currentDate(), QLocale::LongFormat), m_report };
+}
+
+template <class Job> void frmReport::RunJob(Job &&job)
+{
+    try {
+        const WaitCursor cursor;
+        job();
+    } catch (const std::exception &) {
+        ShowMessage(u"Error printing report"_s, CriticalMessage);
+    }
+}
+
+void frmReport::PrintReport()
+{
+    RunJob([&] {
+        QPrinter printer(QPrinter::HighResolution);
+        SheetPainter::Print(printer, SheetData());
+    });
+}
+
+void frmReport::SavePdf()
+{
+    QString path
+        = QFileDialog::getSaveFileName(this, u"Save the score report"_s, u"Score report.pdf"_s, u"PDF documents (*.pdf)"_s);
+    if (path.isEmpty())
+        return;
+    if (!path.endsWith(u".pdf"_s, Qt::CaseInsensitive))
+        path += u".pdf"_s;
+    RunJob([&] { SheetPainter::SavePdf(path, SheetData()); });
+}
