@@ -19,7 +19,7 @@ The package folder DIR holds the exam file, named after DIR, and the pictures
 that its items show. It can be copied into the exams folder. DIR appears whole
 or not at all.
 
-What becomes of a question:
+How questions are converted:
   {=right ~wrong}        One option is right.
   {~%50%a ~%50%b ~%-50%c}  Options with a weight above 0 are right. The weights
                          are not kept: an item is right or wrong as a whole.
@@ -28,7 +28,7 @@ What becomes of a question:
   ####general feedback   The explanation. Feedback on single options follows it,
                          one line each under the option's letter.
   [html] [markdown]      Plain text in the end, with the marks of lists, table
-                         cells parted by " | " and "[…]" in place of pictures.
+                         cells separated by " | " and "[…]" in place of pictures.
   ::title::  $CATEGORY:  Not kept.
 
 Comment lines with a meaning, before a question:
@@ -59,13 +59,14 @@ void Describe(QCommandLineParser &parser)
         { u"pass"_s, u"Passing score, 0 to the maximum score."_s, u"score"_s },
         { u"minutes"_s, u"Time allowed, 1 to %1."_s.arg(Limits::MostMinutes), u"minutes"_s },
         { u"out"_s, u"The package folder to make."_s, u"DIR"_s },
-        { u"pictures"_s, u"Where the exhibits' pictures lie, if not beside SOURCE."_s, u"DIR"_s },
-        { u"replace"_s, u"Replace a package folder that is there already."_s },
+        { u"pictures"_s, u"Folder of the exhibits' pictures, if not that of SOURCE."_s, u"DIR"_s },
+        { u"replace"_s, u"Replace an existing package folder."_s },
         { u"strict"_s, u"Make nothing when a question is left out."_s },
     });
 }
 
-// What is wrong with the options' values; empty for nothing. Fills header.
+// Fills header from the options. Returns what is wrong with their values; empty
+// when nothing is.
 QString ReadHeader(const QCommandLineParser &parser, Package::Header &header)
 {
     for (const QString &option : { u"code"_s, u"name"_s, u"max"_s, u"pass"_s, u"minutes"_s, u"out"_s }) {
@@ -90,7 +91,7 @@ QString ReadHeader(const QCommandLineParser &parser, Package::Header &header)
         qint16 Most;
         qint16 &Value;
     };
-    // In this order: the passing score depends on the maximum.
+    // The passing score is limited by the maximum: this order matters.
     const auto read = [&](const Number &number) {
         bool isNumber = false;
         const int value = parser.value(number.Option).toInt(&isNumber);
@@ -127,7 +128,7 @@ int Command::Build(const QStringList &arguments)
     if (const auto code = Parse(parser, arguments, Notes.arg(Ansi::SystemCodePage().Number())))
         return *code;
     if (parser.positionalArguments().size() != 1)
-        return Misused(u"one question bank is wanted"_s);
+        return Misused(u"one question bank is required"_s);
     Package::Header header;
     if (const QString fault = ReadHeader(parser, header); !fault.isEmpty())
         return Misused(fault);

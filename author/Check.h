@@ -3,13 +3,13 @@
 
 #include <QStringList>
 
-// Looks for everything that would go wrong in a sitting.
+// Checks exam files and package folders before they are used in a sitting.
 namespace Check {
 
 // One line for each fault of an exam file or a package folder, beginning with
-// the path of the file or folder; empty when there is none. An exam file by
-// itself may lie in any folder; its exhibits are looked for there. Warnings
-// gets lines of the same form about what is right but may be a trouble.
-QStringList Faults(const QString &path, QStringList *Warnings = nullptr);
+// the path of the file or folder; empty when there is none. An exam file may be
+// in any folder; its exhibits are read from that folder. warnings, if not null,
+// gets lines of the same form about what works but may look bad.
+QStringList Faults(const QString &path, QStringList *warnings = nullptr);
 
 }

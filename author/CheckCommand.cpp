@@ -9,13 +9,13 @@ int Command::CheckPaths(const QStringList &arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        u"Tells, one line each, everything that would go wrong in a sitting. The exit code is 1 when there is "
-        "anything, 0 when there is nothing but warnings."_s);
+        u"Reports the faults of exam files and package folders, one line each. The exit code is 1 when there "
+        "are faults, 0 when there are only warnings or none."_s);
     parser.addPositionalArgument(u"PATH"_s, u"An exam file or a package folder."_s, u"PATH…"_s);
     if (const auto code = Parse(parser, arguments))
         return *code;
     if (parser.positionalArguments().isEmpty())
-        return Misused(u"an exam file or a package folder is wanted"_s);
+        return Misused(u"an exam file or a package folder is required"_s);
 
     bool isSound = true;
     for (const QString &path : parser.positionalArguments()) {

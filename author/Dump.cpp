@@ -10,7 +10,7 @@ namespace Dump {
 
 namespace {
 
-// Writes JSON with the keys in the order in which they are put.
+// Writes JSON and keeps the order of the keys.
 class Writer {
 public:
     QByteArray Bytes;
@@ -31,8 +31,8 @@ public:
     void Put(const QJsonValue &value)
     {
         Separate();
-        // A document is an array or an object: one value is what stands between
-        // the brackets.
+        // QJsonDocument writes arrays and objects only: one value is an array
+        // without its brackets.
         const QByteArray array = QJsonDocument(QJsonArray{ value }).toJson(QJsonDocument::Compact);
         Bytes += QByteArrayView(array).sliced(1, array.size() - 2);
     }
@@ -45,20 +45,20 @@ public:
         return *this;
     }
 
-    void NewLine() { m_wantsLine = true; }
+    void NewLine() { m_breaksLine = true; }
 
 private:
     void Separate()
     {
         if (!m_isFirst)
             Bytes += ',';
-        if (m_wantsLine)
+        if (m_breaksLine)
             Bytes += '\n';
-        m_isFirst = m_wantsLine = false;
+        m_isFirst = m_breaksLine = false;
     }
 
     bool m_isFirst = true;
-    bool m_wantsLine = false;
+    bool m_breaksLine = false;
 };
 
 void Put(Writer &json, const Choice &choice)

@@ -8,7 +8,8 @@ class Exam;
 namespace Dump {
 
 // The exam as one JSON object in UTF-8 without a line break at its end, its
-// keys in the order of the file, every text as it is stored.
+// keys in the order of the file, every text as it is stored, each item on a line
+// of its own.
 QByteArray ToJson(const Exam &exam);
 
 }

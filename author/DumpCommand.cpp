@@ -10,12 +10,12 @@ using namespace Qt::Literals::StringLiterals;
 int Command::DumpExam(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(u"Prints an exam file as JSON, in UTF-8. Texts stand there as they are stored."_s);
+    parser.setApplicationDescription(u"Prints an exam file as JSON, in UTF-8. Texts are printed as stored."_s);
     parser.addPositionalArgument(u"FILE"_s, u"The exam file."_s);
     if (const auto code = Parse(parser, arguments))
         return *code;
     if (parser.positionalArguments().size() != 1)
-        return Misused(u"one exam file is wanted"_s);
+        return Misused(u"one exam file is required"_s);
 
     const QString path = parser.positionalArguments().first();
     Exam exam;

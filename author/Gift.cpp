@@ -14,7 +14,7 @@ namespace {
 
 constexpr double FullCredit = 100;
 
-// Takes a format prefix off the text; without one the fallback is its format.
+// The text without its format prefix; the fallback applies when there is none.
 Text Formatted(const QString &hidden, Markup fallback)
 {
     static const QRegularExpression prefix(u"^\\s*\\[(html|moodle|plain|markdown)\\]"_s);
@@ -31,15 +31,15 @@ Text Formatted(const QString &hidden, Markup fallback)
     return text;
 }
 
-// The text less its "::title::", which an exam has no place for.
+// The text without its "::title::", which an exam file cannot store.
 QString WithoutTitle(const QString &text)
 {
     const qsizetype end = text.startsWith("::"_L1) ? text.indexOf("::"_L1, 2) : -1;
     return end < 0 ? text : text.mid(end + 2);
 }
 
-// What stands before and behind the answer block as one text. Nothing but
-// closing tags behind it does not make the block part of a sentence.
+// The text before and after the answer block as one stem. The block is a gap in
+// a sentence unless only end tags follow it.
 QString Stem(const QString &before, const QString &behind)
 {
     static const QRegularExpression noSentence(u"^\\s*(</\\w+\\s*>\\s*)*$"_s);
@@ -52,7 +52,7 @@ struct MarkedOption {
     double Weight = 0;
 };
 
-// One option from its "=" or "~" up to the next one's.
+// One option, from its "=" or "~" to the next one.
 MarkedOption ReadOption(const QString &hidden, Markup fallback)
 {
     static const QRegularExpression weight(u"^\\s*%(-?[0-9]+(?:[.,][0-9]*)?)%"_s);
@@ -71,7 +71,8 @@ MarkedOption ReadOption(const QString &hidden, Markup fallback)
     return option;
 }
 
-// The reason why an exam cannot hold the options.
+// Adds the options to the item. Returns why an exam cannot hold them; empty when
+// it can.
 QString ReadOptions(Item &item, const QString &block)
 {
     std::vector<MarkedOption> options;
@@ -83,8 +84,8 @@ QString ReadOptions(Item &item, const QString &block)
         options.push_back(ReadOption(block.mid(at, next - at), item.Problem.Markup));
         at = next;
     }
-    // With an equals sign anywhere only full credit is right, without one every
-    // credit is part of the answer.
+    // With any "=" only options with full credit are correct, without one all with
+    // a positive weight.
     const bool isSingle = std::any_of(options.begin(), options.end(), [](const auto &o) { return o.HasEqualsSign; });
     int right = 0;
     for (MarkedOption &option : options) {
@@ -93,7 +94,7 @@ QString ReadOptions(Item &item, const QString &block)
         right += option.Content.IsRight ? 1 : 0;
         item.Options.push_back(std::move(option.Content));
     }
-    // An exam has one combination that is right.
+    // An item has exactly one key.
     if (isSingle && right > 1) {
         item.Options.clear();
         return u"several answers are right alone"_s;
@@ -102,7 +103,8 @@ QString ReadOptions(Item &item, const QString &block)
     return {};
 }
 
-// {T#when wrong#when right}; false when the block is no such one.
+// {T#feedback when wrong#feedback when right}; false when it is another kind of
+// block.
 bool ReadTrueFalse(Item &item, const QString &block)
 {
     const QStringList parts = block.split(u'#');
@@ -120,7 +122,8 @@ bool ReadTrueFalse(Item &item, const QString &block)
     return true;
 }
 
-// Understands the answer block; the reason why an exam cannot hold it.
+// Parses the answer block into the item. Returns why an exam cannot hold it;
+// empty when it can.
 QString ReadBlock(Item &item, QString block)
 {
     const qsizetype general = block.lastIndexOf("####"_L1);

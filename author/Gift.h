@@ -29,26 +29,26 @@ struct Option {
 struct Item {
     int Line = 0; // of the item's first line, 1-based
     // Why this is no item with options to choose from; empty when it is one.
-    // Options and Feedback mean nothing otherwise.
+    // Not empty: Options and Feedback have no meaning.
     QString Refusal;
     // The stem; "_____" stands where the options interrupt a sentence.
     Text Problem;
     std::vector<Option> Options;
-    Text Feedback; // the general one
-    // More than one option is to be chosen.
+    Text Feedback; // the general feedback
+    // The options have weights: more than one may be correct.
     bool IsMultiple = false;
     // "// [nolimit]" stands before the item.
     bool IsUnlimited = false;
-    // The name in "// [exhibit:name]" before the item, whatever it is.
+    // The name in "// [exhibit:name]" before the item, unchecked.
     std::optional<QString> Exhibit;
 };
 
-// The text of a file: UTF-8, or what its byte order mark says. A byte that is
-// no text becomes U+FFFD. Lines end with a line feed.
+// The text of a file: UTF-8, or the encoding of its byte order mark. Invalid
+// bytes become U+FFFD. Lines end with a line feed.
 QString Decode(const QByteArray &bytes);
 
-// All items of a text with "\n" line ends, in order, those that cannot be
-// taken among them.
+// All items of a text with "\n" line ends, in order, including those with a
+// Refusal.
 std::vector<Item> Parse(const QString &text);
 
 }

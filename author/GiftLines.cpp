@@ -11,14 +11,15 @@ namespace GiftLines {
 namespace {
 
 constexpr QStringView Escaped = u"~=#{}:\\n";
-// Noncharacters, one for each of these.
+// The first of as many noncharacters.
 constexpr char16_t FirstHidden = 0xFDD0;
 
-struct Wishes {
+struct Directives {
     bool IsUnlimited = false;
     QStringList Exhibits;
 
-    // "// [nolimit]", "// [exhibit:name]" or both; other comments are none.
+    // Adds those in a comment line: "// [nolimit]", "// [exhibit:name]" or both.
+    // Any other comment has none.
     void Read(const QString &comment)
     {
         static const QRegularExpression whole(u"^//\\s*(\\[[^\\]]*\\]\\s*)+$"_s);
@@ -27,11 +28,11 @@ struct Wishes {
         if (!whole.match(comment).hasMatch())
             return;
         for (auto match = one.globalMatch(comment); match.hasNext();) {
-            const QRegularExpressionMatch wish = match.next();
-            if (wish.captured(1).startsWith(u'n', Qt::CaseInsensitive))
+            const QRegularExpressionMatch directive = match.next();
+            if (directive.captured(1).startsWith(u'n', Qt::CaseInsensitive))
                 IsUnlimited = true;
             else
-                Exhibits.append(Restore(wish.captured(2)).trimmed());
+                Exhibits.append(Restore(directive.captured(2)).trimmed());
         }
     }
 };
@@ -48,7 +49,7 @@ LineKind KindOf(const QString &line)
     return trimmed.startsWith(u"$CATEGORY:") ? LineKind::Category : LineKind::Text;
 }
 
-// For each line whether the first brace in it or behind it closes a block.
+// For each line, whether the first brace in it or in a later line is a "}".
 std::vector<bool> WhereBlocksClose(const QStringList &lines)
 {
     std::vector<bool> closes(static_cast<size_t>(lines.size()));
@@ -71,10 +72,10 @@ public:
 
     void Comment(const QString &line, int number)
     {
-        // What stands behind an answer block is meant for the item after it.
+        // A comment after the answer block applies to the next item.
         const bool isInside = !m_text.isEmpty() && !m_wasClosed;
-        (isInside ? m_wishes : m_next).Read(line.trimmed());
-        if (!m_next.Exhibits.isEmpty() && m_nextLine == 0)
+        (isInside ? m_directives : m_nextDirectives).Read(line.trimmed());
+        if (!m_nextDirectives.Exhibits.isEmpty() && m_nextLine == 0)
             m_nextLine = number;
     }
 
@@ -82,7 +83,7 @@ public:
     {
         if (m_text.isEmpty()) {
             m_line = number;
-            m_wishes = std::exchange(m_next, {});
+            m_directives = std::exchange(m_nextDirectives, {});
             m_nextLine = 0;
         }
         m_text += line + u'\n';
@@ -100,35 +101,35 @@ public:
     {
         if (m_text.isEmpty())
             return;
-        Push(m_line, m_wishes, m_text);
+        Push(m_line, m_directives, m_text);
         m_text.clear();
         m_isOpen = m_wasClosed = false;
     }
 
-    // An exhibit that is named for nothing is a piece without a text.
+    // A trailing exhibit comment becomes a piece without text.
     void End()
     {
         Finish();
         if (m_nextLine != 0)
-            Push(m_nextLine, m_next, {});
+            Push(m_nextLine, m_nextDirectives, {});
     }
 
 private:
-    void Push(int line, const Wishes &wishes, const QString &text)
+    void Push(int line, const Directives &directives, const QString &text)
     {
-        Piece piece{ line, text, wishes.IsUnlimited, {}, wishes.Exhibits.size() > 1 };
-        if (!wishes.Exhibits.isEmpty())
-            piece.Exhibit = wishes.Exhibits.first();
+        Piece piece{ line, text, directives.IsUnlimited, {}, directives.Exhibits.size() > 1 };
+        if (!directives.Exhibits.isEmpty())
+            piece.Exhibit = directives.Exhibits.first();
         Pieces.push_back(std::move(piece));
     }
 
     int m_line = 0;
     QString m_text;
-    Wishes m_wishes;
+    Directives m_directives;
     bool m_isOpen = false;
     bool m_wasClosed = false;
     int m_nextLine = 0;
-    Wishes m_next;
+    Directives m_nextDirectives;
 };
 
 }

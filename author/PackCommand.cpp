@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "author/Commands.h"
-#include "author/Interrupt.h"
+#include "author/Cancellation.h"
 #include "pack/Packer.h"
 #include "packformat/PackFormat.h"
 
@@ -9,11 +9,11 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 const QString Notes = uR"(
-FILE is a program that needs nothing else to be there, for the system that
+FILE is a program that needs no other files, for the system that
 --for names, "linux" or "windows", on whichever of them it is made. Run without
 arguments it installs the exam into the exams folder of the user who runs it, in
-place of the exam of that name if there is one. A FILE that did not come whole,
-or that anything of was changed, installs nothing. FILE appears whole or not at
+place of the exam of that name if there is one. A FILE that is incomplete or was
+changed installs nothing. FILE appears whole or not at
 all.
 
 FOLDER holds the exam file named after it, which must load, and besides
@@ -35,12 +35,12 @@ int Command::Pack(const QStringList &arguments)
     parser.addOptions({
         { u"out"_s, u"The program to make."_s, u"FILE"_s },
         { u"for"_s, u"The system that runs the program; without it, this one."_s, u"SYSTEM"_s },
-        { u"replace"_s, u"Replace a file that is there already."_s },
+        { u"replace"_s, u"Replace an existing file."_s },
     });
     if (const auto code = Parse(parser, arguments, Notes.arg(PackFormat::MostFiles).arg(PackFormat::LongestName)))
         return *code;
     if (parser.positionalArguments().size() != 1)
-        return Misused(u"one package folder is wanted"_s);
+        return Misused(u"one package folder is required"_s);
     if (parser.value(u"out"_s).isEmpty())
         return Misused(u"--out is missing"_s);
 
@@ -52,8 +52,8 @@ int Command::Pack(const QStringList &arguments)
     else if (parser.isSet(u"for"_s))
         return Misused(u"--for takes linux or windows"_s);
 
-    const Interrupt interrupt;
+    const Cancellation cancellation;
     Packer::Write(parser.positionalArguments().first(), parser.value(u"out"_s), system, parser.isSet(u"replace"_s),
-                  Interrupt::Check);
+                  Cancellation::Check);
     return Success;
 }

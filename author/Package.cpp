@@ -21,8 +21,8 @@ namespace Package {
 
 namespace {
 
-// An item that stays out, with the reason.
-struct Unfit {
+// Thrown for an item that cannot become part of the exam.
+struct LeftOutBecause {
     QString Reason;
 };
 
@@ -36,15 +36,15 @@ QString Described(char32_t character)
     return u"\"%1\" (%2)"_s.arg(QString::fromUcs4(&character, 1), CodeOf(character));
 }
 
-void DemandNoControl(const QString &text)
+void RequireNoControl(const QString &text)
 {
     if (const QString control = ControlCharacter(text); !control.isEmpty())
-        throw Unfit{ u"it holds the control character %1"_s.arg(control) };
+        throw LeftOutBecause{ u"it holds the control character %1"_s.arg(control) };
 }
 
-// The text in a form that the code page holds: a letter and its accent may be
-// one character there.
-QString Holdable(const QString &text)
+// The text in a form that the code page can encode: with precomposed characters
+// if need be.
+QString Encodable(const QString &text)
 {
     const Ansi::CodePage &page = Ansi::SystemCodePage();
     if (page.CanHold(text))
@@ -52,24 +52,24 @@ QString Holdable(const QString &text)
     const QString composed = text.normalized(QString::NormalizationForm_C);
     for (const char32_t character : composed.toUcs4()) {
         if (character == QChar::ReplacementCharacter)
-            throw Unfit{ u"it holds bytes that are not UTF-8"_s };
+            throw LeftOutBecause{ u"it holds bytes that are not UTF-8"_s };
         if (!page.CanHold(QString::fromUcs4(&character, 1)))
-            throw Unfit{ u"the character %1 is not in code page %2"_s.arg(Described(character),
-                                                                          QString::number(page.Number())) };
+            throw LeftOutBecause{ u"the character %1 is not in code page %2"_s.arg(Described(character),
+                                                                                   QString::number(page.Number())) };
     }
     return composed;
 }
 
 QString Prepared(const Gift::Text &text)
 {
-    // Markup may swallow one, and may make one of an entity.
-    DemandNoControl(text.Source);
+    // Before and after: rendering may drop one, or produce one from an entity.
+    RequireNoControl(text.Source);
     const QString readable = PlainText::Readable(text);
-    DemandNoControl(readable);
-    return Holdable(readable);
+    RequireNoControl(readable);
+    return Encodable(readable);
 }
 
-// The general feedback and behind it each option's own under its letter.
+// The general feedback, then that of each option after its letter.
 QString ExplanationOf(const Gift::Item &item)
 {
     QStringList lines;
@@ -96,38 +96,38 @@ public:
     {
         try {
             if (m_content.Exam->Questions().Count() == Limits::MostItems)
-                throw Unfit{ u"an exam holds no more than %1 items"_s.arg(Limits::MostItems) };
-            m_content.Exam->Questions().Add(Made(item));
-        } catch (const Unfit &unfit) {
-            m_content.LeftOut.push_back({ item.Line, unfit.Reason });
+                throw LeftOutBecause{ u"an exam holds no more than %1 items"_s.arg(Limits::MostItems) };
+            m_content.Exam->Questions().Add(BuildQuestion(item));
+        } catch (const LeftOutBecause &cause) {
+            m_content.LeftOut.push_back({ item.Line, cause.Reason });
         }
     }
 
 private:
-    std::shared_ptr<Question> Made(const Gift::Item &item)
+    std::shared_ptr<Question> BuildQuestion(const Gift::Item &item)
     {
         if (!item.Refusal.isEmpty())
-            throw Unfit{ item.Refusal };
+            throw LeftOutBecause{ item.Refusal };
         const auto count = static_cast<qint32>(item.Options.size());
         if (count < Limits::FewestOptions)
-            throw Unfit{ u"it has fewer than %1 options"_s.arg(Limits::FewestOptions) };
+            throw LeftOutBecause{ u"it has fewer than %1 options"_s.arg(Limits::FewestOptions) };
         if (count > Limits::MostOptions)
-            throw Unfit{ u"it has %1 options, and an exam has letters for %2"_s.arg(count).arg(Limits::MostOptions) };
+            throw LeftOutBecause{ u"it has %1 options, and an exam has letters for %2"_s.arg(count).arg(Limits::MostOptions) };
 
         auto question = std::make_shared<Question>();
         question->SetProblem(Prepared(item.Problem));
         if (question->Problem().isEmpty())
-            throw Unfit{ u"it has no question text"_s };
+            throw LeftOutBecause{ u"it has no question text"_s };
         for (const Gift::Option &option : item.Options)
             AddChoice(*question, option);
         question->Choices().ResetNumbers();
         question->CalculateSolutionCount();
         if (question->SolutionCount() == 0)
-            throw Unfit{ u"no option is right"_s };
+            throw LeftOutBecause{ u"no option is right"_s };
         question->SetHasHint(item.IsMultiple && !item.IsUnlimited);
         question->SetExplaination(ExplanationOf(item));
         if (question->Characters() > ExamFormat::MostItemCharacters)
-            throw Unfit{ u"it has more than %1 characters"_s.arg(ExamFormat::MostItemCharacters) };
+            throw LeftOutBecause{ u"it has more than %1 characters"_s.arg(ExamFormat::MostItemCharacters) };
         if (item.Exhibit)
             question->SetExhibit(Exhibit(*item.Exhibit));
         return question;
@@ -138,21 +138,21 @@ private:
         auto choice = std::make_shared<Choice>();
         choice->SetStatement(Prepared(option.Statement));
         if (choice->Statement().isEmpty())
-            throw Unfit{ u"option %1 is empty"_s.arg(question.Choices().Count() + 1) };
+            throw LeftOutBecause{ u"option %1 is empty"_s.arg(question.Choices().Count() + 1) };
         choice->SetIsSolution(option.IsRight);
         question.Choices().Add(choice);
     }
 
-    // The name of an exhibit that the exam window will be able to show.
+    // The name, when the exam window can show that exhibit.
     QString Exhibit(const QString &name)
     {
         if (!IsPlainName(name))
-            throw Unfit{ u"the exhibit \"%1\" is not a plain file name"_s.arg(name) };
-        DemandNoControl(name);
+            throw LeftOutBecause{ u"the exhibit \"%1\" is not a plain file name"_s.arg(name) };
+        RequireNoControl(name);
         if (IO::GetExtension(name).compare(QStringView(ExamFormat::Extension), Qt::CaseInsensitive) == 0)
-            throw Unfit{ u"the exhibit \"%1\" is named like an exam"_s.arg(name) };
+            throw LeftOutBecause{ u"the exhibit \"%1\" is named like an exam"_s.arg(name) };
         if (!HoldsPlain(name))
-            throw Unfit{ u"the name of the exhibit \"%1\" is not in code page %2"_s.arg(
+            throw LeftOutBecause{ u"the name of the exhibit \"%1\" is not in code page %2"_s.arg(
                 name, QString::number(Ansi::SystemCodePage().Number())) };
         if (!m_faults.contains(name)) {
             m_faults.insert(name, FaultOf(name));
@@ -160,7 +160,7 @@ private:
                 m_content.Pictures.append(name);
         }
         if (const QString fault = m_faults.value(name); !fault.isEmpty())
-            throw Unfit{ u"the exhibit \"%1\": %2"_s.arg(name, fault) };
+            throw LeftOutBecause{ u"the exhibit \"%1\": %2"_s.arg(name, fault) };
         return name;
     }
 
@@ -176,7 +176,7 @@ private:
 
     Content &m_content;
     QString m_pictureFolder;
-    QHash<QString, QString> m_faults; // of each exhibit looked at; empty for none
+    QHash<QString, QString> m_faults; // by exhibit; empty: none
 };
 
 }

@@ -27,38 +27,38 @@ struct LeftOut {
 
 struct Content {
     std::shared_ptr<::Exam> Exam;
-    QStringList Pictures; // file names, each once
+    QStringList Pictures; // file names of the exhibits, each once
     std::vector<Package::LeftOut> LeftOut;
 };
 
-// Whether a text survives in an exam file's plain texts (code, name, exhibit),
-// which take one byte for each character.
+// Whether the plain texts of an exam file (code, name, exhibit), which store one
+// byte a character, can hold this one unchanged.
 bool HoldsPlain(QStringView text);
 
-// The first control character of the text, such as "U+000B"; empty when there
-// is none but tabs, line feeds and carriage returns before a line feed.
+// The first control character of the text, such as "U+000B"; empty when there is
+// none. Tabs, line feeds and carriage returns before a line feed do not count.
 QString ControlCharacter(QStringView text);
 
-// A name that stays in its folder: no separators, neither "." nor "..", not
-// empty, and no blanks or quotes that opening a file would take away.
+// Whether a name can only be that of a file in the folder itself: not empty, no
+// separators, neither "." nor "..", no double quotes, NULs or blanks at its ends.
 bool IsPlainName(const QString &name);
 
-// The name of the exam file in a package folder, after the folder's own name.
+// The name that the exam file in a package folder must have.
 QString ExamFileName(const QString &folder);
 
-// Takes every item that an exam can hold, in order; of the others the reason.
-// Each exhibit is loaded from pictureFolder once.
+// The exam of all items that an exam can hold, in order and numbered, and the
+// reasons for the others. Each exhibit is loaded from pictureFolder once.
 Content Assemble(const std::vector<Gift::Item> &items, const Header &header, const QString &pictureFolder);
 
-// Makes the package folder out (with its missing parents) whole or not at all,
+// Creates the package folder out (with its missing parents) whole or not at all,
 // copying the pictures from pictureFolder. An existing out is an error, unless
-// replace is set and nothing but a package is in it: then it goes when the new
-// one stands.
-// Yields a warning, or nothing: the old package may be left over under another
-// name. Raises the system's error, InvalidCall, or what Interrupt::Check raises.
+// replace is set and it holds nothing but a package: then that is removed once
+// the new one is in its place.
+// Returns a warning when the old package could not be removed and remains under
+// another name; otherwise an empty text. Raises the system's error, InvalidCall, or what Cancellation::Check raises.
 QString Write(const Content &content, const QString &pictureFolder, const QString &out, bool replace);
 
-// Raises what Write would say of out before anything is written.
+// Raises the error that Write would raise for out before it writes anything.
 void CheckTarget(const QString &out, bool replace);
 
 }

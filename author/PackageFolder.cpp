@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "author/Interrupt.h"
+#include "author/Cancellation.h"
 #include "author/Package.h"
 #include "common/Common.h"
 #include "common/Error.h"
@@ -26,7 +26,7 @@ Error Refused(const QString &text)
     return Error(InvalidCall, text, u"Package::Write()"_s);
 }
 
-void Demand(const std::error_code &code, const QString &path)
+void RaiseIf(const std::error_code &code, const QString &path)
 {
     const QString text = QString::fromLocal8Bit(code.message());
     if (code)
@@ -48,14 +48,14 @@ void Rename(const QString &from, const QString &to)
 {
     std::error_code code;
     fs::rename(Native(from), Native(to), code);
-    Demand(code, to);
+    RaiseIf(code, to);
 }
 
-// A folder beside the target, and the folders above it that were missing. What
-// is not put in place in the end goes without a trace.
-class Workplace {
+// A new folder beside the target, with the missing folders above it. Everything
+// is removed again unless PutInPlace succeeded.
+class StagingFolder {
 public:
-    explicit Workplace(const QString &target)
+    explicit StagingFolder(const QString &target)
         : m_target(target)
         , m_folder(Sibling(target))
     {
@@ -67,19 +67,19 @@ public:
             throw;
         }
     }
-    ~Workplace()
+    ~StagingFolder()
     {
         if (!m_isInPlace)
             Remove();
     }
-    Workplace(const Workplace &) = delete;
-    Workplace &operator=(const Workplace &) = delete;
+    StagingFolder(const StagingFolder &) = delete;
+    StagingFolder &operator=(const StagingFolder &) = delete;
 
     QString Path(const QString &name) const { return QDir(m_folder).filePath(name); }
 
-    // Renames the folder to the target. What may be replaced there is put aside
-    // first, put back if anything fails, and removed in the end; a warning when
-    // it cannot be removed.
+    // Renames the folder to the target. With replace, an existing target is moved
+    // to another name first, moved back when the renaming fails, and removed in
+    // the end; returns a warning when it cannot be removed.
     QString PutInPlace(bool replace)
     {
         const QString old = m_folder + u".old"_s;
@@ -109,13 +109,13 @@ private:
         return QFileInfo(target).dir().filePath(u".practorium-"_s + QString::number(number, 16));
     }
 
-    // Makes one folder that must not be there yet.
+    // Creates one folder that must not exist yet.
     void Make(const QString &folder)
     {
         std::error_code code;
         if (!fs::create_directory(Native(folder), code) && !code)
             code = std::make_error_code(std::errc::file_exists);
-        Demand(code, folder);
+        RaiseIf(code, folder);
         m_made.append(folder);
     }
 
@@ -125,7 +125,7 @@ private:
         QString folder = QFileInfo(m_target).path();
         while (!QFileInfo::exists(folder)) {
             missing.prepend(folder);
-            // A drive that is not there has nothing above it.
+            // A missing drive has no parent.
             const QString above = QFileInfo(folder).path();
             if (above == folder)
                 break;
@@ -140,7 +140,7 @@ private:
         std::error_code ignored;
         if (m_made.contains(m_folder))
             fs::remove_all(Native(m_folder), ignored);
-        // Those above go only when nobody else has put anything there.
+        // Parents only when they are empty.
         while (!m_made.isEmpty())
             fs::remove(Native(m_made.takeLast()), ignored);
     }
@@ -151,8 +151,8 @@ private:
     bool m_isInPlace = false;
 };
 
-// Names the file in an error of the system.
-template <class Operation> void At(const QString &name, Operation operation)
+// Runs the operation; a system error gets the name of the file in front.
+template <class Operation> void NamingFile(const QString &name, Operation operation)
 {
     try {
         operation();
@@ -165,7 +165,7 @@ template <class Operation> void At(const QString &name, Operation operation)
 void SaveExam(Exam &exam, const QString &path)
 {
     exam.Save(path);
-    // A disk may take bytes that it has no room for and say so only now.
+    // A full disk may be reported only now.
     File file;
     file.OpenFile(path, File::BinaryMode, File::WriteAccess, File::OpenExisting);
     file.Flush();
@@ -183,9 +183,9 @@ void CopyPicture(const QString &from, const QString &to)
     target.CloseFile();
 }
 
-// Why the folder is not one that nobody will miss anything in but an exam;
-// empty when it is.
-QString ReasonToKeep(const QString &folder)
+// Why an existing folder must not be replaced; empty when it holds nothing but a
+// package.
+QString WhyNotReplaced(const QString &folder)
 {
     const QFileInfo info(folder);
     if (info.isSymLink() || !info.isDir())
@@ -216,7 +216,7 @@ void CheckTarget(const QString &out, bool replace)
         return;
     if (!replace)
         throw Refused(u"%1: it exists already (--replace replaces a package)"_s.arg(out));
-    if (const QString reason = ReasonToKeep(target); !reason.isEmpty())
+    if (const QString reason = WhyNotReplaced(target); !reason.isEmpty())
         throw Refused(u"%1: it is not replaced, because %2"_s.arg(out, reason));
 }
 
@@ -224,16 +224,16 @@ QString Write(const Content &content, const QString &pictureFolder, const QStrin
 {
     CheckTarget(out, replace);
     const QString target = Resolved(out);
-    const Interrupt interrupt;
-    Workplace workplace(target);
+    const Cancellation cancellation;
+    StagingFolder staging(target);
     const QString examName = ExamFileName(target);
-    At(examName, [&] { SaveExam(*content.Exam, workplace.Path(examName)); });
+    NamingFile(examName, [&] { SaveExam(*content.Exam, staging.Path(examName)); });
     for (const QString &picture : content.Pictures) {
-        Interrupt::Check();
-        At(picture, [&] { CopyPicture(QDir(pictureFolder).absoluteFilePath(picture), workplace.Path(picture)); });
+        Cancellation::Check();
+        NamingFile(picture, [&] { CopyPicture(QDir(pictureFolder).absoluteFilePath(picture), staging.Path(picture)); });
     }
-    Interrupt::Check();
-    return workplace.PutInPlace(replace);
+    Cancellation::Check();
+    return staging.PutInPlace(replace);
 }
 
 }

@@ -1,16 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "author/PlainText.h"
 
+#include "author/Html.h"
+
 #include <QHash>
 #include <QRegularExpression>
 #include <QSet>
 #include <QTextBlock>
-#include <QTextCursor>
 #include <QTextDocument>
-#include <QTextDocumentFragment>
 #include <QTextList>
 #include <QTextTable>
 #include <QUrl>
+
+#include <algorithm>
+#include <vector>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -18,205 +21,22 @@ namespace PlainText {
 
 namespace {
 
-// Stands for a line break that Markdown must not see; no text holds it.
-constexpr QChar HiddenBreak = QChar(u'\uFDE0');
+using Html::Piece;
 
-const QSet<QString> &KnownTags()
+constexpr QChar LineBreak = QChar(QChar::LineSeparator);
+
+QString WithoutBlanksBehind(QString line)
 {
-    static const QStringList names
-        = u"a abbr acronym address area article aside audio b basefont bdi bdo big blink blockquote body br "
-          "button canvas caption center cite code col colgroup data datalist dd del details dfn dialog dir div dl dt "
-          "em embed fieldset figcaption figure font footer form h1 h2 h3 h4 h5 h6 head header hgroup hr "
-          "html i iframe img input ins kbd label legend li link main map mark menu meta meter nav nobr noscript object "
-          "ol optgroup option output p param picture pre progress q ruby rt rp s samp script section select small "
-          "source span strike strong style sub summary sup svg table tbody td template textarea tfoot th thead time "
-          "tr track tt u ul var video wbr"_s.split(u' ');
-    static const QSet<QString> set(names.begin(), names.end());
-    return set;
+    while (!line.isEmpty() && line.back().isSpace())
+        line.chop(1);
+    return line;
 }
-
-bool IsOneOf(const QString &name, QLatin1StringView names)
-{
-    return QString(names).split(u' ').contains(name);
-}
-
-// Tags at whose sides a line break of the source means nothing.
-bool MakesLines(const QString &name)
-{
-    return IsOneOf(name,
-                   "address article aside blockquote body br caption center col colgroup dd div dl dt figure "
-                   "footer form h1 h2 h3 h4 h5 h6 head header hr html li main nav ol p pre section table tbody "
-                   "td tfoot th thead tr ul"_L1);
-}
-
-// What a player would show; a candidate gets to know that it was there.
-bool IsPlayed(const QString &name)
-{
-    return IsOneOf(name, "audio canvas embed iframe object svg video"_L1);
-}
-
-const QRegularExpression &TagPattern()
-{
-    static const QRegularExpression pattern(
-        u"<(?<close>/?)(?<name>[A-Za-z][A-Za-z0-9]*(?::[A-Za-z0-9]+)?)"
-        "(?:\\s+[\\w:.@-]+(?:\\s*=\\s*(?:\"[^\"]*\"|'[^']*'|[^\\s\"'<>]+))?)*\\s*/?>|<!--.*?-->"_s,
-        QRegularExpression::DotMatchesEverythingOption);
-    return pattern;
-}
-
-QString NameOf(const QRegularExpressionMatch &tag)
-{
-    return tag.captured(u"name"_s).toLower();
-}
-
-bool IsKnown(const QString &name)
-{
-    // Office programs leave elements of their own behind.
-    static const QRegularExpression office(u"^(o|w|v|m|st1):"_s);
-    return KnownTags().contains(name) || office.match(name).hasMatch();
-}
-
-bool IsKnownEntity(const QString &entity)
-{
-    static QHash<QString, bool> known;
-    const auto found = known.constFind(entity);
-    if (found != known.constEnd())
-        return *found;
-    const bool isKnown = QTextDocumentFragment::fromHtml(entity).toPlainText() != entity;
-    known.insert(entity, isKnown);
-    return isKnown;
-}
-
-const QRegularExpression &EntityPattern()
-{
-    static const QRegularExpression pattern(u"&(?:#[0-9]{1,7}|#[xX][0-9A-Fa-f]{1,6}|[A-Za-z][A-Za-z0-9]{1,31});"_s);
-    return pattern;
-}
-
-bool HasKnownEntity(const QString &text)
-{
-    for (auto match = EntityPattern().globalMatch(text); match.hasNext();) {
-        if (IsKnownEntity(match.next().captured()))
-            return true;
-    }
-    return false;
-}
-
-// The tags of a text without a format: those that are closed, or need not be.
-// "List<Data>" and "a <b" are none, and what builds whole pages is asked about
-// in a question bank, not used.
-QSet<QString> TagsInUse(const QString &text)
-{
-    QSet<QString> opened;
-    QSet<QString> used;
-    for (auto match = TagPattern().globalMatch(text); match.hasNext();) {
-        const QRegularExpressionMatch tag = match.next();
-        const QString name = NameOf(tag);
-        if (!IsKnown(name)
-            || IsOneOf(name,
-                       "html head body script style meta link form input select option "
-                       "textarea"_L1))
-            continue;
-        if (tag.capturedLength(u"close"_s) == 0)
-            opened.insert(name);
-        if (IsOneOf(name, "br hr img wbr"_L1) || (tag.capturedLength(u"close"_s) > 0 && opened.contains(name)))
-            used.insert(name);
-    }
-    return used;
-}
-
-// Writes a text as HTML that means the same to the reader of documents.
-class Cleaner {
-public:
-    // Of HTML proper, every known tag counts.
-    Cleaner() = default;
-    // Of a text of which only these are tags, and whose line breaks and runs of
-    // blanks stay.
-    explicit Cleaner(QSet<QString> tags)
-        : m_tags(std::move(tags))
-        , m_hasOwnLines(true)
-    {
-    }
-
-    QString Clean(const QString &text)
-    {
-        qsizetype at = 0;
-        for (auto match = TagPattern().globalMatch(text); match.hasNext();) {
-            const QRegularExpressionMatch tag = match.next();
-            const QString name = NameOf(tag);
-            if (!name.isEmpty() && !(m_hasOwnLines ? m_tags.contains(name) : IsKnown(name)))
-                continue; // it stays where it is, as text
-            Put(text.mid(at, tag.capturedStart() - at), name);
-            PutTag(tag, name);
-            at = tag.capturedEnd();
-        }
-        Put(text.mid(at), {});
-        return m_html;
-    }
-
-private:
-    void PutTag(const QRegularExpressionMatch &tag, const QString &name)
-    {
-        const bool closes = tag.capturedLength(u"close"_s) > 0;
-        // The reader takes all that follows an open "link" for its content.
-        const bool isComment = name.isEmpty();
-        if (isComment || name == "link"_L1 || name == "meta"_L1)
-            return;
-        if (IsPlayed(name) && !closes)
-            m_html += u'[' + name + u']';
-        if (name == "pre"_L1)
-            m_isPre = !closes;
-        m_html += tag.captured();
-        m_lastTag = name;
-    }
-
-    // The text between two tags.
-    void Put(QString text, const QString &nextTag)
-    {
-        const bool keepsLines = m_hasOwnLines && !m_isPre;
-        if (keepsLines) {
-            static const QRegularExpression head(u"^[ \\t]*\\n"_s);
-            static const QRegularExpression tail(u"\\n[ \\t]*$"_s);
-            if (MakesLines(m_lastTag))
-                text.remove(head);
-            if (MakesLines(nextTag))
-                text.remove(tail);
-        }
-        for (qsizetype i = 0; i < text.size(); ++i) {
-            const QChar c = text.at(i);
-            if (c == u'<')
-                m_html += "&lt;"_L1;
-            else if (c == u'>')
-                m_html += "&gt;"_L1;
-            else if (c == u'&')
-                m_html += IsEntityAt(text, i) ? u"&"_s : u"&amp;"_s;
-            else if (keepsLines && c == u'\n')
-                m_html += "<br>"_L1;
-            else if (keepsLines && c == u'\t')
-                m_html += "&nbsp;&nbsp;&nbsp;&nbsp;"_L1;
-            else if (keepsLines && c == u' ' && i > 0 && text.at(i - 1).isSpace())
-                m_html += "&nbsp;"_L1;
-            else
-                m_html += c;
-        }
-    }
-
-    static bool IsEntityAt(const QString &text, qsizetype at)
-    {
-        const auto match
-            = EntityPattern().match(text, at, QRegularExpression::NormalMatch, QRegularExpression::AnchorAtOffsetMatchOption);
-        return match.hasMatch() && IsKnownEntity(match.captured());
-    }
-
-    QSet<QString> m_tags;
-    bool m_hasOwnLines = false;
-    bool m_isPre = false;
-    QString m_html;
-    QString m_lastTag;
-};
 
 // A document that never loads a picture or a style sheet.
 class Document : public QTextDocument {
+public:
+    Document() { setUndoRedoEnabled(false); }
+
 protected:
     QVariant loadResource(int, const QUrl &) override { return {}; }
 };
@@ -231,57 +51,49 @@ QString PictureText(const QTextImageFormat &format)
 // Reads the lines off a document.
 class Reader {
 public:
-    QString Read(const QTextDocument &document)
+    // Everything from a place in a document to the end of its frame or cell.
+    QString Read(QTextFrame::iterator place)
     {
-        ReadFrame(*document.rootFrame());
-        QStringList lines;
-        for (const QString &line : std::as_const(m_lines)) {
-            if (!line.isEmpty() || (!lines.isEmpty() && !lines.last().isEmpty()))
-                lines.append(line);
-        }
-        return lines.join(u'\n').trimmed();
+        ReadFrame(place);
+        return m_lines.join(u'\n').trimmed();
     }
 
 private:
-    void ReadFrame(const QTextFrame &frame)
+    // Never a second empty line in a row.
+    void AddLine(const QString &text)
     {
-        for (auto it = frame.begin(); !it.atEnd(); ++it) {
-            if (const auto *table = qobject_cast<const QTextTable *>(it.currentFrame()))
+        const QString line = WithoutBlanksBehind(text);
+        if (!line.isEmpty() || (!m_lines.isEmpty() && !m_lines.last().isEmpty()))
+            m_lines.append(line);
+    }
+
+    void ReadFrame(QTextFrame::iterator place)
+    {
+        for (; !place.atEnd(); ++place) {
+            if (const auto *table = qobject_cast<const QTextTable *>(place.currentFrame()))
                 ReadTable(*table);
-            else if (it.currentFrame())
-                ReadFrame(*it.currentFrame());
-            else if (it.currentBlock().isValid())
-                ReadBlock(it.currentBlock());
+            else if (place.currentFrame())
+                ReadFrame(place.currentFrame()->begin());
+            else if (place.currentBlock().isValid())
+                ReadBlock(place.currentBlock());
         }
     }
 
     void ReadTable(const QTextTable &table)
     {
-        m_lines.append(QString());
+        AddLine({});
         for (int row = 0; row < table.rows(); ++row) {
             QStringList cells;
             for (int column = 0; column < table.columns(); ++column) {
                 const QTextTableCell cell = table.cellAt(row, column);
                 if (cell.row() == row && cell.column() == column)
-                    cells.append(CellText(cell));
+                    cells.append(Reader().Read(cell.begin()).simplified());
             }
-            m_lines.append(cells.join(u" | "_s));
+            AddLine(cells.join(u" | "_s));
         }
-        m_lines.append(QString());
+        AddLine({});
         m_margin = 0;
         m_wasList = false;
-    }
-
-    static QString CellText(const QTextTableCell &cell)
-    {
-        Reader reader;
-        for (auto it = cell.begin(); !it.atEnd(); ++it) {
-            if (const auto *table = qobject_cast<const QTextTable *>(it.currentFrame()))
-                reader.ReadTable(*table);
-            else if (it.currentBlock().isValid())
-                reader.ReadBlock(it.currentBlock());
-        }
-        return reader.m_lines.join(u' ').simplified();
     }
 
     void ReadBlock(const QTextBlock &block)
@@ -290,18 +102,14 @@ private:
         const QTextList *list = block.textList();
         const bool goesOn = list && m_wasList;
         if (!goesOn && std::max(m_margin, format.topMargin()) > 0)
-            m_lines.append(QString());
+            AddLine({});
         m_margin = format.bottomMargin();
         m_wasList = list != nullptr;
-        const QString mark = list ? MarkOf(*list, block) : QString();
+        QString mark = list ? MarkOf(*list, block) : QString();
         const bool isRule = format.hasProperty(QTextFormat::BlockTrailingHorizontalRulerWidth);
-        const QString indent(mark.size(), u' ');
-        QStringList lines = (TextOf(block) + (isRule ? u"-----"_s : QString())).split(QChar(QChar::LineSeparator));
-        for (qsizetype i = 0; i < lines.size(); ++i) {
-            QString line = (i == 0 ? mark : indent) + lines.at(i);
-            while (!line.isEmpty() && line.back().isSpace())
-                line.chop(1);
-            m_lines.append(line);
+        for (const QString &line : (TextOf(block) + (isRule ? u"-----"_s : QString())).split(LineBreak)) {
+            AddLine(mark + line);
+            mark.fill(u' ');
         }
     }
 
@@ -309,11 +117,9 @@ private:
     {
         const QTextListFormat format = list.format();
         const QString indent(2 * std::max(format.indent() - 1, 0), u' ');
-        switch (block.blockFormat().marker()) {
-        case QTextBlockFormat::MarkerType::Checked: return indent + u"[x] "_s;
-        case QTextBlockFormat::MarkerType::Unchecked: return indent + u"[ ] "_s;
-        default: break;
-        }
+        const auto marker = block.blockFormat().marker();
+        if (marker != QTextBlockFormat::MarkerType::NoMarker)
+            return indent + (marker == QTextBlockFormat::MarkerType::Checked ? u"[x] "_s : u"[ ] "_s);
         const int style = format.style();
         const bool isBullet = style == QTextListFormat::ListDisc || style == QTextListFormat::ListCircle
             || style == QTextListFormat::ListSquare;
@@ -349,7 +155,7 @@ private:
         return isPower ? u'^' + text : text;
     }
 
-    // The address of a link that ends here, unless the text tells it.
+    // Appends the address of a link that ends here, unless the text ends with it.
     static void PutAddress(QString &text, const QString &address)
     {
         const bool isWeb = address.startsWith("http://"_L1) || address.startsWith("https://"_L1);
@@ -362,8 +168,19 @@ private:
     bool m_wasList = false;
 };
 
-// Whether every letter and digit of the text is in the result as often. The
-// toolkit's readers lose what stands in the wrong place of a table.
+QString Read(const Document &document)
+{
+    return Reader().Read(document.rootFrame()->begin());
+}
+
+QString FromHtml(const std::vector<Piece> &pieces, Html::WhiteSpace whiteSpace = Html::WhiteSpace::Collapsed)
+{
+    Document document;
+    document.setHtml(Html::ForDocument(pieces, whiteSpace));
+    return Read(document);
+}
+
+// Whether every letter and digit of the text is in the result as often.
 bool HoldsAll(const QString &result, const QString &text)
 {
     QHash<QChar, int> missing;
@@ -374,103 +191,67 @@ bool HoldsAll(const QString &result, const QString &text)
     return std::all_of(missing.begin(), missing.end(), [](int count) { return count <= 0; });
 }
 
-QString Rendered(const QString &html)
-{
-    Document document;
-    document.setUndoRedoEnabled(false);
-    document.setHtml(html);
-    return Reader().Read(document);
-}
-
-QString AltOf(const QRegularExpressionMatch &tag)
-{
-    static const QRegularExpression alt(u"\\balt\\s*=\\s*(?:\"([^\"]*)\"|'([^']*)')"_s);
-    const QRegularExpressionMatch found = alt.match(tag.captured());
-    return found.captured(1) + found.captured(2);
-}
-
-// The text between the tags, one line for each block.
-QString WithoutTags(QString html)
-{
-    static const QRegularExpression unseen(u"<(script|style)\\b.*?</\\1\\s*>"_s,
-                                           QRegularExpression::CaseInsensitiveOption
-                                               | QRegularExpression::DotMatchesEverythingOption);
-    html.remove(unseen);
-    QString text;
-    qsizetype at = 0;
-    for (auto match = TagPattern().globalMatch(html); match.hasNext();) {
-        const QRegularExpressionMatch tag = match.next();
-        text += html.mid(at, tag.capturedStart() - at);
-        if (MakesLines(NameOf(tag)))
-            text += u'\n';
-        else if (const QString alt = AltOf(tag); !alt.isEmpty())
-            text += u'[' + alt + u']';
-        at = tag.capturedEnd();
-    }
-    return Rendered(u"<pre>"_s + text + html.mid(at) + u"</pre>"_s);
-}
-
-QString FromHtml(const QString &html)
-{
-    const QString text = Rendered(html);
-    const QString all = WithoutTags(html);
-    return HoldsAll(text, all) ? text : all;
-}
-
-// Tags are taken out beforehand, outside code: the reader of Markdown loses
-// what follows a tag that is never closed.
 QString FromMarkdown(const QString &markdown)
 {
-    static const QRegularExpression codeOrTag(u"(```.*?```|~~~.*?~~~|`[^`\\n]+`)|"_s + TagPattern().pattern(),
-                                              QRegularExpression::DotMatchesEverythingOption);
+    // Qt's reader loses what follows a tag that is never closed.
     QString bare;
-    qsizetype at = 0;
-    for (auto match = codeOrTag.globalMatch(markdown); match.hasNext();) {
-        const QRegularExpressionMatch found = match.next();
-        const QString name = NameOf(found);
-        const bool isCode = found.capturedLength(1) > 0;
-        if (isCode || (!name.isEmpty() && !IsKnown(name)))
-            continue;
-        bare += markdown.mid(at, found.capturedStart() - at);
-        at = found.capturedEnd();
-        if (name == "br"_L1)
-            bare += HiddenBreak;
-        else if (name == "img"_L1)
-            bare += u'[' + AltOf(found) + u']';
-        else if (IsPlayed(name) && found.capturedLength(u"close"_s) == 0)
-            bare += u'[' + name + u']';
+    for (const Piece &piece : Html::PiecesOf(markdown, Html::Language::Markdown)) {
+        if (piece.Tag == "br"_L1)
+            bare += LineBreak;
+        else if (piece.Tag == "img"_L1 || Html::IsPlayed(piece.Tag))
+            bare += FromHtml({ piece });
+        else if (piece.Tag.isEmpty() || piece.Tag == "&"_L1)
+            bare += piece.Source;
     }
-    bare += markdown.mid(at);
-
+    static const QRegularExpression lineBreak(u" *\u2028 *"_s);
+    bare.replace(lineBreak, LineBreak);
     Document document;
-    document.setUndoRedoEnabled(false);
     document.setMarkdown(bare,
                          QTextDocument::MarkdownFeatures(QTextDocument::MarkdownDialectGitHub) | QTextDocument::MarkdownNoHTML);
-    const QString text = Reader().Read(document);
-    // The language of code, the target of a picture and an entity's name are
-    // no text. Markdown as it was written is readable too.
-    static const QRegularExpression unseen(u"(^|\\n) *(```|~~~)[^\\n`]*|\\]\\([^)\\n]*\\)|"_s + EntityPattern().pattern());
-    const bool isWhole = HoldsAll(text, QString(bare).remove(unseen));
-    static const QRegularExpression lineBreak(u" *\uFDE0 *"_s);
-    return QString(isWhole ? text : bare.trimmed()).replace(lineBreak, u"\n"_s);
+    const QString text = Read(document);
+    // It loses cells of a table and the first number of a list, too: Markdown as
+    // it was written can be read. The language of code, the target of a picture
+    // and an entity's name are no text.
+    static const QRegularExpression unseen(u"(^|\\n) *(```|~~~)[^\\n`]*|\\]\\([^)\\n]*\\)|&#?\\w{1,31};"_s);
+    return HoldsAll(text, QString(bare).remove(unseen)) ? text : bare.replace(LineBreak, u'\n').trimmed();
 }
 
 QString Verbatim(const QString &text)
 {
     QStringList lines = text.split(u'\n');
-    for (QString &line : lines) {
-        while (!line.isEmpty() && line.back().isSpace())
-            line.chop(1);
-    }
+    std::transform(lines.begin(), lines.end(), lines.begin(), WithoutBlanksBehind);
     return lines.join(u'\n').trimmed();
+}
+
+// The pieces of a text without a format: a tag is one that is closed, or need not
+// be. "List<Data>" and "a <b" are none, and what builds whole pages is asked
+// about in a question bank, not used.
+std::vector<Piece> PiecesInUse(const QString &text)
+{
+    std::vector<Piece> pieces = Html::PiecesOf(text);
+    QSet<QString> opened;
+    QSet<QString> used = { u"&"_s };
+    for (const Piece &piece : pieces) {
+        if (Html::IsOneOf(piece.Tag, "html head body script style meta link form input select option textarea"_L1))
+            continue;
+        if (!piece.IsEnd)
+            opened.insert(piece.Tag);
+        if (Html::IsOneOf(piece.Tag, "br hr img wbr"_L1) || (piece.IsEnd && opened.contains(piece.Tag)))
+            used.unite({ piece.Tag, u"!"_s });
+    }
+    for (Piece &piece : pieces) {
+        if (!used.contains(piece.Tag))
+            piece.Tag.clear();
+    }
+    return pieces;
 }
 
 QString FromMoodle(const QString &text)
 {
-    const QSet<QString> tags = TagsInUse(text);
-    if (tags.isEmpty() && !HasKnownEntity(text))
+    const std::vector<Piece> pieces = PiecesInUse(text);
+    if (std::all_of(pieces.begin(), pieces.end(), [](const Piece &piece) { return piece.Tag.isEmpty(); }))
         return Verbatim(text);
-    const QString readable = FromHtml(Cleaner(tags).Clean(text));
+    const QString readable = FromHtml(pieces, Html::WhiteSpace::Kept);
     // An option that is but a tag asks about that tag.
     return readable.isEmpty() ? Verbatim(text) : readable;
 }
@@ -479,10 +260,8 @@ QString FromMoodle(const QString &text)
 
 QString Readable(const Gift::Text &text)
 {
-    if (text.Source.isEmpty())
-        return {};
     switch (text.Markup) {
-    case Gift::Markup::Html: return FromHtml(Cleaner().Clean(text.Source));
+    case Gift::Markup::Html: return FromHtml(Html::PiecesOf(text.Source));
     case Gift::Markup::Markdown: return FromMarkdown(text.Source);
     case Gift::Markup::Plain: return Verbatim(text.Source);
     case Gift::Markup::Moodle: break;

@@ -9,8 +9,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-// What the toolkit's decoders say of a file is said in the program's own words
-// where it matters.
+// Warnings of Qt's decoders are left out: the program reports damaged files itself.
 void OnlyFatal(QtMsgType type, const QMessageLogContext &, const QString &text)
 {
     if (type == QtCriticalMsg || type == QtFatalMsg)
@@ -22,7 +21,7 @@ void OnlyFatal(QtMsgType type, const QMessageLogContext &, const QString &text)
 int main(int argc, char **argv)
 {
     qInstallMessageHandler(OnlyFatal);
-    // Formatted texts need a platform, but no display.
+    // QTextDocument needs a QPA platform, but no display.
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication::setDesktopSettingsAware(false);
     const QGuiApplication application(argc, argv);
@@ -32,8 +31,7 @@ int main(int argc, char **argv)
                         {
                             { u"build"_s, u"makes a package folder from a question bank in GIFT"_s, Command::Build },
                             { u"dump"_s, u"prints an exam file as JSON"_s, Command::DumpExam },
-                            { u"check"_s, u"tells what would go wrong with exam files and package folders"_s,
-                              Command::CheckPaths },
+                            { u"check"_s, u"reports the faults of exam files and package folders"_s, Command::CheckPaths },
                             { u"pack"_s, u"makes a program that installs a package"_s, Command::Pack },
                         });
 }

@@ -35,7 +35,7 @@ QString Help(const QString &summary, const std::vector<Entry> &commands)
     QStringList lines = { summary, {}, u"Usage: %1 COMMAND …"_s.arg(ProgramName()), {}, u"Commands:"_s };
     for (const Entry &entry : commands)
         lines.append(u"  %1  %2"_s.arg(entry.Name.leftJustified(width), entry.Summary));
-    lines += { {}, u"%1 COMMAND --help tells more; %1 --version the version."_s.arg(ProgramName()) };
+    lines += { {}, u"%1 COMMAND --help describes a command; %1 --version prints the version."_s.arg(ProgramName()) };
     return lines.join(u'\n');
 }
 

@@ -5,20 +5,22 @@
 
 #include <QString>
 
-// What a program without a window says, in UTF-8 and one line at a time.
+// The output of a program without a window, in UTF-8, one line at a time.
 namespace Console {
 
+// To the standard output. May be delayed until Flush.
 void Print(const QString &line);
+// To the error output.
 void Complain(const QString &line);
 
-// Brings what was printed out; false when it did not arrive, because a disk is
-// full or nobody reads any more.
+// Writes what was printed; false when it cannot be written, because the disk is
+// full or the pipe is closed.
 bool Flush();
 
 using Common::OneLine;
-// A text as a part of a line that others read, a program perhaps: between
-// quotation marks, with a backslash before these and itself, with \uXXXX for
-// what cannot be seen, and cut after 100 characters.
+// A text as part of a line that people or programs read: in quotation marks, a
+// backslash before each quotation mark and backslash in it, \uXXXX in place of
+// invisible characters, and cut after 100 characters with "…".
 QString Quoted(const QString &text);
 
 }

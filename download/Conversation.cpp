@@ -166,7 +166,7 @@ void Conversation::InstallFront()
     m_port.UpdateStatus(Common::FormatText(u"Installing: {1}"_s, { examID }));
     try {
         m_port.Install(examID);
-        m_installed += examID + u',';
+        m_installed.append(examID);
     } catch (const Error &) {
         m_port.Ask(u"Installation of {1} failed. Click OK to continue."_s, CriticalMessage, { examID });
     }
@@ -174,12 +174,10 @@ void Conversation::InstallFront()
 
 void Conversation::Report()
 {
-    if (!m_installed.isEmpty())
-        m_installed.chop(1);
     m_port.UpdateStatus(u"Performing post-installation tasks"_s);
     Send(ReportCommand,
          { { u"sid"_s, m_sessionID },
-           { u"list"_s, m_installed },
+           { u"list"_s, m_installed.join(u',') },
            { u"time"_s, DownloadText::GeneralDate(m_clock.Now(), QLocale::system()) } });
 }
 

@@ -72,5 +72,5 @@ private:
     bool m_isRunning = false;
     QStringList m_queue;
     QString m_sessionID;
-    QString m_installed; // each exam ID followed by a comma
+    QStringList m_installed; // exam IDs
 };

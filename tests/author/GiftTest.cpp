@@ -1,130 +1,139 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "author/Gift.h"
-#include "tests/support/Test.h"
-
-#include <QStringList>
+#include "author/Package.h"
+#include "tests/author/AuthorFixture.h"
 
 namespace {
 
-QString Shown(const Gift::Text &text)
+QString PictureFolder()
 {
-    static const QStringList marks = { QString(), u"<h>"_s, u"<p>"_s, u"<m>"_s };
-    return text.Source.isEmpty() ? QString() : marks.at(static_cast<int>(text.Markup)) + text.Source;
+    const QString path = Sandbox::Path(u"pictures"_s);
+    for (const QString &name : { u"a b.bmp"_s, u"b.bmp"_s, u"a.EXAM"_s, u"\u03B1.bmp"_s })
+        Sandbox::WriteFile(path + u'/' + name, Bmp());
+    Sandbox::WriteFile(path + u"/text.bmp"_s, "text");
+    return path;
 }
 
-// "line: stem | *right option (feedback) | option #general [flags]", or
-// "line! reason".
-QString Shown(const Gift::Item &item)
+// The items of an exam made from a question bank, one a line, and behind them the items left out.
+QString Taken(const QString &source)
 {
-    QString text = QString::number(item.Line);
-    if (!item.Refusal.isEmpty())
-        return text + u"! "_s + item.Refusal;
-    text += u": "_s + Shown(item.Problem);
-    for (const Gift::Option &option : item.Options) {
-        text += (option.IsRight ? u" | *"_s : u" | "_s) + Shown(option.Statement);
-        if (!option.Feedback.Source.isEmpty())
-            text += u" ("_s + Shown(option.Feedback) + u')';
+    static const QString pictures = PictureFolder();
+    const Package::Content content = Package::Assemble(Gift::Parse(Gift::Decode(source.toUtf8())), {}, pictures);
+    QStringList lines;
+    for (const auto &question : content.Exam->Questions()) {
+        QStringList parts = { question->Problem() };
+        for (const auto &choice : question->Choices())
+            parts.append((choice->IsSolution() ? u"*"_s : QString()) + choice->Statement());
+        if (const QString explanation = question->StoredExplaination(); !explanation.isEmpty())
+            parts.append(u"because "_s + explanation);
+        if (question->HasHint())
+            parts.append(u"limited"_s);
+        if (question->HasExhibit())
+            parts.append(u"with "_s + question->Exhibit());
+        lines.append(parts.join(u" | "_s));
     }
-    if (!item.Feedback.Source.isEmpty())
-        text += u" #"_s + Shown(item.Feedback);
-    if (item.IsMultiple)
-        text += u" [multiple]"_s;
-    if (item.IsUnlimited)
-        text += u" [nolimit]"_s;
-    if (item.Exhibit)
-        text += u" ["_s + *item.Exhibit + u']';
-    return text;
-}
-
-QString Parsed(const QByteArray &bytes)
-{
-    QStringList items;
-    for (const Gift::Item &item : Gift::Parse(Gift::Decode(bytes)))
-        items.append(Shown(item));
-    return items.join(u"\n"_s);
-}
-
-struct Row {
-    const char *Name;
-    QByteArray Source;
-    const char16_t *Expected;
-};
-
-void ExpectRows(const std::vector<Row> &rows)
-{
-    for (const Row &row : rows)
-        EXPECT_EQ(Parsed(row.Source), QString::fromUtf16(row.Expected)) << row.Name;
+    for (const Package::LeftOut &item : content.LeftOut)
+        lines.append(u"%1: %2"_s.arg(item.Line).arg(item.Reason));
+    return lines.join(u'\n');
 }
 
 }
 
 TEST(GiftTest, KindsOfItems)
 {
-    ExpectRows({
-        { "several right in single choice", "Q {=a ~b =c}", u"1! several answers are right alone" },
-        { "part of the credit beside =", "Q {=a ~%50%b ~c}", u"1: Q | *a | b | c" },
-        { "weights", "Q {~%50%a ~%50%b ~%-100%c}", u"1: Q | *a | *b | c [multiple]" },
-        { "fractions", "Q {~%33.33333%a ~%-0.5%b ~ %66,7% c ~%0%d}", u"1: Q | *a | b | *c | d [multiple]" },
-        { "a percentage is no weight", "Q {=50% ~%x% ~5%6%}", u"1: Q | *50% | %x% | 5%6%" },
-        { "feedback when wrong comes first", "Q {F#no#yes}", u"1: Q | <p>True (no) | *<p>False (yes)" },
-        { "feedback when true", "Q {TRUE#no#yes####g}", u"1: Q | *<p>True (yes) | <p>False (no) #g" },
-        { "short answer", "Q {=a =b}", u"1! a short-answer question has no options" },
-        { "matching", "Q {=a -> b =c -> d}", u"1! a matching question has no options" },
-        { "an arrow in an option", "Q {=a -> b ~c}", u"1: Q | *a -> b | c" },
-        { "numerical", "Q {#3.14:0.01}", u"1! a numerical question has no options" },
-        { "essay", "Q {}", u"1! an essay question has no options" },
-        { "description", "Just text", u"1! a description without answers is no question" },
-        { "text before the marks", "Q {a ~b =c}", u"1! the answer block begins with neither \"=\" nor \"~\"" },
-    });
+    const std::vector<Row> rows = {
+        { "several right in single choice", u"Q {=a ~b =c}"_s, u"1: several answers are right alone"_s },
+        { "full credit beside =", u"Q {=a ~%100%b}"_s, u"1: several answers are right alone"_s },
+        { "part of the credit beside =", u"Q {=a ~%99%b ~c}"_s, u"Q | *a | b | c"_s },
+        { "weights", u"Q {~%50%a ~%50%b ~%-100%c}"_s, u"Q | *a | *b | c | limited"_s },
+        { "fractions", u"Q {~%33.33333%a ~%-0.5%b ~ %0,7% c ~%0%d}"_s, u"Q | *a | b | *c | d | limited"_s },
+        { "a percentage is no weight", u"Q {=50% ~%x% ~5%6%}"_s, u"Q | *50% | %x% | 5%6%"_s },
+        { "true", u" Q { t }\n\nS {TRUE#no####all}"_s, u"Q | *True | False\nS | *True | False | because all\n\nB: no"_s },
+        { "false", u"R {F#no#yes#too}\n\nS {false}"_s, u"R | True | *False | because A: no\nB: yes#too\nS | True | *False"_s },
+        { "short answer", u"Q {=a =b}"_s, u"1: a short-answer question has no options"_s },
+        { "matching", u"Q {=a -> b =c -> d}"_s, u"1: a matching question has no options"_s },
+        { "an arrow in an option", u"Q {=a -> b ~c}"_s, u"Q | *a -> b | c"_s },
+        { "numerical", u"Q {#3.14:0.01}"_s, u"1: a numerical question has no options"_s },
+        { "essay", u"Q { ####why}"_s, u"1: an essay question has no options"_s },
+        { "description", u"Just text"_s, u"1: a description without answers is no question"_s },
+        { "text before the marks", u"Q {a ~b =c}"_s, u"1: the answer block begins with neither \"=\" nor \"~\""_s },
+        { "one option", u"Q {~%100%a}"_s, u"1: it has fewer than 2 options"_s },
+        { "27 options", u"Q {=a"_s + u"~b"_s.repeated(26) + u'}', u"1: it has 27 options, and an exam has letters for 26"_s },
+        { "26 options", u"Q {=a"_s + u"~b"_s.repeated(25) + u'}', u"Q | *a"_s + u" | b"_s.repeated(25) },
+        { "no right one", u"Q {~a ~b}"_s, u"1: no option is right"_s },
+        { "an empty option", u"Q {=a ~}"_s, u"1: option 2 is empty"_s },
+        { "no question", u"::t:: {T}"_s, u"1: it has no question text"_s },
+    };
+    ExpectRows(Taken, rows);
 }
 
-TEST(GiftTest, TextsAndEscapes)
+TEST(GiftTest, Texts)
 {
-    ExpectRows({
-        { "all escapes", R"(a\~b\=c\#d\{e\}f\:g\\h\ni {=x ~y})", u"1: a~b=c#d{e}f:g\\h\ni | *x | y" },
-        { "escapes in options", R"(Q {=a \= b ~\~c \# d#f\#g})", u"1: Q | *a = b | ~c # d (f#g)" },
-        { "a title without end", "::Q {=a ~b}", u"1: ::Q | *a | b" },
-        { "missing word", "Grant is {=a ~b} here.", u"1: Grant is _____ here. | *a | b" },
-        { "closing tags are no sentence", "[html]<p>Q {=a ~b}</p>", u"1: <h><p>Q </p> | *<h>a | <h>b" },
-        { "formats are handed down", "[html]Q {=a#f ~[plain]b####g}", u"1: <h>Q | *<h>a (<h>f) | <p>b #<h>g" },
-        { "formats after a weight", "Q {~%50%[markdown]a#[html]f ~%50% [moodle] b}", u"1: Q | *<m>a (<h>f) | *b [multiple]" },
-        { "feedback", "Q {=a # yes ~b#no\n####All of it = ~fine # really}",
-          u"1: Q | *a (yes) | b (no) #All of it = ~fine # really" },
-        { "an empty option", "Q {=a ~}", u"1: Q | *a | " },
-        { "several lines", "Q one\n  two {\n\t=a\n\t  more\n\t~b\n}", u"1: Q one\n  two | *a\n\t  more | b" },
-    });
+    const std::vector<Row> rows = {
+        { "escapes", uR"(a\~b\=c\#d\{e\}f\:g\\h\ni\j {=x\=# y\#z ~y})"_s,
+          u"a~b=c#d{e}f:g\\h\ni\\j | *x= | y | because A: y#z"_s },
+        { "a title", u"::t:: Q::R {T}\n\n::Q {T}"_s, u"Q::R | *True | False\n::Q | *True | False"_s },
+        { "missing word", u"Grant is {=a ~b} here."_s, u"Grant is _____ here. | *a | b"_s },
+        { "end tags", u"[html]<p>Q {=a ~b}</p> </div >"_s, u"Q | *a | b"_s },
+        { "formats", u"[html]*Q*<br> {=<p>a#<p>f ~[plain]<p>b####<p>g}"_s, u"*Q* | *a | <p>b | because g\n\nA: f"_s },
+        { "after a weight", u"Q {~%50%[markdown]*a*#[html]*f* ~%50% [moodle] *b*}"_s,
+          u"Q | *a | **b* | because A: *f* | limited"_s },
+        { "feedback", u"Q {=a # yes ~b#no\n####All of it = ~fine # really}"_s,
+          u"Q | *a | b | because All of it = ~fine # really\n\nA: yes\nB: no"_s },
+        { "several lines", u"Q one\n  two {\n\t=a\n\t  more\n\t~b\n}"_s, u"Q one\n  two | *a\n\t  more | b"_s },
+        { "an accent of its own", u"e\u0301 {T}"_s, u"\u00E9 | *True | False"_s },
+        { "not of the page", u"\u2192 {T}"_s, u"1: the character \"\u2192\" (U+2192) is not in code page 1252"_s },
+        { "no UTF-8", u"Q {=\uFFFD ~b}"_s, u"1: it holds bytes that are not UTF-8"_s },
+        { "noncharacters", u"Q\uFDD0 {T}"_s, u"1: it holds bytes that are not UTF-8"_s },
+        { "NUL", u"Q\0R {T}"_s, u"1: it holds the control character U+0000"_s },
+        { "ESC", u"Q {=a ~b#[html]&#27;[2J}"_s, u"1: it holds the control character U+001B"_s },
+        { "a million", u"Q {=a~"_s + u"b"_s.repeated(999'998) + u"}\n\nR {T}"_s,
+          u"Q | *a | "_s + u"b"_s.repeated(999'998) + u"\nR | *True | False"_s },
+        { "one more", u"Q {=a~"_s + u"b"_s.repeated(999'999) + u'}', u"1: it has more than 1000000 characters"_s },
+    };
+    ExpectRows(Taken, rows);
+    EXPECT_EQ(Gift::Decode(QByteArray("\xFF\xFEQ\0\r\0\n\0\xE9\0\r\0", 12)), u"Q\n\u00E9\n"_s);
+    EXPECT_EQ(Gift::Decode("\xEF\xBB\xBFQ\xFF"), u"Q\uFFFD"_s);
 }
 
 TEST(GiftTest, LinesAndComments)
 {
-    const char16_t twice[] = u"1: Q | *a | b\n3: R | *c | d";
-    ExpectRows({
-        { "line feeds", "Q {=a ~b}\n\nR {=c ~d}\n", twice },
-        { "a byte order mark", "\xEF\xBB\xBFQ {=a ~b}\n \t\nR {=c ~d}", twice },
-        { "UTF-16", QByteArray("\xFF\xFEQ\0 \0{\0=\0\xE9\0~\0b\0}\0", 18), u"1: Q | *\u00E9 | b" },
-        { "blank lines in a block", "Q {\n\n=a\n \n\n~b\n\n}\n\nR {=c ~d}", u"1: Q | *a | b\n10: R | *c | d" },
-        { "comments in a block", "Q {\n=a\n // ~x\n//}\n~b\n}", u"1: Q | *a | b" },
-        { "a category", "$CATEGORY: a/b\n\nQ {=a ~b}\n$CATEGORY: c\nR {=c ~d}", u"3: Q | *a | b\n5: R | *c | d" },
-        { "not closed", "Q {\n=a\n\nR {=c ~d}", u"1! the answer block is not closed\n4: R | *c | d" },
-        { "not closed before a category", "Q {\n\n$CATEGORY: x\n}",
-          u"1! the answer block is not closed\n4! a \"}\" without its \"{\"" },
-        { "no blank line between", "Q {=a ~b}\nR {=c ~d}",
-          u"1! more than one answer block (is a blank line missing between two questions?)" },
-        { "a brace too many", "Q {=a{x} ~b}", u"1! more than one \"}\" (write \"\\{\" and \"\\}\" for braces in a text)" },
-    });
+    const QString twice = u"Q | *a | b\nR | *c | d"_s;
+    const QString pair = u"Q | *True | False\nR | *True | False"_s;
+    const std::vector<Row> rows = {
+        { "blank lines", u"Q {=a ~b}\n \t\nR {=c ~d}\n"_s, twice },
+        { "in a block", u"Q {\n\n=a\n \n\n~b\n\n}\n\nR {=c ~d}"_s, twice },
+        { "comments in a block", u"Q {\n=a\n // ~x\n//}\n~b\n}\n\nR {=c ~d}"_s, twice },
+        { "a category", u"$CATEGORY: a/b\n\nQ {=a ~b}\n$CATEGORY: c\nR {=c ~d}"_s, twice },
+        { "not closed", u"Q {\n=a\n\nR {=c ~d}"_s, u"R | *c | d\n1: the answer block is not closed"_s },
+        { "category", u"Q {\n\n$CATEGORY: x\n}"_s, u"1: the answer block is not closed\n4: a \"}\" without its \"{\""_s },
+        { "no blank line", u"Q {=a ~b}\nR {=c ~d}"_s,
+          u"1: more than one answer block (is a blank line missing between two questions?)"_s },
+        { "a brace too many", u"Q {=a{x} ~b}"_s, u"1: more than one \"}\" (write \"\\{\" and \"\\}\" for braces in a text)"_s },
+        { "an exhibit", u"// [exhibit:b.bmp]\n\n$CATEGORY: x\n\nQ {T}\n\nR {T}"_s,
+          u"Q | *True | False | with b.bmp\nR | *True | False"_s },
+        { "no limit", u"Q {~%50%a\n// [NoLimit] [exhibit: a b.bmp ]\n~%50%b}"_s, u"Q | *a | *b | with a b.bmp"_s },
+        { "other comments", u"// see [nolimit]\n// [limit]\nQ {~%50%a ~%50%b}"_s, u"Q | *a | *b | limited"_s },
+        { "behind the block", u"Q {T}\n// [exhibit:b.bmp]\n\nR {T}"_s, pair + u" | with b.bmp"_s },
+        { "two exhibits", u"// [exhibit:a b.bmp]\n// [exhibit:b.bmp]\nQ {T}"_s, u"3: more than one exhibit is named"_s },
+        { "for nothing", u"Q {T}\n\nR {T}\n\n//\n// [exhibit:b.bmp]\n//\n"_s,
+          pair + u"\n6: the exhibit \"b.bmp\" stands before no question"_s },
+    };
+    ExpectRows(Taken, rows);
 }
 
-TEST(GiftTest, WishesInComments)
+TEST(GiftTest, ExhibitsThatCannotBeShown)
 {
-    ExpectRows({
-        { "exhibit", "// [exhibit:a.gif]\nQ {=a ~b}\n\nR {T}", u"2: Q | *a | b [a.gif]\n4: R | *<p>True | <p>False" },
-        { "both", "// [exhibit: a b.gif ] [NoLimit]\nQ {T}", u"2: Q | *<p>True | <p>False [nolimit] [a b.gif]" },
-        { "a blank line and a category between", "// [exhibit:a.gif]\n\n$CATEGORY: x\n\nQ {T}",
-          u"5: Q | *<p>True | <p>False [a.gif]" },
-        { "behind the block", "Q {T}\n// [exhibit:a.gif]\n\nR {T}",
-          u"1: Q | *<p>True | <p>False\n4: R | *<p>True | <p>False [a.gif]" },
-        { "two", "// [exhibit:a.gif]\n// [exhibit:b.gif]\nQ {T}", u"3! more than one exhibit is named" },
-        { "for nothing", "Q {T}\n\n// [exhibit:a.gif]\n",
-          u"1: Q | *<p>True | <p>False\n3! the exhibit \"a.gif\" stands before no question" },
-    });
+    const std::vector<std::pair<QString, QString>> rows = {
+        { u"x.bmp"_s, u"the exhibit \"x.bmp\": "_s + System::TextOf(System::NotFound) },
+        { u"text.bmp"_s, u"the exhibit \"text.bmp\": The file is not a BMP, GIF, JPEG, ICO or PNG picture"_s },
+        { u"../b.bmp"_s, u"the exhibit \"../b.bmp\" is not a plain file name"_s },
+        { u"a\u0007.bmp"_s, u"it holds the control character U+0007"_s },
+        { u"a.EXAM"_s, u"the exhibit \"a.EXAM\" is named like an exam"_s },
+        { u"\u03B1.bmp"_s, u"the name of the exhibit \"\u03B1.bmp\" is not in code page 1252"_s },
+    };
+    for (const auto &[name, reason] : rows)
+        EXPECT_EQ(Taken(u"// [exhibit:%1]\nQ {T}"_s.arg(name)), u"2: "_s + reason);
+    for (const QString &name :
+         { u""_s, u"."_s, u".."_s, u"a/b"_s, u"a\\b"_s, u"a:b"_s, u"a\"b"_s, u"a\0b"_s, u" a"_s, u"a "_s })
+        EXPECT_FALSE(Package::IsPlainName(name)) << name.toStdString();
 }

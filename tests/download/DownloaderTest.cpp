@@ -2,8 +2,7 @@
 #include "download/Downloader.h"
 
 #include "download/DownloadText.h"
-#include "download/HttpExchange.h"
-#include "tests/download/FaultServer.h"
+#include "tests/download/ScriptedTransport.h"
 #include "tests/support/System.h"
 #include "tests/support/Test.h"
 
@@ -70,87 +69,98 @@ TEST(DownloadTextTest, Progress)
 
 namespace {
 
+class NightClock : public Clock {
+public:
+    QDateTime Now() const override { return { { 2026, 3, 21 }, QTime::fromMSecsSinceStartOfDay(Milliseconds) }; }
+    qint64 Monotonic() const override { return Milliseconds; }
+    mutable int Milliseconds = 40'000'000;
+};
+
 class DownloaderTest : public testing::Test {
 protected:
     DownloaderTest()
     {
         Getter.Initialize(&Line);
-        QObject::connect(&Getter, &Downloader::ChunkDownloaded, &Getter, [this] { Counts.append(Getter.Downloaded()); });
-        QObject::connect(&Getter, &Downloader::DownloadComplete, &Getter, [this] { ++Completed; });
-        QObject::connect(&Getter, &Downloader::DownloadFailed, &Getter, [this] { ++Failed; });
+        QObject::connect(&Getter, &Downloader::DownloadStarted, &Getter, [this] { Events.append(u"started"_s); });
+        QObject::connect(&Getter, &Downloader::ChunkDownloaded, &Getter, [this] {
+            Events.append(QString::number(Getter.Downloaded()));
+            if (AtChunk)
+                AtChunk();
+        });
+        QObject::connect(&Getter, &Downloader::DownloadComplete, &Getter, [this] { Events.append(u"complete"_s); });
+        QObject::connect(&Getter, &Downloader::DownloadFailed, &Getter, [this](const QString &text) { Events.append(text); });
+        QObject::connect(&Getter, &Downloader::Raised, &Getter,
+                         [this](const Error &error) { Events.append(error.Description()); });
     }
-    QString Url(const QString &path) const { return Server.Url().replace(u"PackCourier.asp"_s, path); }
-    bool Wait()
+    QString Fetch(const QString &folder = Sandbox::Path(u""_s), const QString &name = u"x.exe"_s)
     {
-        return QTest::qWaitFor([this] { return Completed + Failed > 0; }, 10'000);
+        Events.clear();
+        QFile::remove(Sandbox::Path(name));
+        Getter.GetFile(u"http://server/packs/101.exe"_s, folder, name);
+        const auto isOver = [this] {
+            return !QStringList{ u"started"_s, u"1024"_s, u"2048"_s, u"2500"_s }.contains(Events.last());
+        };
+        EXPECT_TRUE(QTest::qWaitFor(isOver));
+        return Events.join(u'|');
     }
 
-    QList<qint32> Counts;
-    FaultServer Server;
-    int Completed = 0;
-    int Failed = 0;
-    Transfer Line{ std::make_unique<HttpTransport>() };
-    Downloader Getter;
+    QStringList Events;
+    Reply Answer = Reply::Whole(QByteArray(2500, 'x'));
+    std::function<void()> AtChunk;
+    NightClock Night;
+    Transfer Line{ std::make_unique<ScriptedTransport>([this](const QString &) { return Answer; }) };
+    Downloader Getter{ Night };
 };
 
 }
 
-TEST_F(DownloaderTest, ChunksAndName)
+TEST_F(DownloaderTest, Files)
 {
-    Server.On("GET", Answer::Whole(QByteArray(2500, 'x')));
-    int started = 0;
-    QObject::connect(&Getter, &Downloader::DownloadStarted, &Getter, [&] { ++started; });
-    Getter.GetFile(Url(u"packs/101.exe"_s), Sandbox::Path(u""_s), u""_s);
-    EXPECT_EQ(started, 1);
-    EXPECT_EQ(Getter.FileName(), u"101.exe"_s);
-    ASSERT_TRUE(Wait());
-    EXPECT_EQ(Counts, (QList<qint32>{ 1024, 2048, 2500 }));
+    EXPECT_EQ(Fetch({ Sandbox::Path(u""_s) }, u""_s), u"started|1024|2048|2500|complete"_s);
+    EXPECT_EQ(Getter.FileName(), u"101.exe"_s) << "the one of the address";
     EXPECT_EQ(Getter.FileSize(), 2500);
     EXPECT_TRUE(Getter.IsComplete());
-    EXPECT_EQ(Sandbox::ReadFile(Getter.TargetFile()), QByteArray(2500, 'x'));
-    EXPECT_EQ(QFileInfo(Getter.TargetFile()).isExecutable(), System::RunsByName) << "before it is known to be whole";
-    EXPECT_FALSE(Line.StillExecuting());
-}
+    Getter.Cancel();
+    EXPECT_TRUE(Getter.IsComplete()) << "there is nothing to cancel";
+    EXPECT_EQ(Sandbox::ReadFile(Sandbox::Path(u"101.exe"_s)), QByteArray(2500, 'x'));
+    EXPECT_EQ(QFileInfo(Getter.TargetFile()).isExecutable(), System::RunsByName) << "before it is known to be complete";
 
-TEST_F(DownloaderTest, CancelledInTheMiddle)
-{
-    Server.On("GET", Answer::Whole(QByteArray(5000, 'x')));
-    QObject::connect(&Getter, &Downloader::ChunkDownloaded, &Getter, [this] { Getter.Cancel(); });
-    Getter.GetFile(Url(u"x"_s), Sandbox::Path(u""_s), u"cancelled"_s);
-    ASSERT_TRUE(Wait());
-    EXPECT_EQ(Completed, 1) << "also after a cancel";
+    EXPECT_EQ(Fetch(u""_s), u"started|There is no folder for the file"_s);
+    EXPECT_FALSE(Getter.IsComplete());
+    EXPECT_FALSE(QFileInfo::exists(u"x.exe"_s));
+
+    Answer = Answer.With("content-length", "2000");
+    EXPECT_EQ(Fetch(), u"started|1024|2000|2000|complete"_s) << "never more than announced";
+    EXPECT_FALSE(Getter.IsComplete());
+
+    Answer = Reply::Whole(QByteArray(2500, 'x'));
+    AtChunk = [this] { Getter.Cancel(); };
+    EXPECT_EQ(Fetch(), u"started|1024|complete"_s) << "also after a cancel";
     EXPECT_FALSE(Getter.IsComplete());
     EXPECT_EQ(Sandbox::ReadFile(Getter.TargetFile()).size(), 1024) << "what was written";
-}
-
-TEST_F(DownloaderTest, NoFolderForTheFile)
-{
-    Server.On("GET", Answer::Whole("x"));
-    Getter.GetFile(Url(u"x"_s), u""_s, u"nowhere.exe"_s);
-    ASSERT_TRUE(Wait());
-    EXPECT_EQ(Failed, 1);
-    EXPECT_FALSE(Getter.IsComplete());
-    EXPECT_FALSE(QFileInfo::exists(Getter.TargetFile()));
-}
-
-// What stands behind the "?" reaches the server as bytes of the code page, and
-// nothing in it can end the request line.
-TEST_F(DownloaderTest, AddressOnTheWire)
-{
-    Getter.GetFile(Url(u"p.asp?sid=a b&eid=\u00E9\u0416%3B\r\nX: y#z?\"{1}"_s), Sandbox::Path(u""_s), u"x"_s);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !Server.Requests.isEmpty(); }));
-    EXPECT_EQ(Server.Requests.first(), "GET /p.asp?sid=a%20b&eid=%E9?%3B%0D%0AX:%20y%23z?%22%7B1%7D HTTP/1.1\n");
-    EXPECT_EQ(Server.LastHead.count("x:"), 1);
-    EXPECT_FALSE(Server.LastHead.contains("gzip"));
-}
-
-TEST_F(DownloaderTest, Addresses)
-{
-    for (const QString &url : { u"file:///etc/passwd"_s, u"ftp://localhost/x"_s, u"data:,x"_s, u""_s, u"http://"_s, u"x"_s })
-        EXPECT_EQ(ResultOf([&] { Line.Execute(url, "GET"); }), u"5 Transfer::Execute()"_s) << url.toStdString();
     EXPECT_FALSE(Line.StillExecuting());
-    Line.Execute(Url(u"x"_s), "GET");
-    EXPECT_EQ(ResultOf([&] { Line.Execute(Url(u"x"_s), "GET"); }), u"5 Transfer::Execute()"_s) << "one at a time";
+
+    AtChunk = [this] { Night.Milliseconds += 600; };
+    Fetch();
+    EXPECT_EQ(Getter.TransferRate(), 2500 + 2500 + 1024 + 2048) << "all since the meter began";
+    AtChunk = [] { throw std::bad_alloc(); };
+    EXPECT_EQ(Fetch(), u"started|1024|Out of memory"_s) << "raised by whoever listens";
+}
+
+// Pressed while a fast server sends: the events are seen to every few milliseconds.
+TEST_F(DownloaderTest, EventsMeanwhile)
+{
+    Answer = Reply::Whole(QByteArray(1'000'000, 'x'));
+    int chunks = 0;
+    AtChunk = [&] {
+        if (++chunks == 1)
+            QMetaObject::invokeMethod(
+                &Getter, [this] { Getter.Cancel(); }, Qt::QueuedConnection);
+        Night.Milliseconds += 2;
+    };
+    Getter.GetFile(u"http://server/x"_s, Sandbox::Path(u""_s), u"fast"_s);
+    ASSERT_TRUE(QTest::qWaitFor([this] { return Events.last() == "complete"_L1; }));
+    EXPECT_EQ(chunks, 3) << "of two milliseconds each";
 }
 
 TEST(DownloaderAccountTest, Rate)

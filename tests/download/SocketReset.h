@@ -6,6 +6,6 @@
 // Has the closing of a socket break its connection off.
 void ResetOnClose(qintptr descriptor);
 
-// Boxes that tell of such an end, with libcurl's number of a reset: Wine shows it
-// to programs as an ordinary end.
-QString ToldAsReset(QString boxes);
+// How a request ended whose connection was reset: Wine shows that to programs as
+// an ordinary end.
+QString AsReset(const QString &end);

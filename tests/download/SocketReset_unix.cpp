@@ -9,7 +9,7 @@ void ResetOnClose(qintptr descriptor)
     setsockopt(static_cast<int>(descriptor), SOL_SOCKET, SO_LINGER, &none, sizeof none);
 }
 
-QString ToldAsReset(QString boxes)
+QString AsReset(const QString &end)
 {
-    return boxes;
+    return end;
 }

@@ -9,8 +9,9 @@ void ResetOnClose(qintptr descriptor)
     setsockopt(static_cast<SOCKET>(descriptor), SOL_SOCKET, SO_LINGER, reinterpret_cast<const char *>(&none), sizeof none);
 }
 
-QString ToldAsReset(QString boxes)
+QString AsReset(const QString &end)
 {
-    return boxes.replace(QStringLiteral("0x34"), QStringLiteral("0x38"))
-        .replace(QStringLiteral("0x8)"), QStringLiteral("0x38)"));
+    if (end.startsWith(u"200"))
+        return end.endsWith(u" cut") ? end : end + u" cut";
+    return end == u"52" || end == u"8" ? QStringLiteral("56") : end;
 }

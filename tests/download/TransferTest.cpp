@@ -1,270 +1,194 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "download/Transfer.h"
-#include "download/HttpExchange.h"
 
-#include "tests/download/FaultServer.h"
-#include "tests/support/System.h"
+#include "tests/download/ScriptedTransport.h"
 #include "tests/support/Test.h"
 
-#include <QElapsedTimer>
+#include <QCoreApplication>
 #include <QEventLoop>
-#include <QSemaphore>
 #include <QTest>
-#include <QThread>
-#include <QTimer>
 
 namespace {
 
-#ifdef __SANITIZE_ADDRESS__
-constexpr bool KeepsFreedMemory = true;
-#else
-constexpr bool KeepsFreedMemory = false;
-#endif
-
-const QByteArray Fine = "HTTP/1.1 200 OK\r\n";
-const QByteArray Chunked = Fine + "Transfer-Encoding: chunked\r\n\r\n";
-
-// Milliseconds; a machine that does much else takes some for itself.
-constexpr int Prompt = 50;
-
-// The server on a thread of its own, so that what it does wakes nobody here.
-class Elsewhere : public QThread {
-public:
-    explicit Elsewhere(const Answer &answer)
-        : m_answer(answer)
-    {
-        start();
-        m_isReady.acquire();
-    }
-    ~Elsewhere() override
-    {
-        quit();
-        wait();
-    }
-    QString Url;
-
+class TransferTest : public testing::Test {
 protected:
-    void run() override
+    TransferTest()
     {
-        FaultServer server;
-        server.On("GET", m_answer);
-        Url = server.Url();
-        m_isReady.release();
-        exec();
+        QObject::connect(&Line, &Transfer::StateChanged, &Line, [this](int state) {
+            States.append(state);
+            if (state == Transfer::Completed && Reader)
+                Reader();
+        });
+    }
+    // Each request gets the next reply, and all others the last one.
+    Reply Serve(const QString &request)
+    {
+        Requests.append(request);
+        return Replies.size() > 1 ? Replies.takeFirst() : Replies.value(0);
+    }
+    // The code and what there is to be read, or the text of the failure.
+    QString Course(const QString &url = u"http://server/x"_s, const QByteArray &operation = "GET")
+    {
+        States.clear();
+        Requests.clear();
+        Line.Execute(url, operation, operation == "GET" ? "" : "body");
+        EXPECT_TRUE(QTest::qWaitFor([this] { return States.size() > 1 || !Line.StillExecuting(); }));
+        if (States.last() != Transfer::Completed)
+            return u"%1 %2"_s.arg(Line.ResponseCode()).arg(Line.ResponseInfo());
+        QByteArray body;
+        for (QByteArray chunk; !(chunk = Line.GetChunk(4)).isEmpty(); body += chunk)
+            EXPECT_LE(chunk.size(), 4);
+        EXPECT_FALSE(Line.StillExecuting());
+        return QString::number(Line.ResponseCode()) + u' ' + QString::fromLatin1(body);
     }
 
-private:
-    const Answer m_answer;
-    QSemaphore m_isReady;
+    QStringList Requests;
+    QList<Reply> Replies = { Reply::Whole("0123456789") };
+    QList<int> States;
+    std::function<void()> Reader;
+    Transfer Line{ std::make_unique<ScriptedTransport>([this](const QString &request) { return Serve(request); }) };
 };
 
-// One request from its start to its end or, after a while, to a cancel.
-struct Course {
-    QString End; // the code of a failure, or "cancelled"
-    int LongestGap = 0; // milliseconds in which no other event was served
-    qsizetype Received = 0; // bytes of the body
-    double Memory = 0; // megabytes more than before
-    qint64 Cancel = 0; // milliseconds that the cancel took
-
-    Course(const QString &url, int headerTime, int cancelAfter, int silenceTime = 5000)
-    {
-        Transfer line{ std::make_unique<HttpTransport>() };
-        line.SetTimeouts(5000, silenceTime, headerTime);
-        QEventLoop loop;
-        QElapsedTimer beat;
-        QTimer often;
-        const double before = System::ResidentMegabytes();
-        const auto look = [&] {
-            LongestGap = std::max(LongestGap, static_cast<int>(beat.restart()));
-            Memory = std::max(Memory, System::ResidentMegabytes() - before);
-        };
-        QObject::connect(&often, &QTimer::timeout, &loop, look);
-        QObject::connect(&line, &Transfer::StateChanged, &loop, [&](int state) {
-            if (state == Transfer::Failed) {
-                End = QString::number(line.ResponseCode());
-                loop.quit();
-            }
-            // A reader who is slower than the server.
-            while (state == Transfer::Completed) {
-                const QByteArray chunk = line.GetChunk(256);
-                if (chunk.isEmpty())
-                    break;
-                Received += chunk.size();
-                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-            }
-        });
-        QTimer::singleShot(cancelAfter, &loop, [&] {
-            QElapsedTimer timer;
-            timer.start();
-            line.Cancel();
-            Cancel = timer.elapsed();
-            End = u"cancelled"_s;
-            loop.quit();
-        });
-        beat.start();
-        often.start(1);
-        line.Execute(url, "GET");
-        loop.exec();
-    }
-};
+Reply To(const QByteArray &location, int status = 302)
+{
+    return Reply{ {}, status }.With("location", location);
+}
 
 }
 
-// Ends soon, or as soon as it is cancelled; meanwhile the events go on and the
-// memory does not fill up.
-TEST(TransferTest, ServersWithoutAnEnd)
+TEST_F(TransferTest, Addresses)
 {
+    for (const QString &url : { u"file:///etc/passwd"_s, u"ftp://localhost/x"_s, u"data:,x"_s, u""_s, u"http://"_s, u"x"_s })
+        EXPECT_EQ(ResultOf([&] { Line.Execute(url, "GET"); }), u"5 Transfer::Execute()"_s) << url.toStdString();
+    EXPECT_FALSE(Line.StillExecuting() || Line.IsBrokenOff());
+    EXPECT_EQ(Line.GetChunk(1), "");
+    // What stands behind the "?" reaches the server as bytes of the code page,
+    // and nothing in it can end the request line.
+    Course(u"http://me:pw@server/p.asp?sid=a b&eid=\u00E9\u0416%3B\r\nX: y#z?\"{1}"_s);
+    EXPECT_EQ(Requests, QStringList{ u"GET http://server/p.asp?sid=a%20b&eid=%E9?%3B%0D%0AX:%20y%23z?%22%7B1%7D"_s });
+    Line.Execute(u"https://server/x"_s, "GET");
+    EXPECT_EQ(ResultOf([&] { Line.Execute(u"http://server/x"_s, "GET"); }), u"5 Transfer::Execute()"_s) << "one at a time";
+}
+
+TEST_F(TransferTest, Redirections)
+{
+    const Reply found = Reply::Whole("found");
     const struct {
-        const char *Name;
-        Answer Reply;
+        const char *Url;
+        QList<Reply> Replies;
         QString End;
-        int HeaderTime = 5000;
-        int CancelAfter = 10'000;
+        const char *Last; // request
     } rows[] = {
-        { "a header line", { Fine + "X: ", Answer::KeepsOpen, 0, "x" }, u"27"_s },
-        { "header lines", { Fine, Answer::KeepsOpen, 0, "X: y\r\n" }, u"23"_s },
-        { "two hundred headers",
-          { "HTTP/1.1 302 Found\r\n" + QByteArray("Location: /\r\n").repeated(4000) + "\r\n" },
-          u"23"_s },
-        { "informational answers", { "", Answer::KeepsOpen, 0, "HTTP/1.1 100 Continue\r\n\r\n" }, u"23"_s },
-        { "headers byte by byte", { Fine + "X: " + QByteArray(5000, 'x'), Answer::KeepsOpen, 2 }, u"28"_s, 300 },
-        { "chunk size", { Chunked, Answer::KeepsOpen, 0, "0" }, u"56"_s },
-        { "chunk extension", { Chunked + "5;", Answer::KeepsOpen, 0, "x" }, u"23"_s },
-        { "trailers", { Chunked + "0\r\n", Answer::KeepsOpen, 0, "X: y\r\n" }, u"23"_s },
-        { "a trailer", { Chunked + "0\r\nX: ", Answer::KeepsOpen, 0, "x" }, u"56"_s },
-        { "body", { Fine + "\r\n", Answer::KeepsOpen, 0, "x" }, u"cancelled"_s, 5000, 300 },
-        { "nothing", { "", Answer::KeepsOpen }, u"cancelled"_s, 5000, 300 },
+        { "http://a/x/y?q", { To("z?r#s"), found }, u"200 found"_s, "POST body" },
+        { "http://a/x", { To("https://b/"), To("/c"), found }, u"200 found"_s, "POST body" },
+        { "http://a/x", { To("/c", 303), found }, u"200 found"_s, "GET http://a/c" },
+        { "http://a/x", { To("/c", 399), found }, u"200 found"_s, "POST body" },
+        { "http://a/x", QList<Reply>(10, To("/c")) + QList<Reply>{ found }, u"200 found"_s, "POST body" },
+        { "http://a/x", { To("/c") }, u"47 The server redirects too often"_s, "POST body" },
+        { "http://a/x", { To("/c", 400) }, u"400 reason"_s, "POST body" },
+        { "http://a/x", { To("file:///etc/passwd") }, u"1 The server redirects to an address that is not safe"_s, "POST body" },
+        { "http://a/x", { To("//") }, u"1 The server redirects to an address that is not safe"_s, "POST body" },
+        { "https://a/x", { To("http://a/x") }, u"1 The server redirects to an address that is not safe"_s, "POST body" },
     };
     for (const auto &row : rows) {
-        const Elsewhere server(row.Reply);
-        // A machine that does something else can make any one of them late.
-        Course best(server.Url, row.HeaderTime, row.CancelAfter);
-        EXPECT_EQ(best.End, row.End) << row.Name;
-        double memory = best.Memory;
-        for (int i = 0; i < 9 && std::max<qint64>(best.LongestGap, best.Cancel) >= Prompt; ++i) {
-            best = Course(server.Url, row.HeaderTime, row.CancelAfter);
-            memory = std::max(memory, best.Memory);
-        }
-        EXPECT_LT(best.LongestGap, Prompt) << row.Name;
-        EXPECT_LT(best.Cancel, Prompt) << row.Name;
-        EXPECT_TRUE(KeepsFreedMemory || memory < 8) << row.Name << ' ' << memory << " MB";
+        Replies = row.Replies;
+        EXPECT_EQ(Course(QLatin1StringView(row.Url), "POST"), row.End) << row.Url;
+        EXPECT_EQ(Requests.last(), QLatin1StringView(row.Last)) << row.Url;
+        EXPECT_EQ(Line.IsBrokenOff(), !row.End.startsWith(u"200"_s));
     }
+    Replies = { To("/?a b#c"), To("../d"), found };
+    Course(u"http://a/x/y/z"_s);
+    EXPECT_EQ(Requests, QStringList({ u"GET http://a/x/y/z"_s, u"GET http://a/?a%20b"_s, u"GET http://a/d"_s }));
 }
 
-// Each of them executed and read inside a posted event, in which this system's
-// event loop does not see what is posted behind it.
-TEST(TransferTest, ThousandsOfSmallReplies)
+// What was on its way when the request was cancelled does not arrive.
+TEST_F(TransferTest, Cancelled)
 {
-    const Elsewhere server(Answer::Whole("REPORT;"));
-    Transfer line{ std::make_unique<HttpTransport>() };
-    line.SetTimeouts(2000, 2000, 2000);
-    int answered = 0;
-    QEventLoop loop;
-    const auto execute = [&] { line.Execute(server.Url, "GET"); };
-    QObject::connect(&line, &Transfer::StateChanged, &loop, [&](int state) {
-        if (state == Transfer::Requesting)
-            return;
-        EXPECT_EQ(state, Transfer::Completed) << line.ResponseInfo().toStdString();
-        QByteArray body = line.GetChunk(4);
-        body += line.GetChunk(1024);
-        EXPECT_TRUE(line.GetChunk(1024).isEmpty());
-        answered += body == "REPORT;";
-        if (state == Transfer::Failed || answered == 3000)
-            loop.quit();
-        else
-            QMetaObject::invokeMethod(&loop, execute, Qt::QueuedConnection);
+    Line.Execute(u"http://server/x"_s, "GET");
+    Line.Cancel();
+    Replies = { To("/x"), Reply::Whole("again") };
+    EXPECT_EQ(Course(), u"200 again"_s);
+    EXPECT_EQ(States, (QList<int>{ Transfer::Requesting, Transfer::Completed }));
+    EXPECT_EQ(Line.GetHeader("Content-LENGTH"), "5");
+    // Completed is raised already, but cancelled before it is seen.
+    QObject::connect(&Line, &Transfer::Advanced, &Line, [&] {
+        if (Line.StillExecuting() && Line.ResponseCode() == 200)
+            Line.Cancel();
     });
-    QMetaObject::invokeMethod(&loop, execute, Qt::QueuedConnection);
-    loop.exec();
-    EXPECT_EQ(answered, 3000);
+    States.clear();
+    Line.Execute(u"http://server/x"_s, "GET");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !Line.StillExecuting(); }));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(States, QList<int>{ Transfer::Requesting });
+    EXPECT_EQ(Line.GetChunk(1), "");
+    EXPECT_EQ(Line.GetHeader("content-length"), "");
+}
+
+// A broken connection is an error of its reader, once, behind what has arrived.
+TEST_F(TransferTest, CutShort)
+{
+    Replies = { Reply::Whole("0123456789").Until({ .Byte = 5, .Result = 18 }) };
+    Line.Execute(u"http://server/x"_s, "GET");
+    ASSERT_TRUE(QTest::qWaitFor([this] { return States.size() > 1; }));
+    EXPECT_EQ(Line.GetChunk(3), "012");
+    EXPECT_EQ(Line.GetChunk(3), "34");
+    EXPECT_TRUE(Line.StillExecuting());
+    EXPECT_EQ(ResultOf([&] { Line.GetChunk(3); }), u"5 Transfer::GetChunk()"_s);
+    EXPECT_TRUE(Line.IsBrokenOff() && !Line.StillExecuting());
+    EXPECT_EQ(Line.GetChunk(3), "");
+}
+
+// The time is for silence alone: neither for a slow server nor for a slow reader.
+TEST_F(TransferTest, IdleTimeout)
+{
+    Line.SetTimeouts(5000, 60, 5000);
+    Replies = { Reply::Whole("0123456789").Until({ .Byte = 5, .IsSilent = true }) };
+    Replies[0].PartBytes = 1;
+    int fetched = 0;
+    Reader = [&] {
+        // Longer than the time, but each part takes only a part of that.
+        for (; fetched < 4; ++fetched) {
+            EXPECT_EQ(Line.GetChunk(1).size(), 1);
+            QTest::qWait(70);
+        }
+        EXPECT_EQ(Line.GetChunk(9), "4");
+        EXPECT_EQ(Line.GetChunk(9), "");
+    };
+    Course();
+    EXPECT_EQ(fetched, 4);
+    EXPECT_EQ(Line.ResponseInfo(), u"The server does not go on"_s);
+
+    Reader = {};
+    for (const int event : { 0, 1, 2, 2 }) {
+        const auto time = [event](int of) { return event == of ? 60 : 5000; };
+        Line.SetTimeouts(time(0), time(1), time(2));
+        Replies = { Reply{}.Until({ .Event = event, .IsSilent = true }) };
+        EXPECT_EQ(Course(), u"28 The server does not answer"_s) << event;
+    }
 }
 
 // While GetChunk waits, what was posted before it began is done, although it was
 // itself called by such an event.
-TEST(TransferTest, PostedBehind)
+TEST_F(TransferTest, PostedBehind)
 {
-    const Elsewhere server({ Fine + "Content-Length: 9\r\n\r\nREPORT", Answer::KeepsOpen });
-    Transfer line{ std::make_unique<HttpTransport>() };
-    line.SetTimeouts(2000, 2000, 2000);
+    Replies = { Reply::Whole("REPORT;;;").Until({ .Byte = 6, .IsSilent = true }) };
     QStringList order;
     QEventLoop loop;
-    QObject::connect(&line, &Transfer::StateChanged, &loop, [&](int state) {
-        if (state != Transfer::Completed)
-            return;
-        QTimer::singleShot(0, &loop, [&] {
-            QMetaObject::invokeMethod(
-                &loop,
-                [&] {
-                    EXPECT_EQ(line.GetChunk(1024), "REPORT");
-                    EXPECT_EQ(line.GetChunk(1024), "");
-                    order.append(u"read"_s);
-                    loop.quit();
-                },
-                Qt::QueuedConnection);
-            QMetaObject::invokeMethod(
-                &loop,
-                [&] {
-                    order.append(u"cancelled"_s);
-                    line.Cancel();
-                },
-                Qt::QueuedConnection);
+    const auto post = [&loop](auto action) { QMetaObject::invokeMethod(&loop, action, Qt::QueuedConnection); };
+    Reader = [&] {
+        post([&] {
+            EXPECT_EQ(Line.GetChunk(1024), "REPORT");
+            EXPECT_EQ(Line.GetChunk(1024), "");
+            order.append(u"read"_s);
+            loop.quit();
         });
-    });
-    line.Execute(server.Url, "GET");
+        post([&] {
+            order.append(u"cancelled"_s);
+            Line.Cancel();
+        });
+    };
+    Line.Execute(u"http://server/x"_s, "GET");
     loop.exec();
     EXPECT_EQ(order, QStringList({ u"cancelled"_s, u"read"_s }));
-    EXPECT_EQ(line.ResponseCode(), 200) << "not silence";
-}
-
-TEST(TransferTest, SlowIsNotSilent)
-{
-    const Elsewhere server({ Fine + "\r\n" + QByteArray(60, 'x'), Answer::KeepsOpen, 25 });
-    const Course course(server.Url, 5000, 10'000, 1000);
-    EXPECT_EQ(course.Received, 60);
-    EXPECT_EQ(course.End, u"28"_s) << "silent behind its last byte";
-}
-
-// What was on its way when the request was cancelled does not arrive.
-TEST(TransferTest, NothingAfterCancel)
-{
-    const Elsewhere server(Answer::Whole("REPORT;"));
-    Transfer line{ std::make_unique<HttpTransport>() };
-    QList<int> states;
-    QObject::connect(&line, &Transfer::StateChanged, &line, [&](int state) { states.append(state); });
-    QObject::connect(&line, &Transfer::Advanced, &line, [&] {
-        if (line.StillExecuting() && line.ResponseCode() == 200)
-            line.Cancel();
-    });
-    line.Execute(server.Url, "GET");
-    line.Cancel();
-    QCoreApplication::processEvents();
-    EXPECT_EQ(states, QList<int>());
-    line.Execute(server.Url, "GET");
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !line.StillExecuting(); }));
-    QCoreApplication::processEvents();
-    EXPECT_EQ(states, QList<int>{ Transfer::Requesting });
-}
-
-// The server waits again and again for a reader who is slower, and nothing is lost.
-TEST(TransferTest, LongBody)
-{
-    QByteArray body(24 << 20, 'x');
-    for (qsizetype i = 0; i < body.size(); i += 997)
-        body[i] = static_cast<char>(i / 997);
-    const Elsewhere server(Answer::Whole(body));
-    Transfer line{ std::make_unique<HttpTransport>() };
-    QByteArray read;
-    QEventLoop loop;
-    QObject::connect(&line, &Transfer::StateChanged, &loop, [&](int state) {
-        for (QByteArray chunk; state == Transfer::Completed && !(chunk = line.GetChunk(32'768)).isEmpty();) {
-            read += chunk;
-            QCoreApplication::processEvents();
-        }
-        if (state != Transfer::Requesting)
-            loop.quit();
-    });
-    line.Execute(server.Url, "GET");
-    loop.exec();
-    EXPECT_TRUE(read == body) << read.size();
-    EXPECT_FALSE(line.StillExecuting());
+    EXPECT_EQ(Line.ResponseCode(), 200) << "not silence";
 }

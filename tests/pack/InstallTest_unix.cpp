@@ -1,16 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "pack/stub/Install.h"
-#include "tests/pack/Installed.h"
-#include "tests/pack/PackSheet.h"
+#include "tests/pack/PackFixture.h"
 #include "tests/support/SmallDisk.h"
-#include "tests/support/Test.h"
 
 #include <array>
 #include <atomic>
 #include <csignal>
-#include <cstdio>
 #include <fcntl.h>
-#include <functional>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -24,6 +20,21 @@ namespace {
 // folder brought to the disk: a code, 0 for success.
 std::function<int()> exchangeReachesDisk;
 bool canExchangeHere = true;
+
+// A run of the pack in a copy of this program, and its end.
+pid_t Fork(const std::string &pack)
+{
+    const pid_t run = fork();
+    if (run == 0)
+        _exit(InstallPack(pack.c_str()));
+    return run;
+}
+
+void AwaitEnd(pid_t run)
+{
+    int status = -1;
+    EXPECT_TRUE(waitpid(run, &status, 0) == run && status == 0) << status;
+}
 
 }
 
@@ -43,84 +54,58 @@ extern "C" int renameat2(int from, const char *name, int to, const char *other, 
     return canExchangeHere ? static_cast<int>(syscall(SYS_renameat2, from, name, to, other, flags)) : -1;
 }
 
-void Freeze(const QProcess &process)
-{
-    Signal(process, SIGSTOP);
-}
-
-void Thaw(const QProcess &process)
-{
-    Signal(process, SIGCONT);
-}
-
 TEST(InstallTest, WhereExamsAreLookedFor)
 {
     const QString program = MakePack(u"NET-101.v2"_s, u"A-1"_s);
     const QString root = Sandbox::Path(u"homes"_s);
     const QString data = u"XDG_DATA_HOME="_s;
     const QString home = u"HOME="_s;
-    const std::pair<QStringList, QString> rows[] = {
-        { { data + root + u"/a/b"_s, home + root + u"/h"_s }, u"/a/b"_s },
-        { { data + root + u"/slash/"_s }, u"/slash"_s },
-        { { data + u"relative"_s, home + root + u"/h1"_s }, u"/h1/.local/share"_s },
-        { { data, home + root + u"/h2"_s }, u"/h2/.local/share"_s },
-        { { home + root + u"/h3"_s }, u"/h3/.local/share"_s },
-        { { u"NONE="_s }, {} },
-        { { home + u"relative"_s }, {} },
-    };
-    const Outcome nowhere = Failed(u"NET-101.v2"_s, u"there is no exams folder to install into"_s);
-    for (const auto &[variables, folder] : rows) {
-        QDir(root).removeRecursively();
-        EXPECT_EQ(OutcomeOf(program, {}, [&variables = variables](QProcess &process) { process.setEnvironment(variables); }),
-                  folder.isEmpty() ? nowhere : Done)
-            << folder.toStdString();
-        const Tree wanted = folder.isEmpty() ? Tree() : Installed(u"NET-101.v2"_s, u"A-1"_s);
-        EXPECT_EQ(Snapshot(root + folder + u"/Practorium/Exams"_s), wanted);
-    }
-}
-
-TEST(InstallTest, LinksAndPermissions)
-{
-    const QString program = MakePack(u"PLACE"_s, u"P-2"_s);
-    const QString root = Sandbox::Path(u"places"_s);
-    const QString elsewhere = Sandbox::Path(u"elsewhere"_s);
-    Sandbox::WriteFile(elsewhere + u"/PLACE.exam"_s, "mine");
-    const QString inPlace = u"a file or a link is in its place"_s;
-    // Where a link leads; without one it is a folder that is locked.
+    const QString nowhere = u"there is no exams folder to install into"_s;
+    const auto locked = QFile::ReadOwner | QFile::ExeOwner;
+    // Where the exam is afterwards, or why it is nowhere.
     const struct {
-        QString Link, Where, Reason;
+        QStringList Variables;
+        QString Folder, Reason;
     } rows[] = {
-        { elsewhere, u"/Practorium/Exams/PLACE"_s, inPlace },
-        { u"/nowhere"_s, u"/Practorium/Exams/PLACE"_s, inPlace },
-        { {}, u"/Practorium/Exams"_s, u"the exam cannot be written: Permission denied"_s },
-        { {}, {}, u"there is no exams folder to install into: Permission denied"_s },
+        { { data + root + u"/a/b"_s, home + root + u"/h"_s }, u"/a/b"_s, {} },
+        { { data + root + u"/slash/"_s }, u"/slash"_s, {} },
+        { { data + u"relative"_s, home + root + u"/h1"_s }, u"/h1/.local/share"_s, {} },
+        { { data, home + root + u"/h2"_s }, u"/h2/.local/share"_s, {} },
+        { { home + root + u"/h3"_s }, u"/h3/.local/share"_s, {} },
+        { { u"NONE="_s }, {}, nowhere },
+        { { home + u"relative"_s }, {}, nowhere },
+        { { data + root + u"/x"_s.repeated(2'040) }, {}, nowhere + u": File name too long"_s },
+        { { data + root + u"/locked"_s }, {}, nowhere + u": Permission denied"_s },
+        { { data + root + u"/full"_s }, {}, u"the exam cannot be written: Permission denied"_s },
     };
-    for (const auto &[link, where, reason] : rows) {
+    for (const auto &[variables, folder, reason] : rows) {
         QDir(root).removeRecursively();
-        EXPECT_TRUE(QDir().mkpath(QFileInfo(root + where).path()));
-        EXPECT_TRUE(link.isEmpty() ? QDir().mkdir(root + where, QFile::ReadOwner | QFile::ExeOwner)
-                                   : QFile::link(link, root + where));
-        const Tree before = Snapshot(Sandbox::Path({}));
+        EXPECT_TRUE(QDir().mkpath(root + u"/full/Practorium"_s) && QDir().mkdir(root + u"/locked"_s, locked)
+                    && QDir().mkdir(root + u"/full/Practorium/Exams"_s, locked));
+        const Tree before = Snapshot(root);
         const Outcome outcome = OutcomeOf(program, {}, [&](QProcess &process) {
-            process.setEnvironment({ u"XDG_DATA_HOME="_s + root });
+            process.setEnvironment(variables);
             // Permissions hold for everybody, the superuser too.
             process.setChildProcessModifier([] { prctl(PR_CAPBSET_DROP, 1 /* CAP_DAC_OVERRIDE */, 0, 0, 0); });
         });
-        EXPECT_EQ(outcome, Failed(u"PLACE"_s, reason)) << link.toStdString() << where.toStdString();
-        EXPECT_EQ(Snapshot(Sandbox::Path({})), before) << link.toStdString() << where.toStdString();
+        EXPECT_EQ(outcome, reason.isEmpty() ? Done : Failed(u"NET-101.v2"_s, reason)) << qPrintable(variables.join(u' '));
+        EXPECT_EQ(reason.isEmpty() ? Snapshot(root + folder + u"/Practorium/Exams"_s) : Snapshot(root),
+                  reason.isEmpty() ? Installed(u"NET-101.v2"_s, u"A-1"_s) : before)
+            << qPrintable(variables.join(u' '));
     }
 }
 
 TEST(InstallTest, AFailureChangesNothing)
 {
-    const QString data = QFileInfo(FreshFolder()).path();
+    const QString exams = FreshFolder();
+    const QString data = QFileInfo(exams).path();
     const QString pack = MakePack(u"FULL"_s, u"F-1"_s, 100'000);
-    for (const bool hasOld : { false, true }) {
-        QDir(data).removeRecursively();
-        if (hasOld)
-            Sandbox::WriteFile(data + u"/Exams/FULL/FULL.exam"_s, "old");
-        const Tree before = Snapshot(QFileInfo(data).path());
-        for (const quint64 bytes : { 100u, 20'000u, 99'999u }) {
+    for (const quint64 bytes : { 100u, 20'000u, 99'999u }) {
+        for (const bool hasOld : { false, true }) {
+            QDir(data).removeRecursively();
+            if (hasOld)
+                Sandbox::WriteFile(exams + u"/FULL/FULL.exam"_s, "old");
+            const Tree before = Snapshot(QFileInfo(data).path());
             const SmallDisk disk(bytes);
             EXPECT_EQ(InstallHere(pack), "1 Exam pack: FULL: the exam cannot be written: File too large\n") << bytes;
             EXPECT_EQ(Snapshot(QFileInfo(data).path()), before) << bytes;
@@ -130,25 +115,24 @@ TEST(InstallTest, AFailureChangesNothing)
         const SmallDisk disk(100'000);
         EXPECT_EQ(InstallHere(pack), "0 ");
     }
-    EXPECT_EQ(Snapshot(data + u"/Exams"_s), Installed(u"FULL"_s, u"F-1"_s));
-
-    // Not what was summed up any more when it is unpacked.
+    // Changed after it was summed up.
     const QString large = MakePack(u"FULL"_s, u"F-2"_s, LargeBytes);
     std::thread spoiler([&] {
-        AwaitUnpacking(data + u"/Exams"_s);
+        AwaitUnpacking(exams);
         QFile file(large);
         EXPECT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(file.size() - 65) && file.write("x") == 1);
     });
     EXPECT_EQ(InstallHere(large), "1 Exam pack: FULL: the pack has changed while it was read\n");
     spoiler.join();
-    EXPECT_EQ(Snapshot(data + u"/Exams"_s), Installed(u"FULL"_s, u"F-1"_s));
+    EXPECT_EQ(Snapshot(exams), Installed(u"FULL"_s, u"F-1"_s));
 }
 
-// The exam is in its place when the disk fails: it goes again, or is told to be there.
+// The exam is in its place when the disk fails: it is moved back, or reported to be there.
 TEST(InstallTest, TheDiskFailsAtTheEnd)
 {
     const QString exams = FreshFolder();
     const QString place = exams + u"/LAST"_s;
+    const QString kept = exams + u"/.practorium-kept-LAST"_s;
     const QString pack = MakePack(u"LAST"_s, u"L-1"_s);
     const std::string failed = "1 Exam pack: LAST: the exam cannot be written: Input/output error\n";
     const std::string notKept
@@ -156,49 +140,50 @@ TEST(InstallTest, TheDiskFailsAtTheEnd)
     const Tree fresh = Snapshot(Sandbox::Path(u"packages/L-1/LAST"_s));
     const Tree old = { { u"/LAST.exam"_s, "old" } };
     const std::string other = MakePack(u"OTHER"_s, u"O-1"_s).toStdString();
-    // Another run clears away what is left over.
+    // Another run removes leftovers.
     const auto sweep = [&] {
-        const pid_t run = fork();
-        if (run == 0) {
-            exchangeReachesDisk = {};
-            _exit(InstallPack(other.c_str()));
-        }
-        int status = -1;
-        EXPECT_TRUE(waitpid(run, &status, 0) == run && status == 0) << status;
+        const auto answer = std::exchange(exchangeReachesDisk, {});
+        AwaitEnd(Fork(other));
+        exchangeReachesDisk = answer;
     };
     const struct {
+        const char *Name;
         bool HasOld, CanExchange;
         std::function<int(int)> Answer;
         std::string Said;
         Tree Left;
     } rows[] = {
-        { true, true, [](int call) { return call < 3 ? EINTR : 0; }, "0 ", fresh },
-        { false, true, [](int) { return EIO; }, failed, {} },
-        { true, true, [](int) { return PrepareProgram(), std::raise(SIGTERM), EIO; }, failed, old },
-        { true, false, [](int) { return EIO; }, failed, old },
-        { true, true, [&](int) { return sweep(), EIO; }, failed, old },
-        { true, false, [&](int) { return sweep(), EIO; }, failed, old },
-        { true, false, [&](int) { return QDir(exams + u"/.practorium-kept-LAST"_s).removeRecursively(), EIO; }, notKept,
-          fresh },
-        // Another run's exam has come meanwhile.
-        { true, true, [&](int) { return QDir(place).removeRecursively() && QDir().mkdir(place) ? EIO : 0; }, failed, {} },
-        { true, true, [](int) { return canExchangeHere = false, EIO; }, notKept, fresh },
+        { "interrupted twice", true, true, [](int call) { return call < 3 ? EINTR : 0; }, "0 ", fresh },
+        { "a file system that flushes no folders", true, true, [](int) { return EINVAL; }, "0 ", fresh },
+        { "no old exam", false, true, [](int) { return EIO; }, failed, {} },
+        { "a signal", true, true, [](int) { return PrepareProgram(), std::raise(SIGTERM), EIO; }, failed, old },
+        { "two steps", true, false, [](int) { return EIO; }, failed, old },
+        { "another run", true, true, [&](int) { return sweep(), EIO; }, failed, old },
+        { "another run, two steps", true, false, [&](int) { return sweep(), EIO; }, failed, old },
+        { "the old exam is gone", true, false, [&](int) { return QDir(kept).removeRecursively(), EIO; }, notKept, fresh },
+        { "another run's exam in its place",
+          true,
+          true,
+          [&](int) { return QDir(place).rename(place, exams + u"/N"_s) && QDir().mkdir(place) ? EIO : 0; },
+          failed,
+          {} },
+        { "no way back", true, true, [](int) { return canExchangeHere = false, EIO; }, notKept, fresh },
     };
-    for (const auto &[hasOld, canExchange, answer, said, left] : rows) {
+    for (const auto &[name, hasOld, canExchange, answer, said, left] : rows) {
         FreshFolder();
         if (hasOld)
             Sandbox::WriteFile(place + u"/LAST.exam"_s, "old");
         canExchangeHere = canExchange;
-        exchangeReachesDisk = [&answer = answer, call = 0]() mutable { return answer(++call); };
-        EXPECT_EQ(InstallHere(pack), said);
+        exchangeReachesDisk = [&, call = 0]() mutable { return answer(++call); };
+        EXPECT_EQ(InstallHere(pack), said) << name;
         exchangeReachesDisk = {};
-        EXPECT_EQ(Snapshot(place), left) << said;
-        EXPECT_EQ(HiddenNames(exams).size(), canExchangeHere == canExchange ? 0 : 1) << said;
+        EXPECT_EQ(Snapshot(place), left) << name;
+        EXPECT_EQ(HiddenNames(exams).size(), canExchangeHere == canExchange ? 0 : 1) << name;
     }
     canExchangeHere = true;
 }
 
-TEST(InstallTest, SignalsMidway)
+TEST(InstallTest, SignalsWhileItUnpacks)
 {
     const QString exams = FreshFolder();
     ASSERT_EQ(OutcomeOf(MakePack(u"BIG"_s, u"B-1"_s)), Done);
@@ -229,14 +214,10 @@ TEST(InstallTest, AnExamAtEveryMoment)
         canExchangeHere = canExchange;
         for (int round = 0; round < 8; ++round) {
             std::array<pid_t, 8> runs = {};
-            for (size_t i = 0; i < runs.size(); ++i) {
-                if ((runs[i] = fork()) == 0)
-                    _exit(InstallPack(programs[i % 2].c_str()));
-            }
-            for (const pid_t run : runs) {
-                int status = -1;
-                EXPECT_TRUE(waitpid(run, &status, 0) == run && status == 0) << status;
-            }
+            for (size_t i = 0; i < runs.size(); ++i)
+                runs[i] = Fork(programs[i % 2]);
+            for (const pid_t run : runs)
+                AwaitEnd(run);
             EXPECT_EQ(Snapshot(exams), Installed(u"BOTH"_s, CodeOf(u"BOTH"_s))) << "round " << round;
         }
         isOver = true;

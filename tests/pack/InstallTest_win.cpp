@@ -1,37 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/WidePath_win.h"
-#include "pack/stub/Files_win.h"
+#include "handles/Handle_win.h"
 #include "packformat/MoveLock_win.h"
-#include "tests/pack/Installed.h"
-#include "tests/pack/PackSheet.h"
-#include "tests/support/Sandbox.h"
-#include "tests/support/System.h"
-
-#include <QDir>
-
-#include <gtest/gtest.h>
+#include "tests/pack/PackFixture.h"
 
 #include <array>
 
 #include <windows.h>
 
-using namespace Qt::Literals::StringLiterals;
-
 namespace {
 
-// The system's own calls for what a debugger does; no header declares them.
-void Call(const char *name, const QProcess &process)
-{
-    using Function = LONG(WINAPI *)(HANDLE);
-    const auto function
-        = reinterpret_cast<Function>(reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
-    const HANDLE handle = OpenProcess(PROCESS_SUSPEND_RESUME, FALSE, static_cast<DWORD>(process.processId()));
-    ASSERT_TRUE(function && handle);
-    EXPECT_EQ(function(handle), 0) << name;
-    CloseHandle(handle);
-}
-
-// Writes the pack that the sheet describes, and runs it here.
 std::string InstallSheet(const PackSheet &sheet)
 {
     const QString path = Sandbox::Path(u"sheet.exe"_s);
@@ -41,16 +19,6 @@ std::string InstallSheet(const PackSheet &sheet)
 
 }
 
-void Freeze(const QProcess &process)
-{
-    Call("NtSuspendProcess", process);
-}
-
-void Thaw(const QProcess &process)
-{
-    Call("NtResumeProcess", process);
-}
-
 TEST(InstallTest, AnExamInUse)
 {
     const QString exams = FreshFolder();
@@ -58,17 +26,13 @@ TEST(InstallTest, AnExamInUse)
     const QString pack = MakePack(u"USED"_s, u"U-2"_s);
     const QString picture = exams + u"/USED/picture.bmp"_s;
     const auto before = Snapshot(exams);
-    const auto opened = [&](DWORD share) {
-        return Handle(
-            CreateFileW(Wide(QDir::toNativeSeparators(picture)), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr));
-    };
     {
-        const Handle file = opened(FILE_SHARE_READ | FILE_SHARE_WRITE);
+        const UniqueHandle file(CreateFileW(Wide(QDir::toNativeSeparators(picture)), GENERIC_READ,
+                                            FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
         ASSERT_TRUE(file.IsOpen());
-        const QString reason = u"the installed exam cannot be replaced: "_s;
         const Outcome outcome = OutcomeOf(pack);
-        EXPECT_EQ(outcome.Code, 1);
-        EXPECT_TRUE(outcome.Err.startsWith(u"Exam pack: USED: "_s + reason)) << outcome.Err.toStdString();
+        EXPECT_TRUE(outcome.Code == 1 && outcome.Err.startsWith(u"Exam pack: USED: the installed exam cannot be replaced: "_s))
+            << outcome.Err.toStdString();
     }
     EXPECT_EQ(Snapshot(exams), before);
     EXPECT_EQ(OutcomeOf(pack), Done);
@@ -91,7 +55,7 @@ TEST(InstallTest, ManyAtOnce)
     }
 }
 
-// What that run has put aside stays, until it is gone.
+// What that run has kept stays until it has ended.
 TEST(InstallTest, WhileAnotherRunMovesExams)
 {
     const QString exams = FreshFolder();
@@ -112,7 +76,7 @@ TEST(InstallTest, WhileAnotherRunMovesExams)
     EXPECT_EQ(CodeOf(u"NEW"_s), u"N-1"_s);
 }
 
-// Nobody would see it, and whoever has started the pack would wait for ever.
+// It would be hidden, and the program that has started the pack would wait for ever.
 TEST(InstallTest, NoBoxInTheTemporaryFolder)
 {
     QByteArray bytes = Sandbox::ReadFile(MakePack(u"TEMP"_s, u"T-9"_s));
@@ -125,14 +89,14 @@ TEST(InstallTest, NoBoxInTheTemporaryFolder)
     PROCESS_INFORMATION process = {};
     ASSERT_TRUE(
         CreateProcessW(Wide(path), nullptr, nullptr, nullptr, FALSE, DETACHED_PROCESS, nullptr, nullptr, &startup, &process));
-    EXPECT_EQ(WaitForSingleObject(process.hProcess, 60'000), DWORD(WAIT_OBJECT_0)) << "it shows something";
-    TerminateProcess(process.hProcess, 9);
-    WaitForSingleObject(process.hProcess, INFINITE);
+    const UniqueHandle own(process.hProcess);
+    const UniqueHandle thread(process.hThread);
+    EXPECT_EQ(WaitForSingleObject(own, 60'000), DWORD(WAIT_OBJECT_0)) << "it shows something";
+    TerminateProcess(own, 9);
+    WaitForSingleObject(own, INFINITE);
     DWORD code = 0;
-    EXPECT_TRUE(GetExitCodeProcess(process.hProcess, &code));
+    EXPECT_TRUE(GetExitCodeProcess(own, &code));
     EXPECT_EQ(code, DWORD(1));
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
 }
 
 // Names that pass as plain and yet mean something else to this system.

@@ -4,84 +4,69 @@
 #include <QSslSocket>
 #include <QUrl>
 
-// A client that sends what a test says, right or wrong. Every wait ends after a
+#include <memory>
+
+// Clients that send what a test says, right or wrong. Every wait ends after a
 // minute, as a failure.
-class HttpClient {
-public:
-    struct Reply {
-        int Status = 0; // 0 when the connection ended without an answer
-        QByteArray Head;
-        QByteArray Body;
-    };
+constexpr int Patience = 60'000; // milliseconds
 
-    // To the address that a service named as its own; with https, whatever the
-    // certificate.
-    explicit HttpClient(const QString &endpoint, const QByteArray &bytes = {})
-    {
-        const QUrl url(endpoint);
-        const auto port = static_cast<quint16>(url.port());
-        const bool isSecure = url.scheme() == QLatin1String("https");
-        m_socket.setPeerVerifyMode(QSslSocket::VerifyNone);
-        m_socket.setReadBufferSize(1024 * 1024);
-        isSecure ? m_socket.connectToHostEncrypted(url.host(), port) : m_socket.connectToHost(url.host(), port);
-        isSecure ? m_socket.waitForEncrypted(Patience) : m_socket.waitForConnected(Patience);
-        Send(bytes);
-    }
-    ~HttpClient() { m_socket.abort(); }
+inline void Send(QSslSocket &client, const QByteArray &bytes)
+{
+    client.write(bytes);
+    while (client.bytesToWrite() > 0 && client.waitForBytesWritten(Patience)) { }
+}
+// Connects to a service's address, with https whatever the certificate, and sends.
+inline std::unique_ptr<QSslSocket> Connect(const QString &endpoint, const QByteArray &bytes = {})
+{
+    const QUrl url(endpoint);
+    auto client = std::make_unique<QSslSocket>();
+    client->connectToHost(url.host(), static_cast<quint16>(url.port()));
+    client->waitForConnected(Patience);
+    client->setPeerVerifyMode(QSslSocket::VerifyNone);
+    if (url.scheme() == QLatin1String("https"))
+        client->startClientEncryption();
+    Send(*client, bytes);
+    return client;
+}
+// What comes until the connection ends, or until there is that text in it.
+inline QByteArray Receive(QSslSocket &client, const char *until = nullptr)
+{
+    QByteArray received = client.readAll();
+    while (!(until && received.contains(until)) && client.waitForReadyRead(Patience))
+        received += client.readAll();
+    return received + client.readAll();
+}
+inline bool HasEnded(QSslSocket &client, int patience = Patience)
+{
+    while (client.waitForReadyRead(patience))
+        client.readAll();
+    return client.state() != QAbstractSocket::ConnectedState;
+}
 
-    void Send(const QByteArray &bytes)
-    {
-        m_socket.write(bytes);
-        while (m_socket.bytesToWrite() > 0 && m_socket.waitForBytesWritten(Patience)) { }
-    }
-    // The head of an answer alone.
-    Reply ReceiveHead()
-    {
-        while (!m_received.contains("\r\n\r\n") && (m_socket.bytesAvailable() > 0 || m_socket.waitForReadyRead(Patience)))
-            m_received += m_socket.readAll();
-        const qsizetype end = m_received.indexOf("\r\n\r\n");
-        if (end < 0)
-            return {};
-        Reply reply{ m_received.mid(m_received.indexOf("HTTP/1.1 ") + 9, 3).toInt(), m_received.left(end), {} };
-        m_received.remove(0, end + 4);
-        return reply;
-    }
-    // The whole of it, until the connection ends.
-    Reply Receive()
-    {
-        Reply reply = ReceiveHead();
-        while (m_socket.bytesAvailable() > 0 || m_socket.waitForReadyRead(Patience))
-            m_received += m_socket.readAll();
-        reply.Body = std::exchange(m_received, {});
-        return reply;
-    }
-    // Whether some of an answer, or its end, is there already.
-    bool HasAnswer() { return m_socket.bytesAvailable() > 0 || m_socket.waitForReadyRead(0) || !IsOpen(); }
-    bool IsOpen() const { return m_socket.state() == QAbstractSocket::ConnectedState; }
-    bool HasEnded()
-    {
-        while (m_socket.waitForReadyRead(Patience))
-            m_socket.readAll();
-        return !IsOpen();
-    }
+inline int StatusOf(const QByteArray &reply) // 0 when the connection ended without an answer
+{
+    return reply.mid(reply.indexOf("HTTP/1.1 ") + 9, 3).toInt();
+}
+inline QByteArray BodyOf(const QByteArray &reply)
+{
+    return reply.mid(reply.indexOf("\r\n\r\n") + 4);
+}
 
-    // One request on a connection of its own.
-    static QByteArray Post(const QString &endpoint, const QByteArray &message)
-    {
-        return HttpClient(endpoint, PostRequest(message)).Receive().Body;
-    }
-    static QByteArray GetRequest(const QString &target, const QByteArray &more = {})
-    {
-        return "GET " + target.toLatin1() + " HTTP/1.1\r\nHost: here\r\nConnection: close\r\n" + more + "\r\n";
-    }
-    static QByteArray PostRequest(const QByteArray &body)
-    {
-        return "POST /PackCourier.asp HTTP/1.1\r\nHost: here\r\nConnection: close\r\nContent-Length: "
-            + QByteArray::number(body.size()) + "\r\n\r\n" + body;
-    }
-
-private:
-    static constexpr int Patience = 60'000;
-    QSslSocket m_socket;
-    QByteArray m_received;
-};
+// Requests of the service's path. Behind the first the connection stays open.
+inline QByteArray OpenPost(const QByteArray &lines)
+{
+    return "POST /PackCourier.asp HTTP/1.1\r\nHost: here\r\n" + lines + "\r\n";
+}
+inline QByteArray PostOf(const QByteArray &body, const QByteArray &lines = "Connection: close\r\n")
+{
+    return OpenPost(lines + "Content-Length: " + QByteArray::number(body.size()) + "\r\n") + body;
+}
+inline QByteArray GetOf(const QByteArray &sid, const QByteArray &exam, const QByteArray &lines = {})
+{
+    return "GET /PackCourier.asp?sid=" + sid + "&eid=" + exam + " HTTP/1.1\r\nHost: here\r\nConnection: close\r\n" + lines
+        + "\r\n";
+}
+inline QByteArray SessionAt(const QString &endpoint, const QByteArray &account = "email=ann&pwd=pass;")
+{
+    return BodyOf(Receive(*Connect(endpoint, PostOf("LOGIN?" + account)))).mid(20).chopped(1);
+}

@@ -32,6 +32,9 @@ QString ProgramFiles();
 // the key of that name.
 void ForgetSettings(const QString &key);
 
+// Whether Qt's library of widgets is part of this process.
+bool HasWidgets();
+
 // Memory of this process that is not swapped out, in megabytes.
 double ResidentMegabytes();
 

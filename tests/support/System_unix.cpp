@@ -8,6 +8,7 @@
 #include <QFile>
 
 #include <cerrno>
+#include <dlfcn.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -39,6 +40,11 @@ QString ProgramFiles()
 void ForgetSettings(const QString &)
 {
     QDir(Sandbox::Path(u"xdg_config_home/Practorium"_s)).removeRecursively();
+}
+
+bool HasWidgets()
+{
+    return dlopen("libQt6Widgets.so.6", RTLD_LAZY | RTLD_NOLOAD) != nullptr;
 }
 
 double ResidentMegabytes()

@@ -41,6 +41,11 @@ void ForgetSettings(const QString &key)
         RegDeleteTreeW(hive, Wide(key));
 }
 
+bool HasWidgets()
+{
+    return GetModuleHandleW(L"Qt6Widgets.dll") != nullptr;
+}
+
 double ResidentMegabytes()
 {
     PROCESS_MEMORY_COUNTERS counters = {};
@@ -54,7 +59,7 @@ bool MakePipe(const QString &)
     return false;
 }
 
-// Wine makes no links, and Windows wants a right for it that users have not.
+// Wine makes no links, and Windows requires a right for it that users have not.
 bool MakeLink(const QString &, const QString &)
 {
     return false;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "author/Interrupt.h"
+#include "author/Cancellation.h"
 
 #include "common/Error.h"
 
@@ -13,25 +13,25 @@ namespace {
 
 constexpr std::array Signals = { SIGINT, SIGTERM, SIGHUP };
 
-volatile std::sig_atomic_t hasCome = 0;
+volatile std::sig_atomic_t isRequested = 0;
 std::array<struct sigaction, Signals.size()> before;
 
-void Note(int)
+void OnSignal(int)
 {
-    hasCome = 1;
+    isRequested = 1;
 }
 
 }
 
-Interrupt::Interrupt()
+Cancellation::Cancellation()
 {
-    hasCome = 0;
+    isRequested = 0;
     for (size_t i = 0; i < Signals.size(); ++i) {
         sigaction(Signals[i], nullptr, &before[i]);
         struct sigaction action = {};
-        action.sa_handler = Note;
+        action.sa_handler = OnSignal;
         action.sa_flags = SA_RESTART;
-        // What was started to run on regardless goes on regardless.
+        // A program started under nohup keeps ignoring SIGHUP.
         if (before[i].sa_handler != SIG_IGN)
             sigaction(Signals[i], &action, nullptr);
     }
@@ -39,14 +39,14 @@ Interrupt::Interrupt()
     std::signal(SIGPIPE, SIG_IGN);
 }
 
-Interrupt::~Interrupt()
+Cancellation::~Cancellation()
 {
     for (size_t i = 0; i < Signals.size(); ++i)
         sigaction(Signals[i], &before[i], nullptr);
 }
 
-void Interrupt::Check()
+void Cancellation::Check()
 {
-    if (hasCome)
-        throw Error(ECANCELED, u"Cancelled"_s, u"Interrupt::Check()"_s);
+    if (isRequested)
+        throw Error(ECANCELED, u"Cancelled"_s, u"Cancellation::Check()"_s);
 }

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "download/Transport.h"
+
+#include <QMap>
+
+#include <functional>
+
+// Where an answer stops, of the events in which it arrives: the request is sent,
+// the first byte and all headers are there, and one part of the body after the other.
+struct Stop {
+    int Event = 3; // of the three before the body
+    qsizetype Byte = -1; // of the body; all of it
+    int Result = 0; // a CURLcode
+    bool IsSilent = false; // nothing more is heard, not even that
+    bool IsRefused = false;
+    bool IsInChunks = false;
+};
+
+struct Reply {
+    QByteArray Body = {};
+    int Status = 200;
+    QMap<QByteArray, QByteArray> Headers = {}; // names in small letters
+    Stop At = {};
+    qsizetype PartBytes = 100'000;
+
+    // A body of the length that the headers announce.
+    static Reply Whole(const QByteArray &body, int status = 200)
+    {
+        return { body, status, { { "content-length", QByteArray::number(body.size()) } } };
+    }
+    Reply With(const QByteArray &name, const QByteArray &value) const
+    {
+        Reply reply = *this;
+        reply.Headers[name] = value;
+        return reply;
+    }
+    Reply Until(const Stop &stop) const { return { Body, Status, Headers, stop, PartBytes }; }
+};
+
+class ScriptedTransport : public Transport {
+public:
+    // The answer to "POST body" or "GET address".
+    using Server = std::function<Reply(const QString &request)>;
+    explicit ScriptedTransport(Server server)
+        : m_server(std::move(server))
+    {
+    }
+    std::unique_ptr<Exchange> Start(const HttpRequest &request) override
+    {
+        const QByteArray rest = request.Operation == "GET" ? request.Url : request.Body;
+        m_current = new Scripted(*this, m_server(QString::fromLatin1(request.Operation + ' ' + rest)));
+        Advance(++m_serial);
+        return std::unique_ptr<Exchange>(m_current);
+    }
+
+private:
+    struct Scripted : Exchange {
+        Scripted(ScriptedTransport &transport, const Reply &reply)
+            : Line(transport)
+            , Given(reply)
+            , End(reply.At.Byte < 0 ? reply.Body.size() : reply.At.Byte)
+        {
+        }
+        ~Scripted() override { Line.m_current = nullptr; }
+        bool IsSent() const override { return Events > 0; }
+        bool HasBegun() const override { return Events > 1; }
+        bool HasHeaders() const override { return Events > 2; }
+        int Status() const override { return Given.Status; }
+        QString Reason() const override { return QStringLiteral("reason"); }
+        QByteArray Header(const QByteArray &name) const override { return Given.Headers.value(name.toLower()); }
+        bool IsInChunks() const override { return Given.At.IsInChunks; }
+        qint64 Received() const override { return Arrived; }
+        qsizetype Available() const override { return Arrived - Taken; }
+        QByteArray Take(qsizetype size) override
+        {
+            const QByteArray part = Given.Body.mid(Taken, std::min(size, Available()));
+            Taken += part.size();
+            return part;
+        }
+        bool IsPaused() const override { return false; }
+        bool IsRefused() const override { return HasEnded && Given.At.IsRefused; }
+        QString TextOf(int result) const override { return QStringLiteral("result %1").arg(result); }
+
+        ScriptedTransport &Line;
+        const Reply Given;
+        const qsizetype End;
+        int Events = 0;
+        qsizetype Arrived = 0;
+        qsizetype Taken = 0;
+        bool HasEnded = false;
+    };
+
+    void Advance(int serial)
+    {
+        QMetaObject::invokeMethod(
+            this, [this, serial] { Step(serial); }, Qt::QueuedConnection);
+    }
+    void Step(int serial)
+    {
+        Scripted *exchange = serial == m_serial ? m_current : nullptr;
+        if (!exchange)
+            return;
+        const Stop &stop = exchange->Given.At;
+        if (exchange->Events < stop.Event)
+            ++exchange->Events;
+        else if (exchange->Events == 3 && exchange->Arrived < exchange->End)
+            exchange->Arrived = std::min(exchange->Arrived + exchange->Given.PartBytes, exchange->End);
+        else
+            exchange->HasEnded = true;
+        if (!exchange->HasEnded)
+            Advance(serial);
+        if (!exchange->HasEnded || !stop.IsSilent)
+            Q_EMIT HasRun(exchange->HasEnded ? std::optional(stop.Result) : std::nullopt);
+    }
+
+    Server m_server;
+    Scripted *m_current = nullptr;
+    int m_serial = 0;
+};
