@@ -26,6 +26,11 @@ struct ThrottledPack {
     int Descriptor;
     quint32 BytesPerSecond;
 
+    ThrottledPack(int descriptor, quint32 bytesPerSecond)
+        : Descriptor(descriptor)
+        , BytesPerSecond(bytesPerSecond)
+    {
+    }
     ~ThrottledPack() { ::close(Descriptor); }
     ssize_t Read(quint64 position, char *bytes, size_t size) const
     {
@@ -69,6 +74,6 @@ MHD_Response *MakePackResponse(const OpenPack &pack, quint32 bytesPerSecond)
     const auto release = [](void *self) { delete static_cast<ThrottledPack *>(self); };
     MHD_Response *response = MHD_create_response_from_callback(pack.Size, ThrottledBufferSize, read, throttled.get(), release);
     if (response)
-        throttled.release(); // owned by the response
+        static_cast<void>(throttled.release()); // owned by the response
     return response;
 }

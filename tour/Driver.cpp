@@ -68,7 +68,7 @@ void Driver::Picture(QWidget *window, const QString &name)
     Expect(window->grab().save(path), path);
 }
 
-void Driver::At(std::function<bool()> condition, std::function<void()> step, const QString &what)
+void Driver::At(const std::function<bool()> &condition, const std::function<void()> &step, const QString &what)
 {
     ++m_waiting;
     auto *timer = new QTimer(qApp);

@@ -29,7 +29,7 @@ public:
     void When(const QString &window, std::function<void(QWidget *)> step);
     // Has the step done once the condition holds, also while a loop of the
     // program's own runs.
-    void At(std::function<bool()> condition, std::function<void()> step, const QString &what);
+    void At(const std::function<bool()> &condition, const std::function<void()> &step, const QString &what);
     // As When, for the next message box, which then gets the button pressed.
     void WhenAsked(const QString &picture, int button);
     // How many of these have not shown yet.

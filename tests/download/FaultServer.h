@@ -40,7 +40,7 @@ public:
     // that was told last. A request without a key is kept waiting.
     void On(const QByteArray &key, const Answer &answer) { m_answers.prepend({ key, answer }); }
     // Done as soon as such a request is here, before its answer.
-    void Meanwhile(const QByteArray &key, std::function<void()> action) { m_actions.insert(key, std::move(action)); }
+    void Meanwhile(const QByteArray &key, const std::function<void()> &action) { m_actions.insert(key, action); }
 
     // First line and body of each request.
     QList<QByteArray> Requests;
