@@ -29,7 +29,7 @@ constexpr qsizetype WriteBuffer = 256 * 1024;
 constexpr DWORD AttemptMilliseconds = 50;
 constexpr int MostAttempts = 100;
 
-template <class Attempt> bool Patiently(Attempt attempt)
+template <class Attempt> bool RetryWhileInUse(Attempt attempt)
 {
     for (int count = 1; !attempt(); ++count) {
         const DWORD code = GetLastError();
@@ -81,7 +81,7 @@ public:
     bool Delete() const
     {
         FILE_DISPOSITION_INFO disposition = { TRUE };
-        return Patiently([&] {
+        return RetryWhileInUse([&] {
             return SetFileInformationByHandle(m_handle, FileDispositionInfo, &disposition, sizeof disposition) != FALSE;
         });
     }
@@ -94,7 +94,7 @@ private:
 FileHandle OpenToDelete(const QString &path, DWORD access)
 {
     FileHandle file;
-    Patiently([&] {
+    RetryWhileInUse([&] {
         file = FileHandle(path, DELETE | FILE_READ_ATTRIBUTES | access, FILE_SHARE_READ | FILE_SHARE_DELETE, OPEN_EXISTING);
         const DWORD code = GetLastError();
         if (file.IsOpen())
@@ -107,7 +107,7 @@ FileHandle OpenToDelete(const QString &path, DWORD access)
     return file;
 }
 
-// A text that the system writes into a buffer and of which it tells the length,
+// A text that the system writes into a buffer and of which it gives the length,
 // or of what a buffer needs; empty when it has none.
 template <class Call> QString TextOf(Call call)
 {
@@ -316,7 +316,7 @@ void RemoveOwnFile(const QString &path)
         file.Delete();
 }
 
-// The system tells what it would make of the name: a device lies in no folder,
+// The system says what it would make of the name: a device lies in no folder,
 // and dots and blanks at the end are left out.
 bool IsPlainFileName(const QString &name)
 {

@@ -28,6 +28,6 @@ void ResetOnClose(qintptr descriptor)
 QString AsReset(const QString &end)
 {
     if (end.startsWith(u"200"))
-        return end.endsWith(u" cut") ? end : end + u" cut";
+        return end.endsWith(u" cut") ? end : end + QStringLiteral(" cut");
     return end == u"52" || end == u"8" ? QStringLiteral("56") : end;
 }
