@@ -213,6 +213,7 @@ TEST_F(DownloadRunTest, Packs)
           Failure(u"38"_s, u"result 56"_s) },
     };
     for (const auto &row : rows) {
+        AnswerRightly();
         On("eid=", row.Answer);
         On("moved", whole);
         testing::internal::CaptureStderr();
