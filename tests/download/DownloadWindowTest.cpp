@@ -121,6 +121,11 @@ TEST_F(DownloadWindowTest, States)
     Open(u""_s, u""_s);
     EXPECT_EQ(Shown(), u"&Start||NA|NA|NA"_s);
     EXPECT_EQ(Edit(u"txtPassword"_s)->echoMode(), QLineEdit::Password);
+    QStringList captions;
+    for (const QLabel *label : Window->findChildren<QLabel *>())
+        captions.append(label->text());
+    for (const QString &caption : { u"&User ID:"_s, u"&Password:"_s, u"Remember"_s, u"Size:"_s, u"Received:"_s, u"Rate:"_s })
+        EXPECT_TRUE(captions.contains(caption)) << caption.toStdString();
     EXPECT_EQ(Bar()->width(), 0);
     Boxes.Expect(u"Please enter your User ID."_s, ExclamationMessage);
     Press();
