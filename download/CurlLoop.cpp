@@ -56,9 +56,9 @@ void CurlLoop::Opened(curl_socket_t socket)
         return;
     for (const bool isReading : { true, false }) {
         QSocketNotifier *&notifier = isReading ? found->second.Reading : found->second.Writing;
-        const bool isWanted = notifier != nullptr;
+        const bool isWatched = notifier != nullptr;
         SetWatch(notifier, false, socket, isReading);
-        SetWatch(notifier, isWanted, socket, isReading);
+        SetWatch(notifier, isWatched, socket, isReading);
     }
 }
 
@@ -73,11 +73,11 @@ int CurlLoop::SocketCallback(CURL *, curl_socket_t socket, int what, void *loop,
     return 0;
 }
 
-void CurlLoop::SetWatch(QSocketNotifier *&notifier, bool isWanted, curl_socket_t socket, bool isReading)
+void CurlLoop::SetWatch(QSocketNotifier *&notifier, bool isWatched, curl_socket_t socket, bool isReading)
 {
-    if (isWanted == (notifier != nullptr))
+    if (isWatched == (notifier != nullptr))
         return;
-    if (!isWanted) {
+    if (!isWatched) {
         // It may be the one whose signal is on the way.
         notifier->setEnabled(false);
         notifier->disconnect(this);

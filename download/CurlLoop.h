@@ -42,7 +42,7 @@ private:
 
     static int SocketCallback(CURL *easy, curl_socket_t socket, int what, void *loop, void *) noexcept;
     static int TimerCallback(CURLM *multi, long milliseconds, void *loop) noexcept;
-    void SetWatch(QSocketNotifier *&notifier, bool isWanted, curl_socket_t socket, bool isReading);
+    void SetWatch(QSocketNotifier *&notifier, bool isWatched, curl_socket_t socket, bool isReading);
     void Run(curl_socket_t socket, int events);
 
     CURLM *m_multi;

@@ -47,7 +47,7 @@ CURLcode(curl_easy_setopt)(CURL *easy, CURLoption option, ...)
     va_list values;
     va_start(values, option);
     CURLcode result = CURLE_OK;
-    // The number of an option tells the type of its value.
+    // The number of an option gives the type of its value.
     if (option < CURLOPTTYPE_OBJECTPOINT)
         result = set(va_arg(values, long));
     else if (option >= CURLOPTTYPE_OFF_T && option < CURLOPTTYPE_BLOB)

@@ -58,8 +58,8 @@ QString GeneralDate(const QDateTime &time, const QLocale &locale)
 
 double BarWidth(double fullWidth, double width, double fraction)
 {
-    const double wanted = fullWidth * std::min(fraction, LargestFraction);
-    return std::abs(wanted - width) >= SmallestChange ? wanted : width;
+    const double target = fullWidth * std::min(fraction, LargestFraction);
+    return std::abs(target - width) >= SmallestChange ? target : width;
 }
 
 float NextSimulated(float fraction)

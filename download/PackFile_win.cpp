@@ -68,7 +68,7 @@ UniqueHandle OpenToDelete(const QString &path, DWORD access)
     return file;
 }
 
-// A text that the system writes into a buffer and of which it tells the length,
+// A text that the system writes into a buffer and of which it gives the length,
 // or of what a buffer needs; empty when it has none.
 template <class Call> QString TextOf(Call call)
 {
@@ -269,7 +269,7 @@ void RemoveOwnFile(const QString &path)
         Delete(file);
 }
 
-// The system tells what it would make of the name: a device lies in no folder,
+// The system says what it would make of the name: a device lies in no folder,
 // and dots and blanks at the end are left out.
 bool IsPlainFileName(const QString &name)
 {

@@ -3,6 +3,7 @@
 
 #include "download/DownloadText.h"
 #include "tests/download/RunFixture.h"
+#include "tests/support/System.h"
 
 namespace {
 
@@ -213,6 +214,7 @@ TEST_F(DownloadRunTest, Packs)
           Failure(u"38"_s, u"result 56"_s) },
     };
     for (const auto &row : rows) {
+        AnswerRightly();
         On("eid=", row.Answer);
         On("moved", whole);
         testing::internal::CaptureStderr();
@@ -280,13 +282,25 @@ TEST_F(DownloadRunTest, EntriesAndCredentials)
     EXPECT_EQ(Credentials::Load().UserID + Credentials::Load().Password, u""_s);
 }
 
-// Addresses that cannot be asked.
-TEST_F(DownloadRunTest, NoAddress)
+TEST_F(DownloadRunTest, Settings)
 {
-    Registry::WriteValue(Credentials::RegistryKey, Credentials::EndpointName, u"nonsense"_s, Registry::Text,
-                         Registry::CurrentUser);
+    const auto point = [](const QString &url) {
+        Registry::WriteValue(Credentials::RegistryKey, u"Endpoint"_s, url, Registry::Text, Registry::CurrentUser);
+    };
+    point(u"nonsense"_s);
     EXPECT_EQ(WholeRun(),
               u"running|status Connecting to Practorium Download Server|box 16 Invalid procedure call or argument|ended"_s);
-    Registry::WriteValue(Credentials::RegistryKey, Credentials::EndpointName, u" "_s, Registry::Text, Registry::CurrentUser);
+    point(u" "_s);
     EXPECT_EQ(Credentials::Endpoint(), QStringLiteral(PRACTORIUM_ENDPOINT)) << "the one that it was built with";
+    if (System::RunsByName)
+        return; // nothing keeps a user from writing to the registry
+    // The exams matter more than what is remembered.
+    const QString settings = QString::fromLocal8Bit(qgetenv("XDG_CONFIG_HOME")) + u"/Practorium"_s;
+    ASSERT_TRUE(QFile::rename(settings, settings + u"-aside"_s));
+    Sandbox::WriteFile(settings, "no folder");
+    Open();
+    Run->Press({ u"me"_s, u"pw"_s }, true);
+    EXPECT_TRUE(Log.filter(u"warning System Error: 0x14\r\n"_s).size() == 1 && LastState == "running"_L1);
+    QFile::remove(settings);
+    ASSERT_TRUE(QFile::rename(settings + u"-aside"_s, settings));
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/download/FaultServer.h"
 
-#include "tests/download/SocketReset.h"
+#include "tests/download/TestSystem.h"
 
 #include <QHostAddress>
 #include <QSslCertificate>
@@ -60,7 +60,6 @@ int FaultServer::Count(const QByteArray &key) const
 void FaultServer::Serve(QTcpSocket *socket)
 {
     connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
-    connect(socket, &QTcpSocket::bytesWritten, this, [this](qint64 bytes) { BytesTaken += bytes; });
     auto pending = std::make_shared<QByteArray>();
     connect(socket, &QTcpSocket::readyRead, socket, [this, socket, pending] {
         *pending += socket->readAll();

@@ -23,7 +23,7 @@ struct Answer {
     static Answer Raw(const QByteArray &headers, const QByteArray &body = {}, Ending end = Closes);
 };
 
-// A service that answers as it is told, wrongly for the most part.
+// A service with the answers that a test gives it, wrong ones for the most part.
 class FaultServer : public QTcpServer {
 public:
     FaultServer();
@@ -36,8 +36,7 @@ public:
     }
 
     QString Url(const QString &scheme = QStringLiteral("http")) const;
-    // The answer to requests in which the key stands; of several keys the one
-    // that was told last. A request without a key is kept waiting.
+    // The answer to requests in which the key stands; the latest comes first. A request without a key is kept waiting.
     void On(const QByteArray &key, const Answer &answer) { m_answers.prepend({ key, answer }); }
     // Done as soon as such a request is here, before its answer.
     void Meanwhile(const QByteArray &key, const std::function<void()> &action) { m_actions.insert(key, action); }
@@ -46,7 +45,6 @@ public:
     QList<QByteArray> Requests;
     QByteArray LastHead; // in small letters
     int Count(const QByteArray &key) const;
-    qint64 BytesTaken = 0;
 
 protected:
     void incomingConnection(qintptr descriptor) override;

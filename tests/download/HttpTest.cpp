@@ -3,7 +3,7 @@
 
 #include "download/Transfer.h"
 #include "tests/download/FaultServer.h"
-#include "tests/download/SocketReset.h"
+#include "tests/download/TestSystem.h"
 #include "tests/support/System.h"
 #include "tests/support/Test.h"
 

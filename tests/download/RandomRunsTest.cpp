@@ -6,6 +6,8 @@
 
 namespace {
 
+constexpr int Timeout = 3; // milliseconds
+
 // A service that makes every kind of mistake, a candidate who presses at any
 // moment, and the few rules that hold whatever they do.
 class RandomRunsTest : public RunTest {
@@ -108,6 +110,7 @@ TEST_F(RandomRunsTest, NothingPartialIsRunAndEveryRunEnds)
         Log.clear();
         Installed.clear();
         Open();
+        Run->SetTimeouts(Timeout, Timeout, Timeout);
         Press();
         // A reply that is ignored leaves the run as it is.
         QTimer often;

@@ -4,7 +4,8 @@
 #include <QByteArray>
 #include <QString>
 
-// A pack that leaves a mark when it is run, and may do something more.
+// What differs between the systems: a pack that leaves a mark when it is run, and
+// may do something more.
 struct FakePack {
     // Of the file "mark-NAME" in the sandbox.
     QByteArray Name;
@@ -18,3 +19,9 @@ struct FakePack {
     // The program, for the system that the test runs on.
     QByteArray Bytes() const;
 };
+
+// Has the closing of a socket break its connection off.
+void ResetOnClose(qintptr descriptor);
+// How a request ended whose connection was reset: Wine shows that to programs as
+// an ordinary end.
+QString AsReset(const QString &end);

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/download/FakePack.h"
+#include "tests/download/TestSystem.h"
 
 #include "tests/support/Sandbox.h"
 
 #include <QFileInfo>
+
+#include <sys/socket.h>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -15,4 +17,15 @@ QByteArray FakePack::Bytes() const
     if (RemovesItself)
         script += u"rm -f \"$0\"\n"_s;
     return script.toUtf8() + "exit 0\n" + QByteArray(Padding, 'x');
+}
+
+void ResetOnClose(qintptr descriptor)
+{
+    const linger none = { 1, 0 };
+    setsockopt(static_cast<int>(descriptor), SOL_SOCKET, SO_LINGER, &none, sizeof none);
+}
+
+QString AsReset(const QString &end)
+{
+    return end;
 }
