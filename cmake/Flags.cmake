@@ -1,22 +1,19 @@
 # SPDX-License-Identifier: Apache-2.0
 # One INTERFACE target carries what every target is compiled with.
 add_library(practorium_flags INTERFACE)
-target_compile_definitions(practorium_flags INTERFACE
-  QT_NO_CAST_FROM_ASCII
-  QT_NO_CAST_TO_ASCII
-  QT_NO_KEYWORDS
-  QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+target_compile_definitions(practorium_flags INTERFACE QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS
+                                                      QT_DISABLE_DEPRECATED_BEFORE=0x060400)
 if(WIN32)
   target_compile_definitions(practorium_flags INTERFACE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0A00)
 endif()
-target_compile_options(practorium_flags INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wimplicit-fallthrough)
+target_compile_options(practorium_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+                                                  -Wcast-qual -Wimplicit-fallthrough)
 if(PRACTORIUM_WERROR)
   target_compile_options(practorium_flags INTERFACE -Werror)
 endif()
 if(PRACTORIUM_SANITIZE)
-  target_compile_options(practorium_flags INTERFACE
-    -fsanitize=${PRACTORIUM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_compile_options(practorium_flags INTERFACE -fsanitize=${PRACTORIUM_SANITIZE} -fno-sanitize-recover=all
+                                                    -fno-omit-frame-pointer)
   target_link_options(practorium_flags INTERFACE -fsanitize=${PRACTORIUM_SANITIZE})
 endif()
 
@@ -45,8 +42,8 @@ if(CMAKE_HOST_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
 elseif(CMAKE_HOST_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
   set(control_flow -mbranch-protection=standard)
 endif()
-set(hardening_compile_options_unix -fstack-protector-strong -fstack-clash-protection ${control_flow}
-  -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -D_GLIBCXX_ASSERTIONS)
+set(hardening_compile_options_unix -fstack-protector-strong -fstack-clash-protection ${control_flow} -U_FORTIFY_SOURCE
+                                   -D_FORTIFY_SOURCE=3 -D_GLIBCXX_ASSERTIONS)
 set(hardening_link_options_unix -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 set(hardening_libraries_unix)
 # A large stack frame is always probed there. The library is linked statically,

@@ -10,8 +10,8 @@ foreach(module Core Gui Widgets PrintSupport)
   list(APPEND libraries ${qt_libraries}/Qt6${module}.dll)
 endforeach()
 foreach(name libstdc++-6 libgcc_s_seh-1 libwinpthread-1)
-  execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name}.dll
-    OUTPUT_VARIABLE file OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+  execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name}.dll OUTPUT_VARIABLE file
+                  OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
   if(NOT IS_ABSOLUTE ${file})
     find_file(RUNTIME_${name} ${name}.dll PATHS /usr/x86_64-w64-mingw32/lib NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED)
     set(file ${RUNTIME_${name}})
@@ -22,7 +22,7 @@ file(COPY ${libraries} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
 install(FILES ${libraries} DESTINATION . COMPONENT program)
 
 foreach(plugin platforms/qwindows styles/qwindowsvistastyle imageformats/qgif imageformats/qico imageformats/qjpeg
-    platforms/qoffscreen platforms/qminimal)
+               platforms/qoffscreen platforms/qminimal)
   get_filename_component(folder ${plugin} DIRECTORY)
   file(COPY ${qt_root}/plugins/${plugin}.dll DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${folder})
   install(FILES ${qt_root}/plugins/${plugin}.dll DESTINATION ${folder} COMPONENT program)
