@@ -222,18 +222,19 @@ TEST_F(DownloadWindowTest, Closed)
                                      { "LOGIN?", Answer{ begun, KeepsOpen } } }) {
         Server.On(to, reply);
         for (const auto &[way, close] : ways) {
+            SCOPED_TRACE(testing::Message() << to << way);
             Server.Requests.clear();
             Server.Meanwhile(to, [&, close = close] { QTimer::singleShot(50, Window.get(), close); });
             Windows::RunLoop([&] {
                 Open();
                 QTimer::singleShot(0, Window.get(), [this] { Press(); });
                 Window->exec();
-                EXPECT_FALSE(Window->isVisible()) << to << way;
+                EXPECT_FALSE(Window->isVisible());
                 Window.reset();
                 QCoreApplication::quit();
             });
-            EXPECT_EQ(Server.Count(to), 1) << way;
-            EXPECT_TRUE(Server.Requests.last().contains(to)) << way;
+            EXPECT_EQ(Server.Count(to), 1);
+            EXPECT_TRUE(Server.Requests.last().contains(to));
         }
         Server.On("LOGIN?", Answer::Whole("LOGIN?status=OK&sid=s7;"));
     }

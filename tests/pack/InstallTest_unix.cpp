@@ -91,7 +91,7 @@ TEST(InstallTest, WhereExamsAreLookedFor)
         EXPECT_TRUE(QDir().mkpath(root + u"/full/Practorium"_s) && QDir().mkdir(root + u"/locked"_s, locked)
                     && QDir().mkdir(root + u"/full/Practorium/Exams"_s, locked));
         const Tree before = Snapshot(root);
-        const Outcome outcome = OutcomeOf(program, {}, [&](QProcess &process) {
+        const Outcome outcome = OutcomeOf(program, {}, [variables = variables](QProcess &process) {
             process.setEnvironment(variables);
             // Permissions hold for everybody, the superuser too.
             process.setChildProcessModifier([] { prctl(PR_CAPBSET_DROP, 1 /* CAP_DAC_OVERRIDE */, 0, 0, 0); });
@@ -186,7 +186,7 @@ TEST(InstallTest, TheDiskFailsAtTheEnd)
         if (hasOld)
             Sandbox::WriteFile(place + u"/LAST.exam"_s, "old");
         canExchangeHere = canExchange;
-        exchangeReachesDisk = [&, call = 0]() mutable { return answer(++call); };
+        exchangeReachesDisk = [answer = answer, call = 0]() mutable { return answer(++call); };
         EXPECT_EQ(InstallHere(pack), said) << name;
         exchangeReachesDisk = {};
         EXPECT_EQ(Snapshot(place), left) << name;
