@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "session/ExamSession.h"
-
-#include "common/Common.h"
+#include "tests/session/ScriptedPort.h"
 #include "tests/support/Test.h"
 
 #include <random>
@@ -166,7 +164,7 @@ struct Rules {
 };
 
 // A candidate who does anything that the windows offer, one random step after the other.
-class Candidate : public SessionPort {
+class Candidate {
 public:
     explicit Candidate(unsigned seed)
         : m_random(seed)
@@ -188,12 +186,13 @@ public:
                       item.HasExplanation ? u" why "_s : u" "_s });
         }
         m_exam = Globals::CurrentExam;
+        m_port.Shown = [this] { m_painted = Described(m_session.Page()); };
         m_session.StartExam();
         m_rules.ShowTime();
         m_rules.Show();
         m_rules.Log += { u"clock"_s, u"exam"_s };
     }
-    ~Candidate() override { Globals::CurrentExam.reset(); }
+    ~Candidate() { Globals::CurrentExam.reset(); }
 
     // False when session and rules differ.
     bool Sit(int steps)
@@ -212,7 +211,7 @@ private:
         const QString page = Described(m_session.Page());
         EXPECT_EQ(page.toStdString(), m_rules.Described().toStdString());
         EXPECT_EQ(m_painted.toStdString(), page.toStdString()) << "the window shows something else";
-        EXPECT_EQ(m_log, m_rules.Log);
+        EXPECT_EQ(m_port.Log, m_rules.Log);
         for (int index = 1; index <= m_rules.Count(); ++index) {
             QStringList rows;
             for (const int row : m_rules.Items[index - 1].Response)
@@ -221,7 +220,7 @@ private:
             EXPECT_EQ(question.Answer().toStdString(), rows.join(u',').toStdString()) << "item " << index;
             EXPECT_EQ(question.IsMarked(), m_rules.Items[index - 1].IsMarked) << "item " << index;
         }
-        m_log.clear();
+        m_port.Log.clear();
         m_rules.Log.clear();
         return !testing::Test::HasFailure();
     }
@@ -294,9 +293,9 @@ private:
     {
         m_rules.Save();
         m_rules.Log += u"list"_s;
-        m_meanwhile = [this] { UseList(); };
+        m_port.Meanwhile = [this] { UseList(); };
         (m_session.*by)();
-        EXPECT_FALSE(m_meanwhile) << "the list did not open";
+        EXPECT_FALSE(m_port.Meanwhile) << "the list did not open";
         if (m_rules.IsEnded)
             m_rules.StartReview();
     }
@@ -334,16 +333,16 @@ private:
     }
     void Wait()
     {
-        m_answer = Any(2) == 0 ? AnswerYes : AnswerNo;
+        m_port.Answer = Any(2) == 0 ? AnswerYes : AnswerNo;
         const int seconds = Any(8) > 0 ? Any(10) : Any(1900);
-        m_steps += u"wait %1 and answer %2"_s.arg(seconds).arg(m_answer);
+        m_steps += u"wait %1 and answer %2"_s.arg(seconds).arg(m_port.Answer);
         for (int second = 0; second < seconds; ++second) {
             // No second counts while the question is open.
-            m_meanwhile = [this] { m_session.tmrTimer_Timer(); };
+            m_port.Meanwhile = [this] { m_session.tmrTimer_Timer(); };
             m_session.tmrTimer_Timer();
-            m_rules.Tick(m_answer);
+            m_rules.Tick(m_port.Answer);
         }
-        m_meanwhile = {};
+        m_port.Meanwhile = {};
     }
     void Look()
     {
@@ -358,45 +357,18 @@ private:
     }
     void TryToClose()
     {
-        m_answer = AnswerNo;
+        m_port.Answer = AnswerNo;
         EXPECT_EQ(m_session.QueryClose(), m_rules.IsEnded);
         if (!m_rules.IsEnded)
             m_rules.Log += u"36 Are you sure you want to terminate the exam?"_s;
     }
 
-    void Note(const QString &what)
-    {
-        m_log += what;
-        if (const auto meanwhile = std::exchange(m_meanwhile, {}))
-            meanwhile();
-    }
-    MessageAnswer Ask(const QString &text, MessageStyle style, const QVariantList &values) override
-    {
-        Note(QString::number(style) + u' ' + Common::FormatText(text, values, Common::LineBreakMarker::Exact));
-        return m_answer;
-    }
-    void ShowItem() override
-    {
-        m_log += u"item"_s;
-        ShowChanges();
-    }
-    void ShowChanges() override { m_painted = Described(m_session.Page()); }
-    void ShowExam() override { Note(u"exam"_s); }
-    void StartClock() override { Note(u"clock"_s); }
-    void StopClock() override { m_log += u"no clock"_s; }
-    void ShowExhibit(const QString &name) override { Note(name); }
-    void CloseExhibit() override { }
-    void ShowExplanation(qint16 index) override { Note(u"why %1"_s.arg(index)); }
-    void ShowReviewList() override { Note(u"list"_s); }
-    void ShowReport() override { Note(u"report"_s); }
-
     std::mt19937 m_random;
     Rules m_rules;
-    ExamSession m_session{ *this };
-    MessageAnswer m_answer = AnswerNo;
-    std::function<void()> m_meanwhile; // done while the next window or box is open
+    ScriptedPort m_port;
+    ExamSession m_session{ m_port };
     QString m_painted;
-    QStringList m_log, m_steps;
+    QStringList m_steps;
     std::shared_ptr<Exam> m_exam;
 };
 
