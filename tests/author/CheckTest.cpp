@@ -122,6 +122,8 @@ TEST(CheckTest, FoldersAndWhatTheirNamesLeadTo)
     }
     QDir().mkpath(Sandbox::Path(u"hollow/hollow.exam"_s));
     for (const QString &path : { Sandbox::Path(u"a\"b.exam"_s), Sandbox::Path(u"a.exam "_s) }) {
+        if (System::RunsByName)
+            continue; // no file can have such a name there
         Sandbox::WriteFile(path, bytes);
         EXPECT_EQ(FaultsOf(path), u"the path holds double quotes or ends with a blank, so it cannot be opened"_s);
     }

@@ -52,7 +52,10 @@ protected:
     {
         return FakePack{ name, {}, {}, false, padding }.Bytes();
     }
-    static QString TempFile(const QString &name) { return QString::fromLocal8Bit(qgetenv("TMPDIR")) + u'/' + name; }
+    static QString TempFile(const QString &name)
+    {
+        return QDir::toNativeSeparators(QString::fromLocal8Bit(qgetenv("TMPDIR")) + u'/' + name);
+    }
     // Whether the pack was run since the last question.
     static bool WasRun(const QString &name = u"pack"_s) { return QFile::remove(Sandbox::Path(u"mark-"_s + name)); }
 
@@ -75,6 +78,9 @@ protected:
         QTimer late;
         late.setSingleShot(true);
         late.start(20'000);
+        // Some systems go on waiting once they have done all that was posted.
+        QTimer often;
+        often.start(5);
         while (!condition() && late.isActive())
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         return late.isActive();
