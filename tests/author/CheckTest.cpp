@@ -4,6 +4,9 @@
 
 #include <QtEndian>
 
+#include <cerrno>
+#include <cstring>
+
 namespace {
 
 // The faults, then the warnings, without the path at their beginning.
@@ -14,7 +17,10 @@ QString FaultsOf(const QString &path)
     lines += warnings;
     for (QString &line : lines) {
         EXPECT_TRUE(line.startsWith(path + u": "_s)) << line.toStdString();
-        line = line.mid(path.size() + 2).replace(System::TextOf(System::NotFound), u"not found"_s);
+        line = line.mid(path.size() + 2);
+        // In the words of the system or of the C library.
+        for (const QString &text : { System::TextOf(System::NotFound), QString::fromLocal8Bit(std::strerror(ENOENT)) })
+            line.replace(text, u"not found"_s);
     }
     return lines.join(u"; "_s);
 }
