@@ -39,7 +39,7 @@ constexpr double Megabyte = 1e6;
 // No box belongs to a download that succeeds.
 class NoBoxes : public MessagePort {
 public:
-    int Show(const QString &text, int) override { Fail(text); }
+    MessageAnswer Show(const QString &text, MessageStyle) override { Fail(text); }
 };
 
 double Resident()

@@ -3,10 +3,11 @@
 
 #include "common/Ansi.h"
 #include "common/Error.h"
-#include "download/HttpExchange.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
+
+#include <curl/curl.h>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -181,9 +182,8 @@ bool Transfer::Redirect(const QByteArray &location)
     } else if (!IsWeb(target) || (m_address.scheme() == "https"_L1 && target.scheme() != m_address.scheme())) {
         Fail(CURLE_UNSUPPORTED_PROTOCOL, u"The server redirects to an address that is not safe"_s);
     } else {
-        if (m_exchange->Status() == SeeOther) {
+        if (m_exchange->Status() == SeeOther)
             m_request = { {}, "GET" };
-        }
         // This runs below the event loop, where nothing may be raised.
         try {
             Request(target);

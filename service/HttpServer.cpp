@@ -350,11 +350,12 @@ MHD_Result HttpServer::Implementation::AnswerGet(MHD_Connection *connection, Req
         return SendText(connection, MHD_HTTP_NOT_FOUND, "There is no such exam.\n");
     if (authorization.Result == Responder::Access::NotBought)
         return SendText(connection, MHD_HTTP_FORBIDDEN, "You do not have this exam.\n");
-    const auto pack = OpenPackOf(m_options.Packs, exam);
+    auto pack = OpenPackOf(m_options.Packs, exam);
     if (!pack)
         return SendText(connection, MHD_HTTP_NOT_FOUND, "The pack of this exam is not there.\n");
     request.Session.emplace(*std::move(authorization.Session));
-    return Send(connection, MHD_HTTP_OK, MakePackResponse(*pack, m_options.BytesPerSecond), "application/octet-stream");
+    return Send(connection, MHD_HTTP_OK, MakePackResponse(*std::move(pack), m_options.BytesPerSecond),
+                "application/octet-stream");
 }
 
 HttpServer::HttpServer(Responder &responder, const Options &options, const Clock &clock)

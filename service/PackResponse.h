@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "handles/Handle_unix.h"
+
 #include <QString>
 
 #include <optional>
 
 struct MHD_Response;
 
-// A pack that is open for reading. The descriptor is owned by whoever holds the
-// object, until it is passed to MakePackResponse.
+// A pack that is open for reading.
 struct OpenPack {
-    int Descriptor;
+    UniqueHandle File;
     quint64 Size; // bytes
 };
 
@@ -19,8 +20,7 @@ struct OpenPack {
 // (Store::IsExamId), because it becomes a part of the path.
 std::optional<OpenPack> OpenPackOf(const QString &folder, const QString &exam);
 
-// A response that sends the pack and closes the descriptor; the descriptor is also
-// closed if the response cannot be created, which gives a null pointer. A rate
-// other than 0 limits the bytes that are sent in a second, for trials; each
-// sending then blocks its thread of the server.
-MHD_Response *MakePackResponse(const OpenPack &pack, quint32 bytesPerSecond);
+// A response that sends the pack and then closes its file; a null pointer if it
+// cannot be created. A rate other than 0 limits the bytes that are sent in a
+// second, for trials; each sending then blocks its thread of the server.
+MHD_Response *MakePackResponse(OpenPack pack, quint32 bytesPerSecond);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "download/view/frmExamDownloader.h"
 
+#include "common/Twips.h"
 #include "download/DownloadText.h"
 #include "download/HttpExchange.h"
 #include "ui/Guard.h"
@@ -8,7 +9,6 @@
 #include "ui/Panel.h"
 #include "ui/TextBlock.h"
 #include "ui/Theme.h"
-#include "common/Twips.h"
 
 #include <QCheckBox>
 #include <QFrame>
@@ -175,7 +175,7 @@ void frmExamDownloader::ShowState(State state)
 
 MessageAnswer frmExamDownloader::Ask(const QString &text, MessageStyle style, const QVariantList &values)
 {
-    return static_cast<MessageAnswer>(ShowUnpromptedMessage(text, style, values));
+    return ShowUnpromptedMessage(text, style, values);
 }
 
 void frmExamDownloader::Warn(const QString &text)

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/session/ScriptedPort.h"
+#include "tests/support/Seed.h"
 #include "tests/support/Test.h"
 
-#include <random>
 #include <set>
 
 namespace {
@@ -378,9 +378,7 @@ private:
 TEST(SittingTest, AnySteps)
 {
     constexpr int Sittings = 2000, Steps = 150;
-    const QByteArray given = qgetenv("PRACTORIUM_TEST_SEED");
-    const unsigned seed = given.isEmpty() ? std::random_device()() : given.toUInt();
-    std::printf("PRACTORIUM_TEST_SEED=%u\n", seed);
+    const unsigned seed = TestSeed();
     for (int sitting = 0; sitting < Sittings; ++sitting) {
         Candidate candidate(seed + unsigned(sitting));
         ASSERT_TRUE(candidate.Sit(Steps)) << "seed " << seed + unsigned(sitting)
