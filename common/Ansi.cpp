@@ -40,7 +40,7 @@ CodePage::CodePage(int number)
         // A byte without a meaning keeps its number, so that it survives a
         // way through a text and back.
         m_hasMeaning[byte] = character < Lead;
-        m_single[byte] = character >= Lead ? static_cast<char16_t>(byte) : character;
+        m_single[byte] = m_hasMeaning[byte] ? character : static_cast<char16_t>(byte);
     }
 }
 

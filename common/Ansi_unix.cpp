@@ -22,7 +22,6 @@ struct Decoder::System {
         char *to = reinterpret_cast<char *>(out);
         size_t room = sizeof out;
         iconv(converter, nullptr, nullptr, nullptr, nullptr);
-        errno = 0;
         if (iconv(converter, &in, &count, &to, &room) == static_cast<size_t>(-1))
             return errno == EINVAL ? Lead : NoCharacter;
         // Some converters keep a character back until a call says that no

@@ -53,7 +53,7 @@ QString OneLine(QString text)
 QString OneLine(const Error &error)
 {
     QString text = ShownText(error.Description()).trimmed();
-    if (text.startsWith("System Error: "_L1) && text.contains("\r\n"_L1))
+    if (text.startsWith("System Error: "_L1))
         text = text.section("\r\n"_L1, 1);
     return text.simplified();
 }

@@ -197,7 +197,23 @@ TEST_F(ProgramTest, TimeRunsOutWhileTheListIsOpen)
     EXPECT_EQ(Controls(), u"vv-v-V-V-"_s);
 }
 
-// What nothing traps is told, and the program ends.
+TEST_F(ProgramTest, DownloadWindowAndAboutBox)
+{
+    Started->Start();
+    Show(&Started->Main());
+    const auto *list = Find<QTreeView>(&Started->Main(), u"lvwExams"_s)->model();
+    EXPECT_EQ(list->rowCount(), 0);
+    const WhenOpen about(u"frmAbout"_s, [](QWidget *window) { Click(window, u"cmdOK"_s); });
+    Click(&Started->Main(), u"lblAbout"_s);
+    const WhenOpen download(u"frmExamDownloader"_s, [this](QWidget *window) {
+        InstallExam(60);
+        window->close();
+    });
+    Click(&Started->Main(), u"lblDownload"_s);
+    EXPECT_EQ(list->rowCount(), 1) << "what was installed meanwhile";
+}
+
+// An error that nothing handles is shown, and the program ends.
 TEST_F(ProgramTest, UnhandledErrors)
 {
     const struct {

@@ -120,6 +120,101 @@ TEST(FileTest, LengthsOfReadTextsAndBlocks)
     }
 }
 
+// Every value is a text there, in the system's language.
+TEST(FileTest, TextMode)
+{
+    const QVariant numbers[]
+        = { QVariant::fromValue<qint16>(0), 0, 0.0F, 0.0, Amount(0), false, QVariant::fromValue<quint8>(0) };
+    const QVariant &small = numbers[0], &large = numbers[1], &single = numbers[2], &amount = numbers[4], &truth = numbers[5],
+                   &byte = numbers[6], date = Date(2024, 2, 29, 18);
+    const QString mismatch = u"13 File::ReadData()"_s, overflow = u"6 File::ReadData()"_s;
+    const struct {
+        QVariant Before;
+        QString Text;
+        QVariant After;
+        QString Result = u"none"_s;
+    } rows[] = {
+        { small, u"-32768"_s, QVariant::fromValue<qint16>(-32768) },
+        { small, u"32768"_s, small, overflow },
+        { large, u"70000"_s, 70'000 },
+        { large, u"-2147483649"_s, large, overflow },
+        { single, u"1.5"_s, 1.5F },
+        { single, u"1e39"_s, single, overflow },
+        { 0.0, u"-2.5"_s, -2.5 },
+        { 0.0, u"nan"_s, 0.0, mismatch },
+        { amount, u"1.5"_s, Amount(15'000) },
+        { amount, u"1e15"_s, amount, overflow },
+        { date, QLocale::system().toString(date.toDateTime(), QLocale::ShortFormat), date },
+        { date, u"x"_s, date, mismatch },
+        { truth, u"True"_s, true },
+        { true, u"False"_s, false },
+        { truth, u"x"_s, truth, mismatch },
+        { byte, u"200"_s, QVariant::fromValue<quint8>(200) },
+        { byte, u"-1"_s, byte, overflow },
+        { u""_s, u"all of it"_s, u"all of it"_s },
+        { QByteArray(), u"all of it"_s, QByteArray("all of it") },
+    };
+    for (const auto &row : rows) {
+        QString text = row.Text;
+        const QByteArray bytes
+            = text.replace(u'.', row.Before.metaType() == date.metaType() ? u"."_s : QLocale::system().decimalPoint()).toUtf8();
+        File file;
+        Offer(file, bytes, File::TextMode);
+        QVariant value = row.Before;
+        EXPECT_EQ(ResultOf([&] { file.ReadData(value, 0); }), row.Result) << row.Text.toStdString();
+        EXPECT_TRUE(value == row.After) << row.Text.toStdString();
+        const QByteArray written = Written([&](File &target) { target.WriteData(value, 0); }, File::TextMode);
+        EXPECT_EQ(written == bytes, row.Result == u"none"_s) << row.Text.toStdString();
+    }
+    for (const QVariant &number : numbers) {
+        File file;
+        Offer(file, "no number", File::TextMode);
+        QVariant value = number;
+        EXPECT_EQ(ResultOf([&] { file.ReadData(value, 0); }), mismatch) << number.typeName();
+    }
+    EXPECT_EQ(Written([](File &file) { file.WriteData(u"ABC"_s, -1); }, File::TextMode), "3ABC") << "the count is one, too";
+}
+
+TEST(FileTest, PositionsAndRights)
+{
+    File file;
+    const QString closed = u"%1 "_s.arg(System::NotOpen), invalid = u"5 "_s;
+    EXPECT_EQ(ResultOf([&] { file.SeekTo(0, File::FromStart); }), closed);
+    EXPECT_FALSE(file.Flush() || file.CloseFile());
+    Offer(file, "abcdef");
+    const struct {
+        qint32 Distance;
+        quint32 Method;
+        QString Position;
+        bool IsEOF;
+    } rows[] = {
+        { 2, File::FromStart, u"2"_s, false },
+        { 3, File::FromCurrent, u"5"_s, false },
+        { 0, File::FromEnd, u"6"_s, true },
+        { 9, File::FromEnd, u"15"_s, true },
+        { 1, 3, invalid, true },
+        { 1, File::FromStart, u"1"_s, false },
+    };
+    for (const auto &row : rows) {
+        EXPECT_EQ(ResultOf([&] { return file.SeekTo(row.Distance, row.Method); }), row.Position);
+        EXPECT_EQ(file.IsEOF(), row.IsEOF) << row.Position.toStdString();
+    }
+    // A change of what was read ahead, and of the size.
+    QByteArray block;
+    EXPECT_EQ(ResultOf([&] { file.WriteData(block, 1); }), u"%1 File::WriteData()"_s.arg(System::NotAllowed));
+    file.OpenFile(u"offered"_s, File::BinaryMode, ReadWrite, File::OpenExisting);
+    file.ReadData(block, 2);
+    file.WriteData(QByteArray("XYZxyz"), 6);
+    EXPECT_TRUE(file.Size() == 8 && file.BytesLeft() == 0);
+    file.SeekTo(1, File::FromStart);
+    file.ReadData(block, 7);
+    EXPECT_EQ(block, "bXYZxyz");
+    file.OpenFile(u"offered"_s, File::BinaryMode, File::WriteAccess, File::OpenExisting);
+    EXPECT_EQ(ResultOf([&] { file.ReadData(block, 1); }), u"%1 File::ReadData()"_s.arg(System::NotAllowed));
+    QVariant unsupported = QVariantList();
+    EXPECT_EQ(ResultOf([&] { file.WriteData(unsupported, 0); }), u"5 File::WriteData()"_s);
+}
+
 TEST(FileTest, Opening)
 {
     Sandbox::WriteFile(Sandbox::Path(u"there"_s), "abc");

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "model/Exam.h"
-#include "tests/model/MemoryRequests.h"
 #include "tests/support/Test.h"
 
 #include <QtEndian>
@@ -14,6 +13,16 @@ namespace {
 
 // The read-ahead, and nothing that a count promises.
 constexpr size_t Enough = 128 * 1024 + 64;
+
+// The largest request for memory so far, of Qt's containers too, which do not
+// go through operator new. Only the GNU C library lets a program count them.
+size_t largestRequest = 0;
+
+#ifdef __GLIBC__
+constexpr bool AreRequestsCounted = true;
+#else
+constexpr bool AreRequestsCounted = false;
+#endif
 
 // The bytes of a small exam of two items, with an exhibit and an explanation.
 QByteArray Small()
@@ -32,7 +41,7 @@ QString Sit(const QByteArray &bytes)
 {
     const QString path = Sandbox::Path(u"hostile.exam"_s);
     Sandbox::WriteFile(path, bytes);
-    EXPECT_GT(std::exchange(largestRequest, 0), 0U) << "requests are counted";
+    EXPECT_EQ(std::exchange(largestRequest, 0) > 0, AreRequestsCounted);
     Exam header;
     EXPECT_EQ(ResultOf([&] { header.LoadHeader(path); }), u"none"_s);
     Exam exam;
@@ -52,6 +61,31 @@ QString Sit(const QByteArray &bytes)
 const QString cut = u"62 Exam::Save()"_s;
 
 }
+
+#ifdef __SANITIZE_ADDRESS__
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile void *, size_t),
+                                                         void (*)(const volatile void *));
+
+static void NoteRequest(const volatile void *, size_t size)
+{
+    largestRequest = std::max(largestRequest, size);
+}
+static const int hooks = __sanitizer_install_malloc_and_free_hooks(NoteRequest, [](const volatile void *) {});
+#elif defined(__GLIBC__)
+extern "C" void *__libc_malloc(size_t size);
+extern "C" void *__libc_realloc(void *memory, size_t size);
+
+extern "C" void *malloc(size_t size)
+{
+    largestRequest = std::max(largestRequest, size);
+    return __libc_malloc(size);
+}
+extern "C" void *realloc(void *memory, size_t size)
+{
+    largestRequest = std::max(largestRequest, size);
+    return __libc_realloc(memory, size);
+}
+#endif
 
 TEST(HostileExamTest, CutAndChangedAtEveryPlace)
 {

@@ -12,6 +12,8 @@ extern const int FolderNotFound; // no such folder on the way to a file
 extern const int Exists;
 extern const int IsFolder; // a folder opened like a file
 extern const int IsDevice; // a device or a pipe opened like a file
+extern const int NotOpen;
+extern const int NotAllowed; // a file opened for the other access alone
 
 // The C library's code for a folder that is to be made below a file.
 extern const int BelowAFile;

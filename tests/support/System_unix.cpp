@@ -21,6 +21,8 @@ const int FolderNotFound = ENOENT;
 const int Exists = EEXIST;
 const int IsFolder = EISDIR;
 const int IsDevice = EINVAL;
+const int NotOpen = EBADF;
+const int NotAllowed = EBADF;
 const int BelowAFile = ENOTDIR;
 
 const bool RunsByName = false;

@@ -19,6 +19,8 @@ const int FolderNotFound = ERROR_PATH_NOT_FOUND;
 const int Exists = ERROR_FILE_EXISTS;
 const int IsFolder = ERROR_ACCESS_DENIED;
 const int IsDevice = ERROR_INVALID_PARAMETER;
+const int NotOpen = ERROR_INVALID_HANDLE;
+const int NotAllowed = ERROR_ACCESS_DENIED;
 const int BelowAFile = ENOENT;
 
 const bool RunsByName = true;
