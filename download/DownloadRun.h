@@ -28,6 +28,7 @@ public:
     virtual ~DownloadPort() = default;
     virtual void ShowState(State state) = 0;
     // Sizes in bytes, the rate in bytes a second; a value below 1 is not known.
+    // Comes often enough for a reader, not with every chunk.
     virtual void UpdateStatus(const QString &text, double total, double downloaded, double rate) = 0;
     // From 0 to 1.
     virtual void SetProgress(double fraction) = 0;

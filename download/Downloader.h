@@ -47,6 +47,8 @@ public:
 
 Q_SIGNALS:
     void DownloadStarted();
+    // After every chunk. Waiting events run every few milliseconds, not after
+    // each.
     void ChunkDownloaded();
     // Also after a cancel, and before the transfer's state 11 when the server
     // stopped sending in the middle.

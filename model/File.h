@@ -44,7 +44,8 @@ public:
     // that is full by now raises the system error, the file being closed all
     // the same.
     bool CloseFile();
-    // Writes what is buffered and has the system bring it to the disk.
+    // Writes what is buffered and has the system bring it to the disk; false
+    // when no file is open.
     bool Flush();
     // Moves by Distance, taken as unsigned, and returns the new position (low
     // 32 bits). Method is a SeekMethod; any other raises InvalidCall. Without

@@ -54,8 +54,8 @@ struct Data {
     ScoreReport Report;
 };
 
-// What stands on the page besides the logo, in the order in which it is drawn.
-// Raises what the shares of the report raise.
+// What stands on the page besides the logo: the lines, the bars and the texts,
+// which are drawn in that order. Raises what the shares of the report raise.
 Plan PlanFor(const Data &data, const Measure &measure);
 
 // The line "Exam Title: …" and, of a long one, what goes below it.

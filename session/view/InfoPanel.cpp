@@ -101,7 +101,9 @@ void InfoPanel::Fit()
 
 void InfoPanel::mousePressEvent(QMouseEvent *event)
 {
-    m_isPressed = event->button() == Qt::LeftButton;
+    if (event->button() != Qt::LeftButton)
+        return;
+    m_isPressed = true;
     m_press = PointOf(event);
 }
 
@@ -111,7 +113,8 @@ void InfoPanel::mouseMoveEvent(QMouseEvent *event)
         Q_EMIT Dragged(m_press, PointOf(event));
 }
 
-void InfoPanel::mouseReleaseEvent(QMouseEvent *)
+void InfoPanel::mouseReleaseEvent(QMouseEvent *event)
 {
-    m_isPressed = false;
+    if (event->button() == Qt::LeftButton)
+        m_isPressed = false;
 }

@@ -10,6 +10,7 @@
 #include <QPushButton>
 #include <QScopeGuard>
 #include <QScrollBar>
+#include <QSignalBlocker>
 #include <QWheelEvent>
 
 using namespace Qt::Literals::StringLiterals;
@@ -103,9 +104,10 @@ void QuestionFrame::ShowItem(const PageState &page)
     const auto show = qScopeGuard([this] { picQuestion->show(); });
     lblQuestion->SetText(page.Problem);
     m_rows->Load(page);
+    m_keptScroll = 0;
+    vsbScroll->setValue(0);
     ArrangeRows();
     MoveContent(0);
-    vsbScroll->setValue(0);
     m_rows->KeepFocusAbove(contentsRect().height());
 }
 
@@ -153,14 +155,22 @@ void QuestionFrame::ArrangeRows()
 void QuestionFrame::AdjustScrollBar()
 {
     const PageLayout::Scroll scroll = PageLayout::ScrollFor(Twips::FromPixels(contentsRect().height()), m_contentHeight);
+    const bool wasEnabled = vsbScroll->isEnabled();
     vsbScroll->setEnabled(scroll.IsEnabled);
     if (!scroll.IsEnabled) {
-        vsbScroll->setRange(0, 0);
+        if (wasEnabled)
+            m_keptScroll = vsbScroll->value();
+        vsbScroll->setRange(0, 0); // without a thumb
         return;
     }
     vsbScroll->setRange(0, scroll.Max);
     vsbScroll->setSingleStep(scroll.SmallChange);
     vsbScroll->setPageStep(scroll.LargeChange);
+    if (!wasEnabled) {
+        // The value is kept; the content stays where it is until the next move.
+        const QSignalBlocker blocker(vsbScroll);
+        vsbScroll->setValue(m_keptScroll);
+    }
 }
 
 void QuestionFrame::MoveContent(int value)
@@ -180,7 +190,7 @@ void QuestionFrame::SetTextScale(double scale)
     ArrangeRows();
     if (before > 0 && vsbScroll->isEnabled())
         vsbScroll->setValue(static_cast<int>(std::lround(vsbScroll->value() * (m_contentHeight / before))));
-    MoveContent(vsbScroll->value());
+    MoveContent(vsbScroll->isEnabled() ? vsbScroll->value() : 0);
 }
 
 void QuestionFrame::wheelEvent(QWheelEvent *event)

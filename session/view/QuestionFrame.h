@@ -67,5 +67,6 @@ private:
     // candidate or the last change of size has put it.
     PageLayout::Point m_panelCorner;
     double m_contentHeight = 0;
+    int m_keptScroll = 0; // the scroll bar's value while the content fits
     double m_scale = 1;
 };

@@ -122,8 +122,10 @@ void frmExam::Announce()
 void frmExam::ShowChanges()
 {
     const PageState &page = m_session.Page();
-    if (windowTitle() != page.Title)
-        setWindowTitle(page.Title);
+    // The toolkit takes a single "[*]" for a mark of its own.
+    const QString title = QString(page.Title).replace("[*]"_L1, "[*][*]"_L1);
+    if (windowTitle() != title)
+        setWindowTitle(title);
     picBorder->ShowChanges(page);
     chkMarked->setChecked(page.IsMarked);
     chkMarked->setEnabled(page.CanMark);

@@ -7,17 +7,19 @@
 namespace {
 
 QByteArray memory;
+int readsLeft = 0; // until the disk fails; none before it when negative
 
 bool ReadMemory(std::intptr_t, std::uint64_t offset, void *out, std::size_t count)
 {
     const auto size = static_cast<std::uint64_t>(memory.size());
     const bool isThere = offset <= size && count <= size - offset;
-    return isThere && std::memcpy(out, memory.constData() + offset, count);
+    return readsLeft-- != 0 && isThere && std::memcpy(out, memory.constData() + offset, count);
 }
 
 PackReader ReaderOf(const QByteArray &pack)
 {
     memory = pack;
+    readsLeft = -1;
     return PackReader({ ReadMemory, 0, static_cast<std::uint64_t>(pack.size()) });
 }
 
@@ -59,6 +61,21 @@ TEST(DamageTest, ASmallPackByteByByte)
     }
     for (const QByteArray &more : { QByteArray(1, '\0'), QByteArray(64, '\0'), sound.last(64), sound })
         EXPECT_EQ(Checked(sound + more), Damaged) << more.size();
+}
+
+TEST(DamageTest, TheDiskFails)
+{
+    // In the trailer, the stub, the index and the contents.
+    for (const int reads : { 0, 1, 2, 3 }) {
+        PackReader reader = ReaderOf(ToBytes({}));
+        readsLeft = reads;
+        EXPECT_STREQ(reader.Check(), "the pack cannot be read") << reads;
+    }
+    PackReader reader = ReaderOf(ToBytes({}));
+    ASSERT_EQ(reader.Check(), nullptr);
+    readsLeft = 0;
+    char byte = 0;
+    EXPECT_FALSE(reader.Read(&byte, 1));
 }
 
 // Packs with a correct sum, made to do harm.
