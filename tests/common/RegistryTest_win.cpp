@@ -2,16 +2,13 @@
 #include "common/Registry.h"
 
 #include "common/Common.h"
-#include "tests/support/ExpectError.h"
 #include "tests/support/System.h"
+#include "tests/support/Test.h"
 
 #include <QProcess>
 
-#include <gtest/gtest.h>
-
 #include <windows.h>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace Registry;
 
 namespace {

@@ -1,16 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/Common.h"
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
-
-#include <QDir>
-#include <QFile>
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 #include <windows.h>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace Common;
 
 TEST(SystemTest, SystemErrors)

@@ -1,18 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "model/Globals.h"
 #include "model/IO.h"
 #include "packformat/MoveLock_win.h"
-#include "tests/support/ExpectError.h"
-#include "tests/support/Sandbox.h"
-
-#include <QDir>
-#include <QFileInfo>
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 #include <thread>
-
-using namespace Qt::Literals::StringLiterals;
 
 TEST(SystemFoldersTest, MacrosAndWhatTheSystemSays)
 {

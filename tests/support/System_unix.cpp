@@ -2,13 +2,17 @@
 #include "tests/support/System.h"
 
 #include "common/Common.h"
+#include "tests/support/Program.h"
 #include "tests/support/Sandbox.h"
+#include "tests/support/SmallDisk.h"
 
 #include <QDir>
 #include <QFile>
 
 #include <cerrno>
+#include <csignal>
 #include <dlfcn.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -64,4 +68,49 @@ bool MakeLink(const QString &target, const QString &path)
     return symlink(QFile::encodeName(target).constData(), QFile::encodeName(path).constData()) == 0;
 }
 
+}
+
+bool HearsSignals(QProcess &)
+{
+    return true;
+}
+
+void Signal(const QProcess &process, int number)
+{
+    ::kill(static_cast<pid_t>(process.processId()), number);
+}
+
+Preparation SmallFiles(quint64 bytes)
+{
+    return [bytes](QProcess &process) {
+        process.setChildProcessModifier([bytes] {
+            const rlimit limit = { bytes, bytes };
+            setrlimit(RLIMIT_FSIZE, &limit);
+        });
+    };
+}
+
+struct SmallDisk::System {
+    rlimit Before = {};
+    void (*Handler)(int) = nullptr;
+};
+
+SmallDisk::SmallDisk(quint64 bytes)
+    : m_system(std::make_unique<System>())
+{
+    m_system->Handler = std::signal(SIGXFSZ, SIG_IGN);
+    getrlimit(RLIMIT_FSIZE, &m_system->Before);
+    const rlimit small = { bytes, m_system->Before.rlim_max };
+    setrlimit(RLIMIT_FSIZE, &small);
+}
+
+SmallDisk::~SmallDisk()
+{
+    setrlimit(RLIMIT_FSIZE, &m_system->Before);
+    std::signal(SIGXFSZ, m_system->Handler);
+}
+
+const char *SmallDisk::WhyNot()
+{
+    return nullptr;
 }

@@ -3,6 +3,8 @@
 
 #include "common/Common.h"
 #include "common/WidePath_win.h"
+#include "tests/support/Program.h"
+#include "tests/support/SmallDisk.h"
 
 #include <cerrno>
 
@@ -67,4 +69,36 @@ bool MakeLink(const QString &, const QString &)
     return false;
 }
 
+}
+
+bool HearsSignals(QProcess &process)
+{
+    // It would come through the console.
+    if (GetConsoleCP() == 0)
+        return false;
+    process.setCreateProcessArgumentsModifier(
+        [](QProcess::CreateProcessArguments *arguments) { arguments->flags |= CREATE_NEW_PROCESS_GROUP; });
+    return true;
+}
+
+// Every signal is the one that ends a group of programs in a console.
+void Signal(const QProcess &process, int)
+{
+    GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, static_cast<DWORD>(process.processId()));
+}
+
+Preparation SmallFiles(quint64)
+{
+    return {};
+}
+
+struct SmallDisk::System { };
+
+SmallDisk::SmallDisk(quint64) { }
+
+SmallDisk::~SmallDisk() = default;
+
+const char *SmallDisk::WhyNot()
+{
+    return "Wine limits no file's size, and Windows no file's of one process";
 }
