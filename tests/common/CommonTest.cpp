@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/Common.h"
+#include "tests/support/System.h"
 #include "tests/support/Test.h"
 
 #include <limits>
@@ -59,6 +60,34 @@ TEST(CommonTest, RoundingAndOverflow)
                                          { 359'999, u"99:59:59"_s },
                                          { 362'439, u"100:40:39"_s } })
         EXPECT_EQ(FormatDuration(seconds), text) << seconds;
+}
+
+TEST(CommonTest, SystemErrors)
+{
+    const QString text = SystemErrorText(System::NotFound);
+    EXPECT_EQ(text.size(), 256);
+    EXPECT_GT(ShownText(text).trimmed().size(), 10);
+    EXPECT_EQ(text.count(QChar(u'\0')), 256 - ShownText(text).size()) << "nothing but NULs behind it";
+    SetLastSystemError(System::NotFound);
+    EXPECT_EQ(ResultOf([] { CheckApiResult(true); }), u"none"_s);
+    // No system has messages of programs' own numbers.
+    constexpr qint32 ofNobody = 0x2000ABCD;
+    const std::pair<qint32, QString> rows[] = {
+        { System::NotFound, u"System Error: 0x2\r\n"_s + ShownText(text) },
+        { ofNobody, u"System Error: 0x2000ABCD\r\nUnknown error"_s },
+        { qint32(0x80090008), u"System Error: 0x80090008\r\n"_s + ShownText(SystemErrorText(qint32(0x80090008))) },
+    };
+    for (const auto &[code, shown] : rows) {
+        SetLastSystemError(code);
+        try {
+            CheckApiResult(false);
+            FAIL() << code;
+        } catch (const Error &error) {
+            EXPECT_EQ(error.Number(), code);
+            EXPECT_EQ(ShownText(error.Description()), shown);
+            EXPECT_EQ(OneLine(error), shown.section(u'\n', 1).simplified());
+        }
+    }
 }
 
 TEST(CommonTest, LogsOneLine)

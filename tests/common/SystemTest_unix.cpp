@@ -3,36 +3,9 @@
 #include "common/Common.h"
 #include "tests/support/Test.h"
 
-#include <cerrno>
 #include <csignal>
 
 using namespace Common;
-
-TEST(SystemTest, SystemErrors)
-{
-    const QString text = SystemErrorText(ENOENT);
-    EXPECT_EQ(text, u"No such file or directory"_s.leftJustified(256, QChar(u'\0')));
-    EXPECT_EQ(ShownText(text), u"No such file or directory"_s);
-    SetLastSystemError(ENOENT);
-    EXPECT_EQ(ResultOf([] { CheckApiResult(true); }), u"none"_s);
-    struct Row {
-        qint32 Code;
-        const char *Shown;
-    };
-    for (const Row &row :
-         { Row{ 0, "System Error: 0x0\r\nSuccess" }, Row{ ENOTEMPTY, "System Error: 0x27\r\nDirectory not empty" },
-           Row{ 2250, "System Error: 0x8CA\r\nUnknown error" },
-           Row{ qint32(0x80090008), "System Error: 0x80090008\r\nUnknown error" } }) {
-        SetLastSystemError(row.Code);
-        try {
-            CheckApiResult(false);
-            FAIL() << row.Code;
-        } catch (const Error &error) {
-            EXPECT_EQ(error.Number(), row.Code);
-            EXPECT_STREQ(error.what(), row.Shown);
-        }
-    }
-}
 
 TEST(SystemTest, SyncShell)
 {

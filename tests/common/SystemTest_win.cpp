@@ -2,39 +2,7 @@
 #include "common/Common.h"
 #include "tests/support/Test.h"
 
-#include <windows.h>
-
 using namespace Common;
-
-TEST(SystemTest, SystemErrors)
-{
-    const QString text = SystemErrorText(ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(text.size(), 256);
-    EXPECT_TRUE(ShownText(text).endsWith(u".\r\n"_s)) << text.toStdString();
-    EXPECT_EQ(text.count(QChar(u'\0')), 256 - ShownText(text).size()) << "nothing but NULs behind it";
-    SetLastSystemError(ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(ResultOf([] { CheckApiResult(true); }), u"none"_s);
-    // No system has messages of programs' own numbers.
-    constexpr qint32 ofNobody = 0x2000ABCD;
-    EXPECT_EQ(SystemErrorText(ofNobody), u"Unknown error"_s);
-    struct Row {
-        qint32 Code;
-        QString Start;
-    };
-    for (const Row &row : { Row{ ERROR_DIR_NOT_EMPTY, u"System Error: 0x91\r\n"_s }, Row{ 2250, u"System Error: 0x8CA\r\n"_s },
-                            Row{ ofNobody, u"System Error: 0x2000ABCD\r\nUnknown error"_s },
-                            Row{ qint32(0x80090008), u"System Error: 0x80090008\r\n"_s } }) {
-        SetLastSystemError(row.Code);
-        try {
-            CheckApiResult(false);
-            FAIL() << row.Code;
-        } catch (const Error &error) {
-            EXPECT_EQ(error.Number(), row.Code);
-            EXPECT_TRUE(error.Description().startsWith(row.Start)) << error.what();
-            EXPECT_GT(ShownText(error.Description()).size(), row.Start.indexOf(u'\n') + 1) << "a text behind the number";
-        }
-    }
-}
 
 TEST(SystemTest, SyncShell)
 {

@@ -21,6 +21,7 @@ TEST(IOTest, PathsAndTheirParts)
         { u"/a/b.gif"_s, u"/a"_s, u"b"_s, u"gif"_s, u"/a/b.exam"_s },
         { u"X.Y.Z"_s, u""_s, u"X.Y"_s, u"Z"_s, u"X.Y.exam"_s },
         { u"plain"_s, u""_s, u"plain"_s, u""_s, u"plain.exam"_s },
+        { u"/a/.gif"_s, u"/a"_s, u""_s, u"gif"_s, u"/a/.exam"_s },
         // The last dot of the whole path counts, wherever it stands.
         { u"/a.b/c"_s, u"/a.b"_s, u"c"_s, u"b/c"_s, u"/a.exam"_s },
     };
