@@ -390,27 +390,7 @@ qint32 File::ReadData(qint32 &Data, qint32 Length)
 {
     return Read(Data, Length);
 }
-qint32 File::ReadData(float &Data, qint32 Length)
-{
-    return Read(Data, Length);
-}
-qint32 File::ReadData(double &Data, qint32 Length)
-{
-    return Read(Data, Length);
-}
-qint32 File::ReadData(Currency &Data, qint32 Length)
-{
-    return Read(Data, Length);
-}
-qint32 File::ReadData(QDateTime &Data, qint32 Length)
-{
-    return Read(Data, Length);
-}
 qint32 File::ReadData(bool &Data, qint32 Length)
-{
-    return Read(Data, Length);
-}
-qint32 File::ReadData(quint8 &Data, qint32 Length)
 {
     return Read(Data, Length);
 }
@@ -493,27 +473,7 @@ void File::WriteData(qint32 Data, qint32 Length)
 {
     Write(Data, Length);
 }
-void File::WriteData(float Data, qint32 Length)
-{
-    Write(Data, Length);
-}
-void File::WriteData(double Data, qint32 Length)
-{
-    Write(Data, Length);
-}
-void File::WriteData(Currency Data, qint32 Length)
-{
-    Write(Data, Length);
-}
-void File::WriteData(const QDateTime &Data, qint32 Length)
-{
-    Write(Data, Length);
-}
 void File::WriteData(bool Data, qint32 Length)
-{
-    Write(Data, Length);
-}
-void File::WriteData(quint8 Data, qint32 Length)
 {
     Write(Data, Length);
 }

@@ -71,16 +71,12 @@ public:
     // In text mode every value is read as text and converted (TypeMismatch).
     qint32 ReadData(qint16 &Data, qint32 Length = 0);
     qint32 ReadData(qint32 &Data, qint32 Length = 0);
-    qint32 ReadData(float &Data, qint32 Length = 0);
-    qint32 ReadData(double &Data, qint32 Length = 0);
-    qint32 ReadData(Currency &Data, qint32 Length = 0);
-    qint32 ReadData(QDateTime &Data, qint32 Length = 0);
     qint32 ReadData(bool &Data, qint32 Length = 0);
-    qint32 ReadData(quint8 &Data, qint32 Length = 0);
     qint32 ReadData(QString &Data, qint32 Length);
     qint32 ReadData(QByteArray &Data, qint32 Length);
-    // The type is the one that Data holds at the moment; one that is not
-    // listed above raises InvalidCall, "Unsupported data type provided".
+    // The type is the one that Data holds at the moment: one of those above, a
+    // float, double, Currency, QDateTime or quint8. Any other raises
+    // InvalidCall, "Unsupported data type provided".
     qint32 ReadData(QVariant &Data, qint32 Length);
 
     // Bytes that the last ReadData was asked for and did not find, those of a
@@ -93,12 +89,7 @@ public:
     // A text is as many bytes as it has characters, whatever its page.
     void WriteData(qint16 Data, qint32 Length = 0);
     void WriteData(qint32 Data, qint32 Length = 0);
-    void WriteData(float Data, qint32 Length = 0);
-    void WriteData(double Data, qint32 Length = 0);
-    void WriteData(Currency Data, qint32 Length = 0);
-    void WriteData(const QDateTime &Data, qint32 Length = 0);
     void WriteData(bool Data, qint32 Length = 0);
-    void WriteData(quint8 Data, qint32 Length = 0);
     void WriteData(const QString &Data, qint32 Length);
     void WriteData(const QByteArray &Data, qint32 Length);
     void WriteData(const QVariant &Data, qint32 Length);

@@ -105,6 +105,7 @@ TEST(FileTest, LengthsOfReadTextsAndBlocks)
         { "ffffff7f41", u"old"_s, -1, u"A"_s, 1, 0x7FFFFFFE },
         { "00000000", QByteArray("old"), -1, QByteArray("old"), 4, 0 },
         { "010203", QByteArray("old"), 2, QByteArray("\1\2"), 2, 0 },
+        { "010203", QByteArray("old"), 0, QByteArray("old"), 0, 0 },
         { "ff", QVariant::fromValue<qint16>(-1), 0, QVariant::fromValue<qint16>(255), 1, 1 },
         // Any low word but 0 is true.
         { "00800000", false, 0, true, 4, 0 },
