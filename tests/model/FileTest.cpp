@@ -210,7 +210,10 @@ TEST(FileTest, PositionsAndRights)
     file.SeekTo(1, File::FromStart);
     file.ReadData(block, 7);
     EXPECT_EQ(block, "bXYZxyz");
+    file.WriteData(QByteArray("!"), 1);
+    // What waits for the disk is written before another file is opened.
     file.OpenFile(u"offered"_s, File::BinaryMode, File::WriteAccess, File::OpenExisting);
+    EXPECT_EQ(Sandbox::ReadFile(u"offered"_s), "abXYZxyz!");
     EXPECT_EQ(ResultOf([&] { file.ReadData(block, 1); }), u"%1 File::ReadData()"_s.arg(System::NotAllowed));
     QVariant unsupported = QVariantList();
     EXPECT_EQ(ResultOf([&] { file.WriteData(unsupported, 0); }), u"5 File::WriteData()"_s);

@@ -5,6 +5,16 @@
 
 TEST(IOTest, FolderMacros)
 {
+    // The numbers that the Windows shell gives its folders (CSIDL).
+    const QStringList numbers
+        = u"DESKTOP 0 PROGRAMSMENU 2 MYDOCUMENTS 5 FAVORITES 6 STARTUP 7 RECENT 8 SENDTO 9 STARTMENU 11 "
+          "DESKTOPFOLDER 16 NETWORK 18 NETHOOD 19 FONTS 20 TEMPLATES 21 ALLUSERSSTARTMENU 22 "
+          "ALLUSERSPROGRAMSMENU 23 ALLUSERSSTARTUP 24 ALLUSERSDESKTOP 25 APPDATA 26 PRINTHOOD 27 LOCALAPPDATA "
+          "28 ALLUSERSFAVORITES 31 INTERNETCACHE 32 COOKIES 33 HISTORY 34 ALLUSERSAPPDATA 35 WINDOWS 36 SYSTEM "
+          "37 PROGRAMFILES 38 MYPICTURES 39 PROFILE 40 COMMONFILES 43 ALLUSERSTEMPLATES 45 ALLUSERSDOCUMENTS 46 "
+          "ALLUSERSADMINTOOLS 47"_s.split(u' ');
+    for (qsizetype i = 0; i < numbers.size(); i += 2)
+        EXPECT_EQ(IO::GetFolderID(u"$("_s + numbers[i] + u')'), numbers[i + 1].toInt()) << numbers[i].toStdString();
     EXPECT_EQ(IO::GetFolderID(u"  $(AllUsersStartup) "_s), 24);
     EXPECT_EQ(IO::GetFolderID(u"$(DESKTOPFOLDER)\\X"_s), 0);
     EXPECT_EQ(IO::GetSpecialFolder(u"$(ProgramFiles)"_s), System::ProgramFiles());
@@ -34,6 +44,17 @@ TEST(IOTest, PathsAndTheirParts)
         EXPECT_EQ(IO::ChangeExtension(changed, u".exam"_s), native(row.Changed)) << row.Path.toStdString();
         EXPECT_EQ(IO::ChangeExtension(changed, u"..exam"_s), native(row.Changed)) << row.Path.toStdString();
     }
+}
+
+TEST(IOTest, TempAndSubFolders)
+{
+    EXPECT_EQ(QDir(IO::GetTempFolder()), QDir(QDir::tempPath()));
+    for (const QString &name : { u"one"_s, u"Two \u65E5"_s })
+        QDir().mkpath(u"sub/"_s + name);
+    QStringList names = IO::GetSubFolders(Sandbox::Path(u"sub"_s));
+    names.sort();
+    EXPECT_EQ(names, (QStringList{ u"."_s, u".."_s, u"Two \u65E5"_s, u"one"_s }));
+    EXPECT_EQ(IO::GetSubFolders(Sandbox::Path(u"no such"_s)), QStringList());
 }
 
 TEST(IOTest, FileExists)
