@@ -105,11 +105,8 @@ TEST(ProgramTest, UsageAndHelp)
         EXPECT_TRUE(help.contains(u"\n  %1  "_s.arg(command.leftJustified(6)))) << help.toStdString();
         const QString usage = Started(command + u" -h"_s).Out;
         EXPECT_TRUE(usage.startsWith(u"Usage: practorium-author %1 [options] "_s.arg(command))) << usage.toStdString();
-        EXPECT_EQ(usage.contains("code page 1252"_L1), command == "build"_L1);
     }
-    const QString version = Started(u"--version"_s).Out;
-    EXPECT_TRUE(version.startsWith("practorium-author "_L1)) << version.toStdString();
-    EXPECT_EQ(Started(u"-h"_s).Out + Started(u"-v"_s).Out, help + version);
+    EXPECT_TRUE(Started(u"-v"_s).Out.startsWith("practorium-author "_L1));
 }
 
 TEST(ProgramTest, AFullDiskLeavesNoHalfPackage)
@@ -130,9 +127,6 @@ TEST(ProgramTest, AFullDiskLeavesNoHalfPackage)
             EXPECT_EQ(Snapshot(Sandbox::Path(u"full"_s)), before);
         }
     }
-    const auto toFull = [](QProcess &process) { process.setStandardOutputFile(u"/dev/full"_s); };
-    EXPECT_EQ(Started(u"dump "_s + Install(*NewExam(), u"FULL"_s), toFull),
-              (Outcome{ 1, {}, u"practorium-author: the output cannot be written\n"_s }));
 }
 
 TEST(ProgramTest, ACancelledRunLeavesNothing)

@@ -90,6 +90,26 @@ TEST(CommonTest, SystemErrors)
     }
 }
 
+TEST(CommonTest, SyncShell)
+{
+    // A command line of the system's, under a name with a blank.
+    const QString shell = Sandbox::Path(System::RunsByName ? u"a shell.exe"_s : u"a shell"_s);
+    ASSERT_TRUE(QFile::copy(System::RunsByName ? qEnvironmentVariable("ComSpec") : u"/bin/sh"_s, shell));
+    const QString run = u'"' + shell + (System::RunsByName ? u"\" /c "_s : u"\" -c "_s);
+    EXPECT_EQ(SyncShell(run + u"\"exit 3\""_s), 3);
+    EXPECT_EQ(SyncShell(run + u"\"echo done>done.txt\""_s), 0);
+    EXPECT_EQ(Sandbox::ReadFile(u"done.txt"_s).trimmed(), "done") << "it waits";
+    Sandbox::WriteFile(Sandbox::Path(u"text.exe"_s), "no program");
+    for (const QString &command : { u"/no/such/program.exe -x"_s, u"  "_s, QDir::rootPath(), Sandbox::Path(u"text.exe"_s) }) {
+        try {
+            SyncShell(command);
+            FAIL() << command.toStdString();
+        } catch (const Error &error) {
+            EXPECT_EQ(error.Source() + error.Description(), u"SyncShell()Unable to execute command "_s + command);
+        }
+    }
+}
+
 TEST(CommonTest, LogsOneLine)
 {
     testing::internal::CaptureStderr();

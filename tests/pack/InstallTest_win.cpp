@@ -39,22 +39,6 @@ TEST(InstallTest, AnExamInUse)
     EXPECT_EQ(Snapshot(exams), Installed(u"USED"_s, u"U-2"_s));
 }
 
-TEST(InstallTest, ManyAtOnce)
-{
-    const QStringList programs = { MakePack(u"BOTH"_s, u"X-1"_s), MakePack(u"BOTH"_s, u"X-2"_s, 50'000) };
-    const QString exams = FreshFolder();
-    for (int round = 0; round < 4; ++round) {
-        std::vector<std::unique_ptr<QProcess>> runs;
-        for (int i = 0; i < 6; ++i) {
-            runs.push_back(std::make_unique<QProcess>());
-            runs.back()->start(programs[i % 2], QStringList());
-        }
-        for (const auto &run : runs)
-            EXPECT_EQ(EndOf(*run), Done);
-        EXPECT_EQ(Snapshot(exams), Installed(u"BOTH"_s, CodeOf(u"BOTH"_s))) << "round " << round;
-    }
-}
-
 // What that run has kept stays until it has ended.
 TEST(InstallTest, WhileAnotherRunMovesExams)
 {
