@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "model/Exam.h"
-#include "tests/support/SmallDisk.h"
 #include "tests/support/System.h"
 #include "tests/support/Test.h"
 
 #include <QtEndian>
-
-#include <cerrno>
 
 namespace {
 
@@ -97,16 +94,6 @@ TEST(ExamTest, ErrorsCarryTheSystemsNumberAndTheOperation)
         EXPECT_EQ(ResultOf([&] { exam.Save(row.Path); }), u"%1 Exam::Save()"_s.arg(row.Code));
         EXPECT_EQ(exam.FileName(), u""_s);
     }
-}
-
-TEST(ExamTest, TheLastBufferedBytesFailToo)
-{
-    if (const char *reason = SmallDisk::WhyNot())
-        GTEST_SKIP() << reason;
-    Exam exam;
-    exam.Load(Written(Known));
-    const SmallDisk disk(100);
-    EXPECT_EQ(ResultOf([&] { exam.Save(Sandbox::Path(u"full.exam"_s)); }), u"%1 Exam::Save()"_s.arg(EFBIG));
 }
 
 TEST(ExamTest, CalculateScore)
