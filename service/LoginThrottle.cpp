@@ -86,9 +86,7 @@ void LoginThrottle::Succeeded(const QString &user, const QString &network)
     const auto entry = m_networks.find(KeyOf(network));
     if (entry == m_networks.end())
         return;
-    if (--entry->Attempts == 0)
-        m_networks.erase(entry);
-    else
-        entry->DelayedUntil
-            = std::min(entry->DelayedUntil, m_clock.Elapsed() + DelayAfter(entry->Attempts, m_limits.PerNetwork));
+    // Attempts of others may have faded to less than this one meanwhile.
+    entry->Attempts = std::max(entry->Attempts - 1, 0);
+    entry->DelayedUntil = std::min(entry->DelayedUntil, m_clock.Elapsed() + DelayAfter(entry->Attempts, m_limits.PerNetwork));
 }

@@ -107,6 +107,26 @@ TEST(ServiceProgramTest, CommandsAndTheirArguments)
         EXPECT_EQ(On(command + u" --database a.db"_s), misused(u"too few arguments"_s)) << command.toStdString();
     EXPECT_EQ(On(u"list-users"_s), misused(u"--database is missing"_s));
     EXPECT_EQ(OutcomeOf(Service).Code, 2);
+    // The first column of each help: what scripts may use.
+    const std::pair<QString, QString> helps[] = {
+        { u"serve"_s,
+          u"--packs <DIR> --address <ADDRESS> --port <PORT> --trusted-proxy <ADDRESS[/PREFIX]> --rate <BYTES> "
+          "--certificate <FILE> --key <FILE>"_s },
+        { u"add-user"_s, u"--password-file <FILE> --replace EMAIL"_s },
+        { u"remove-user"_s, u"EMAIL"_s },
+        { u"grant"_s, u"EMAIL EXAM"_s },
+        { u"revoke"_s, u"EMAIL EXAM"_s },
+    };
+    const QRegularExpression column(u"^  (\\S+( <\\S+>)?)"_s, QRegularExpression::MultilineOption);
+    for (const auto &[command, expected] : helps) {
+        QStringList names;
+        const QString help = On(command + u" --help"_s).Out;
+        for (auto match = column.globalMatch(help); match.hasNext();)
+            names += match.next().captured(1);
+        names.removeAll(u"-h,"_s);
+        EXPECT_EQ(names.removeAll(u"--database <FILE>"_s), 1) << command.toStdString();
+        EXPECT_EQ(names.join(u' '), expected) << command.toStdString();
+    }
 }
 
 TEST(ServiceProgramTest, ATerminalShowsNoPasswordAndEverythingAfterwards)
