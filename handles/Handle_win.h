@@ -136,8 +136,9 @@ inline bool WriteAllAt(HANDLE file, const char *bytes, std::size_t count, std::u
 // program only some time after its end. MostAttempts last 5 seconds.
 constexpr DWORD AttemptMilliseconds = 50;
 
-// Whether that is a code for a file that another program has open. A lack of rights
-// has one of them as well, so what is not allowed is repeated in vain.
+// Whether that is a code for a file that another program has open. A lack of
+// rights has one of them as well: a call that is not allowed is repeated, too,
+// until no attempt is left.
 constexpr bool IsInUse(DWORD code)
 {
     return code == ERROR_SHARING_VIOLATION || code == ERROR_ACCESS_DENIED;

@@ -154,7 +154,7 @@ public:
     // The numbers of the rows that are On, visible or not, as "1,3"; empty when
     // none is.
     static QString BuildAnswer(const std::vector<Selector> &selectors);
-    // The item on the page stays when there is no marked one in that direction.
+    // The item on the page stays when no item in that direction is marked.
     // GotoPreviousMarked clears CanGoBack at the first marked item and sets it
     // anywhere else; the other two leave it as GotoQuestion does.
     void GotoFirstMarked();
@@ -197,10 +197,11 @@ public:
     // Raises nothing: an exhibit that cannot be shown is reported by Ask.
     void cmdExhibit_Click();
     void cmdWhy_Click();
-    // One second of the countdown has passed. Below zero seconds it stops the clock
-    // and asks for more time, 30 minutes, once; without it the exam ends, with the
+    // One second of the countdown has passed. Below zero seconds it stops the
+    // clock and asks about another 30 minutes. They start the clock again, and when
+    // they are over the question comes again; without them the exam ends, with the
     // item on the page as it was last saved, and the report is shown. Ignored while
-    // that question is open and after the exam.
+    // the question is open and after the exam.
     void tmrTimer_Timer();
     // Whether the window may close; asks while the exam is running. True before
     // StartExam.
