@@ -19,7 +19,7 @@ class QuestionFrame : public QFrame {
 public:
     explicit QuestionFrame(QWidget *parent);
 
-    // Shows another item, from its top; its state comes with ShowChanges.
+    // Shows another item, from its top. ShowChanges follows, for the panel.
     void ShowItem(const PageState &page);
     // Brings selectors and panel up to date.
     void ShowChanges(const PageState &page);

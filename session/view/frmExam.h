@@ -15,7 +15,7 @@ class QuestionFrame;
 
 // The exam window: paints the session's page and passes on what the candidate
 // does. The windows above it are asked for by signals, which return when they
-// are closed. One window serves one sitting: once closed it cannot be opened
+// are closed. One window serves one sitting: once closed it must not be opened
 // again. What an action of the candidate raises is reported by Guard.
 class frmExam : public QWidget, private SessionPort {
     Q_OBJECT

@@ -34,7 +34,6 @@ public:
     void Load();
 
     // What is printed next, and shown from the next change of the window's size.
-
     qint16 TotalScore() const { return m_report.TotalScore; }
     void SetTotalScore(qint16 score) { m_report.TotalScore = score; }
     qint16 RequiredScore() const { return m_report.RequiredScore; }
