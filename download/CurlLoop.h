@@ -13,17 +13,24 @@ class QSocketNotifier;
 
 // libcurl's multi interface on the event loop of this thread: a notifier for
 // each socket that libcurl watches, and one timer. Connections stay open for the
-// next request until the loop is destroyed.
+// next request until the loop is destroyed. All of it, libcurl's callbacks too,
+// runs on the thread that created it; only names are looked up on another one.
 class CurlLoop : public QObject {
     Q_OBJECT
 public:
+    // Raises InvalidCall under "CurlLoop::CurlLoop()" when libcurl cannot be
+    // started: on Linux, where the first call loads it, also when it is not
+    // installed.
     explicit CurlLoop(QObject *parent = nullptr);
+    // Every transfer must have been removed.
     ~CurlLoop() override;
 
-    // Starts a transfer, one at a time. False when there is no memory for it.
+    // Starts a transfer, one at a time, which the event loop then runs. False when
+    // libcurl does not take it, as without memory. The handle stays the caller's.
     bool Add(CURL *easy);
     // Ends it wherever it stands, and waits for nothing: neither for the server
-    // nor for a name that is still being looked up.
+    // nor, if the handle has CURLOPT_QUICK_EXIT, for a name that is still being
+    // looked up. Not to be called from a callback of libcurl.
     void Remove(CURL *easy);
     // libcurl has just opened that socket. It may have the number of one that was
     // closed while it was watched, of which libcurl does not tell.

@@ -15,7 +15,8 @@
 #include <memory>
 #include <optional>
 
-// What a run asks of its surroundings: the download window, or a test.
+// What a run asks of its surroundings: the download window, or a test. While Ask
+// or Warn waits, events run, and one of them may end the run.
 class DownloadPort {
 public:
     enum class State {
@@ -27,20 +28,24 @@ public:
 
     virtual ~DownloadPort() = default;
     virtual void ShowState(State state) = 0;
-    // Sizes in bytes, the rate in bytes a second; a value below 1 is not known.
-    // Comes often enough for a reader, not with every chunk.
+    // The text of the status line; sizes in bytes, the rate in bytes a second; a
+    // value below 1 is not known. Comes often enough for a reader, not with every
+    // chunk.
     virtual void UpdateStatus(const QString &text, double total, double downloaded, double rate) = 0;
-    // From 0 to 1.
+    // From 0 to 1: while a message is under way a simulated one, 1 with its reply.
+    // For a pack only UpdateStatus comes, with the sizes.
     virtual void SetProgress(double fraction) = 0;
     // Shows a box with the expanded template that comes when the network
     // answers, not when the candidate expects it; the button pressed.
     virtual MessageAnswer Ask(const QString &text, MessageStyle style, const QVariantList &values) = 0;
     // The same at once after a press, with the exclamation icon.
     virtual void Warn(const QString &text) = 0;
-    virtual void FocusEntry(Entry entry) = 0;
+    virtual void FocusEntry(Entry entry) = 0; // the one to be corrected
     // A complete pack is about to be run. No events run from then on until it
     // has ended.
     virtual void InstallationStarts(const QString &examID) = 0;
+    // The window is to be closed, and calls Close of the run then. Comes again
+    // every second after a successful run until it does.
     virtual void CloseWindow() = 0;
     // An error that nothing here expects, from a callback of the event loop.
     virtual void Raised(const Error &error) = 0;
@@ -48,14 +53,17 @@ public:
 
 // The download window without the window: its state, the requests of the
 // conversation and their replies, the packs and their installation, the
-// remembered credentials and the two timers.
+// remembered credentials and the two timers. It belongs to the thread that created
+// it, and must not be destroyed while a call of the port waits or a reply or a
+// pack is being read. Only packs that arrived whole are run; why one could not be
+// installed goes to the log.
 class DownloadRun : public QObject, private ConversationPort {
     Q_OBJECT
 public:
     using State = DownloadPort::State;
 
     // Port and clock are not owned. The one transport carries the messages, the
-    // other the packs.
+    // other the packs. The address of the service is looked up here, once.
     DownloadRun(DownloadPort &port, std::unique_ptr<Transport> messages, std::unique_ptr<Transport> packs,
                 const Clock &clock = Clock::System());
     ~DownloadRun() override;
@@ -65,13 +73,18 @@ public:
     void SetTimeouts(int connectTimeout, int idleTimeout, int headerTimeout);
     // The action button, with what stands in the entries: starts a run with both
     // trimmed, or ends the run and closes the window. Credentials are stored as
-    // they stand.
+    // they stand, if they are to be remembered; that they cannot be stored is
+    // reported and does not stop the run. An entry that is empty or blank is
+    // reported, and nothing starts.
     void Press(const Credentials::Pair &entries, bool isRemembered);
-    // The window closes. Credentials that are not remembered are deleted.
+    // The window closes, whatever state the run is in. Credentials that are not
+    // remembered are deleted.
     void Close(bool isRemembered);
-    // Ends the current run; a successful one closes the window after a second.
+    // Ends the current run, from any state: both transfers are cancelled, and a
+    // pack that is under way is not installed. A successful one closes the window
+    // after a second.
     void EndRun(bool success) override;
-    // The exam at the front of the queue.
+    // The exam at the front of the queue; see Conversation.
     void DownloadNext() { m_conversation.DownloadNext(); }
 
 private:

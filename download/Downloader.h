@@ -10,31 +10,37 @@
 #include <QString>
 
 // Fetches one file over HTTP into a folder, in chunks, and counts what has
-// arrived and how fast. One file at a time.
+// arrived and how fast. One file at a time. The body is received inside a slot of
+// the transfer's state 12, which lasts until the last chunk and runs events
+// meanwhile; the owner must not destroy this object from one of them.
 class Downloader : public QObject {
     Q_OBJECT
 public:
     static constexpr qsizetype ChunkBytes = 1024;
 
-    // The clock, not owned, by which the rate is measured.
+    // The clock, not owned, by which the rate is measured, as local time of day.
     explicit Downloader(const Clock &clock = Clock::System(), QObject *parent = nullptr);
 
-    // The transfer object, not owned, whose states this instance then handles.
+    // The transfer object, not owned, whose states this instance then handles. To
+    // be called once, before GetFile.
     void Initialize(Transfer *transfer);
     const QString &TargetPath() const { return m_targetPath; }
     const QString &FileName() const { return m_fileName; }
     // Path and name joined.
     QString TargetFile() const;
-    // Bytes, as the server announced them.
+    // Bytes, as the server announced them; 0 until its answer has begun.
     qint32 FileSize() const { return m_fileSize; }
     // Bytes written, never more than FileSize.
     qint32 Downloaded() const { return m_downloaded; }
-    // Bytes of the last measuring window of at least one second.
+    // Bytes of the last measuring window of at least one second, not divided by its
+    // length; 0 before the first one has ended. A new download does not reset it.
     qint32 TransferRate() const { return m_transferRate; }
-    // The transfer stops at the next chunk.
+    // The transfer stops at the next chunk, and what has been written stays on the
+    // disk. Ignored when nothing is being fetched.
     void Cancel();
     // Starts a download and returns at once; for an empty name the one behind
-    // the address's last "/" is taken. Raises what Transfer::Execute raises.
+    // the address's last "/" is taken. It fails when a file of that name is there.
+    // Raises what Transfer::Execute raises.
     void GetFile(const QString &url, const QString &targetPath, const QString &fileName);
 
     // True when every announced byte has been written and nothing was cancelled.
@@ -42,21 +48,26 @@ public:
     // The file that was written, for as long as no other download starts.
     PackFile &File() { return m_file; }
 
-    // Counts a chunk that arrived at that many seconds since midnight.
+    // Counts a chunk that arrived at that many seconds since midnight. A window
+    // that is open at midnight does not end for a day at least, and TransferRate
+    // stays as it is.
     void Account(qint32 bytes, double now);
 
 Q_SIGNALS:
+    // From inside GetFile. Nothing has arrived yet.
     void DownloadStarted();
     // After every chunk. Waiting events run every few milliseconds, not after
     // each.
     void ChunkDownloaded();
-    // Also after a cancel, and before the transfer's state 11 when the server
-    // stopped sending in the middle.
+    // Also after a cancel while the body arrives, and before the transfer's state
+    // 11 when the server stopped sending in the middle: IsComplete says whether all
+    // is there.
     void DownloadComplete();
-    // The answer is no pack, could not be written or ended early: what was
-    // raised.
+    // In its place: the answer is no pack, could not be written or ended early.
+    // The text is the description of what was raised. Neither comes for a request
+    // that fails or is cancelled before its answer.
     void DownloadFailed(const QString &text);
-    // What nothing here expects, such as a lack of memory.
+    // What nothing here expects, such as a lack of memory, in place of both.
     void Raised(const Error &error);
 
 private:

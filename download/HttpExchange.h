@@ -9,18 +9,22 @@
 
 #include <vector>
 
-// An exchange over libcurl, within limits that keep a server from filling the
-// memory or going on for ever. Nothing waits here.
+// An exchange over libcurl in HTTP 1.1, for https with TLS 1.2 or later and a
+// certificate that the system trusts, without proxies. Limits keep a server from
+// filling the memory or going on for ever. Nothing waits here.
 class HttpExchange : public Exchange {
 public:
     // Of the headers of one answer, trailers and informational answers included.
     static constexpr qsizetype MostHeaderBytes = 64 * 1024;
-    static constexpr int MostInformational = 8;
-    static constexpr size_t MostHeaders = 200;
-    // Bytes of the body that wait for Take; the server has to wait, too, then.
+    static constexpr int MostInformational = 8; // answers before the last one
+    static constexpr size_t MostHeaders = 200; // of one answer
+    // Bytes of the body that wait for Take; the server has to wait, too, then,
+    // until less than half of them is left.
     static constexpr qsizetype MostWaiting = 512 * 1024;
 
-    // Starts the request. Raises an Error when libcurl refuses it.
+    // Starts the request. The loop is not owned and must outlive the exchange.
+    // Raises InvalidCall under "HttpExchange::HttpExchange()" when libcurl refuses
+    // it.
     HttpExchange(CurlLoop &loop, const HttpRequest &request);
     ~HttpExchange() override;
     HttpExchange(const HttpExchange &) = delete;
@@ -82,6 +86,7 @@ private:
 class HttpTransport : public Transport {
     Q_OBJECT
 public:
+    // Raises InvalidCall, as CurlLoop does, when there is no libcurl.
     explicit HttpTransport(QObject *parent = nullptr);
 
     std::unique_ptr<Exchange> Start(const HttpRequest &request) override;

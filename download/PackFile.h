@@ -9,7 +9,9 @@
 // that is everybody's, so it is created anew for this user alone, never through
 // a link and never over a file that is there, and it is run only if it is still
 // the file that was created. Creating, writing and closing raise the system's
-// error.
+// error. Calls come in this order: Create, Write, Close, MakeRunnable, Run,
+// Remove; after Abandon only Create or Remove. None of them runs events. Whether
+// every byte has arrived is for the caller to know.
 class PackFile {
 public:
     PackFile();
@@ -18,25 +20,33 @@ public:
     PackFile(const PackFile &) = delete;
     PackFile &operator=(const PackFile &) = delete;
 
+    // A full path. A file that an earlier Create made is closed, and stays.
     void Create(const QString &path);
+    // Collects bytes and hands them to the disk in larger pieces: an error of the
+    // disk may be raised only by a later Write or by Close.
     void Write(const char *bytes, qint64 count);
+    // Nothing happens when none is open.
     void Close();
     // Closes the file without what has not been written yet; raises nothing.
     void Abandon();
+    // As given to Create; empty before.
     const QString &Path() const { return m_path; }
 
-    // Makes the closed file a program. Raises an Error when it is no longer the
-    // one that was created or when another user could exchange it.
+    // Makes the file a program and closes it if need be. Raises InvalidCall when it
+    // is no longer the one that was created, when another user could exchange it
+    // or when its disk allows no programs (the last two not on Windows), and the
+    // system's error.
     void MakeRunnable();
     // The path to run it by, once it is runnable: it leads to the file that was
     // checked, on Windows whatever becomes of links in Path meanwhile.
     QString RunPath() const;
-    // Runs it and waits for its end; the exit code does not matter. Raises what
-    // SyncShell raises, with the system's reason behind the description.
+    // Runs it and blocks until its end; the exit code does not matter. Raises what
+    // Common::SyncShell raises, with the system's reason behind the description.
     void Run() const;
-    // Removes the file that was created. Raises an Error when it is gone, or
-    // another one is at its place, which stays. On Windows it waits up to five
-    // seconds for a program that has it open.
+    // Removes the file that was created. Raises InvalidCall when it is gone, or
+    // another one is at its place, which stays, and InvalidCall or the system's
+    // error when it cannot be removed. On Windows it blocks for up to five seconds
+    // while a program has it open.
     void Remove();
 
 private:
@@ -46,8 +56,10 @@ private:
 };
 
 // Removes a regular file of this user's own; anything else stays as it is. It
-// waits as PackFile::Remove does.
+// blocks as PackFile::Remove does. Raises nothing.
 void RemoveOwnFile(const QString &path);
 
-// A name that stays inside the folder that it is put into.
+// Whether a name stays inside the folder that it is put into: it is not empty, has
+// no separator and no NUL, is not the folder itself or the one above, and on
+// Windows is no device's and means itself to the system.
 bool IsPlainFileName(const QString &name);

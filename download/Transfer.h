@@ -14,11 +14,13 @@
 // One HTTP request at a time: executed, watched by numbered states, its body
 // fetched in chunks as it arrives and never more than a bounded part of it held
 // in memory. Only http and https; redirections are followed, ten at most and
-// never from https to http.
+// never from https to http. A redirected request is repeated as it is, after a 303
+// as a GET without body and header. A status of 400 or above is a failure, any
+// other an answer. It belongs to the thread that created it.
 class Transfer : public QObject {
     Q_OBJECT
 public:
-    // In milliseconds.
+    // The time limits in milliseconds unless SetTimeouts has set others.
     static constexpr int ConnectTimeout = 30'000;
     static constexpr int IdleTimeout = 60'000;
     static constexpr int HeaderTimeout = 15'000;
@@ -26,7 +28,7 @@ public:
     enum State : int {
         Requesting = 5,
         Failed = 11, // ResponseCode and ResponseInfo say why
-        Completed = 12, // the header is here and the body can be read
+        Completed = 12, // the headers are here and the body can be read
     };
 
     explicit Transfer(std::unique_ptr<Transport> transport, QObject *parent = nullptr);
@@ -34,15 +36,19 @@ public:
 
     // In milliseconds: how long it may take until the request has been sent; then
     // until its answer begins, and for each next part of the body; and for all the
-    // headers of an answer that has begun.
+    // headers of an answer that has begun. They count from the next stage on. One
+    // that is exceeded fails the request with CURLE_OPERATION_TIMEDOUT; that the
+    // body is not fetched in time does not count.
     void SetTimeouts(int connectTimeout, int idleTimeout, int headerTimeout);
-    // Starts a request. What stands behind the address's first "?" is sent as
-    // it is, in ANSI bytes; only what has no place in an address is written as
-    // its percent code. A request that goes over a connection left open by the
-    // one before is sent again when that ends before any answer: a server may
-    // close one that lay idle while a pack was being installed. Raises InvalidCall
-    // for an address that is neither http nor https, and while another request is
-    // executing. A header is a name, a colon and a value.
+    // Starts a request and returns at once. What stands behind the address's first
+    // "?" is sent as it is, in ANSI bytes; only what has no place in an address is
+    // written as its percent code. A user name in the address is left out. The
+    // operation is the method; with GET no body is sent. A header is a name, a
+    // colon and a value. A request that goes over a connection left open by the one
+    // before is sent again when that ends before any answer: a server may close one
+    // that lay idle while a pack was being installed. Raises InvalidCall under
+    // "Transfer::Execute()" for an address that is neither http nor https, and
+    // while another request is executing, and what Transport::Start raises.
     void Execute(const QString &url, const QByteArray &operation, const QByteArray &body = {}, const QByteArray &header = {});
     // From Execute until GetChunk has reported the body's end, the request has
     // failed or has been cancelled.
@@ -50,25 +56,35 @@ public:
     // Ends the request at once; no state is raised any more, and a waiting
     // GetChunk returns empty.
     void Cancel();
-    // Cancelled or failed: what has been fetched is not the whole body.
+    // Cancelled or failed: what has been fetched is not the whole body. True after
+    // any Cancel, even of nothing.
     bool IsBrokenOff() const { return m_stage == Stage::BrokenOff; }
 
     // A response header by its name, in any letter case; empty without one, all
-    // of them joined by commas when there are several.
+    // of them joined by commas when there are several. Empty, too, once the request
+    // has failed or has been cancelled.
     QByteArray GetHeader(const QByteArray &name) const;
-    // The body comes in a content encoding, which nothing here undoes.
+    // The body comes in a content encoding other than "identity" (RFC 9110), which
+    // nothing here undoes.
     bool IsEncoded() const;
-    // Up to size bytes of the body: what has arrived, or else what arrives next,
-    // with events running meanwhile. Empty at the end of the body, after Cancel,
-    // and, with state 11 as well, after the idle timeout and when the answer cannot
-    // be read any further. Raises an Error, once, when the connection broke before
-    // the end.
+    // Up to size bytes of the body, at least 1: what has arrived, or else what
+    // arrives next, with events running meanwhile. Empty at the end of the body,
+    // after Cancel, and, with state 11 as well, after the idle timeout and when the
+    // answer cannot be read any further. Raises InvalidCall under
+    // "Transfer::GetChunk()", once, when the connection broke before the end. When
+    // the program's event loop ends meanwhile, the request is cancelled.
     QByteArray GetChunk(qsizetype size);
-    // The HTTP status, or libcurl's number of the error when there is none.
+    // The HTTP status, or libcurl's number of the error when there is none; 0 from
+    // Execute until either is known. Cancel leaves it as it is.
     qint32 ResponseCode() const { return m_responseCode; }
+    // The words behind the status, which may be empty, or the reason of the error.
     QString ResponseInfo() const { return m_responseInfo; }
 
 Q_SIGNALS:
+    // A State, from the event loop, which GetChunk runs, too, and never from inside
+    // Execute: Requesting once for each Execute, then Completed or Failed. Failed
+    // can follow Completed while the body is being fetched. None comes after Cancel
+    // until the next Execute.
     void StateChanged(int state);
     // Something has arrived or ended; for whoever waits in GetChunk.
     void Advanced(QPrivateSignal);

@@ -11,9 +11,12 @@
 #include <windows.h>
 
 // Open files and searches of the system, and calls that have to be repeated.
-// What fails leaves the system's code for GetLastError.
+// What fails leaves the system's code for GetLastError. Nothing here raises.
+// Without Qt, as the programs in packs have none.
 
-// A handle of a file, a folder or a process, closed with the object.
+// A handle of a file, a folder or a process, owned by one object and closed with
+// it. It converts to the handle for calls of the system, which leaves the
+// ownership where it is.
 class UniqueHandle {
 public:
     // Takes over what CreateFileW returns; INVALID_HANDLE_VALUE is none. What
@@ -27,6 +30,7 @@ public:
         : m_handle(other.Release())
     {
     }
+    // The two change places: what was open here is closed with the other object.
     UniqueHandle &operator=(UniqueHandle &&other) noexcept
     {
         std::swap(m_handle, other.m_handle);
@@ -44,10 +48,12 @@ private:
     HANDLE m_handle;
 };
 
-// The entries whose paths match a pattern, one after the other.
+// The entries whose paths match a pattern, one after the other; "*" matches "."
+// and "..", too. The search is open for as long as the object exists.
 class FileSearch {
 public:
-    // A path, with or without wildcards in its last name.
+    // A path, with or without wildcards in its last name. It is used here alone
+    // and need not stay.
     explicit FileSearch(const wchar_t *pattern)
         : m_search(FindFirstFileW(pattern, &Entry))
     {
@@ -60,21 +66,25 @@ public:
     FileSearch(const FileSearch &) = delete;
     FileSearch &operator=(const FileSearch &) = delete;
 
-    // Whether anything matches, and Entry is the first match.
+    // Whether anything matches, and Entry is the first match. False, too, for a
+    // folder that cannot be read.
     bool IsFound() const { return m_search != INVALID_HANDLE_VALUE; }
-    // Makes Entry the next match; false behind the last one.
+    // Makes Entry the next match; false behind the last one and after an error.
+    // Only for a search that IsFound.
     bool Next() { return FindNextFileW(m_search, &Entry); }
 
+    // The present match: its name without the folder, size, times, attributes.
     WIN32_FIND_DATAW Entry = {};
 
 private:
     HANDLE m_search;
 };
 
-// The most bytes that are read or written by one call.
+// The most bytes that are read or written by one call, which counts in 32 bits.
 constexpr std::size_t LargestTransfer = 1 << 30;
 
-// A place in a file, for ReadFile and WriteFile.
+// A place in a file, in bytes from its start, for ReadFile and WriteFile on a
+// handle that was opened without FILE_FLAG_OVERLAPPED.
 inline OVERLAPPED AtOffset(std::uint64_t offset)
 {
     OVERLAPPED place = {};
@@ -83,8 +93,10 @@ inline OVERLAPPED AtOffset(std::uint64_t offset)
     return place;
 }
 
-// Writes all of the bytes by put(bytes, count, written), which calls WriteFile;
-// false when the system takes no more.
+// Writes all of the bytes by put(bytes, count, written), which calls WriteFile and
+// returns its result; it is called again for the rest. False when the system takes
+// no more: a part may be written by then, and the code is ERROR_DISK_FULL when put
+// took nothing without an error. Nothing is called for a count of 0.
 template <class Put> bool WriteWhole(const char *bytes, std::size_t count, Put put)
 {
     while (count > 0) {
@@ -109,7 +121,8 @@ inline bool WriteAll(HANDLE file, const char *bytes, std::size_t count)
     });
 }
 
-// Writes all of the bytes from that offset on, or false.
+// Writes all of the bytes from that offset on, or false. Unlike on other systems
+// the file's position moves: it is behind what was written.
 inline bool WriteAllAt(HANDLE file, const char *bytes, std::size_t count, std::uint64_t offset)
 {
     return WriteWhole(bytes, count, [&](const char *next, DWORD left, DWORD *written) {
@@ -123,7 +136,9 @@ inline bool WriteAllAt(HANDLE file, const char *bytes, std::size_t count, std::u
 // program only some time after its end. MostAttempts last 5 seconds.
 constexpr DWORD AttemptMilliseconds = 50;
 
-// Whether that is the code for a file that another program has open.
+// Whether that is a code for a file that another program has open. A lack of
+// rights has one of them as well: a call that is not allowed is repeated, too,
+// until no attempt is left.
 constexpr bool IsInUse(DWORD code)
 {
     return code == ERROR_SHARING_VIOLATION || code == ERROR_ACCESS_DENIED;
@@ -135,7 +150,9 @@ inline void PauseForOthers()
 }
 
 // Calls attempt, which returns whether it has succeeded, again while it fails
-// because a file is in use. The last result.
+// because a file is in use. The last result. The attempt leaves its code for
+// GetLastError, which has that of the last one afterwards. The thread sleeps
+// meanwhile, up to 5 seconds.
 template <class Attempt> bool RetryWhileInUse(Attempt attempt)
 {
     bool isDone = false;

@@ -7,10 +7,14 @@
 
 // Moving exams is exclusive to the holder of this lock, so that the exam that a
 // running pack has moved away is not taken for the leftover of a killed one. It is
-// one lock for all users of the machine. It needs only the system, as packs do.
+// one lock for all users of the machine: a named mutex of the system. A mutex
+// belongs to a thread: the object is destroyed on the thread that created it, and
+// a second one on that thread gets the lock at once. It needs only the system, as
+// packs do, and raises nothing.
 class MoveLock {
 public:
-    // Waits up to so many milliseconds for it.
+    // Waits up to so many milliseconds for it; 0 does not wait. A lock that a
+    // killed program left behind counts as free.
     explicit MoveLock(DWORD milliseconds)
         : m_mutex(Open())
     {
@@ -27,7 +31,8 @@ public:
     MoveLock(const MoveLock &) = delete;
     MoveLock &operator=(const MoveLock &) = delete;
 
-    // False when the time was up, or the lock cannot be created.
+    // False when the time was up, or the lock cannot be created. What another pack
+    // has moved away must be left alone then.
     bool IsHeld() const { return m_isHeld; }
 
 private:

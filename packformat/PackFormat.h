@@ -16,29 +16,35 @@
 //   contents  the files, one behind the other in the order of the index
 //   trailer   TrailerBytes at the very end, the sum last
 //
-// All numbers are little-endian. A name is a 16-bit count and so many bytes of
-// UTF-8; a size has 64 bits.
+// All numbers are little-endian and unsigned. A name is a 16-bit count and so many
+// bytes of UTF-8; a size has 64 bits. Nothing here raises or takes memory, since
+// the stub is built without exceptions.
 namespace PackFormat {
 
+// At the start of the trailer, without a NUL.
 constexpr char Magic[] = { 'P', 'R', 'A', 'C', 'P', 'A', 'C', 'K' };
+// Of this layout; a reader refuses any other.
 constexpr std::uint32_t Version = 1;
 
 // Where the fields of the trailer stand in it.
 constexpr std::size_t VersionAt = 8; // 32 bits
-constexpr std::size_t IndexBytesAt = 12; // 32 bits
+constexpr std::size_t IndexBytesAt = 12; // 32 bits, the length of the index
 constexpr std::size_t IndexStartAt = 16; // 64 bits, from the start of the file
-constexpr std::size_t ContentBytesAt = 24; // 64 bits
-constexpr std::size_t DigestAt = 32; // SHA-256 of every byte before it
+constexpr std::size_t ContentBytesAt = 24; // 64 bits, the sum of all sizes
+constexpr std::size_t DigestAt = 32; // SHA-256 (FIPS 180-4) of every byte before it
 constexpr std::size_t DigestBytes = 32;
 constexpr std::size_t TrailerBytes = DigestAt + DigestBytes;
 
+// Limits that packer and stub both keep, so that no pack makes the stub allocate
+// more than MostIndexBytes for its index.
 constexpr std::size_t LongestName = 200; // bytes
 constexpr std::size_t MostFiles = 10'000;
 constexpr std::size_t NameCountBytes = 2;
 constexpr std::size_t SizeBytes = 8;
 constexpr std::size_t MostIndexBytes = NameCountBytes + LongestName + MostFiles * (NameCountBytes + LongestName + SizeBytes);
 
-// Whether the text is the word in capitals, in any letter case of ASCII.
+// Whether the text is the word in capitals, in any letter case of ASCII. The
+// second argument holds no small letters.
 constexpr bool IsSameLetters(std::string_view text, std::string_view capitals)
 {
     if (text.size() != capitals.size())
@@ -52,7 +58,8 @@ constexpr bool IsSameLetters(std::string_view text, std::string_view capitals)
 }
 
 // Whether Windows takes the name for a device, in whatever folder it stands:
-// what stands behind a dot, and blanks before it, make no difference there.
+// what stands behind a dot, and blanks before it, make no difference there. Packs
+// for other systems do without such names as well.
 constexpr bool IsDeviceName(std::string_view name)
 {
     std::string_view stem(name.data(), std::min(name.find('.'), name.size()));
@@ -72,9 +79,9 @@ constexpr bool IsDeviceName(std::string_view name)
 }
 
 // Whether a name, of a file or of the folder, stays where it is put and means
-// the same on every system: UTF-8, no separators or wildcards, no control
-// characters, no leading dot, no blank or dot at its end, no blank in front, no
-// device.
+// the same on every system: UTF-8 of 1 to LongestName bytes, no separators or
+// wildcards, no control characters, no leading dot, no blank or dot at its end, no
+// blank in front, no device.
 constexpr bool IsPlainName(std::string_view name)
 {
     if (name.empty() || name.size() > LongestName)
@@ -93,7 +100,7 @@ constexpr bool IsPlainName(std::string_view name)
 }
 
 // Whether that is the name of the exam file in such a folder: the folder's name
-// with its extension, if it has one, replaced by "exam".
+// with its extension, if it has one, replaced by "exam". Letter case counts.
 constexpr bool IsExamFile(std::string_view name, std::string_view folder)
 {
     const std::size_t dot = folder.rfind('.');

@@ -5,13 +5,15 @@
 #include <iterator>
 #include <string_view>
 
-// Texts in UTF-8, and which of them differ in nothing but letter case.
+// Texts in UTF-8 (RFC 3629), and which of them differ in nothing but letter case.
+// Nothing here raises or takes memory.
 namespace Utf8 {
 
 constexpr char32_t NoCharacter = 0xFFFFFFFF;
 
-// Takes the first character off a text that is not empty. NoCharacter, and
-// nothing is taken, when the text begins with bytes that are no UTF-8.
+// Takes the first character off a text, which must not be empty. NoCharacter, and
+// nothing is taken, when the text begins with bytes that are no UTF-8; longer forms
+// than necessary, surrogates and what is beyond U+10FFFF are none.
 constexpr char32_t Take(std::string_view &text)
 {
     const auto byteAt = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
@@ -44,8 +46,8 @@ constexpr bool IsText(std::string_view text)
     return true;
 }
 
-// Characters that have another for their small letter: every Step-th from First
-// to Last, that many numbers away.
+// Characters that are folded to another: every Step-th from First to Last, to the
+// one that many numbers away.
 struct Capitals {
     char32_t First;
     char32_t Last;
@@ -53,7 +55,8 @@ struct Capitals {
     int ToSmall;
 };
 
-// Unicode's simple case folding.
+// Simple case folding of Unicode 14.0: what has status C or S in CaseFolding.txt,
+// in ascending order, because Folded searches by halves.
 // clang-format off
 constexpr Capitals AllCapitals[] = {
     { 0x0041, 0x005A, 1, 32 }, { 0x00B5, 0x00B5, 1, 775 }, { 0x00C0, 0x00D6, 1, 32 }, { 0x00D8, 0x00DE, 1, 32 },
@@ -110,7 +113,8 @@ constexpr Capitals AllCapitals[] = {
 };
 // clang-format on
 
-// The small letter; a character that has none as it is.
+// What stands for a character in all its letter cases, mostly its small letter; a
+// character without letter case as it is. NoCharacter stays.
 constexpr char32_t Folded(char32_t character)
 {
     const auto isBefore = [](const Capitals &row, char32_t value) { return row.Last < value; };

@@ -7,7 +7,7 @@
 #include <memory>
 #include <vector>
 
-// One named value of a message.
+// One named value of a message, as it is before it is escaped.
 class Parameter {
 public:
     const QString &Name() const { return m_name; }
@@ -21,7 +21,10 @@ private:
 };
 
 // The parameters of a message in the order in which they were added. Names are
-// keys without regard to letter case, so no two entries share one.
+// keys without regard to letter case, so no two entries share one. The key is the
+// name given to Add: SetName on an entry does not change it. Entries are shared
+// with whoever holds their pointers, and with copies of the collection. Errors
+// have no source.
 class Parameters {
 public:
     using Pointer = std::shared_ptr<Parameter>;
@@ -33,7 +36,8 @@ public:
     void Remove(const QString &Name);
     // Positions count from 1. Raises SubscriptOutOfRange.
     void RemoveAt(qint32 Index);
-    // The position of a name; Count + 1 when it is not there.
+    // The first position, from 1, of an entry that has that name now, without
+    // regard to letter case; Count + 1 when there is none.
     qint32 GetIndex(const QString &Name) const;
     void Clear();
     qint32 Count() const { return static_cast<qint32>(m_entries.size()); }
@@ -52,28 +56,34 @@ private:
 
 // One message of the download service's protocol: a command and parameters,
 // and the line of text that both make on the wire, such as
-// "REPORT?sid=7&list=a%3Bb;".
+// "REPORT?sid=7&list=a%3Bb;". In values "%", "?", "=", "&" and ";" are escaped, as
+// a percent sign and two capital hexadecimal digits; nothing else is, and no other
+// escape is undone. Command and names stand as they are: they must not hold what
+// would end them, such as a ";". docs/download-service.md describes the protocol.
+// A copy shares the entries of Parameters.
 class MESSAGE {
 public:
     enum ErrorNumber : qint32 {
-        InvalidMessage = static_cast<qint32>(0x80040001),
-        BadParameters = static_cast<qint32>(0x80040002),
-        NoCommand = static_cast<qint32>(0x80040003),
+        InvalidMessage = static_cast<qint32>(0x80040001), // no ";"
+        BadParameters = static_cast<qint32>(0x80040002), // a piece without "="
+        NoCommand = static_cast<qint32>(0x80040003), // the command is empty
     };
 
     const QString &Command() const { return m_command; }
     void SetCommand(const QString &command) { m_command = command; }
-    // The last packed form, or the last text handed to UnPack.
+    // The last packed form, or the last text handed to UnPack; empty before either.
     const QString &Text() const { return m_text; }
     ::Parameters &Parameters() { return m_parameters; }
     const ::Parameters &Parameters() const { return m_parameters; }
 
     // Makes Text from the command and the parameters. Raises NoCommand under
-    // "Message::Pack()".
+    // "Message::Pack()", and Text stays as it was.
     void Pack();
     // Rebuilds the message from a text; what stands behind the first ";" is
-    // ignored. Raises InvalidMessage, BadParameters and InvalidCall under
-    // "Message::UnPack()", and keeps what was decoded until then.
+    // ignored, and so is what a piece has behind its second "=". Of a name that
+    // comes twice the last value counts. Raises InvalidMessage, BadParameters and,
+    // for a ";" before the "?", InvalidCall under "Message::UnPack()", and keeps
+    // what was decoded until then.
     void UnPack(const QString &Text);
 
 private:

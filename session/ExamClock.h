@@ -17,12 +17,17 @@ public:
     // The clock must outlive this one.
     explicit ExamClock(const Clock &clock = Clock::System(), QObject *parent = nullptr);
 
-    // Seconds count from now on; a running clock begins anew.
+    // Seconds count from now on: the first Tick comes a second later. A running
+    // clock begins anew.
     void Start();
+    // No Tick comes any more until the next Start.
     void Stop();
     bool IsRunning() const { return m_timer.isActive(); }
 
 Q_SIGNALS:
+    // From the event loop, one for each second since Start. Those that were
+    // missed come one after the other, as fast as the event loop goes. While a
+    // slot runs an event loop of its own, the next Tick calls it again.
     void Tick();
 
 private:

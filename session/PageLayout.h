@@ -7,7 +7,8 @@
 
 // Where everything on the exam page goes, as functions from sizes to
 // rectangles. All lengths are twips inside the window's client area; "inner"
-// sizes are without the container's border.
+// sizes are without the container's border. Nothing is clamped: a window too
+// small for its page gives negative heights.
 namespace PageLayout {
 
 using Twips::Box;
@@ -24,11 +25,11 @@ struct Sizes {
 
 struct Boxes {
     Box Frame; // in the window
-    Box Content; // in the frame; its height is the rows' matter
+    Box Content; // in the frame, at its top left; its height comes from ArrangeRows
     Box ScrollBar; // in the frame
-    double MarkLeft = 0;
+    double MarkLeft = 0; // in the window, like TimeLeft
     double TimeLeft = 0;
-    double QuestionWidth = 0;
+    double QuestionWidth = 0; // of the question text
 };
 
 // The page for a window size; NextHeight is the height of the button row.
@@ -42,21 +43,25 @@ struct ButtonLefts {
     double Review = 0;
 };
 
-// The row of buttons below the frame, evenly spaced by their left edges.
+// The row of buttons below the frame, evenly spaced by their left edges, from the
+// frame's left edge to its right one, where Review ends. They stand on the bottom
+// of the window. Frame and innerHeight are in the window.
 ButtonLefts ArrangeButtons(const Box &frame, double innerHeight, double nextHeight, double reviewWidth, bool hasExhibit);
 
 // The width that an option's text gets beside a selector.
 double LabelWidth(double questionWidth, double selectorWidth);
 
 // The tops of the option rows below a question text that begins at the top of
-// the content, and the height of the content that holds them.
+// the content, and the height of the content that holds them. Without rows that
+// is the question's height.
 struct Rows {
     std::vector<double> Tops;
     double ContentHeight = 0;
 };
 Rows ArrangeRows(double questionHeight, const std::vector<double> &labelHeights);
 
-// The scroll bar for a content in a frame; what fits is not scrolled.
+// The scroll bar for a content in a frame, its values in twips; for what fits it
+// is disabled and all of them are 0.
 struct Scroll {
     bool IsEnabled = false;
     int Max = 0; // Min is 0
@@ -77,13 +82,14 @@ struct PanelFrame {
     double Height = 0;
     double ScrollBarWidth = 0;
 
-    // The largest panel that has its home, and may be moved, inside the frame.
+    // The largest panel that has its home, and may be moved, inside the frame:
+    // X is its width, Y its height.
     Point Room() const;
     // The panel's lower right corner at its home.
     Point Home() const;
     // Where the panel goes when the pointer, in the panel's own coordinates,
     // has moved away from where it was pressed. Each axis moves only as long as
-    // it stays inside the frame.
+    // it stays inside the frame; otherwise it keeps the panel's present place.
     Point Drag(const Box &panel, Point press, Point pointer) const;
     // Where a panel of another size goes whose lower right corner was inside:
     // away from that corner as far as there is room, then beyond it.

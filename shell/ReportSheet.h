@@ -11,12 +11,13 @@
 #include <vector>
 
 // The printed score report: one page, planned in millimetres on an area 170
-// wide, which stands in the middle of the paper's width; y counts from the top
-// of the paper. A4 and Letter hold all of it.
+// wide, which stands in the middle of the paper's width: x counts from the left
+// edge of that area, y from the top of the paper. A4 and Letter hold all of it.
+// Nothing here paints, and no device is needed but for the Measure.
 namespace ReportSheet {
 
 constexpr double UsableWidth = 170;
-// The logo stands in the upper left corner, as high as its drawing has it.
+// The logo stands at the left edge; its height follows from its drawing.
 constexpr double LogoTop = 20;
 constexpr double LogoWidth = 46;
 
@@ -28,7 +29,7 @@ struct Text {
     double Size = 1; // of the letters, as a part of their usual size
 };
 struct Bar {
-    QRectF Rectangle;
+    QRectF Rectangle; // of width 0 for a share of 0 or less
     ScoreBar Kind = ScoreBar::Required;
 };
 struct Line {
@@ -41,12 +42,14 @@ struct Plan {
     std::vector<Line> Lines;
 };
 
-// The width of a text in millimetres; size is that of its letters, as in Text.
+// The width of a text in millimetres, above 0 unless the text is empty; size is
+// that of its letters, as in Text.
 // Some systems fit letters to the dots of the page, and then letters of half the
 // size are not half as wide.
 using Measure = std::function<double(const QString &text, bool isBold, double size)>;
 
-// What the page reports. The texts of the exam may hold any character.
+// What the page reports. The texts of the exam may hold any character; what
+// stands behind a NUL is not printed.
 struct Data {
     QString ExamCode;
     QString ExamName;
@@ -55,10 +58,15 @@ struct Data {
 };
 
 // What stands on the page besides the logo: the lines, the bars and the texts,
-// which are drawn in that order. Raises what the shares of the report raise.
+// which are drawn in that order. A code or a title that is too long for its line
+// ends with an ellipsis, the title after its letters have been made smaller; a
+// bar is as long as its share says, even beyond the area. Raises DivisionByZero
+// and Overflow as the shares of the report do.
 Plan PlanFor(const Data &data, const Measure &measure);
 
-// The line "Exam Title: …" and, of a long one, what goes below it.
+// The line "Exam Title: …" and, of a long one, what goes below it. A line of more
+// than 128 characters is broken at its first blank from the 128th on, which is
+// left out; without such a blank, or in a shorter line, Rest is empty.
 struct Title {
     QString First;
     QString Rest;
@@ -66,7 +74,8 @@ struct Title {
 Title TitleOf(const QString &examName);
 
 // What the queue of a printer shows: short and without control characters,
-// which a print server refuses.
+// which a print server refuses. Of a code of more than 60 printable characters
+// the first 60 and three dots.
 QString JobName(const QString &examCode);
 
 }

@@ -11,19 +11,27 @@
 namespace ReviewList {
 
 struct Entry {
-    qint16 Number = 0;
+    qint16 Number = 0; // of the item, from 1
     QString Text; // "4 - A,C", or the number alone without an answer
-    QString Icon; // "Checked", "Incomplete" or "Complete"
+    // The key of an icon: "Checked" for a marked item, whatever its answer is;
+    // else "Incomplete" when fewer options are selected than the key has, or
+    // "Complete".
+    QString Icon;
 };
 
-// One entry for each item, in order.
+// One entry for each item, in order. The answers are the saved ones: what stands
+// on the page of the exam window must have been saved before. Raises what
+// Globals::AnswerLetters raises for an Answer that is no list of option numbers.
 std::vector<Entry> Entries(const Exam &exam);
 bool HasMarked(const Exam &exam);
 
-// What a number field holds after the user typed a text: a number from 1 to
-// Count, or nothing but blanks.
+// What a number field holds after the user typed a text: the same text when its
+// leading digits give a number from 1 to Count, or when it is empty or blank; the
+// Count instead of a larger number; "1" instead of 0 and of a text without
+// leading digits. Count is at least 1.
 QString Limited(const QString &text, qint32 Count);
-// The number in the field. Raises Overflow above 32,767.
+// The number that the field's leading digits give, 0 without any. Raises
+// Overflow above 32,767.
 qint16 NumberIn(const QString &text);
 
 }

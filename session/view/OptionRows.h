@@ -21,7 +21,8 @@ class QWidget;
 // rows in and near the view have controls; so have the first one, the last one
 // and the neighbours of the one with the focus, which makes every row reachable
 // by the keyboard. Of the others only the place is known, so the number of
-// options costs little. Rows count from 0 here, places are pixels of the content.
+// options costs little. Rows count from 0 here, places are pixels of the content,
+// y from its top. The content owns the object and the controls.
 class OptionRows : public QObject {
     Q_OBJECT
 public:
@@ -32,22 +33,27 @@ public:
 
     // The rows of another item, which is seen from its top. Arrange comes next.
     void Load(const PageState &page);
-    // Brings the selectors up to date.
+    // Brings the selectors up to date: which are on and which are enabled. A page
+    // with another kind or number of rows is ignored; Load is for that.
     void Update(const PageState &page);
+    // For selectors and texts. The rows get their new places with the next Arrange.
     void SetFont(const QFont &font);
     // Places the rows below the question text. Sizes, and the height of the
     // content that holds both, in twips.
     double Arrange(double questionWidth, double questionHeight);
-    // Which part of the content is in view.
+    // Which part of the content is in view. Rows there get controls; before Arrange
+    // it does nothing.
     void Show(int top, int bottom);
     // A row that begins below that place loses the focus, so that no key ticks an
     // option that the candidate has not seen.
     void KeepFocusAbove(int bottom);
-    // The rows stand between these two in the order of the Tab key.
+    // The rows stand between these two, which are not owned, in the order of the
+    // Tab key, from here on and whenever rows get other controls.
     void ChainTabs(QWidget *before, QWidget *after);
 
 Q_SIGNALS:
-    // Numbers of options, from 1.
+    // Numbers of options, from 1. By the candidate alone, not by Load or Update.
+    // The button has changed by itself already; Update sets what it is to show.
     void RadioClicked(int number);
     void CheckClicked(int number, bool checked);
     void LabelClicked(int number);

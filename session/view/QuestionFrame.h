@@ -19,28 +19,33 @@ class QuestionFrame : public QFrame {
 public:
     explicit QuestionFrame(QWidget *parent);
 
-    // Shows another item, from its top; its state comes with ShowChanges.
+    // Shows another item, from its top. ShowChanges follows, for the panel.
     void ShowItem(const PageState &page);
     // Brings selectors and panel up to date.
     void ShowChanges(const PageState &page);
-    // Puts everything inside where the boxes say, and the panel to its home. The
-    // frame has its size already.
+    // Puts everything inside where the boxes say, the panel to its home, and the
+    // content to its top; the scroll bar keeps its value, as far as it is within
+    // the new range. The frame has its size already.
     void Place(const PageLayout::Boxes &boxes);
-    // The size of the texts, 1 being the system font's. What is in view stays
-    // in view.
+    // The size of the texts, above 0, with 1 for the usual one. What is in view
+    // stays in view.
     void SetTextScale(double scale);
-    // Moves the panel as dragging it does; a distance in twips.
+    // Moves the panel as dragging it does; a distance in twips. It stays on an axis
+    // on which it would leave the frame.
     void MovePanel(PageLayout::Point distance);
 
+    // The width of the border on each side, and of the scroll bar.
     double BorderTwips() const;
     double ScrollBarTwips() const;
+    // Both are owned by the frame.
     InfoPanel *Info() const { return fraInfo; }
     QScrollBar *ScrollBar() const { return vsbScroll; }
-    // The controls of the rows on the page in the order of the Tab key, between
-    // the two given.
+    // The controls of the rows on the page and the panel's button in the order of
+    // the Tab key, between the two given.
     void ChainTabs(QWidget *before, QWidget *after);
 
 Q_SIGNALS:
+    // Rows count from 1.
     void RadioClicked(int row);
     void CheckClicked(int row, bool checked);
     void LabelClicked(int row);

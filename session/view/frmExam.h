@@ -15,7 +15,8 @@ class QuestionFrame;
 
 // The exam window: paints the session's page and passes on what the candidate
 // does. The windows above it are asked for by signals, which return when they
-// are closed.
+// are closed. One window serves one sitting: once closed it must not be opened
+// again. What an action of the candidate raises is reported by Guard.
 class frmExam : public QWidget, private SessionPort {
     Q_OBJECT
 public:
@@ -24,16 +25,20 @@ public:
 
     // The session that the review list drives.
     ExamSession &Session() { return m_session; }
-    // Begins a sitting on the current exam and shows the window. Raises what
-    // the session raises.
+    // Begins a sitting on the current exam and shows the window. Returns at once.
+    // Raises what ExamSession::StartExam raises.
     void StartExam();
 
 Q_SIGNALS:
     // The window is about to be shown in place of the catalogue.
     void Starting();
+    // By the Review button, or by Next at the last item; to be modal.
     void ReviewRequested();
+    // The time has run out; to be modal. The review list opens the report itself.
     void ReportRequested();
-    // The window is hidden and the current exam released.
+    // The window is hidden and the current exam released. A message box of the
+    // window may still be open: whoever deletes the window does it later, from
+    // the event loop.
     void Unloaded();
 
 protected:

@@ -11,16 +11,19 @@ class QScrollBar;
 // Shows the picture of an item in a window as large as the picture, up to a
 // share of the screen's height; a taller one scrolls. A window wider than the
 // screen opens with its Close button in view, and the keys Left and Right move
-// it across.
+// it across. It is deleted when it is closed.
 class frmExhibit : public QDialog {
     Q_OBJECT
 public:
+    // The owner, which must not be null, is the exam window.
     explicit frmExhibit(QWidget *owner);
 
-    // The path of the picture last asked for.
+    // The full path of the picture last asked for, whether it could be shown or
+    // not; empty before SetExhibit.
     const QString &Exhibit() const { return m_path; }
     // Loads a picture from the folder of the current exam's file, by its file
-    // name. Raises an Error, the window unchanged, when it cannot be shown.
+    // name, and fits the window to it; the window is not shown by that. Raises
+    // what Picture::Load raises, the window unchanged.
     void SetExhibit(const QString &name);
 
 protected:

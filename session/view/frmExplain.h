@@ -5,7 +5,8 @@
 
 class QPlainTextEdit;
 
-// The explanation of one item, read-only.
+// The explanation of one item, read-only, as plain text without blanks at its
+// ends. One that is empty is replaced by a sentence that says so.
 class frmExplain : public QDialog {
     Q_OBJECT
 public:
@@ -13,7 +14,8 @@ public:
 
     // 1-based position of the item in the current exam; set before Load.
     qint16 QuestionNumber = 0;
-    // Fills the window. Raises SubscriptOutOfRange for an item that is not there.
+    // Fills the window; the caller shows it. Raises InvalidCall without a current
+    // exam and SubscriptOutOfRange for an item that is not there.
     void Load();
 
 private:

@@ -3,7 +3,7 @@
 
 #include <QWidget>
 
-// The program's logo at a fixed width, in pixels.
+// The program's logo at a fixed width, in pixels; the height follows from it.
 class LogoView : public QWidget {
     Q_OBJECT
 public:

@@ -11,9 +11,11 @@ class ResultLabel : public QLabel {
 public:
     explicit ResultLabel(QWidget *parent);
 
-    // The lines, divided by line breaks, and the headline's colour.
+    // The lines, divided by CR and LF, and the colour of the headline's band. Its
+    // letters are white or dark, whichever can be read on it.
     void SetResult(const QString &message, const QColor &color);
 
+    // The size at which no line is cut.
     QSize sizeHint() const override;
 
 protected:

@@ -5,13 +5,14 @@
 
 class LogoView;
 
-// The about box.
+// The about box, to be shown modal.
 class frmAbout : public QDialog {
     Q_OBJECT
 public:
     explicit frmAbout(QWidget *owner);
 
-    // Starts the system's system-information tool, or reports that there is none.
+    // Starts the system's system-information tool without waiting for it, or
+    // reports in a message box that it is not available.
     static void StartSysInfo();
 
 protected:

@@ -10,22 +10,27 @@ class QPushButton;
 class QTreeView;
 
 // The main window: the installed exams and the ways to everything else. What
-// it opens is asked for by signals, which return when that is done.
+// it opens is asked for by signals, which return when that is done; only after
+// ExamLoaded the sitting goes on. Closing the window asks, and on any answer but
+// No hides it and ends the program's event loop with the exit code 0.
 class frmMain : public QWidget {
     Q_OBJECT
 public:
     frmMain();
 
-    // Fills the window. It can be on the screen by then: what is slow about a
-    // first window is everything that has a text.
+    // Fills the window and its list. It can be on the screen by then: what is slow
+    // about a first window is everything that has a text. The controls are created
+    // by the first call alone.
     void Load();
     // Rebuilds the list, which then has the focus; a failure is reported in a
-    // message box.
+    // message box. Load must have come before.
     void RefreshExamList();
 
 Q_SIGNALS:
-    // The current exam has been loaded and is to be sat.
+    // The whole file is in Globals::CurrentExam and is to be sat. Not emitted when
+    // the file cannot be loaded, which Guard reports.
     void ExamLoaded();
+    // The list is rebuilt once the slots have returned.
     void DownloadRequested();
     void AboutRequested();
 

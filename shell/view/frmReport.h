@@ -17,7 +17,8 @@ class QVBoxLayout;
 class ResultLabel;
 
 // The score report of the current exam: the result in words and as two bars,
-// printed on demand or saved as a PDF file.
+// printed on demand or saved as a PDF file. Its sizes grow and shrink with the
+// height of the window.
 class frmReport : public QDialog {
     Q_OBJECT
 public:
@@ -25,11 +26,14 @@ public:
     explicit frmReport(QWidget *owner, const Clock &clock = Clock::System());
 
     // Loads the report of the current exam, shows it and waits until it is
-    // closed.
+    // closed, with events running. Raises what Load raises.
     static void ShowModal(QWidget *owner);
-    // Reads the scores from the current exam. Raises what they raise.
+    // Reads the scores from the current exam, which the window keeps. To be called
+    // before the window is shown. Raises InvalidCall without a current exam, and
+    // what Exam::CalculateScore raises.
     void Load();
 
+    // What is printed next, and shown from the next change of the window's size.
     qint16 TotalScore() const { return m_report.TotalScore; }
     void SetTotalScore(qint16 score) { m_report.TotalScore = score; }
     qint16 RequiredScore() const { return m_report.RequiredScore; }
@@ -37,9 +41,11 @@ public:
     qint16 ObtainedScore() const { return m_report.ObtainedScore; }
     void SetObtainedScore(qint16 score) { m_report.ObtainedScore = score; }
 
-    // Fills the bar with the colour and makes it that share of the area wide.
+    // Fills the bar with the colour and makes it that share of the area wide, not
+    // limited to 100; below 0 the bar has no width.
     void SetBar(QWidget *bar, qint16 percent, const QColor &color);
     // One page to the default printer; a failure is reported in a message box.
+    // Load must have come before.
     void PrintReport();
 
 protected:

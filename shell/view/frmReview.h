@@ -19,10 +19,13 @@ class QPushButton;
 class frmReview : public QDialog {
     Q_OBJECT
 public:
-    // Drives the session of its owner, the exam window.
+    // Drives the session, which must outlive the window, of its owner, the exam
+    // window; each choice is carried out there before this window closes. There
+    // must be a current exam.
     frmReview(ExamSession &session, QWidget *owner);
 
-    // Fills the window from the current exam.
+    // Fills the window from the current exam, once. Raises what
+    // ReviewList::Entries raises.
     void Load();
 
 protected:
