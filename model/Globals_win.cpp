@@ -8,7 +8,7 @@ namespace Globals {
 
 void PutBackExams()
 {
-    // A living run puts back itself what it has put aside.
+    // A run that is alive moves back itself what it has kept.
     const MoveLock lock(0);
     if (lock.IsHeld())
         PutBackKept();

@@ -22,7 +22,7 @@ TEST(SystemFoldersTest, MacrosAndWhatTheSystemSays)
         EXPECT_EQ(IO::GetSpecialFolder(row.Macro).toLower(), row.Folder.toLower()) << row.Macro.toStdString();
 }
 
-// A run that is alive puts back itself what it has put aside.
+// A run that is alive moves back itself what it has kept.
 TEST(SystemFoldersTest, NoExamMovesWhileAPackMovesThem)
 {
     const QString exams = Sandbox::ExamsFolder();
