@@ -11,7 +11,7 @@ public:
     Digest();
     ~Digest();
     Digest(const Digest &other);
-    Digest &operator=(Digest other);
+    Digest &operator=(const Digest &other) = delete;
 
     void Add(const void *bytes, std::size_t count);
     // The sum of all bytes so far; nothing can be added afterwards. False when any

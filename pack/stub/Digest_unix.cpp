@@ -4,7 +4,6 @@
 #include <sodium/crypto_hash_sha256.h>
 
 #include <cstdlib>
-#include <utility>
 
 namespace {
 
@@ -32,12 +31,6 @@ Digest::Digest(const Digest &other)
 {
     if (m_state)
         *StateOf(m_state) = *StateOf(other.m_state);
-}
-
-Digest &Digest::operator=(Digest other)
-{
-    std::swap(m_state, other.m_state);
-    return *this;
 }
 
 void Digest::Add(const void *bytes, std::size_t count)

@@ -2,7 +2,6 @@
 #include "pack/stub/Digest.h"
 
 #include <algorithm>
-#include <utility>
 
 #include <windows.h>
 #include <bcrypt.h>
@@ -63,12 +62,6 @@ Digest::Digest(const Digest &other)
 {
     if (!other.m_state || Library().Duplicate(other.m_state, &m_state, nullptr, 0, 0) < 0)
         m_state = nullptr;
-}
-
-Digest &Digest::operator=(Digest other)
-{
-    std::swap(m_state, other.m_state);
-    return *this;
 }
 
 void Digest::Add(const void *bytes, std::size_t count)

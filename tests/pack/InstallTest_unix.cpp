@@ -99,6 +99,7 @@ TEST(InstallTest, WhereExamsAreLookedFor)
         EXPECT_EQ(outcome, reason.isEmpty() ? Done : Failed(u"NET-101.v2"_s, reason)) << qPrintable(variables.join(u' '));
         const Tree after = Snapshot(reason.isEmpty() ? root + folder + u"/Practorium/Exams"_s : root);
         EXPECT_EQ(after, reason.isEmpty() ? installed : before) << qPrintable(variables.join(u' '));
+        EXPECT_EQ(QDir(root + folder).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size() == 1, reason.isEmpty());
     }
 }
 
