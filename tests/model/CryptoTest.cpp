@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "model/CryptoAPI.h"
+
+#include "model/File.h"
 #include "tests/support/Test.h"
 
 using namespace CryptoAPI;
@@ -31,4 +33,21 @@ TEST(CryptoTest, OtherAlgorithmsAreRefused)
     QByteArray data = "abc";
     EXPECT_EQ(ResultOf([&] { Encrypt(data, u"p"_s, 0x6602, HashMD5); }), bad + u" CryptoAPI:Encrypt()"_s);
     EXPECT_EQ(ResultOf([&] { Decrypt(data, u"p"_s, CipherRC4, 0x8004); }), bad + u" CryptoAPI:Decrypt()"_s);
+}
+
+TEST(CryptoTest, ValuesInAFile)
+{
+    const QVariant values[] = { u"Which one?"_s, 7, u""_s };
+    File file;
+    file.OpenFile(u"sealed"_s, File::BinaryMode, File::WriteAccess, File::CreateAlways);
+    for (const QVariant &value : values)
+        WriteSecureData(file, value, -1);
+    file.OpenFile(u"sealed"_s, File::BinaryMode, File::ReadAccess, File::OpenExisting);
+    for (const QVariant &value : values) {
+        QVariant read(value.metaType());
+        ReadSecureData(file, read, -1);
+        EXPECT_EQ(read, value);
+    }
+    // Texts are sealed, and nothing else is.
+    EXPECT_EQ(Sandbox::ReadFile(u"sealed"_s), QByteArray::fromHex("0a000000 cc467d1439f861f15c2b 07000000 00000000"));
 }
