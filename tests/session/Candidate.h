@@ -1,0 +1,394 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "tests/session/ScriptedPort.h"
+#include "tests/support/Test.h"
+
+#include <random>
+#include <set>
+
+// What the exam window shows of a page, as Windows::Sketch gives it.
+inline QStringList Sketched(const PageState &page)
+{
+    const auto box = [](bool isChosen, bool isEnabled, const QString &text) {
+        const QString both = (isChosen ? u"[x] "_s : u"[ ] "_s) + text;
+        return isEnabled ? both : u'(' + both + u')';
+    };
+    QStringList rows{ page.Title, box(page.IsMarked, page.CanMark, u"&Mark this item for review"_s) + u" ..."_s, page.Problem };
+    rows[1] += page.IsPostExam ? u""_s : u' ' + page.Time;
+    const auto &selectors = page.Selectors();
+    for (size_t row = 0; row < selectors.size(); ++row) {
+        if (selectors[row].IsVisible)
+            rows += box(selectors[row].Value == Selector::On, selectors[row].IsEnabled, selectors[row].Caption) + u' '
+                + page.lblChoices[row].Text;
+    }
+    if (page.IsPostExam)
+        rows += { u"... "_s + page.Answer + (page.HasExplanation ? u" &Why?"_s : u" ..."_s),
+                  u"... "_s + page.Status + u" ..."_s };
+    rows += u"&Next ... "_s + (page.CanGoBack ? u"&Previous"_s : u"(&Previous)"_s)
+        + (page.HasExhibit ? u" ... E&xhibit"_s : u""_s) + (page.CanReview ? u" ... &Review"_s : u" ... (&Review)"_s);
+    return rows;
+}
+
+// The rules of a sitting once more, as short as they can be said.
+struct Rules {
+    struct Item {
+        int Options;
+        std::set<int> Key;
+        bool HasLimit, HasExhibit, HasExplanation;
+        std::set<int> Response = {};
+        bool IsMarked = false;
+    };
+    std::vector<Item> Items;
+    int Seconds;
+    int At = 1;
+    int Mode = 0;
+    bool IsEnded = false, IsPostExam = false, CanGoBack = false, IsMarked = false;
+    std::set<int> Chosen = {};
+    QStringList Log = {};
+    QString Time = {};
+
+    Item &Current() { return Items[At - 1]; }
+    int Count() const { return int(Items.size()); }
+    bool AnyMarked(int first, int last) const
+    {
+        return std::any_of(Items.begin() + first - 1, Items.begin() + std::max(first - 1, last),
+                           [](const Item &item) { return item.IsMarked; });
+    }
+    void ShowTime() { Time = u"Time Remaining:  "_s + Common::FormatDuration(qint16(Seconds)); }
+    void Save()
+    {
+        Current().Response = Chosen;
+        Current().IsMarked = IsMarked;
+    }
+    void Show()
+    {
+        Chosen = Current().Response;
+        IsMarked = Current().IsMarked;
+        CanGoBack = At > 1;
+        Log += u"item"_s;
+    }
+    void GoTo(int index)
+    {
+        Save();
+        At = index;
+        Show();
+    }
+    void GoToMarked(int index, int step)
+    {
+        while (index >= 1 && index <= Count() && !Items[index - 1].IsMarked)
+            index += step;
+        if (index >= 1 && index <= Count())
+            GoTo(index);
+    }
+    bool NextOpensList() const { return Mode == 2 ? Items[At - 1].IsMarked && !AnyMarked(At + 1, Count()) : At == Count(); }
+    void Next() { Mode == 2 ? GoToMarked(At + 1, 1) : GoTo(At + 1); }
+    void Previous()
+    {
+        if (Mode != 2)
+            return GoTo(At - 1);
+        GoToMarked(At - 1, -1);
+        CanGoBack = !Current().IsMarked || AnyMarked(1, At - 1);
+    }
+    void Toggle(int row)
+    {
+        if (Current().Key.size() == 1) {
+            Chosen = { row };
+        } else if (Chosen.erase(row) == 0) {
+            Chosen.insert(row);
+            if (Current().HasLimit && Chosen.size() > Current().Key.size()) {
+                Chosen.erase(row);
+                Log += u"64 You cannot select more than %1 options for this question. To select this option, please unselect another."_s
+                           .arg(Current().Key.size());
+            }
+        }
+    }
+    void StartReview()
+    {
+        IsPostExam = true;
+        Log += u"no clock"_s;
+    }
+    void Tick(MessageAnswer answer)
+    {
+        if (IsEnded)
+            return;
+        if (--Seconds >= 0)
+            return ShowTime();
+        Log += { u"no clock"_s,
+                 u"36 The time has elapsed for this exam. Would you like to continue for another 30 minutes?"_s };
+        if (answer == AnswerYes) {
+            Seconds = 1800;
+            Log += u"clock"_s;
+        } else {
+            IsEnded = true;
+            Log += u"report"_s;
+            StartReview();
+            Show();
+        }
+    }
+    PageState Page()
+    {
+        static const QString modes[] = { u""_s, u" - Reviewing All"_s, u" - Reviewing Marked"_s };
+        PageState page{ .Title = u"Exam: EX-101 - Item %1 of %2"_s.arg(At).arg(Count()) + modes[Mode],
+                        .Problem = u"stem %1"_s.arg(At),
+                        .Kind = Current().Key.size() == 1 ? SelectorKind::Radio : SelectorKind::Check,
+                        .IsMarked = IsMarked,
+                        .CanMark = !IsEnded,
+                        .CanGoBack = CanGoBack,
+                        .HasExhibit = Current().HasExhibit,
+                        .HasExplanation = Current().HasExplanation,
+                        .IsPostExam = IsPostExam,
+                        .Time = Time,
+                        .Answer = u"Answer: "_s,
+                        .Status = Current().Response == Current().Key ? u"CORRECT"_s : u"INCORRECT"_s };
+        page.Selectors(page.Kind).clear();
+        for (int row = 1; row <= Current().Options; ++row) {
+            const QString letter(QChar(u'@' + row));
+            page.Selectors(page.Kind).push_back(
+                { letter + u'.', Chosen.count(row) ? Selector::On : Selector::Off, !IsEnded, true });
+            page.lblChoices.resize(row);
+            page.lblChoices.back().Text = u"option %1"_s.arg(row);
+            if (Current().Key.count(row))
+                page.Answer += (page.Answer.endsWith(u' ') ? u""_s : u","_s) + letter;
+        }
+        return page;
+    }
+};
+
+// How a candidate acts on a sitting, and what the sitting shows of it.
+class Hands {
+public:
+    virtual ~Hands() = default;
+    virtual ExamSession &Session() = 0;
+    virtual void Choose(int row, SelectorKind kind, bool isChosen) = 0;
+    virtual void ClickText(int row) = 0;
+    virtual void PressLetter(QChar letter, bool isOption) = 0;
+    virtual void Mark(bool isMarked) = 0;
+    virtual void Next() = 0;
+    virtual void Previous() = 0;
+    virtual void Review() = 0;
+    virtual void Exhibit() = 0;
+    virtual void Why() = 0;
+    virtual bool Close() = 0;
+    virtual QStringList Shown() = 0;
+    // Whether the port is called for that word of its log.
+    virtual bool Hears(const QString &) const { return true; }
+
+    ScriptedPort Port;
+};
+
+// A candidate who does anything that the windows offer, one random step after the other.
+class Candidate {
+public:
+    Candidate(Hands &hands, unsigned seed, int minutes)
+        : m_random(seed)
+        , m_rules{ .Items = {}, .Seconds = 60 * minutes }
+        , m_hands(hands)
+        , m_session(hands.Session())
+        , m_port(hands.Port)
+    {
+        Globals::CurrentExam = m_exam = NewExam({ .Duration = qint16(minutes) });
+        for (int count = 1 + Any(6); count > 0; --count) {
+            Rules::Item item{ Any(6), {}, Any(2) == 0, Any(4) == 0, Any(2) == 0 };
+            QStringList options;
+            const int keys = Any(4);
+            for (int row = 1; row <= item.Options; ++row) {
+                if (int(item.Key.size()) < keys && Any(2) == 0)
+                    item.Key.insert(row);
+                options += (item.Key.count(row) ? u"*"_s : u""_s) + u"option %1"_s.arg(row);
+            }
+            m_rules.Items.push_back(item);
+            const auto question
+                = AddItem(*m_exam,
+                          { u"stem %1"_s.arg(m_rules.Count()), options, item.HasLimit, item.HasExhibit ? u"map.gif"_s : u""_s,
+                            item.HasExplanation ? u" why "_s : u" "_s });
+            // Of an earlier sitting; the first item begins anew.
+            question->SetAnswer(item.Key.empty() ? u""_s : QString::number(*item.Key.begin()));
+            question->SetIsMarked(Any(4) == 0);
+            if (m_rules.Count() > 1 && !item.Key.empty())
+                m_rules.Items.back().Response = { *item.Key.begin() };
+            m_rules.Items.back().IsMarked = m_rules.Count() > 1 && question->IsMarked();
+        }
+        m_session.StartExam();
+        m_rules.ShowTime();
+        m_rules.Show();
+        m_rules.Log += { u"clock"_s, u"exam"_s };
+    }
+    ~Candidate() { Globals::CurrentExam.reset(); }
+
+    // Fails where the sitting differs from the rules.
+    void Sit(int steps)
+    {
+        while (steps-- > 0 && AreSame())
+            Step();
+        EXPECT_TRUE(AreSame()) << "after: " << m_steps.join(u"; "_s).toStdString();
+    }
+
+private:
+    int Any(int below) { return int(m_random() % unsigned(below)); }
+    int AnyOption() { return 1 + Any(m_rules.Current().Options); }
+    bool AreSame()
+    {
+        m_rules.Log.removeIf([this](const QString &word) { return !m_hands.Hears(word); });
+        EXPECT_EQ(m_port.Log, m_rules.Log);
+        EXPECT_EQ(m_hands.Shown(), Sketched(m_rules.Page()));
+        for (int index = 1; index <= m_rules.Count(); ++index) {
+            QStringList rows;
+            for (const int row : m_rules.Items[index - 1].Response)
+                rows += QString::number(row);
+            const Question &question = *m_exam->Questions().Item(index);
+            EXPECT_EQ(question.Answer(), rows.join(u',')) << "item " << index;
+            EXPECT_EQ(question.IsMarked(), m_rules.Items[index - 1].IsMarked) << "item " << index;
+        }
+        m_port.Log.clear();
+        m_rules.Log.clear();
+        return !testing::Test::HasFailure();
+    }
+
+    void Step()
+    {
+        const bool isRunning = !m_rules.IsEnded;
+        const bool hasOptions = m_rules.Current().Options > 0;
+        switch (Any(12)) {
+        case 0:
+        case 1: return isRunning && hasOptions ? Choose(AnyOption()) : void();
+        case 2: return hasOptions ? ClickText(AnyOption()) : void();
+        case 3: return PressLetter(1 + Any(7));
+        case 4: return isRunning ? Mark() : void();
+        case 5:
+        case 6: return Next();
+        case 7: return m_rules.CanGoBack ? Previous() : void();
+        case 8: return OpenList(&Hands::Review);
+        case 9: return Wait();
+        case 10: return Look();
+        default: return TryToClose();
+        }
+    }
+    void Choose(int row)
+    {
+        m_steps += u"choose %1"_s.arg(row);
+        m_hands.Choose(row, m_rules.Page().Kind, m_rules.Chosen.count(row) == 0);
+        m_rules.Toggle(row);
+    }
+    // Without a key the boxes are shown, and a text acts on the hidden radio buttons.
+    void ClickText(int row)
+    {
+        m_steps += u"click text %1"_s.arg(row);
+        m_hands.ClickText(row);
+        if (!m_rules.IsEnded && !m_rules.Current().Key.empty())
+            m_rules.Toggle(row);
+    }
+    void PressLetter(int row)
+    {
+        m_steps += u"letter %1"_s.arg(row);
+        const bool isOption = row <= m_rules.Current().Options;
+        m_hands.PressLetter(QChar(u'`' + row), isOption);
+        if (isOption && !m_rules.IsEnded)
+            m_rules.Toggle(row);
+    }
+    void Mark()
+    {
+        m_steps += u"mark"_s;
+        m_rules.IsMarked = !m_rules.IsMarked;
+        m_hands.Mark(m_rules.IsMarked);
+    }
+    void Next()
+    {
+        m_steps += u"next"_s;
+        if (m_rules.NextOpensList())
+            return OpenList(&Hands::Next);
+        m_hands.Next();
+        m_rules.Next();
+    }
+    void Previous()
+    {
+        m_steps += u"previous"_s;
+        m_hands.Previous();
+        m_rules.Previous();
+    }
+    void OpenList(void (Hands::*by)())
+    {
+        m_rules.Save();
+        m_rules.Log += u"list"_s;
+        m_port.Meanwhile = [this] { UseList(); };
+        (m_hands.*by)();
+        EXPECT_FALSE(m_port.Meanwhile) << "the list did not open";
+        if (m_rules.IsEnded)
+            m_rules.StartReview();
+    }
+    void UseList()
+    {
+        const int index = 1 + Any(m_rules.Count());
+        switch (Any(6)) {
+        case 0:
+            m_steps += u"list: all"_s;
+            m_session.ReviewAll();
+            m_rules.Mode = 1;
+            return m_rules.GoTo(1);
+        case 1:
+            if (!m_rules.AnyMarked(1, m_rules.Count()))
+                return;
+            m_steps += u"list: marked"_s;
+            m_session.ReviewMarked();
+            m_rules.Mode = 2;
+            return m_rules.GoToMarked(1, 1);
+        case 2:
+            if (m_rules.IsEnded || Any(3) > 0)
+                return;
+            m_steps += u"list: end"_s;
+            m_session.EndExam();
+            m_rules.IsEnded = true;
+            return m_rules.GoTo(1);
+        case 3:
+        case 4:
+            m_steps += u"list: item %1"_s.arg(index);
+            m_session.GotoQuestion(qint16(index));
+            return m_rules.GoTo(index);
+        default: m_steps += u"list: nothing"_s;
+        }
+    }
+    void Wait()
+    {
+        m_port.Answer = Any(2) == 0 ? AnswerYes : AnswerNo;
+        const int seconds = Any(8) > 0 ? Any(10) : Any(1900);
+        m_steps += u"wait %1 and answer %2"_s.arg(seconds).arg(m_port.Answer);
+        for (int second = 0; second < seconds; ++second) {
+            // No second counts while the question is open.
+            m_port.Meanwhile = [this] { m_session.tmrTimer_Timer(); };
+            m_session.tmrTimer_Timer();
+            m_rules.Tick(m_port.Answer);
+        }
+        m_port.Meanwhile = {};
+    }
+    void Look()
+    {
+        m_steps += u"look"_s;
+        if (m_rules.Current().HasExhibit) {
+            m_port.Meanwhile = [] { throw std::bad_alloc(); };
+            m_hands.Exhibit();
+            m_rules.Log += {
+                u"map.gif"_s,
+                u"16 The exhibit cannot be displayed because required files are missing or corrupt. Please reinstall the exam pack."_s
+            };
+        }
+        if (m_rules.IsPostExam && m_rules.Current().HasExplanation) {
+            m_hands.Why();
+            m_rules.Log += u"why %1"_s.arg(m_rules.At);
+        }
+    }
+    void TryToClose()
+    {
+        m_port.Answer = AnswerNo;
+        EXPECT_EQ(m_hands.Close(), m_rules.IsEnded);
+        if (!m_rules.IsEnded)
+            m_rules.Log += u"36 Are you sure you want to terminate the exam?"_s;
+    }
+
+    std::mt19937 m_random;
+    Rules m_rules;
+    Hands &m_hands;
+    ExamSession &m_session;
+    ScriptedPort &m_port;
+    QStringList m_steps;
+    std::shared_ptr<Exam> m_exam;
+};
