@@ -153,6 +153,52 @@ TEST(ExamWindowSittingTest, AnySteps)
     }
 }
 
+// In pixels, of which each length of the rules may be rounded once.
+TEST_F(ExamWindowTest, Places)
+{
+    AddItem(*Globals::CurrentExam, { u"exhibit"_s, { u"*one"_s, u"two"_s }, false, u"map.gif"_s });
+    Start();
+    EndExam();
+    const auto place = [&](const QString &name) { return PlaceOf(Find(&Window, name)); };
+    const auto below = [](const QRect &upper, double twips) { return upper.bottom() + 1 + twips / 15; };
+    for (const qint16 item : { 1, 4 }) {
+        Window.Session().GotoQuestion(item);
+        const QString kind = u"optChoices"_s;
+        const QRect frame = place(u"picBorder"_s), inner = Frame->contentsRect().translated(frame.topLeft()),
+                    mark = place(u"chkMarked"_s), next = place(u"cmdNext"_s), review = place(u"cmdReview"_s),
+                    stem = place(u"lblQuestion"_s), text = place(u"lblChoices1"_s), row = place(kind + u'1'),
+                    bar = place(u"vsbScroll"_s), exhibit = place(u"cmdExhibit"_s);
+        const double step = (review.left() - next.left()) / (item == 4 ? 3.0 : 2.0);
+        const struct {
+            const char *What;
+            double Is, Expected;
+        } rows[] = {
+            { "the frame's width", frame.width() * 1.0, 0.99 * Window.width() },
+            { "the frame in the middle", frame.center().x() * 1.0, Window.width() / 2.0 - 0.5 },
+            { "the frame below the mark", frame.top() * 1.0, below(mark, 100) },
+            { "the buttons below the frame", next.top() * 1.0, below(frame, 100) },
+            { "the buttons at the foot", next.bottom() + 1.0, Window.height() * 1.0 },
+            { "the mark at the frame's left", mark.left() * 1.0, frame.left() * 1.0 },
+            { "the time at the frame's right", place(u"lblTime"_s).right() + 1.0, below(inner.transposed(), 0) },
+            { "Next", next.left() * 1.0, frame.left() * 1.0 },
+            { "Previous", place(u"cmdPrev"_s).left() * 1.0, next.left() + step },
+            { "Exhibit", exhibit.left() * 1.0, item == 4 ? next.left() + 2 * step : exhibit.left() },
+            { "Review", review.right() * 1.0, frame.right() * 1.0 },
+            { "the bar", bar.right() * 1.0, inner.right() * 1.0 },
+            { "the bar's height", bar.height() * 1.0, inner.height() * 1.0 },
+            { "the stem's width", stem.width() * 1.0, 0.98 * 0.97 * inner.width() },
+            { "the first option", row.top() * 1.0, below(stem, 500) },
+            { "the second option", place(kind + u'2').top() * 1.0, below(text, 200) },
+            { "the option's text", text.left() * 1.0, row.right() + 1.0 },
+            { "the text's width", text.right() * 1.0, stem.right() * 1.0 },
+            { "the panel's right", below(PlaceOf(Panel).transposed(), 50), bar.left() * 1.0 },
+            { "the panel's foot", below(PlaceOf(Panel), 50), inner.bottom() + 1.0 },
+        };
+        for (const auto &[what, is, expected] : rows)
+            EXPECT_NEAR(is, expected, 1.01) << what << " of item " << item;
+    }
+}
+
 TEST_F(ExamWindowTest, TextSize)
 {
     Start();
