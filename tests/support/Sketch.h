@@ -7,6 +7,7 @@
 #include <QImage>
 #include <QLabel>
 #include <QScrollBar>
+#include <QSet>
 
 // What a window shows, in words.
 namespace Windows {
@@ -16,17 +17,21 @@ inline QRect PlaceOf(const QWidget *part)
     return { part->mapTo(part->window(), QPoint()), part->size() };
 }
 
+// The colours of a picture.
+inline QSet<QRgb> Colours(const QImage &picture)
+{
+    QSet<QRgb> colours;
+    for (int dot = 0; dot < picture.width() * picture.height(); ++dot)
+        colours += picture.pixel(dot % picture.width(), dot / picture.width());
+    return colours;
+}
+
 // Whether more than one colour is painted there.
 inline bool HasInk(const QImage &picture, const QRect &place)
 {
     const qreal scale = picture.devicePixelRatio();
     const QRect dots = QRectF(place.x() * scale, place.y() * scale, place.width() * scale, place.height() * scale).toRect();
-    const QImage part = picture.copy(dots & picture.rect());
-    for (int dot = 0; dot < part.width() * part.height(); ++dot) {
-        if (part.pixel(dot % part.width(), dot / part.width()) != part.pixel(0, 0))
-            return true;
-    }
-    return false;
+    return Colours(picture.copy(dots & picture.rect())).size() > 1;
 }
 
 // The parts of a widget that have no parts themselves.
