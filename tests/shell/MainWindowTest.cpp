@@ -4,9 +4,11 @@
 
 #include "model/IO.h"
 #include "tests/support/System.h"
-#include "tests/support/Windows.h"
+#include "tests/support/Sketch.h"
+#include "ui/LinkLabel.h"
 
-#include <QLabel>
+#include <QDate>
+#include <QHeaderView>
 #include <QSignalSpy>
 #include <QTextDocument>
 #include <QTreeView>
@@ -50,6 +52,7 @@ protected:
         Show(&Window);
     }
     QString Status() { return Find<QLabel>(&Window, u"lblStatus"_s)->text(); }
+    QString Header(int column) { return List->model()->headerData(column, Qt::Horizontal).toString(); }
     QModelIndex Cell(int row, int column) { return List->model()->index(row, column); }
     QString Text(int row, int column) { return Cell(row, column).data().toString(); }
 
@@ -80,9 +83,26 @@ TEST_F(MainWindowTest, Catalogue)
         EXPECT_EQ(Cell(row, 0).data(Qt::UserRole).toString(), path);
         EXPECT_EQ(Text(row, 0) + u'|' + Text(row, 1), codes[path] + u"|Exam "_s + codes[path]);
     }
-    Window.resize(700, 500);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return std::abs(List->columnWidth(0) - List->width() / 10) <= 1; }));
-    EXPECT_NEAR(List->columnWidth(1), List->width() * 0.9 - 50 / 15.0, 1);
+    for (const int width : { 900, 1000 }) {
+        Window.resize(width, 500);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return std::abs(List->columnWidth(0) - List->width() / 10) <= 1; }));
+        EXPECT_NEAR(List->columnWidth(1), List->width() * 0.9 - 50 / 15.0, 1);
+    }
+    EXPECT_EQ(Sketch(&Window),
+              (QStringList{ u"Practorium"_s, u"picLogo ..."_s, u"lvwExams"_s,
+                            u"3 Exams Installed  |   Download Exams   |   About ... More exam packs on the web"_s,
+                            u"... &Start Exam E&xit"_s }));
+    // The headings, and every row in its columns.
+    const QImage picture = Window.grab().toImage();
+    for (int row = -1; row < 3; ++row) {
+        const int y
+            = row < 0 ? List->header()->height() / 2 : List->viewport()->y() + List->visualRect(Cell(row, 0)).center().y();
+        for (const int column : { 0, 1 }) {
+            const QRect cell(List->columnViewportPosition(column) + 6, y - 5, 40, 10);
+            EXPECT_TRUE(HasInk(picture, cell.translated(List->pos()))) << row << ' ' << column;
+        }
+    }
+    EXPECT_EQ(Header(0) + u' ' + Header(1), u"Code Exam"_s);
 }
 
 // A package whose file cannot be read hides no other; where memory ends, the rows stay that are there by then.
@@ -159,6 +179,7 @@ TEST_F(MainWindowTest, Links)
     QSignalSpy about(&Window, &frmMain::AboutRequested);
     Click(&Window, u"lblAbout"_s);
     EXPECT_EQ(about.count(), 1);
+    EXPECT_TRUE(Find<LinkLabel>(&Window, u"lblProductLink"_s)->HRef().endsWith(u"/Products.asp"_s));
     // What was downloaded appears when that window has closed.
     QObject::connect(&Window, &frmMain::DownloadRequested, &Window, [] { InstallExam(u"NEW"_s); });
     Click(&Window, u"lblDownload"_s);
@@ -185,11 +206,13 @@ TEST(AboutTest, TextsAndSystemInformation)
     Messages boxes;
     frmAbout window(nullptr);
     Show(&window);
-    EXPECT_EQ(window.windowTitle(), u"About Practorium"_s);
-    EXPECT_NEAR(Find<QWidget>(&window, u"picLogo"_s)->geometry().center().x(), window.rect().center().x(), 1);
-    EXPECT_EQ(Find<QLabel>(&window, u"lblVersion"_s)->text(), u"Version: 1.0 Build: 0"_s);
+    const QStringList about = Sketch(&window);
+    EXPECT_EQ(about.first() + about.value(2), u"About Practorium... Version: 1.0 Build: 0 ..."_s);
+    EXPECT_TRUE(about.value(3).contains(QString::number(QDate::currentDate().year())));
+    EXPECT_EQ(about.last(), u"&System Info... ... OK"_s);
+    EXPECT_NEAR(PlaceOf(Find(&window, u"picLogo"_s)).center().x(), window.rect().center().x(), 1);
     boxes.Expect(u"System Information Is Unavailable At This Time"_s, PlainMessage);
     Click(&window, u"cmdSysInfo"_s);
-    Click(&window, u"cmdOK"_s);
+    QTest::keyClick(&window, Qt::Key_Return);
     EXPECT_FALSE(window.isVisible());
 }

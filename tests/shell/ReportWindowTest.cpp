@@ -2,11 +2,10 @@
 #include "shell/view/frmReport.h"
 
 #include "shell/view/SheetPainter.h"
-#include "tests/support/Windows.h"
+#include "tests/support/Sketch.h"
 
 #include <QBitmap>
 #include <QDialogButtonBox>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPdfWriter>
 #include <QPrinter>
@@ -37,11 +36,12 @@ public:
         return m_picture.pixelColor(qRound(x * 10) + m_picture.width() / 2 - 850, qRound(y * 10));
     }
     // Where there is ink in a part of the sheet.
-    QRectF Ink(int x, int y, int width, int height) const
+    QRectF Ink(double x, double y, double width, double height) const
     {
-        const QImage part = m_picture.copy(x * 10 + m_picture.width() / 2 - 850, y * 10, width * 10, height * 10);
-        const QRect ink = QRegion(QBitmap::fromImage(part, Qt::ThresholdDither)).boundingRect();
-        return QRectF(x + ink.x() / 10.0, y + ink.y() / 10.0, ink.width() / 10.0, ink.height() / 10.0);
+        const QRect dots(qRound(x * 10) + m_picture.width() / 2 - 850, qRound(y * 10), qRound(width * 10), qRound(height * 10));
+        const QImage ink = m_picture.copy(dots).createMaskFromColor(qRgb(255, 255, 255), Qt::MaskInColor);
+        const QRectF inside = QRegion(QBitmap::fromImage(ink)).boundingRect();
+        return QRectF(x + inside.x() / 10, y + inside.y() / 10, inside.width() / 10, inside.height() / 10);
     }
     QPaintDevice *redirected(QPoint *offset) const override
     {
@@ -71,29 +71,52 @@ protected:
 TEST_F(ReportWindowTest, ShowsTheResult)
 {
     for (const auto &[right, headline, colour] :
-         { std::tuple{ 2, u"Sorry!"_s, QColor(228, 78, 39) }, { 3, u"Contratulations!"_s, QColor(153, 239, 58) } }) {
+         { std::tuple{ 2, u"Sorry!"_s, qRgb(228, 78, 39) }, { 3, u"Contratulations!"_s, qRgb(153, 239, 58) } }) {
         for (int number = 1; number <= right; ++number)
             Globals::CurrentExam->Questions().Item(number)->SetAnswer(u"1"_s);
         SCOPED_TRACE(right);
         frmReport window(nullptr);
         window.Load();
         Show(&window);
-        EXPECT_EQ(Find<QLabel>(&window, u"lblMessage"_s)->text(),
-                  headline + u"\r\nA score of 700 or better was required to pass this exam.\r\nYour score was "_s
-                      + QString::number(right * 250));
-        const auto box = [&](const QString &name) { return Find<QWidget>(&window, name)->geometry(); };
-        const QImage picture = Find<QWidget>(&window, u"picScores"_s)->grab().toImage();
-        for (const auto &[bar, share, fill] :
-             { std::tuple{ u"shpRequired"_s, 0.7, QColor(58, 153, 239) }, { u"shpObtained"_s, right / 4.0, colour } }) {
-            EXPECT_NEAR(box(bar).width(), box(u"picScores"_s).width() * share, 1);
-            EXPECT_EQ(picture.pixelColor(3, qRound(box(bar).center().y() * picture.devicePixelRatio())), fill);
+        window.setWindowState(Qt::WindowNoState);
+        window.resize(1200, 700);
+        const QString result = u"%1\r\nA score of 700 or better was required to pass this exam.\r\nYour score was %2"_s;
+        EXPECT_EQ(Sketch(&window),
+                  (QStringList{
+                      u"Score Report"_s, u"... picLogo ..."_s, u"... "_s + result.arg(headline).arg(right * 250) + u" ..."_s,
+                      u"... Required Score: 700 shpRequired ..."_s, u"... Your Score: %1 shpObtained ..."_s.arg(right * 250),
+                      u"... 0% ... 100% ..."_s, u"... &Print &Save as PDF... &Exit ..."_s }));
+        const auto box = [&](const QString &name) { return PlaceOf(Find(&window, name)); };
+        const QImage picture = window.grab().toImage();
+        const QRect area = box(u"picScores"_s);
+        for (const auto &[name, share, fill] :
+             { std::tuple{ u"shpRequired"_s, 0.7, qRgb(58, 153, 239) }, { u"shpObtained"_s, right / 4.0, colour } }) {
+            const QRect bar = box(name);
+            EXPECT_NEAR(bar.width(), area.width() * share, 1);
+            EXPECT_EQ(Colours(Part(picture, bar)), QSet<QRgb>{ fill });
+            EXPECT_EQ(Colours(Part(picture, { bar.right() + 1, bar.y(), area.right() - bar.right(), bar.height() })),
+                      QSet<QRgb>{ qRgb(255, 255, 255) });
+        }
+        // The headline on a band of its colour in the middle, below it two lines of text.
+        const QRect text = box(u"lblMessage"_s), logo = box(u"picLogo"_s), scores = box(u"fraScores"_s),
+                    print = box(u"cmdPrint"_s);
+        QList<int> dots; // of the band's colour, row by row
+        for (int y = text.top(); y <= text.bottom(); ++y) {
+            const QImage row = Part(picture, { text.x(), y, text.width(), 1 });
+            dots += 0;
+            for (int x = 0; x < row.width(); ++x)
+                dots.last() += row.pixel(x, 0) == colour;
+        }
+        const auto lines = dots.size() - dots.count(0);
+        EXPECT_TRUE(dots.first() == 0 && lines > 30 && lines < text.height() / 2) << lines;
+        for (const int line : { 1, 2 }) {
+            const int height = Find(&window, u"lblMessage"_s)->fontMetrics().lineSpacing();
+            EXPECT_TRUE(HasInk(picture, { text.x(), text.bottom() - 18 - line * height, text.width(), height - 2 })) << line;
         }
         // From top to bottom: 500 twips, the logo, the result, 200 twips, the scores, and the buttons below their sides.
-        const QRect logo = box(u"picLogo"_s), result = box(u"lblMessage"_s), scores = box(u"fraScores"_s),
-                    print = box(u"cmdPrint"_s);
-        EXPECT_TRUE(logo.top() == 33 && std::abs(result.top() - logo.bottom()) <= 2
-                    && std::abs(scores.top() - result.bottom() - 14) <= 1);
-        for (const QRect &centred : { logo, result, scores })
+        EXPECT_TRUE(logo.top() == 33 && std::abs(text.top() - logo.bottom()) <= 2
+                    && std::abs(scores.top() - text.bottom() - 14) <= 1);
+        for (const QRect &centred : { logo, text, scores })
             EXPECT_NEAR(centred.center().x(), window.rect().center().x(), 1);
         EXPECT_TRUE(print.left() == scores.left() && print.top() == window.height() - 2 * print.height()
                     && print.top() > scores.bottom());
@@ -117,6 +140,10 @@ TEST_F(ReportWindowTest, PrintedPage)
                 << size << ' ' << y << ' ' << ink.width();
         }
         EXPECT_NEAR(sheet.Ink(0, 255, 170, 5).center().x(), 85, 1);
+        // The graph with its quarters, and the line above the foot.
+        for (const QPointF place : { QPointF(30, 103), QPointF(95, 130), QPointF(62.5, 129), QPointF(95, 129),
+                                     QPointF(127.5, 129), QPointF(160, 129), QPointF(5, 247), QPointF(165, 247) })
+            EXPECT_FALSE(sheet.Ink(place.x() - 0.5, place.y() - 0.5, 1, 1).isEmpty()) << place.x() << ' ' << place.y();
         for (const auto &[y, share, colour] :
              { std::tuple{ 106, 70, QColor(58, 153, 239) }, { 116, 40, QColor(228, 78, 39) } }) {
             const double end = 30 + share * 1.3;

@@ -2,9 +2,8 @@
 #include "shell/view/frmReview.h"
 
 #include "session/view/frmExam.h"
-#include "tests/support/Windows.h"
+#include "tests/support/Sketch.h"
 
-#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
@@ -33,6 +32,17 @@ protected:
         Show(Window.get());
         List = Find<QListWidget>(Window.get(), u"lvwReview"_s);
         Field = Find<QLineEdit>(Window.get(), u"txtQuestion"_s);
+    }
+    // A red flag, a green tick, something else, or nothing in that part of the window.
+    QChar PictureIn(const QRect &place)
+    {
+        const QImage icon = Window->grab(place).toImage();
+        int red = 0, green = 0, grey = 0;
+        for (int dot = 0; dot < icon.width() * icon.height(); ++dot) {
+            const QColor ink = icon.pixelColor(dot % icon.width(), dot / icon.width());
+            (ink.red() > ink.green() + 60 ? red : ink.green() > ink.red() + 60 ? green : grey) += ink.lightness() < 210;
+        }
+        return red > 30 ? u'r' : green > 30 ? u'g' : grey > 30 ? u'-' : u' ';
     }
     QPoint CentreOf(int row) { return List->visualItemRect(List->item(row)).center(); }
     void Type(const QString &text)
@@ -76,17 +86,23 @@ TEST_F(ReviewWindowTest, ShowsTheItemsInOrder)
     }
     Open();
     EXPECT_EQ(List->count(), 12);
+    Window->resize(1000, 500);
+    EXPECT_EQ(Sketch(Window.get()),
+              (QStringList{ u"Item Review"_s, u"lvwReview"_s, u"* Complete * Incomplete * Marked for review ..."_s,
+                            u"&Question number: txtQuestion &Go To ... Review &All Review &Marked &End Exam"_s }));
+    const QPoint corner = List->viewport()->mapTo(Window.get(), QPoint());
     for (int row = 0; row < 7; ++row) {
         EXPECT_EQ(List->item(row)->text(), rows[row].Text);
-        const QImage icon
-            = List->viewport()->grab(QRect(CentreOf(row) - QPoint(CentreOf(0).x() - 1, 12), QSize(22, 24))).toImage();
-        int red = 0, green = 0, grey = 0;
-        for (int dot = 0; dot < icon.width() * icon.height(); ++dot) {
-            const QColor ink = icon.pixelColor(dot % icon.width(), dot / icon.width());
-            (ink.red() > ink.green() + 60 ? red : ink.green() > ink.red() + 60 ? green : grey) += ink.lightness() < 210;
-        }
-        EXPECT_EQ(red > 30 ? u'r' : green > 30 ? u'g' : grey > 30 ? u'-' : u' ', rows[row].Picture) << row;
+        const QRect cell = List->visualItemRect(List->item(row)).translated(corner);
+        EXPECT_EQ(PictureIn({ cell.left(), cell.top(), 22, cell.height() }), rows[row].Picture) << row;
+        EXPECT_TRUE(HasInk(Window->grab().toImage(), cell.adjusted(22, 4, -30, -4))) << row;
     }
+    QString legend;
+    for (const QWidget *part : PartsOf(Window.get())) {
+        if (Described(part) == u"*"_s)
+            legend += PictureIn(PlaceOf(part));
+    }
+    EXPECT_EQ(legend, u"g-r"_s);
 }
 
 // A number from 1 to 12, or nothing; it has the focus when it is to be changed.
@@ -105,6 +121,8 @@ TEST_F(ReviewWindowTest, NumberField)
     }
     List->setFocus();
     Field->deselect();
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(Field->hasSelectedText());
     QEvent activation(QEvent::WindowActivate);
     QCoreApplication::sendEvent(Window.get(), &activation);
     EXPECT_EQ(Window->focusWidget(), Field);

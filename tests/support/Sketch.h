@@ -26,12 +26,18 @@ inline QSet<QRgb> Colours(const QImage &picture)
     return colours;
 }
 
-// Whether more than one colour is painted there.
-inline bool HasInk(const QImage &picture, const QRect &place)
+// What is painted there in the picture of a window.
+inline QImage Part(const QImage &picture, const QRect &place)
 {
     const qreal scale = picture.devicePixelRatio();
-    const QRect dots = QRectF(place.x() * scale, place.y() * scale, place.width() * scale, place.height() * scale).toRect();
-    return Colours(picture.copy(dots & picture.rect())).size() > 1;
+    const QRectF dots(place.x() * scale, place.y() * scale, place.width() * scale, place.height() * scale);
+    return picture.copy(dots.toRect() & picture.rect());
+}
+
+// Whether that is more than one colour.
+inline bool HasInk(const QImage &picture, const QRect &place)
+{
+    return Colours(Part(picture, place)).size() > 1;
 }
 
 // The parts of a widget that have no parts themselves.
@@ -70,7 +76,7 @@ inline QStringList Sketch(QWidget *window)
     std::stable_sort(parts.begin(), parts.end(),
                      [](const QWidget *a, const QWidget *b) { return PlaceOf(a).center().y() < PlaceOf(b).center().y(); });
     QStringList rows{ window->windowTitle() };
-    const int room = window->width() / 12;
+    const int room = window->width() / 8;
     while (!parts.isEmpty()) {
         const QRect first = PlaceOf(parts.first());
         QWidgetList row;
@@ -87,8 +93,10 @@ inline QStringList Sketch(QWidget *window)
             parts.removeOne(part);
             const QString text = Described(part);
             const QRect place = PlaceOf(part);
-            const bool isText = !part->property("text").toString().isEmpty();
-            const int needed = isText ? part->fontMetrics().size(0, part->property("text").toString()).width() : 0;
+            const auto *label = qobject_cast<const QLabel *>(part);
+            const int flags = label && !label->buddy() ? 0 : Qt::TextShowMnemonic;
+            const int needed = part->fontMetrics().size(flags, part->property("text").toString()).width();
+            const bool isText = needed > 0;
             EXPECT_GE(part->width(), needed) << text.toStdString() << " is cut off";
             EXPECT_EQ(part->visibleRegion().boundingRect(), part->rect()) << text.toStdString() << " is covered";
             for (const QWidget *other : parts)
