@@ -7,6 +7,9 @@
 #include <random>
 #include <set>
 
+inline const QString NoExhibit
+    = u"16 The exhibit cannot be displayed because required files are missing or corrupt. Please reinstall the exam pack."_s;
+
 // What the exam window shows of a page, as Windows::Sketch gives it.
 inline QStringList Sketched(const PageState &page)
 {
@@ -166,21 +169,23 @@ public:
     }
     virtual ~Hands() = default;
 
-    virtual void Choose(int row, SelectorKind kind, bool isChosen)
+    // A control by its name, and by its number if it is in a row.
+    virtual void Press(const QString &control, int row)
     {
-        if (kind == SelectorKind::Radio)
-            Session.optChoices_Click(row);
-        else
-            Session.chkChoices_Click(row, isChosen);
+        const std::map<QString, std::function<void()>> calls = {
+            { u"optChoices"_s, [&] { Session.optChoices_Click(row); } },
+            { u"chkChoices"_s, [&] { Session.chkChoices_Click(row, !Session.Page().chkChoices[row - 1].Value); } },
+            { u"lblChoices"_s, [&] { Session.lblChoices_Click(row); } },
+            { u"chkMarked"_s, [&] { Session.chkMarked_Click(!Session.Page().IsMarked); } },
+            { u"cmdNext"_s, [&] { Session.cmdNext_Click(); } },
+            { u"cmdPrev"_s, [&] { Session.cmdPrev_Click(); } },
+            { u"cmdReview"_s, [&] { Session.cmdReview_Click(); } },
+            { u"cmdExhibit"_s, [&] { Session.cmdExhibit_Click(); } },
+            { u"cmdWhy"_s, [&] { Session.cmdWhy_Click(); } },
+        };
+        calls.at(control)();
     }
-    virtual void ClickText(int row) { Session.lblChoices_Click(row); }
     virtual void PressLetter(QChar letter, bool isOption) { EXPECT_EQ(Session.PressLetter(letter), isOption); }
-    virtual void Mark(bool isMarked) { Session.chkMarked_Click(isMarked); }
-    virtual void Next() { Session.cmdNext_Click(); }
-    virtual void Previous() { Session.cmdPrev_Click(); }
-    virtual void Review() { Session.cmdReview_Click(); }
-    virtual void Exhibit() { Session.cmdExhibit_Click(); }
-    virtual void Why() { Session.cmdWhy_Click(); }
     virtual bool Close() { return Session.QueryClose(); }
     // What the session has asked to show.
     virtual QStringList Shown() { return m_shown; }
@@ -260,24 +265,27 @@ private:
         return !testing::Test::HasFailure();
     }
 
+    void Press(const QString &control, int row = 0)
+    {
+        m_steps += control + QString::number(row);
+        m_hands.Press(control, row);
+    }
     void Step()
     {
         const int row = 1 + Any(7);
-        const SelectorKind kind = m_rules.Page().Kind;
+        const bool isRadio = m_rules.Current().Key.size() == 1;
         const bool isOption = row <= m_rules.Current().Options, canChoose = isOption && !m_rules.IsEnded;
         switch (Any(13)) {
         case 0:
         case 1:
             if (!canChoose)
                 return;
-            m_steps += u"choose %1"_s.arg(row);
-            m_hands.Choose(row, kind, m_rules.Chosen.count(row) == 0);
+            Press(isRadio ? u"optChoices"_s : u"chkChoices"_s, row);
             return m_rules.Toggle(row);
         case 2:
             if (!isOption)
                 return;
-            m_steps += u"click text %1"_s.arg(row);
-            m_hands.ClickText(row);
+            Press(u"lblChoices"_s, row);
             // Without a key the boxes are shown, and a text acts on the hidden radio buttons.
             return canChoose && !m_rules.Current().Key.empty() ? m_rules.Toggle(row) : void();
         case 3:
@@ -287,23 +295,20 @@ private:
         case 4:
             if (m_rules.IsEnded)
                 return;
-            m_steps += u"mark"_s;
             m_rules.IsMarked = !m_rules.IsMarked;
-            return m_hands.Mark(m_rules.IsMarked);
+            return Press(u"chkMarked"_s);
         case 5:
         case 6:
-            m_steps += u"next"_s;
             if (m_rules.NextOpensList())
-                return OpenList(&Hands::Next);
-            m_hands.Next();
+                return OpenList(u"cmdNext"_s);
+            Press(u"cmdNext"_s);
             return m_rules.Next();
         case 7:
             if (!m_rules.CanGoBack)
                 return;
-            m_steps += u"previous"_s;
-            m_hands.Previous();
+            Press(u"cmdPrev"_s);
             return m_rules.Previous();
-        case 8: return OpenList(&Hands::Review);
+        case 8: return OpenList(u"cmdReview"_s);
         case 9: return Wait();
         case 10: return Look();
         case 11:
@@ -313,19 +318,18 @@ private:
             return m_rules.IsEnded ? void() : m_rules.Log.push_back(u"36 Are you sure you want to terminate the exam?"_s);
         default:
             // Assistive technology can press what is not there.
-            m_steps += u"press in vain"_s;
             for (const int none : { 0, std::max(1, m_rules.Current().Options) + row }) {
-                m_session.optChoices_Click(kind == SelectorKind::Radio ? none : row);
-                m_session.chkChoices_Click(kind == SelectorKind::Check ? none : row, true);
+                m_session.optChoices_Click(isRadio ? none : row);
+                m_session.chkChoices_Click(isRadio ? row : none, true);
             }
         }
     }
-    void OpenList(void (Hands::*by)())
+    void OpenList(const QString &by)
     {
         m_rules.Save();
         m_rules.Log += u"list"_s;
         m_port.Meanwhile = [this] { UseList(1 + Any(m_rules.Count())); };
-        (m_hands.*by)();
+        Press(by);
         EXPECT_FALSE(m_port.Meanwhile) << "the list did not open";
         if (m_rules.IsEnded)
             m_rules.StartReview();
@@ -374,17 +378,13 @@ private:
     }
     void Look()
     {
-        m_steps += u"look"_s;
         if (m_rules.Current().HasExhibit) {
             m_port.Meanwhile = [] { throw std::bad_alloc(); };
-            m_hands.Exhibit();
-            m_rules.Log += {
-                u"map.gif"_s,
-                u"16 The exhibit cannot be displayed because required files are missing or corrupt. Please reinstall the exam pack."_s
-            };
+            Press(u"cmdExhibit"_s);
+            m_rules.Log += { u"map.gif"_s, NoExhibit };
         }
         if (m_rules.IsPostExam && m_rules.Current().HasExplanation) {
-            m_hands.Why();
+            Press(u"cmdWhy"_s);
             m_rules.Log += u"why %1"_s.arg(m_rules.At);
         }
     }

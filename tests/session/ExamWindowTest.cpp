@@ -42,31 +42,28 @@ public:
         const QScopedValueRollback unprompted(m_isUnprompted, true);
         return Show(text, style);
     }
-    void Choose(int row, SelectorKind kind, bool) override
+    void Press(const QString &control, int row) override
     {
-        Press((kind == SelectorKind::Radio ? u"optChoices%1"_s : u"chkChoices%1"_s).arg(row), Qt::Key_Space);
+        std::optional<WhenOpen> explanation;
+        if (control == u"cmdWhy"_s)
+            explanation.emplace(u"frmExplain"_s, [this](QWidget *window) {
+                Port.Log += u"why "_s + window->windowTitle().section(u"Explaination - Question: "_s, 1);
+                QTest::keyClick(window, Qt::Key_Escape);
+            });
+        if (control == u"cmdExhibit"_s)
+            Port.Meanwhile = {}; // the file is missing anyway
+        auto *part = Find(&m_window, row > 0 ? control + QString::number(row) : control);
+        auto *button = qobject_cast<QAbstractButton *>(part);
+        if (!button)
+            return Click(part);
+        if (m_presses++ % 2 == 0)
+            return ClickBox(&m_window, part->objectName());
+        part->setFocus();
+        QTest::keyClick(m_window.focusWidget(), button->isCheckable() ? Qt::Key_Space : Qt::Key_Return);
     }
-    void ClickText(int row) override { Click(&m_window, u"lblChoices%1"_s.arg(row)); }
     void PressLetter(QChar letter, bool) override
     {
         QTest::keyClick(m_window.focusWidget(), static_cast<Qt::Key>(letter.toUpper().unicode()));
-    }
-    void Mark(bool) override { Press(u"chkMarked"_s, Qt::Key_Space); }
-    void Next() override { Press(u"cmdNext"_s); }
-    void Previous() override { Press(u"cmdPrev"_s); }
-    void Review() override { Press(u"cmdReview"_s); }
-    void Exhibit() override
-    {
-        Port.Meanwhile = {}; // the file is missing anyway
-        Press(u"cmdExhibit"_s);
-    }
-    void Why() override
-    {
-        WhenOpen explanation(u"frmExplain"_s, [this](QWidget *window) {
-            Port.Log += u"why "_s + window->windowTitle().section(u"Explaination - Question: "_s, 1);
-            QTest::keyClick(window, Qt::Key_Escape);
-        });
-        Press(u"cmdWhy"_s);
     }
     bool Close() override { return Session.Page().IsPostExam || m_window.close(); }
     QStringList Shown() override { return Sketch(&m_window); }
@@ -76,14 +73,6 @@ public:
     }
 
 private:
-    void Press(const QString &name, Qt::Key key = Qt::Key_Return)
-    {
-        if (m_presses++ % 2 == 0)
-            return ClickBox(&m_window, name);
-        Find(&m_window, name)->setFocus();
-        QTest::keyClick(m_window.focusWidget(), key);
-    }
-
     frmExam &m_window;
     bool m_isUnprompted = false;
     int m_presses = 0;
