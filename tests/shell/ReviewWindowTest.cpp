@@ -45,11 +45,6 @@ protected:
         return red > 30 ? u'r' : green > 30 ? u'g' : grey > 30 ? u'-' : u' ';
     }
     QPoint CentreOf(int row) { return List->visualItemRect(List->item(row)).center(); }
-    void Type(const QString &text)
-    {
-        Field->clear();
-        QTest::keyClicks(Field, text);
-    }
 
     Messages Boxes;
     frmExam Exam;
@@ -127,7 +122,7 @@ TEST_F(ReviewWindowTest, NumberField)
     QCoreApplication::sendEvent(Window.get(), &activation);
     EXPECT_EQ(Window->focusWidget(), Field);
     EXPECT_TRUE(QTest::qWaitFor([&] { return Field->selectedText() == u"12"_s; }));
-    Type(u"   "_s);
+    Field->setText(u"   "_s);
     List->setFocus();
     Boxes.Expect(u"Please enter the question number into the given field."_s, InformationMessage);
     Click(Window.get(), u"cmdGoTo"_s);
@@ -148,48 +143,32 @@ TEST_F(ReviewWindowTest, ListTakesDigitsOnly)
 TEST_F(ReviewWindowTest, WaysBackToTheExam)
 {
     Globals::CurrentExam->Questions().Item(3)->SetIsMarked(true);
+    const auto button = [this](const QString &name) { return [this, name] { Click(Window.get(), name); }; };
     const struct {
-        QString Way;
+        const char *Way;
+        QString Typed;
+        int Row;
         std::function<void()> Go;
-        int Index;
-        int Mode;
+        int Index, Mode;
     } rows[] = {
-        { u"number and button"_s,
-          [this] {
-              Type(u"7x9"_s);
-              Click(Window.get(), u"cmdGoTo"_s);
-          },
-          7, 0 },
-        { u"number and Enter"_s,
-          [this] {
-              Type(u"12"_s);
-              QTest::keyClick(Field, Qt::Key_Return);
-          },
-          12, 0 },
-        { u"double-click"_s,
-          [this] {
-              QTest::mouseClick(List->viewport(), Qt::LeftButton, Qt::NoModifier, CentreOf(3));
-              QTest::mouseDClick(List->viewport(), Qt::LeftButton, Qt::NoModifier, CentreOf(3));
-          },
-          4, 0 },
-        { u"Enter in the list"_s,
-          [this] {
-              List->setCurrentRow(9);
-              QTest::keyClick(List, Qt::Key_Return);
-          },
-          10, 0 },
-        { u"review all"_s, [this] { Click(Window.get(), u"cmdReviewAll"_s); }, 1, 1 },
-        { u"review marked"_s, [this] { Click(Window.get(), u"cmdReviewMarked"_s); }, 3, 2 },
-        { u"Escape in the list"_s, [this] { QTest::keyClick(List, Qt::Key_Escape); }, 5, 0 },
+        { "number and button", u"7x9"_s, 0, button(u"cmdGoTo"_s), 7, 0 },
+        { "number and Enter", u"12"_s, 0, [this] { QTest::keyClick(Field, Qt::Key_Return); }, 12, 0 },
+        { "double-click", u""_s, 3, [this] { QTest::mouseDClick(List->viewport(), Qt::LeftButton, {}, CentreOf(3)); }, 4, 0 },
+        { "Enter in the list", u""_s, 9, [this] { QTest::keyClick(List, Qt::Key_Return); }, 10, 0 },
+        { "review all", u""_s, 0, button(u"cmdReviewAll"_s), 1, 1 },
+        { "review marked", u""_s, 0, button(u"cmdReviewMarked"_s), 3, 2 },
+        { "Escape in the list", u""_s, 0, [this] { QTest::keyClick(List, Qt::Key_Escape); }, 5, 0 },
     };
     for (const auto &row : rows) {
         Exam.Session().SetReviewMode(ExamSession::TakingExam);
         Exam.Session().GotoQuestion(5);
         Open();
+        Field->clear();
+        QTest::keyClicks(Field, row.Typed);
+        QTest::mouseClick(List->viewport(), Qt::LeftButton, {}, CentreOf(row.Row));
         row.Go();
-        EXPECT_FALSE(Window->isVisible()) << row.Way.toStdString();
-        EXPECT_TRUE(Exam.Session().CurrentIndex() == row.Index && Exam.Session().ReviewMode() == row.Mode)
-            << row.Way.toStdString();
+        EXPECT_FALSE(Window->isVisible()) << row.Way;
+        EXPECT_TRUE(Exam.Session().CurrentIndex() == row.Index && Exam.Session().ReviewMode() == row.Mode) << row.Way;
     }
 }
 
