@@ -165,30 +165,33 @@ public:
         : Session(session)
         , Port(port)
     {
-        Port.Shown = [this] { m_shown = Sketched(Session.Page()); };
+        Port.Shown = [this] { m_shown = Session.Page(); };
     }
     virtual ~Hands() = default;
 
     // A control by its name, and by its number if it is in a row.
     virtual void Press(const QString &control, int row)
     {
-        const std::map<QString, std::function<void()>> calls = {
-            { u"optChoices"_s, [&] { Session.optChoices_Click(row); } },
-            { u"chkChoices"_s, [&] { Session.chkChoices_Click(row, !Session.Page().chkChoices[row - 1].Value); } },
-            { u"lblChoices"_s, [&] { Session.lblChoices_Click(row); } },
-            { u"chkMarked"_s, [&] { Session.chkMarked_Click(!Session.Page().IsMarked); } },
-            { u"cmdNext"_s, [&] { Session.cmdNext_Click(); } },
-            { u"cmdPrev"_s, [&] { Session.cmdPrev_Click(); } },
-            { u"cmdReview"_s, [&] { Session.cmdReview_Click(); } },
-            { u"cmdExhibit"_s, [&] { Session.cmdExhibit_Click(); } },
-            { u"cmdWhy"_s, [&] { Session.cmdWhy_Click(); } },
-        };
-        calls.at(control)();
+        static const std::map<QString, void (ExamSession::*)()> buttons = { { u"cmdNext"_s, &ExamSession::cmdNext_Click },
+                                                                            { u"cmdPrev"_s, &ExamSession::cmdPrev_Click },
+                                                                            { u"cmdReview"_s, &ExamSession::cmdReview_Click },
+                                                                            { u"cmdExhibit"_s, &ExamSession::cmdExhibit_Click },
+                                                                            { u"cmdWhy"_s, &ExamSession::cmdWhy_Click } };
+        if (control == u"optChoices"_s)
+            Session.optChoices_Click(row);
+        else if (control == u"chkChoices"_s)
+            Session.chkChoices_Click(row, !Session.Page().chkChoices[row - 1].Value);
+        else if (control == u"lblChoices"_s)
+            Session.lblChoices_Click(row);
+        else if (control == u"chkMarked"_s)
+            Session.chkMarked_Click(!Session.Page().IsMarked);
+        else
+            (Session.*buttons.at(control))();
     }
     virtual void PressLetter(QChar letter, bool isOption) { EXPECT_EQ(Session.PressLetter(letter), isOption); }
     virtual bool Close() { return Session.QueryClose(); }
     // What the session has asked to show.
-    virtual QStringList Shown() { return m_shown; }
+    virtual QStringList Shown() { return Sketched(m_shown); }
     // Whether the log of the port has that word.
     virtual bool Hears(const QString &) const { return true; }
 
@@ -196,7 +199,7 @@ public:
     ScriptedPort &Port;
 
 private:
-    QStringList m_shown;
+    PageState m_shown;
 };
 
 // A candidate who does anything that the windows offer, one random step after the other.

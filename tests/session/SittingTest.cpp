@@ -5,7 +5,7 @@
 // Whatever a candidate does, session and rules agree after every step.
 TEST(SittingTest, AnySteps)
 {
-    constexpr int Sittings = 2000, Steps = 150;
+    constexpr int Sittings = 1500, Steps = 150;
     const unsigned seed = TestSeed();
     for (unsigned sitting = 0; sitting < Sittings && !HasFailure(); ++sitting) {
         SCOPED_TRACE(testing::Message() << "seed " << seed + sitting);
