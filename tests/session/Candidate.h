@@ -59,15 +59,10 @@ struct Rules {
                            [](const Item &item) { return item.IsMarked; });
     }
     void ShowTime() { Time = u"Time Remaining:  "_s + Common::FormatDuration(qint16(Seconds)); }
-    void Save()
-    {
-        Current().Response = Chosen;
-        Current().IsMarked = IsMarked;
-    }
+    void Save() { std::tie(Current().Response, Current().IsMarked) = std::tie(Chosen, IsMarked); }
     void Show()
     {
-        Chosen = Current().Response;
-        IsMarked = Current().IsMarked;
+        std::tie(Chosen, IsMarked) = std::tie(Current().Response, Current().IsMarked);
         CanGoBack = At > 1;
         Log += u"item"_s;
     }
@@ -106,11 +101,6 @@ struct Rules {
             }
         }
     }
-    void StartReview()
-    {
-        IsPostExam = true;
-        Log += u"no clock"_s;
-    }
     void Tick(MessageAnswer answer)
     {
         if (IsEnded)
@@ -123,9 +113,8 @@ struct Rules {
             Seconds = 1800;
             Log += u"clock"_s;
         } else {
-            IsEnded = true;
-            Log += u"report"_s;
-            StartReview();
+            IsEnded = IsPostExam = true;
+            Log += { u"report"_s, u"no clock"_s };
             Show();
         }
     }
@@ -334,8 +323,8 @@ private:
         m_port.Meanwhile = [this] { UseList(1 + Any(m_rules.Count())); };
         Press(by);
         EXPECT_FALSE(m_port.Meanwhile) << "the list did not open";
-        if (m_rules.IsEnded)
-            m_rules.StartReview();
+        m_rules.IsPostExam = m_rules.IsEnded;
+        m_rules.Log += QStringList(m_rules.IsEnded ? 1 : 0, u"no clock"_s);
     }
     void UseList(int index)
     {

