@@ -7,6 +7,7 @@
 #include "tests/support/Sketch.h"
 #include "ui/LinkLabel.h"
 
+#include <QAbstractItemModelTester>
 #include <QDate>
 #include <QHeaderView>
 #include <QSignalSpy>
@@ -33,6 +34,8 @@ protected:
     {
         Window.Load();
         List = Find<QTreeView>(&Window, u"lvwExams"_s);
+        Tester
+            = std::make_unique<QAbstractItemModelTester>(List->model(), QAbstractItemModelTester::FailureReportingMode::Fatal);
         Show(&Window);
     }
     QString Status() { return Find<QLabel>(&Window, u"lblStatus"_s)->text(); }
@@ -43,6 +46,7 @@ protected:
     Messages Boxes;
     frmMain Window;
     QTreeView *List = nullptr;
+    std::unique_ptr<QAbstractItemModelTester> Tester; // of the model's promises
 };
 
 }
