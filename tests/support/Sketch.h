@@ -37,7 +37,12 @@ inline QImage Part(const QImage &picture, const QRect &place)
 // Whether that is more than one colour.
 inline bool HasInk(const QImage &picture, const QRect &place)
 {
-    return Colours(Part(picture, place)).size() > 1;
+    const QImage part = Part(picture, place);
+    for (int dot = 0; dot < part.width() * part.height(); ++dot) {
+        if (part.pixel(dot % part.width(), dot / part.width()) != part.pixel(0, 0))
+            return true;
+    }
+    return false;
 }
 
 // The parts of a widget that have no parts themselves.

@@ -6,14 +6,12 @@
 #include <QFile>
 #include <QTest>
 
-// While it lives, the desktop has a browser that writes down what it is asked
-// to open.
+// While it lives, the desktop has a browser that writes down what it is asked to open.
 class FakeBrowser {
 public:
     FakeBrowser();
     ~FakeBrowser();
-    FakeBrowser(const FakeBrowser &) = delete;
-    FakeBrowser &operator=(const FakeBrowser &) = delete;
+    Q_DISABLE_COPY(FakeBrowser)
 
     bool HasOpened() const { return QFile::exists(m_log); }
     // What was opened, once something was; "|" stands between several parameters.
@@ -32,6 +30,5 @@ public:
 
 private:
     QString m_log = Sandbox::Path(QStringLiteral("browser.log"));
-    // What the desktop had before.
-    QString m_before;
+    QString m_before; // what the desktop had
 };

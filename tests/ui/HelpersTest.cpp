@@ -28,8 +28,7 @@ TEST(HelpersTest, BusyAndBack)
     EXPECT_TRUE(tip.isEnabled()) << "no window";
     ASSERT_NE(QApplication::overrideCursor(), nullptr);
     EXPECT_EQ(QApplication::overrideCursor()->shape(), Qt::WaitCursor);
-    // A window that has come meanwhile has a blank tag.
-    late.setProperty("tag", u"  "_s);
+    late.setProperty("tag", u"  "_s); // as of a window that has come meanwhile
     EndBusy();
     EXPECT_TRUE(usual.isEnabled() && late.isEnabled());
     EXPECT_TRUE(owned[0]->isEnabled() && owned[4]->isEnabled());

@@ -73,16 +73,13 @@ TEST(MessagesTest, EndlessTexts)
 // What is meant for the window below does not answer a box that comes by itself.
 TEST(MessagesTest, UnpromptedBoxesWait)
 {
-    const struct {
-        int Answer;
-        void (*Do)(QWidget *box, QPoint no);
-    } ways[] = {
+    using Way = std::pair<int, void (*)(QWidget * box, QPoint no)>;
+    const Way ways[] = {
         { AnswerYes, [](QWidget *box, QPoint) { QTest::keyClick(box, Qt::Key_Return); } },
-        { AnswerNo,
-          [](QWidget *box, QPoint no) { QTest::mouseClick(box->windowHandle(), Qt::LeftButton, Qt::NoModifier, no); } },
+        { AnswerNo, [](QWidget *box, QPoint no) { QTest::mouseClick(box->windowHandle(), Qt::LeftButton, {}, no); } },
         { AnswerNo, [](QWidget *box, QPoint) { box->windowHandle()->close(); } },
     };
-    for (const auto &way : ways) {
+    for (const Way &way : ways) {
         WhenOpen open(u"QMessageBox"_s, [&way](QWidget *box) {
             QElapsedTimer since;
             since.start();
@@ -100,10 +97,10 @@ TEST(MessagesTest, UnpromptedBoxesWait)
             EXPECT_TRUE(QTest::qWaitFor([&] { return since.elapsed() > 1000; }));
             enter.Press(true);
             ASSERT_TRUE(box->isVisible()) << "the key is still down";
-            way.Do(box, place);
+            way.second(box, place);
             EXPECT_FALSE(box->isVisible());
         });
-        EXPECT_EQ(ShowUnpromptedMessage(u"?"_s, QuestionMessage), way.Answer);
+        EXPECT_EQ(ShowUnpromptedMessage(u"?"_s, QuestionMessage), way.first);
     }
 }
 
@@ -114,8 +111,8 @@ TEST(MessagesTest, KeysThatActOnce)
         int Presses = 0;
         void keyPressEvent(QKeyEvent *) override { ++Presses; }
     } probe;
-    Show(&probe);
     probe.setFocusPolicy(Qt::StrongFocus);
+    Show(&probe);
     probe.setFocus();
     const struct {
         HeldKey Key;
