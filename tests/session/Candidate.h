@@ -1,11 +1,46 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "tests/session/ScriptedPort.h"
+#include "common/Common.h"
+#include "session/ExamSession.h"
 #include "tests/support/Test.h"
 
 #include <random>
 #include <set>
+
+// The surroundings of a session: a log of its calls, and scripted answers.
+struct ScriptedPort : SessionPort {
+    QStringList Log;
+    MessageAnswer Answer = AnswerNo;
+    std::function<void()> Meanwhile; // done once, while the next box or window is open
+    std::function<void()> Shown = [] {}; // done whenever the page is to be painted
+
+    void Note(const QString &what)
+    {
+        Log += what;
+        if (const auto meanwhile = std::exchange(Meanwhile, {}))
+            meanwhile();
+    }
+    MessageAnswer Ask(const QString &text, MessageStyle style, const QVariantList &values) override
+    {
+        Note(QString::number(style) + u' ' + Common::FormatText(text, values, Common::LineBreakMarker::Exact));
+        return Answer;
+    }
+    void ShowItem() override
+    {
+        Log += u"item"_s;
+        Shown();
+    }
+    void ShowChanges() override { Shown(); }
+    void ShowExam() override { Note(u"exam"_s); }
+    void StartClock() override { Note(u"clock"_s); }
+    void StopClock() override { Log += u"no clock"_s; }
+    void ShowExhibit(const QString &name) override { Note(name); }
+    void CloseExhibit() override { }
+    void ShowExplanation(qint16 index) override { Note(u"why %1"_s.arg(index)); }
+    void ShowReviewList() override { Note(u"list"_s); }
+    void ShowReport() override { Note(u"report"_s); }
+};
 
 inline const QString NoExhibit
     = u"16 The exhibit cannot be displayed because required files are missing or corrupt. Please reinstall the exam pack."_s;
@@ -161,21 +196,18 @@ public:
     // A control by its name, and by its number if it is in a row.
     virtual void Press(const QString &control, int row)
     {
-        static const std::map<QString, void (ExamSession::*)()> buttons = { { u"cmdNext"_s, &ExamSession::cmdNext_Click },
-                                                                            { u"cmdPrev"_s, &ExamSession::cmdPrev_Click },
-                                                                            { u"cmdReview"_s, &ExamSession::cmdReview_Click },
-                                                                            { u"cmdExhibit"_s, &ExamSession::cmdExhibit_Click },
-                                                                            { u"cmdWhy"_s, &ExamSession::cmdWhy_Click } };
-        if (control == u"optChoices"_s)
-            Session.optChoices_Click(row);
-        else if (control == u"chkChoices"_s)
-            Session.chkChoices_Click(row, !Session.Page().chkChoices[row - 1].Value);
-        else if (control == u"lblChoices"_s)
-            Session.lblChoices_Click(row);
-        else if (control == u"chkMarked"_s)
-            Session.chkMarked_Click(!Session.Page().IsMarked);
-        else
-            (Session.*buttons.at(control))();
+        static const std::map<QString, void (*)(ExamSession &, int)> presses = {
+            { u"optChoices"_s, [](ExamSession &s, int r) { s.optChoices_Click(r); } },
+            { u"chkChoices"_s, [](ExamSession &s, int r) { s.chkChoices_Click(r, !s.Page().chkChoices[r - 1].Value); } },
+            { u"lblChoices"_s, [](ExamSession &s, int r) { s.lblChoices_Click(r); } },
+            { u"chkMarked"_s, [](ExamSession &s, int) { s.chkMarked_Click(!s.Page().IsMarked); } },
+            { u"cmdNext"_s, [](ExamSession &s, int) { s.cmdNext_Click(); } },
+            { u"cmdPrev"_s, [](ExamSession &s, int) { s.cmdPrev_Click(); } },
+            { u"cmdReview"_s, [](ExamSession &s, int) { s.cmdReview_Click(); } },
+            { u"cmdExhibit"_s, [](ExamSession &s, int) { s.cmdExhibit_Click(); } },
+            { u"cmdWhy"_s, [](ExamSession &s, int) { s.cmdWhy_Click(); } },
+        };
+        presses.at(control)(Session, row);
     }
     virtual void PressLetter(QChar letter, bool isOption) { EXPECT_EQ(Session.PressLetter(letter), isOption); }
     virtual bool Close() { return Session.QueryClose(); }

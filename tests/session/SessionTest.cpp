@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/session/ScriptedPort.h"
-#include "tests/support/Test.h"
+#include "tests/session/Candidate.h"
+#include "tests/support/Seed.h"
 
 namespace {
 
@@ -78,5 +78,19 @@ TEST_F(SessionTest, UnloadedMeanwhile)
         answer == NoAnswer ? Session.cmdReview_Click() : Session.tmrTimer_Timer();
         EXPECT_EQ(Port.Log.last().left(2), answer == NoAnswer ? u"li"_s : u"36"_s) << "neither clock nor report";
         EXPECT_EQ(Globals::CurrentExam, nullptr);
+    }
+}
+
+// Whatever a candidate does, session and rules agree after every step.
+TEST(SittingTest, AnySteps)
+{
+    constexpr int Sittings = 1500, Steps = 150;
+    const unsigned seed = TestSeed();
+    for (unsigned sitting = 0; sitting < Sittings && !HasFailure(); ++sitting) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed + sitting);
+        ScriptedPort port;
+        ExamSession session(port);
+        Hands hands(session, port);
+        Candidate(hands, seed + sitting).Sit(Steps);
     }
 }
