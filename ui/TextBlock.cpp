@@ -92,9 +92,8 @@ void TextBlock::LayOut(int width) const
         return;
     m_width = width;
     m_layout.setFont(font());
-    const qreal bottom = LayOutLines(m_layout, width, QPoint(m_leftInset, m_topInset));
-    // An empty text still takes a line.
-    m_height = static_cast<int>(std::ceil(m_layout.lineCount() > 0 ? bottom : m_topInset + fontMetrics().height()));
+    // An empty text, too, has a line.
+    m_height = static_cast<int>(std::ceil(LayOutLines(m_layout, width, QPoint(m_leftInset, m_topInset))));
 }
 
 qreal TextBlock::LayOutLines(QTextLayout &layout, int width, QPoint corner)
@@ -116,8 +115,6 @@ TextBlock::Extent TextBlock::ExtentOf(const QString &text, const QFont &font, in
     layout.setTextOption(Wrapping());
     layout.setCacheEnabled(true);
     qreal height = LayOutLines(layout, QWIDGETSIZE_MAX, {});
-    if (layout.lineCount() == 0)
-        return { 0, QFontMetrics(font).height() };
     qreal widest = 0;
     for (int i = 0; i < layout.lineCount(); ++i)
         widest = std::max(widest, layout.lineAt(i).naturalTextWidth());

@@ -79,6 +79,11 @@ TEST_F(SessionTest, UnloadedMeanwhile)
         EXPECT_EQ(Port.Log.last().left(2), answer == NoAnswer ? u"li"_s : u"36"_s) << "neither clock nor report";
         EXPECT_EQ(Globals::CurrentExam, nullptr);
     }
+    SetUpExam();
+    Globals::CurrentExam->SetDuration(0);
+    Session.StartExam();
+    Session.tmrTimer_Timer();
+    EXPECT_TRUE(Port.Log.contains(u"report"_s)) << "the next sitting";
 }
 
 // Whatever a candidate does, session and rules agree after every step.
