@@ -104,13 +104,14 @@ TEST_F(ReviewWindowTest, ShowsTheItemsInOrder)
 TEST_F(ReviewWindowTest, NumberField)
 {
     Open();
-    for (const auto &[text, held] : { std::pair{ u"  "_s, u"  "_s },
-                                      { u"12"_s, u"12"_s },
-                                      { u"13"_s, u"12"_s },
-                                      { u"000"_s, u"1"_s },
-                                      { u"x"_s, u"1"_s },
-                                      { u"-3"_s, u"1"_s },
-                                      { u"9"_s.repeated(400), u"12"_s } }) {
+    const std::pair<QString, QString> rows[] = { { u"  "_s, u"  "_s },
+                                                 { u"12"_s, u"12"_s },
+                                                 { u"13"_s, u"12"_s },
+                                                 { u"000"_s, u"1"_s },
+                                                 { u"x"_s, u"1"_s },
+                                                 { u"-3"_s, u"1"_s },
+                                                 { u"9"_s.repeated(400), u"12"_s } };
+    for (const auto &[text, held] : rows) {
         Field->setText(text);
         EXPECT_EQ(Field->text(), held);
     }

@@ -207,6 +207,11 @@ TEST(TextBlockTest, WrapsAnything)
     const int plain = block.HeightForWidth(wide);
     block.SetInsets(wide / 2, 33);
     EXPECT_NEAR(block.HeightForWidth(wide), plain * 2 + 33, 3) << "the insets are part of the size";
+    block.SetInsets(wide / 2, 0);
+    EXPECT_NEAR(block.HeightForWidth(wide), plain * 2, 3);
+    const QString words = u"a\tline of\nwords "_s.repeated(100);
+    EXPECT_EQ(TextBlock::Breakable(words), words);
+    EXPECT_EQ(TextBlock::Breakable(words + QString(2500, u'x')).size(), words.size() + 2502) << "two places to break";
     block.setFont(QFont(block.font().family(), 40));
     EXPECT_GT(block.HeightForWidth(wide), plain * 2 + 33) << "larger letters";
 }
