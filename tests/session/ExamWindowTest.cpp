@@ -34,6 +34,7 @@ public:
     MessageAnswer Show(const QString &text, MessageStyle style) override
     {
         EXPECT_FALSE(text.startsWith(u"The time"_s)) << "it comes unprompted";
+        EXPECT_EQ(Shown(), Sketched(Session.Page())) << "while the box is open";
         return Port.Ask(text, style, {});
     }
     MessageAnswer ShowUnprompted(const QString &text, MessageStyle style) override { return Port.Ask(text, style, {}); }

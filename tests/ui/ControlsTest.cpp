@@ -165,7 +165,9 @@ TEST(ThemeTest, InkAndSizes)
     QLabel label(u"M"_s);
     QPushButton button(u"M"_s);
     QLineEdit edit(u"M"_s);
-    for (QWidget *widget : std::initializer_list<QWidget *>{ &label, &button, &edit }) {
+    TextBlock block;
+    block.SetText(u"M"_s);
+    for (QWidget *widget : std::initializer_list<QWidget *>{ &label, &button, &edit, &block }) {
         widget->setFont(QFont(widget->font().family(), 40));
         widget->resize(widget->sizeHint());
         for (const bool isEnabled : { true, false }) {
