@@ -114,4 +114,8 @@ TEST_F(ExhibitTest, FromOpenToClose)
         Window.Session().GotoQuestion(qint16(std::min(item + 2, 4)));
         EXPECT_TRUE(QTest::qWaitFor([&] { return !Window.findChild<frmExhibit *>(); }));
     }
+    Click(&Window, u"cmdExhibit"_s);
+    Globals::CurrentExam->EndExam();
+    EXPECT_TRUE(Window.close());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !Window.findChild<frmExhibit *>(); })) << "with the window that owns it";
 }

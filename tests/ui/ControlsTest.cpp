@@ -109,7 +109,10 @@ TEST_F(LinkLabelTest, ClicksAndKeys)
     link.setFocus();
     for (const bool isHere : { false, true }) {
         QTest::keyClick(&window, Qt::Key_Tab);
-        EXPECT_EQ(Colours(link.grab().toImage()).contains(link.palette().color(QPalette::Highlight).rgb()), isHere);
+        const QRect all = link.rect();
+        for (const QRect &edge : { all & QRect(0, 0, 999, 1), all & QRect(0, 0, 1, 999), all & QRect(0, all.bottom(), 999, 1),
+                                   all & QRect(all.right(), 0, 1, 999) })
+            EXPECT_EQ(Colours(link.grab(edge).toImage()).contains(link.palette().color(QPalette::Highlight).rgb()), isHere);
     }
     QSignalSpy clicks(&link, &LinkLabel::Click);
     const auto doubleClick = [&] { QTest::mouseDClick(window.windowHandle(), Qt::LeftButton, {}, QPoint(5, 5)); };
