@@ -195,6 +195,14 @@ TEST_F(ExamWindowTest, TextSize)
     const double part = double(Shown()) / Content->height();
     QTest::keyClick(&Window, Qt::Key_Minus, Qt::ControlModifier);
     EXPECT_NEAR(double(Shown()) / Content->height(), part, 0.01);
+    // Texts far from the view have their lines, too, as many as the width makes.
+    AddItem(*Globals::CurrentExam, { u"many"_s, QStringList(300, u"*words "_s.repeated(30)) });
+    Window.Session().GotoQuestion(4);
+    const int wide = Content->height();
+    for (const int width : { 600, 900 }) {
+        Resize(width, 640);
+        EXPECT_TRUE(width == 900 ? Content->height() == wide : Content->height() > wide * 1.2) << width;
+    }
 }
 
 TEST_F(ExamWindowTest, Scrolling)
@@ -344,6 +352,7 @@ TEST_F(ExamWindowTest, Explanations)
         Show(&window);
         EXPECT_EQ(Sketch(&window), (QStringList{ u"Explaination - Question: 2"_s, u"txtExplaination"_s, u"... &Close"_s }));
         auto *text = Find<QPlainTextEdit>(&window, u"txtExplaination"_s);
+        EXPECT_GT(3 * text->height(), 2 * window.height());
         QTest::keyClicks(text, u"x"_s);
         QTest::keyClick(text, Qt::Key_Tab);
         EXPECT_EQ(text->toPlainText(), shown) << "not to be edited";

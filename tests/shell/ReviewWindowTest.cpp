@@ -79,8 +79,11 @@ TEST_F(ReviewWindowTest, ShowsTheItemsInOrder)
         item.SetAnswer(rows[row].Answer);
         item.SetIsMarked(rows[row].IsMarked);
     }
+    Globals::CurrentExam->Questions().Item(8)->SetAnswer(u"1,2,"_s.repeated(20) + u'1');
     Open();
     EXPECT_EQ(List->count(), 12);
+    const QString longest = List->item(7)->text();
+    EXPECT_GT(List->visualItemRect(List->item(0)).width(), List->fontMetrics().horizontalAdvance(longest) + 22);
     Window->resize(1000, 500);
     EXPECT_EQ(Sketch(Window.get()),
               (QStringList{ u"Item Review"_s, u"lvwReview"_s, u"* Complete * Incomplete * Marked for review ..."_s,
