@@ -48,7 +48,6 @@ void TextBlock::SetText(const QString &text)
     setText(shown);
     m_layout.setText(Lines(shown));
     m_width = -1;
-    update();
 }
 
 QString TextBlock::Breakable(const QString &text)
@@ -67,7 +66,7 @@ QString TextBlock::Breakable(const QString &text)
             run = 1;
         }
     }
-    return copied == 0 ? text : result + text.mid(copied);
+    return result + text.mid(copied);
 }
 
 void TextBlock::SetInsets(int left, int top)
