@@ -105,9 +105,9 @@ TEST_F(MainWindowTest, LongTexts)
         EXPECT_EQ(Cell(0, column).data(Qt::AccessibleTextRole).toString(), texts[column]);
         QTextDocument tip;
         tip.setHtml(Cell(0, column).data(Qt::ToolTipRole).toString());
-        EXPECT_EQ(tip.toPlainText().remove(QChar(0x200B)), texts[column]);
-        tip.setTextWidth(800);
-        EXPECT_LE(tip.idealWidth(), 800);
+        const QString shown = tip.toPlainText();
+        EXPECT_EQ(QString(shown).remove(QChar(0x200B)), texts[column]);
+        EXPECT_GT(shown.count(QChar(0x200B)), texts[column].size() / 100) << "places to break";
     }
 }
 
