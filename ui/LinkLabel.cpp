@@ -144,7 +144,6 @@ void LinkLabel::Apply()
 void LinkLabel::Fit()
 {
     lblLink->adjustSize();
-    lblLink->move(0, 0);
     setFixedSize(lblLink->size());
 }
 
@@ -193,18 +192,6 @@ void LinkLabel::changeEvent(QEvent *event)
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
         Fit();
     QWidget::changeEvent(event);
-}
-
-void LinkLabel::focusInEvent(QFocusEvent *event)
-{
-    QWidget::focusInEvent(event);
-    update();
-}
-
-void LinkLabel::focusOutEvent(QFocusEvent *event)
-{
-    QWidget::focusOutEvent(event);
-    update();
 }
 
 void LinkLabel::paintEvent(QPaintEvent *)

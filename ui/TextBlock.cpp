@@ -48,7 +48,6 @@ void TextBlock::SetText(const QString &text)
     setText(shown);
     m_layout.setText(Lines(shown));
     m_width = -1;
-    update();
 }
 
 QString TextBlock::Breakable(const QString &text)
@@ -67,7 +66,7 @@ QString TextBlock::Breakable(const QString &text)
             run = 1;
         }
     }
-    return copied == 0 ? text : result + text.mid(copied);
+    return result + text.mid(copied);
 }
 
 void TextBlock::SetInsets(int left, int top)
@@ -92,9 +91,8 @@ void TextBlock::LayOut(int width) const
         return;
     m_width = width;
     m_layout.setFont(font());
-    const qreal bottom = LayOutLines(m_layout, width, QPoint(m_leftInset, m_topInset));
-    // An empty text still takes a line.
-    m_height = static_cast<int>(std::ceil(m_layout.lineCount() > 0 ? bottom : m_topInset + fontMetrics().height()));
+    // An empty text, too, has a line.
+    m_height = static_cast<int>(std::ceil(LayOutLines(m_layout, width, QPoint(m_leftInset, m_topInset))));
 }
 
 qreal TextBlock::LayOutLines(QTextLayout &layout, int width, QPoint corner)
@@ -116,8 +114,6 @@ TextBlock::Extent TextBlock::ExtentOf(const QString &text, const QFont &font, in
     layout.setTextOption(Wrapping());
     layout.setCacheEnabled(true);
     qreal height = LayOutLines(layout, QWIDGETSIZE_MAX, {});
-    if (layout.lineCount() == 0)
-        return { 0, QFontMetrics(font).height() };
     qreal widest = 0;
     for (int i = 0; i < layout.lineCount(); ++i)
         widest = std::max(widest, layout.lineAt(i).naturalTextWidth());

@@ -25,7 +25,6 @@ void ResultLabel::SetResult(const QString &message, const QColor &color)
 {
     m_color = color;
     setText(message);
-    update();
 }
 
 QFont ResultLabel::HeadlineFont() const

@@ -48,7 +48,6 @@ frmReview::frmReview(ExamSession &session, QWidget *owner)
     lvwReview->setAccessibleName(u"Items of the exam"_s);
     // Small icons beside their texts, in columns that fill the width; nothing
     // to drag and nothing to edit.
-    lvwReview->setViewMode(QListView::ListMode);
     lvwReview->setFlow(QListView::LeftToRight);
     lvwReview->setWrapping(true);
     lvwReview->setMovement(QListView::Static);

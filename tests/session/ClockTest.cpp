@@ -1,59 +1,39 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "session/ExamClock.h"
 
-#include <QElapsedTimer>
+#include "tests/support/ManualClock.h"
+
 #include <QTest>
 
 #include <gtest/gtest.h>
 
-#include <functional>
+using namespace std::chrono_literals;
 
-namespace {
-
-class ClockTest : public testing::Test {
-protected:
-    ClockTest()
-    {
-        QObject::connect(&Clock, &ExamClock::Tick, &Clock, [this] {
-            ++Ticks;
-            if (OnTick)
-                OnTick();
-        });
-        Since.start();
-        Clock.Start();
-    }
-    bool WaitForTicks(int ticks, int milliseconds)
-    {
-        return QTest::qWaitFor([&] { return Ticks >= ticks; }, milliseconds);
-    }
-
-    ExamClock Clock;
-    QElapsedTimer Since;
-    int Ticks = 0;
-    std::function<void()> OnTick;
-};
-
-}
-
-TEST_F(ClockTest, MissedSecondsAreMadeUp)
+// A tick comes when the clock has moved on by a second, as often as it has, and
+// not before; also after a stop, in a tick as the time question makes it.
+TEST(ClockTest, Ticks)
 {
-    while (Since.elapsed() < 2'300) { } // a program too busy for events
-    EXPECT_TRUE(WaitForTicks(2, 400)) << Ticks;
-    EXPECT_TRUE(WaitForTicks(3, 1'500));
-    EXPECT_GE(Since.elapsed(), 3'000) << "not early";
-    EXPECT_LT(Since.elapsed(), 3'600) << "the third second is no later for it";
-}
+    ManualClock time;
+    ExamClock clock(time);
+    int ticks = 0, last = 3;
+    QObject::connect(&clock, &ExamClock::Tick, &clock, [&] {
+        if (++ticks == last)
+            clock.Stop();
+    });
+    const auto waitFor = [&](int expected) { return QTest::qWaitFor([&] { return ticks >= expected; }, 10'000); };
+    clock.Start();
+    time.Advance(2'999ms); // the program was too busy for events
+    EXPECT_TRUE(waitFor(2));
+    EXPECT_FALSE(QTest::qWaitFor([&] { return ticks > 2; }, 200)) << "a millisecond early";
+    time.Advance(1ms);
+    EXPECT_TRUE(waitFor(3));
+    EXPECT_FALSE(clock.IsRunning());
+    time.Advance(5'000ms);
+    EXPECT_FALSE(QTest::qWaitFor([&] { return ticks > 3; }, 200)) << "stopped for good";
 
-TEST_F(ClockTest, StopAndStartInATick)
-{
-    OnTick = [&] { Clock.Stop(); };
-    EXPECT_TRUE(WaitForTicks(1, 3'000));
-    EXPECT_FALSE(WaitForTicks(2, 1'400)) << "stopped for good";
-
-    // As after the question for more time: the next second counts from there.
-    OnTick = {};
-    Since.start();
-    Clock.Start();
-    EXPECT_TRUE(WaitForTicks(2, 3'000));
-    EXPECT_GE(Since.elapsed(), 1'000);
+    clock.Start();
+    EXPECT_FALSE(QTest::qWaitFor([&] { return ticks > 3; }, 1'200)) << "it counts from there";
+    time.Advance(1'000ms);
+    EXPECT_TRUE(waitFor(4));
+    EXPECT_TRUE(clock.IsRunning());
 }

@@ -4,30 +4,17 @@
 
 #include "model/IO.h"
 #include "tests/support/System.h"
-#include "tests/support/Windows.h"
+#include "tests/support/Sketch.h"
+#include "ui/LinkLabel.h"
 
-#include <QLabel>
+#include <QAbstractItemModelTester>
+#include <QDate>
+#include <QHeaderView>
 #include <QSignalSpy>
 #include <QTextDocument>
 #include <QTreeView>
 
 using namespace Windows;
-
-static size_t refusedSize = SIZE_MAX; // a request for so much memory fails
-
-// Inlined, either half would look like a mismatch to the compiler.
-[[gnu::noinline]] void *operator new(size_t size)
-{
-    return size < refusedSize ? std::malloc(size) : throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void *memory) noexcept
-{
-    std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void *memory, size_t) noexcept
-{
-    std::free(memory);
-}
 
 namespace {
 
@@ -47,15 +34,19 @@ protected:
     {
         Window.Load();
         List = Find<QTreeView>(&Window, u"lvwExams"_s);
+        Tester
+            = std::make_unique<QAbstractItemModelTester>(List->model(), QAbstractItemModelTester::FailureReportingMode::Fatal);
         Show(&Window);
     }
     QString Status() { return Find<QLabel>(&Window, u"lblStatus"_s)->text(); }
+    QString Header(int column) { return List->model()->headerData(column, Qt::Horizontal).toString(); }
     QModelIndex Cell(int row, int column) { return List->model()->index(row, column); }
     QString Text(int row, int column) { return Cell(row, column).data().toString(); }
 
     Messages Boxes;
     frmMain Window;
     QTreeView *List = nullptr;
+    std::unique_ptr<QAbstractItemModelTester> Tester; // of the model's promises
 };
 
 }
@@ -80,12 +71,19 @@ TEST_F(MainWindowTest, Catalogue)
         EXPECT_EQ(Cell(row, 0).data(Qt::UserRole).toString(), path);
         EXPECT_EQ(Text(row, 0) + u'|' + Text(row, 1), codes[path] + u"|Exam "_s + codes[path]);
     }
-    Window.resize(700, 500);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return std::abs(List->columnWidth(0) - List->width() / 10) <= 1; }));
-    EXPECT_NEAR(List->columnWidth(1), List->width() * 0.9 - 50 / 15.0, 1);
+    for (const int width : { 900, 1000 }) {
+        Window.resize(width, 500);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return std::abs(List->columnWidth(0) - List->width() / 10) <= 1; }));
+        EXPECT_NEAR(List->columnWidth(1), List->width() * 0.9 - 50 / 15.0, 1);
+    }
+    EXPECT_EQ(Sketch(&Window),
+              (QStringList{ u"Practorium"_s, u"picLogo ..."_s, u"lvwExams"_s,
+                            u"3 Exams Installed  |   Download Exams   |   About ... More exam packs on the web"_s,
+                            u"... &Start Exam E&xit"_s }));
+    EXPECT_EQ(Header(0) + u' ' + Header(1), u"Code Exam"_s);
 }
 
-// A package whose file cannot be read hides no other; where memory ends, the rows stay that are there by then.
+// A package whose file cannot be read hides no other.
 TEST_F(MainWindowTest, WhatCannotBeRead)
 {
     for (const QString &folder : { u"/folder/folder.exam"_s, u"/pipe"_s })
@@ -95,14 +93,6 @@ TEST_F(MainWindowTest, WhatCannotBeRead)
     InstallExam(u"B"_s);
     ShowMain();
     EXPECT_EQ(Status(), u"2 Exams Installed  |  "_s);
-    InstallExam(u"C"_s);
-    QSignalSpy resets(List->model(), &QAbstractItemModel::modelReset);
-    Boxes.Expect(u"The operation failed because of an unexpected internal error."_s, CriticalMessage);
-    refusedSize = 200;
-    Window.RefreshExamList();
-    refusedSize = SIZE_MAX;
-    EXPECT_EQ(Status() + QString::number(List->model()->rowCount()), u"2 Exams Installed  |  2"_s);
-    EXPECT_EQ(resets.count(), 1);
 }
 
 TEST_F(MainWindowTest, LongTexts)
@@ -115,9 +105,9 @@ TEST_F(MainWindowTest, LongTexts)
         EXPECT_EQ(Cell(0, column).data(Qt::AccessibleTextRole).toString(), texts[column]);
         QTextDocument tip;
         tip.setHtml(Cell(0, column).data(Qt::ToolTipRole).toString());
-        EXPECT_EQ(tip.toPlainText().remove(QChar(0x200B)), texts[column]);
-        tip.setTextWidth(800);
-        EXPECT_LE(tip.idealWidth(), 800);
+        const QString shown = tip.toPlainText();
+        EXPECT_EQ(QString(shown).remove(QChar(0x200B)), texts[column]);
+        EXPECT_GT(shown.count(QChar(0x200B)), texts[column].size() / 100) << "places to break";
     }
 }
 
@@ -159,6 +149,7 @@ TEST_F(MainWindowTest, Links)
     QSignalSpy about(&Window, &frmMain::AboutRequested);
     Click(&Window, u"lblAbout"_s);
     EXPECT_EQ(about.count(), 1);
+    EXPECT_TRUE(Find<LinkLabel>(&Window, u"lblProductLink"_s)->HRef().endsWith(u"/Products.asp"_s));
     // What was downloaded appears when that window has closed.
     QObject::connect(&Window, &frmMain::DownloadRequested, &Window, [] { InstallExam(u"NEW"_s); });
     Click(&Window, u"lblDownload"_s);
@@ -185,11 +176,13 @@ TEST(AboutTest, TextsAndSystemInformation)
     Messages boxes;
     frmAbout window(nullptr);
     Show(&window);
-    EXPECT_EQ(window.windowTitle(), u"About Practorium"_s);
-    EXPECT_NEAR(Find<QWidget>(&window, u"picLogo"_s)->geometry().center().x(), window.rect().center().x(), 1);
-    EXPECT_EQ(Find<QLabel>(&window, u"lblVersion"_s)->text(), u"Version: 1.0 Build: 0"_s);
+    const QStringList about = Sketch(&window);
+    EXPECT_EQ(about.first() + about.value(2), u"About Practorium... Version: 1.0 Build: 0 ..."_s);
+    EXPECT_TRUE(about.value(3).contains(QString::number(QDate::currentDate().year())));
+    EXPECT_EQ(about.last(), u"&System Info... ... OK"_s);
+    EXPECT_NEAR(PlaceOf(Find(&window, u"picLogo"_s)).center().x(), window.rect().center().x(), 1);
     boxes.Expect(u"System Information Is Unavailable At This Time"_s, PlainMessage);
     Click(&window, u"cmdSysInfo"_s);
-    Click(&window, u"cmdOK"_s);
+    QTest::keyClick(&window, Qt::Key_Return);
     EXPECT_FALSE(window.isVisible());
 }

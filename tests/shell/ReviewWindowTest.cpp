@@ -2,9 +2,8 @@
 #include "shell/view/frmReview.h"
 
 #include "session/view/frmExam.h"
-#include "tests/support/Windows.h"
+#include "tests/support/Sketch.h"
 
-#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
@@ -34,12 +33,18 @@ protected:
         List = Find<QListWidget>(Window.get(), u"lvwReview"_s);
         Field = Find<QLineEdit>(Window.get(), u"txtQuestion"_s);
     }
-    QPoint CentreOf(int row) { return List->visualItemRect(List->item(row)).center(); }
-    void Type(const QString &text)
+    // A red flag, a green tick, something else, or nothing in that part of the window.
+    QChar PictureIn(const QRect &place)
     {
-        Field->clear();
-        QTest::keyClicks(Field, text);
+        const QImage icon = Window->grab(place).toImage();
+        int red = 0, green = 0, grey = 0;
+        for (int dot = 0; dot < icon.width() * icon.height(); ++dot) {
+            const QColor ink = icon.pixelColor(dot % icon.width(), dot / icon.width());
+            (ink.red() > ink.green() + 60 ? red : ink.green() > ink.red() + 60 ? green : grey) += ink.lightness() < 210;
+        }
+        return red > 30 ? u'r' : green > 30 ? u'g' : grey > 30 ? u'-' : u' ';
     }
+    QPoint CentreOf(int row) { return List->visualItemRect(List->item(row)).center(); }
 
     Messages Boxes;
     frmExam Exam;
@@ -74,42 +79,54 @@ TEST_F(ReviewWindowTest, ShowsTheItemsInOrder)
         item.SetAnswer(rows[row].Answer);
         item.SetIsMarked(rows[row].IsMarked);
     }
+    Globals::CurrentExam->Questions().Item(8)->SetAnswer(u"1,2,"_s.repeated(20) + u'1');
     Open();
     EXPECT_EQ(List->count(), 12);
+    const QString longest = List->item(7)->text();
+    EXPECT_GT(List->visualItemRect(List->item(0)).width(), List->fontMetrics().horizontalAdvance(longest) + 22);
+    Window->resize(1000, 500);
+    EXPECT_EQ(Sketch(Window.get()),
+              (QStringList{ u"Item Review"_s, u"lvwReview"_s, u"* Complete * Incomplete * Marked for review ..."_s,
+                            u"&Question number: txtQuestion &Go To ... Review &All Review &Marked &End Exam"_s }));
+    const QPoint corner = List->viewport()->mapTo(Window.get(), QPoint());
     for (int row = 0; row < 7; ++row) {
         EXPECT_EQ(List->item(row)->text(), rows[row].Text);
-        const QImage icon
-            = List->viewport()->grab(QRect(CentreOf(row) - QPoint(CentreOf(0).x() - 1, 12), QSize(22, 24))).toImage();
-        int red = 0, green = 0, grey = 0;
-        for (int dot = 0; dot < icon.width() * icon.height(); ++dot) {
-            const QColor ink = icon.pixelColor(dot % icon.width(), dot / icon.width());
-            (ink.red() > ink.green() + 60 ? red : ink.green() > ink.red() + 60 ? green : grey) += ink.lightness() < 210;
-        }
-        EXPECT_EQ(red > 30 ? u'r' : green > 30 ? u'g' : grey > 30 ? u'-' : u' ', rows[row].Picture) << row;
+        const QRect cell = List->visualItemRect(List->item(row)).translated(corner);
+        EXPECT_EQ(PictureIn({ cell.left(), cell.top(), 22, cell.height() }), rows[row].Picture) << row;
+        EXPECT_TRUE(HasInk(Window->grab().toImage(), cell.adjusted(22, 4, -30, -4))) << row;
     }
+    QString legend;
+    for (const QWidget *part : PartsOf(Window.get())) {
+        if (Described(part) == u"*"_s)
+            legend += PictureIn(PlaceOf(part));
+    }
+    EXPECT_EQ(legend, u"g-r"_s);
 }
 
 // A number from 1 to 12, or nothing; it has the focus when it is to be changed.
 TEST_F(ReviewWindowTest, NumberField)
 {
     Open();
-    for (const auto &[text, held] : { std::pair{ u"  "_s, u"  "_s },
-                                      { u"12"_s, u"12"_s },
-                                      { u"13"_s, u"12"_s },
-                                      { u"000"_s, u"1"_s },
-                                      { u"x"_s, u"1"_s },
-                                      { u"-3"_s, u"1"_s },
-                                      { u"9"_s.repeated(400), u"12"_s } }) {
+    const std::pair<QString, QString> rows[] = { { u"  "_s, u"  "_s },
+                                                 { u"12"_s, u"12"_s },
+                                                 { u"13"_s, u"12"_s },
+                                                 { u"000"_s, u"1"_s },
+                                                 { u"x"_s, u"1"_s },
+                                                 { u"-3"_s, u"1"_s },
+                                                 { u"9"_s.repeated(400), u"12"_s } };
+    for (const auto &[text, held] : rows) {
         Field->setText(text);
         EXPECT_EQ(Field->text(), held);
     }
     List->setFocus();
     Field->deselect();
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(Field->hasSelectedText());
     QEvent activation(QEvent::WindowActivate);
     QCoreApplication::sendEvent(Window.get(), &activation);
     EXPECT_EQ(Window->focusWidget(), Field);
     EXPECT_TRUE(QTest::qWaitFor([&] { return Field->selectedText() == u"12"_s; }));
-    Type(u"   "_s);
+    Field->setText(u"   "_s);
     List->setFocus();
     Boxes.Expect(u"Please enter the question number into the given field."_s, InformationMessage);
     Click(Window.get(), u"cmdGoTo"_s);
@@ -130,48 +147,32 @@ TEST_F(ReviewWindowTest, ListTakesDigitsOnly)
 TEST_F(ReviewWindowTest, WaysBackToTheExam)
 {
     Globals::CurrentExam->Questions().Item(3)->SetIsMarked(true);
+    const auto button = [this](const QString &name) { return [this, name] { Click(Window.get(), name); }; };
     const struct {
-        QString Way;
+        const char *Way;
+        QString Typed;
+        int Row;
         std::function<void()> Go;
-        int Index;
-        int Mode;
+        int Index, Mode;
     } rows[] = {
-        { u"number and button"_s,
-          [this] {
-              Type(u"7x9"_s);
-              Click(Window.get(), u"cmdGoTo"_s);
-          },
-          7, 0 },
-        { u"number and Enter"_s,
-          [this] {
-              Type(u"12"_s);
-              QTest::keyClick(Field, Qt::Key_Return);
-          },
-          12, 0 },
-        { u"double-click"_s,
-          [this] {
-              QTest::mouseClick(List->viewport(), Qt::LeftButton, Qt::NoModifier, CentreOf(3));
-              QTest::mouseDClick(List->viewport(), Qt::LeftButton, Qt::NoModifier, CentreOf(3));
-          },
-          4, 0 },
-        { u"Enter in the list"_s,
-          [this] {
-              List->setCurrentRow(9);
-              QTest::keyClick(List, Qt::Key_Return);
-          },
-          10, 0 },
-        { u"review all"_s, [this] { Click(Window.get(), u"cmdReviewAll"_s); }, 1, 1 },
-        { u"review marked"_s, [this] { Click(Window.get(), u"cmdReviewMarked"_s); }, 3, 2 },
-        { u"Escape in the list"_s, [this] { QTest::keyClick(List, Qt::Key_Escape); }, 5, 0 },
+        { "number and button", u"7x9"_s, 0, button(u"cmdGoTo"_s), 7, 0 },
+        { "number and Enter", u"12"_s, 0, [this] { QTest::keyClick(Field, Qt::Key_Return); }, 12, 0 },
+        { "double-click", u""_s, 3, [this] { QTest::mouseDClick(List->viewport(), Qt::LeftButton, {}, CentreOf(3)); }, 4, 0 },
+        { "Enter in the list", u""_s, 9, [this] { QTest::keyClick(List, Qt::Key_Return); }, 10, 0 },
+        { "review all", u""_s, 0, button(u"cmdReviewAll"_s), 1, 1 },
+        { "review marked", u""_s, 0, button(u"cmdReviewMarked"_s), 3, 2 },
+        { "Escape in the list", u""_s, 0, [this] { QTest::keyClick(List, Qt::Key_Escape); }, 5, 0 },
     };
     for (const auto &row : rows) {
         Exam.Session().SetReviewMode(ExamSession::TakingExam);
         Exam.Session().GotoQuestion(5);
         Open();
+        Field->clear();
+        QTest::keyClicks(Field, row.Typed);
+        QTest::mouseClick(List->viewport(), Qt::LeftButton, {}, CentreOf(row.Row));
         row.Go();
-        EXPECT_FALSE(Window->isVisible()) << row.Way.toStdString();
-        EXPECT_TRUE(Exam.Session().CurrentIndex() == row.Index && Exam.Session().ReviewMode() == row.Mode)
-            << row.Way.toStdString();
+        EXPECT_FALSE(Window->isVisible()) << row.Way;
+        EXPECT_TRUE(Exam.Session().CurrentIndex() == row.Index && Exam.Session().ReviewMode() == row.Mode) << row.Way;
     }
 }
 

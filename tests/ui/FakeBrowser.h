@@ -1,20 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QString>
+#include "tests/support/Sandbox.h"
 
-// While it lives, the desktop has a browser that writes down what it is asked
-// to open.
+#include <QFile>
+#include <QTest>
+
+// While it lives, the desktop has a browser that writes down what it is asked to open.
 class FakeBrowser {
 public:
     FakeBrowser();
     ~FakeBrowser();
-    FakeBrowser(const FakeBrowser &) = delete;
-    FakeBrowser &operator=(const FakeBrowser &) = delete;
+    Q_DISABLE_COPY(FakeBrowser)
 
-    bool HasOpened() const;
+    bool HasOpened() const { return QFile::exists(m_log); }
     // What was opened, once something was; "|" stands between several parameters.
-    QString Opened();
+    QString Opened()
+    {
+        const bool hasOpened = QTest::qWaitFor([this] { return HasOpened(); });
+        const QString opened = hasOpened ? QString::fromUtf8(Sandbox::ReadFile(m_log)) : QStringLiteral("nothing");
+        QFile::remove(m_log);
+        return opened;
+    }
 
     // Leaves no browser.
     void Remove();
@@ -22,7 +29,6 @@ public:
     bool Spoil();
 
 private:
-    QString m_log;
-    // What the desktop had before.
-    QString m_before;
+    QString m_log = Sandbox::Path(QStringLiteral("browser.log"));
+    QString m_before; // what the desktop had
 };

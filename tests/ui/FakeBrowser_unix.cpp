@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/ui/FakeBrowser.h"
 
-#include "tests/support/Sandbox.h"
-
-#include <QFile>
-
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
@@ -24,8 +20,7 @@ void Install(const QByteArray &script)
 }
 
 FakeBrowser::FakeBrowser()
-    : m_log(Sandbox::Path(u"browser.log"_s))
-    , m_before(qEnvironmentVariable("PATH"))
+    : m_before(qEnvironmentVariable("PATH"))
 {
     const QByteArray log = m_log.toUtf8();
     Install("#!/bin/sh\nIFS='|'\nprintf '%s' \"$*\" > \"" + log + ".part\"\n/bin/mv \"" + log + ".part\" \"" + log + "\"\n");

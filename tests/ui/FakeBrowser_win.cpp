@@ -2,10 +2,8 @@
 #include "tests/ui/FakeBrowser.h"
 
 #include "common/WidePath_win.h"
-#include "tests/support/Sandbox.h"
 
 #include <QDir>
-#include <QFile>
 
 #include <windows.h>
 
@@ -35,8 +33,7 @@ void SetClass(const QString &key, const QString &value)
 }
 
 FakeBrowser::FakeBrowser()
-    : m_log(Sandbox::Path(u"browser.log"_s))
-    , m_before(ClassOf(Document))
+    : m_before(ClassOf(Document))
 {
     SetClass(Document, OwnClass);
     SetClass(OwnClass + u"\\shell\\open\\command"_s,

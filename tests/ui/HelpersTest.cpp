@@ -13,7 +13,8 @@ TEST(HelpersTest, BusyAndBack)
 {
     // The chain of owners makes the order in which the windows are found count.
     QWidget usual, disabled, late;
-    QDialog ofDisabled(&disabled), *owned[8];
+    QDialog alone, ofDisabled(&disabled), *owned[8];
+    const QWidget tip(nullptr, Qt::ToolTip);
     QWidget *owner = &usual;
     for (QDialog *&dialog : owned)
         owner = dialog = new QDialog(owner);
@@ -21,12 +22,13 @@ TEST(HelpersTest, BusyAndBack)
     disabled.setEnabled(false);
     for (QWidget *window : { &usual, &disabled })
         Show(window);
+    const auto waiting = std::make_unique<WaitCursor>();
     BeginBusy();
-    EXPECT_FALSE(usual.isEnabled());
+    EXPECT_FALSE(usual.isEnabled() || alone.isEnabled());
+    EXPECT_TRUE(tip.isEnabled()) << "no window";
     ASSERT_NE(QApplication::overrideCursor(), nullptr);
     EXPECT_EQ(QApplication::overrideCursor()->shape(), Qt::WaitCursor);
-    // A window that has come meanwhile has a blank tag.
-    late.setProperty("tag", u"  "_s);
+    late.setProperty("tag", u"  "_s); // as of a window that has come meanwhile
     EndBusy();
     EXPECT_TRUE(usual.isEnabled() && late.isEnabled());
     EXPECT_TRUE(owned[0]->isEnabled() && owned[4]->isEnabled());
@@ -45,4 +47,8 @@ TEST(HelpersTest, WorkAreaIsCovered)
     // Windows puts the frame of such a window beyond the edges.
     const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
     EXPECT_TRUE(QTest::qWaitFor([&] { return window.frameGeometry().contains(area) && area.contains(window.geometry()); }));
+    QWidget fitting;
+    FitWorkArea(&fitting, { 100'000, 300 }, { 250, 200 });
+    EXPECT_EQ(fitting.size(), QSize(area.width(), 300)) << "as far as there is room";
+    EXPECT_EQ(fitting.minimumSize(), QSize(250, 200));
 }

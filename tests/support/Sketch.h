@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "tests/support/Windows.h"
+
+#include <QAbstractScrollArea>
+#include <QImage>
+#include <QLabel>
+#include <QScrollBar>
+#include <QSet>
+
+// What a window shows, in words.
+namespace Windows {
+
+inline QRect PlaceOf(const QWidget *part)
+{
+    return { part->mapTo(part->window(), QPoint()), part->size() };
+}
+
+// The colours of a picture.
+inline QSet<QRgb> Colours(const QImage &picture)
+{
+    QSet<QRgb> colours;
+    for (int dot = 0; dot < picture.width() * picture.height(); ++dot)
+        colours += picture.pixel(dot % picture.width(), dot / picture.width());
+    return colours;
+}
+
+// What is painted there in the picture of a window.
+inline QImage Part(const QImage &picture, const QRect &place)
+{
+    const qreal scale = picture.devicePixelRatio();
+    const QRectF dots(place.x() * scale, place.y() * scale, place.width() * scale, place.height() * scale);
+    return picture.copy(dots.toRect() & picture.rect());
+}
+
+// Whether that is more than one colour.
+inline bool HasInk(const QImage &picture, const QRect &place)
+{
+    const QImage part = Part(picture, place);
+    for (int dot = 0; dot < part.width() * part.height(); ++dot) {
+        if (part.pixel(dot % part.width(), dot / part.width()) != part.pixel(0, 0))
+            return true;
+    }
+    return false;
+}
+
+// The parts of a widget that have no parts themselves.
+inline QWidgetList PartsOf(QWidget *widget)
+{
+    QWidgetList parts;
+    for (QWidget *child : widget->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly)) {
+        if (child->isVisible() && !child->isWindow() && !child->size().isEmpty() && !qobject_cast<QScrollBar *>(child))
+            parts += PartsOf(child);
+    }
+    const auto *label = qobject_cast<QLabel *>(widget);
+    const bool isEmpty = label && label->text().isEmpty() && label->pixmap(Qt::ReturnByValue).isNull();
+    if (qobject_cast<QAbstractScrollArea *>(widget) || (parts.isEmpty() && !isEmpty))
+        return { widget };
+    return parts;
+}
+
+// Its text, or its name; "[x] " before what is chosen, "(" around what is disabled, "*" for a picture.
+inline QString Described(const QWidget *part)
+{
+    QString text = part->property("text").toString();
+    if (text.isEmpty())
+        text = part->objectName().isEmpty() ? u"*"_s : part->objectName();
+    if (const auto *button = qobject_cast<const QAbstractButton *>(part); button && button->isCheckable())
+        text.prepend(button->isChecked() ? u"[x] "_s : u"[ ] "_s);
+    return part->isEnabled() ? text : u'(' + text + u')';
+}
+
+// A window's title, and its parts row by row as they are read; "..." stands for
+// much room. Each part must stand whole in the window and in nobody's way, have
+// room for its text, and be painted.
+inline QStringList Sketch(QWidget *window)
+{
+    const QImage picture = window->grab().toImage();
+    QWidgetList parts = PartsOf(window);
+    std::stable_sort(parts.begin(), parts.end(),
+                     [](const QWidget *a, const QWidget *b) { return PlaceOf(a).center().y() < PlaceOf(b).center().y(); });
+    QStringList rows{ window->windowTitle() };
+    const int room = window->width() / 8;
+    while (!parts.isEmpty()) {
+        const QRect first = PlaceOf(parts.first());
+        QWidgetList row;
+        for (QWidget *part : parts) {
+            const QRect place = PlaceOf(part), common = place & first.adjusted(-QWIDGETSIZE_MAX, 0, QWIDGETSIZE_MAX, 0);
+            if (4 * common.height() > std::min(first.height(), place.height()))
+                row += part;
+        }
+        std::sort(row.begin(), row.end(),
+                  [](const QWidget *a, const QWidget *b) { return PlaceOf(a).left() < PlaceOf(b).left(); });
+        QStringList words;
+        int right = 0;
+        for (const QWidget *part : row) {
+            parts.removeOne(part);
+            const QString text = Described(part);
+            const QRect place = PlaceOf(part);
+            const auto *label = qobject_cast<const QLabel *>(part);
+            const int flags = label && !label->buddy() ? 0 : Qt::TextShowMnemonic;
+            const int needed = part->fontMetrics().size(flags, part->property("text").toString()).width();
+            const bool isText = needed > 0;
+            EXPECT_GE(part->width(), needed) << text.toStdString() << " is cut off";
+            EXPECT_EQ(part->visibleRegion().boundingRect(), part->rect()) << text.toStdString() << " is covered";
+            for (const QWidget *other : parts)
+                EXPECT_FALSE(PlaceOf(other).intersects(place))
+                    << text.toStdString() << " lies on " << Described(other).toStdString();
+            EXPECT_TRUE(HasInk(picture, isText ? place : place.adjusted(-2, -2, 2, 2)))
+                << text.toStdString() << " is not painted";
+            if (place.left() - right > room)
+                words += u"..."_s;
+            words += text;
+            right = place.right();
+        }
+        if (window->width() - right > room)
+            words += u"..."_s;
+        rows += words.join(u' ');
+    }
+    return rows;
+}
+
+}
