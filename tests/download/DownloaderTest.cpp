@@ -3,6 +3,7 @@
 
 #include "download/DownloadText.h"
 #include "tests/download/ScriptedTransport.h"
+#include "tests/support/ManualClock.h"
 #include "tests/support/System.h"
 #include "tests/support/Test.h"
 
@@ -42,115 +43,85 @@ TEST(DownloadTextTest, GeneralDate)
 
 TEST(DownloadTextTest, Progress)
 {
-    struct Row {
+    const struct {
         double Full, Width, Fraction, Result;
+    } rows[] = {
+        { 1000, 0, 0.5, 500 },    { 1000, 500, 0.509, 500 }, { 1000, 500, 0.51, 510 },
+        { 1000, 500, 0.49, 490 }, { 1000, 500, 0.495, 500 }, { 10, 0, 200, 1000 },
     };
-    for (const Row &row : { Row{ 1000, 0, 0.5, 500 }, Row{ 1000, 500, 0.509, 500 }, Row{ 1000, 500, 0.51, 510 },
-                            Row{ 1000, 500, 0.49, 490 }, Row{ 1000, 500, 0.495, 500 }, Row{ 10, 0, 200, 1000 } })
+    for (const auto &row : rows)
         EXPECT_EQ(DownloadText::BarWidth(row.Full, row.Width, row.Fraction), row.Result) << row.Fraction;
     EXPECT_FLOAT_EQ(DownloadText::NextSimulated(0), 0.001F);
     EXPECT_GT(DownloadText::NextSimulated(0.9985F), 0.999F) << "up to the end";
     EXPECT_EQ(DownloadText::NextSimulated(1.0F), 0.5F);
 }
 
-namespace {
-
-class NightClock : public Clock {
-public:
-    QDateTime Now() const override { return { { 2026, 3, 21 }, QTime::fromMSecsSinceStartOfDay(Milliseconds) }; }
-    std::chrono::milliseconds Elapsed() const override { return std::chrono::milliseconds(Milliseconds); }
-    mutable int Milliseconds = 40'000'000;
-};
-
-class DownloaderTest : public testing::Test {
-protected:
-    DownloaderTest()
-    {
-        Getter.Initialize(&Line);
-        QObject::connect(&Getter, &Downloader::DownloadStarted, &Getter, [this] { Events.append(u"started"_s); });
-        QObject::connect(&Getter, &Downloader::ChunkDownloaded, &Getter, [this] {
-            Events.append(QString::number(Getter.Downloaded()));
-            if (AtChunk)
-                AtChunk();
-        });
-        QObject::connect(&Getter, &Downloader::DownloadComplete, &Getter, [this] { Events.append(u"complete"_s); });
-        QObject::connect(&Getter, &Downloader::DownloadFailed, &Getter, [this](const QString &text) { Events.append(text); });
-        QObject::connect(&Getter, &Downloader::Raised, &Getter,
-                         [this](const Error &error) { Events.append(error.Description()); });
-    }
-    // Into a new file each time, because a system may keep the one before.
-    QString Fetch(const QString &folder = Sandbox::Path(u""_s), const QString &name = u"x%1.exe"_s)
-    {
-        static int count = 0;
-        Events.clear();
-        Getter.GetFile(u"http://server/packs/101.exe"_s, folder, name.isEmpty() ? name : name.arg(++count));
-        const auto isOver = [this] {
-            return !QStringList{ u"started"_s, u"1024"_s, u"2048"_s, u"2500"_s }.contains(Events.last());
-        };
-        EXPECT_TRUE(QTest::qWaitFor(isOver));
-        return Events.join(u'|');
-    }
-
-    QStringList Events;
-    Reply Answer = Reply::Whole(QByteArray(2500, 'x'));
-    std::function<void()> AtChunk;
-    NightClock Night;
-    Transfer Line{ std::make_unique<ScriptedTransport>([this](const QString &) { return Answer; }) };
-    Downloader Getter{ Night };
-};
-
-}
-
-TEST_F(DownloaderTest, Files)
+TEST(DownloaderTest, Events)
 {
-    EXPECT_EQ(Fetch({ Sandbox::Path(u""_s) }, u""_s), u"started|1024|2048|2500|complete"_s);
-    EXPECT_EQ(Getter.FileName(), u"101.exe"_s) << "the one of the address";
-    EXPECT_EQ(Getter.FileSize(), 2500);
-    EXPECT_TRUE(Getter.IsComplete());
-    Getter.Cancel();
-    EXPECT_TRUE(Getter.IsComplete()) << "there is nothing to cancel";
-    EXPECT_EQ(Sandbox::ReadFile(Sandbox::Path(u"101.exe"_s)), QByteArray(2500, 'x'));
-    EXPECT_EQ(QFileInfo(Getter.TargetFile()).isExecutable(), System::RunsByName) << "before it is known to be complete";
-
-    EXPECT_EQ(Fetch(u""_s), u"started|There is no folder for the file"_s);
-    EXPECT_FALSE(Getter.IsComplete());
-    EXPECT_TRUE(QDir().entryList({ u"x*.exe"_s }).isEmpty());
-
-    Answer = Answer.With("content-length", "2000");
-    EXPECT_EQ(Fetch(), u"started|1024|2000|2000|complete"_s) << "never more than announced";
-    EXPECT_FALSE(Getter.IsComplete());
-
-    Answer = Reply::Whole(QByteArray(2500, 'x'));
-    AtChunk = [this] { Getter.Cancel(); };
-    EXPECT_EQ(Fetch(), u"started|1024|complete"_s) << "also after a cancel";
-    EXPECT_FALSE(Getter.IsComplete());
-    EXPECT_EQ(Sandbox::ReadFile(Getter.TargetFile()).size(), 1024) << "what was written";
-    EXPECT_FALSE(Line.StillExecuting());
-
-    AtChunk = [this] { Night.Milliseconds += 600; };
-    Fetch();
-    EXPECT_EQ(Getter.TransferRate(), 2500 + 2500 + 1024 + 2048) << "all since the meter began";
-    AtChunk = [] { throw std::bad_alloc(); };
-    EXPECT_EQ(Fetch(), u"started|1024|Out of memory"_s) << "raised by whoever listens";
-}
-
-// Pressed while a fast server sends: the events are seen to every few milliseconds.
-TEST_F(DownloaderTest, EventsMeanwhile)
-{
-    Answer = Reply::Whole(QByteArray(1'000'000, 'x'));
-    int chunks = 0;
-    AtChunk = [&] {
-        if (++chunks == 1)
-            QMetaObject::invokeMethod(
-                &Getter, [this] { Getter.Cancel(); }, Qt::QueuedConnection);
-        Night.Milliseconds += 2;
+    ManualClock clock;
+    Reply answer = Reply::Whole(QByteArray(2500, 'x'));
+    Transfer line(std::make_unique<ScriptedTransport>([&](const QString &) { return answer; }));
+    Downloader getter(clock);
+    getter.Initialize(&line);
+    QStringList events;
+    bool isOver = false;
+    std::function<void()> atChunk = [] {};
+    const auto end = [&](const QString &text) {
+        events.append(text);
+        isOver = true;
     };
-    Getter.GetFile(u"http://server/x"_s, Sandbox::Path(u""_s), u"fast"_s);
-    ASSERT_TRUE(QTest::qWaitFor([this] { return Events.last() == "complete"_L1; }));
-    EXPECT_EQ(chunks, 3) << "of two milliseconds each";
+    QObject::connect(&getter, &Downloader::DownloadStarted, &getter,
+                     [&] { events.append(u"started %1 %2"_s.arg(getter.FileSize()).arg(getter.Downloaded())); });
+    QObject::connect(&getter, &Downloader::ChunkDownloaded, &getter, [&] {
+        events.append(QString::number(getter.Downloaded()));
+        atChunk();
+    });
+    QObject::connect(&getter, &Downloader::DownloadComplete, &getter, [&] { end(u"complete"_s); });
+    QObject::connect(&getter, &Downloader::DownloadFailed, &getter, end);
+    QObject::connect(&getter, &Downloader::Raised, &getter, [&](const Error &error) { end(error.Description()); });
+    // Into a new file each time, because a system may keep the one before.
+    const auto fetch = [&](const QString &folder, const QString &name) {
+        events.clear();
+        isOver = false;
+        getter.GetFile(u"http://server/packs/101.exe"_s, folder, name);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return isOver; }));
+        return events.join(u'|');
+    };
+    const QString folder = Sandbox::Path(u""_s);
+
+    EXPECT_EQ(fetch(folder, u""_s), u"started 0 0|1024|2048|2500|complete"_s);
+    EXPECT_EQ(getter.TargetFile(), Sandbox::Path(u"101.exe"_s)) << "the name of the address";
+    EXPECT_EQ(getter.FileSize(), 2500);
+    getter.Cancel();
+    EXPECT_TRUE(getter.IsComplete()) << "there is nothing to cancel";
+    EXPECT_EQ(Sandbox::ReadFile(getter.TargetFile()), answer.Body);
+    EXPECT_EQ(QFileInfo(getter.TargetFile()).isExecutable(), System::RunsByName) << "before it is known to be complete";
+
+    EXPECT_EQ(fetch(u""_s, u"nowhere.exe"_s), u"started 0 0|There is no folder for the file"_s);
+    EXPECT_FALSE(getter.IsComplete() || QFile::exists(u"nowhere.exe"_s));
+
+    atChunk = [&] { getter.Cancel(); };
+    EXPECT_EQ(fetch(folder, u"2.exe"_s), u"started 0 0|1024|complete"_s) << "also after a cancel";
+    EXPECT_FALSE(getter.IsComplete() || line.StillExecuting());
+    EXPECT_EQ(Sandbox::ReadFile(getter.TargetFile()).size(), 1024) << "what was written";
+
+    atChunk = [&] { clock.Advance(std::chrono::milliseconds(600)); };
+    fetch(folder, u"3.exe"_s);
+    EXPECT_EQ(getter.TransferRate(), 2500 + 3 * 1024) << "all since the meter began";
+    // Pressed while a fast server sends: the events are seen to every few milliseconds.
+    answer = Reply::Whole(QByteArray(1'000'000, 'x'));
+    atChunk = [&] {
+        if (events.size() == 2)
+            QMetaObject::invokeMethod(
+                &getter, [&] { getter.Cancel(); }, Qt::QueuedConnection);
+        clock.Advance(std::chrono::milliseconds(2));
+    };
+    EXPECT_EQ(fetch(folder, u"4.exe"_s), u"started 0 0|1024|2048|3072|complete"_s) << "of two milliseconds each";
+    atChunk = [] { throw std::bad_alloc(); };
+    EXPECT_EQ(fetch(folder, u"5.exe"_s), u"started 0 0|1024|Out of memory"_s) << "raised by whoever listens";
 }
 
-TEST(DownloaderAccountTest, Rate)
+TEST(DownloaderTest, Rate)
 {
     // A fresh one: no announced size, so nothing counts as downloaded.
     Downloader getter;

@@ -1,54 +1,28 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/download/FaultServer.h"
 
-#include "tests/download/TestSystem.h"
-
-#include <QHostAddress>
-#include <QSslCertificate>
-#include <QSslKey>
-#include <QSslSocket>
-#include <QTimer>
-
-#include <memory>
+#include <QRegularExpression>
 
 using namespace Qt::Literals::StringLiterals;
 
 Answer Answer::Whole(const QByteArray &body, const QByteArray &status, const QByteArray &headers)
 {
-    return Raw("HTTP/1.1 " + status + "\r\n" + headers + "Content-Length: " + QByteArray::number(body.size()) + "\r\n", body,
-               KeepsOpen);
+    const QByteArray length = "Content-Length: " + QByteArray::number(body.size());
+    return { "HTTP/1.1 " + status + "\r\n" + headers + length + "\r\n\r\n" + body, true };
 }
 
-Answer Answer::Raw(const QByteArray &headers, const QByteArray &body, Ending end)
+FaultServer::FaultServer(std::unique_ptr<QTcpServer> server)
+    : m_server(std::move(server))
 {
-    return { headers + "\r\n" + body, end };
-}
-
-FaultServer::FaultServer()
-{
-    if (!listen(QHostAddress::LocalHost))
+    if (!m_server->listen(QHostAddress::LocalHost))
         qFatal("no port to listen on");
-}
-
-void FaultServer::incomingConnection(qintptr descriptor)
-{
-    if (m_key.isEmpty()) {
-        // An encrypted one loads a library, which takes Wine seconds in a thread.
-        auto *socket = new QTcpSocket(this);
-        socket->setSocketDescriptor(descriptor);
-        return Serve(socket);
-    }
-    auto *socket = new QSslSocket(this);
-    socket->setSocketDescriptor(descriptor);
-    Serve(socket);
-    socket->setPrivateKey(QSslKey(m_key, QSsl::Rsa));
-    socket->setLocalCertificate(QSslCertificate(m_certificate));
-    socket->startServerEncryption();
+    connect(m_server.get(), &QTcpServer::pendingConnectionAvailable, this,
+            [this] { Serve(m_server->nextPendingConnection()); });
 }
 
 QString FaultServer::Url(const QString &scheme) const
 {
-    return scheme + u"://127.0.0.1:%1/PackCourier.asp"_s.arg(serverPort());
+    return scheme + u"://127.0.0.1:%1/PackCourier.asp"_s.arg(m_server->serverPort());
 }
 
 int FaultServer::Count(const QByteArray &key) const
@@ -63,21 +37,14 @@ void FaultServer::Serve(QTcpSocket *socket)
     auto pending = std::make_shared<QByteArray>();
     connect(socket, &QTcpSocket::readyRead, socket, [this, socket, pending] {
         *pending += socket->readAll();
+        static const QRegularExpression length(u"\r\nContent-Length: (\\d+)"_s);
         const qsizetype body = pending->indexOf("\r\n\r\n") + 4;
-        if (body < 4)
+        if (body < 4 || pending->size() < body + length.match(QString::fromLatin1(*pending)).captured(1).toInt())
             return;
-        LastHead = pending->left(body).toLower();
-        const qsizetype length = LastHead.indexOf("content-length: ");
-        const qsizetype size = length < 0 ? 0 : LastHead.mid(length + 16).split('\r').first().toLongLong();
-        if (pending->size() < body + size)
-            return;
-        const QByteArray request = pending->left(pending->indexOf("\r\n")) + '\n' + pending->mid(body, size);
-        *pending = pending->mid(body + size);
+        const QByteArray request = std::exchange(*pending, {});
         Requests.append(request);
-        for (auto action = m_actions.begin(); action != m_actions.end(); ++action) {
-            if (request.contains(action.key()) && action.value())
-                std::exchange(action.value(), {})();
-        }
+        if (Seen)
+            Seen(request);
         for (const auto &[key, answer] : m_answers) {
             if (request.contains(key))
                 return Send(socket, answer);
@@ -87,21 +54,7 @@ void FaultServer::Serve(QTcpSocket *socket)
 
 void FaultServer::Send(QTcpSocket *socket, const Answer &answer)
 {
-    if (answer.Pause > 0) {
-        auto *timer = new QTimer(socket);
-        connect(timer, &QTimer::timeout, socket, [socket, answer, timer, sent = qsizetype(0)]() mutable {
-            if (sent == answer.Bytes.size()) {
-                timer->stop();
-                return End(socket, answer.End);
-            }
-            socket->write(answer.Bytes.mid(sent++, 1));
-            socket->flush();
-        });
-        timer->start(answer.Pause);
-        return;
-    }
     socket->write(answer.Bytes);
-    socket->flush();
     if (!answer.Forever.isEmpty()) {
         const QByteArray much = answer.Forever.repeated(qsizetype(256 * 1024) / answer.Forever.size() + 1);
         connect(socket, &QTcpSocket::bytesWritten, socket, [socket, much] {
@@ -109,19 +62,7 @@ void FaultServer::Send(QTcpSocket *socket, const Answer &answer)
                 socket->write(much);
         });
         socket->write(much);
-        return;
     }
-    End(socket, answer.End);
-}
-
-void FaultServer::End(QTcpSocket *socket, Answer::Ending ending)
-{
-    if (ending == Answer::KeepsOpen)
-        return;
-    if (ending == Answer::Resets) {
-        ResetOnClose(socket->socketDescriptor());
-        socket->abort();
-        return;
-    }
-    socket->disconnectFromHost();
+    if (!answer.KeepsOpen && answer.Forever.isEmpty())
+        socket->disconnectFromHost();
 }

@@ -4,7 +4,7 @@
 #include "common/Common.h"
 #include "common/Registry.h"
 #include "download/DownloadRun.h"
-#include "tests/download/TestSystem.h"
+#include "tests/download/FakePack.h"
 #include "tests/download/ScriptedTransport.h"
 #include "tests/support/Test.h"
 
@@ -30,8 +30,7 @@ protected:
         QDir(TempFile(u""_s)).removeRecursively();
         QDir().mkpath(TempFile(u""_s));
         QDir(Sandbox::ExamsFolder()).removeRecursively();
-        for (const QString &mark : QDir(Sandbox::Path(u""_s)).entryList({ u"mark-*"_s }))
-            QFile::remove(Sandbox::Path(mark));
+        FakePack::Runs();
         Registry::WriteValue(Credentials::RegistryKey, Credentials::EndpointName, u" http://server/x.asp "_s, Registry::Text,
                              Registry::CurrentUser);
         AnswerRightly();
@@ -41,24 +40,17 @@ protected:
         Answers.clear();
         On("LOGIN?", Reply::Whole("LOGIN?status=OK&sid=7;"));
         On("LIST?", Reply::Whole("LIST?status=OK&data=101;"));
-        On("eid=", Reply::Whole(Pack()));
+        On("eid=", Reply::Whole(FakePack::Bytes()));
         On("REPORT?", Reply::Whole("REPORT;"));
     }
     // The answer to requests in which the key stands; the latest comes first. A
     // request without a key gets none.
     void On(const char *key, const Reply &reply) { Answers.prepend({ QLatin1StringView(key), reply }); }
 
-    static QByteArray Pack(const QByteArray &name = "pack", qsizetype padding = 0)
-    {
-        return FakePack{ name, {}, {}, false, padding }.Bytes();
-    }
     static QString TempFile(const QString &name)
     {
         return QDir::toNativeSeparators(QString::fromLocal8Bit(qgetenv("TMPDIR")) + u'/' + name);
     }
-    // Whether the pack was run since the last question.
-    static bool WasRun(const QString &name = u"pack"_s) { return QFile::remove(Sandbox::Path(u"mark-"_s + name)); }
-
     void Open()
     {
         const auto server = [this](const QString &request) { return Serve(request); };
@@ -96,6 +88,26 @@ protected:
         QStringList log = Log;
         log.removeAll(u"full"_s);
         return log.join(u'|');
+    }
+
+    // What becomes of the one pack of a run: "installed", "run" and "stays" as far
+    // as that is true, and why it is not installed: what is logged, or the last box.
+    QString Outcome()
+    {
+        testing::internal::CaptureStderr();
+        const QString log = WholeRun();
+        const QString place = TempFile(u"101.exe"_s);
+        QString logged = QString::fromStdString(testing::internal::GetCapturedStderr());
+        logged.remove(u"Practorium: Installation of 101 (%1) failed: "_s.arg(place));
+        const QFileInfo file(place);
+        const QString last = log.section(u'|', -2, -2);
+        QStringList outcome
+            = { FakePack::Runs() == 1 ? u"run"_s : u""_s, file.exists() || file.isSymLink() ? u"stays"_s : u""_s,
+                log.contains(u"list=101&"_s) ? u"installed"_s : u""_s, logged.trimmed(),
+                last.startsWith(u"box"_s) ? last : u""_s };
+        EXPECT_EQ(log.contains(u"|box 16 Installation of 101 failed. Click OK to continue.|"_s), !logged.isEmpty());
+        outcome.removeAll(u""_s);
+        return outcome.join(u", "_s);
     }
 
     void ShowState(State state) override
