@@ -15,16 +15,16 @@ TEST_F(PackFileTest, Places)
 {
     const QString place = TempFile(u"101.exe"_s);
     QFile removes(Sandbox::Path(u"removes"_s));
-    EXPECT_EQ(Outcome(), u"run, installed"_s);
+    EXPECT_EQ(Outcome(), u"run, installed, "_s);
     Sandbox::WriteFile(place, QByteArray(100'000, 'o'));
-    EXPECT_EQ(Outcome(), u"run, installed"_s) << "an old pack";
+    EXPECT_EQ(Outcome(), u"run, installed, "_s) << "an old pack";
     ASSERT_TRUE(QDir().mkpath(place));
     EXPECT_TRUE(Outcome().startsWith(u"stays, "_s)) << "a folder";
     EXPECT_TRUE(QDir().rmdir(place));
     // Windows gives up no program that runs.
     Sandbox::WriteFile(removes.fileName(), "");
     EXPECT_EQ(Outcome(),
-              System::RunsByName ? u"run, installed"_s : u"run, The downloaded file is not the one that was written"_s);
+              System::RunsByName ? u"run, installed, "_s : u"run, The downloaded file is not the one that was written"_s);
     EXPECT_TRUE(removes.remove());
     if (SmallDisk::WhyNot())
         return;

@@ -22,15 +22,16 @@ TEST_F(PackFileTest, LinksAndOtherUsers)
     const QString sandbox = Sandbox::Path(u""_s).chopped(1);
     const QString victim = Sandbox::Path(u"victim"_s);
     Sandbox::WriteFile(victim, "mine");
-    const auto setMode
-        = [](const QString &path, mode_t mode) { EXPECT_EQ(chmod(QFile::encodeName(path).constData(), mode), 0); };
-    const auto giveAway
-        = [](const QString &path) { return chown(QFile::encodeName(path).constData(), 65534, 65534) == 0 || geteuid() != 0; };
+    constexpr uid_t Nobody = 65534;
+    const auto set = [](const QString &path, mode_t mode, uid_t owner = geteuid()) {
+        const QByteArray name = QFile::encodeName(path);
+        EXPECT_TRUE(chmod(name.constData(), mode) == 0 && (chown(name.constData(), owner, owner) == 0 || geteuid() != 0));
+    };
     // Only the superuser can have such a disk, in a system of this thread's own.
     const auto mountNoexec = [&] { return mount("tmpfs", folderPath.constData(), "tmpfs", MS_NOEXEC, "mode=0700") == 0; };
     const bool canMount = unshare(CLONE_NEWNS) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0
         && mountNoexec() && umount(folderPath.constData()) == 0;
-    const QString installed = u"run, installed"_s;
+    const QString installed = u"run, installed, "_s;
     const QString shared = u"stays, Other users can exchange files in "_s;
     const struct {
         const char *Name;
@@ -42,39 +43,29 @@ TEST_F(PackFileTest, LinksAndOtherUsers)
         { "another user's file",
           [&] {
               Sandbox::WriteFile(place, "theirs");
-              ASSERT_TRUE(giveAway(place));
+              set(place, 0600, Nobody);
           },
           geteuid() == 0 ? u"stays, File exists"_s : installed },
-        { "a folder in which all may rename", [&] { setMode(folder, 0777); }, shared + folder },
-        { "one in which a group may", [&] { setMode(folder, 0770); }, shared + folder },
-        { "the same with the sticky bit", [&] { setMode(folder, 01777); }, installed },
-        { "a folder of another user's",
-          [&] {
-              setMode(folder, 01777);
-              ASSERT_TRUE(giveAway(folder));
-          },
-          geteuid() == 0 ? shared + folder : installed },
-        { "a link to the folder",
-          [&] {
-              QFile::link(folder, Sandbox::Path(u"linked"_s));
-              qputenv("TMPDIR", "linked");
-          },
-          installed },
-        { "below a folder in which all may rename", [&] { setMode(sandbox, 0777); }, shared + sandbox },
+        { "a folder in which all may rename", [&] { set(folder, 0777); }, shared + folder },
+        { "one in which a group may", [&] { set(folder, 0770); }, shared + folder },
+        { "the same with the sticky bit", [&] { set(folder, 01777); }, installed },
+        { "a folder of another user's", [&] { set(folder, 01777, Nobody); }, geteuid() == 0 ? shared + folder : installed },
+        { "a link to the folder", [&] { qputenv("TMPDIR", "linked"); }, installed },
+        { "below a folder in which all may rename", [&] { set(sandbox, 0777); }, shared + sandbox },
         { "a disk that runs no programs", [&] { EXPECT_TRUE(!canMount || mountNoexec()); },
           canMount ? u"stays, No program can be run from the disk that it is on (noexec)"_s : installed },
         { "no program", [&] { On("eid=", Reply::Whole("text")); },
           u"stays, Unable to execute command \"%1\": Exec format error"_s.arg(place) },
     };
+    QFile::link(folder, u"linked"_s);
     for (const auto &[name, prepare, outcome] : rows) {
         prepare();
         EXPECT_EQ(Outcome(), outcome) << name;
         QFile::remove(place);
         qputenv("TMPDIR", folderPath);
         umount(folderPath.constData());
-        setMode(sandbox, 0700);
-        EXPECT_EQ(chown(folderPath.constData(), geteuid(), getegid()), 0);
-        setMode(folder, 0700);
+        set(sandbox, 0700);
+        set(folder, 0700);
     }
     EXPECT_EQ(Sandbox::ReadFile(victim), "mine");
     EXPECT_FALSE(QFile::exists(TempFile(u"nothing"_s)));

@@ -16,7 +16,6 @@ struct Stop {
     int Result = 0; // a CURLcode
     bool IsSilent = false; // nothing more is heard, not even that
     bool IsRefused = false;
-    bool IsInChunks = false;
 };
 
 struct Reply {
@@ -76,7 +75,7 @@ private:
         int Status() const override { return Given.Status; }
         QString Reason() const override { return QStringLiteral("reason"); }
         QByteArray Header(const QByteArray &name) const override { return Given.Headers.value(name.toLower()); }
-        bool IsInChunks() const override { return Given.At.IsInChunks; }
+        bool IsInChunks() const override { return false; }
         qint64 Received() const override { return Arrived; }
         qsizetype Available() const override { return Arrived - Taken; }
         QByteArray Take(qsizetype size) override
