@@ -153,6 +153,7 @@ TEST_F(DownloadWindowTest, Remembered)
         Windows::Click(Window.get(), u"lblRemember"_s);
         EXPECT_EQ(isTicked(), isRemembered);
         Press();
+        EXPECT_TRUE(WaitFor([&] { return Bar()->width() > 1; })) << "the bar creeps";
         Window->close();
         Open(QString());
         EXPECT_EQ(isTicked(), isRemembered);
@@ -196,20 +197,4 @@ TEST_F(DownloadWindowTest, Closed)
         EXPECT_EQ(Server.Requests.size(), qstrcmp(row.To, "eid=") == 0 ? 3 : 1) << row.Name;
     }
     EXPECT_EQ(FakePack::Runs(), 0);
-}
-
-// A key that is held down presses the button once.
-TEST_F(DownloadWindowTest, EnterHeldDown)
-{
-    Server.On("LOGIN?", Silence);
-    Open();
-    Edit(u"txtPassword"_s)->setFocus();
-    Windows::HeldKey enter{ Qt::Key_Return, true, u"\r"_s };
-    enter.Repeat(1);
-    EXPECT_EQ(Caption(), u"&Start"_s) << "meant for another window";
-    enter.Press();
-    enter.Repeat(3);
-    EXPECT_EQ(Caption(), u"&Cancel"_s);
-    EXPECT_TRUE(Window->isVisible());
-    EXPECT_TRUE(WaitFor([this] { return Bar()->width() > 1; })) << "the bar creeps meanwhile";
 }

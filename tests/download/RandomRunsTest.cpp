@@ -26,16 +26,15 @@ protected:
     Reply Spoil(const Reply &reply)
     {
         const int event = Below(4);
-        const int byte = Below(int(reply.Body.size()) + 1);
-        switch (Below(9)) {
+        const int byte = Below(int(reply.Body.size()));
+        switch (Below(8)) {
         case 0: return reply.Until({ .Event = event, .Result = 56 });
         case 1: return reply.Until({ .Event = event, .IsSilent = true });
         case 2: return reply.Until({ .Byte = byte, .Result = Below(2) * 18 });
         case 3: return reply.Until({ .Byte = byte, .IsSilent = true });
-        case 4: return reply.Until({ .Byte = byte, .Result = 23, .IsRefused = true });
-        case 5: return reply.With(Any({ "content-encoding", "transfer-encoding" }), "chunked");
-        case 6: return reply.With("content-length", Any({ "-1", "x", "2147483647", "" }));
-        case 7: return Reply::Whole(reply.Body, 100 * (2 + Below(4)) + 4);
+        case 4: return reply.With(Any({ "content-encoding", "transfer-encoding" }), "chunked");
+        case 5: return reply.With("content-length", Any({ "-1", "x", "2147483647", "" }));
+        case 6: return Reply::Whole(reply.Body, 100 * (2 + Below(4)) + 4);
         default: return Reply::Whole("", 302).With("location", Any({ "/x.asp?again&eid=1", "ftp://x/", "" }));
         }
     }
@@ -43,7 +42,8 @@ protected:
     {
         EXPECT_TRUE(IsOpen) << "asked after the window was closed";
         const Reply right = Reply::Whole(request.startsWith(u"GET"_s) ? Packs.at(Below(2)) : Message(request));
-        Sent = OneIn(4) ? Spoil(right) : right;
+        IsIntact = !OneIn(4);
+        Sent = IsIntact ? right : Spoil(right);
         Sent.PartBytes = 1 + Below(int(Sent.Body.size()) / (OneIn(2) ? 20 : 1) + 1);
         if (OneIn(12))
             QTimer::singleShot(Below(4), Run.get(), [this] { PressIfOpen(); });
@@ -69,15 +69,14 @@ protected:
     void InstallationStarts(const QString &examID) override
     {
         EXPECT_TRUE(IsOpen && Run->CurrentState() == State::Running);
-        const bool isSent = Sent.Status == 200 && Sent.At.Result == 0 && !Sent.At.IsSilent
-            && (Sent.At.Byte < 0 || Sent.At.Byte == Sent.Body.size()) && Sent.Headers == Reply::Whole(Sent.Body).Headers;
-        EXPECT_TRUE(isSent && Sandbox::ReadFile(TempFile(examID + u".exe"_s)) == Sent.Body);
+        EXPECT_TRUE(IsIntact && Sandbox::ReadFile(TempFile(examID + u".exe"_s)) == Sent.Body);
         Installed.append(examID);
     }
 
     std::mt19937 Random;
     const QByteArrayList Packs = { FakePack::Bytes(), FakePack::Bytes(300'000) };
     Reply Sent;
+    bool IsIntact = true;
     QStringList Installed;
 };
 
@@ -101,7 +100,7 @@ TEST_F(RandomRunsTest, NothingPartialIsRunAndEveryRunEnds)
         // A reply that is ignored leaves the run as it is.
         QTimer often;
         QObject::connect(&often, &QTimer::timeout, Run.get(), [this, seen = qsizetype(0)]() mutable {
-            if (std::exchange(seen, Log.size()) == Log.size() && Log.last() == "full"_L1)
+            if (std::exchange(seen, Log.size()) == Log.size() && Log.value(seen - 1) == "full"_L1)
                 PressIfOpen();
         });
         often.start(4 * Timeout);

@@ -100,7 +100,7 @@ protected:
         QString logged = QString::fromStdString(testing::internal::GetCapturedStderr());
         logged.remove(u"Practorium: Installation of 101 (%1) failed: "_s.arg(TempFile(u"101.exe"_s)));
         EXPECT_EQ(log.contains(u" failed. Click OK to continue.|"_s), !logged.isEmpty());
-        const QString last = log.section(u'|', -2, -2);
+        const QString last = log.section(u'|', -2);
         return when(FakePack::Runs() == 1, u"run"_s) + when(file.exists() || file.isSymLink(), u"stays"_s)
             + when(log.contains(u"list=101&"_s), u"installed"_s) + logged.trimmed() + when(last.startsWith(u"box"_s), last);
     }
@@ -109,12 +109,12 @@ protected:
     {
         const QString line = state == State::Idle ? u"idle"_s : state == State::Running ? u"running"_s : u"ended"_s;
         if (std::exchange(LastState, line) != line)
-            Write(line);
+            Log.append(line);
     }
     void UpdateStatus(const QString &text, double total, double downloaded, double rate) override
     {
         if (total < 1)
-            return Write(u"status "_s + text);
+            return Log.append(u"status "_s + text);
         Counts.append({ total, downloaded });
         Rate = rate;
         if (AtUpdate)
@@ -123,33 +123,32 @@ protected:
     void SetProgress(double fraction) override
     {
         if (fraction == 1.0)
-            Write(u"full"_s);
+            Log.append(u"full"_s);
     }
     MessageAnswer Ask(const QString &text, MessageStyle style, const QVariantList &values) override
     {
-        Write(u"box %1 "_s.arg(style) + Common::FormatText(text, values, Common::LineBreakMarker::Exact));
+        Log.append(u"box %1 "_s.arg(style) + Common::FormatText(text, values, Common::LineBreakMarker::Exact));
         return Choice;
     }
-    void Warn(const QString &text) override { Write(u"warning "_s + text); }
-    void FocusEntry(Entry entry) override { Write(entry == Entry::UserID ? u"to user ID"_s : u"to password"_s); }
-    void InstallationStarts(const QString &examID) override { Write(u"install "_s + examID); }
+    void Warn(const QString &text) override { Log.append(u"warning "_s + text); }
+    void FocusEntry(Entry entry) override { Log.append(entry == Entry::UserID ? u"to user ID"_s : u"to password"_s); }
+    void InstallationStarts(const QString &examID) override { Log.append(u"install "_s + examID); }
     void CloseWindow() override
     {
         IsOpen = false;
-        Write(u"close"_s);
+        Log.append(u"close"_s);
         Run->Close(false);
     }
-    void Raised(const Error &error) override { Write(u"raised "_s + error.Description()); }
+    void Raised(const Error &error) override { Log.append(u"raised "_s + error.Description()); }
     virtual Reply Serve(const QString &request)
     {
-        Write(request);
+        Log.append(request);
         for (const auto &[key, reply] : Answers) {
             if (request.contains(key))
                 return reply;
         }
         return Reply{}.Until({ .Event = 1, .IsSilent = true });
     }
-    void Write(const QString &line) { Log.append(line); }
 
     SteppingClock Now;
     int Timeout = 5000; // milliseconds

@@ -15,7 +15,6 @@ struct Stop {
     qsizetype Byte = -1; // of the body; all of it
     int Result = 0; // a CURLcode
     bool IsSilent = false; // nothing more is heard, not even that
-    bool IsRefused = false;
 };
 
 struct Reply {
@@ -85,7 +84,7 @@ private:
             return part;
         }
         bool IsPaused() const override { return false; }
-        bool IsRefused() const override { return HasEnded && Given.At.IsRefused; }
+        bool IsRefused() const override { return false; }
         QString TextOf(int result) const override { return QStringLiteral("result %1").arg(result); }
 
         const Reply Given;
