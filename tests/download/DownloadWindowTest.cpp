@@ -128,6 +128,7 @@ TEST_F(DownloadWindowTest, States)
         const QRect place = Windows::Find(Window.get(), name)->geometry();
         EXPECT_TRUE(Window->rect().contains(place) && (place.top() > before.bottom() || place.left() > before.right()))
             << name.toStdString();
+        EXPECT_TRUE(!Entries.contains(name) || place.left() == Edit(u"txtPassword"_s)->x()) << name.toStdString();
         before = place;
     }
     const int width = Bar()->width();

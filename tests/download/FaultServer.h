@@ -25,18 +25,13 @@ struct Answer {
 // A service with the answers that a test gives it, wrong ones for the most part.
 class FaultServer : public QObject {
 public:
-    explicit FaultServer(QTcpServer *server = new QTcpServer)
-        : m_server(server)
+    FaultServer()
     {
-        m_server->setParent(this);
-        if (!m_server->listen(QHostAddress::LocalHost))
+        if (!m_server.listen(QHostAddress::LocalHost))
             qFatal("no port to listen on");
-        connect(m_server, &QTcpServer::pendingConnectionAvailable, this, [this] { Serve(m_server->nextPendingConnection()); });
+        connect(&m_server, &QTcpServer::newConnection, this, [this] { Serve(m_server.nextPendingConnection()); });
     }
-    QString Url(const QString &scheme = QStringLiteral("http")) const
-    {
-        return QStringLiteral("%1://127.0.0.1:%2/PackCourier.asp").arg(scheme).arg(m_server->serverPort());
-    }
+    QString Url() const { return QStringLiteral("http://127.0.0.1:%1/PackCourier.asp").arg(m_server.serverPort()); }
     // The answer to requests in which the key stands; the latest comes first. A request without a key is kept waiting.
     void On(const QByteArray &key, const Answer &answer) { m_answers.prepend({ key, answer }); }
 
@@ -59,27 +54,25 @@ private:
             Requests.append(request);
             if (Seen)
                 Seen(request);
-            const auto answer = std::find_if(m_answers.begin(), m_answers.end(),
-                                             [&](const auto &row) { return request.contains(row.first); });
-            if (answer != m_answers.end())
-                Send(socket, answer->second);
+            for (const auto &[key, answer] : m_answers) {
+                if (request.contains(key))
+                    return Send(socket, answer);
+            }
         });
     }
     void Send(QTcpSocket *socket, const Answer &answer)
     {
-        connect(socket, &QTcpSocket::bytesWritten, this, [this](qint64 bytes) { Sent += bytes; });
-        socket->write(answer.Bytes);
-        if (!answer.Forever.isEmpty()) {
-            const QByteArray much = answer.Forever.repeated(qsizetype(256 * 1024) / answer.Forever.size() + 1);
-            connect(socket, &QTcpSocket::bytesWritten, socket, [socket, much] {
-                if (socket->bytesToWrite() == 0)
-                    socket->write(much);
-            });
-        } else if (!answer.KeepsOpen) {
+        const QByteArray more = answer.Forever.repeated(answer.Forever.isEmpty() ? 0 : (256 << 10) / answer.Forever.size());
+        connect(socket, &QTcpSocket::bytesWritten, this, [this, socket, more](qint64 bytes) {
+            Sent += bytes;
+            if (socket->bytesToWrite() == 0)
+                socket->write(more);
+        });
+        socket->write(answer.Bytes + more);
+        if (!answer.KeepsOpen)
             socket->disconnectFromHost();
-        }
     }
 
-    QTcpServer *m_server;
+    QTcpServer m_server;
     QList<std::pair<QByteArray, Answer>> m_answers;
 };

@@ -54,7 +54,13 @@ TEST_F(PackFileTest, OneFileFromItsBeginningToItsEnd)
     file.Remove();
     EXPECT_FALSE(QFileInfo::exists(place));
     EXPECT_THROW(file.Remove(), Error) << "it is gone";
-    Sandbox::WriteFile(place, "theirs");
+    // Another file is neither run nor removed with it.
+    file.Create(place);
+    file.Abandon();
+    Sandbox::WriteFile(TempFile(u"other"_s), "theirs");
+    EXPECT_TRUE(QFile::remove(place) && QFile::rename(TempFile(u"other"_s), place));
+    EXPECT_THROW(file.MakeRunnable(), Error);
+    EXPECT_THROW(file.Remove(), Error);
     RemoveOwnFile(place);
     EXPECT_FALSE(QFileInfo::exists(place));
 }

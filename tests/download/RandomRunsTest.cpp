@@ -89,7 +89,7 @@ TEST_F(RandomRunsTest, NothingPartialIsRunAndEveryRunEnds)
     // In milliseconds; where a program starts slowly, everything else is slow as well.
     Timeout = System::RunsByName ? 50 : 3;
     const int runs = System::RunsByName ? 200 : 2000;
-    qsizetype successes = 0, installations = 0;
+    qsizetype installations = 0;
     for (int run = 0; run < runs && !HasFailure(); ++run) {
         SCOPED_TRACE(run);
         Log.clear();
@@ -105,7 +105,6 @@ TEST_F(RandomRunsTest, NothingPartialIsRunAndEveryRunEnds)
         });
         often.start(4 * Timeout);
         EXPECT_TRUE(WaitFor([this] { return Run->CurrentState() != State::Running; })) << Log.join(u'\n').toStdString();
-        successes += Log.contains(u"status Completed"_s);
         if (IsOpen)
             CloseWindow();
         Log.clear();
@@ -115,5 +114,5 @@ TEST_F(RandomRunsTest, NothingPartialIsRunAndEveryRunEnds)
         EXPECT_EQ(FakePack::Runs(), Installed.size());
         installations += Installed.size();
     }
-    EXPECT_TRUE(successes > runs / 30 && installations > runs / 30) << successes << ' ' << installations;
+    EXPECT_GT(installations, runs / 30);
 }

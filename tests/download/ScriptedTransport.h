@@ -36,12 +36,7 @@ struct Reply {
         reply.Headers[name] = value;
         return reply;
     }
-    Reply Until(const Stop &stop) const
-    {
-        Reply reply = *this;
-        reply.At = stop;
-        return reply;
-    }
+    Reply Until(const Stop &stop) const { return { Body, Status, Headers, stop, PartBytes, Pause }; }
 };
 
 class ScriptedTransport : public Transport {

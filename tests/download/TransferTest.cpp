@@ -13,7 +13,6 @@ protected:
     TransferTest()
     {
         QObject::connect(&Line, &Transfer::StateChanged, &Line, [this](int state) {
-            States.append(state);
             if (state == Transfer::Completed && Reader)
                 Reader();
         });
@@ -26,7 +25,6 @@ protected:
     }
     QStringList Requests;
     QList<Reply> Replies = { Reply::Whole("0123456789") };
-    QList<int> States;
     std::function<void()> Reader;
     Transfer Line{ std::make_unique<ScriptedTransport>([this](const QString &request) { return Serve(request); }) };
 };
@@ -90,18 +88,14 @@ TEST_F(TransferTest, Cancelled)
     Line.Execute(Address, "GET");
     EXPECT_EQ(QString::number(Line.ResponseCode()) + Line.ResponseInfo(), u"0"_s) << "nothing of the one before";
     Line.Cancel();
-    States.clear();
     EXPECT_EQ(Course(Line, Address), u"200 again"_s);
-    EXPECT_EQ(States, (QList<int>{ Transfer::Requesting, Transfer::Completed }));
     EXPECT_EQ(Line.GetHeader("Content-LENGTH"), "5");
     // Completed is raised already, but cancelled before it is seen.
     QObject::connect(&Line, &Transfer::Advanced, &Line, [&] {
         if (Line.StillExecuting() && Line.ResponseCode() == 200)
             Line.Cancel();
     });
-    States.clear();
     EXPECT_EQ(Course(Line, Address), u""_s);
-    EXPECT_EQ(States, QList<int>{ Transfer::Requesting });
     EXPECT_EQ(Line.GetChunk(1) + Line.GetHeader("content-length"), "");
 }
 
