@@ -120,17 +120,28 @@ TEST_F(DownloadWindowTest, States)
     const auto painted = [&](int x) {
         return picture.pixelColor(room->mapTo(Window.get(), QPoint(x, room->height() / 2)) * picture.devicePixelRatio());
     };
+    EXPECT_NE(painted(0), QColor(Qt::white)) << "a frame";
     EXPECT_EQ(painted(room->width() / 2 - 3), QColor(Theme::Blue));
     EXPECT_EQ(painted(room->width() / 2 + 3), QColor(Qt::white));
+    EXPECT_EQ(Window->windowTitle(), u"Download Exams"_s);
     QRect before;
+    QStringList parts; // what is written to the left of each, and what a screen reader says
     for (const QString &name : Entries
              + QStringList{ u"lblInfo"_s, u"picProgress"_s, u"lblTotal"_s, u"lblDownloaded"_s, u"lblRate"_s, u"cmdAction"_s }) {
-        const QRect place = Windows::Find(Window.get(), name)->geometry();
+        const QWidget *part = Windows::Find(Window.get(), name);
+        const QRect place = part->geometry();
         EXPECT_TRUE(Window->rect().contains(place) && (place.top() > before.bottom() || place.left() > before.right()))
             << name.toStdString();
         EXPECT_TRUE(!Entries.contains(name) || place.left() == Edit(u"txtPassword"_s)->x()) << name.toStdString();
         before = place;
+        const QLabel *caption = nullptr;
+        for (int x = place.left() - 1; x > 0 && !caption; --x)
+            caption = qobject_cast<QLabel *>(Window->childAt(x, place.center().y()));
+        parts.append((caption ? caption->text() : QString()) + part->accessibleName());
+        EXPECT_TRUE(!Entries.contains(name) || !caption || caption->buddy() == part) << name.toStdString();
     }
+    EXPECT_EQ(parts.join(u'|'),
+              u"&User ID:User ID|&Password:Password|Remember user ID and password||Progress|Size:|Received:|Rate:|"_s);
     const int width = Bar()->width();
     Window->hide();
     Window->show();
