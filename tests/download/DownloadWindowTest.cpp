@@ -184,7 +184,6 @@ TEST_F(DownloadWindowTest, Closed)
         std::function<void()> Close;
     } rows[] = {
         { "button before the answer", "LOGIN?", Silence, [this] { Press(); } },
-        { "button in a pack", "eid=", begun, [this] { Press(); } },
         { "close box in a pack", "eid=", begun, [this] { Window->close(); } },
         { "Escape in a message", "LOGIN?", begun, [this] { QTest::keyClick(Window.get(), Qt::Key_Escape); } },
         { "end of the program in a message", "LOGIN?", begun, [] { QCoreApplication::quit(); } },

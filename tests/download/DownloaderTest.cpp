@@ -14,25 +14,28 @@ TEST(DownloadTextTest, Labels)
     const auto labels = [](double bytes) {
         return QStringList{ DownloadText::Total(bytes), DownloadText::Received(bytes), DownloadText::Rate(bytes) }.join(u'|');
     };
-    for (const double nothing : { 0.0, 0.9, -5.0 })
-        EXPECT_EQ(labels(nothing), u"NA|NA|NA"_s) << nothing;
-    EXPECT_EQ(labels(102'400), u"100.00 KB|100 KB|100 KB/s"_s);
-    // Only the number of decimals changes at the limits.
-    EXPECT_FALSE(DownloadText::Received(1'022'975).contains(u'.'));
-    EXPECT_TRUE(DownloadText::Received(1'022'976).contains(u'.'));
-    EXPECT_EQ(DownloadText::Rate(99), u"99 bytes/s"_s);
+    const std::pair<double, QString> rows[] = {
+        { 0.9, u"NA|NA|NA"_s },
+        { 1, u"1 bytes|1 bytes|1 bytes/s"_s },
+        { 102'400, u"100.00 KB|100 KB|100 KB/s"_s },
+        // Only the number of decimals changes at the limits.
+        { 1'022'975, u"999.00 KB|999 KB|999 KB/s"_s },
+        { 1'022'976, u"999.00 KB|999.00 KB|999 KB/s"_s },
+    };
+    for (const auto &[bytes, text] : rows)
+        EXPECT_EQ(labels(bytes), text) << bytes;
 }
 
 TEST(DownloadTextTest, GeneralDate)
 {
     const QDateTime time({ 2026, 3, 21 }, { 20, 5, 9 });
     const std::pair<QString, QString> rows[] = {
-        { u"en_US"_s, u"3/21/2026 8:05:09 PM"_s }, { u"de_DE"_s, u"21.03.2026 20:05:09"_s },
-        { u"sv_SE"_s, u"2026-03-21 20:05:09"_s },  { u"fa_IR"_s, u"2026/3/21 20:05:09"_s },
-        { u"ar_EG"_s, u"21/3/2026 8:05:09 PM"_s }, { u"bn_BD"_s, u"21/3/2026 8:05:09 PM"_s },
+        { u"en_US"_s, u"3/21/2026 8:05:09 PM"_s },
+        { u"de_DE"_s, u"21.03.2026 20:05:09"_s },
+        { u"sv_SE"_s, u"2026-03-21 20:05:09"_s },
     };
     for (const auto &[name, text] : rows)
-        EXPECT_EQ(DownloadText::GeneralDate(time, QLocale(name)), text) << name.toStdString();
+        EXPECT_EQ(DownloadText::GeneralDate(time, QLocale(name)), text);
     static const QRegularExpression readable(u"^(?=.*2026)(?=.*\\b21\\b)[0-9./-]+ (20:05:09|8:05:09 PM)$"_s);
     for (const QLocale &locale : QLocale::matchingLocales(QLocale::AnyLanguage, QLocale::AnyScript, QLocale::AnyCountry)) {
         const QString text = DownloadText::GeneralDate(time, locale);

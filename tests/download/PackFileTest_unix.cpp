@@ -76,8 +76,7 @@ TEST_F(PackFileTest, ExchangedBeforeItIsRun)
 {
     const QString place = TempFile(u"own.exe"_s);
     const QString other = TempFile(u"other"_s);
-    // Of the owner, the group and everybody.
-    const auto mode = [&] { return int(QFile::permissions(place)) & 0x7077; };
+    const auto mode = [&] { return int(QFile::permissions(place)) & 0x7077; }; // of owner, group and all
     const std::pair<const char *, std::function<bool()>> exchanges[] = {
         { "a second name",
           [&] { return link(QFile::encodeName(place).constData(), QFile::encodeName(other + u'2').constData()) == 0; } },
