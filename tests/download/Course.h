@@ -6,7 +6,7 @@
 
 #include <QTest>
 
-constexpr int Never = 60'000; // milliseconds
+constexpr int Never = 20'000; // milliseconds
 constexpr qsizetype Endless = 3 << 20; // bytes
 
 // What a request comes to: the code with the body or with the text of a failure,
