@@ -34,7 +34,9 @@ inline QString Course(Transfer &line, const QString &url, const QByteArray &oper
             end = u"%1 "_s.arg(line.ResponseCode()) + QLatin1StringView(body);
     });
     line.Execute(url, operation, operation == "POST" ? "a;b" : "", "Content-Type: x/y");
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !end.isEmpty() || !line.StillExecuting(); }, Never)) << "goes on";
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return !end.isEmpty() || !line.StillExecuting(); }, testing::Test::HasFailure() ? 100 : Never))
+        << "goes on";
     QCoreApplication::processEvents();
     return end;
 }
