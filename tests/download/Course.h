@@ -34,9 +34,8 @@ inline QString Course(Transfer &line, const QString &url, const QByteArray &oper
             end = u"%1 "_s.arg(line.ResponseCode()) + QLatin1StringView(body);
     });
     line.Execute(url, operation, operation == "POST" ? "a;b" : "", "Content-Type: x/y");
-    EXPECT_TRUE(
-        QTest::qWaitFor([&] { return !end.isEmpty() || !line.StillExecuting(); }, testing::Test::HasFailure() ? 100 : Never))
-        << "goes on";
+    const auto isOver = [&] { return !end.isEmpty() || !line.StillExecuting(); };
+    EXPECT_TRUE(QTest::qWaitFor(isOver, testing::Test::HasFailure() ? 100 : Never)) << "goes on";
     QCoreApplication::processEvents();
     return end;
 }

@@ -44,10 +44,7 @@ protected:
     QString Caption() { return Windows::Find<QPushButton>(Window.get(), u"cmdAction"_s)->text(); }
     QWidget *Bar() { return Windows::Find(Window.get(), u"shpProgress"_s); }
     void Press() { Windows::Click(Window.get(), u"cmdAction"_s); }
-    static bool WaitFor(const std::function<bool()> &condition)
-    {
-        return QTest::qWaitFor(condition, HasFailure() ? 100 : Windows::Patience);
-    }
+    static bool WaitFor(const std::function<bool()> &condition) { return QTest::qWaitFor(condition, Windows::Patience); }
     // The caption, the status and the three labels; everything can be used at any time.
     QString Shown()
     {
