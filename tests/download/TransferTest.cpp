@@ -62,7 +62,7 @@ TEST_F(TransferTest, Redirections)
     } rows[] = {
         { "http://a/x", { To("https://b/"), To("/c"), found }, u"200 found"_s, "POST a;b" },
         { "http://a/x", { To("/c", 303), found }, u"200 found"_s, "GET http://a/c" },
-        { "http://a/x/y/z", { To("/c", 303), To("/u/v/?a b#c"), To("../d"), found }, u"200 found"_s, "GET http://a/u/d" },
+        { "http://a/x/y/z", { To("/c", 303), To("/u/v/"), To("../d?a b#c"), found }, u"200 found"_s, "GET http://a/u/d?a%20b" },
         { "http://a/x", { To("/c", 399), found }, u"200 found"_s, "POST a;b" },
         { "http://a/x", QList<Reply>(10, To("/c")) + QList<Reply>{ found }, u"200 found"_s, "POST a;b" },
         { "http://a/x", { To("/c") }, u"47 The server redirects too often"_s, "POST a;b" },
