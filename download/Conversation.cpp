@@ -148,7 +148,7 @@ void Conversation::DownloadNext()
 
 void Conversation::DownloadComplete()
 {
-    if (!m_isRunning || m_queue.isEmpty())
+    if (!m_isRunning)
         return;
     InstallFront();
     if (!m_isRunning)

@@ -47,11 +47,10 @@ CURLcode(curl_easy_setopt)(CURL *easy, CURLoption option, ...)
     va_list values;
     va_start(values, option);
     CURLcode result = CURLE_OK;
-    // The number of an option gives the type of its value.
+    // The number of an option gives the type of its value; none of those that are
+    // set here is an offset.
     if (option < CURLOPTTYPE_OBJECTPOINT)
         result = set(va_arg(values, long));
-    else if (option >= CURLOPTTYPE_OFF_T && option < CURLOPTTYPE_BLOB)
-        result = set(va_arg(values, curl_off_t));
     else
         result = set(va_arg(values, void *));
     va_end(values);

@@ -4,6 +4,7 @@
 #include "download/Transport.h"
 
 #include <QMap>
+#include <QTimer>
 
 #include <functional>
 
@@ -14,8 +15,6 @@ struct Stop {
     qsizetype Byte = -1; // of the body; all of it
     int Result = 0; // a CURLcode
     bool IsSilent = false; // nothing more is heard, not even that
-    bool IsRefused = false;
-    bool IsInChunks = false;
 };
 
 struct Reply {
@@ -24,6 +23,7 @@ struct Reply {
     QMap<QByteArray, QByteArray> Headers = {}; // names in small letters
     Stop At = {};
     qsizetype PartBytes = 100'000;
+    int Pause = 0; // milliseconds before each event
 
     // A body of the length that the headers announce.
     static Reply Whole(const QByteArray &body, int status = 200)
@@ -36,7 +36,7 @@ struct Reply {
         reply.Headers[name] = value;
         return reply;
     }
-    Reply Until(const Stop &stop) const { return { Body, Status, Headers, stop, PartBytes }; }
+    Reply Until(const Stop &stop) const { return { Body, Status, Headers, stop, PartBytes, Pause }; }
 };
 
 class ScriptedTransport : public Transport {
@@ -50,27 +50,26 @@ public:
     std::unique_ptr<Exchange> Start(const HttpRequest &request) override
     {
         const QByteArray rest = request.Operation == "GET" ? request.Url : request.Body;
-        m_current = new Scripted(*this, m_server(QString::fromLatin1(request.Operation + ' ' + rest)));
-        Advance(++m_serial);
-        return std::unique_ptr<Exchange>(m_current);
+        auto exchange = std::make_unique<Scripted>(m_server(QString::fromLatin1(request.Operation + ' ' + rest)));
+        QObject::connect(&exchange->Next, &QTimer::timeout, this, [this, scripted = exchange.get()] { Step(*scripted); });
+        return exchange;
     }
 
 private:
     struct Scripted : Exchange {
-        Scripted(ScriptedTransport &transport, const Reply &reply)
-            : Line(transport)
-            , Given(reply)
-            , End(reply.At.Byte < 0 ? reply.Body.size() : reply.At.Byte)
+        explicit Scripted(Reply reply)
+            : Given(std::move(reply))
+            , End(Given.At.Byte < 0 ? Given.Body.size() : Given.At.Byte)
         {
+            Next.start(Given.Pause);
         }
-        ~Scripted() override { Line.m_current = nullptr; }
         bool IsSent() const override { return Events > 0; }
         bool HasBegun() const override { return Events > 1; }
         bool HasHeaders() const override { return Events > 2; }
         int Status() const override { return Given.Status; }
         QString Reason() const override { return QStringLiteral("reason"); }
         QByteArray Header(const QByteArray &name) const override { return Given.Headers.value(name.toLower()); }
-        bool IsInChunks() const override { return Given.At.IsInChunks; }
+        bool IsInChunks() const override { return false; }
         qint64 Received() const override { return Arrived; }
         qsizetype Available() const override { return Arrived - Taken; }
         QByteArray Take(qsizetype size) override
@@ -80,42 +79,32 @@ private:
             return part;
         }
         bool IsPaused() const override { return false; }
-        bool IsRefused() const override { return HasEnded && Given.At.IsRefused; }
+        bool IsRefused() const override { return false; }
         QString TextOf(int result) const override { return QStringLiteral("result %1").arg(result); }
 
-        ScriptedTransport &Line;
         const Reply Given;
         const qsizetype End;
         int Events = 0;
         qsizetype Arrived = 0;
         qsizetype Taken = 0;
         bool HasEnded = false;
+        QTimer Next;
     };
 
-    void Advance(int serial)
+    void Step(Scripted &exchange)
     {
-        QMetaObject::invokeMethod(
-            this, [this, serial] { Step(serial); }, Qt::QueuedConnection);
-    }
-    void Step(int serial)
-    {
-        Scripted *exchange = serial == m_serial ? m_current : nullptr;
-        if (!exchange)
-            return;
-        const Stop &stop = exchange->Given.At;
-        if (exchange->Events < stop.Event)
-            ++exchange->Events;
-        else if (exchange->Events == 3 && exchange->Arrived < exchange->End)
-            exchange->Arrived = std::min(exchange->Arrived + exchange->Given.PartBytes, exchange->End);
+        const Stop &stop = exchange.Given.At;
+        if (exchange.Events < stop.Event)
+            ++exchange.Events;
+        else if (exchange.Events == 3 && exchange.Arrived < exchange.End)
+            exchange.Arrived = std::min(exchange.Arrived + exchange.Given.PartBytes, exchange.End);
         else
-            exchange->HasEnded = true;
-        if (!exchange->HasEnded)
-            Advance(serial);
-        if (!exchange->HasEnded || !stop.IsSilent)
-            Q_EMIT HasRun(exchange->HasEnded ? std::optional(stop.Result) : std::nullopt);
+            exchange.HasEnded = true;
+        if (exchange.HasEnded)
+            exchange.Next.stop();
+        if (!exchange.HasEnded || !stop.IsSilent)
+            Q_EMIT HasRun(exchange.HasEnded ? std::optional(stop.Result) : std::nullopt);
     }
 
     Server m_server;
-    Scripted *m_current = nullptr;
-    int m_serial = 0;
 };
