@@ -70,6 +70,21 @@ OptionRows::Row *OptionRows::NewRow()
             if (!made->Check->isHidden())
                 Q_EMIT CheckClicked(number(), checked);
         });
+        // Or change a button without a click, which the session would not know of.
+        const auto isUnknown = [this, made](const QAbstractButton *button) {
+            return !button->isHidden() && made->Index < Count()
+                && button->isChecked() != (m_selectors[made->Index].Value == Selector::On);
+        };
+        const auto radioToggled = [this, number, made, isUnknown] {
+            if (isUnknown(made->Radio))
+                Q_EMIT RadioClicked(number());
+        };
+        connect(row->Radio, &QRadioButton::toggled, this, radioToggled, Qt::QueuedConnection);
+        const auto checkToggled = [this, number, made, isUnknown] {
+            if (isUnknown(made->Check))
+                Q_EMIT CheckClicked(number(), made->Check->isChecked());
+        };
+        connect(row->Check, &QCheckBox::toggled, this, checkToggled, Qt::QueuedConnection);
         connect(row->Label, &TextBlock::Clicked, this, [this, number] { Q_EMIT LabelClicked(number()); });
         m_spare.push_back(std::move(row));
     }

@@ -186,10 +186,11 @@ void QuestionFrame::SetTextScale(double scale)
     lblQuestion->setFont(parentWidget()->font());
     Theme::ScaleFont(lblQuestion, QuestionScale * m_scale);
     m_rows->SetFont(lblQuestion->font());
-    const double before = m_contentHeight;
+    // What was at the top of the view stays there.
+    const double share = m_contentHeight > 0 ? vsbScroll->value() / m_contentHeight : 0;
     ArrangeRows();
-    if (before > 0 && vsbScroll->isEnabled())
-        vsbScroll->setValue(static_cast<int>(std::lround(vsbScroll->value() * (m_contentHeight / before))));
+    if (vsbScroll->isEnabled())
+        vsbScroll->setValue(static_cast<int>(std::lround(share * m_contentHeight)));
     MoveContent(vsbScroll->isEnabled() ? vsbScroll->value() : 0);
 }
 

@@ -71,6 +71,12 @@ frmExam::frmExam()
     press(cmdReview, &ExamSession::cmdReview_Click);
     press(picBorder->Info()->WhyButton(), &ExamSession::cmdWhy_Click);
     connect(chkMarked, &QCheckBox::clicked, this, [this](bool marked) { m_session.chkMarked_Click(marked); });
+    // Assistive technology can change it without a click.
+    const auto toggled = [this] {
+        if (chkMarked->isChecked() != m_session.Page().IsMarked)
+            m_session.chkMarked_Click(chkMarked->isChecked());
+    };
+    connect(chkMarked, &QCheckBox::toggled, this, toggled, Qt::QueuedConnection);
     connect(picBorder, &QuestionFrame::RadioClicked, this,
             [this](int row) { Guard([&] { m_session.optChoices_Click(row); }); });
     connect(picBorder, &QuestionFrame::CheckClicked, this,

@@ -82,7 +82,7 @@ protected:
         AddItem(*Globals::CurrentExam, { u"single"_s, { u"*one"_s, u"two"_s, u"three"_s }, false, u""_s, u" because "_s });
         options.first().prepend(u'*');
         AddItem(*Globals::CurrentExam, { u"long "_s.repeated(3'000), options });
-        AddItem(*Globals::CurrentExam, { u"texts"_s, { u"*AT&T"_s, u"*<i>x</i>"_s, u"cut\0off"_s } });
+        AddItem(*Globals::CurrentExam, { u"texts\n1\n2\n3\n4\n5\n6"_s, { u"*AT&T"_s, u"*<i>x</i>"_s, u"cut\0off"_s } });
     }
     ~ExamWindowTest() override { Globals::CurrentExam.reset(); }
 
@@ -260,6 +260,15 @@ TEST_F(ExamWindowTest, Scrolling)
     EXPECT_EQ(Shown(), (value + 15 + 7) / 15) << "until it is moved; minimised and restored it stands where it was";
     Window.Session().GotoQuestion(2);
     EXPECT_EQ(Shown() + Bar->value(), 0);
+    // Also while the item fits.
+    Window.Session().GotoQuestion(3);
+    for (const int height : { 400, 640, 400 }) {
+        Resize(900, height);
+        EXPECT_TRUE(Bar->isEnabled() == (height == 400) && Shown() == 0) << height;
+        if (Bar->value() == 0)
+            Bar->setValue(150);
+    }
+    EXPECT_EQ(Bar->value(), 150);
 }
 
 TEST_F(ExamWindowTest, AKeyHeldDownGoesOneItemOn)
@@ -445,6 +454,11 @@ TEST_F(ExamWindowTest, ForAScreenReader)
     EXPECT_EQ(told(u"optChoices2"_s) + told(u"optChoices3"_s), u"1xB. two1.C. three"_s);
     Window.Session().GotoQuestion(3);
     EXPECT_EQ(told(u"chkChoices3"_s), u"0.C. cut"_s);
+    for (const QString &name : { u"chkChoices3"_s, u"chkMarked"_s }) {
+        interfaceOf(name)->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+        QCoreApplication::processEvents();
+    }
+    EXPECT_TRUE(Window.Session().Page().IsMarked && Window.Session().Page().chkChoices[2].Value == Selector::On);
     // In their order, also those that another item has used before.
     for (const qint16 item : { 2, 1, 2 })
         Window.Session().GotoQuestion(item);
