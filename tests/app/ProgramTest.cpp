@@ -6,7 +6,6 @@
 #include "tests/support/Windows.h"
 
 #include <QLabel>
-#include <QListWidget>
 #include <QTreeView>
 
 using namespace Windows;
@@ -72,11 +71,8 @@ TEST_F(ProgramTest, OneSitting)
     Click(Sitting, u"cmdNext"_s);
     QTest::keyClick(Sitting, Qt::Key_B);
 
-    QStringList entries;
     QString result;
     WhenOpen review(u"frmReview"_s, [&](QWidget *list) {
-        for (int row = 0; row < Find<QListWidget>(list, u"lvwReview"_s)->count(); ++row)
-            entries += Find<QListWidget>(list, u"lvwReview"_s)->item(row)->text();
         Boxes.Expect(EndQuestion, QuestionMessage, AnswerYes);
         WhenOpen report(u"frmReport"_s, [&](QWidget *window) {
             result = Find<QLabel>(window, u"lblMessage"_s)->text();
@@ -85,11 +81,7 @@ TEST_F(ProgramTest, OneSitting)
         Click(list, u"cmdEnd"_s);
     });
     Click(Sitting, u"cmdNext"_s);
-    EXPECT_EQ(entries, (QStringList{ u"1 - A"_s, u"2 - A,B"_s, u"3 - B"_s }));
     EXPECT_EQ(result, u"Sorry!\r\nA score of 700 or better was required to pass this exam.\r\nYour score was 667"_s);
-
-    EXPECT_EQ(Find<QLabel>(Sitting, u"lblAnswer"_s)->text() + Find<QLabel>(Sitting, u"lblStatus"_s)->text(),
-              u"Answer: ACORRECT"_s);
 
     Sitting->close();
     EXPECT_TRUE(Started->Main().isVisible());

