@@ -163,6 +163,30 @@ TEST(PanelTest, BorderFollowsTheEdges)
         EXPECT_EQ(Colours(Part(image, edge)), QSet<QRgb>{ qRgb(255, 0, 0) });
 }
 
+// A visible control shows a change at once.
+TEST(PanelTest, WhatChangesIsPaintedAgain)
+{
+    struct Painted : QObject {
+        bool eventFilter(QObject *, QEvent *event) override { return Is = Is || event->type() == QEvent::Paint, false; }
+        bool Is = false;
+    } painted;
+    Panel panel;
+    LinkLabel link;
+    const std::pair<QWidget *, std::function<void()>> changes[] = {
+        { &panel, [&] { panel.SetBackColor(0x00FFFF); } }, { &panel, [&] { panel.SetBorderColor(0x0000FF); } },
+        { &panel, [&] { panel.ReadProperties({}); } },     { &link, [&] { link.SetForeColor(0x00FFFF); } },
+        { &link, [&] { link.SetCaption(u"x"_s); } },
+    };
+    for (const auto &[control, change] : changes) {
+        Show(control);
+        QCoreApplication::processEvents();
+        control->installEventFilter(&painted);
+        painted.Is = false;
+        change();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return painted.Is; }, 1'000)) << &change - &changes[0].second;
+    }
+}
+
 // Letters are of one ink on every ground, and paler where something is disabled.
 TEST(ThemeTest, InkAndSizes)
 {

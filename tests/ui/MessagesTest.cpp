@@ -61,8 +61,14 @@ TEST(MessagesTest, Boxes)
 // Whoever wrote the text, the button stays on the screen.
 TEST(MessagesTest, EndlessTexts)
 {
-    for (const QString &text : { u"line\r\n"_s.repeated(2000), u"word "_s.repeated(20'000), QString(20'000, u'w') }) {
-        WhenOpen open(u"QMessageBox"_s, [](QWidget *box) {
+    // The text, and how many characters of it are shown.
+    const std::pair<QString, qsizetype> rows[] = {
+        { u"line\n"_s.repeated(2000), 124 }, { u"\n"_s.repeated(2000), 24 },           { u"word "_s.repeated(20'000), 2000 },
+        { QString(20'000, u'w'), 2000 },     { u"line\n"_s.repeated(24) + u'x', 121 }, { QString(2000, u'w'), 2000 },
+    };
+    for (const auto &[text, shown] : rows) {
+        WhenOpen open(u"QMessageBox"_s, [text = text, shown = shown](QWidget *box) {
+            EXPECT_EQ(qobject_cast<QMessageBox *>(box)->text(), shown < text.size() ? text.first(shown) + u'…' : text);
             EXPECT_LT(box->height(), box->screen()->availableSize().height());
             QTest::keyClick(box, Qt::Key_Return);
         });
