@@ -17,6 +17,9 @@ namespace {
 
 const QString Service = QStringLiteral(SERVICE_PROGRAM);
 
+// A test run in the background may have it ignored, and programs inherit that.
+[[maybe_unused]] const auto interruptBefore = std::signal(SIGINT, SIG_DFL);
+
 // With arguments parted by blanks; "_" is a blank in one.
 Outcome On(const QString &arguments, const QByteArray &input = {})
 {
