@@ -140,19 +140,23 @@ TEST(ServiceProgramTest, ATerminalShowsNoPasswordAndEverythingAfterwards)
         termios mode{};
         return tcgetattr(line, &mode) == 0 && (mode.c_lflag & ECHO) != 0;
     };
+    const auto seen = [terminal] {
+        QByteArray bytes(100, '\0');
+        return bytes.first(std::max<ssize_t>(::read(terminal, bytes.data(), 100), 0));
+    };
     const QString path = Sandbox::Path(u"typed.db"_s);
     for (const auto &[typed, exitCode] : { std::pair{ "pass\n", 0 }, std::pair{ "pass\x03", SIGINT } }) {
         QProcess service;
         service.setChildProcessModifier([line] { login_tty(dup(line)); });
         service.start(Service, { u"add-user"_s, u"--database"_s, path, u"ann"_s });
         Await([&] { return !shows(); });
+        // Before the key for a signal, with which a terminal drops what waits in it.
+        EXPECT_EQ(seen(), "Password: ");
         EXPECT_EQ(::write(terminal, typed, qstrlen(typed)), static_cast<ssize_t>(qstrlen(typed)));
         EXPECT_TRUE(service.waitForFinished(Patience));
         EXPECT_EQ(service.exitCode(), exitCode);
         EXPECT_TRUE(shows());
-        QByteArray seen(100, '\0');
-        seen.truncate(::read(terminal, seen.data(), 100));
-        EXPECT_EQ(seen, exitCode == 0 ? "Password: \r\n" : "Password: ");
+        EXPECT_TRUE(exitCode != 0 || seen() == "\r\n");
     }
     EXPECT_TRUE(::close(line) == 0 && ::close(terminal) == 0);
 }
