@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -48,13 +49,14 @@ void GiveDamaged(const Bytes &bytes)
 
 }
 
-// Gives every file of the folders named on the command line to the target, whole and
-// then damaged everywhere.
+// replay [--damaged] FOLDER...: gives every file of the folders to the target, whole, and
+// with --damaged everything that can be wrong with it too.
 int main(int argc, char **argv)
 {
     LLVMFuzzerInitialize(&argc, &argv);
+    const bool isDamaged = argc > 1 && std::strcmp(argv[1], "--damaged") == 0;
     int files = 0;
-    for (int i = 1; i < argc; ++i) {
+    for (int i = isDamaged ? 2 : 1; i < argc; ++i) {
         for (const auto &entry : std::filesystem::directory_iterator(argv[i])) {
             if (!entry.is_regular_file())
                 continue;
@@ -63,7 +65,7 @@ int main(int argc, char **argv)
             std::ifstream stream(entry.path(), std::ios::binary);
             const std::vector<char> bytes{ std::istreambuf_iterator<char>(stream), {} };
             Give({ bytes.begin(), bytes.end() });
-            if (bytes.size() <= LargestDamaged)
+            if (isDamaged && bytes.size() <= LargestDamaged)
                 GiveDamaged({ bytes.begin(), bytes.end() });
             ++files;
         }

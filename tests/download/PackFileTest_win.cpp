@@ -12,13 +12,12 @@
 
 namespace {
 
-class PackFileTest : public RunTest {
-protected:
-    static HANDLE Opened(const QString &path, DWORD access, DWORD share)
-    {
-        return CreateFileW(Wide(path), access, share, nullptr, OPEN_EXISTING, 0, nullptr);
-    }
-};
+using PackFileTest = RunTest;
+
+HANDLE Opened(const QString &path, DWORD access, DWORD share)
+{
+    return CreateFileW(Wide(path), access, share, nullptr, OPEN_EXISTING, 0, nullptr);
+}
 
 }
 

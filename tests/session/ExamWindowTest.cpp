@@ -82,7 +82,8 @@ protected:
         AddItem(*Globals::CurrentExam, { u"single"_s, { u"*one"_s, u"two"_s, u"three"_s }, false, u""_s, u" because "_s });
         options.first().prepend(u'*');
         AddItem(*Globals::CurrentExam, { u"long "_s.repeated(3'000), options });
-        AddItem(*Globals::CurrentExam, { u"texts\n1\n2\n3\n4\n5\n6"_s, { u"*AT&T"_s, u"*<i>x</i>"_s, u"cut\0off"_s } });
+        AddItem(*Globals::CurrentExam,
+                { u"texts\n1\n2\n3\n4\n5\n6\n7\n8\n9"_s, { u"*AT&T"_s, u"*<i>x</i>"_s, u"cut\0off"_s } });
     }
     ~ExamWindowTest() override { Globals::CurrentExam.reset(); }
 
@@ -264,6 +265,7 @@ TEST_F(ExamWindowTest, Scrolling)
     Window.Session().GotoQuestion(3);
     Resize(900, 400);
     Bar->setValue(150);
+    EXPECT_EQ(Bar->value(), 150);
     Resize(900, 640);
     EXPECT_FALSE(Bar->isEnabled());
     Resize(900, 400);
