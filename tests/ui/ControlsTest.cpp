@@ -115,7 +115,7 @@ TEST_F(LinkLabelTest, ClicksAndKeys)
             EXPECT_EQ(Colours(link.grab(edge).toImage()).contains(link.palette().color(QPalette::Highlight).rgb()), isHere);
     }
     QSignalSpy clicks(&link, &LinkLabel::Click);
-    const auto doubleClick = [&] { QTest::mouseDClick(window.windowHandle(), Qt::LeftButton, {}, QPoint(5, 5)); };
+    const auto pressTwice = [&] { QTest::mouseDClick(window.windowHandle(), Qt::LeftButton, {}, QPoint(5, 5)); };
     const auto leave = [&] {
         QTest::mousePress(&link, Qt::LeftButton);
         QTest::mouseRelease(&link, Qt::LeftButton, {}, QPoint(-5, -5));
@@ -129,7 +129,7 @@ TEST_F(LinkLabelTest, ClicksAndKeys)
         { u"  http://a.example "_s, [&] { Click(&link); }, u"http://a.example"_s },
         { u"http://b.example"_s, [&] { QTest::keyClick(&link, Qt::Key_Return); }, u"http://b.example"_s },
         { u"   "_s, [&] { QTest::keyClick(&link, Qt::Key_Space); }, u""_s },
-        { u" "_s, doubleClick, u""_s },
+        { u" "_s, pressTwice, u""_s },
         { u"http://e.example"_s, [&] { QTest::mouseDClick(&link, Qt::RightButton); }, u""_s, 0 },
         { u"http://f.example"_s, leave, u""_s, 0 },
     };
