@@ -13,7 +13,8 @@ public:
     ~FakeBrowser();
     Q_DISABLE_COPY(FakeBrowser)
 
-    bool HasOpened() const { return QFile::exists(m_log); }
+    // A file that is just renamed cannot be read yet everywhere.
+    bool HasOpened() const { return QFile(m_log).open(QIODevice::ReadOnly); }
     // What was opened, once something was; "|" stands between several parameters.
     QString Opened()
     {
