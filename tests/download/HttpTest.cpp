@@ -3,6 +3,12 @@
 
 #include "tests/download/Course.h"
 #include "tests/download/FaultServer.h"
+#include "tests/support/Program.h"
+#include "tests/support/System.h"
+
+#include <QSslConfiguration>
+#include <QSslKey>
+#include <QSslServer>
 
 namespace {
 
@@ -78,4 +84,22 @@ TEST(HttpTest, Answers)
                 && request.contains("\r\nContent-Type: x/y\r\n") && !request.contains("Expect:")
                 && request.contains("\r\nAccept-Encoding: identity\r\n"))
         << request.data();
+}
+
+// Whoever stands between program and service cannot pretend to be the service.
+TEST(HttpTest, ACertificateThatNobodyVouchesFor)
+{
+    if (System::RunsByName)
+        GTEST_SKIP() << "Wine runs no program that makes certificates";
+    const QString make = u"req -x509 -newkey rsa:2048 -nodes -subj /CN=127.0.0.1 -keyout key.pem -out own.pem"_s;
+    ASSERT_EQ(OutcomeOf(u"openssl"_s, make.split(u' ')).Code, 0);
+    QSslConfiguration configuration;
+    configuration.setLocalCertificate(QSslCertificate(Sandbox::ReadFile(u"own.pem"_s)));
+    configuration.setPrivateKey(QSslKey(Sandbox::ReadFile(u"key.pem"_s), QSsl::Rsa));
+    QSslServer server;
+    server.setSslConfiguration(configuration);
+    ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
+    Transfer line(std::make_unique<HttpTransport>());
+    const QString end = Course(line, u"https://127.0.0.1:%1/x"_s.arg(server.serverPort()));
+    EXPECT_TRUE(end.startsWith("60 "_L1)) << end.toStdString();
 }

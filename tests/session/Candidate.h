@@ -280,6 +280,9 @@ private:
         m_rules.Log.removeIf([this](const QString &word) { return !m_hands.Hears(word); });
         EXPECT_EQ(std::exchange(m_port.Log, {}), std::exchange(m_rules.Log, {}));
         EXPECT_EQ(m_hands.Shown(), Sketched(m_rules.Page()));
+        const PageState &page = m_session.Page();
+        const auto &unused = page.Kind == SelectorKind::Radio ? page.chkChoices : page.optChoices;
+        EXPECT_TRUE(unused.size() == 1 && !unused.front().IsVisible);
         for (int index = 1; index <= m_rules.Count(); ++index) {
             const Question &question = *m_exam->Questions().Item(index);
             const auto response = ExamSession::ParseAnswer(question.Answer());

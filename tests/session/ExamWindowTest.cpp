@@ -175,6 +175,15 @@ TEST_F(ExamWindowTest, Places)
         for (const auto &[what, is, expected] : rows)
             EXPECT_NEAR(is, expected, 1.01) << what << " of item " << item;
     }
+    // Paper in a frame, and on it the panel in a frame of its own.
+    const QImage picture = Window.grab().toImage();
+    const QRect frame = PlaceOf(Frame), panel = PlaceOf(Panel);
+    const auto colourAt = [&](QPoint place) { return picture.pixelColor(place * picture.devicePixelRatio()).name(); };
+    const QPoint inside(3, 3), corner = frame.bottomLeft(), up(3, -3);
+    const QStringList colours{ colourAt(corner + QPoint(-3, -3)), colourAt(corner - QPoint(0, 9)), colourAt(corner + up),
+                               colourAt(panel.topLeft()), colourAt(panel.topLeft() + inside) };
+    EXPECT_EQ(colours[2], u"#ffffff"_s);
+    EXPECT_EQ(QSet<QString>(colours.begin(), colours.end()).size(), 5) << colours.join(u' ').toStdString();
 }
 
 // The stem and the options grow, what is read stays in view, and the next item has the size, too.
@@ -204,6 +213,10 @@ TEST_F(ExamWindowTest, TextSize)
         Resize(width, 640);
         EXPECT_TRUE(width == 900 ? Content->height() == wide : Content->height() > wide * 1.2) << width;
     }
+    QTest::keyClick(&Window, Qt::Key_0, Qt::ControlModifier);
+    const int plain = Content->height();
+    Window.Session().GotoQuestion(4);
+    EXPECT_EQ(Content->height(), plain);
 }
 
 TEST_F(ExamWindowTest, Scrolling)
@@ -366,6 +379,7 @@ TEST_F(ExamWindowTest, Explanations)
         QTest::keyClicks(text, u"x"_s);
         QTest::keyClick(text, Qt::Key_Tab);
         EXPECT_EQ(text->toPlainText(), shown) << "not to be edited";
+        EXPECT_NE(window.focusWidget(), text);
         QTest::keyClick(window.focusWidget(), Qt::Key_Return);
         EXPECT_FALSE(window.isVisible());
     }

@@ -2,11 +2,9 @@
 #include "session/view/frmExam.h"
 #include "session/view/frmExhibit.h"
 
-#include "tests/support/Windows.h"
+#include "tests/support/Sketch.h"
 
-#include <QImage>
 #include <QScreen>
-#include <QScrollBar>
 
 using namespace Windows;
 
@@ -92,6 +90,8 @@ TEST_F(ExhibitTest, FromOpenToClose)
         EXPECT_NEAR(view->geometry().center().x(), (exhibit->width() - barWidth) / 2, 1);
         EXPECT_TRUE(view->size() == shown && picture->size() == size && picture->y() == 0) << "at its natural size";
         EXPECT_EQ(bar->isVisible(), isTall);
+        EXPECT_EQ(isTall ? QStringList() : Sketch(exhibit),
+                  isTall ? QStringList() : (QStringList{ u"Exhibit"_s, u"... picExhibit ..."_s, u"&Close"_s }));
         EXPECT_TRUE(!isTall || bar->geometry() == exhibit->rect().adjusted(exhibit->width() - barWidth, 0, 0, 0));
 
         const auto press = [&](Qt::Key key) { QTest::keyClick(exhibit->windowHandle(), key); };

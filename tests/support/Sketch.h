@@ -4,6 +4,7 @@
 #include "tests/support/Windows.h"
 
 #include <QAbstractScrollArea>
+#include <QAccessible>
 #include <QImage>
 #include <QLabel>
 #include <QScrollBar>
@@ -71,13 +72,27 @@ inline QString Described(const QWidget *part)
     return part->isEnabled() ? text : u'(' + text + u')';
 }
 
+// Where the Tab key stops, by name, in its order and from the given one on.
+inline QStringList TabStops(const QWidget *window, const QString &first)
+{
+    QStringList stops;
+    for (const QWidget *next = window->nextInFocusChain(); next != window; next = next->nextInFocusChain()) {
+        if (next->window() == window && next->isVisible() && next->isEnabled() && (next->focusPolicy() & Qt::TabFocus)
+            && !next->focusProxy())
+            stops += next->objectName();
+    }
+    return stops.mid(stops.indexOf(first)) + stops.first(stops.indexOf(first));
+}
+
 // A window's title, and its parts row by row as they are read; "..." stands for
 // much room. Each part must stand whole in the window and in nobody's way, have
-// room for its text, and be painted.
+// room for its text, and be painted. The Tab key goes through them as they are
+// read, and each of its stops has a name for a screen reader.
 inline QStringList Sketch(QWidget *window)
 {
     const QImage picture = window->grab().toImage();
     QWidgetList parts = PartsOf(window);
+    QStringList stops;
     std::stable_sort(parts.begin(), parts.end(),
                      [](const QWidget *a, const QWidget *b) { return PlaceOf(a).center().y() < PlaceOf(b).center().y(); });
     QStringList rows{ window->windowTitle() };
@@ -112,12 +127,20 @@ inline QStringList Sketch(QWidget *window)
             if (place.left() - right > room)
                 words += u"..."_s;
             words += text;
+            // The label in a link stands for the link.
+            const QWidget *stop = part->focusPolicy() & Qt::TabFocus ? part : part->parentWidget();
+            if (stop && stop->isEnabled() && (stop->focusPolicy() & Qt::TabFocus)) {
+                stops += stop->objectName();
+                QAccessibleInterface *spoken = QAccessible::queryAccessibleInterface(const_cast<QWidget *>(stop));
+                EXPECT_NE(spoken->text(QAccessible::Name), QString()) << text.toStdString();
+            }
             right = place.right();
         }
         if (window->width() - right > room)
             words += u"..."_s;
         rows += words.join(u' ');
     }
+    EXPECT_EQ(TabStops(window, stops.value(0)), stops);
     return rows;
 }
 
