@@ -42,27 +42,21 @@ public:
 
     bool IsEarly() const { return m_since.elapsed() < EarlyTime; }
 
-    bool eventFilter(QObject *watched, QEvent *event) override
+    bool eventFilter(QObject *, QEvent *event) override
     {
         switch (event->type()) {
         case QEvent::KeyPress: return IsEarly() || HeldKeys::IsRepeat(static_cast<QKeyEvent &>(*event));
         case QEvent::ShortcutOverride:
-        case QEvent::Shortcut: return IsEarly();
+        case QEvent::Shortcut:
+        // At the system's window, too, so that a click does not move the focus.
         case QEvent::MouseButtonPress:
         case QEvent::MouseButtonRelease:
-        case QEvent::MouseButtonDblClick: return IsEarly() && Belongs(watched);
+        case QEvent::MouseButtonDblClick: return IsEarly();
         default: return false;
         }
     }
 
 private:
-    bool Belongs(QObject *watched) const
-    {
-        // Stopped at the system's window, a click does not move the focus either.
-        const auto *widget = qobject_cast<QWidget *>(watched);
-        return watched == m_box->windowHandle() || (widget && (widget == m_box || m_box->isAncestorOf(widget)));
-    }
-
     QWidget *m_box;
     QElapsedTimer m_since;
 };

@@ -127,7 +127,6 @@ void TextBlock::paintEvent(QPaintEvent *event)
 {
     LayOut(width());
     QPainter painter(this);
-    painter.setPen(palette().color(foregroundRole()));
     for (int i = 0; i < m_layout.lineCount(); ++i) {
         const QTextLine line = m_layout.lineAt(i);
         if (line.rect().bottom() < event->rect().top())

@@ -41,10 +41,7 @@ TEST(AnsiTest, BytesAndCharacters)
         { 949, u"\uE000\uE05D\uE05E\uE0BB"_s, "\xC9\xA1\xC9\xFE\xFE\xA1\xFE\xFE" },
         { 99999, u"a\u00E9"_s, "a\xE9" },
         { 1252, u"a\u0416b"_s, "a?b", false },
-        { 1252, u"\U0001F600."_s,
-          "?"
-          "?.",
-          false },
+        { 1252, u"\U0001F600."_s, QByteArray(2, '?') + '.', false },
         { 1251, u"\u00E9"_s, "?", false },
     };
     for (const auto &row : rows) {

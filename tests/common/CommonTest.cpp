@@ -31,10 +31,7 @@ TEST(CommonTest, FormatText)
 TEST(CommonTest, RoundingAndOverflow)
 {
     const QString overflow = u"6 "_s;
-    const struct {
-        double Value;
-        QString Int16, Int32;
-    } rows[] = {
+    const std::tuple<double, QString, QString> rows[] = {
         { 0.5, u"0"_s, u"0"_s },
         { 1.5, u"2"_s, u"2"_s },
         { 2.5, u"2"_s, u"2"_s },
@@ -47,9 +44,9 @@ TEST(CommonTest, RoundingAndOverflow)
         { 2147483647.5, overflow, overflow },
         { std::numeric_limits<double>::quiet_NaN(), overflow, overflow },
     };
-    for (const auto &row : rows) {
-        EXPECT_EQ(ResultOf([&] { return ToInt16(row.Value); }), row.Int16) << row.Value;
-        EXPECT_EQ(ResultOf([&] { return ToInt32(row.Value); }), row.Int32) << row.Value;
+    for (const auto &[value, int16, int32] : rows) {
+        EXPECT_EQ(ResultOf([&v = value] { return ToInt16(v); }), int16) << value;
+        EXPECT_EQ(ResultOf([&v = value] { return ToInt32(v); }), int32) << value;
     }
     EXPECT_EQ(ShiftLeft(40, 16), 2621440);
     EXPECT_EQ(ResultOf([] { return ShiftLeft(1, 31); }), overflow);

@@ -28,10 +28,7 @@ template <class Operation> QString Result(Operation &&operation)
 
 TEST_F(RegistryTest, ValuesOfEachType)
 {
-    const struct {
-        ValueType Type;
-        QVariant Written, Read;
-    } rows[] = {
+    const std::tuple<ValueType, QVariant, QVariant> rows[] = {
         { Text, u"J\u00FCrgen \u0416 \\ \""_s, u"J\u00FCrgen \u0416 \\ \""_s },
         { Text, u""_s, u""_s },
         { Text, QString(u"cut\0here"_s + QChar(0) + u"x"_s), u"cut"_s },
@@ -42,13 +39,13 @@ TEST_F(RegistryTest, ValuesOfEachType)
         { Number, 0x7FFFFFFF, 0x7FFFFFFF },
     };
     int i = 0;
-    for (const auto &row : rows) {
-        WriteValue(Key, u"Value"_s, row.Written, row.Type, CurrentUser);
+    for (const auto &[kind, written, expected] : rows) {
+        WriteValue(Key, u"Value"_s, written, kind, CurrentUser);
         qint32 type = 0;
         const QVariant read = ReadValue(CurrentUser, u"SOFTWARE\\test\\REGISTRY"_s, u"VALUE"_s, &type);
-        EXPECT_EQ(read, row.Read) << i;
-        EXPECT_EQ(read.typeId(), row.Read.typeId()) << i;
-        EXPECT_EQ(type, row.Type) << i++;
+        EXPECT_EQ(read, expected) << i;
+        EXPECT_EQ(read.typeId(), expected.typeId()) << i;
+        EXPECT_EQ(type, kind) << i++;
     }
     EXPECT_EQ(Result([] { ReadValue(LocalMachine, Key, u"Value"_s); }), u"2 "_s) << "each hive for itself";
 }

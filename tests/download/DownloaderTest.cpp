@@ -80,10 +80,7 @@ TEST(DownloaderTest, Rate)
 {
     // A fresh one: no announced size, so nothing counts as downloaded.
     Downloader getter;
-    const struct {
-        double Now;
-        qint32 Bytes, Rate;
-    } rows[] = {
+    const std::tuple<double, qint32, qint32> rows[] = {
         { 100.0, 1000, 0 },    { 100.5, 1000, 0 },  { 100.99, 500, 0 },
         { 101.0, 9000, 2500 }, // closes the window and counts in none
         { 101.5, 300, 2500 },  { 105.0, 7, 300 },   { 86'399.5, 50, 300 }, // the window before midnight
@@ -91,9 +88,9 @@ TEST(DownloaderTest, Rate)
         { 0, 10, 180 }, // midnight itself leaves no window open
         { 5, 20, 180 },        { 6, 1, 30 },
     };
-    for (const auto &row : rows) {
-        getter.Account(row.Bytes, row.Now);
-        EXPECT_EQ(getter.TransferRate(), row.Rate) << row.Now;
+    for (const auto &[now, bytes, rate] : rows) {
+        getter.Account(bytes, now);
+        EXPECT_EQ(getter.TransferRate(), rate) << now;
         EXPECT_EQ(getter.Downloaded(), 0) << "clamped to the announced size";
     }
 }

@@ -8,18 +8,15 @@ using namespace CryptoAPI;
 
 TEST(CryptoTest, KnownCipherBytes)
 {
-    const struct {
-        QString PassPhrase, Text;
-        QByteArray Hex;
-    } rows[] = {
+    const std::tuple<QString, QString, QByteArray> rows[] = {
         { u"secret"_s, u"Hello World"_s, "47af0e9668fa75c57a1776" },
         { u""_s, u"Hello"_s, "48656c6c6f" },
         { RecordPassPhrase(), u"Which one?"_s, "cc467d1439f861f15c2b" },
     };
-    for (const auto &row : rows) {
-        const QByteArray sealed = EncryptText(row.Text, row.PassPhrase, CipherRC4, HashMD5);
-        EXPECT_EQ(sealed, QByteArray::fromHex(row.Hex)) << row.Text.toStdString();
-        EXPECT_EQ(DecryptText(sealed, row.PassPhrase, CipherRC4, HashMD5), row.Text);
+    for (const auto &[passPhrase, text, hex] : rows) {
+        const QByteArray sealed = EncryptText(text, passPhrase, CipherRC4, HashMD5);
+        EXPECT_EQ(sealed, QByteArray::fromHex(hex)) << text.toStdString();
+        EXPECT_EQ(DecryptText(sealed, passPhrase, CipherRC4, HashMD5), text);
     }
     // A key stream that grew is still the same from its start.
     const QString length(70'000, u'\u20AC');

@@ -64,21 +64,18 @@ TEST(ExamTest, HeaderBytes)
     EXPECT_EQ(Sandbox::ReadFile(path), header + QByteArray(4, '\0'));
 
     // A header that is cut short gives what is there.
-    const struct {
-        int Bytes;
-        QString Fields;
-    } rows[] = {
+    const std::pair<int, QString> rows[] = {
         { 0, u"||0|0|0"_s },
         { 21, u"ABC-101|Sa|0|0|0"_s },
         { 26, u"ABC-101|Sample|232|0|0"_s },
         { 31, u"ABC-101|Sample|1000|700|120"_s },
     };
-    for (const auto &row : rows) {
+    for (const auto &[bytes, fields] : rows) {
         Exam cut;
-        const QString name = u" \""_s + Written(header.left(row.Bytes)) + u"\" "_s;
-        EXPECT_TRUE(cut.LoadHeader(name)) << row.Bytes;
+        const QString name = u" \""_s + Written(header.left(bytes)) + u"\" "_s;
+        EXPECT_TRUE(cut.LoadHeader(name)) << bytes;
         EXPECT_EQ(u"%1|%2|%3|%4|%5"_s.arg(cut.Code(), cut.Name()).arg(cut.MaxScore()).arg(cut.PassScore()).arg(cut.Duration()),
-                  row.Fields);
+                  fields);
         EXPECT_EQ(cut.FileName(), name);
     }
 }
@@ -86,24 +83,20 @@ TEST(ExamTest, HeaderBytes)
 TEST(ExamTest, CalculateScore)
 {
     // One letter for each item: r right, w wrong, - unanswered, n without a solution and unanswered.
-    const struct {
-        const char *Items;
-        qint16 MaxScore;
-        QString Result;
-    } rows[] = {
+    const std::tuple<const char *, qint16, QString> rows[] = {
         { "rrw", 1000, u"667"_s }, { "rwwwwwww", 100, u"12"_s }, { "rrrwwwww", 100, u"38"_s }, { "wr", 1, u"0"_s },
         { "rrrw", 2, u"2"_s },     { "rrr", -1000, u"-1000"_s }, { "r", 32767, u"32767"_s },   { "--", 1000, u"0"_s },
         { "n", 1000, u"1000"_s },  { "nw", 1000, u"500"_s },     { "", 1000, u"11 "_s },       { "r", -32768, u"-32768"_s },
     };
-    for (const auto &row : rows) {
+    for (const auto &[items, maxScore, result] : rows) {
         const auto exam = NewExam();
-        exam->SetMaxScore(row.MaxScore);
-        for (const char item : QByteArrayView(row.Items)) {
+        exam->SetMaxScore(maxScore);
+        for (const char item : QByteArrayView(items)) {
             const auto question
                 = AddItem(*exam, { u"?"_s, { item == 'n' ? u"a"_s : u"*a"_s, u"b"_s, item == 'n' ? u"c"_s : u"*c"_s } });
             question->SetAnswer(item == 'r' ? u"1,3"_s : item == 'w' ? u"3,1"_s : u""_s);
         }
-        EXPECT_EQ(ResultOf([&] { return exam->CalculateScore(); }), row.Result) << row.Items << " " << row.MaxScore;
+        EXPECT_EQ(ResultOf([&] { return exam->CalculateScore(); }), result) << items << " " << maxScore;
     }
 }
 

@@ -72,32 +72,27 @@ TEST_F(GlobalsTest, IsExamInstalled)
 {
     Install(*NewExam({ u" abc-1 "_s }), u"one"_s);
     Install(*NewExam({ u"XYZ"_s }), u"two"_s);
-    const struct {
-        QString Code;
-        bool Expected;
-    } rows[] = { { u"ABC-1"_s, true }, { u"xyz "_s, true }, { u"abc"_s, false }, { u""_s, false } };
-    for (const auto &row : rows)
-        EXPECT_EQ(Globals::IsExamInstalled(row.Code), row.Expected) << row.Code.toStdString();
+    const std::pair<QString, bool> rows[]
+        = { { u"ABC-1"_s, true }, { u"xyz "_s, true }, { u"abc"_s, false }, { u""_s, false } };
+    for (const auto &[code, expected] : rows)
+        EXPECT_EQ(Globals::IsExamInstalled(code), expected) << code.toStdString();
 
     // What cannot be loaded takes part with an empty code and stops nothing.
     QDir().mkpath(m_folder + u"/broken/broken.exam"_s);
-    for (const auto &row : rows)
-        EXPECT_EQ(Globals::IsExamInstalled(row.Code), row.Expected || row.Code.isEmpty()) << row.Code.toStdString();
+    for (const auto &[code, expected] : rows)
+        EXPECT_EQ(Globals::IsExamInstalled(code), expected || code.isEmpty()) << code.toStdString();
 }
 
 TEST_F(GlobalsTest, AnswerLists)
 {
-    const struct {
-        QString List, Letters;
-        qint16 Count;
-    } rows[] = {
+    const std::tuple<QString, QString, qint16> rows[] = {
         { u""_s, u""_s, 0 },       { u"  "_s, u""_s, 1 },         { u"2"_s, u"B"_s, 1 },
         { u"1,3"_s, u"A,C"_s, 2 }, { u" 26 , 1"_s, u"Z,A"_s, 2 }, { u"-65"_s, u"5 "_s, 1 },
         { u"1,x"_s, u"13 "_s, 2 }, { u"1,,2"_s, u"13 "_s, 3 },    { u"40000"_s, u"6 "_s, 1 },
     };
-    for (const auto &row : rows) {
-        EXPECT_EQ(ResultOf([&] { return Globals::AnswerLetters(row.List); }), row.Letters) << row.List.toStdString();
-        EXPECT_EQ(Globals::ItemCount(row.List), row.Count) << row.List.toStdString();
+    for (const auto &[list, letters, count] : rows) {
+        EXPECT_EQ(ResultOf([&l = list] { return Globals::AnswerLetters(l); }), letters) << list.toStdString();
+        EXPECT_EQ(Globals::ItemCount(list), count) << list.toStdString();
     }
     EXPECT_EQ(ResultOf([] { Globals::ItemCount(QString(32'767, u',')); }), u"6 "_s);
 }

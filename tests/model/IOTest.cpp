@@ -62,10 +62,7 @@ TEST(IOTest, FileExists)
     Sandbox::WriteFile(Sandbox::Path(u"exists/[1] axb.exam"_s), "");
     Sandbox::WriteFile(Sandbox::Path(u"exists/plain"_s), "");
     const bool hasLink = System::MakeLink(u"nowhere"_s, Sandbox::Path(u"exists/dangling"_s));
-    const struct {
-        QString Name;
-        bool Expected;
-    } rows[] = {
+    const std::pair<QString, bool> rows[] = {
         { u"exists"_s, true },          { u"exists/dangling"_s, hasLink },
         { u"exists/PLAINER"_s, false }, { u"exists/[1] a?b.exam"_s, true },
         { u"exists/[1]*"_s, true },     { u"exists/[pq]lain*"_s, false },
@@ -73,22 +70,18 @@ TEST(IOTest, FileExists)
         { u"exists/pl?in"_s, true },    { u"exists/plai?n"_s, false },
         { u"missing/*"_s, false },      { u""_s, false },
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(IO::FileExists(QDir::toNativeSeparators(row.Name)), row.Expected) << row.Name.toStdString();
+    for (const auto &[name, expected] : rows)
+        EXPECT_EQ(IO::FileExists(QDir::toNativeSeparators(name)), expected) << name.toStdString();
 }
 
 TEST(IOTest, FormatSize)
 {
-    const struct {
-        double Size;
-        qint16 Decimals;
-        QString Expected;
-    } rows[] = {
+    const std::tuple<double, qint16, QString> rows[] = {
         { 1023, 2, u"1,023 bytes"_s },      { 1024, 0, u"1 KB"_s },
         { 1'000'000, 2, u"976.56 KB"_s },   { 1'024'000, 2, u"0.98 MB"_s },
         { 1'024'000'000, 2, u"0.95 GB"_s }, { 1e24, 0, u"867,362 EB"_s },
         { -5000, 1, u"-5,000 bytes"_s },
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(IO::FormatSize(row.Size, row.Decimals), row.Expected) << row.Size;
+    for (const auto &[size, decimals, expected] : rows)
+        EXPECT_EQ(IO::FormatSize(size, decimals), expected) << size;
 }

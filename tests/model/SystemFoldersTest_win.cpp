@@ -8,9 +8,7 @@
 TEST(SystemFoldersTest, MacrosAndWhatTheSystemSays)
 {
     const auto variable = [](const char *name) { return qEnvironmentVariable(name); };
-    const struct {
-        QString Macro, Folder;
-    } rows[] = {
+    const std::pair<QString, QString> rows[] = {
         { u"$(PROGRAMFILES)"_s, variable("ProgramFiles") },
         { u"$(SYSTEM)"_s, variable("SystemRoot") + u"\\system32"_s },
         { u"$(APPDATA)"_s, variable("APPDATA") },
@@ -18,8 +16,8 @@ TEST(SystemFoldersTest, MacrosAndWhatTheSystemSays)
         // These are places of the shell and no folders.
         { u"$(NETWORK)"_s, u""_s },
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(IO::GetSpecialFolder(row.Macro).toLower(), row.Folder.toLower()) << row.Macro.toStdString();
+    for (const auto &[macro, folder] : rows)
+        EXPECT_EQ(IO::GetSpecialFolder(macro).toLower(), folder.toLower()) << macro.toStdString();
 }
 
 // A run that is alive moves back itself what it has kept.

@@ -152,6 +152,7 @@ TEST(InstallTest, TheDiskFailsAtTheEnd)
         AwaitEnd(Fork(other));
         exchangeReachesDisk = answer;
     };
+    const auto takePlace = [&](int) { return QDir().rename(place, exams + u"/N"_s) && QDir().mkdir(place) ? EIO : 0; };
     const struct {
         const char *Name;
         bool HasOld, CanExchange;
@@ -167,12 +168,7 @@ TEST(InstallTest, TheDiskFailsAtTheEnd)
         { "another run", true, true, [&](int) { return sweep(), EIO; }, failed, old },
         { "another run, two steps", true, false, [&](int) { return sweep(), EIO; }, failed, old },
         { "the old exam is gone", true, false, [&](int) { return QDir(kept).removeRecursively(), EIO; }, notKept, fresh },
-        { "another run's exam in its place",
-          true,
-          true,
-          [&](int) { return QDir(place).rename(place, exams + u"/N"_s) && QDir().mkdir(place) ? EIO : 0; },
-          failed,
-          {} },
+        { "another exam in its place", true, true, takePlace, failed, {} },
         { "no way back", true, true, [](int) { return canExchangeHere = false, EIO; }, notKept, fresh },
     };
     for (const auto &[name, hasOld, canExchange, answer, said, left] : rows) {

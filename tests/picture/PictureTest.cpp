@@ -144,11 +144,7 @@ TEST(PictureTest, WhatItCannotBe)
 {
     const QString foreign = u"The file is not a BMP, GIF, JPEG, ICO or PNG picture"_s, damaged = u"The picture is damaged"_s,
                   size = u"The picture is empty or too large"_s;
-    const struct {
-        const char *Name;
-        QByteArray Bytes;
-        QString Start;
-    } rows[] = {
+    const std::tuple<const char *, QByteArray, QString> rows[] = {
         { "empty", "", foreign },
         { "text that begins like a bmp", "BM was here, and this is plain text", damaged },
         { "svg", "<?xml version=\"1.0\"?><svg xmlns=\"http://www.w3.org/2000/svg\" width=\"9\" height=\"9\"/>", foreign },
@@ -169,8 +165,8 @@ TEST(PictureTest, WhatItCannotBe)
         { "huge bitmap in an icon", IconOf(Encoded(QImage(4'001, 8'000, QImage::Format_Mono), "BMP").mid(14)), size },
         { "25 scans", Progressive(Sample(4'000, 4'000), 15), u"The picture has too many scans"_s },
     };
-    for (const auto &row : rows)
-        EXPECT_TRUE(RefusalOf(row.Bytes).startsWith(row.Start)) << row.Name << ": " << RefusalOf(row.Bytes).toStdString();
+    for (const auto &[name, bytes, start] : rows)
+        EXPECT_TRUE(RefusalOf(bytes).startsWith(start)) << name << ": " << RefusalOf(bytes).toStdString();
     const QString path = Written(Encoded(Sample(), "BMP"));
     EXPECT_EQ(ResultOf([&] { Picture::Load(path.chopped(4)); }), u"%1 File::OpenFile()"_s.arg(System::NotFound))
         << "only that very name";
@@ -208,19 +204,16 @@ TEST(PictureTest, WhatNoDecoderIsGiven)
     for (const auto &row : rows)
         EXPECT_EQ(Picture::EssentialsOf(row.Bytes).Bytes, row.Clean) << row.Name;
     // Data behind the last row of a PNG are refused.
-    const struct {
-        const char *Header;
-        int Bytes;
-    } pngs[] = {
+    const std::pair<const char *, int> pngs[] = {
         { "00000001 00000001 0800000000", 2 },       { "00000009 00000002 0100000000", 6 },
         { "00000005 00000002 0203000000", 6 },       { "00000003 00000003 0806000000", 39 },
         { "00000001 00000001 0804000001", 3 },       { "00000005 00000005 1002000001", 161 },
         { "00000fa0 0000000a 0802000000", 120'010 },
     };
-    for (const auto &row : pngs) {
+    for (const auto &[header, size] : pngs) {
         for (const auto &[more, result] : { std::pair(0, u"none"_s), std::pair(1, u"5 "_s), std::pair(70'000, u"5 "_s) })
-            for (const QByteArray &bytes : { PngOf(row.Header, row.Bytes + more), IconOf(PngOf(row.Header, row.Bytes + more)) })
-                EXPECT_EQ(ResultOf([&] { Picture::EssentialsOf(bytes); }), result) << row.Header << " and " << more;
+            for (const QByteArray &bytes : { PngOf(header, size + more), IconOf(PngOf(header, size + more)) })
+                EXPECT_EQ(ResultOf([&] { Picture::EssentialsOf(bytes); }), result) << header << " and " << more;
     }
 }
 
@@ -231,11 +224,7 @@ TEST(PictureTest, APictureThatIsCutOffIsRefused)
     for (int i = 0; i < noise.width() * noise.height(); ++i)
         noise.setPixel(i % noise.width(), i / noise.width(), 0xFF000000U | (quint32(i) * 2654435761U) >> 8);
     // From the shortest that shows its format.
-    const struct {
-        const char *Name;
-        QByteArray Bytes;
-        qsizetype From;
-    } rows[] = {
+    const std::tuple<const char *, QByteArray, qsizetype> rows[] = {
         { "bmp", Encoded(noise, "BMP"), 2 },
         { "top-down bmp", BmpOfHeight(-30, noise), 2 },
         { "bmp of 1 bit", Encoded(noise.convertToFormat(QImage::Format_Mono), "BMP"), 2 },
@@ -245,12 +234,10 @@ TEST(PictureTest, APictureThatIsCutOffIsRefused)
         { "moving gif", Gif(3), 6 },
         { "png", Encoded(noise, "PNG"), 8 },
     };
-    for (const auto &row : rows) {
+    for (const auto &[name, bytes, from] : rows) {
         for (const QByteArray &behind : { QByteArray(), QByteArray("what somebody put behind it") })
-            EXPECT_FALSE(Picture::Load(Written(row.Bytes + behind)).isNull()) << row.Name;
-        for (qsizetype length = row.From, size = row.Bytes.size();
-             length<size; length += length> 60 && length + 57 < size ? 57 : 1)
-            EXPECT_TRUE(RefusalOf(row.Bytes.left(length)).startsWith("The picture is damaged"_L1))
-                << row.Name << ", " << length;
+            EXPECT_FALSE(Picture::Load(Written(bytes + behind)).isNull()) << name;
+        for (qsizetype length = from, size = bytes.size(); length<size; length += length> 60 && length + 57 < size ? 57 : 1)
+            EXPECT_TRUE(RefusalOf(bytes.left(length)).startsWith("The picture is damaged"_L1)) << name << ", " << length;
     }
 }

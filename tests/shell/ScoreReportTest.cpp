@@ -30,18 +30,16 @@ TEST(ScoreReportTest, Shares)
 TEST(ReportSheetTest, LongTitles)
 {
     const QString x115(115, u'x'), words = u"a b "_s.repeated(28) + u"c d"_s;
-    const struct {
-        QString Name, First, Rest;
-    } rows[] = {
+    const std::tuple<QString, QString, QString> rows[] = {
         { words, words, u""_s },
         { x115 + u" y"_s, x115, u"y"_s },
         { x115 + u"y "_s, x115 + u'y', u""_s },
         { x115.left(114) + u" yy zz"_s, x115.left(114) + u" yy"_s, u"zz"_s },
         { u"a b "_s + x115 + x115, u"a b "_s + x115 + x115, u""_s },
     };
-    for (const auto &row : rows) {
-        const ReportSheet::Title title = ReportSheet::TitleOf(row.Name);
-        EXPECT_EQ(title.First + u'|' + title.Rest, u"Exam Title: "_s + row.First + u'|' + row.Rest);
+    for (const auto &[name, first, rest] : rows) {
+        const ReportSheet::Title title = ReportSheet::TitleOf(name);
+        EXPECT_EQ(title.First + u'|' + title.Rest, u"Exam Title: "_s + first + u'|' + rest);
     }
 }
 
