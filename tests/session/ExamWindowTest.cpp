@@ -374,7 +374,8 @@ TEST_F(ExamWindowTest, Explanations)
         window.QuestionNumber = 2;
         window.Load();
         Show(&window);
-        EXPECT_EQ(Sketch(&window), (QStringList{ u"Explaination - Question: 2"_s, u"txtExplaination"_s, u"... &Close"_s }));
+        EXPECT_EQ(Sketch(&window, true),
+                  (QStringList{ u"Explaination - Question: 2"_s, u"14: 14 txtExplaination 14"_s, u"12: ... &Close 14"_s }));
         auto *text = Find<QPlainTextEdit>(&window, u"txtExplaination"_s);
         QTest::keyClicks(text, u"x"_s);
         QTest::keyClick(text, Qt::Key_Tab);

@@ -85,9 +85,11 @@ TEST_F(ReviewWindowTest, ShowsTheItemsInOrder)
     const QString longest = List->item(7)->text();
     EXPECT_GT(List->visualItemRect(List->item(0)).width(), List->fontMetrics().horizontalAdvance(longest) + 22);
     Window->resize(1000, 500);
-    EXPECT_EQ(Sketch(Window.get()),
-              (QStringList{ u"Item Review"_s, u"lvwReview"_s, u"* Complete * Incomplete * Marked for review ..."_s,
-                            u"&Question number: txtQuestion &Go To ... Review &All Review &Marked &End Exam"_s }));
+    EXPECT_EQ(Sketch(Window.get(), true),
+              (QStringList{
+                  u"Item Review"_s, u"14: 14 lvwReview 14"_s,
+                  u"12: 16 * 6 Complete 20 * 6 Incomplete 20 * 6 Marked for review ..."_s,
+                  u"12: 14 &Question number: 8 txtQuestion 8 &Go To ... Review &All 8 Review &Marked 26 &End Exam 14"_s }));
     const QPoint corner = List->viewport()->mapTo(Window.get(), QPoint());
     for (int row = 0; row < 7; ++row) {
         EXPECT_EQ(List->item(row)->text(), rows[row].Text);

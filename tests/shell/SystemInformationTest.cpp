@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "shell/SystemInformation.h"
+#include "tests/support/Program.h"
+#include "tests/support/System.h"
 #include "tests/support/Test.h"
 
 TEST(SystemInformationTest, GetKeyValue)
@@ -32,4 +34,23 @@ TEST(SystemInformationTest, GetKeyValue)
     }
     EXPECT_EQ(read(key, u"W"_s), std::pair(false, u""_s));
     EXPECT_EQ(read(u"None"_s, u"V"_s), std::pair(false, u""_s));
+}
+
+// The first place that names one counts; in the second stands the folder alone.
+TEST(SystemInformationTest, StartsTheToolOfTheSystem)
+{
+    if (System::RunsByName)
+        GTEST_SKIP() << "the registry of that system is not a test's own";
+    const QString key = u"SOFTWARE\\Microsoft\\Shared Tools"_s;
+    const std::tuple<QString, QString, QString> places[]
+        = { { key + u" Location"_s, u"MSINFO"_s, u"/tools"_s }, { key + u"\\MSINFO"_s, u"PATH"_s, u"/first"_s } };
+    for (const auto &[place, name, path] : places) {
+        const QString tool = Sandbox::Path(path) + (name == u"PATH"_s ? u""_s : u"\\MSINFO32.EXE"_s), mark = tool + u".ran"_s;
+        Registry::WriteValue(place, name, Sandbox::Path(path), Registry::Text, Registry::LocalMachine);
+        EXPECT_FALSE(StartSystemInformationTool());
+        Sandbox::WriteFile(tool, "#!/bin/sh\n: > \"$0.ran\"\n");
+        QFile::setPermissions(tool, QFile::ReadOwner | QFile::ExeOwner);
+        EXPECT_TRUE(StartSystemInformationTool());
+        Await([&] { return QFile::exists(mark); });
+    }
 }

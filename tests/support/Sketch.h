@@ -85,10 +85,11 @@ inline QStringList TabStops(const QWidget *window, const QString &first)
 }
 
 // A window's title, and its parts row by row as they are read; "..." stands for
-// much room. Each part must stand whole in the window and in nobody's way, have
+// much room. With the gaps come the pixels between one row and the next, and those
+// of narrow gaps in a row. Each part must stand whole in the window and in nobody's way, have
 // room for its text, and be painted. The Tab key goes through them as they are
 // read, and each of its stops has a name for a screen reader.
-inline QStringList Sketch(QWidget *window)
+inline QStringList Sketch(QWidget *window, bool hasGaps = false)
 {
     const QImage picture = window->grab().toImage();
     QWidgetList parts = PartsOf(window);
@@ -96,7 +97,11 @@ inline QStringList Sketch(QWidget *window)
     std::stable_sort(parts.begin(), parts.end(),
                      [](const QWidget *a, const QWidget *b) { return PlaceOf(a).center().y() < PlaceOf(b).center().y(); });
     QStringList rows{ window->windowTitle() };
-    const int room = window->width() / 8;
+    const auto gap = [&](int pixels) {
+        const bool isNarrow = hasGaps && pixels > 0 && pixels <= 30;
+        return pixels > window->width() / 8 ? u" ..."_s : isNarrow ? u" %1"_s.arg(pixels) : u""_s;
+    };
+    int above = 0;
     while (!parts.isEmpty()) {
         const QRect first = PlaceOf(parts.first());
         QWidgetList row;
@@ -107,8 +112,8 @@ inline QStringList Sketch(QWidget *window)
         }
         std::sort(row.begin(), row.end(),
                   [](const QWidget *a, const QWidget *b) { return PlaceOf(a).left() < PlaceOf(b).left(); });
-        QStringList words;
-        int right = 0;
+        QString words;
+        int right = 0, below = 0;
         for (const QWidget *part : row) {
             parts.removeOne(part);
             const QString text = Described(part);
@@ -124,9 +129,8 @@ inline QStringList Sketch(QWidget *window)
                     << text.toStdString() << " lies on " << Described(other).toStdString();
             EXPECT_TRUE(HasInk(picture, isText ? place : place.adjusted(-2, -2, 2, 2)))
                 << text.toStdString() << " is not painted";
-            if (place.left() - right > room)
-                words += u"..."_s;
-            words += text;
+            words += gap(place.left() - right) + u' ' + text;
+            below = std::max(below, place.bottom() + 1);
             // The label in a link stands for the link.
             const QWidget *stop = part->focusPolicy() & Qt::TabFocus ? part : part->parentWidget();
             if (stop && stop->isEnabled() && (stop->focusPolicy() & Qt::TabFocus)) {
@@ -134,11 +138,10 @@ inline QStringList Sketch(QWidget *window)
                 QAccessibleInterface *spoken = QAccessible::queryAccessibleInterface(const_cast<QWidget *>(stop));
                 EXPECT_NE(spoken->text(QAccessible::Name), QString()) << text.toStdString();
             }
-            right = place.right();
+            right = place.right() + 1;
         }
-        if (window->width() - right > room)
-            words += u"..."_s;
-        rows += words.join(u' ');
+        words += gap(window->width() - right);
+        rows += (hasGaps ? u"%1:"_s.arg(first.top() - std::exchange(above, below)) + words : words.mid(1));
     }
     EXPECT_EQ(TabStops(window, stops.value(0)), stops);
     return rows;
