@@ -25,10 +25,8 @@ void Apply(QApplication &application)
     palette.setColor(QPalette::ButtonText, text);
     palette.setColor(QPalette::ToolTipBase, Qt::white);
     palette.setColor(QPalette::ToolTipText, text);
-    palette.setColor(QPalette::PlaceholderText, faint);
     palette.setColor(QPalette::Highlight, QColor(37, 121, 199));
     palette.setColor(QPalette::HighlightedText, Qt::white);
-    palette.setColor(QPalette::Link, QColor(26, 95, 180));
     for (const QPalette::ColorRole role : { QPalette::WindowText, QPalette::Text, QPalette::ButtonText })
         palette.setColor(QPalette::Disabled, role, faint);
     application.setStyle(QStyleFactory::create(u"Fusion"_s));

@@ -188,6 +188,22 @@ TEST(PanelTest, WhatChangesIsPaintedAgain)
     }
 }
 
+// The numbers that Windows gives its colours (GetSysColor).
+TEST(ThemeTest, SystemColours)
+{
+    using Role = QPalette;
+    const std::pair<OleColor, QPalette::ColorRole> rows[]
+        = { { 5, Role::Base },    { 8, Role::WindowText }, { 13, Role::Highlight },   { 14, Role::HighlightedText },
+            { 15, Role::Window }, { 16, Role::Dark },      { 18, Role::ButtonText },  { 20, Role::Light },
+            { 21, Role::Shadow }, { 22, Role::Midlight },  { 23, Role::ToolTipText }, { 24, Role::ToolTipBase } };
+    QPalette palette;
+    for (int role = 0; role < QPalette::NColorRoles; ++role)
+        palette.setColor(static_cast<QPalette::ColorRole>(role), QColor(role, 1, 2));
+    for (const auto &[number, role] : rows)
+        EXPECT_EQ(OleColors::ToColor(0x80000000 | number, palette), palette.color(role)) << number;
+    EXPECT_EQ(OleColors::ToColor(0x030201, palette), QColor(1, 2, 3));
+}
+
 // Letters are of one ink on every ground, and paler where something is disabled.
 TEST(ThemeTest, InkAndSizes)
 {

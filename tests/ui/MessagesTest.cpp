@@ -36,6 +36,11 @@ TEST(MessagesTest, Boxes)
         { QuestionMessage, asks, Box::NoButton, AnswerNo }, { QuestionMessage, asks, Box::Default, AnswerYes },
     };
     QMap<MessageStyle, QImage> icons;
+    // A box belongs to a window that stays.
+    QWidget owner, tip(nullptr, Qt::ToolTip), hidden, gone;
+    gone.setAttribute(Qt::WA_DeleteOnClose);
+    for (QWidget *shown : { &gone, &tip, &owner })
+        Show(shown);
     for (const auto &row : rows) {
         SCOPED_TRACE(testing::Message() << row.Style << " answered by " << row.Pressed);
         WhenOpen open(u"QMessageBox"_s, [&](QWidget *window) {
@@ -44,6 +49,7 @@ TEST(MessagesTest, Boxes)
             for (const QAbstractButton *button : box->buttons())
                 buttons += button->text() + (button->icon().isNull() ? u""_s : u" with a picture"_s);
             EXPECT_EQ(buttons.join(u' '), row.Buttons);
+            EXPECT_EQ(box->parentWidget(), &owner);
             EXPECT_EQ(box->windowTitle() + box->text(), u"Practorium<b>{1}</b>\r\n&amp;"_s);
             EXPECT_EQ(box->textFormat(), Qt::PlainText);
             icons[row.Style] = box->iconPixmap().toImage();
