@@ -177,8 +177,11 @@ TEST_F(DownloadRunTest, Packs)
         const QString outcome = Outcome();
         EXPECT_TRUE(outcome.startsWith(row.Outcome)) << row.Name << ": " << outcome.toStdString();
     }
+    const QString outside = TempFile(u"../out.exe"_s);
+    Sandbox::WriteFile(outside, "mine");
     List("../out");
     EXPECT_TRUE(Outcome().contains(u"The name of the file leads out of its folder"_s));
+    EXPECT_EQ(Sandbox::ReadFile(outside), "mine");
 }
 
 TEST_F(DownloadRunTest, WhileAPackArrives)

@@ -37,9 +37,6 @@ void ForgetSettings(const QString &key);
 // Whether Qt's library of widgets is part of this process.
 bool HasWidgets();
 
-// Memory of this process that is not swapped out, in megabytes.
-double ResidentMegabytes();
-
 // False where a folder can hold no such thing.
 bool MakePipe(const QString &path);
 bool MakeLink(const QString &target, const QString &path);

@@ -53,11 +53,6 @@ bool HasWidgets()
     return dlopen("libQt6Widgets.so.6", RTLD_LAZY | RTLD_NOLOAD) != nullptr;
 }
 
-double ResidentMegabytes()
-{
-    return Sandbox::ReadFile(u"/proc/self/statm"_s).split(' ').value(1).toDouble() * 4096 / 1e6;
-}
-
 bool MakePipe(const QString &path)
 {
     return mkfifo(QFile::encodeName(path).constData(), 0600) == 0;

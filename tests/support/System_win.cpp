@@ -10,8 +10,6 @@
 
 #include <windows.h>
 
-#include <psapi.h>
-
 using namespace Qt::Literals::StringLiterals;
 
 namespace System {
@@ -48,13 +46,6 @@ void ForgetSettings(const QString &key)
 bool HasWidgets()
 {
     return GetModuleHandleW(L"Qt6Widgets.dll") != nullptr;
-}
-
-double ResidentMegabytes()
-{
-    PROCESS_MEMORY_COUNTERS counters = {};
-    GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
-    return static_cast<double>(counters.WorkingSetSize) / 1e6;
 }
 
 // Pipes lie in a place of their own here.
