@@ -4,6 +4,7 @@
 #include "common/Common.h"
 #include "tests/support/System.h"
 #include "tests/support/Windows.h"
+#include "ui/Browser.h"
 
 #include <QLabel>
 #include <QTreeView>
@@ -170,4 +171,23 @@ TEST_F(ProgramTest, UnhandledErrors)
         EXPECT_EQ(QApplication::overrideCursor(), nullptr);
         EXPECT_TRUE(!Started->ExamWindow() || !Started->ExamWindow()->isVisible());
     }
+}
+
+// The desktop's program for addresses gets the whole of one as a parameter.
+TEST_F(ProgramTest, Browser)
+{
+    if (System::RunsByName)
+        GTEST_SKIP() << "Wine looks for programs of documents in a registry that is not a test's own";
+    const QString program = Sandbox::Path(u"bin/xdg-open"_s), address = u"http://a.example/b?c=1&d='e f'"_s;
+    Sandbox::WriteFile(program, "#!/bin/sh\nprintf %s \"$#$1\" > \"$0.part\"\n/bin/mv \"$0.part\" \"$0.log\"\n");
+    QFile::setPermissions(program, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    const QByteArray before = qgetenv("PATH");
+    qputenv("PATH", QFileInfo(program).path().toLocal8Bit());
+    LaunchBrowser(address);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return QFile::exists(program + u".log"_s); }));
+    EXPECT_EQ(Sandbox::ReadFile(program + u".log"_s), "1" + address.toUtf8());
+    Sandbox::WriteFile(program, "#!/none/such\n");
+    Boxes.Expect(u"Unable to load webpage"_s, ExclamationMessage);
+    LaunchBrowser(address);
+    qputenv("PATH", before);
 }
