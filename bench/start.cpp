@@ -125,8 +125,8 @@ int main(int argc, char **argv)
     if (xcb_connection_has_error(display))
         Fail("no X display");
     const xcb_screen_t *screen = xcb_setup_roots_iterator(xcb_get_setup(display)).data;
-    const uint32_t wanted = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
-    xcb_change_window_attributes(display, screen->root, XCB_CW_EVENT_MASK, &wanted);
+    const uint32_t events = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+    xcb_change_window_attributes(display, screen->root, XCB_CW_EVENT_MASK, &events);
     xcb_flush(display);
 
     const QByteArray empty = argv[1];

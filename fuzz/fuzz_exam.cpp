@@ -15,7 +15,7 @@
 using namespace Qt::Literals::StringLiterals;
 
 // Any bytes as an exam file: loaded, worked with as a sitting does, saved and
-// loaded again. What must come out is told by a reader of its own.
+// loaded again. What must come out is found by a reader of its own.
 
 namespace {
 

@@ -18,7 +18,7 @@ void Require(bool condition, const char *what)
     std::abort();
 }
 
-// Whether a message can be taken apart, told from the form alone.
+// Whether a message can be taken apart, by its form alone.
 qint32 ExpectedError(const QString &text)
 {
     const qsizetype end = text.indexOf(u';');

@@ -59,7 +59,7 @@ public:
     // Read one value of the type of Data and return the bytes that the last
     // read of the system delivered. A file that ends early is no error: the
     // value is built from what arrived (missing bytes of a number are 0, of a
-    // count before a text or a block too), and Shortfall tells how much was
+    // count before a text or a block too), and Shortfall gives how much was
     // missing.
     //
     // Length matters for texts and byte blocks only. Below 0: a 32-bit count

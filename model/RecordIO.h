@@ -110,7 +110,7 @@ inline void RequireFileSize(qint64 bytes)
 
 // How many items room may be reserved for: as many as the count promises (none
 // for a negative one), but never more than the file can still hold.
-inline size_t Plausible(const File &file, qint32 count, qint64 itemBytes)
+inline size_t CountThatFits(const File &file, qint32 count, qint64 itemBytes)
 {
     constexpr qint32 fewEnough = 64; // to reserve without asking the system
     if (count <= fewEnough)
@@ -138,7 +138,7 @@ template <class ItemType> bool Collection<ItemType>::Deserialize(File &file)
     ExamFormat::RequireCount(count, ItemType::Plural());
     qint64 options = 0;
     qint64 characters = 0;
-    m_items.reserve(m_items.size() + ExamFormat::Plausible(file, count, ItemType::ShortestRecord));
+    m_items.reserve(m_items.size() + ExamFormat::CountThatFits(file, count, ItemType::ShortestRecord));
     for (qint32 i = 0; i < count; ++i) {
         auto item = std::make_shared<ItemType>();
         item->Deserialize(file);

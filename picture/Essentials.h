@@ -11,7 +11,7 @@ struct Essentials {
     QByteArray Bytes;
 };
 
-// Tells the kind of a picture by its first bytes and leaves only what makes the
+// Finds the kind of a picture by its first bytes and leaves only what makes the
 // picture: of a PNG, also one inside an ICO, the critical chunks and the
 // transparent colours; of a JPEG no texts, profiles and camera data; of a GIF
 // the first frame, and no more codes than it has pixels. So the cost of

@@ -129,7 +129,7 @@ void DownloadTour::Download(QWidget *window)
     Click(Find<QPushButton>(window, u"cmdAction"_s));
     Expect(Find<QPushButton>(window, u"cmdAction"_s)->text() == "&Cancel"_L1, u"the run to be on its way"_s);
     WaitFor([&] { return status->text() == "Completed"_L1; }, u"the packs to be installed and reported"_s);
-    Expect(isInstalling, u"the installation to be told"_s);
+    Expect(isInstalling, u"the installation to be reported"_s);
     Expect(Find<QPushButton>(window, u"cmdAction"_s)->text() == "&Close"_L1, u"the run to be over"_s);
     Picture(window, u"completed"_s);
     WaitFor([&] { return !window->isVisible(); }, u"the window to close by itself"_s);

@@ -64,11 +64,11 @@ WorkArea GetWorkArea()
     return { edge(area.left()), edge(area.top()), edge(area.left() + area.width()), edge(area.top() + area.height()) };
 }
 
-void FitWorkArea(QWidget *Window, QSize Wanted, QSize Least)
+void FitWorkArea(QWidget *Window, QSize Size, QSize Least)
 {
     const QSize room = Window->screen()->availableSize();
     Window->setMinimumSize(Least.boundedTo(room));
-    Window->resize(Wanted.boundedTo(room));
+    Window->resize(Size.boundedTo(room));
 }
 
 void CoverWorkArea(QWidget *Window)

@@ -34,7 +34,7 @@ WorkArea GetWorkArea();
 
 // Gives the window its size and its least size, both in pixels, as far as the
 // screen has room for them.
-void FitWorkArea(QWidget *Window, QSize Wanted, QSize Least);
+void FitWorkArea(QWidget *Window, QSize Size, QSize Least);
 
 // Has the window cover the work area once it is shown.
 void CoverWorkArea(QWidget *Window);

@@ -165,16 +165,16 @@ void OptionRows::MakeRows()
     // What moves the focus meanwhile is not the user.
     const QScopedValueRollback filling(m_isFilling, true);
     const size_t end = std::max<size_t>(Count(), 1) - 1;
-    std::set<size_t> wanted{ 0, end };
+    std::set<size_t> needed{ 0, end };
     for (size_t index = m_first; index <= m_last; ++index)
-        wanted.insert(index);
+        needed.insert(index);
     if (const Row *focus = FocusRow(); focus && focus->Index <= end) {
         for (size_t index = std::max<size_t>(focus->Index, 1) - 1; index <= std::min(focus->Index + 1, end); ++index)
-            wanted.insert(index);
+            needed.insert(index);
     }
     bool isChanged = false;
     for (auto row = m_rows.begin(); row != m_rows.end();) {
-        if (wanted.erase(row->first) > 0) {
+        if (needed.erase(row->first) > 0) {
             ++row;
             continue;
         }
@@ -182,7 +182,7 @@ void OptionRows::MakeRows()
         row = m_rows.erase(row);
         isChanged = true;
     }
-    for (const size_t index : wanted) {
+    for (const size_t index : needed) {
         Row *row = NewRow();
         row->Index = index;
         m_rows[index] = std::move(m_spare.back());

@@ -123,7 +123,7 @@ TEST(PictureTest, WhatAnExhibitCanBe)
         QSize Size;
         QColor Top;
     } rows[] = {
-        // The same rows in the file, and told from the top down.
+        // The same rows in the file, and stored from the top down.
         { "bmp", Encoded(Sample(), "BMP"), { 2, 2 }, Qt::red },
         { "top-down bmp", BmpOfHeight(-2), { 2, 2 }, Qt::blue },
         { "png", Encoded(Sample(3, 2), "PNG"), { 3, 2 }, Qt::red },

@@ -462,15 +462,15 @@ TEST_F(ExamWindowTest, ForAScreenReader)
 {
     Start();
     const auto interfaceOf = [&](const QString &name) { return QAccessible::queryAccessibleInterface(Find(&Window, name)); };
-    const auto told = [&](const QString &name) {
+    const auto spoken = [&](const QString &name) {
         const QAccessible::State state = interfaceOf(name)->state();
         return QString::number(interfaceOf(name)->role() == QAccessible::RadioButton) + (state.checkable ? u""_s : u"?"_s)
             + (state.checked ? u'x' : u'.') + (state.disabled ? u"-"_s : u""_s) + interfaceOf(name)->text(QAccessible::Name);
     };
     QTest::keyClick(&Window, Qt::Key_B);
-    EXPECT_EQ(told(u"optChoices2"_s) + told(u"optChoices3"_s), u"1xB. two1.C. three"_s);
+    EXPECT_EQ(spoken(u"optChoices2"_s) + spoken(u"optChoices3"_s), u"1xB. two1.C. three"_s);
     Window.Session().GotoQuestion(3);
-    EXPECT_EQ(told(u"chkChoices3"_s), u"0.C. cut"_s);
+    EXPECT_EQ(spoken(u"chkChoices3"_s), u"0.C. cut"_s);
     for (const QString &name : { u"chkChoices3"_s, u"chkMarked"_s }) {
         interfaceOf(name)->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
         QCoreApplication::processEvents();
@@ -500,7 +500,7 @@ TEST_F(ExamWindowTest, ForAScreenReader)
     const QString item = u"Exam: EX-101 - Item 1 of 3. single"_s;
     EXPECT_EQ(interfaceOf(u"picBorder"_s)->text(QAccessible::Name), item);
     EndExam();
-    EXPECT_EQ(told(u"optChoices2"_s), u"1x-B. two"_s);
+    EXPECT_EQ(spoken(u"optChoices2"_s), u"1x-B. two"_s);
     Window.Session().GotoQuestion(1);
     EXPECT_EQ(interfaceOf(u"picBorder"_s)->text(QAccessible::Name), item + u". INCORRECT. Answer: A"_s);
 }

@@ -177,7 +177,7 @@ TEST_F(ReportWindowTest, PrintedAndSavedFromTheWindow)
     const QByteArray saved = save(u"report.pdf"_s);
     EXPECT_TRUE(saved.startsWith("%PDF-") && saved.count("/Type /Page\n") == 1) << "one page";
     EXPECT_THROW(SheetPainter::SavePdf(Sandbox::Path(u"report.pdf"_s), { u"E"_s, u"N"_s, u"D"_s, { 0, 0, 0 } }), Error);
-    // A file where a folder is wanted, and no printer, where Qt may say that the device takes no page.
+    // A file in the place of a folder, and no printer, where Qt may say that the device takes no page.
     for (int i = 0; i < 2; ++i)
         Boxes.Expect(u"Error printing report"_s, CriticalMessage);
     EXPECT_EQ(save(u"report.pdf/report.pdf"_s), saved) << "a failure leaves what was there";

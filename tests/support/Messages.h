@@ -9,7 +9,7 @@
 #include <functional>
 
 // Message boxes of a test: every box has to be announced, in order, with its
-// text and style, and is answered as told. One that nobody announced fails the
+// text and style, and gets the answer of the test. One that nobody announced fails the
 // test, and so does an announced one that never came.
 class Messages : public MessagePort {
 public:

@@ -15,7 +15,7 @@ namespace Windows {
 
 constexpr int Patience = 10'000; // milliseconds
 
-// The control of that name. Without one the program ends and tells what there is.
+// The control of that name. Without one the program ends and lists what there is.
 template <class Widget = QWidget> Widget *Find(const QWidget *window, const QString &name)
 {
     if (auto *widget = window->findChild<Widget *>(name))
