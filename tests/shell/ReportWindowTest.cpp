@@ -117,6 +117,8 @@ TEST_F(ReportWindowTest, ShowsTheResult)
         EXPECT_TRUE(print.left() == scores.left() && print.top() == window.height() - 2 * print.height()
                     && print.top() > scores.bottom());
         EXPECT_EQ(box(u"cmdExit"_s).bottomRight(), QPoint(scores.right(), print.bottom()));
+        window.resize(1200, 500);
+        EXPECT_TRUE(box(u"picLogo"_s).width() < logo.width() && box(u"picScores"_s).width() < area.width());
     }
 }
 
@@ -144,7 +146,7 @@ TEST_F(ReportWindowTest, PrintedPage)
         }
         EXPECT_GT(sheet.Ink(0, 65, 170, 5).left(), 10) << "the rest of a long title";
         // The graph with its quarters, and the line above the foot.
-        for (const QPointF place : { QPointF(30, 103), QPointF(95, 130), QPointF(62.5, 129), QPointF(95, 129),
+        for (const QPointF place : { QPointF(30, 103), QPointF(80, 130), QPointF(62.5, 129), QPointF(95, 129),
                                      QPointF(127.5, 129), QPointF(160, 129), QPointF(5, 247), QPointF(165, 247) })
             EXPECT_FALSE(sheet.Ink(place.x() - 0.5, place.y() - 0.5, 1, 1).isEmpty()) << place.x() << ' ' << place.y();
         for (const auto &[y, share, colour] :
