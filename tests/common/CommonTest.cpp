@@ -53,8 +53,6 @@ TEST(CommonTest, RoundingAndOverflow)
     for (const auto &[seconds, text] : { std::pair{ 0, u"00:00:00"_s },
                                          { 3661, u"01:01:01"_s },
                                          { 86'399, u"23:59:59"_s },
-                                         { 90'000, u"25:00:00"_s },
-                                         { 359'999, u"99:59:59"_s },
                                          { 362'439, u"100:40:39"_s } })
         EXPECT_EQ(FormatDuration(seconds), text) << seconds;
 }

@@ -18,6 +18,9 @@ TEST(ContentTest, PositionsAndNumbers)
         EXPECT_EQ(ResultOf([&] { choices.Item(position); }), u"9 "_s) << position;
         EXPECT_EQ(ResultOf([&] { choices.Remove(position); }), u"9 "_s) << position;
     }
+    while (choices.Count() <= 32'767)
+        choices.Add(twice);
+    EXPECT_EQ(ResultOf([&] { choices.ResetNumbers(); }) + ResultOf([&] { choices.Clear(); }), u"6 6 "_s);
 }
 
 TEST(ContentTest, KeysAndCounts)

@@ -235,7 +235,6 @@ TEST(FileTest, Opening)
         { u"missing"_s, File::ReadAccess, File::OpenExisting, System::NotFound },
         { u"there"_s, File::WriteAccess, File::CreateNew, System::Exists },
         { u"there"_s, ReadWrite, File::OpenAlways, 0, 3 },
-        { u"there"_s, ReadWrite, 0, System::IsDevice },
         { u"there"_s, ReadWrite, 6, System::IsDevice },
         { u"there"_s, ReadWrite, File::TruncateExisting, 0 },
         { u"new"_s, ReadWrite, File::OpenAlways, 0 },

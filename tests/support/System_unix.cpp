@@ -78,6 +78,10 @@ void Signal(const QProcess &process, int number)
 Preparation SmallFiles(quint64 bytes)
 {
     return [bytes](QProcess &process) {
+        // Nor have the counters of a coverage build any room.
+        QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
+        variables.insert(u"LLVM_PROFILE_FILE"_s, u"/dev/null"_s);
+        process.setProcessEnvironment(variables);
         process.setChildProcessModifier([bytes] {
             const rlimit limit = { bytes, bytes };
             setrlimit(RLIMIT_FSIZE, &limit);
