@@ -86,9 +86,9 @@ inline QStringList TabStops(const QWidget *window, const QString &first)
 
 // A window's title, and its parts row by row as they are read; "..." stands for
 // much room. With the gaps come the pixels between one row and the next, and those
-// of narrow gaps in a row. Each part must stand whole in the window and in nobody's way, have
-// room for its text, and be painted. The Tab key goes through them as they are
-// read, and each of its stops has a name for a screen reader.
+// of narrow gaps in a row. Each part must stand whole in the window and in nobody's
+// way, have room for its text, and be painted. The Tab key goes through them as they
+// are read, and each of its stops has a name for a screen reader.
 inline QStringList Sketch(QWidget *window, bool hasGaps = false)
 {
     const QImage picture = window->grab().toImage();
