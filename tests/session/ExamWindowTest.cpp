@@ -206,7 +206,7 @@ TEST_F(ExamWindowTest, TextSize)
     QTest::keyClick(&Window, Qt::Key_Minus, Qt::ControlModifier);
     EXPECT_NEAR(double(Shown()) / Content->height(), part, 0.01);
     // Texts far from the view have their lines, too, as many as the width makes.
-    AddItem(*Globals::CurrentExam, { u"many"_s, QStringList(300, u"*words "_s.repeated(30)) });
+    AddItem(*Globals::CurrentExam, { u"many"_s, QStringList(150, u"*words "_s.repeated(30)) + QStringList(150, u"*x"_s) });
     Window.Session().GotoQuestion(4);
     const int wide = Content->height();
     for (const int width : { 600, 900 }) {
