@@ -50,10 +50,8 @@ TEST(CommonTest, RoundingAndOverflow)
     }
     EXPECT_EQ(ShiftLeft(40, 16), 2621440);
     EXPECT_EQ(ResultOf([] { return ShiftLeft(1, 31); }), overflow);
-    for (const auto &[seconds, text] : { std::pair{ 0, u"00:00:00"_s },
-                                         { 3661, u"01:01:01"_s },
-                                         { 86'399, u"23:59:59"_s },
-                                         { 362'439, u"100:40:39"_s } })
+    for (const auto &[seconds, text] :
+         { std::pair{ 0, u"00:00:00"_s }, { 3661, u"01:01:01"_s }, { 86'399, u"23:59:59"_s }, { 362'439, u"100:40:39"_s } })
         EXPECT_EQ(FormatDuration(seconds), text) << seconds;
 }
 
