@@ -77,7 +77,7 @@ TEST_F(ExhibitTest, FromOpenToClose)
                 - QSize(13 + barWidth, close->height() + 14 + title);
             const QRect frame = exhibit->frameGeometry(), button(close->mapToGlobal(QPoint()), close->size());
             return std::abs(off.width()) + std::abs(off.height()) <= 1 && area.contains(button) && frame.top() >= area.top()
-                && (item != 2 || frame.left() == area.left());
+                && (item != 2 || (frame.left() == area.left() && std::abs(frame.center().y() - area.center().y()) < 3));
         };
         for (const int showing : { 1, 2 }) {
             EXPECT_TRUE(QTest::qWaitFor(isPlaced)) << showing;
@@ -89,7 +89,7 @@ TEST_F(ExhibitTest, FromOpenToClose)
         EXPECT_EQ(close->y(), shown.height() + 10);
         EXPECT_NEAR(view->geometry().center().x(), (exhibit->width() - barWidth) / 2, 1);
         EXPECT_TRUE(view->size() == shown && picture->size() == size && picture->y() == 0) << "at its natural size";
-        EXPECT_EQ(bar->isVisible(), isTall);
+        EXPECT_TRUE(bar->isVisible() == isTall && !bar->accessibleName().isEmpty());
         EXPECT_EQ(isTall ? QStringList() : Sketch(exhibit),
                   isTall ? QStringList() : (QStringList{ u"Exhibit"_s, u"... picExhibit ..."_s, u"&Close"_s }));
         EXPECT_TRUE(!isTall || bar->geometry() == exhibit->rect().adjusted(exhibit->width() - barWidth, 0, 0, 0));

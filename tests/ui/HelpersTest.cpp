@@ -41,8 +41,8 @@ TEST(HelpersTest, BusyAndBack)
 
 TEST(HelpersTest, WorkAreaIsCovered)
 {
-    const QList<float> widths{ 300, 550, 100, 600 };
-    EXPECT_EQ(ColumnWidths(1000, { 30, 60, 10, 60 }), widths) << "the first of the widest leaves room for the border";
+    const QList<float> widths{ 550, 300, 100, 600 };
+    EXPECT_EQ(ColumnWidths(1000, { 60, 30, 10, 60 }), widths) << "the first of the widest leaves room for the border";
     QWidget window;
     CoverWorkArea(&window);
     Show(&window);
