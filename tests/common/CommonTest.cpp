@@ -34,7 +34,6 @@ TEST(CommonTest, RoundingAndOverflow)
     const std::tuple<double, QString, QString> rows[] = {
         { 0.5, u"0"_s, u"0"_s },
         { 1.5, u"2"_s, u"2"_s },
-        { 2.5, u"2"_s, u"2"_s },
         { -1.5, u"-2"_s, u"-2"_s },
         { 32767.4, u"32767"_s, u"32767"_s },
         { 32767.5, overflow, u"32768"_s },

@@ -65,7 +65,6 @@ TEST_F(MainWindowTest, Catalogue)
         Window.RefreshExamList();
         EXPECT_EQ(Status(), u"%1 Exams Installed  |  "_s.arg(codes.size()));
     }
-    // In the order of the file system.
     for (int row = 0; row < 3; ++row) {
         const QString path = Globals::GetInstalledExams().at(row);
         EXPECT_EQ(Cell(row, 0).data(Qt::UserRole).toString(), path);

@@ -93,6 +93,11 @@ TEST_F(ReviewWindowTest, ShowsTheItemsInOrder)
     const QPoint corner = List->viewport()->mapTo(Window.get(), QPoint());
     for (int row = 0; row < 7; ++row) {
         EXPECT_EQ(List->item(row)->text(), rows[row].Text);
+        const QChar picture = rows[row].Picture;
+        EXPECT_EQ(List->item(row)->data(Qt::AccessibleDescriptionRole).toString(),
+                  picture == u'r'       ? u"Checked"_s
+                      : picture == u'g' ? u"Complete"_s
+                                        : u"Incomplete"_s);
         const QRect cell = List->visualItemRect(List->item(row)).translated(corner);
         EXPECT_EQ(PictureIn({ cell.left(), cell.top(), 22, cell.height() }), rows[row].Picture) << row;
         EXPECT_TRUE(HasInk(Window->grab().toImage(), cell.adjusted(22, 4, -30, -4))) << row;
