@@ -71,7 +71,7 @@ protected:
         // Some systems go on waiting once they have done all that was posted.
         QTimer often;
         often.start(5);
-        const QDeadlineTimer late(HasFailure() ? 100 : 20'000);
+        const QDeadlineTimer late(HasFailure() ? 100 : 60'000);
         while (!condition() && !late.hasExpired())
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         return condition();
