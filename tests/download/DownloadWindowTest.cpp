@@ -126,6 +126,11 @@ TEST_F(DownloadWindowTest, States)
                   u"Download Exams"_s, u"20: 22 &User ID: 12 me 22"_s, u"8: 22 &Password: 12 pw 22"_s,
                   u"8: ... [ ] chkRemember 6 Remember ..."_s, u"18: 22 Downloading: 101.exe 22"_s, u"13: 23 shpProgress ..."_s,
                   u"13: 22 Size: 12 1.91 MB 12 Received: 12 977 KB 12 Rate: 12 2 KB/s 22"_s, u"18: ... &Cancel 22"_s }));
+    QString names;
+    for (const QString &name : Entries + QStringList{ u"picProgress"_s })
+        names += Windows::Find(Window.get(), name)->accessibleName() + u'|';
+    EXPECT_EQ(names, u"User ID|Password|Remember user ID and password|Progress|"_s);
+    EXPECT_EQ(Windows::Find(Window.get(), u"chkRemember"_s)->x(), Edit(u"txtPassword"_s)->x());
     QTest::keyClick(Window.get(), Qt::Key_P, Qt::AltModifier);
     EXPECT_EQ(Window->focusWidget(), Edit(u"txtPassword"_s));
     const int width = Bar()->width();

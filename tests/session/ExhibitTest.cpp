@@ -90,8 +90,7 @@ TEST_F(ExhibitTest, FromOpenToClose)
         EXPECT_NEAR(view->geometry().center().x(), (exhibit->width() - barWidth) / 2, 1);
         EXPECT_TRUE(view->size() == shown && picture->size() == size && picture->y() == 0) << "at its natural size";
         EXPECT_TRUE(bar->isVisible() == isTall && !bar->accessibleName().isEmpty());
-        EXPECT_EQ(isTall ? QStringList() : Sketch(exhibit),
-                  isTall ? QStringList() : (QStringList{ u"Exhibit"_s, u"... picExhibit ..."_s, u"&Close"_s }));
+        EXPECT_TRUE(isTall || Sketch(exhibit) == QStringList({ u"Exhibit"_s, u"... picExhibit ..."_s, u"&Close"_s }));
         EXPECT_TRUE(!isTall || bar->geometry() == exhibit->rect().adjusted(exhibit->width() - barWidth, 0, 0, 0));
 
         const auto press = [&](Qt::Key key) { QTest::keyClick(exhibit->windowHandle(), key); };

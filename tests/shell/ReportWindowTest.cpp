@@ -93,11 +93,11 @@ TEST_F(ReportWindowTest, ShowsTheResult)
              { std::tuple{ u"shpRequired"_s, 0.7, qRgb(58, 153, 239) }, { u"shpObtained"_s, right / 4.0, colour } }) {
             const QRect bar = box(name);
             EXPECT_TRUE(bar.left() == area.left() && std::abs(bar.width() - area.width() * share) <= 1) << bar.width();
-            EXPECT_EQ(box(u"shpRequired"_s).top() - area.top(), area.bottom() - box(u"shpObtained"_s).bottom());
             EXPECT_EQ(Colours(Part(picture, bar)), QSet<QRgb>{ fill });
             EXPECT_EQ(Colours(Part(picture, { bar.right() + 1, bar.y(), area.right() - bar.right(), bar.height() })),
                       QSet<QRgb>{ qRgb(255, 255, 255) });
         }
+        EXPECT_EQ(box(u"shpRequired"_s).top() - area.top(), area.bottom() - box(u"shpObtained"_s).bottom());
         // The headline on a band of its colour in the middle, below it two lines of text.
         const QRect text = box(u"lblMessage"_s), logo = box(u"picLogo"_s), scores = box(u"fraScores"_s),
                     print = box(u"cmdPrint"_s);

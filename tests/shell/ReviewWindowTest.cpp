@@ -33,8 +33,8 @@ protected:
         List = Find<QListWidget>(Window.get(), u"lvwReview"_s);
         Field = Find<QLineEdit>(Window.get(), u"txtQuestion"_s);
     }
-    // A red flag, a green tick, something else, or nothing in that part of the window.
-    QChar PictureIn(const QRect &place)
+    // The state that a red flag, a green tick or an empty box in that part of the window stands for.
+    QString PictureIn(const QRect &place)
     {
         const QImage icon = Window->grab(place).toImage();
         int red = 0, green = 0, grey = 0;
@@ -42,7 +42,7 @@ protected:
             const QColor ink = icon.pixelColor(dot % icon.width(), dot / icon.width());
             (ink.red() > ink.green() + 60 ? red : ink.green() > ink.red() + 60 ? green : grey) += ink.lightness() < 210;
         }
-        return red > 30 ? u'r' : green > 30 ? u'g' : grey > 30 ? u'-' : u' ';
+        return red > 30 ? u"Checked"_s : green > 30 ? u"Complete"_s : grey > 30 ? u"Incomplete"_s : u""_s;
     }
     QPoint CentreOf(int row) { return List->visualItemRect(List->item(row)).center(); }
 
@@ -62,13 +62,12 @@ TEST_F(ReviewWindowTest, ShowsTheItemsInOrder)
         int Solutions;
         QString Answer;
         bool IsMarked;
-        QString Text;
-        QChar Picture;
+        QString Text, State;
     } rows[] = {
-        { 1, u""_s, false, u"1"_s, u'-' },          { 1, u"2"_s, false, u"2 - B"_s, u'g' },
-        { 2, u"1,2"_s, false, u"3 - A,B"_s, u'g' }, { 2, u"1"_s, false, u"4 - A"_s, u'-' },
-        { 0, u""_s, false, u"5"_s, u'g' },          { 1, u""_s, true, u"6"_s, u'r' },
-        { 1, u"1"_s, true, u"7 - A"_s, u'r' },
+        { 1, u""_s, false, u"1"_s, u"Incomplete"_s },        { 1, u"2"_s, false, u"2 - B"_s, u"Complete"_s },
+        { 2, u"1,2"_s, false, u"3 - A,B"_s, u"Complete"_s }, { 2, u"1"_s, false, u"4 - A"_s, u"Incomplete"_s },
+        { 0, u""_s, false, u"5"_s, u"Complete"_s },          { 1, u""_s, true, u"6"_s, u"Checked"_s },
+        { 1, u"1"_s, true, u"7 - A"_s, u"Checked"_s },
     };
     for (int row = 0; row < 7; ++row) {
         Open();
@@ -93,13 +92,9 @@ TEST_F(ReviewWindowTest, ShowsTheItemsInOrder)
     const QPoint corner = List->viewport()->mapTo(Window.get(), QPoint());
     for (int row = 0; row < 7; ++row) {
         EXPECT_EQ(List->item(row)->text(), rows[row].Text);
-        const QChar picture = rows[row].Picture;
-        EXPECT_EQ(List->item(row)->data(Qt::AccessibleDescriptionRole).toString(),
-                  picture == u'r'       ? u"Checked"_s
-                      : picture == u'g' ? u"Complete"_s
-                                        : u"Incomplete"_s);
+        EXPECT_EQ(List->item(row)->data(Qt::AccessibleDescriptionRole).toString(), rows[row].State);
         const QRect cell = List->visualItemRect(List->item(row)).translated(corner);
-        EXPECT_EQ(PictureIn({ cell.left(), cell.top(), 22, cell.height() }), rows[row].Picture) << row;
+        EXPECT_EQ(PictureIn({ cell.left(), cell.top(), 22, cell.height() }), rows[row].State) << row;
         EXPECT_TRUE(HasInk(Window->grab().toImage(), cell.adjusted(22, 4, -30, -4))) << row;
     }
     QString legend;
@@ -107,7 +102,7 @@ TEST_F(ReviewWindowTest, ShowsTheItemsInOrder)
         if (Described(part) == u"*"_s)
             legend += PictureIn(PlaceOf(part));
     }
-    EXPECT_EQ(legend, u"g-r"_s);
+    EXPECT_EQ(legend, u"CompleteIncompleteChecked"_s);
 }
 
 // A number from 1 to 12, or nothing; it has the focus when it is to be changed.

@@ -72,7 +72,7 @@ inline QString Described(const QWidget *part)
     return part->isEnabled() ? text : u'(' + text + u')';
 }
 
-// Where the Tab key stops, by name, in its order and from the given one on.
+// Where the Tab key stops, by name, in its order and from the given one on, if it is there.
 inline QStringList TabStops(const QWidget *window, const QString &first)
 {
     QStringList stops;
@@ -81,7 +81,8 @@ inline QStringList TabStops(const QWidget *window, const QString &first)
             && !next->focusProxy())
             stops += next->objectName();
     }
-    return stops.mid(stops.indexOf(first)) + stops.first(stops.indexOf(first));
+    std::rotate(stops.begin(), std::find(stops.begin(), stops.end(), first), stops.end());
+    return stops;
 }
 
 // A window's title, and its parts row by row as they are read; "..." stands for
@@ -114,7 +115,7 @@ inline QStringList Sketch(QWidget *window, bool hasGaps = false)
                   [](const QWidget *a, const QWidget *b) { return PlaceOf(a).left() < PlaceOf(b).left(); });
         QString words;
         int right = 0, below = 0;
-        for (const QWidget *part : row) {
+        for (QWidget *part : row) {
             parts.removeOne(part);
             const QString text = Described(part);
             const QRect place = PlaceOf(part);
@@ -132,11 +133,11 @@ inline QStringList Sketch(QWidget *window, bool hasGaps = false)
             words += gap(place.left() - right) + u' ' + text;
             below = std::max(below, place.bottom() + 1);
             // The label in a link stands for the link.
-            const QWidget *stop = part->focusPolicy() & Qt::TabFocus ? part : part->parentWidget();
+            QWidget *stop = part->focusPolicy() & Qt::TabFocus ? part : part->parentWidget();
             if (stop && stop->isEnabled() && (stop->focusPolicy() & Qt::TabFocus)) {
                 stops += stop->objectName();
-                QAccessibleInterface *spoken = QAccessible::queryAccessibleInterface(const_cast<QWidget *>(stop));
-                EXPECT_NE(spoken->text(QAccessible::Name), QString()) << text.toStdString();
+                EXPECT_NE(QAccessible::queryAccessibleInterface(stop)->text(QAccessible::Name), QString())
+                    << text.toStdString();
             }
             right = place.right() + 1;
         }

@@ -217,7 +217,6 @@ TEST(ThemeTest, SystemColours)
         palette.setColor(static_cast<QPalette::ColorRole>(role), QColor(role, 1, 2));
     for (const auto &[number, role] : rows)
         EXPECT_EQ(OleColors::ToColor(0x80000000 | number, palette), palette.color(role)) << number;
-    EXPECT_EQ(OleColors::ToColor(0x030201, palette), QColor(1, 2, 3));
 }
 
 // Letters are of one ink on every ground, and paler where something is disabled.
