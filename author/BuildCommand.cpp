@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "author/Commands.h"
 #include "console/Console.h"
-#include "author/Gift.h"
 #include "author/Limits.h"
 #include "author/Package.h"
+#include "bank/Formats.h"
 #include "common/Ansi.h"
 #include "common/Error.h"
 
@@ -108,7 +108,16 @@ QString ReadHeader(const QCommandLineParser &parser, Package::Header &header)
     return fault;
 }
 
-QString ReadSource(const QString &path)
+class Items : public Bank::Receiver {
+public:
+    std::vector<Bank::Item> All;
+
+    void Add(Bank::Item &&item) override { All.push_back(std::move(item)); }
+    void SetName(const QString &) override { }
+    void Warn(int, const QString &) override { }
+};
+
+std::vector<Bank::Item> ReadSource(const QString &path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
@@ -116,7 +125,13 @@ QString ReadSource(const QString &path)
     const QByteArray bytes = file.readAll();
     if (file.error() != QFile::NoError)
         throw Error(InvalidCall, u"%1: %2"_s.arg(path, file.errorString()), u"Command::Build()"_s);
-    return Gift::Decode(bytes);
+    const Bank::Source source{ path, bytes, std::make_shared<Bank::FolderFiles>(QFileInfo(path).path()) };
+    const Bank::Format *format = Bank::FormatOf(source);
+    if (!format)
+        throw Error(InvalidCall, u"%1: it seems to be %2"_s.arg(path, Bank::KindOf(source)), u"Command::Build()"_s);
+    Items items;
+    format->Read(source, {}, items);
+    return std::move(items.All);
 }
 
 }
@@ -139,7 +154,7 @@ int Command::Build(const QStringList &arguments)
     const QString pictures = parser.isSet(u"pictures"_s) ? parser.value(u"pictures"_s) : QFileInfo(source).path();
     Package::CheckTarget(out, replace);
 
-    const Package::Content content = Package::Assemble(Gift::Parse(ReadSource(source)), header, pictures);
+    const Package::Content content = Package::Assemble(ReadSource(source), header, pictures);
     for (const Package::LeftOut &item : content.LeftOut)
         Console::Complain(Console::OneLine(u"%1:%2: %3"_s.arg(source, QString::number(item.Line), item.Reason)));
     const qint32 taken = content.Exam->Questions().Count();

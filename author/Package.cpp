@@ -3,7 +3,7 @@
 
 #include "console/Console.h"
 #include "author/Limits.h"
-#include "author/PlainText.h"
+#include "markup/PlainText.h"
 #include "common/Ansi.h"
 #include "common/Common.h"
 #include "common/Error.h"
@@ -60,7 +60,7 @@ QString Encodable(const QString &text)
     return composed;
 }
 
-QString Prepared(const Gift::Text &text)
+QString Prepared(const Markup::Text &text)
 {
     // Before and after: rendering may drop one, or produce one from an entity.
     RequireNoControl(text.Source);
@@ -70,11 +70,11 @@ QString Prepared(const Gift::Text &text)
 }
 
 // The general feedback, then that of each option after its letter.
-QString ExplanationOf(const Gift::Item &item)
+QString ExplanationOf(const Bank::Item &item)
 {
     QStringList lines;
     qint16 number = 0;
-    for (const Gift::Option &option : item.Options) {
+    for (const Bank::Option &option : item.Options) {
         ++number;
         if (const QString feedback = Prepared(option.Feedback); !feedback.isEmpty())
             lines.append(Globals::OptionLetter(number) + u": "_s + feedback);
@@ -92,7 +92,7 @@ public:
     {
     }
 
-    void Add(const Gift::Item &item)
+    void Add(const Bank::Item &item)
     {
         try {
             if (m_content.Exam->Questions().Count() == Limits::MostItems)
@@ -104,7 +104,7 @@ public:
     }
 
 private:
-    std::shared_ptr<Question> BuildQuestion(const Gift::Item &item)
+    std::shared_ptr<Question> BuildQuestion(const Bank::Item &item)
     {
         if (!item.Refusal.isEmpty())
             throw LeftOutBecause{ item.Refusal };
@@ -118,7 +118,7 @@ private:
         question->SetProblem(Prepared(item.Problem));
         if (question->Problem().isEmpty())
             throw LeftOutBecause{ u"it has no question text"_s };
-        for (const Gift::Option &option : item.Options)
+        for (const Bank::Option &option : item.Options)
             AddChoice(*question, option);
         question->Choices().ResetNumbers();
         question->CalculateSolutionCount();
@@ -133,7 +133,7 @@ private:
         return question;
     }
 
-    static void AddChoice(Question &question, const Gift::Option &option)
+    static void AddChoice(Question &question, const Bank::Option &option)
     {
         auto choice = std::make_shared<Choice>();
         choice->SetStatement(Prepared(option.Statement));
@@ -212,7 +212,7 @@ QString ExamFileName(const QString &folder)
     return IO::ChangeExtension(name, QString::fromUtf16(ExamFormat::Extension));
 }
 
-Content Assemble(const std::vector<Gift::Item> &items, const Header &header, const QString &pictureFolder)
+Content Assemble(const std::vector<Bank::Item> &items, const Header &header, const QString &pictureFolder)
 {
     Content content;
     content.Exam = std::make_shared<Exam>();
@@ -222,7 +222,7 @@ Content Assemble(const std::vector<Gift::Item> &items, const Header &header, con
     content.Exam->SetPassScore(header.PassScore);
     content.Exam->SetDuration(header.Minutes);
     Assembler assembler(content, pictureFolder);
-    for (const Gift::Item &item : items)
+    for (const Bank::Item &item : items)
         assembler.Add(item);
     content.Exam->Questions().ResetNumbers();
     return content;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "author/Gift.h"
+#include "bank/Bank.h"
 #include "model/Exam.h"
 
 #include <QStringList>
@@ -48,7 +48,7 @@ QString ExamFileName(const QString &folder);
 
 // The exam of all items that an exam can hold, in order and numbered, and the
 // reasons for the others. Each exhibit is loaded from pictureFolder once.
-Content Assemble(const std::vector<Gift::Item> &items, const Header &header, const QString &pictureFolder);
+Content Assemble(const std::vector<Bank::Item> &items, const Header &header, const QString &pictureFolder);
 
 // Creates the package folder out (with its missing parents) whole or not at all,
 // copying the pictures from pictureFolder. An existing out is an error, unless

@@ -1,21 +1,25 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "bank/Gift.h"
+#include "tests/support/Rows.h"
 #include "tests/support/System.h"
 #include "tests/support/Test.h"
 
 #include <QBuffer>
 #include <QImage>
 
-// A text and what becomes of it.
-struct Row {
-    const char *Name;
-    QString Source, Expected;
-};
-inline void ExpectRows(const std::function<QString(const QString &)> &actual, const std::vector<Row> &rows)
+// The items of a bank in GIFT.
+inline std::vector<Bank::Item> ItemsOf(const QString &gift)
 {
-    for (const Row &row : rows)
-        EXPECT_EQ(actual(row.Source), row.Expected) << row.Name;
+    struct Items : Bank::Receiver {
+        std::vector<Bank::Item> All;
+        void Add(Bank::Item &&item) override { All.push_back(std::move(item)); }
+        void SetName(const QString &) override { }
+        void Warn(int, const QString &) override { }
+    } items;
+    Gift::Read({ {}, gift.toUtf8(), {} }, {}, items);
+    return std::move(items.All);
 }
 
 // Everything in a folder, by name.

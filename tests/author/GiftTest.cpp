@@ -7,7 +7,7 @@ namespace {
 // The items of an exam made from a question bank, one a line, and behind them the items left out.
 QString Taken(const QString &source)
 {
-    const Package::Content content = Package::Assemble(Gift::Parse(source), {}, Sandbox::Path(u"bank"_s));
+    const Package::Content content = Package::Assemble(ItemsOf(source), {}, Sandbox::Path(u"bank"_s));
     QStringList lines;
     for (const auto &question : content.Exam->Questions()) {
         QStringList parts = { question->Problem() };

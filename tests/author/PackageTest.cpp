@@ -23,7 +23,7 @@ TEST(PackageTest, FolderWithExamAndEachPictureOnce)
     const QString pictures = Sandbox::Path(u"pictures"_s);
     Sandbox::WriteFile(pictures + u"/a.bmp"_s, Bmp());
     const QString gift = u"// [exhibit:a.bmp]\nQ {T}\n\n// [exhibit:a.bmp]\nR {~%50%a ~%50%b}"_s;
-    const auto content = Package::Assemble(Gift::Parse(gift), { u"EX-1"_s, u"Sample"_s, 1000, 700, 90 }, pictures);
+    const auto content = Package::Assemble(ItemsOf(gift), { u"EX-1"_s, u"Sample"_s, 1000, 700, 90 }, pictures);
     const QString out = Sandbox::Path(u"made/up/NET.101"_s);
     EXPECT_EQ(Written(content, pictures, out + u'/', true), QString());
     EXPECT_EQ(Names(out), (QStringList{ u"NET.exam"_s, u"a.bmp"_s }));
@@ -40,7 +40,7 @@ TEST(PackageTest, FolderWithExamAndEachPictureOnce)
 
 TEST(PackageTest, TargetsThatAreRefused)
 {
-    const Package::Content content = Package::Assemble(Gift::Parse(u"Q {T}"_s), {}, {});
+    const Package::Content content = Package::Assemble(ItemsOf(u"Q {T}"_s), {}, {});
     const QString root = Sandbox::Path(u"targets"_s);
     for (const QString &name :
          { u"PACK/PACK.exam"_s, u"PACK/old.BMP"_s, u"home/notes.txt"_s, u"deep/deep.exam"_s, u"other/x.exam"_s,

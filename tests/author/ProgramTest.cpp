@@ -57,12 +57,12 @@ TEST(ProgramTest, AllOrNothing)
 {
     Write(u"all/q%1.gift"_s, "Q {T}\n\nR {=x}\n"); // the name looks like a place for another text
     Write(u"all/good.gift"_s, "Q {T}");
-    Write(u"all/none.gift"_s, "Just text");
+    Write(u"all/none.gift"_s, "Q {}");
     Write(u"all/OLD/OLD.exam"_s, "old");
     const std::tuple<QString, int, QString> rows[] = {
         { u"q%1.gift --strict"_s, 1,
           u"all/q%1.gift:3: a short-answer question has no options\n1 item taken, 1 left out, nothing made (--strict)\n"_s },
-        { u"none.gift"_s, 1, u"all/none.gift:1: a description without answers is no question\n0 items taken, 1 left out\n"_s },
+        { u"none.gift"_s, 1, u"all/none.gift:1: an essay question has no options\n0 items taken, 1 left out\n"_s },
         { u"x.gift"_s, 1, u"practorium-author: all/x.gift: %1\n"_s.arg(System::TextOf(System::NotFound)) },
         { u"good.gift --strict"_s, 0, u"1 item taken, 0 left out\n"_s },
     };

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "author/Gift.h"
+#include "markup/Text.h"
 
 #include <QString>
 
@@ -22,6 +22,6 @@ namespace PlainText {
 // render without loss stays as written.
 //
 // Needs a QGuiApplication.
-QString Readable(const Gift::Text &text);
+QString Readable(const Markup::Text &text);
 
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "author/PlainText.h"
-#include "tests/author/AuthorFixture.h"
+#include "markup/PlainText.h"
+#include "tests/support/Rows.h"
 
 TEST(PlainTextTest, Html)
 {
@@ -25,7 +25,7 @@ TEST(PlainTextTest, Html)
         { "links", u"<a href='https://x'>a <b>b</b></a>, <a href='http://y'>http://y</a>, <a href='#n'>c</a>"_s,
           u"a b (https://x), http://y, c"_s },
     };
-    ExpectRows([](const QString &source) { return PlainText::Readable({ source, Gift::Markup::Html }); }, rows);
+    ExpectRows([](const QString &source) { return PlainText::Readable({ source, Markup::Kind::Html }); }, rows);
 }
 
 TEST(PlainTextTest, TextWithoutAFormat)
@@ -41,8 +41,8 @@ TEST(PlainTextTest, TextWithoutAFormat)
         { "code", u"Code:\n<pre>\na\n  b\n</pre>\nend<br>\nline"_s, u"Code:\n\na\n  b\n\nend\nline"_s },
         { "lines of a list", u"a\n<ul>\n  <li>b</li>\n  <li>c\n</li>\n</ul>\nd\n<b>e</b>"_s, u"a\n\n- b\n- c\n\nd\ne"_s },
     };
-    ExpectRows([](const QString &source) { return PlainText::Readable({ source, Gift::Markup::Moodle }); }, rows);
-    EXPECT_EQ(PlainText::Readable({ u"<b>a</b> &amp;  \n  *b*\n"_s, Gift::Markup::Plain }), u"<b>a</b> &amp;\n  *b*"_s);
+    ExpectRows([](const QString &source) { return PlainText::Readable({ source, Markup::Kind::Moodle }); }, rows);
+    EXPECT_EQ(PlainText::Readable({ u"<b>a</b> &amp;  \n  *b*\n"_s, Markup::Kind::Plain }), u"<b>a</b> &amp;\n  *b*"_s);
 }
 
 TEST(PlainTextTest, Markdown)
@@ -57,12 +57,12 @@ TEST(PlainTextTest, Markdown)
         { "code", u"`<b>` &lt; \\<br\\>\n```c\n<br>\n  x\n```"_s, u"<b> < <br>\n\n<br>\n  x"_s },
         { "links", u"![dog](x.png) [page](https://x.org) <video>"_s, u"[dog] page (https://x.org) [video]"_s },
     };
-    ExpectRows([](const QString &source) { return PlainText::Readable({ source, Gift::Markup::Markdown }); }, rows);
+    ExpectRows([](const QString &source) { return PlainText::Readable({ source, Markup::Kind::Markdown }); }, rows);
 }
 
 TEST(PlainTextTest, LongTextsEndInTime)
 {
     const QString open = u"<a "_s.repeated(20'000);
-    EXPECT_EQ(PlainText::Readable({ open, Gift::Markup::Moodle }), open.trimmed());
-    EXPECT_EQ(PlainText::Readable({ u"<div>"_s.repeated(2'000) + u"x"_s, Gift::Markup::Html }), u"x"_s);
+    EXPECT_EQ(PlainText::Readable({ open, Markup::Kind::Moodle }), open.trimmed());
+    EXPECT_EQ(PlainText::Readable({ u"<div>"_s.repeated(2'000) + u"x"_s, Markup::Kind::Html }), u"x"_s);
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "author/PlainText.h"
+#include "markup/PlainText.h"
 
-#include "author/Html.h"
+#include "markup/Html.h"
 
 #include <QHash>
 #include <QRegularExpression>
@@ -258,13 +258,13 @@ QString FromMoodle(const QString &text)
 
 }
 
-QString Readable(const Gift::Text &text)
+QString Readable(const Markup::Text &text)
 {
-    switch (text.Markup) {
-    case Gift::Markup::Html: return FromHtml(Html::PiecesOf(text.Source));
-    case Gift::Markup::Markdown: return FromMarkdown(text.Source);
-    case Gift::Markup::Plain: return Verbatim(text.Source);
-    case Gift::Markup::Moodle: break;
+    switch (text.Kind) {
+    case Markup::Kind::Html: return FromHtml(Html::PiecesOf(text.Source));
+    case Markup::Kind::Markdown: return FromMarkdown(text.Source);
+    case Markup::Kind::Plain: return Verbatim(text.Source);
+    case Markup::Kind::Moodle: break;
     }
     return FromMoodle(text.Source);
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "author/Html.h"
+#include "markup/Html.h"
 
 #include <QHash>
 #include <QRegularExpression>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "author/GiftLines.h"
+#include "bank/GiftLines.h"
 
 #include <QRegularExpression>
 #include <QStringList>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "author/Gift.h"
+#include "bank/Gift.h"
 
-#include "author/GiftLines.h"
+#include "bank/GiftLines.h"
 
 #include <QRegularExpression>
 #include <QStringDecoder>
@@ -15,16 +15,16 @@ namespace {
 constexpr double FullCredit = 100;
 
 // The text without its format prefix; the fallback applies when there is none.
-Text Formatted(const QString &hidden, Markup fallback)
+Markup::Text Formatted(const QString &hidden, Markup::Kind fallback)
 {
     static const QRegularExpression prefix(u"^\\s*\\[(html|moodle|plain|markdown)\\]"_s);
-    Text text{ hidden, fallback };
+    Markup::Text text{ hidden, fallback };
     if (const auto match = prefix.match(hidden); match.hasMatch()) {
         const QString name = match.captured(1);
-        text.Markup = name == "html"_L1 ? Markup::Html
-            : name == "plain"_L1        ? Markup::Plain
-            : name == "markdown"_L1     ? Markup::Markdown
-                                        : Markup::Moodle;
+        text.Kind = name == "html"_L1 ? Markup::Kind::Html
+            : name == "plain"_L1      ? Markup::Kind::Plain
+            : name == "markdown"_L1   ? Markup::Kind::Markdown
+                                      : Markup::Kind::Moodle;
         text.Source = hidden.mid(match.capturedEnd());
     }
     text.Source = GiftLines::Restore(text.Source.trimmed());
@@ -47,13 +47,13 @@ QString Stem(const QString &before, const QString &behind)
 }
 
 struct MarkedOption {
-    Option Content;
+    Bank::Option Content;
     bool HasEqualsSign = false;
     double Weight = 0;
 };
 
 // One option, from its "=" or "~" to the next one.
-MarkedOption ReadOption(const QString &hidden, Markup fallback)
+MarkedOption ReadOption(const QString &hidden, Markup::Kind fallback)
 {
     static const QRegularExpression weight(u"^\\s*%(-?[0-9]+(?:[.,][0-9]*)?)%"_s);
     MarkedOption option;
@@ -73,7 +73,7 @@ MarkedOption ReadOption(const QString &hidden, Markup fallback)
 
 // Adds the options to the item. Returns why an exam cannot hold them; empty when
 // it can.
-QString ReadOptions(Item &item, const QString &block)
+QString ReadOptions(Bank::Item &item, const QString &block)
 {
     std::vector<MarkedOption> options;
     static const QRegularExpression marker(u"[~=]"_s);
@@ -81,7 +81,7 @@ QString ReadOptions(Item &item, const QString &block)
         qsizetype next = block.indexOf(marker, at + 1);
         if (next < 0)
             next = block.size();
-        options.push_back(ReadOption(block.mid(at, next - at), item.Problem.Markup));
+        options.push_back(ReadOption(block.mid(at, next - at), item.Problem.Kind));
         at = next;
     }
     // With any "=" only options with full credit are correct, without one all with
@@ -105,7 +105,7 @@ QString ReadOptions(Item &item, const QString &block)
 
 // {T#feedback when wrong#feedback when right}; false when it is another kind of
 // block.
-bool ReadTrueFalse(Item &item, const QString &block)
+bool ReadTrueFalse(Bank::Item &item, const QString &block)
 {
     const QStringList parts = block.split(u'#');
     const QString key = parts.first().trimmed().toUpper();
@@ -114,9 +114,9 @@ bool ReadTrueFalse(Item &item, const QString &block)
         return false;
     for (const bool value : { true, false }) {
         const bool isRight = value == isTrue;
-        Option option{ { value ? u"True"_s : u"False"_s, Markup::Plain }, {}, isRight };
+        Bank::Option option{ { value ? u"True"_s : u"False"_s, Markup::Kind::Plain }, {}, isRight };
         if (parts.size() > (isRight ? 2 : 1))
-            option.Feedback = Formatted(isRight ? parts.mid(2).join(u'#') : parts.at(1), item.Problem.Markup);
+            option.Feedback = Formatted(isRight ? parts.mid(2).join(u'#') : parts.at(1), item.Problem.Kind);
         item.Options.push_back(std::move(option));
     }
     return true;
@@ -124,11 +124,11 @@ bool ReadTrueFalse(Item &item, const QString &block)
 
 // Parses the answer block into the item. Returns why an exam cannot hold it;
 // empty when it can.
-QString ReadBlock(Item &item, QString block)
+QString ReadBlock(Bank::Item &item, QString block)
 {
     const qsizetype general = block.lastIndexOf("####"_L1);
     if (general >= 0) {
-        item.Feedback = Formatted(block.mid(general + 4), item.Problem.Markup);
+        item.Feedback = Formatted(block.mid(general + 4), item.Problem.Kind);
         block.truncate(general);
     }
     block = block.trimmed();
@@ -145,7 +145,7 @@ QString ReadBlock(Item &item, QString block)
     return ReadOptions(item, block);
 }
 
-QString Read(Item &item, const GiftLines::Piece &piece)
+QString ReadItem(Bank::Item &item, const GiftLines::Piece &piece)
 {
     if (piece.Text.isEmpty())
         return u"the exhibit \"%1\" stands before no question"_s.arg(piece.Exhibit.value_or(QString()));
@@ -162,7 +162,7 @@ QString Read(Item &item, const GiftLines::Piece &piece)
         return u"more than one answer block (is a blank line missing between two questions?)"_s;
     if (text.indexOf(u'}', close + 1) >= 0)
         return u"more than one \"}\" (write \"\\{\" and \"\\}\" for braces in a text)"_s;
-    item.Problem = Formatted(Stem(text.left(open), text.mid(close + 1)), Markup::Moodle);
+    item.Problem = Formatted(Stem(text.left(open), text.mid(close + 1)), Markup::Kind::Moodle);
     return ReadBlock(item, text.mid(open + 1, close - open - 1));
 }
 
@@ -177,18 +177,22 @@ QString Decode(const QByteArray &bytes)
     return text;
 }
 
-std::vector<Item> Parse(const QString &text)
+bool Suits(const Bank::Source &source)
 {
-    std::vector<Item> items;
-    for (const GiftLines::Piece &piece : GiftLines::Cut(GiftLines::Hide(text))) {
-        Item item;
+    return source.Bytes.contains('{');
+}
+
+void Read(const Bank::Source &source, const Bank::Options &, Bank::Receiver &receiver)
+{
+    for (const GiftLines::Piece &piece : GiftLines::Cut(GiftLines::Hide(Decode(source.Bytes)))) {
+        Bank::Item item;
         item.Line = piece.Line;
         item.IsUnlimited = piece.IsUnlimited;
         item.Exhibit = piece.Exhibit;
-        item.Refusal = Read(item, piece);
-        items.push_back(std::move(item));
+        item.Files = source.Files;
+        item.Refusal = ReadItem(item, piece);
+        receiver.Add(std::move(item));
     }
-    return items;
 }
 
 }

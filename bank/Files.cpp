@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "bank/Files.h"
+
+#include "common/Error.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QUrl>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace Bank {
+
+FolderFiles::FolderFiles(const QString &folder)
+    : m_folder(QFileInfo(folder).canonicalFilePath())
+{
+}
+
+std::optional<QByteArray> FolderFiles::Read(const QString &path) const
+{
+    if (m_folder.isEmpty() || PathOf(QString::fromLatin1(QUrl::toPercentEncoding(path, "/"))).isEmpty())
+        return {};
+    // A link may lead out where the path does not.
+    const QFileInfo info(QFileInfo(QDir(m_folder).filePath(path)).canonicalFilePath());
+    const QString root = m_folder.endsWith(u'/') ? m_folder : m_folder + u'/';
+    if (!info.isFile() || !info.filePath().startsWith(root))
+        return {};
+    QFile file(info.filePath());
+    if (!file.open(QIODevice::ReadOnly))
+        throw Error(InvalidCall, u"%1: %2"_s.arg(path, file.errorString()), u"Files::Read()"_s);
+    if (file.size() > MostFileBytes)
+        throw Error(InvalidCall, u"%1: it is larger than %2 MB"_s.arg(path).arg(MostFileBytes >> 20), u"Files::Read()"_s);
+    return file.readAll();
+}
+
+QStringList FolderFiles::Paths() const
+{
+    QStringList paths;
+    if (m_folder.isEmpty())
+        return paths;
+    const QDir folder(m_folder);
+    QDirIterator files(m_folder, QDir::Files, QDirIterator::Subdirectories);
+    while (files.hasNext() && paths.size() < MostPaths)
+        paths.append(folder.relativeFilePath(files.next()));
+    paths.sort();
+    return paths;
+}
+
+QString PathOf(const QString &reference, const QString &base)
+{
+    const QUrl url(reference.trimmed());
+    if (!url.isRelative() || !url.host().isEmpty())
+        return {};
+    const QString path = url.path(QUrl::FullyDecoded).replace(u'\\', u'/');
+    if (path.isEmpty() || path.startsWith(u'/') || path.contains(u'\0') || path.contains(u':'))
+        return {};
+    const QString whole = QDir::cleanPath(base.isEmpty() ? path : base + u'/' + path);
+    const bool leadsOut = whole == ".."_L1 || whole.startsWith("../"_L1) || whole.startsWith(u'/') || whole == "."_L1;
+    return leadsOut ? QString() : whole;
+}
+
+}
