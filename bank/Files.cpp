@@ -81,6 +81,8 @@ QString ResolvedPath(const QString &path, const QString &base)
 QString PathOf(const QString &reference, const QString &base)
 {
     return ResolvedPath(RelativePath(reference), base);
+}
+
 QString ShallowestOf(const QStringList &paths, const QString &name)
 {
     QString shallowest;
