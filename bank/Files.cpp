@@ -48,6 +48,17 @@ QStringList FolderFiles::Paths() const
     return paths;
 }
 
+FilesBelow::FilesBelow(std::shared_ptr<const Files> files, const QString &folder)
+    : m_files(std::move(files))
+    , m_folder(folder)
+{
+}
+
+std::optional<QByteArray> FilesBelow::Read(const QString &path) const
+{
+    return m_files->Read(m_folder.isEmpty() ? path : m_folder + u'/' + path);
+}
+
 QString PathOf(const QString &reference, const QString &base)
 {
     const QUrl url(reference.trimmed());
