@@ -87,6 +87,7 @@ private:
     void ReadChoiceSet(const Content &content);
     void Refuse(const Content &content, const QString &refusal);
     Bank::Item Begin(const Content &content);
+    void Add(Bank::Item &&item);
     void AddMedia(Bank::Item &item, const QJsonObject &params) const;
     QString OptionText(const QString &own, const QString &standard, const QJsonValue &given) const;
 
@@ -156,6 +157,13 @@ Bank::Item Reader::Begin(const Content &content)
     return item;
 }
 
+void Reader::Add(Bank::Item &&item)
+{
+    if (item.Options.empty())
+        item.Refusal = u"it has no options"_s;
+    m_receiver.Add(std::move(item));
+}
+
 // The picture above the question becomes a part of it.
 void Reader::AddMedia(Bank::Item &item, const QJsonObject &params) const
 {
@@ -208,7 +216,7 @@ void Reader::ReadChoice(const Content &content)
             break;
         }
     }
-    m_receiver.Add(std::move(item));
+    Add(std::move(item));
 }
 
 // What the user says for it counts more than what stands in the package.
@@ -234,7 +242,7 @@ void Reader::ReadTrueFalse(const Content &content)
         item.Options.push_back({ { text, Markup::Kind::Plain }, feedback, isRight });
     }
     AddMedia(item, content.Params);
-    m_receiver.Add(std::move(item));
+    Add(std::move(item));
 }
 
 // Each choice is an item of its own, and its first answer is the right one.
@@ -245,7 +253,7 @@ void Reader::ReadChoiceSet(const Content &content)
         item.Problem = Html(choice["question"_L1]);
         for (const QJsonValue &answer : choice["answers"_L1].toArray())
             item.Options.push_back({ Html(answer), {}, item.Options.empty() });
-        m_receiver.Add(std::move(item));
+        Add(std::move(item));
     }
 }
 

@@ -18,7 +18,8 @@ QByteArray Nested(const QByteArray &library, const QByteArray &params)
     return "{\"library\":\"" + library + " 1.2\",\"params\":" + params + "}";
 }
 
-const QByteArray OneChoice = R"({"question":"<p>Q?</p>\n","answers":[{"text":"a","correct":true},{"text":"b","correct":false}]})";
+const QByteArray OneChoice
+    = R"({"question":"<p>Q?</p>\n","answers":[{"text":"a","correct":true},{"text":"b","correct":false}]})";
 
 }
 
@@ -39,14 +40,15 @@ TEST(H5pTest, Choices)
              "overallFeedback":[{"from":0,"to":50},{"from":51,"to":100,"feedback":"Well done"}]})",
           u"Q | *a(C) | b(N) | a tip is left out | feedback on options that are not chosen is left out | "
           "feedback on the score is left out"_s },
-        { R"({"media":{"type":{"library":"H5P.Image 1.1","params":{"file":{"path":"images/a.png"},"alt":"A \"b\""}}},"question":"Q"})",
-          u"<p><img src=\"images/a.png\" alt=\"A &quot;b&quot;\"></p>\nQ"_s },
-        { R"({"media":{"library":"H5P.Image 1.0","params":{"file":{"path":"a.png"}}},"question":"Q"})",
-          u"<p><img src=\"a.png\" alt=\"\"></p>\nQ"_s },
-        { R"({"media":{"type":{"library":"H5P.Video 1.5","params":{"sources":[]}}},"question":"Q"})",
-          u"Q | what it plays is left out (H5P.Video)"_s },
-        { "{}", u""_s },
-        { R"({"question":7,"answers":{"text":[]}})", u""_s },
+        { R"({"media":{"type":{"library":"H5P.Image 1.1","params":{"file":{"path":"images/a.png"},"alt":"A \"b\""}}},"question":"Q",
+             "answers":[{"text":"a"}]})",
+          u"<p><img src=\"images/a.png\" alt=\"A &quot;b&quot;\"></p>\nQ | a"_s },
+        { R"({"media":{"library":"H5P.Image 1.0","params":{"file":{"path":"a.png"}}},"question":"Q","answers":[{"text":"a"}]})",
+          u"<p><img src=\"a.png\" alt=\"\"></p>\nQ | a"_s },
+        { R"({"media":{"type":{"library":"H5P.Video 1.5","params":{"sources":[]}}},"question":"Q","answers":[{"text":"a"}]})",
+          u"Q | a | what it plays is left out (H5P.Video)"_s },
+        { "{}", u"1: it has no options"_s },
+        { R"({"question":7,"answers":{"text":[]}})", u"1: it has no options"_s },
         { "[]", u"content/content.json is no JSON object (no error occurred)"_s },
         { "{", u"content/content.json is no JSON object (unterminated object)"_s },
     };
@@ -69,8 +71,8 @@ TEST(H5pTest, TrueAndFalse)
 TEST(H5pTest, QuestionsWithinContents)
 {
     const QByteArray set = R"({"choices":[{"question":"1","answers":["a","b"]},{"question":"2","answers":["c","d"]}]})";
-    const QByteArray questions = "{\"questions\":[" + Nested("H5P.MultiChoice", OneChoice) + ',' + Nested("H5P.Essay", "{}") + ','
-        + Nested("H5P.SingleChoiceSet", set) + "]}";
+    const QByteArray questions = "{\"questions\":[" + Nested("H5P.MultiChoice", OneChoice) + ',' + Nested("H5P.Essay", "{}")
+        + ',' + Nested("H5P.SingleChoiceSet", set) + "]}";
     EXPECT_EQ(ShownContent("H5P.QuestionSet", questions),
               u"<p>Q?</p> | *a | b\n2: an essay question has no options\n1 | *a | b\n2 | *c | d"_s);
 
