@@ -61,6 +61,18 @@ QStringList FolderFiles::Paths() const
 }
 
 QString RelativePath(const QString &reference)
+FilesBelow::FilesBelow(std::shared_ptr<const Files> files, const QString &folder)
+    : m_files(std::move(files))
+    , m_folder(folder)
+{
+}
+
+std::optional<QByteArray> FilesBelow::Read(const QString &path) const
+{
+    return m_files->Read(m_folder.isEmpty() ? path : m_folder + u'/' + path);
+}
+
+QString PathOf(const QString &reference, const QString &base)
 {
     const QUrl url(reference.trimmed());
     if (!url.isRelative() || !url.host().isEmpty())

@@ -50,6 +50,17 @@ private:
     QString m_folder; // canonical; empty when there is none
 };
 
+// The files of a folder of other files, by their paths from that folder.
+class FilesBelow : public Files {
+public:
+    FilesBelow(std::shared_ptr<const Files> files, const QString &folder);
+    std::optional<QByteArray> Read(const QString &path) const override;
+
+private:
+    std::shared_ptr<const Files> m_files;
+    QString m_folder;
+};
+
 // Bytes; no file of a bank is larger, in an archive or out of it.
 constexpr qint64 MostFileBytes = 256 * 1024 * 1024;
 

@@ -2,6 +2,7 @@
 #include "bank/Formats.h"
 
 #include "bank/Gift.h"
+#include "bank/H5p.h"
 
 #include <algorithm>
 
@@ -13,6 +14,7 @@ const std::vector<Format> &Formats()
 {
     static const std::vector<Format> formats = {
         { u"gift"_s, u"GIFT"_s, Gift::Suits, Gift::Read },
+        { u"h5p"_s, u"H5P"_s, H5p::Suits, H5p::Read },
     };
     return formats;
 }
