@@ -13,13 +13,13 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace Bank {
 
-SubFiles::SubFiles(std::shared_ptr<const Files> files, QString folder)
+FilesBelow::FilesBelow(std::shared_ptr<const Files> files, QString folder)
     : m_files(std::move(files))
     , m_folder(std::move(folder))
 {
 }
 
-std::optional<QByteArray> SubFiles::Read(const QString &path) const
+std::optional<QByteArray> FilesBelow::Read(const QString &path) const
 {
     const QString whole = ResolvedPath(path, m_folder);
     return whole.isEmpty() ? std::nullopt : m_files->Read(whole);
@@ -61,18 +61,6 @@ QStringList FolderFiles::Paths() const
 }
 
 QString RelativePath(const QString &reference)
-FilesBelow::FilesBelow(std::shared_ptr<const Files> files, const QString &folder)
-    : m_files(std::move(files))
-    , m_folder(folder)
-{
-}
-
-std::optional<QByteArray> FilesBelow::Read(const QString &path) const
-{
-    return m_files->Read(m_folder.isEmpty() ? path : m_folder + u'/' + path);
-}
-
-QString PathOf(const QString &reference, const QString &base)
 {
     const QUrl url(reference.trimmed());
     if (!url.isRelative() || !url.host().isEmpty())

@@ -25,9 +25,9 @@ public:
 
 // The files of another Files as they are seen from one of its folders: paths that
 // begin with "../" are those beside that folder.
-class SubFiles : public Files {
+class FilesBelow : public Files {
 public:
-    SubFiles(std::shared_ptr<const Files> files, QString folder);
+    FilesBelow(std::shared_ptr<const Files> files, QString folder);
     std::optional<QByteArray> Read(const QString &path) const override;
 
 private:
@@ -48,17 +48,6 @@ public:
 
 private:
     QString m_folder; // canonical; empty when there is none
-};
-
-// The files of a folder of other files, by their paths from that folder.
-class FilesBelow : public Files {
-public:
-    FilesBelow(std::shared_ptr<const Files> files, const QString &folder);
-    std::optional<QByteArray> Read(const QString &path) const override;
-
-private:
-    std::shared_ptr<const Files> m_files;
-    QString m_folder;
 };
 
 // Bytes; no file of a bank is larger, in an archive or out of it.
