@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bank/Formats.h"
 
+#include "bank/Aiken.h"
 #include "bank/Gift.h"
 
 #include <algorithm>
@@ -12,6 +13,7 @@ namespace Bank {
 const std::vector<Format> &Formats()
 {
     static const std::vector<Format> formats = {
+        { u"aiken"_s, u"Aiken"_s, Aiken::Suits, Aiken::Read },
         { u"gift"_s, u"GIFT"_s, Gift::Suits, Gift::Read },
     };
     return formats;
