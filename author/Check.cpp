@@ -4,6 +4,7 @@
 #include "console/Console.h"
 #include "author/Limits.h"
 #include "author/Package.h"
+#include "author/TextPage.h"
 #include "common/Common.h"
 #include "common/Error.h"
 #include "model/File.h"
@@ -84,7 +85,7 @@ private:
 
     static QString ControlIn(const QString &what, const QString &text)
     {
-        const QString control = Package::ControlCharacter(text);
+        const QString control = TextPage::ControlCharacter(text);
         return control.isEmpty() ? QString() : u"%1 holds the control character %2"_s.arg(what, control);
     }
 

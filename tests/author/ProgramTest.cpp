@@ -85,14 +85,14 @@ TEST(ProgramTest, UsageAndHelp)
         { u"one package folder is required"_s, { u"pack"_s, u"pack a b"_s } },
         { u"--out is missing"_s, { u"pack a"_s, u"build a --code a --name a --max 1 --pass 1 --minutes 1"_s } },
         { u"--for takes linux or windows"_s, { u"pack a --out b --for x"_s } },
-        { u"one question bank is required"_s, { u"build"_s, build + u"b.gift"_s } },
-        { u"--code is missing"_s, { u"build a"_s } },
+        { u"a question bank is required"_s, { u"build"_s } },
         { u"--max must be a number from 1 to 32767"_s, { build + u"--max 32768"_s, build + u"--max 0"_s } },
         { u"--pass must be a number from 0 to 9"_s, { build + u"--max 9 --pass 10"_s, build + u"--max 9 --pass 1e0"_s } },
         { u"--minutes must be a number from 1 to 546"_s, { build + u"--minutes 547"_s, build + u"--minutes 0"_s } },
         { u"--code is empty"_s, { build + u"--code \u00A0"_s } },
         { u"--name holds the control character U+0007"_s, { build + u"--name \u0007"_s } },
-        { u"--name: \"\u2192\" has a character that code page 1252 lacks"_s, { build + u"--name \u2192"_s } },
+        { u"--code and --name: the character \"\u2192\" (U+2192) is not in code page 1252"_s,
+          { build + u"--name \u2192 --code-page 1252"_s } },
     };
     for (const auto &[expected, commands] : rows) {
         const Outcome refused{ 2, {}, u"practorium-author: %1 (see --help)\n"_s.arg(expected) };
