@@ -51,6 +51,13 @@ std::optional<QByteArray> DataOf(const QString &address)
     return address.left(comma).endsWith(";base64"_L1, Qt::CaseInsensitive) ? QByteArray::fromBase64(data) : data;
 }
 
+// Passes on what is no fault of a picture, such as a full disk.
+void RequirePictureFault(const Error &error)
+{
+    if (error.Number() != InvalidCall)
+        throw error;
+}
+
 // What makes two texts the same for whoever reads them.
 QString Readably(const QString &text)
 {
@@ -132,6 +139,7 @@ private:
     {
         QHash<QString, size_t> first;
         size_t right = 0;
+        bool isWarned = false;
         for (size_t i = 0; i < m_draft.Options.size(); ++i) {
             const Draft::Option &option = m_draft.Options[i];
             right += option.IsRight ? 1 : 0;
@@ -144,7 +152,9 @@ private:
             const QString pair = u"options %1 and %2 read the same"_s.arg(LetterOf(*same), LetterOf(i));
             if (m_draft.Options[*same].IsRight != option.IsRight)
                 throw LeftOutBecause{ pair + u", and one of them is right"_s };
-            m_warnings.append(pair);
+            if (!isWarned)
+                m_warnings.append(pair);
+            isWarned = true;
         }
         if (right == 0)
             throw LeftOutBecause{ u"no option is right"_s };
@@ -219,6 +229,7 @@ private:
             m_exhibits.Add(bytes, name);
             return {};
         } catch (const Error &error) {
+            RequirePictureFault(error);
             return Console::OneLine(error);
         }
     }
@@ -251,6 +262,7 @@ private:
                 files.push_back(each.Bytes);
             return m_exhibits.Join(files, pictures.front().Name, &m_warnings);
         } catch (const Error &error) {
+            RequirePictureFault(error);
             throw LeftOutBecause{ u"the exhibit %1: %2"_s.arg(Console::Quoted(pictures.front().Name),
                                                               Console::OneLine(error)) };
         }

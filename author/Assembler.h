@@ -16,7 +16,7 @@ public:
     struct Settings {
         // Looked through for pictures before what the source itself offers; null
         // for none.
-        std::shared_ptr<const Bank::Files> Pictures;
+        std::shared_ptr<const Bank::Files> Pictures = {};
         // The page that all texts have to fit; 0: none yet.
         int CodePage = 0;
         // Options keep the letters that they carry themselves.

@@ -16,12 +16,12 @@ struct Share {
 
 struct Settings {
     // Only items of these categories; empty: all.
-    QStringList Categories;
+    QStringList Categories = {};
     // So many items, drawn by chance; nothing: all.
-    std::optional<qint32> Pick;
+    std::optional<qint32> Pick = {};
     // So many items of each category, drawn by chance, and none of others; empty:
     // all. Not together with Pick.
-    std::vector<Share> Shares;
+    std::vector<Share> Shares = {};
     bool ShufflesItems = false;
     bool ShufflesOptions = false;
 

@@ -48,7 +48,8 @@ TEST(GiftTest, ItemsOfABank)
         { "text before the marks", u"Q {a ~b =c}"_s, u"1: the answer block begins with neither \"=\" nor \"~\""_s },
         { "one option", u"Q {~%100%a}"_s, u"1: it has fewer than 2 options"_s },
         { "27 options", u"Q {=a"_s + u"~b"_s.repeated(26) + u'}', u"1: it has 27 options, and an exam has letters for 26"_s },
-        { "26 options", u"Q {=a"_s + u"~b"_s.repeated(25) + u'}', u"Q | *a"_s + u" | b"_s.repeated(25) },
+        { "26 options", u"Q {=a"_s + u"~b"_s.repeated(25) + u'}',
+          u"Q | *a"_s + u" | b"_s.repeated(25) + u"\n1: options B and C read the same"_s },
         { "no right one", u"Q {~a ~b}"_s, u"1: no option is right"_s },
         { "an empty option", u"Q {=a ~~b}"_s, u"1: option 2 is empty"_s },
         { "no question", u"::t:: {T}"_s, u"1: it has no question text"_s },
@@ -96,10 +97,11 @@ TEST(GiftTest, ExhibitsAndTheirNames)
     Sandbox::WriteFile(Sandbox::Path(u"outside.bmp"_s), Bmp(6));
     const std::vector<std::pair<QString, QString>> rows = {
         { u"x.bmp"_s, u"2: the exhibit \"x.bmp\" is not there"_s },
-        { u"text.bmp"_s, u"2: the exhibit \"text.bmp\": The file is not a BMP, GIF, JPEG, ICO or PNG picture"_s },
+        { u"text.bmp"_s,
+          u"2: the exhibit \"text.bmp\": The file is not a BMP, GIF, JPEG, ICO, PNG, WebP, SVG or TIFF picture"_s },
         { u"../outside.bmp"_s, u"2: the exhibit \"../outside.bmp\" is not there"_s },
         { u"a\u0007.bmp"_s, u"2: it holds the control character U+0007"_s },
-        { u"a.EXAM"_s, u"Q | *True | False | a.bmp"_s },
+        { u"a.EXAM"_s, u"Q | *True | False | a.EXAM.bmp"_s },
         { u"\u03B1.bmp"_s, u"Q | *True | False | picture.bmp"_s },
     };
     for (const auto &[name, expected] : rows)
