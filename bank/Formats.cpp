@@ -2,6 +2,7 @@
 #include "bank/Formats.h"
 
 #include "bank/Gift.h"
+#include "bank/MoodleXml.h"
 
 #include <algorithm>
 
@@ -12,6 +13,7 @@ namespace Bank {
 const std::vector<Format> &Formats()
 {
     static const std::vector<Format> formats = {
+        { u"moodle"_s, u"Moodle XML"_s, MoodleXml::Suits, MoodleXml::Read },
         { u"gift"_s, u"GIFT"_s, Gift::Suits, Gift::Read },
     };
     return formats;
