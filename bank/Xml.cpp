@@ -282,8 +282,33 @@ QString Reader::Text()
 
 QString Reader::Markup(const Replacement &replacement)
 {
-    const size_t depth = m_namespaces.size();
     QString markup;
+    ReadMarkup(markup, m_namespaces.size(), replacement);
+    return markup;
+}
+
+QString Reader::TextOrMarkup(bool &isMarkup)
+{
+    const size_t depth = m_namespaces.size();
+    QString text;
+    isMarkup = false;
+    while (m_namespaces.size() >= depth) {
+        const QXmlStreamReader::TokenType token = Next();
+        if (token == QXmlStreamReader::Characters) {
+            text += m_reader.text();
+        } else if (token == QXmlStreamReader::StartElement) {
+            isMarkup = true;
+            text = text.toHtmlEscaped();
+            AppendStartTag(text, m_reader);
+            ReadMarkup(text, depth, {});
+        }
+    }
+    return text;
+}
+
+// Reads on to the end of the element of that depth.
+void Reader::ReadMarkup(QString &markup, size_t depth, const Replacement &replacement)
+{
     while (m_namespaces.size() >= depth) {
         const QXmlStreamReader::TokenType token = Next();
         if (token == QXmlStreamReader::Characters)
@@ -293,7 +318,6 @@ QString Reader::Markup(const Replacement &replacement)
         else if (token == QXmlStreamReader::EndElement && m_namespaces.size() >= depth && !IsVoid(m_reader.name()))
             markup += u"</"_s + m_reader.name().toString() + u'>';
     }
-    return markup;
 }
 
 }
