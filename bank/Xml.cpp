@@ -82,13 +82,9 @@ public:
     {
         while (m_problem.isEmpty() && (m_at = To('<', m_at)) < m_end) {
             const char *tag = m_at;
-            if (Starts("<!--"))
-                GoBehind("-->");
-            else if (Starts("<![CDATA["))
-                GoBehind("]]>");
-            else if (Starts("<?"))
-                GoBehind("?>");
-            else if (Starts("<!"))
+            if (Pass("<!--", "-->") || Pass("<![CDATA[", "]]>") || Pass("<?", "?>"))
+                continue;
+            if (Starts("<!"))
                 PassDocumentType();
             else
                 PassTag();
@@ -112,16 +108,18 @@ private:
         return m_end - m_at >= text.size() && std::memcmp(m_at, text.data(), static_cast<size_t>(text.size())) == 0;
     }
 
-    void GoBehind(QByteArrayView text)
+    bool Pass(QByteArrayView opening, QByteArrayView closing)
     {
-        m_at += text.size();
-        for (; m_at < m_end; ++m_at) {
-            m_at = To(text.front(), m_at);
-            if (Starts(text)) {
-                m_at += text.size();
-                return;
+        if (!Starts(opening))
+            return false;
+        m_at += opening.size();
+        for (m_at = To(closing.front(), m_at); m_at < m_end; m_at = To(closing.front(), m_at + 1)) {
+            if (Starts(closing)) {
+                m_at += closing.size();
+                break;
             }
         }
+        return true;
     }
 
     void PassDocumentType()
