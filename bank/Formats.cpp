@@ -3,6 +3,7 @@
 
 #include "bank/Aiken.h"
 #include "bank/Gift.h"
+#include "bank/Table.h"
 
 #include <algorithm>
 
@@ -14,6 +15,7 @@ const std::vector<Format> &Formats()
 {
     static const std::vector<Format> formats = {
         { u"aiken"_s, u"Aiken"_s, Aiken::Suits, Aiken::Read },
+        { u"csv"_s, u"CSV"_s, Table::Suits, Table::Read },
         { u"gift"_s, u"GIFT"_s, Gift::Suits, Gift::Read },
     };
     return formats;
