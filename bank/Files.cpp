@@ -48,6 +48,17 @@ QStringList FolderFiles::Paths() const
     return paths;
 }
 
+FilesBelow::FilesBelow(std::shared_ptr<const Files> files, const QString &folder)
+    : m_files(std::move(files))
+    , m_folder(folder)
+{
+}
+
+std::optional<QByteArray> FilesBelow::Read(const QString &path) const
+{
+    return m_files->Read(m_folder.isEmpty() ? path : m_folder + u'/' + path);
+}
+
 QString PathOf(const QString &reference, const QString &base)
 {
     const QUrl url(reference.trimmed());
@@ -59,6 +70,18 @@ QString PathOf(const QString &reference, const QString &base)
     const QString whole = QDir::cleanPath(base.isEmpty() ? path : base + u'/' + path);
     const bool leadsOut = whole == ".."_L1 || whole.startsWith("../"_L1) || whole.startsWith(u'/') || whole == "."_L1;
     return leadsOut ? QString() : whole;
+}
+
+QString ShallowestOf(const QStringList &paths, const QString &name)
+{
+    QString shallowest;
+    for (const QString &path : paths) {
+        const bool isNamed = path.endsWith(name, Qt::CaseInsensitive)
+            && (path.size() == name.size() || path.at(path.size() - name.size() - 1) == u'/');
+        if (isNamed && (shallowest.isEmpty() || path.count(u'/') < shallowest.count(u'/')))
+            shallowest = path;
+    }
+    return shallowest;
 }
 
 }

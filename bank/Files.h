@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
 #include <optional>
 
 namespace Bank {
@@ -37,6 +38,17 @@ private:
     QString m_folder; // canonical; empty when there is none
 };
 
+// The files of a folder of other files, by their paths from that folder.
+class FilesBelow : public Files {
+public:
+    FilesBelow(std::shared_ptr<const Files> files, const QString &folder);
+    std::optional<QByteArray> Read(const QString &path) const override;
+
+private:
+    std::shared_ptr<const Files> m_files;
+    QString m_folder;
+};
+
 // Bytes; no file of a bank is larger, in an archive or out of it.
 constexpr qint64 MostFileBytes = 256 * 1024 * 1024;
 
@@ -45,5 +57,10 @@ constexpr qint64 MostFileBytes = 256 * 1024 * 1024;
 // stands in (base, which may be empty). Empty when it leads out, is absolute or
 // names another place of the network.
 QString PathOf(const QString &reference, const QString &base = {});
+
+// Of the paths to a file of that name, in whatever case, the one with the fewest
+// folders, and of these the first; empty when there is none. Packages often lie
+// in a folder of their archive.
+QString ShallowestOf(const QStringList &paths, const QString &name);
 
 }

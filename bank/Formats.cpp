@@ -3,6 +3,8 @@
 
 #include "bank/Aiken.h"
 #include "bank/Gift.h"
+#include "bank/H5p.h"
+#include "bank/MoodleXml.h"
 #include "bank/Table.h"
 
 #include <algorithm>
@@ -14,6 +16,8 @@ namespace Bank {
 const std::vector<Format> &Formats()
 {
     static const std::vector<Format> formats = {
+        { u"moodle"_s, u"Moodle XML"_s, MoodleXml::Suits, MoodleXml::Read },
+        { u"h5p"_s, u"H5P"_s, H5p::Suits, H5p::Read },
         { u"aiken"_s, u"Aiken"_s, Aiken::Suits, Aiken::Read },
         { u"csv"_s, u"CSV"_s, Table::Suits, Table::Read },
         { u"gift"_s, u"GIFT"_s, Gift::Suits, Gift::Read },
