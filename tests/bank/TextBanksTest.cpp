@@ -105,7 +105,7 @@ TEST(TextBanksTest, Aiken)
             { "no answer", u"Q\nA. a\nB. b\n\nQ\nA. a\nB. b\nANSWER: B"_s, missing.arg(1) + u'\n' + taken },
             { "no blank line either", u"Q\nA. a\nB. b\nR\nA. c\nB. d\nANSWER: A"_s, missing.arg(1) },
             { "the end", u"Q\nA. a\nB. b"_s, missing.arg(1) },
-            { "no options", u"Answer: what?\nANSWER: A\nANSWER: B"_s, u"Answer: what?\n"_s },
+            { "no options", u"Answer: what?\nANSWER: A\nANSWER: B"_s, u"1: it has no options\n3: it has no options"_s },
             { "explained", u"Q\nA. a\nB. b\nANSWER: B\nExplanation: e\nf\n\nFEEDBACK: g\nA. a\nB. <b>\nANSWER: B"_s,
               taken + u" | #e\nf\nFEEDBACK: g | a | *<b>"_s },
         });
