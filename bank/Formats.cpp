@@ -5,6 +5,7 @@
 #include "bank/Gift.h"
 #include "bank/H5p.h"
 #include "bank/MoodleXml.h"
+#include "bank/Table.h"
 
 #include <algorithm>
 
@@ -19,6 +20,9 @@ const std::vector<Format> &Formats()
         { u"moodle"_s, u"Moodle XML"_s, MoodleXml::Suits, MoodleXml::Read },
         { u"gift"_s, u"GIFT"_s, Gift::Suits, Gift::Read },
         { u"h5p"_s, u"H5P"_s, H5p::Suits, H5p::Read },
+        { u"aiken"_s, u"Aiken"_s, Aiken::Suits, Aiken::Read },
+        { u"csv"_s, u"CSV"_s, Table::Suits, Table::Read },
+        { u"gift"_s, u"GIFT"_s, Gift::Suits, Gift::Read },
     };
     return formats;
 }
