@@ -16,9 +16,7 @@ namespace Bank {
 const std::vector<Format> &Formats()
 {
     static const std::vector<Format> formats = {
-        { u"aiken"_s, u"Aiken"_s, Aiken::Suits, Aiken::Read },
         { u"moodle"_s, u"Moodle XML"_s, MoodleXml::Suits, MoodleXml::Read },
-        { u"gift"_s, u"GIFT"_s, Gift::Suits, Gift::Read },
         { u"h5p"_s, u"H5P"_s, H5p::Suits, H5p::Read },
         { u"aiken"_s, u"Aiken"_s, Aiken::Suits, Aiken::Read },
         { u"csv"_s, u"CSV"_s, Table::Suits, Table::Read },

@@ -3,6 +3,8 @@
 #include "tests/support/Program.h"
 #include "tests/support/SmallDisk.h"
 
+#include <QtEndian>
+
 #include <csignal>
 
 namespace {
@@ -43,11 +45,9 @@ TEST(ProgramTest, FromBankToPackage)
                               "  1 left out: the exhibit \"q.bmp\" is not there\n"_s
                             + made.arg(2) }));
     EXPECT_EQ(Started(u"check bank/PACK bank/PACK/PACK.exam"_s), Outcome{});
-    const QString four = u"bank/b.gift:11: the exhibit \"q.bmp\": %1\n"_s.arg(System::TextOf(System::NotFound));
-    EXPECT_EQ(Started(build), (Outcome{ 0, {}, two + four + u"2 items taken, 2 left out\n"_s }));
-    EXPECT_EQ(Started(u"check bank/PACK bank/PACK/PACK.exam"_s).Code, 0);
     const QByteArray bytes = Sandbox::ReadFile(Sandbox::Path(u"bank/PACK/PACK.exam"_s));
-    Write(u"reserved.exam"_s, QByteArray::fromHex("0200000000fe") + bytes.mid(4));
+    const qsizetype block = 4 + qFromLittleEndian<qint32>(bytes.constData());
+    Write(u"reserved.exam"_s, QByteArray::fromHex("0200000000fe") + bytes.mid(block));
     EXPECT_EQ(Started(u"dump reserved.exam"_s).Out.chopped(1),
               uR"({"reserved":"00fe","codePage":null,"code":"A\"Ä","name":"Sample","maxScore":32767,"passScore":0,"duration":546,"questions":[
 {"number":1,"solutionCount":1,"hasHint":false,"exhibit":"p.bmp","problem":"O\n\tne","explanation":"why","choices":[{"number":1,"isSolution":true,"statement":"a"},{"number":2,"isSolution":false,"statement":"b"}]},
