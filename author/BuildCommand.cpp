@@ -45,9 +45,13 @@ public:
     {
         for (const QString &out : Outs())
             Package::CheckTarget(out, m_options.Replaces);
+        const auto read = [this](const Bank::Source &source, const Bank::Format *format) { Read(source, format); };
+        const auto refuse = [this](const QString &name, const QString &reason) {
+            m_assembler.Begin(name);
+            m_assembler.Refuse(reason);
+        };
         for (const QString &path : m_options.Sources)
-            Sources::ForEach(path, m_options.Format,
-                             [&](const Bank::Source &source, const Bank::Format *format) { Read(source, format); });
+            Sources::ForEach(path, m_options.Format, read, refuse);
         m_progress.Clear();
         CompleteHeader();
         const bool isMade = Make();

@@ -2,6 +2,7 @@
 #include "author/Sources.h"
 
 #include "bank/Archive.h"
+#include "common/Common.h"
 #include "common/Error.h"
 
 #include <QDir>
@@ -43,23 +44,41 @@ bool IsBeside(const QString &path)
     return path.startsWith(u'.') || path.contains("/."_L1) || kinds.contains(QFileInfo(path).suffix().toLower());
 }
 
-void VisitEach(const Bank::Source &package, const Bank::Format *forced, const Visit &visit)
+// A file of a folder, or of an archive. An archive among them is looked into when a
+// format suits it as a whole.
+Bank::Source SourceOf(const Bank::Source &package, const QString &path, const QByteArray &bytes)
+{
+    Bank::Source source{ QDir(package.Name).filePath(path), bytes, {} };
+    if (Bank::Archive::Suits(bytes))
+        source.Files = std::make_shared<Bank::Archive>(bytes, source.Name);
+    else
+        source.Files = std::make_shared<Bank::FilesBelow>(package.Files, path.section(u'/', 0, -2));
+    return source;
+}
+
+void VisitEach(const Bank::Source &package, const Bank::Format *forced, const Visit &visit, const Refuse &refuse)
 {
     for (const QString &path : package.Files->Paths()) {
         if (IsBeside(path))
             continue;
-        const auto bytes = package.Files->Read(path);
         const QString name = QDir(package.Name).filePath(path);
-        if (!bytes)
-            continue;
-        const Bank::Source source{ name, *bytes, std::make_shared<Bank::FilesBelow>(package.Files, path.section(u'/', 0, -2)) };
-        visit(source, forced ? forced : Bank::FormatOf(source));
+        try {
+            if (const auto bytes = package.Files->Read(path)) {
+                const Bank::Source source = SourceOf(package, path, *bytes);
+                visit(source, forced && !Bank::IsPackage(source) ? forced : Bank::FormatOf(source));
+            }
+        } catch (const Error &error) {
+            // One file of many is no reason to stop.
+            if (error.Number() != InvalidCall)
+                throw;
+            refuse(name, Common::OneLine(error));
+        }
     }
 }
 
 }
 
-void ForEach(const QString &path, const Bank::Format *forced, const Visit &visit)
+void ForEach(const QString &path, const Bank::Format *forced, const Visit &visit, const Refuse &refuse)
 {
     Bank::Source source{ path, {}, {} };
     const bool isFolder = path != StandardInput && QFileInfo(path).isDir();
@@ -67,16 +86,21 @@ void ForEach(const QString &path, const Bank::Format *forced, const Visit &visit
         source.Files = std::make_shared<Bank::FolderFiles>(path);
     } else {
         source.Bytes = BytesOf(path);
-        if (Bank::Archive::Suits(source.Bytes))
-            source.Files = std::make_shared<Bank::Archive>(source.Bytes, path);
-        else
+        try {
+            if (Bank::Archive::Suits(source.Bytes))
+                source.Files = std::make_shared<Bank::Archive>(source.Bytes, path);
+        } catch (const Error &error) {
+            refuse(path, Common::OneLine(error));
+            return;
+        }
+        if (!source.Files)
             source.Files = std::make_shared<Bank::FolderFiles>(path == StandardInput ? u"."_s : QFileInfo(path).path());
     }
     const Bank::Format *format = Bank::FormatOf(source);
     const bool isPackage = Bank::IsPackage(source);
     // A spreadsheet is an archive too, but holds no banks.
     if (isPackage && !format && (isFolder || Bank::KindOf(source).contains("archive"_L1)))
-        VisitEach(source, forced, visit);
+        VisitEach(source, forced, visit, refuse);
     else
         visit(source, forced && !isPackage ? forced : format);
 }
