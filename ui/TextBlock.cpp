@@ -16,9 +16,11 @@ namespace {
 constexpr qsizetype LongestRun = 1000; // characters
 constexpr QChar ZeroWidthSpace(0x200B);
 
-QTextOption Wrapping()
+QTextOption Wrapping(const QString &text = {})
 {
-    QTextOption option;
+    const bool isRightToLeft = text.isRightToLeft();
+    QTextOption option(isRightToLeft ? Qt::AlignRight : Qt::AlignLeft);
+    option.setTextDirection(isRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     return option;
 }
@@ -47,6 +49,7 @@ void TextBlock::SetText(const QString &text)
     // The label keeps the text for a screen reader.
     setText(shown);
     m_layout.setText(Lines(shown));
+    m_layout.setTextOption(Wrapping(shown));
     m_width = -1;
 }
 
@@ -101,6 +104,10 @@ qreal TextBlock::LayOutLines(QTextLayout &layout, int width, QPoint corner)
     layout.beginLayout();
     for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
         line.setLineWidth(std::max(width - corner.x(), 1));
+        // Letters that another font lends may be less tall; what stands beside the text
+        // shares a line with it all the same.
+        if (line.lineNumber() == 0)
+            y += std::max(0.0, std::floor(QFontMetricsF(layout.font()).ascent() - line.ascent()));
         line.setPosition(QPointF(corner.x(), y));
         y += line.height();
     }
@@ -123,10 +130,33 @@ TextBlock::Extent TextBlock::ExtentOf(const QString &text, const QFont &font, in
     return { unwrapped, static_cast<int>(std::ceil(height)) };
 }
 
+void TextBlock::SetHasLeader(bool hasLeader)
+{
+    m_hasLeader = hasLeader;
+    update();
+}
+
+void TextBlock::PaintLeader(QPainter &painter) const
+{
+    const QTextLine line = m_layout.lineAt(0);
+    const int gap = fontMetrics().averageCharWidth();
+    const qreal end = line.naturalTextRect().left() - gap;
+    if (end < m_leftInset + gap)
+        return;
+    QPen dots(palette().color(QPalette::Mid), 1, Qt::CustomDashLine, Qt::FlatCap);
+    dots.setDashPattern({ 1, 5 });
+    painter.setPen(dots);
+    const qreal y = std::floor(line.y() + line.ascent()) - 0.5;
+    painter.drawLine(QPointF(m_leftInset + gap, y), QPointF(end, y));
+    painter.setPen(palette().color(foregroundRole()));
+}
+
 void TextBlock::paintEvent(QPaintEvent *event)
 {
     LayOut(width());
     QPainter painter(this);
+    if (m_hasLeader && m_layout.textOption().alignment() == Qt::AlignRight)
+        PaintLeader(painter);
     for (int i = 0; i < m_layout.lineCount(); ++i) {
         const QTextLine line = m_layout.lineAt(i);
         if (line.rect().bottom() < event->rect().top())

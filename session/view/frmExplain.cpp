@@ -41,6 +41,10 @@ void frmExplain::Load()
         throw Error::RunTime(InvalidCall);
     setWindowTitle(Common::FormatText(u"Explaination - Question: {1}"_s, { QuestionNumber }));
     const QString text = Globals::CurrentExam->Questions().Item(QuestionNumber)->Explaination();
+    // What is read from right to left stands at the right.
+    QTextOption option = txtExplaination->document()->defaultTextOption();
+    option.setAlignment(text.isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft);
+    txtExplaination->document()->setDefaultTextOption(option);
     txtExplaination->setPlainText(TextBlock::Breakable(Common::ShownText(text)));
     if (txtExplaination->toPlainText().isEmpty())
         txtExplaination->setPlainText(u"Sorry! Explaination is not available for this question."_s);

@@ -50,6 +50,10 @@ TEST(ProgramTest, FromBankToPackage)
     Write(u"reserved.exam"_s, QByteArray::fromHex("0200000000fe") + bytes.mid(block));
     EXPECT_EQ(Started(u"dump reserved.exam"_s).Out.chopped(1),
               uR"({"reserved":"00fe","codePage":null,"code":"A\"Ä","name":"Sample","maxScore":32767,"passScore":0,"duration":546,"questions":[
+    Write(u"reserved.exam"_s, QByteArray::fromHex("0200000000fe") + bytes.mid(4));
+    EXPECT_EQ(
+        Started(u"dump reserved.exam"_s).Out.chopped(1),
+        uR"({"reserved":"00fe","codePage":null,"code":"A\"Ä","name":"Sample","maxScore":32767,"passScore":0,"duration":546,"questions":[
 {"number":1,"solutionCount":1,"hasHint":false,"exhibit":"p.bmp","problem":"O\n\tne","explanation":"why","choices":[{"number":1,"isSolution":true,"statement":"a"},{"number":2,"isSolution":false,"statement":"b"}]},
 {"number":2,"solutionCount":2,"hasHint":true,"exhibit":"","problem":"Three","explanation":"","choices":[{"number":1,"isSolution":true,"statement":"a"},{"number":2,"isSolution":true,"statement":"b"}]}]})"_s);
 
