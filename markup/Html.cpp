@@ -304,6 +304,8 @@ public:
 
     std::vector<Piece> Scan()
     {
+        constexpr size_t usual = 8;
+        m_pieces.reserve(usual);
         for (qsizetype at = 0; at < m_text.size();) {
             const char16_t c = m_text.at(at).unicode();
             qsizetype end = -1;

@@ -14,8 +14,21 @@ constexpr size_t DeepestList = 20;
 
 bool IsCollapsible(QChar c)
 {
+    if (c > u' ' && c < QChar::LineSeparator)
+        return false;
     return c == u' ' || c == u'\n' || c == u'\t' || c == u'\r' || c == u'\f' || c == QChar::LineSeparator
         || c == QChar::ParagraphSeparator;
+}
+
+// Where the words end that single blanks part.
+qsizetype RunEnd(QStringView text, qsizetype at)
+{
+    const auto isWord = [text](qsizetype place) {
+        return place < text.size() && !IsCollapsible(text.at(place)) && text.at(place) != QChar::Nbsp;
+    };
+    while (isWord(at) || (at < text.size() && text.at(at) == u' ' && isWord(at + 1)))
+        ++at;
+    return at;
 }
 
 // 1 is "a", 27 is "aa".
@@ -78,9 +91,10 @@ void Lines::PutCollapsed(QStringView text)
             continue;
         }
         const qsizetype start = at;
-        while (at < text.size() && !IsCollapsible(text.at(at)) && text.at(at) != QChar::Nbsp)
-            ++at;
-        PutKept(text.sliced(start, at - start), false);
+        at = RunEnd(text, at);
+        EncloseBareScript(text.at(start));
+        m_line += text.sliced(start, at - start);
+        m_canBeBlank = false;
     }
 }
 

@@ -5,8 +5,9 @@
 #include <QTextLayout>
 
 // A label for texts of any length out of a stranger's file: always plain,
-// wrapped to its width even inside a word, laid out once for each width and
-// painted only where it shows. Ends at the text's first NUL.
+// wrapped to its width even inside a word, with code in columns (CodeLines), laid
+// out once for each width and painted only where it shows. Ends at the text's
+// first NUL.
 class TextBlock : public QLabel {
     Q_OBJECT
 public:
