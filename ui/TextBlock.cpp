@@ -2,6 +2,7 @@
 #include "ui/TextBlock.h"
 
 #include "common/Common.h"
+#include "ui/CodeLines.h"
 
 #include <QMouseEvent>
 #include <QPaintEvent>
@@ -17,12 +18,18 @@ constexpr qsizetype LongestRun = 1000; // characters
 constexpr QChar ZeroWidthSpace(0x200B);
 
 QTextOption Wrapping(const QString &text = {})
+// Gives the layout of the text the font, with code in one of fixed width.
+void SetFont(QTextLayout &layout, const QFont &font)
 {
     const bool isRightToLeft = text.isRightToLeft();
     QTextOption option(isRightToLeft ? Qt::AlignRight : Qt::AlignLeft);
     option.setTextDirection(isRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    return option;
+    if (layout.text().contains(u'\t'))
+        option.setTabStopDistance(CodeLines::TabStopDistance(font));
+    layout.setTextOption(option);
+    layout.setFont(font);
+    layout.setFormats(CodeLines::Formats(layout.text(), font));
 }
 
 QString Lines(QString text)
@@ -37,7 +44,6 @@ TextBlock::TextBlock(QWidget *parent)
     : QLabel(parent)
 {
     setTextFormat(Qt::PlainText);
-    m_layout.setTextOption(Wrapping());
     m_layout.setCacheEnabled(true);
 }
 
@@ -93,7 +99,7 @@ void TextBlock::LayOut(int width) const
     if (m_width == width)
         return;
     m_width = width;
-    m_layout.setFont(font());
+    SetFont(m_layout, font());
     // An empty text, too, has a line.
     m_height = static_cast<int>(std::ceil(LayOutLines(m_layout, width, QPoint(m_leftInset, m_topInset))));
 }
@@ -117,8 +123,8 @@ qreal TextBlock::LayOutLines(QTextLayout &layout, int width, QPoint corner)
 
 TextBlock::Extent TextBlock::ExtentOf(const QString &text, const QFont &font, int width)
 {
-    QTextLayout layout(Lines(Common::ShownText(text)), font);
-    layout.setTextOption(Wrapping());
+    QTextLayout layout(Lines(Common::ShownText(text)));
+    SetFont(layout, font);
     layout.setCacheEnabled(true);
     qreal height = LayOutLines(layout, QWIDGETSIZE_MAX, {});
     qreal widest = 0;
