@@ -61,4 +61,16 @@ QString PathOf(const QString &reference, const QString &base)
     return leadsOut ? QString() : whole;
 }
 
+QString ShallowestOf(const QStringList &paths, const QString &name)
+{
+    QString shallowest;
+    for (const QString &path : paths) {
+        const bool isNamed = path.endsWith(name, Qt::CaseInsensitive)
+            && (path.size() == name.size() || path.at(path.size() - name.size() - 1) == u'/');
+        if (isNamed && (shallowest.isEmpty() || path.count(u'/') < shallowest.count(u'/')))
+            shallowest = path;
+    }
+    return shallowest;
+}
+
 }

@@ -46,4 +46,9 @@ constexpr qint64 MostFileBytes = 256 * 1024 * 1024;
 // names another place of the network.
 QString PathOf(const QString &reference, const QString &base = {});
 
+// Of the paths to a file of that name, in whatever case, the one with the fewest
+// folders, and of these the first; empty when there is none. Packages often lie
+// in a folder of their archive.
+QString ShallowestOf(const QStringList &paths, const QString &name);
+
 }
