@@ -2,6 +2,7 @@
 #include "bank/Formats.h"
 
 #include "bank/Gift.h"
+#include "bank/Qti2.h"
 
 #include <algorithm>
 
@@ -12,6 +13,7 @@ namespace Bank {
 const std::vector<Format> &Formats()
 {
     static const std::vector<Format> formats = {
+        { u"qti2"_s, u"QTI 2/3"_s, Qti2::Suits, Qti2::Read },
         { u"gift"_s, u"GIFT"_s, Gift::Suits, Gift::Read },
     };
     return formats;
