@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bank/Formats.h"
 
+#include "bank/Aiken.h"
 #include "bank/Gift.h"
+#include "bank/H5p.h"
 #include "bank/Qti2.h"
 
 #include <algorithm>
@@ -13,8 +15,10 @@ namespace Bank {
 const std::vector<Format> &Formats()
 {
     static const std::vector<Format> formats = {
-        { u"qti2"_s, u"QTI 2/3"_s, Qti2::Suits, Qti2::Read },
+        { u"aiken"_s, u"Aiken"_s, Aiken::Suits, Aiken::Read },
         { u"gift"_s, u"GIFT"_s, Gift::Suits, Gift::Read },
+        { u"h5p"_s, u"H5P"_s, H5p::Suits, H5p::Read },
+        { u"qti2"_s, u"QTI 2/3"_s, Qti2::Suits, Qti2::Read },
     };
     return formats;
 }
