@@ -17,6 +17,8 @@ namespace Xml {
 namespace {
 
 constexpr qsizetype BeginningLength = 64 * 1024;
+// Characters of a message, which can quote the document.
+constexpr qsizetype MostShown = 200;
 
 // The declaration at the head of a document, with the encoding that it names.
 struct Declaration {
@@ -32,7 +34,7 @@ Declaration DeclarationOf(const QByteArray &bytes)
     const qsizetype end = bytes.first(std::min<qsizetype>(bytes.size(), 1024)).indexOf("?>");
     if (end < 0)
         return {};
-    static const QRegularExpression encoding(u"\\bencoding\\s*=\\s*[\"']([^\"']*)[\"']"_s);
+    static const QRegularExpression encoding(u"\\bencoding\\s*=\\s*[\"']\\s*([\\w.:-]{1,40})\\s*[\"']"_s);
     const QString text = QString::fromLatin1(bytes.first(end));
     return { end + 2, encoding.match(text).captured(1) };
 }
@@ -211,7 +213,8 @@ Reader::Reader(const QByteArray &bytes, QString source)
 
 void Reader::FailAt(qint64 line, const QString &text) const
 {
-    throw Error(InvalidCall, u"line %1: %2"_s.arg(line).arg(text), m_source);
+    const QString shown = text.size() <= MostShown ? text : text.first(MostShown) + u"..."_s;
+    throw Error(InvalidCall, u"line %1: %2"_s.arg(line).arg(shown.simplified()), m_source);
 }
 
 void Reader::Fail(const QString &text) const
