@@ -77,6 +77,35 @@ TEST(TextBanksTest, Gift)
                });
 }
 
+TEST(TextBanksTest, Aiken)
+{
+    const QString taken = u"Q | a | *b"_s;
+    const QString missing = u"%1: the ANSWER line is missing"_s;
+    ExpectRows(
+        [](const QString &text) {
+            return Shown({ {}, text.toUtf8(), {} }, u"aiken"_s);
+        },
+        {
+            { "one after the other", u"Q\r\nA. a\r\nB. b\r\nANSWER: B\r\nQ\nA) a\nB) b\nANSWER: b"_s, taken + u'\n' + taken },
+            { "lower case and blanks", u"\n Q \n\n a) a\n\n b)  b \n\nAnswer :  B. \n\n"_s, taken },
+            { "several lines", u"Q\n\nR\nA. a\n1\nB. b\n\n2"_s, missing.arg(1) + u'\n' + missing.arg(8) },
+            { "lines of options", u"Q\n\nR\nA. a\n1\nB.\nb\n2\nANSWER: A"_s, u"Q\n\nR | *a\n1 | b\n2"_s },
+            { "no option of its own", u"A. Smith wrote\nB.C. is\nC. too\nA. a\nC. more\nB. b\nA. A\nANSWER: A"_s,
+              u"A. Smith wrote\nB.C. is\nC. too | *a\nC. more | b\nA. A"_s },
+            { "several right", u"Q\nA. a\nB. b\nC. c\nANSWER: A, C\n\nR\nA. a\nB. b\nANSWER:BA"_s,
+              u"Q | *a | b | *c | multiple\nR | *a | *b | multiple"_s },
+            { "the same twice", u"Q\nA. a\nB. b\nANSWER: B B"_s, taken },
+            { "wrong letters", u"Q\nA. a\nB. b\nANSWER: C\n\nQ\nA. a\nB. b\nANSWER: A;C\nQ\nA. a\nB. b\nANSWER: x y 1"_s,
+              u"1: no option is right\n6: the key \"A;C\" names an option that is not there\n10: no option is right"_s },
+            { "no answer", u"Q\nA. a\nB. b\n\nQ\nA. a\nB. b\nANSWER: B"_s, missing.arg(1) + u'\n' + taken },
+            { "no blank line either", u"Q\nA. a\nB. b\nR\nA. c\nB. d\nANSWER: A"_s, missing.arg(1) },
+            { "the end", u"Q\nA. a\nB. b"_s, missing.arg(1) },
+            { "no options", u"Answer: what?\nANSWER: A\nANSWER: B"_s, u"Answer: what?\n"_s },
+            { "explained", u"Q\nA. a\nB. b\nANSWER: B\nExplanation: e\nf\n\nFEEDBACK: g\nA. a\nB. <b>\nANSWER: B"_s,
+              taken + u" | #e\nf\nFEEDBACK: g | a | *<b>"_s },
+        });
+}
+
 TEST(TextBanksTest, Categories)
 {
     const std::tuple<QString, QString, QString> rows[] = {
@@ -126,6 +155,8 @@ TEST(TextBanksTest, RecognisedByTheirContent)
         { "{}\n\n::t:: Q {T#x}", u"gift"_s },
         { QByteArray("Q\0{\0T\0}\0", 8), u"gift"_s },
         { "A description", {} },
+        { "What is right?\nA. {=a}\nB. {~b}\nANSWER: B", u"aiken"_s },
+        { "A. Smith\nAnswer: yes", {} },
         { "int main() {}\n\nint f()\n{\n    return 0;\n}\n", {} },
         { "a { color: red }\n\n.b::after { ~x }\n\n.c { top: 0 }", {} },
         { "{\"a\": {\"b\": \"=\"}}", {} },
