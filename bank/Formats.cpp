@@ -3,6 +3,7 @@
 
 #include "bank/Gift.h"
 #include "bank/H5p.h"
+#include "bank/Qti1.h"
 
 #include <algorithm>
 
@@ -14,6 +15,7 @@ const std::vector<Format> &Formats()
 {
     static const std::vector<Format> formats = {
         { u"gift"_s, u"GIFT"_s, Gift::Suits, Gift::Read },
+        { u"qti1"_s, u"QTI 1.2"_s, Qti1::Suits, Qti1::Read },
         { u"h5p"_s, u"H5P"_s, H5p::Suits, H5p::Read },
     };
     return formats;
