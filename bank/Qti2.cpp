@@ -2,6 +2,7 @@
 #include "bank/Qti2.h"
 
 #include "bank/Archive.h"
+#include "bank/Passage.h"
 #include "bank/Qti2Content.h"
 #include "bank/Qti2Item.h"
 #include "bank/Qti2Package.h"
@@ -68,6 +69,7 @@ public:
         , m_options(options)
         , m_receiver(receiver)
         , m_tests(source, receiver)
+        , m_passage(receiver)
     {
     }
 
@@ -149,7 +151,7 @@ private:
     {
         for (const ItemRef &ref : m_tests.Items())
             ReadFile(ref);
-        EndDescription();
+        m_passage.End();
     }
 
     void ReadFile(const ItemRef &ref)
@@ -178,8 +180,9 @@ private:
     {
         Bank::Item &item = parsed.Item;
         // What stands before the items of one section ends with it.
-        if (item.Category != m_description.Category)
-            EndDescription();
+        if (item.Category != m_category)
+            m_passage.End();
+        m_category = item.Category;
         const bool isPassage = m_options.HasPassages && parsed.IsDescription;
         QStringList stimuli;
         for (const StimulusRef &ref : parsed.Stimuli) {
@@ -187,40 +190,26 @@ private:
                 stimuli += StimulusOf(ref, item);
         }
         if (isPassage) {
-            TakeDescription(item, Joined(stimuli + QStringList(item.Problem.Source)));
+            m_passage.Take(item.Line, Html(Joined(stimuli + QStringList(item.Problem.Source))), item.Entry);
+            for (const QString &warning : item.Warnings)
+                m_receiver.Warn(item.Line, (item.Entry.isEmpty() ? item.Entry : item.Entry + u": "_s) + warning);
             return;
         }
-        m_description.IsRead = !m_description.Text.isEmpty();
-        item.Passage = Html(Joined(QStringList{ rubric, m_description.Text } + stimuli));
+        m_passage.Give(item);
+        if (item.Refusal.isEmpty())
+            AddToPassage(item, rubric, stimuli);
         item.Files = m_source.Files;
         m_receiver.Add(std::move(item));
     }
 
-    // One behind another is its continuation.
-    void TakeDescription(const Bank::Item &item, const QString &text)
+    void AddToPassage(Bank::Item &item, const QString &before, const QStringList &behind)
     {
-        if (m_description.IsRead)
-            EndDescription();
-        const QString whole = Joined({ m_description.Text, text });
-        if (whole.size() > LongestPassage) {
-            Warn(item, u"a description of more than %1 characters is left out"_s.arg(LongestPassage));
-            return;
-        }
-        for (const QString &warning : item.Warnings)
-            Warn(item, warning);
-        m_description = { item, whole, item.Category, false };
-    }
-
-    void EndDescription()
-    {
-        if (!m_description.Text.isEmpty() && !m_description.IsRead)
-            Warn(m_description.Item, u"no question follows the description"_s);
-        m_description = {};
-    }
-
-    void Warn(const Bank::Item &item, const QString &text)
-    {
-        m_receiver.Warn(item.Line, (item.Entry.isEmpty() ? item.Entry : item.Entry + u": "_s) + text);
+        const QString whole = Joined(QStringList{ before, item.Passage.Source } + behind);
+        m_given += whole.size() - item.Passage.Source.size();
+        if (m_given > Bank::Passage::MostCharacters)
+            item.Refusal = u"its passage is too long to be repeated in every item"_s;
+        else
+            item.Passage = Html(whole);
     }
 
     // The text of the passage; what is lost of it becomes a warning of the item.
@@ -232,14 +221,6 @@ private:
         item.Warnings += stimulus.Warnings;
         return stimulus.Text;
     }
-
-    // Items without questions that are a passage of those behind them.
-    struct Description {
-        Bank::Item Item; // the last one
-        QString Text; // empty for none
-        QString Category;
-        bool IsRead = false; // an item stands behind it
-    };
 
     struct Stimulus {
         QString Text;
@@ -267,7 +248,9 @@ private:
     Bank::Receiver &m_receiver;
     TestReader m_tests;
     QHash<QString, Stimulus> m_stimuli; // by path
-    Description m_description;
+    Bank::Passage m_passage;
+    QString m_category; // of the last item
+    qint64 m_given = 0; // characters of passages that items repeat
 };
 
 }

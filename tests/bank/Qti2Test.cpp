@@ -260,7 +260,7 @@ TEST(Qti2Test, Packages)
                              { u"3.XML"_s, InThree(item) },
                              { u"4.xml"_s, described } },
                            true),
-              u"[<div>d</div><div>d</div>] | <p>s</p> | *a | b | c\n1! 4.xml: no question follows the description"_s);
+              u"[d\n<div>d</div>] | <p>s</p> | *a | b | c\n1! 4.xml: no question follows the description"_s);
 }
 
 TEST(Qti2Test, Recognised)
