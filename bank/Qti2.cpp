@@ -12,6 +12,8 @@
 #include <QHash>
 #include <QRegularExpression>
 
+#include <numeric>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace Qti2 {
@@ -119,10 +121,22 @@ private:
         }
     }
 
+    // The content of a file; nothing when it is not there. Many names can mean the same
+    // file.
+    std::optional<QByteArray> BytesOf(const QString &path)
+    {
+        if (m_read > Bank::Archive::MostBytes)
+            throw Error(InvalidCall, u"more than %1 GB were read before it"_s.arg(Bank::Archive::MostBytes >> 30),
+                        m_source.Name);
+        const auto bytes = m_source.Files && !path.isEmpty() ? m_source.Files->Read(path) : std::nullopt;
+        m_read += bytes ? bytes->size() : 0;
+        return bytes;
+    }
+
     void ReadTest(const QString &path)
     {
         try {
-            if (const auto bytes = m_source.Files ? m_source.Files->Read(path) : std::nullopt)
+            if (const auto bytes = BytesOf(path))
                 m_tests.Read(*bytes, path);
             else
                 m_receiver.Warn(0, u"the test \"%1\" is not there"_s.arg(path));
@@ -158,7 +172,7 @@ private:
     {
         ParsedItem parsed;
         try {
-            const auto bytes = m_source.Files && !ref.Path.isEmpty() ? m_source.Files->Read(ref.Path) : std::nullopt;
+            const auto bytes = BytesOf(ref.Path);
             if (!bytes) {
                 const QString prefix = ref.NamedIn.isEmpty() ? QString() : ref.NamedIn + u": "_s;
                 m_receiver.Warn(ref.Line, u"%1the item \"%2\" is not there"_s.arg(prefix, ref.Name));
@@ -204,12 +218,14 @@ private:
 
     void AddToPassage(Bank::Item &item, const QString &before, const QStringList &behind)
     {
-        const QString whole = Joined(QStringList{ before, item.Passage.Source } + behind);
-        m_given += whole.size() - item.Passage.Source.size();
+        const qint64 added = before.size()
+            + std::accumulate(behind.begin(), behind.end(), qint64(0),
+                              [](qint64 sum, const QString &text) { return sum + text.size(); });
+        m_given += added;
         if (m_given > Bank::Passage::MostCharacters)
             item.Refusal = u"its passage is too long to be repeated in every item"_s;
-        else
-            item.Passage = Html(whole);
+        else if (added > 0)
+            item.Passage = Html(Joined(QStringList{ before, item.Passage.Source } + behind));
     }
 
     // The text of the passage; what is lost of it becomes a warning of the item.
@@ -227,11 +243,11 @@ private:
         QStringList Warnings;
     };
 
-    Stimulus ReadStimulusFile(const StimulusRef &ref) const
+    Stimulus ReadStimulusFile(const StimulusRef &ref)
     {
         const auto lost = [&](const QString &why) { return Stimulus{ {}, { u"its passage \"%1\" %2"_s.arg(ref.Name, why) } }; };
         try {
-            const auto bytes = m_source.Files && !ref.Path.isEmpty() ? m_source.Files->Read(ref.Path) : std::nullopt;
+            const auto bytes = BytesOf(ref.Path);
             if (!bytes)
                 return lost(u"is not there"_s);
             Stimulus stimulus;
@@ -247,6 +263,7 @@ private:
     const Bank::Options &m_options;
     Bank::Receiver &m_receiver;
     TestReader m_tests;
+    qint64 m_read = 0; // bytes
     QHash<QString, Stimulus> m_stimuli; // by path
     Bank::Passage m_passage;
     QString m_category; // of the last item

@@ -92,11 +92,18 @@ QString AttributeOf(const Xml::Reader &reader, QLatin1StringView name)
     return reader.Attribute(QLatin1StringView(other.constData(), other.size())).trimmed();
 }
 
+void Append(QString &text, const QString &part)
+{
+    if (!part.isEmpty())
+        text += text.isEmpty() ? part : u"\n<div>"_s + part + u"</div>"_s;
+}
+
 QString Joined(const QStringList &parts)
 {
-    QStringList filled = parts;
-    filled.removeAll(QString());
-    return filled.size() < 2 ? filled.join(QString()) : u"<div>"_s + filled.join("</div><div>"_L1) + u"</div>"_s;
+    QString text;
+    for (const QString &part : parts)
+        Append(text, part);
+    return text;
 }
 
 Markup::Text Html(const QString &source)

@@ -21,7 +21,8 @@ bool IsOneOf(const Xml::Reader &reader, QLatin1StringView names);
 // The trimmed value of an attribute of the current element; empty when there is none.
 QString AttributeOf(const Xml::Reader &reader, QLatin1StringView name);
 
-// Parts of a text below one another; those that are empty do not count.
+// Appends a part to a text in a paragraph of its own; nothing when it is empty.
+void Append(QString &text, const QString &part);
 QString Joined(const QStringList &parts);
 
 // Makes the content of elements to marked-up texts.

@@ -15,6 +15,7 @@ namespace {
 
 // An option takes far more memory than the element it is written as.
 constexpr size_t MostOptions = 1000;
+constexpr size_t MostStimuli = 20;
 
 constexpr QLatin1StringView Interaction("interaction");
 
@@ -92,10 +93,14 @@ private:
             m_keys.insert(identifier, Key::Of(reader));
         } else if (Is(reader, "outcomeDeclaration"_L1)) {
             const QString identifier = AttributeOf(reader, "identifier"_L1);
-            m_defaults.insert(identifier, Key::Of(reader).Defaults);
+            const QStringList defaults = Key::Of(reader).Defaults;
+            m_defaults.insert(identifier, QSet<QString>(defaults.begin(), defaults.end()));
         } else if (Is(reader, "assessmentStimulusRef"_L1)) {
             const QString reference = AttributeOf(reader, "href"_L1);
-            m_item.Stimuli.push_back({ Bank::PathOf(reference, Folder()), reference });
+            if (m_item.Stimuli.size() < MostStimuli)
+                m_item.Stimuli.push_back({ Bank::PathOf(reference, Folder()), reference });
+            else
+                Warn(u"more than %1 passages: the others are left out"_s.arg(MostStimuli));
             reader.Skip();
         } else if (Is(reader, "itemBody"_L1)) {
             m_stem += Read(reader);
@@ -273,7 +278,7 @@ private:
         QHash<QString, qsizetype> choices;
         for (const QString &choice : m_choices)
             choices.insert(choice, choices.size());
-        QStringList left;
+        QSet<QString> left;
         for (const Feedback &feedback : m_feedback) {
             // It belongs to the choice that it is named like, or that alone is the
             // condition for it.
@@ -286,14 +291,16 @@ private:
             }
             names.append(feedback.Value);
             if (feedback.IsHidden || (its.isEmpty() && std::any_of(names.begin(), names.end(), MeansWrong)))
-                left.append(feedback.Text);
+                left.insert(feedback.Text);
             else if (its.size() == 1)
                 m_feedbackOf[its.first()].append(feedback.Text);
             else
                 m_explanations.append(feedback.Text);
         }
         m_explanations.removeDuplicates();
-        if (std::any_of(left.begin(), left.end(), [&](const QString &text) { return !m_explanations.contains(text); }))
+        for (const QString &text : m_explanations)
+            left.remove(text);
+        if (!left.isEmpty())
             Warn(u"its feedback for wrong answers is left out"_s);
         m_item.Item.Feedback = Html(Joined(m_explanations));
         for (qsizetype i = 0; i < m_feedbackOf.size(); ++i)
@@ -303,7 +310,7 @@ private:
     ParsedItem m_item;
     QString m_stem;
     QHash<QString, Key> m_keys; // by response
-    QHash<QString, QStringList> m_defaults; // by outcome
+    QHash<QString, QSet<QString>> m_defaults; // by outcome
     Processing m_processing;
     bool m_hasTemplate = false;
 

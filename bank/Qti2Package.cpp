@@ -165,6 +165,9 @@ void TestReader::Warn(const Place &place, int line, const QString &text)
 
 void TestReader::Read(const QByteArray &bytes, const QString &path)
 {
+    if (!path.isEmpty() && m_paths.contains(path))
+        return;
+    m_paths.insert(path);
     ReadRoot(bytes, { path, FolderOf(path), {}, {}, 0 });
 }
 
@@ -270,15 +273,14 @@ void TestReader::AddRubric(Xml::Reader &reader, Place &place)
     const Rubric rubric = ReadRubric(reader, content);
     for (const QString &warning : content.Warnings())
         Warn(place, line, warning);
-    const QString whole = Joined({ place.Passage, rubric.Text });
     if (!rubric.IsForCandidates)
         Warn(place, line, u"a rubric that candidates do not see is left out"_s);
     else if (content.HasVariables())
         Warn(place, line, u"a rubric that is made of variables is left out"_s);
-    else if (whole.size() > LongestPassage)
+    else if (place.Passage.size() + rubric.Text.size() > LongestPassage)
         Warn(place, line, u"a rubric of more than %1 characters is left out"_s.arg(LongestPassage));
     else
-        place.Passage = whole;
+        Append(place.Passage, rubric.Text);
 }
 
 }

@@ -9,6 +9,14 @@ namespace Qti2 {
 
 namespace {
 
+// Of one condition, and of one value; none that feedback is written for has more.
+constexpr qsizetype MostValues = 16;
+
+void AddTo(QStringList &values, const QStringList &others)
+{
+    values += others.mid(0, MostValues - values.size());
+}
+
 // The values in an expression.
 struct Operands {
     QStringList Values;
@@ -22,12 +30,12 @@ void ReadOperands(Xml::Reader &reader, Operands &operands)
         while (reader.NextChild())
             ReadOperands(reader, others);
         if (others.HasCorrect)
-            operands.Values.append(Processing::Incorrect);
+            AddTo(operands.Values, { Processing::Incorrect });
         return;
     }
     operands.HasCorrect = operands.HasCorrect || Is(reader, "correct"_L1);
     if (Is(reader, "baseValue"_L1)) {
-        operands.Values.append(reader.Text().trimmed());
+        AddTo(operands.Values, { reader.Text().trimmed() });
         return;
     }
     while (reader.NextChild())
@@ -54,7 +62,7 @@ public:
             Operands set;
             ReadOperands(reader, set);
             for (const QString &value : set.Values)
-                m_processing.Conditions[value] += condition;
+                AddTo(m_processing.Conditions[value], condition);
         } else if (Is(reader, "responseCondition"_L1)) {
             ReadCondition(reader, condition);
         } else {

@@ -206,7 +206,7 @@ TEST(Qti2Test, Feedback)
               u"<p>s</p> | *a | b | c | its feedback for wrong answers is left out"_s },
             { "right and wrong alike",
               Asked() + modal(u"correct"_s, u"x"_s) + modal(u"incorrect"_s, u"x"_s) + modal(u"solution"_s, u"y"_s),
-              u"<p>s</p> | *a | b | c | #<div>x</div><div>y</div>"_s },
+              u"<p>s</p> | *a | b | c | #x\n<div>y</div>"_s },
             { "seen at first", block.arg(u"show"_s, u"first"_s, Abc), u"x | *a | b | c"_s },
             { "seen until", block.arg(u"hide"_s, u"later"_s, Abc), u"x | *a | b | c"_s },
             { "seen afterwards", block.arg(u"show"_s, u"later"_s, Abc), u"*a | b | c | #x"_s },
@@ -246,7 +246,7 @@ TEST(Qti2Test, Packages)
               "1! x/tests/test.xml: a section picks some of its items; all are taken\n"
               "0! x/imsmanifest.xml: items of QTI 1 are left out (old.xml)\n"
               "name: \n"
-              "[<div>r</div><div><img src=\"x/texts/q.png\" alt=\"\"></div>] | <img src=\"x/items/p.png\" "
+              "[r\n<div><img src=\"x/texts/q.png\" alt=\"\"></div>] | <img src=\"x/items/p.png\" "
               "alt=\"\"> | *a | b | c | in S/U\n"
               "2! x/tests/test.xml: the item \"none.xml\" is not there\n"
               "[r] | <p>s</p> | *a | b | c | in S/V\n"
