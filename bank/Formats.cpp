@@ -6,6 +6,8 @@
 #include "bank/H5p.h"
 #include "bank/MoodleXml.h"
 #include "bank/Table.h"
+#include "bank/Qti1.h"
+#include "bank/Qti2.h"
 
 #include <algorithm>
 
@@ -17,6 +19,10 @@ const std::vector<Format> &Formats()
 {
     static const std::vector<Format> formats = {
         { u"moodle"_s, u"Moodle XML"_s, MoodleXml::Suits, MoodleXml::Read },
+        { u"aiken"_s, u"Aiken"_s, Aiken::Suits, Aiken::Read },
+        { u"gift"_s, u"GIFT"_s, Gift::Suits, Gift::Read },
+        { u"qti2"_s, u"QTI 2/3"_s, Qti2::Suits, Qti2::Read },
+        { u"qti1"_s, u"QTI 1.2"_s, Qti1::Suits, Qti1::Read },
         { u"h5p"_s, u"H5P"_s, H5p::Suits, H5p::Read },
         { u"aiken"_s, u"Aiken"_s, Aiken::Suits, Aiken::Read },
         { u"csv"_s, u"CSV"_s, Table::Suits, Table::Read },
@@ -35,15 +41,6 @@ const Format *FormatOf(const Source &source)
 {
     const auto found = std::find_if(Formats().begin(), Formats().end(), [&](const Format &each) { return each.Suits(source); });
     return found == Formats().end() ? nullptr : &*found;
-}
-
-QString KindOf(const Source &source)
-{
-    if (source.Bytes.isEmpty())
-        return u"an empty file"_s;
-    if (source.Bytes.startsWith("%PDF-"))
-        return u"a PDF document"_s;
-    return source.Bytes.first(std::min<qsizetype>(source.Bytes.size(), 4096)).contains('\0') ? u"a binary file"_s : u"a text"_s;
 }
 
 }

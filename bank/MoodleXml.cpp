@@ -19,6 +19,8 @@ namespace {
 constexpr double FullCredit = 100;
 // An option takes far more memory than the element it is written as.
 constexpr size_t MostOptions = 1000;
+// Characters of an unknown type.
+constexpr qsizetype MostShown = 60;
 
 // Where the files of a text are, in its references to them.
 constexpr QLatin1StringView FileMark = "@@PLUGINFILE@@/"_L1;
@@ -51,7 +53,8 @@ QString RefusalOf(const QString &type)
         if (type == name)
             return refusal;
     }
-    return type.isEmpty() ? u"a question without a type"_s : u"a question of the type \"%1\" is not known"_s.arg(type);
+    return type.isEmpty() ? u"a question without a type"_s
+                          : u"a question of the type \"%1\" is not known"_s.arg(type.left(MostShown).simplified());
 }
 
 // Of the attribute "format"; the fallback where it says nothing known.
