@@ -59,7 +59,10 @@ QByteArray Decoded(QByteArray bytes, const QString &source)
         QStringDecoder decoder(*wide);
         bytes = QString(decoder(bytes)).toUtf8();
     } else {
-        const QString encoding = DeclarationOf(bytes).Encoding;
+        QString encoding = DeclarationOf(bytes).Encoding;
+        // A declaration that can be read here is not in UTF-16, whatever it says.
+        if (Bank::UnicodeOf(encoding))
+            encoding.clear();
         const std::optional<QByteArray> utf8 = Bank::ToUtf8(bytes, encoding);
         if (!utf8)
             throw Error(InvalidCall, u"line 1: the encoding \"%1\" is not known"_s.arg(encoding), source);

@@ -62,6 +62,7 @@ TEST(XmlTest, ElementByElement)
         { Declared("iso-8859-1", "\x93\xE4"), u"text2(“ä)"_s },
         { Declared("KOI8-R", "\xD6"), u"text2(ж)"_s },
         { Declared("Shift_JIS", "\x93\xFA"), u"text2(日)"_s },
+        { Declared("UTF-16", "\xC3\xA4"), u"text2(ä)"_s },
         { Declared("x-own", "a"), u" line 1: the encoding \"x-own\" is not known"_s },
     };
     for (const auto &[bytes, outline] : rows)
