@@ -17,7 +17,7 @@ namespace {
 // A name as it is quoted in a message.
 QString Quoted(const QString &name)
 {
-    return u'"' + name.left(200) + u'"';
+    return u'"' + name.left(200).simplified() + u'"';
 }
 
 // The path of a name in an archive; nothing when it is absolute or leads out.
