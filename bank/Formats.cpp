@@ -4,6 +4,7 @@
 #include "bank/Aiken.h"
 #include "bank/Gift.h"
 #include "bank/H5p.h"
+#include "bank/MoodleXml.h"
 #include "bank/Qti1.h"
 
 #include <algorithm>
@@ -15,6 +16,7 @@ namespace Bank {
 const std::vector<Format> &Formats()
 {
     static const std::vector<Format> formats = {
+        { u"moodle"_s, u"Moodle XML"_s, MoodleXml::Suits, MoodleXml::Read },
         { u"aiken"_s, u"Aiken"_s, Aiken::Suits, Aiken::Read },
         { u"gift"_s, u"GIFT"_s, Gift::Suits, Gift::Read },
         { u"qti1"_s, u"QTI 1.2"_s, Qti1::Suits, Qti1::Read },

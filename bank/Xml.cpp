@@ -17,11 +17,15 @@ namespace Xml {
 namespace {
 
 constexpr qsizetype BeginningLength = 64 * 1024;
+// Characters of a message, which can quote the document.
+constexpr qsizetype MostShown = 200;
 
-// The declaration at the head of a document, with the encoding that it names.
+// The declaration at the head of a document.
 struct Declaration {
     qsizetype Length = 0; // 0 when there is none
-    QString Encoding;
+    QString Encoding; // empty when it names none
+    // Of XML 1.0 in UTF-8.
+    bool IsUsual = true;
 };
 
 // Of a document whose declaration is readable as ASCII.
@@ -32,9 +36,12 @@ Declaration DeclarationOf(const QByteArray &bytes)
     const qsizetype end = bytes.first(std::min<qsizetype>(bytes.size(), 1024)).indexOf("?>");
     if (end < 0)
         return {};
-    static const QRegularExpression encoding(u"\\bencoding\\s*=\\s*[\"']([^\"']*)[\"']"_s);
+    static const QRegularExpression usual(u"^<\\?xml\\s+version\\s*=\\s*[\"']1\\.0[\"']"_s);
+    static const QRegularExpression encoding(u"\\bencoding\\s*=\\s*[\"']\\s*([\\w.:-]{1,40})\\s*[\"']"_s);
     const QString text = QString::fromLatin1(bytes.first(end));
-    return { end + 2, encoding.match(text).captured(1) };
+    Declaration declaration{ end + 2, encoding.match(text).captured(1) };
+    declaration.IsUsual = usual.match(text).hasMatch() && declaration.Encoding.compare("utf-8"_L1, Qt::CaseInsensitive) == 0;
+    return declaration;
 }
 
 // UTF-16 without a byte order mark: its first character is a "<".
@@ -44,8 +51,8 @@ std::optional<QStringConverter::Encoding> WideEncodingOf(const QByteArray &bytes
     return encoding == QStringConverter::Utf8 ? std::nullopt : encoding;
 }
 
-// The document as UTF-8; its declaration, which may name another encoding or version
-// that makes no difference, is blank.
+// The document as UTF-8. A declaration that would have the parser decode it again, or
+// refuse it for a version that makes no difference, is blank.
 QByteArray Decoded(QByteArray bytes, const QString &source)
 {
     if (const auto wide = WideEncodingOf(bytes)) {
@@ -58,7 +65,7 @@ QByteArray Decoded(QByteArray bytes, const QString &source)
             throw Error(InvalidCall, u"line 1: the encoding \"%1\" is not known"_s.arg(encoding), source);
         bytes = *utf8;
     }
-    if (const Declaration declaration = DeclarationOf(bytes); declaration.Length > 0) {
+    if (const Declaration declaration = DeclarationOf(bytes); declaration.Length > 0 && !declaration.IsUsual) {
         const qsizetype lines = bytes.first(declaration.Length).count('\n');
         bytes.replace(0, declaration.Length, QByteArray(lines, '\n') + QByteArray(declaration.Length - lines, ' '));
     }
@@ -82,13 +89,9 @@ public:
     {
         while (m_problem.isEmpty() && (m_at = To('<', m_at)) < m_end) {
             const char *tag = m_at;
-            if (Starts("<!--"))
-                GoBehind("-->");
-            else if (Starts("<![CDATA["))
-                GoBehind("]]>");
-            else if (Starts("<?"))
-                GoBehind("?>");
-            else if (Starts("<!"))
+            if (Pass("<!--", "-->") || Pass("<![CDATA[", "]]>") || Pass("<?", "?>"))
+                continue;
+            if (Starts("<!"))
                 PassDocumentType();
             else
                 PassTag();
@@ -112,16 +115,18 @@ private:
         return m_end - m_at >= text.size() && std::memcmp(m_at, text.data(), static_cast<size_t>(text.size())) == 0;
     }
 
-    void GoBehind(QByteArrayView text)
+    bool Pass(QByteArrayView opening, QByteArrayView closing)
     {
-        m_at += text.size();
-        for (; m_at < m_end; ++m_at) {
-            m_at = To(text.front(), m_at);
-            if (Starts(text)) {
-                m_at += text.size();
-                return;
+        if (!Starts(opening))
+            return false;
+        m_at += opening.size();
+        for (m_at = To(closing.front(), m_at); m_at < m_end; m_at = To(closing.front(), m_at + 1)) {
+            if (Starts(closing)) {
+                m_at += closing.size();
+                break;
             }
         }
+        return true;
     }
 
     void PassDocumentType()
@@ -213,7 +218,8 @@ Reader::Reader(const QByteArray &bytes, QString source)
 
 void Reader::FailAt(qint64 line, const QString &text) const
 {
-    throw Error(InvalidCall, u"line %1: %2"_s.arg(line).arg(text), m_source);
+    const QString shown = text.size() <= MostShown ? text : text.first(MostShown) + u"..."_s;
+    throw Error(InvalidCall, u"line %1: %2"_s.arg(line).arg(shown.simplified()), m_source);
 }
 
 void Reader::Fail(const QString &text) const
@@ -282,8 +288,33 @@ QString Reader::Text()
 
 QString Reader::Markup(const Replacement &replacement)
 {
-    const size_t depth = m_namespaces.size();
     QString markup;
+    ReadMarkup(markup, m_namespaces.size(), replacement);
+    return markup;
+}
+
+QString Reader::TextOrMarkup(bool &isMarkup)
+{
+    const size_t depth = m_namespaces.size();
+    QString text;
+    isMarkup = false;
+    while (m_namespaces.size() >= depth) {
+        const QXmlStreamReader::TokenType token = Next();
+        if (token == QXmlStreamReader::Characters) {
+            text += m_reader.text();
+        } else if (token == QXmlStreamReader::StartElement) {
+            isMarkup = true;
+            text = text.toHtmlEscaped();
+            AppendStartTag(text, m_reader);
+            ReadMarkup(text, depth, {});
+        }
+    }
+    return text;
+}
+
+// Reads on to the end of the element of that depth.
+void Reader::ReadMarkup(QString &markup, size_t depth, const Replacement &replacement)
+{
     while (m_namespaces.size() >= depth) {
         const QXmlStreamReader::TokenType token = Next();
         if (token == QXmlStreamReader::Characters)
@@ -293,7 +324,6 @@ QString Reader::Markup(const Replacement &replacement)
         else if (token == QXmlStreamReader::EndElement && m_namespaces.size() >= depth && !IsVoid(m_reader.name()))
             markup += u"</"_s + m_reader.name().toString() + u'>';
     }
-    return markup;
 }
 
 }

@@ -50,7 +50,7 @@ public:
     // Goes to the next child of the current element, which becomes the current one;
     // or to the end of the current element, and returns false. Every child must be
     // read to its end before the next one: by NextChild until it returns false, by
-    // Skip, Text or Markup.
+    // Skip, Text, Markup or TextOrMarkup.
     bool NextChild();
     // These read on to the end of the current element.
     void Skip();
@@ -63,6 +63,8 @@ public:
     // Its content as the source text of HTML: tags without prefixes and declarations
     // of namespaces, escaped characters, no comments.
     QString Markup(const Replacement &replacement = {});
+    // Its characters; with elements in it, its markup.
+    QString TextOrMarkup(bool &isMarkup);
 
     // Of the current element: its local name, its namespace, both until the next
     // element is read; the attribute of a name as it is written, with its prefix
@@ -79,6 +81,7 @@ public:
 
 private:
     QXmlStreamReader::TokenType Next();
+    void ReadMarkup(QString &markup, size_t depth, const Replacement &replacement);
     void Enter();
     [[noreturn]] void FailAt(qint64 line, const QString &text) const;
 
