@@ -76,6 +76,8 @@ QByteArray Decoded(QByteArray bytes, const QString &source)
     return bytes;
 }
 
+const QString TooLong = u"a text is longer than %1 MB"_s.arg(MostText >> 20);
+
 // What must not reach the parser, which takes it in at once and in a time that grows
 // by its square, or by what it declares.
 class Guard {
@@ -91,18 +93,22 @@ public:
     // there is none.
     qsizetype Find()
     {
-        while (m_problem.isEmpty() && (m_at = To('<', m_at)) < m_end) {
+        while (true) {
+            const char *text = m_at;
+            m_at = To('<', m_at);
             const char *tag = m_at;
-            if (Pass("<!--", "-->") || Pass("<![CDATA[", "]]>") || Pass("<?", "?>"))
-                continue;
-            if (Starts("<!"))
-                PassDocumentType();
-            else
-                PassTag();
+            if (tag - text > MostText) {
+                m_problem = TooLong;
+                return text - m_begin;
+            }
+            if (tag == m_end)
+                return m_end - m_begin;
+            PassOne();
+            if (m_at - tag > MostText)
+                m_problem = TooLong;
             if (!m_problem.isEmpty())
                 return tag - m_begin;
         }
-        return m_end - m_begin;
     }
 
     const QString &Problem() const { return m_problem; }
@@ -131,6 +137,17 @@ private:
             }
         }
         return true;
+    }
+
+    // What begins with this "<".
+    void PassOne()
+    {
+        if (Pass("<!--", "-->") || Pass("<![CDATA[", "]]>") || Pass("<?", "?>"))
+            return;
+        if (Starts("<!"))
+            PassDocumentType();
+        else
+            PassTag();
     }
 
     void PassDocumentType()
@@ -240,6 +257,12 @@ void Reader::Fail(const QString &text) const
     FailAt(m_reader.lineNumber(), text);
 }
 
+void Reader::CheckLength(const QString &text) const
+{
+    if (text.size() > MostText)
+        Fail(TooLong);
+}
+
 void Reader::Enter()
 {
     const int declared = static_cast<int>(m_reader.namespaceDeclarations().size());
@@ -297,6 +320,7 @@ QString Reader::Text()
     while (m_namespaces.size() >= depth) {
         if (Next() == QXmlStreamReader::Characters)
             text += m_reader.text();
+        CheckLength(text);
     }
     return text;
 }
@@ -317,6 +341,7 @@ QString Reader::TextOrMarkup(bool &isMarkup)
         const QXmlStreamReader::TokenType token = Next();
         if (token == QXmlStreamReader::Characters) {
             text += m_reader.text();
+            CheckLength(text);
         } else if (token == QXmlStreamReader::StartElement) {
             isMarkup = true;
             text = text.toHtmlEscaped();
@@ -338,6 +363,7 @@ void Reader::ReadMarkup(QString &markup, size_t depth, const Replacement &replac
             AppendStartTag(markup, m_reader);
         else if (token == QXmlStreamReader::EndElement && m_namespaces.size() >= depth && !IsVoid(m_reader.name()))
             markup += u"</"_s + m_reader.name().toString() + u'>';
+        CheckLength(markup);
     }
 }
 
