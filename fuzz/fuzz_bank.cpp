@@ -110,8 +110,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         Require(!Bank::KindOf(source).isEmpty(), "a kind");
     });
     Bank::Options options;
-    // Both ways, without a second input.
+    // All ways, without a second input.
     options.HasPassages = size % 2 == 1;
+    if (size % 3 == 0)
+        options.Columns = u"question=1,options=2-4,key=5"_s;
+    if (size % 5 == 0)
+        options.Encoding = u"windows-1251"_s;
     Reader reader;
     AllowRefusal([&] { format->Read(source, options, reader); });
     return 0;
