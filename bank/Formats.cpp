@@ -5,6 +5,7 @@
 #include "bank/Gift.h"
 #include "bank/H5p.h"
 #include "bank/MoodleXml.h"
+#include "bank/Qti1.h"
 #include "bank/Table.h"
 
 #include <algorithm>
@@ -16,6 +17,7 @@ namespace Bank {
 const std::vector<Format> &Formats()
 {
     static const std::vector<Format> formats = {
+        { u"qti1"_s, u"QTI 1.2"_s, Qti1::Suits, Qti1::Read },
         { u"moodle"_s, u"Moodle XML"_s, MoodleXml::Suits, MoodleXml::Read },
         { u"h5p"_s, u"H5P"_s, H5p::Suits, H5p::Read },
         { u"aiken"_s, u"Aiken"_s, Aiken::Suits, Aiken::Read },

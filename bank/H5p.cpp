@@ -2,6 +2,7 @@
 #include "bank/H5p.h"
 
 #include "bank/Archive.h"
+#include "bank/Passage.h"
 #include "common/Error.h"
 
 #include <QJsonArray>
@@ -75,12 +76,18 @@ public:
         : m_files(std::make_shared<Bank::FilesBelow>(source.Files, folder.isEmpty() ? u"content"_s : folder + u"/content"_s))
         , m_options(options)
         , m_receiver(receiver)
+        , m_passage(receiver)
     {
     }
 
-    void Read(const Content &content, int depth = 0);
+    void ReadAll(const Content &content)
+    {
+        Read(content, 0);
+        m_passage.End();
+    }
 
 private:
+    void Read(const Content &content, int depth);
     void ReadNested(const QJsonValue &value, int depth);
     void ReadChoice(const Content &content);
     void ReadTrueFalse(const Content &content);
@@ -94,7 +101,7 @@ private:
     const std::shared_ptr<const Bank::Files> m_files;
     const Bank::Options &m_options;
     Bank::Receiver &m_receiver;
-    Markup::Text m_passage;
+    Bank::Passage m_passage;
     int m_count = 0;
 };
 
@@ -139,12 +146,12 @@ void Reader::Refuse(const Content &content, const QString &refusal)
 {
     const bool isText = content.Params.contains("text"_L1) && content.Library.endsWith("Text"_L1);
     if (isText && m_options.HasPassages) {
-        m_passage = Html(content.Params.value("text"_L1));
+        m_passage.Take(m_count + 1, Html(content.Params.value("text"_L1)));
         return;
     }
     Bank::Item item = Begin(content);
     item.Refusal = refusal;
-    m_receiver.Add(std::move(item));
+    Add(std::move(item));
 }
 
 Bank::Item Reader::Begin(const Content &content)
@@ -152,15 +159,15 @@ Bank::Item Reader::Begin(const Content &content)
     Bank::Item item;
     item.Line = ++m_count;
     item.Title = content.Title;
-    item.Passage = m_passage;
     item.Files = m_files;
     return item;
 }
 
 void Reader::Add(Bank::Item &&item)
 {
-    if (item.Options.empty())
+    if (item.Refusal.isEmpty() && item.Options.empty())
         item.Refusal = u"it has no options"_s;
+    m_passage.Give(item);
     m_receiver.Add(std::move(item));
 }
 
@@ -297,7 +304,7 @@ void Read(const Bank::Source &source, const Bank::Options &options, Bank::Receiv
         content.Library = description.value("mainLibrary"_L1).toString();
     }
     content.Params = Parse(source, (folder.isEmpty() ? QString() : folder + u'/') + u"content/content.json"_s);
-    Reader(source, folder, options, receiver).Read(content);
+    Reader(source, folder, options, receiver).ReadAll(content);
 }
 
 }
