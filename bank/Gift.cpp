@@ -5,6 +5,7 @@
 #include "bank/Decode.h"
 #include "bank/GiftBlock.h"
 #include "bank/GiftLines.h"
+#include "bank/Passage.h"
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -80,6 +81,7 @@ public:
         : m_source(source)
         , m_options(options)
         , m_receiver(receiver)
+        , m_passage(receiver)
     {
     }
 
@@ -107,24 +109,19 @@ public:
             : piece.IsAmbiguous ? u"more than one exhibit is named"_s
             : isDescription     ? u"a description without answers is no question"_s
                                 : ReadQuestion(item, text);
-        if (item.Refusal.isEmpty()) {
-            item.Passage = m_passage;
-            if (!item.Exhibit)
-                item.Exhibit = m_passageExhibit;
-        }
-        m_isPassageRead = m_passageLine != 0;
+        if (!item.Exhibit)
+            item.Exhibit = m_passageExhibit;
+        m_isPassagePending = false;
+        m_passage.Give(item);
         m_receiver.Add(std::move(item));
     }
 
-    // Nothing follows the last passage.
+    // What the last passage belongs to ends.
     void EndPassage()
     {
-        if (m_passageLine != 0 && !m_isPassageRead)
-            m_receiver.Warn(m_passageLine, u"no question follows the description"_s);
-        m_passage = {};
+        m_passage.End();
         m_passageExhibit.reset();
-        m_passageLine = 0;
-        m_isPassageRead = false;
+        m_isPassagePending = false;
     }
 
 private:
@@ -141,15 +138,9 @@ private:
     // The paragraphs of a passage are parted by blank lines, as items are.
     void TakePassage(const GiftLines::Piece &piece, QStringView text)
     {
-        const Markup::Text passage = GiftBlock::Formatted(text, Markup::Kind::Moodle);
-        const bool isContinued = m_passageLine != 0 && !m_isPassageRead && passage.Kind == m_passage.Kind;
-        if (!isContinued) {
-            EndPassage();
-            m_passageLine = piece.Line;
-            m_passage = passage;
-        } else {
-            m_passage.Source += u"\n\n"_s + passage.Source;
-        }
+        if (!std::exchange(m_isPassagePending, true))
+            m_passageExhibit.reset();
+        m_passage.Take(piece.Line, GiftBlock::Formatted(text, Markup::Kind::Moodle));
         if (piece.Exhibit)
             m_passageExhibit = piece.Exhibit;
     }
@@ -175,10 +166,9 @@ private:
     Bank::Receiver &m_receiver;
     QString m_category;
     bool m_hasCategory = false;
-    Markup::Text m_passage;
-    std::optional<QString> m_passageExhibit;
-    int m_passageLine = 0; // 0: no passage
-    bool m_isPassageRead = false; // an item follows it
+    Bank::Passage m_passage;
+    std::optional<QString> m_passageExhibit; // that its description names
+    bool m_isPassagePending = false; // no item follows yet
 };
 
 }

@@ -22,8 +22,8 @@ using TableColumns::Columns;
 
 constexpr qsizetype SampleCharacters = 64 * 1024;
 constexpr int SampleRecords = 50;
-// An option takes far more memory than the mark it is written with.
-constexpr size_t MostOptions = 1000;
+// Each part of a key is looked for among the options.
+constexpr size_t MostOptions = 100;
 
 // How the text of a table is cut into records.
 struct Layout {
@@ -176,7 +176,7 @@ private:
             FillOptions(record);
             if (m_cells.empty())
                 truths += TableKey::TruthOf(key, m_options) ? 1 : 0;
-            else
+            else if (m_cells.size() <= MostOptions)
                 m_keys->Learn(key, m_cells);
             // A first row that is no question holds names, even if none is known.
             QStringList warnings;

@@ -75,9 +75,8 @@ TEST(TextBanksTest, Gift)
                      u"T | Wahr | *Falsch | in A"_s },
                    { "of two paragraphs", u"// [exhibit:p.png]\n::t::P\n\nP2\n\nQ {T}\n\n// [exhibit:q.png]\nR {T}"_s,
                      u"[P\n\nP2] | Q | *Wahr | Falsch | exhibit p.png\n[P\n\nP2] | R | *Wahr | Falsch | exhibit q.png"_s },
-                   { "for nothing", u"P\n\n$CATEGORY:A\nR\n\n[html]S"_s,
-                     u"1! no question follows the description\nname: A\n4! no question follows the description\n"
-                     u"6! no question follows the description"_s },
+                   { "for nothing", u"P\n\n$CATEGORY:A\nR\n\nS"_s,
+                     u"1! no question follows the description\nname: A\n4! no question follows the description"_s },
                    { "too many braces", u"P }"_s, u"1: a \"}\" without its \"{\""_s },
                });
 }
@@ -156,9 +155,9 @@ TEST(TextBanksTest, Tables)
               u"Q | *True | False\nQ | *True | False\nQ | True | *False\nQ | *true | false\n"_s
               u"6: a short-answer question has no options\n7: an essay question has no options"_s },
             { "all options in a cell",
-              u"Prompt,Options,Answer\nQ,\"a\n\nb\",b\nQ,a|b, B\nQ,,true\nQ,a;b,2\nQ,"_s + u"|a"_s.repeated(1001),
+              u"Prompt,Options,Answer\nQ,\"a\n\nb\",b\nQ,a|b, B\nQ,,true\nQ,a;b,2\nQ,"_s + u"|a"_s.repeated(101),
               u"Q | a | *b\nQ | a | *b\nQ | *True | False\nQ | a | *b | the key \"2\" is not written as the others are\n"_s
-              u"8: it has more than 1000 options"_s },
+              u"8: it has more than 100 options"_s },
             { "pictures", u"Text,A,B,Key,Image\nQ,a,b,B,x y.png\nQ,a,b,B,x y.png; i/z.png"_s,
               taken + u" | exhibit x y.png\nQ\n<img src=\"x%20y.png\">\n<img src=\"i/z.png\"> | a | *b"_s },
             { "no key", u"Question;A;B;C"_s, unknown.arg(u"a key"_s, u"\"Question\", \"A\", \"B\", \"C\""_s) },
