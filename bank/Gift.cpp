@@ -53,17 +53,25 @@ QString Stem(QStringView before, QStringView behind)
     return stem += behind;
 }
 
-// Why a text with more than the braces of one answer block, which ends at that place,
-// is no item; empty when it has no others.
-QString FaultOfBraces(QStringView text, qsizetype close)
+// What stands between the "{" at that place and the next "}", or the end.
+QStringView BlockAt(QStringView text, qsizetype open)
 {
-    if (const qsizetype next = text.indexOf(u'{', close); next >= 0) {
-        return text.sliced(close, next - close).contains(u'\n')
-            ? u"more than one answer block (is a blank line missing between two questions?)"_s
-            : EmbeddedAnswers.toString();
-    }
-    return text.indexOf(u'}', close + 1) < 0 ? QString()
-                                             : u"more than one \"}\" (write \"\\{\" and \"\\}\" for braces in a text)"_s;
+    const qsizetype close = text.indexOf(u'}', open);
+    return text.sliced(open + 1, (close < 0 ? text.size() : close) - open - 1);
+}
+
+// Why a text with more than the braces of its first block, which ends at that place,
+// is no item; empty when it has no others.
+QString FaultOfBraces(QStringView text, qsizetype open, qsizetype close)
+{
+    const qsizetype next = text.indexOf(u'{', close);
+    if (next < 0 && text.indexOf(u'}', close + 1) < 0)
+        return {};
+    if (next < 0 || !GiftBlock::IsAnswer(BlockAt(text, open)) || !GiftBlock::IsAnswer(BlockAt(text, next)))
+        return u"more than one \"}\" (write \"\\{\" and \"\\}\" for braces in a text)"_s;
+    return text.sliced(close, next - close).contains(u'\n')
+        ? u"more than one answer block (is a blank line missing between two questions?)"_s
+        : EmbeddedAnswers.toString();
 }
 
 bool HasEmbedded(QStringView text)
@@ -155,7 +163,7 @@ private:
             return EmbeddedAnswers.toString();
         if (close < 0)
             return u"the answer block is not closed"_s;
-        if (const QString fault = FaultOfBraces(text, close); !fault.isEmpty())
+        if (const QString fault = FaultOfBraces(text, open, close); !fault.isEmpty())
             return fault;
         item.Problem = GiftBlock::Formatted(Stem(text.first(open), text.sliced(close + 1)), Markup::Kind::Moodle);
         return GiftBlock::Read(item, text.sliced(open + 1, close - open - 1), m_options);
@@ -185,16 +193,17 @@ bool Suits(const Bank::Source &source)
     GiftLines::Cut(text, [&](const GiftLines::Piece &piece) {
         if (piece.Category)
             ++answers;
-        const qsizetype open = piece.Text.indexOf(u'{');
-        if (open < 0)
-            return;
-        const qsizetype close = piece.Text.indexOf(u'}', open);
-        const QStringView block = piece.Text.sliced(open + 1, (close < 0 ? piece.Text.size() : close) - open - 1);
-        // An empty one is an essay's, and nothing in many other languages.
-        if (GiftBlock::IsAnswer(block))
-            ++answers;
-        else if (!block.trimmed().isEmpty())
-            ++others;
+        bool isAnswer = piece.Text.trimmed().startsWith(u"::") && piece.Text.contains(u'{');
+        bool isOther = false;
+        for (qsizetype open = piece.Text.indexOf(u'{'); open >= 0 && !isAnswer;) {
+            const QStringView block = BlockAt(piece.Text, open);
+            isAnswer = GiftBlock::IsAnswer(block);
+            // An empty one is an essay's, and nothing in many other languages.
+            isOther = isOther || !block.trimmed().isEmpty();
+            open = piece.Text.indexOf(u'{', open + 1 + block.size());
+        }
+        answers += isAnswer ? 1 : 0;
+        others += isOther && !isAnswer ? 1 : 0;
     });
     return answers > others;
 }

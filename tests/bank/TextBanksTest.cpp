@@ -40,6 +40,7 @@ QString Decoded(const QByteArray &bytes, const QString &encoding)
 TEST(TextBanksTest, Gift)
 {
     const QString embedded = u"1: an embedded-answers question (Cloze) has its options inside the text"_s;
+    const QString braces = u"more than one \"}\" (write \"\\{\" and \"\\}\" for braces in a text)"_s;
     const QString severalRight = u"1: several answers are right alone"_s;
     const QString orSign = u" (write \"\\=\" for an equals sign in a text)"_s;
     const QString sign = u" | option 2 begins at an \"=\" that may be a sign in a text (write \"\\=\" for it)"_s;
@@ -52,6 +53,8 @@ TEST(TextBanksTest, Gift)
                    { "embedded", u"A {1:MULTICHOICE:=a~b} c {:SA:x}"_s, embedded },
                    { "embedded alone", u"A {:NM:=3\\:1}"_s, embedded },
                    { "two in a line", u"A {#3} and {#4}."_s, embedded },
+                   { "braces of a formula", u"Q \\frac{a}{b} {=x ~y}\n\nR {=x ~y} {z}"_s,
+                     u"1: "_s + braces + u"\n3: "_s + braces },
                    { "no type", u"A {1:b:c}"_s, u"1: the answer block begins with neither \"=\" nor \"~\""_s },
                    { "signs", u"Q {\n=x=5\n~x=4\n}"_s, severalRight + orSign },
                    { "apart signs", u"Q {=x = 5 ~y = 3}"_s, severalRight + orSign },
@@ -241,7 +244,9 @@ TEST(TextBanksTest, RecognisedByTheirContent)
         { "\xEF\xBB\xBF// by me\n\nQ {=a ~b}", u"gift"_s },
         { "$CATEGORY: a\n", u"gift"_s },
         { "Q {\n=a\n~b\n", u"gift"_s },
-        { "{}\n\n::t:: Q {T#x}", u"gift"_s },
+        { "{}\n\n::t:: Q {}", u"gift"_s },
+        { "Q \\frac{a}{b} {=x ~y}\n", u"gift"_s },
+        { "\\frac{a}{b} \\x{c}\n", {} },
         { QByteArray("Q\0{\0T\0}\0", 8), u"gift"_s },
         { "A description", {} },
         { "\xEF\xBB\xBF\"Question\"\t\"A\"\t\"B\"\t\"Correct\"\n", u"csv"_s },
