@@ -161,6 +161,15 @@ TEST(TextBanksTest, Tables)
               u"Prompt,Options,Answer\nQ,\"a\n\nb\",b\nQ,a|b, B\nQ,,true\nQ,a;b,2\nQ,"_s + u"|a"_s.repeated(101),
               u"Q | a | *b\nQ | a | *b\nQ | *True | False\nQ | a | *b | the key \"2\" is not written as the others are\n"_s
               u"8: it has more than 100 options"_s },
+            { "distractors",
+              u"Question #,Question,Correct Answer,Distractor 1,Distractor 2\n1,Q,a,b,c\n2,Q,,b,c\n3,Q,true,,\n"_s,
+              u"1! the right option is the first of every item (--shuffle options mixes them)\nQ | *a | b | c\n"_s
+              u"3: no option is right\nQ | *True | False"_s },
+            { "names with remarks",
+              u"Question - max 120,Answer 1 - max 75,Answer 2 - max 75,Time limit (sec),Correct answer(s) - choose\nQ,a,b,20,2"_s,
+              taken },
+            { "letters beside answers", u"stem,A,B,Answer 1,key\nQ,a,b,x,B"_s,
+              u"1! columns that are not read: \"Answer 1\"\n"_s + taken },
             { "pictures", u"Text,A,B,Key,Image\nQ,a,b,B,x y.png\nQ,a,b,B,x y.png; i/z.png"_s,
               taken + u" | exhibit x y.png\nQ\n<img src=\"x%20y.png\">\n<img src=\"i/z.png\"> | a | *b"_s },
             { "no key", u"Question;A;B;C"_s, unknown.arg(u"a key"_s, u"\"Question\", \"A\", \"B\", \"C\""_s) },
