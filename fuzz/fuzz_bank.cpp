@@ -130,5 +130,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         if (Bank::Archive::Suits(bytes))
             ReadAs({ u"archive"_s, bytes, std::make_shared<Bank::Archive>(bytes, u"archive"_s) }, hasPassages);
     });
+    const Bank::Source source{ u"bank"_s, bytes, std::make_shared<SameFiles>(bytes) };
+    static const Bank::Format *format = Bank::FormatOf(QStringLiteral(BANK_FORMAT));
+    Require(format != nullptr, "a format of that name");
+    AllowRefusal([&] {
+        Bank::FormatOf(source);
+        Require(!Bank::KindOf(source).isEmpty(), "a kind");
+    });
+    Bank::Options options;
+    // All ways, without a second input.
+    options.HasPassages = size % 2 == 1;
+    if (size % 3 == 0)
+        options.Columns = u"question=1,options=2-4,key=5"_s;
+    if (size % 5 == 0)
+        options.Encoding = u"windows-1251"_s;
+    Reader reader;
+    AllowRefusal([&] { format->Read(source, options, reader); });
     return 0;
 }
