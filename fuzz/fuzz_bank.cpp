@@ -5,6 +5,7 @@
 #include "markup/PlainText.h"
 
 #include <QGuiApplication>
+#include <QMap>
 #include <QRegularExpression>
 
 #include <cstdio>
@@ -15,6 +16,9 @@ using namespace Qt::Literals::StringLiterals;
 // Any bytes as a question bank of one format, BANK_FORMAT, as each file of a package,
 // and as a zip archive: recognised, read, the pictures looked for, every text made
 // readable.
+// Any bytes as a question bank of one format, BANK_FORMAT: recognised, read, the
+// pictures looked for, every text made readable. Lines such as "==> item.xml <==" make
+// them a folder: what is behind each is the file of that name.
 
 namespace {
 
@@ -46,6 +50,44 @@ public:
 
 private:
     QByteArray m_bytes;
+};
+
+class FolderOf : public Bank::Files {
+public:
+    explicit FolderOf(const QByteArray &bytes)
+    {
+        qsizetype name = Begin(bytes, 0);
+        while (name >= 0) {
+            const qsizetype end = bytes.indexOf(" <==\n", name);
+            if (end < 0)
+                return;
+            const qsizetype next = Begin(bytes, end);
+            const qsizetype size = (next < 0 ? bytes.size() : next - MarkSize) - end - 5;
+            m_files.insert(QString::fromUtf8(bytes.mid(name, end - name)), bytes.mid(end + 5, size));
+            name = next;
+        }
+    }
+
+    bool IsEmpty() const { return m_files.isEmpty(); }
+
+    std::optional<QByteArray> Read(const QString &path) const override
+    {
+        return m_files.contains(path) ? std::optional(m_files.value(path)) : std::nullopt;
+    }
+
+    QStringList Paths() const override { return m_files.keys(); }
+
+private:
+    static constexpr qsizetype MarkSize = 4;
+
+    // Where the next name begins; -1 for none.
+    static qsizetype Begin(const QByteArray &bytes, qsizetype from)
+    {
+        const qsizetype mark = bytes.indexOf("==> ", from);
+        return mark < 0 ? -1 : mark + MarkSize;
+    }
+
+    QMap<QString, QByteArray> m_files;
 };
 
 class Reader : public Bank::Receiver {
@@ -131,6 +173,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
             ReadAs({ u"archive"_s, bytes, std::make_shared<Bank::Archive>(bytes, u"archive"_s) }, hasPassages);
     });
     const Bank::Source source{ u"bank"_s, bytes, std::make_shared<SameFiles>(bytes) };
+    const auto folder = std::make_shared<FolderOf>(bytes);
+    const Bank::Source source = folder->IsEmpty() ? Bank::Source{ u"bank"_s, bytes, std::make_shared<SameFiles>(bytes) }
+                                                  : Bank::Source{ u"bank"_s, {}, folder };
     static const Bank::Format *format = Bank::FormatOf(QStringLiteral(BANK_FORMAT));
     Require(format != nullptr, "a format of that name");
     AllowRefusal([&] {
