@@ -22,8 +22,8 @@ using TableColumns::Columns;
 
 constexpr qsizetype SampleCharacters = 64 * 1024;
 constexpr int SampleRecords = 50;
-// An option takes far more memory than the mark it is written with.
-constexpr size_t MostOptions = 1000;
+// Each part of a key is looked for among the options.
+constexpr size_t MostOptions = 100;
 
 // How the text of a table is cut into records.
 struct Layout {
@@ -176,7 +176,7 @@ private:
             FillOptions(record);
             if (m_cells.empty())
                 truths += TableKey::TruthOf(key, m_options) ? 1 : 0;
-            else
+            else if (m_cells.size() <= MostOptions && !m_columns.AreDistractors)
                 m_keys->Learn(key, m_cells);
             // A first row that is no question holds names, even if none is known.
             QStringList warnings;
@@ -190,6 +190,8 @@ private:
                             TableColumns::Listed(m_names)));
         if (m_keys->IsFirstUnknown())
             m_receiver.Warn(m_layout.Line, u"the keys are taken for numbers from 1; none tells whether they begin at 0"_s);
+        if (m_columns.AreDistractors)
+            m_receiver.Warn(m_layout.Line, u"the right option is the first of every item (--shuffle options mixes them)"_s);
         WarnOfUnused();
     }
 
@@ -216,12 +218,14 @@ private:
         m_cells.clear();
         if (m_columns.Options.size() == 1) {
             m_cells = PartsOf(Cell(record, m_columns.Options.front()), { u'\n', u'|', u';', u',' });
-            return;
+        } else {
+            for (const int column : m_columns.Options)
+                m_cells.push_back(Cell(record, column));
+            while (!m_cells.empty() && m_cells.back().isEmpty())
+                m_cells.pop_back();
         }
-        for (const int column : m_columns.Options)
-            m_cells.push_back(Cell(record, column));
-        while (!m_cells.empty() && m_cells.back().isEmpty())
-            m_cells.pop_back();
+        if (m_columns.AreDistractors && !m_cells.empty())
+            m_cells.insert(m_cells.begin(), Cell(record, m_columns.Key));
     }
 
     void Take(const Csv::Record &record)
@@ -281,7 +285,8 @@ private:
     QString AddOptions(Bank::Item &item, const Csv::Record &record) const
     {
         const QStringView key = Cell(record, m_columns.Key);
-        const std::vector<int> right = m_keys->RightOptions(key, m_cells, item.Warnings);
+        const std::vector<int> right = m_columns.AreDistractors ? std::vector<int>(key.isEmpty() ? 0 : 1, 0)
+                                                                : m_keys->RightOptions(key, m_cells, item.Warnings);
         if (right.empty())
             return key.isEmpty() ? u"no option is right"_s
                                  : u"the key \"%1\" names no option"_s.arg(key.first(std::min<qsizetype>(key.size(), 40)));

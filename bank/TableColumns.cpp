@@ -5,6 +5,7 @@
 
 #include <QHash>
 #include <QMap>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -27,8 +28,8 @@ QString Plain(QStringView name)
 {
     QString plain = name.first(std::min<qsizetype>(name.size(), 100)).toString();
     plain = plain.normalized(QString::NormalizationForm_KD).toLower();
-    // Of "N°".
-    plain.replace(u'\u00B0', u'o');
+    // Of "N°" and "Question #".
+    plain.replace(u'\u00B0', u'o').replace(u'#', "no"_L1);
     plain.removeIf([](QChar c) { return !c.isLetterOrNumber(); });
     return plain;
 }
@@ -42,7 +43,8 @@ constexpr std::pair<Meaning, QStringView> Names[] = {
       u"texte testo текст" },
     { Meaning::Key,
       u"key answerkey correct correctanswer correctanswers correctoption correctoptions correctchoice correctresponse right "
-      u"rightanswer rightanswers rightoption solution solutions losung losungen richtig richtigeantwort richtigeantworten "
+      u"rightanswer rightanswers rightoption answerindex answerno correctindex correctanswerindex correctoptionindex correctno "
+      u"solution solutions losung losungen richtig richtigeantwort richtigeantworten richtigelosung "
       u"korrekt korrekteantwort schlussel correcta correctas respuestacorrecta respuestascorrectas opcioncorrecta clave "
       u"solucion "
       u"bonnereponse bonnesreponses reponsecorrecte reponsescorrectes corrige cle corretta rispostacorretta rispostecorrette "
@@ -56,7 +58,8 @@ constexpr std::pair<Meaning, QStringView> Names[] = {
       u"обоснование "
       u"пояснення 解析 解説 解释" },
     { Meaning::Picture,
-      u"picture pictures image images exhibit figure imagefile picturefile bild bilder abbildung imagen imagenes figura "
+      u"picture pictures image images exhibit figure imagefile picturefile imagelink imageurl bild bilder abbildung imagen "
+      u"imagenes figura "
       u"immagine imagem obraz afbeelding изображение картинка рисунок зображення 图片 画像" },
     { Meaning::Category,
       u"category topic chapter section subject module domain unit kategorie thema themengebiet kapitel abschnitt categoria "
@@ -64,18 +67,20 @@ constexpr std::pair<Meaning, QStringView> Names[] = {
       u"capitulo unidad categorie theme chapitre sujet argomento capitolo topico kategoria temat categorie onderwerp hoofdstuk "
       u"категория тема раздел глава категорія розділ 分类 类别 カテゴリ" },
     { Meaning::Title,
-      u"title name id questionid itemid number no nr code titel nummer titulo titre numero titolo nome tytul название номер "
+      u"title name id questionid questionno questionnumber itemid itemno number no nr code titel nummer titulo titre numero "
+      u"titolo nome tytul название номер "
       u"идентификатор назва" },
     { Meaning::Nothing,
-      u"points point score marks mark weight grade type questiontype difficulty level time timelimit language punkte typ "
+      u"points point score marks mark weight grade type questiontype difficulty level time timelimit timeinseconds language "
+      u"punkte typ "
       u"fragetyp schwierigkeit puntos tipo dificultad punti punteggio difficolta type difficulte баллы тип сложность" },
 };
 
 // Words over columns with options: with a letter or a number behind them, or alone.
-enum class Word { None, Option, Options, Answer, Answers };
+enum class Word { None, Option, Options, Answer, Answers, Wrong };
 constexpr std::pair<Word, QStringView> Words[] = {
     { Word::Option,
-      u"option opt choice alternative alt distractor answeroption answerchoice auswahl antwortmoglichkeit antwortoption opcion "
+      u"option opt choice alternative alt answeroption answerchoice auswahl antwortmoglichkeit antwortoption opcion "
       u"alternativa choix proposition opzione opcao opcja optie вариант вариантответа варіант варіантвідповіді 选项 選択肢" },
     { Word::Options,
       u"options choices alternatives answeroptions answerchoices antwortmoglichkeiten opciones propositions opzioni opcoes "
@@ -84,8 +89,21 @@ constexpr std::pair<Word, QStringView> Words[] = {
       u"answer ans response antwort respuesta reponse risposta resposta odpowiedz antwoord ответ відповідь 答案" },
     { Word::Answers,
       u"answers responses antworten respuestas reponses risposte respostas odpowiedzi antwoorden ответы відповіді" },
+    { Word::Wrong,
+      u"distractor distractors wronganswer wronganswers wrongoption wrong incorrectanswer incorrectanswers incorrectoption "
+      u"incorrect distraktor distraktoren falscheantwort falscheantworten falsch distractores respuestaincorrecta incorrecta "
+      u"distracteur distracteurs mauvaisereponse mauvaisesreponses distrattore distrattori rispostaerrata distrator "
+      u"distratores "
+      u"respostaincorreta неправильныйответ неверныйответ" },
 };
 constexpr QStringView CyrillicLetters = u"абвгдежзик";
+
+// "Answer 1" of "Answer 1 - at most 75 characters", "Correct answer" of "Correct answer(s)".
+QString WithoutRemark(const QString &name)
+{
+    static const QRegularExpression remark(u"\\s+-\\s|[(:]"_s);
+    return name.left(100).section(remark, 0, 0);
+}
 
 const QHash<QString, Alias> &Aliases()
 {
@@ -179,8 +197,10 @@ class Finder {
 public:
     explicit Finder(const QStringList &names)
     {
-        for (int column = 0; column < names.size(); ++column)
-            Look(Plain(names.at(column)), column);
+        for (int column = 0; column < names.size(); ++column) {
+            if (!Look(Plain(names.at(column)), column))
+                Look(Plain(WithoutRemark(names.at(column))), column);
+        }
     }
 
     Columns Result()
@@ -198,38 +218,53 @@ public:
     }
 
 private:
-    void Look(const QString &plain, int column)
+    // Whether the name says something.
+    bool Look(const QString &plain, int column)
     {
         if (plain.isEmpty())
-            return;
+            return false;
         if (const auto alias = Aliases().constFind(plain); alias != Aliases().constEnd()) {
             if (!m_best.contains(alias->What) || alias->Rank < m_best.value(alias->What).first)
                 m_best.insert(alias->What, { alias->Rank, column });
-        } else if (const Word word = WordOf(plain); word != Word::None) {
-            (word == Word::Option || word == Word::Options ? m_options : m_answers).push_back(column);
-        } else if (const auto numbered = NumberedOf(plain)) {
-            const bool isFeedback
-                = Aliases().contains(numbered->Word) && Aliases().value(numbered->Word).What == Meaning::Explanation;
-            if (isFeedback)
-                m_feedback.Add(numbered->At, column);
-            else if (numbered->Word.isEmpty())
-                m_bare.Add(numbered->At, column);
-            else if (WordOf(numbered->Word) != Word::None)
-                m_named.Add(numbered->At, column);
+            return true;
         }
+        if (const Word word = WordOf(plain); word != Word::None) {
+            m_alone[word].push_back(column);
+            return true;
+        }
+        const auto numbered = NumberedOf(plain);
+        Series *series = numbered ? SeriesOf(numbered->Word) : nullptr;
+        if (series)
+            series->Add(numbered->At, column);
+        return series;
+    }
+
+    // The columns that the word and a letter or a number stand over; null for a word
+    // that says nothing.
+    Series *SeriesOf(const QString &word)
+    {
+        if (word.isEmpty())
+            return &m_bare;
+        if (Aliases().contains(word) && Aliases().value(word).What == Meaning::Explanation)
+            return &m_feedback;
+        const Word kind = WordOf(word);
+        return kind == Word::None ? nullptr : kind == Word::Wrong ? &m_wrong : &m_named;
     }
 
     void ChooseOptions(Columns &columns)
     {
-        const Series &series = m_named.Columns().empty() ? m_bare : m_named;
+        const bool isBare = m_bare.Columns().size() > m_named.Columns().size();
+        const Series &series = isBare ? m_bare : m_named;
         columns.Options = series.Columns();
         columns.HasCyrillicLetters = series.IsCyrillic;
-        std::vector<int> answers = m_answers;
+        std::vector<int> answers = AllOf(Word::Answer, Word::Answers);
         // A single column with options holds all of them; so may one of answers when
         // another tells the right ones.
-        if (columns.Options.empty() && !m_options.empty())
-            columns.Options = m_options;
-        else if (columns.Options.empty() && columns.Key >= 0)
+        if (columns.Options.empty())
+            columns.Options = AllOf(Word::Option, Word::Options);
+        if (columns.Options.empty())
+            FindDistractors(columns);
+        if (columns.Options.empty() && columns.Key >= 0)
             columns.Options = std::exchange(answers, {});
         if (columns.Key < 0 && answers.size() == 1)
             columns.Key = answers.front();
@@ -238,12 +273,29 @@ private:
             columns.Feedback = feedback;
     }
 
+    void FindDistractors(Columns &columns)
+    {
+        columns.Options = m_wrong.Columns();
+        if (columns.Options.empty())
+            columns.Options = m_alone.value(Word::Wrong);
+        columns.AreDistractors = !columns.Options.empty();
+    }
+
+    // The columns that one of the words stands over alone.
+    std::vector<int> AllOf(Word one, Word other) const
+    {
+        std::vector<int> columns = m_alone.value(one);
+        const std::vector<int> more = m_alone.value(other);
+        columns.insert(columns.end(), more.begin(), more.end());
+        return columns;
+    }
+
     QMap<Meaning, std::pair<int, int>> m_best; // rank and column
     Series m_named;
     Series m_bare;
+    Series m_wrong;
     Series m_feedback;
-    std::vector<int> m_options; // called "option" or "options", without a letter
-    std::vector<int> m_answers; // called "answer" or "answers", without a letter
+    QMap<Word, std::vector<int>> m_alone; // without a letter or a number
 };
 
 [[noreturn]] void Fail(const QString &text)
@@ -306,8 +358,11 @@ bool AreKnown(const Columns &columns)
 
 bool IsWithoutUse(const QString &name)
 {
-    const QString plain = Plain(name);
-    return plain.isEmpty() || (Aliases().contains(plain) && Aliases().value(plain).What == Meaning::Nothing);
+    const auto isKnown = [](const QString &plain) {
+        const auto alias = Aliases().constFind(plain);
+        return plain.isEmpty() || (alias != Aliases().constEnd() && alias->What == Meaning::Nothing);
+    };
+    return isKnown(Plain(name)) || isKnown(Plain(WithoutRemark(name)));
 }
 
 bool Request::HasNames() const
@@ -351,6 +406,7 @@ void Apply(const Request &request, const QStringList &names, Columns &columns)
             = std::find_if(std::begin(single), std::end(single), [&](const auto &each) { return each.first == entry.Meaning; });
         if (entry.Meaning == "options"_L1 && !places.empty()) {
             columns.Options = places;
+            columns.AreDistractors = false;
             columns.Feedback.clear();
         } else if (found == std::end(single)) {
             Fail(

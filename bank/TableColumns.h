@@ -14,6 +14,8 @@ struct Columns {
     int Question = -1;
     // In the order of the letters A, B and so on. Only one: it holds all options.
     std::vector<int> Options;
+    // Options are the wrong ones, and the key is the text of the right one.
+    bool AreDistractors = false;
     // Of the feedback to each option; empty, or as many as Options.
     std::vector<int> Feedback;
     int Key = -1;

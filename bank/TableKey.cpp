@@ -198,13 +198,17 @@ std::vector<int> Reader::ReadTexts(QStringView key, const Options &options) cons
         if (key.count(separator) == 0 || static_cast<size_t>(key.count(separator)) > options.size())
             continue;
         std::vector<int> numbers;
-        for (const QStringView part : key.split(separator)) {
-            if (!part.trimmed().isEmpty())
-                numbers.push_back(OptionOfText(part.trimmed(), options));
+        bool areAllThere = true;
+        for (const QStringView part : key.tokenize(separator)) {
+            if (part.trimmed().isEmpty())
+                continue;
+            numbers.push_back(OptionOfText(part.trimmed(), options));
+            areAllThere = numbers.back() >= 0;
+            if (!areAllThere)
+                break;
         }
-        numbers = Ordered(std::move(numbers));
-        if (!numbers.empty() && numbers.front() >= 0)
-            return numbers;
+        if (areAllThere && !numbers.empty())
+            return Ordered(std::move(numbers));
     }
     return {};
 }

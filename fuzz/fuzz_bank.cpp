@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "bank/Archive.h"
 #include "bank/Formats.h"
 #include "common/Error.h"
 #include "markup/PlainText.h"
@@ -12,6 +13,9 @@
 
 using namespace Qt::Literals::StringLiterals;
 
+// Any bytes as a question bank of one format, BANK_FORMAT, as each file of a package,
+// and as a zip archive: recognised, read, the pictures looked for, every text made
+// readable.
 // Any bytes as a question bank of one format, BANK_FORMAT: recognised, read, the
 // pictures looked for, every text made readable. Lines such as "==> item.xml <==" make
 // them a folder: what is behind each is the file of that name.
@@ -39,7 +43,10 @@ public:
         return Paths().contains(path) ? std::optional(m_bytes) : std::nullopt;
     }
 
-    QStringList Paths() const override { return { u"a.png"_s, u"imsmanifest.xml"_s, u"item.xml"_s }; }
+    QStringList Paths() const override
+    {
+        return { u"a.png"_s, u"content/content.json"_s, u"h5p.json"_s, u"imsmanifest.xml"_s, u"item.xml"_s };
+    }
 
 private:
     QByteArray m_bytes;
@@ -127,6 +134,20 @@ template <class Operation> void AllowRefusal(Operation operation)
     }
 }
 
+void ReadAs(const Bank::Source &source, bool hasPassages)
+{
+    static const Bank::Format *format = Bank::FormatOf(QStringLiteral(BANK_FORMAT));
+    Require(format != nullptr, "a format of that name");
+    AllowRefusal([&] {
+        Bank::FormatOf(source);
+        Require(!Bank::KindOf(source).isEmpty(), "a kind");
+    });
+    Bank::Options options;
+    options.HasPassages = hasPassages;
+    Reader reader;
+    AllowRefusal([&] { format->Read(source, options, reader); });
+}
+
 }
 
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
@@ -142,6 +163,16 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
+    const auto files = std::make_shared<SameFiles>(bytes);
+    // Both ways, without a second input.
+    const bool hasPassages = size % 2 == 1;
+    ReadAs({ u"bank"_s, bytes, files }, hasPassages);
+    ReadAs({ u"folder"_s, {}, files }, hasPassages);
+    AllowRefusal([&] {
+        if (Bank::Archive::Suits(bytes))
+            ReadAs({ u"archive"_s, bytes, std::make_shared<Bank::Archive>(bytes, u"archive"_s) }, hasPassages);
+    });
+    const Bank::Source source{ u"bank"_s, bytes, std::make_shared<SameFiles>(bytes) };
     const auto folder = std::make_shared<FolderOf>(bytes);
     const Bank::Source source = folder->IsEmpty() ? Bank::Source{ u"bank"_s, bytes, std::make_shared<SameFiles>(bytes) }
                                                   : Bank::Source{ u"bank"_s, {}, folder };
@@ -152,8 +183,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         Require(!Bank::KindOf(source).isEmpty(), "a kind");
     });
     Bank::Options options;
-    // Both ways, without a second input.
+    // All ways, without a second input.
     options.HasPassages = size % 2 == 1;
+    if (size % 3 == 0)
+        options.Columns = u"question=1,options=2-4,key=5"_s;
+    if (size % 5 == 0)
+        options.Encoding = u"windows-1251"_s;
     Reader reader;
     AllowRefusal([&] { format->Read(source, options, reader); });
     return 0;

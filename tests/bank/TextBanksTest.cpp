@@ -40,6 +40,7 @@ QString Decoded(const QByteArray &bytes, const QString &encoding)
 TEST(TextBanksTest, Gift)
 {
     const QString embedded = u"1: an embedded-answers question (Cloze) has its options inside the text"_s;
+    const QString braces = u"more than one \"}\" (write \"\\{\" and \"\\}\" for braces in a text)"_s;
     const QString severalRight = u"1: several answers are right alone"_s;
     const QString orSign = u" (write \"\\=\" for an equals sign in a text)"_s;
     const QString sign = u" | option 2 begins at an \"=\" that may be a sign in a text (write \"\\=\" for it)"_s;
@@ -52,6 +53,8 @@ TEST(TextBanksTest, Gift)
                    { "embedded", u"A {1:MULTICHOICE:=a~b} c {:SA:x}"_s, embedded },
                    { "embedded alone", u"A {:NM:=3\\:1}"_s, embedded },
                    { "two in a line", u"A {#3} and {#4}."_s, embedded },
+                   { "braces of a formula", u"Q \\frac{a}{b} {=x ~y}\n\nR {=x ~y} {z}"_s,
+                     u"1: "_s + braces + u"\n3: "_s + braces },
                    { "no type", u"A {1:b:c}"_s, u"1: the answer block begins with neither \"=\" nor \"~\""_s },
                    { "signs", u"Q {\n=x=5\n~x=4\n}"_s, severalRight + orSign },
                    { "apart signs", u"Q {=x = 5 ~y = 3}"_s, severalRight + orSign },
@@ -75,9 +78,8 @@ TEST(TextBanksTest, Gift)
                      u"T | Wahr | *Falsch | in A"_s },
                    { "of two paragraphs", u"// [exhibit:p.png]\n::t::P\n\nP2\n\nQ {T}\n\n// [exhibit:q.png]\nR {T}"_s,
                      u"[P\n\nP2] | Q | *Wahr | Falsch | exhibit p.png\n[P\n\nP2] | R | *Wahr | Falsch | exhibit q.png"_s },
-                   { "for nothing", u"P\n\n$CATEGORY:A\nR\n\n[html]S"_s,
-                     u"1! no question follows the description\nname: A\n4! no question follows the description\n"
-                     u"6! no question follows the description"_s },
+                   { "for nothing", u"P\n\n$CATEGORY:A\nR\n\nS"_s,
+                     u"1! no question follows the description\nname: A\n4! no question follows the description"_s },
                    { "too many braces", u"P }"_s, u"1: a \"}\" without its \"{\""_s },
                });
 }
@@ -156,9 +158,18 @@ TEST(TextBanksTest, Tables)
               u"Q | *True | False\nQ | *True | False\nQ | True | *False\nQ | *true | false\n"_s
               u"6: a short-answer question has no options\n7: an essay question has no options"_s },
             { "all options in a cell",
-              u"Prompt,Options,Answer\nQ,\"a\n\nb\",b\nQ,a|b, B\nQ,,true\nQ,a;b,2\nQ,"_s + u"|a"_s.repeated(1001),
+              u"Prompt,Options,Answer\nQ,\"a\n\nb\",b\nQ,a|b, B\nQ,,true\nQ,a;b,2\nQ,"_s + u"|a"_s.repeated(101),
               u"Q | a | *b\nQ | a | *b\nQ | *True | False\nQ | a | *b | the key \"2\" is not written as the others are\n"_s
-              u"8: it has more than 1000 options"_s },
+              u"8: it has more than 100 options"_s },
+            { "distractors",
+              u"Question #,Question,Correct Answer,Distractor 1,Distractor 2\n1,Q,a,b,c\n2,Q,,b,c\n3,Q,true,,\n"_s,
+              u"1! the right option is the first of every item (--shuffle options mixes them)\nQ | *a | b | c\n"_s
+              u"3: no option is right\nQ | *True | False"_s },
+            { "names with remarks",
+              u"Question - max 120,Answer 1 - max 75,Answer 2 - max 75,Time limit (sec),Correct answer(s) - choose\nQ,a,b,20,2"_s,
+              taken },
+            { "letters beside answers", u"stem,A,B,Answer 1,key\nQ,a,b,x,B"_s,
+              u"1! columns that are not read: \"Answer 1\"\n"_s + taken },
             { "pictures", u"Text,A,B,Key,Image\nQ,a,b,B,x y.png\nQ,a,b,B,x y.png; i/z.png"_s,
               taken + u" | exhibit x y.png\nQ\n<img src=\"x%20y.png\">\n<img src=\"i/z.png\"> | a | *b"_s },
             { "no key", u"Question;A;B;C"_s, unknown.arg(u"a key"_s, u"\"Question\", \"A\", \"B\", \"C\""_s) },
@@ -242,7 +253,9 @@ TEST(TextBanksTest, RecognisedByTheirContent)
         { "\xEF\xBB\xBF// by me\n\nQ {=a ~b}", u"gift"_s },
         { "$CATEGORY: a\n", u"gift"_s },
         { "Q {\n=a\n~b\n", u"gift"_s },
-        { "{}\n\n::t:: Q {T#x}", u"gift"_s },
+        { "{}\n\n::t:: Q {}", u"gift"_s },
+        { "Q \\frac{a}{b} {=x ~y}\n", u"gift"_s },
+        { "\\frac{a}{b} \\x{c}\n", {} },
         { QByteArray("Q\0{\0T\0}\0", 8), u"gift"_s },
         { "A description", {} },
         { "\xEF\xBB\xBF\"Question\"\t\"A\"\t\"B\"\t\"Correct\"\n", u"csv"_s },
