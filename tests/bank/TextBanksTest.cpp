@@ -207,6 +207,27 @@ TEST(TextBanksTest, ColumnsThatTheUserNames)
     }
 }
 
+TEST(TextBanksTest, TitlesAndLines)
+{
+    struct Titles : Bank::Receiver {
+        QStringList All;
+        void Add(Bank::Item &&item) override { All += QString::number(item.Line) + item.Title; }
+        void SetName(const QString &) override { }
+        void Warn(int, const QString &) override { }
+    };
+    const std::tuple<QString, QByteArray, QString> rows[] = {
+        { u"gift"_s, "\n::a\\:b :: Q {T}\n\n//\n::c::\nQ {=a ->b}\n\n::d", u"2a:b 5c 8"_s },
+        { u"csv"_s, "ID,Question,Key,Title,\n7,\"Q\n\",T,a\n8,Q,F, b ,", u"2a 4b"_s },
+        { u"csv"_s, "No,Question,Key\n7,Q,T", u"27"_s },
+        { u"aiken"_s, "\n\nQ\nA. a\nB. b\nANSWER: A\n\nQ\nA. a\nB. b\nANSWER: A", u"3 8"_s },
+    };
+    for (const auto &[format, bytes, expected] : rows) {
+        Titles titles;
+        Bank::FormatOf(format)->Read({ {}, bytes, {} }, {}, titles);
+        EXPECT_EQ(titles.All.join(u' '), expected) << bytes.toStdString();
+    }
+}
+
 TEST(TextBanksTest, Categories)
 {
     const std::tuple<QString, QString, QString> rows[] = {
