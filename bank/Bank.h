@@ -62,7 +62,7 @@ struct Source {
     QString Name;
     QByteArray Bytes; // empty for a folder
     // Of a folder or an archive the files in it (FolderFiles, Archive), else the
-    // files beside it; null for none.
+    // files beside it; null for none, and for an empty file, which is no folder.
     std::shared_ptr<const Bank::Files> Files;
 };
 

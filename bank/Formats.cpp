@@ -39,13 +39,4 @@ const Format *FormatOf(const Source &source)
     return found == Formats().end() ? nullptr : &*found;
 }
 
-QString KindOf(const Source &source)
-{
-    if (source.Bytes.isEmpty())
-        return u"an empty file"_s;
-    if (source.Bytes.startsWith("%PDF-"))
-        return u"a PDF document"_s;
-    return source.Bytes.first(std::min<qsizetype>(source.Bytes.size(), 4096)).contains('\0') ? u"a binary file"_s : u"a text"_s;
-}
-
 }

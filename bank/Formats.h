@@ -27,7 +27,8 @@ const Format *FormatOf(const QString &name);
 // The format of the content; null when none suits.
 const Format *FormatOf(const Source &source);
 
-// What a content that suits no format seems to be, such as "a PDF document".
+// What a content that suits no format seems to be, with what can be done about it,
+// such as "a spreadsheet (export it as CSV)".
 QString KindOf(const Source &source);
 
 }

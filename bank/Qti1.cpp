@@ -169,10 +169,14 @@ bool Suits(const Bank::Source &source)
 
 void Read(const Bank::Source &source, const Bank::Options &options, Bank::Receiver &receiver)
 {
-    if (Bank::IsPackage(source))
+    if (Bank::IsPackage(source)) {
         ReadPackage(source, options, receiver);
-    else
-        Document(source.Bytes, source.Name, { {}, false, source.Files }, options, receiver).Read();
+        return;
+    }
+    Document::Place place;
+    if (source.Files)
+        place.Files = std::make_shared<References>(source.Files, QString(), QString());
+    Document(source.Bytes, source.Name, place, options, receiver).Read();
 }
 
 }

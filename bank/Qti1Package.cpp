@@ -2,6 +2,7 @@
 #include "bank/Qti1Package.h"
 
 #include "bank/Xml.h"
+#include "common/Error.h"
 
 #include <QRegularExpression>
 #include <QSet>
@@ -9,6 +10,12 @@
 using namespace Qt::Literals::StringLiterals;
 
 namespace Qti1 {
+
+bool IsQuestions(const QByteArray &bytes)
+{
+    const auto beginning = Xml::BeginningOf(bytes);
+    return beginning && beginning->Root == "questestinterop"_L1;
+}
 
 namespace {
 
@@ -29,7 +36,7 @@ bool IsNamedAsQuestions(const QString &path)
 void ReadResource(Xml::Reader &reader, const QString &folder, QStringList &paths)
 {
     const QString type = reader.Attribute("type"_L1).toLower();
-    const bool isQuestions = type.contains("xmlv1p"_L1) || type.contains("x-bb-qti"_L1);
+    const bool isQuestions = (type.contains("qti"_L1) && type.contains("xmlv1p"_L1)) || type.contains("x-bb-qti"_L1);
     const auto add = [&](const QString &reference) {
         const QString path = Bank::PathOf(reference, folder);
         // What Canvas says of its own files is not that they are questions.
@@ -72,27 +79,33 @@ QStringList WithoutTwins(const QStringList &paths)
     return once;
 }
 
-QStringList NamedByManifest(const Bank::Files &package, const QStringList &all)
+QStringList NamedBy(const QString &manifest, const Bank::Files &package, const QStringList &all)
 {
-    const QString path = Bank::ShallowestOf(all, Manifest);
-    const auto bytes = path.isEmpty() ? std::nullopt : package.Read(path);
-    if (!bytes)
-        return {};
     QStringList named;
-    Xml::Reader reader(*bytes, path);
-    ReadResources(reader, FolderOf(path), named);
+    try {
+        Xml::Reader reader(package.Read(manifest).value_or(QByteArray()), manifest);
+        ReadResources(reader, FolderOf(manifest), named);
+    } catch (const Error &) {
+        // What it names before it is damaged is there all the same.
+    }
     const QSet<QString> present(all.begin(), all.end());
     named.removeIf([&](const QString &each) { return !present.contains(each); });
     named.removeDuplicates();
     return WithoutTwins(named);
 }
 
+// A file that cannot be read is left to whoever reads the questions, if it should
+// have some.
+bool HoldsQuestions(const Bank::Files &package, const QString &path, bool isNamed)
+{
+    try {
+        const auto bytes = package.Read(path);
+        return bytes && IsQuestions(*bytes);
+    } catch (const Error &) {
+        return isNamed;
+    }
 }
 
-bool IsQuestions(const QByteArray &bytes)
-{
-    const auto beginning = Xml::BeginningOf(bytes);
-    return beginning && beginning->Root == "questestinterop"_L1;
 }
 
 QString TopOf(const Bank::Files &package)
@@ -104,7 +117,10 @@ QStringList FilesOf(const Bank::Files &package, int most)
 {
     constexpr int mostTried = 1000;
     const QStringList all = package.Paths();
-    QStringList candidates = NamedByManifest(package, all);
+    const QString manifest = Bank::ShallowestOf(all, Manifest);
+    if (manifest.isEmpty())
+        return {};
+    QStringList candidates = NamedBy(manifest, package, all);
     const bool isNamed = !candidates.isEmpty();
     if (!isNamed)
         candidates = all.filter(QRegularExpression(u"\\.(xml|qti|dat)$"_s, QRegularExpression::CaseInsensitiveOption));
@@ -113,7 +129,7 @@ QStringList FilesOf(const Bank::Files &package, int most)
     for (const QString &path : std::as_const(candidates)) {
         if (files.size() == most || (!isNamed && ++tried > mostTried))
             break;
-        if (const auto bytes = package.Read(path); bytes && IsQuestions(*bytes))
+        if (HoldsQuestions(package, path, isNamed))
             files += path;
     }
     return files;

@@ -6,8 +6,9 @@
 namespace Qti1 {
 
 // The files with questions in a package, in the order of its manifest; of a test that
-// Canvas writes in two ways, the file that leaves nothing out. Without a manifest that
-// names some, all files that begin like one. At most `most` are looked for.
+// Canvas writes in two ways, the file that leaves nothing out. Where the manifest names
+// none as questions, all files that begin like some; without a manifest none. At most
+// `most` are looked for.
 QStringList FilesOf(const Bank::Files &package, int most);
 
 // The folder of the manifest in a package; "" for the outermost, or without one.

@@ -17,11 +17,15 @@ namespace Xml {
 namespace {
 
 constexpr qsizetype BeginningLength = 64 * 1024;
+// Characters of a message, which can quote the document.
+constexpr qsizetype MostShown = 200;
 
-// The declaration at the head of a document, with the encoding that it names.
+// The declaration at the head of a document.
 struct Declaration {
     qsizetype Length = 0; // 0 when there is none
-    QString Encoding;
+    QString Encoding; // empty when it names none
+    // Of XML 1.0 in UTF-8.
+    bool IsUsual = true;
 };
 
 // Of a document whose declaration is readable as ASCII.
@@ -32,9 +36,12 @@ Declaration DeclarationOf(const QByteArray &bytes)
     const qsizetype end = bytes.first(std::min<qsizetype>(bytes.size(), 1024)).indexOf("?>");
     if (end < 0)
         return {};
-    static const QRegularExpression encoding(u"\\bencoding\\s*=\\s*[\"']([^\"']*)[\"']"_s);
+    static const QRegularExpression usual(u"^<\\?xml\\s+version\\s*=\\s*[\"']1\\.0[\"']"_s);
+    static const QRegularExpression encoding(u"\\bencoding\\s*=\\s*[\"']\\s*([\\w.:-]{1,40})\\s*[\"']"_s);
     const QString text = QString::fromLatin1(bytes.first(end));
-    return { end + 2, encoding.match(text).captured(1) };
+    Declaration declaration{ end + 2, encoding.match(text).captured(1) };
+    declaration.IsUsual = usual.match(text).hasMatch() && declaration.Encoding.compare("utf-8"_L1, Qt::CaseInsensitive) == 0;
+    return declaration;
 }
 
 // UTF-16 without a byte order mark: its first character is a "<".
@@ -44,8 +51,8 @@ std::optional<QStringConverter::Encoding> WideEncodingOf(const QByteArray &bytes
     return encoding == QStringConverter::Utf8 ? std::nullopt : encoding;
 }
 
-// The document as UTF-8; its declaration, which may name another encoding or version
-// that makes no difference, is blank.
+// The document as UTF-8. A declaration that would have the parser decode it again, or
+// refuse it for a version that makes no difference, is blank.
 QByteArray Decoded(QByteArray bytes, const QString &source)
 {
     if (const auto wide = WideEncodingOf(bytes)) {
@@ -58,12 +65,14 @@ QByteArray Decoded(QByteArray bytes, const QString &source)
             throw Error(InvalidCall, u"line 1: the encoding \"%1\" is not known"_s.arg(encoding), source);
         bytes = *utf8;
     }
-    if (const Declaration declaration = DeclarationOf(bytes); declaration.Length > 0) {
+    if (const Declaration declaration = DeclarationOf(bytes); declaration.Length > 0 && !declaration.IsUsual) {
         const qsizetype lines = bytes.first(declaration.Length).count('\n');
         bytes.replace(0, declaration.Length, QByteArray(lines, '\n') + QByteArray(declaration.Length - lines, ' '));
     }
     return bytes;
 }
+
+const QString TooLong = u"a text is longer than %1 MB"_s.arg(MostText >> 20);
 
 // What must not reach the parser, which takes it in at once and in a time that grows
 // by its square, or by what it declares.
@@ -80,18 +89,22 @@ public:
     // there is none.
     qsizetype Find()
     {
-        while (m_problem.isEmpty() && (m_at = To('<', m_at)) < m_end) {
+        while (true) {
+            const char *text = m_at;
+            m_at = To('<', m_at);
             const char *tag = m_at;
-            if (Pass("<!--", "-->") || Pass("<![CDATA[", "]]>") || Pass("<?", "?>"))
-                continue;
-            if (Starts("<!"))
-                PassDocumentType();
-            else
-                PassTag();
+            if (tag - text > MostText) {
+                m_problem = TooLong;
+                return text - m_begin;
+            }
+            if (tag == m_end)
+                return m_end - m_begin;
+            PassOne();
+            if (m_at - tag > MostText)
+                m_problem = TooLong;
             if (!m_problem.isEmpty())
                 return tag - m_begin;
         }
-        return m_end - m_begin;
     }
 
     const QString &Problem() const { return m_problem; }
@@ -120,6 +133,17 @@ private:
             }
         }
         return true;
+    }
+
+    // What begins with this "<".
+    void PassOne()
+    {
+        if (Pass("<!--", "-->") || Pass("<![CDATA[", "]]>") || Pass("<?", "?>"))
+            return;
+        if (Starts("<!"))
+            PassDocumentType();
+        else
+            PassTag();
     }
 
     void PassDocumentType()
@@ -211,12 +235,19 @@ Reader::Reader(const QByteArray &bytes, QString source)
 
 void Reader::FailAt(qint64 line, const QString &text) const
 {
-    throw Error(InvalidCall, u"line %1: %2"_s.arg(line).arg(text), m_source);
+    const QString shown = text.size() <= MostShown ? text : text.first(MostShown) + u"..."_s;
+    throw Error(InvalidCall, u"line %1: %2"_s.arg(line).arg(shown.simplified()), m_source);
 }
 
 void Reader::Fail(const QString &text) const
 {
     FailAt(m_reader.lineNumber(), text);
+}
+
+void Reader::CheckLength(const QString &text) const
+{
+    if (text.size() > MostText)
+        Fail(TooLong);
 }
 
 void Reader::Enter()
@@ -274,6 +305,7 @@ QString Reader::Text()
     while (m_namespaces.size() >= depth) {
         if (Next() == QXmlStreamReader::Characters)
             text += m_reader.text();
+        CheckLength(text);
     }
     return text;
 }
@@ -294,6 +326,7 @@ QString Reader::TextOrMarkup(bool &isMarkup)
         const QXmlStreamReader::TokenType token = Next();
         if (token == QXmlStreamReader::Characters) {
             text += m_reader.text();
+            CheckLength(text);
         } else if (token == QXmlStreamReader::StartElement) {
             isMarkup = true;
             text = text.toHtmlEscaped();
@@ -315,6 +348,7 @@ void Reader::ReadMarkup(QString &markup, size_t depth, const Replacement &replac
             AppendStartTag(markup, m_reader);
         else if (token == QXmlStreamReader::EndElement && m_namespaces.size() >= depth && !IsVoid(m_reader.name()))
             markup += u"</"_s + m_reader.name().toString() + u'>';
+        CheckLength(markup);
     }
 }
 

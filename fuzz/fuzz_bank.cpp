@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "bank/Archive.h"
 #include "bank/Formats.h"
 #include "common/Error.h"
 #include "markup/PlainText.h"
@@ -11,8 +12,9 @@
 
 using namespace Qt::Literals::StringLiterals;
 
-// Any bytes as a question bank of one format, BANK_FORMAT: recognised, read, the
-// pictures looked for, every text made readable.
+// Any bytes as a question bank of one format, BANK_FORMAT, as each file of a package,
+// and as a zip archive: recognised, read, the pictures looked for, every text made
+// readable.
 
 namespace {
 
@@ -37,7 +39,10 @@ public:
         return Paths().contains(path) ? std::optional(m_bytes) : std::nullopt;
     }
 
-    QStringList Paths() const override { return { u"a.png"_s, u"imsmanifest.xml"_s, u"item.xml"_s }; }
+    QStringList Paths() const override
+    {
+        return { u"a.png"_s, u"content/content.json"_s, u"h5p.json"_s, u"imsmanifest.xml"_s, u"item.xml"_s };
+    }
 
 private:
     QByteArray m_bytes;
@@ -87,6 +92,18 @@ template <class Operation> void AllowRefusal(Operation operation)
     }
 }
 
+void ReadAs(const Bank::Source &source, const Bank::Options &options)
+{
+    static const Bank::Format *format = Bank::FormatOf(QStringLiteral(BANK_FORMAT));
+    Require(format != nullptr, "a format of that name");
+    AllowRefusal([&] {
+        Bank::FormatOf(source);
+        Require(!Bank::KindOf(source).isEmpty(), "a kind");
+    });
+    Reader reader;
+    AllowRefusal([&] { format->Read(source, options, reader); });
+}
+
 }
 
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
@@ -102,13 +119,7 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
-    const Bank::Source source{ u"bank"_s, bytes, std::make_shared<SameFiles>(bytes) };
-    static const Bank::Format *format = Bank::FormatOf(QStringLiteral(BANK_FORMAT));
-    Require(format != nullptr, "a format of that name");
-    AllowRefusal([&] {
-        Bank::FormatOf(source);
-        Require(!Bank::KindOf(source).isEmpty(), "a kind");
-    });
+    const auto files = std::make_shared<SameFiles>(bytes);
     Bank::Options options;
     // All ways, without a second input.
     options.HasPassages = size % 2 == 1;
@@ -116,7 +127,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         options.Columns = u"question=1,options=2-4,key=5"_s;
     if (size % 5 == 0)
         options.Encoding = u"windows-1251"_s;
-    Reader reader;
-    AllowRefusal([&] { format->Read(source, options, reader); });
+    ReadAs({ u"bank"_s, bytes, files }, options);
+    ReadAs({ u"folder"_s, {}, files }, options);
+    AllowRefusal([&] {
+        if (Bank::Archive::Suits(bytes))
+            ReadAs({ u"archive"_s, bytes, std::make_shared<Bank::Archive>(bytes, u"archive"_s) }, options);
+    });
     return 0;
 }

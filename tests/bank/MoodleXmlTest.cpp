@@ -86,6 +86,7 @@ TEST(MoodleXmlTest, Questions)
               u"Q | *2<sup>n</sup> &lt; x<br> | 2n"_s },
             { "characters of both kinds", Asked(Answer(u"100"_s, u" <![CDATA[<b>&amp;</b>]]>&lt;i>"_s)),
               u"Q | *<b>&amp;</b><i>"_s },
+            { "none", Asked({}), u"1: it has no options"_s },
             { "too many", Asked(ab.repeated(501)), u"1: it has more than 1000 options"_s },
             { "others",
               u"\n"_s + Typed(u"matching"_s, ab) + u"\n"_s + Typed(u"cloze"_s, {}) + Typed(u"own"_s, {})
@@ -145,7 +146,7 @@ TEST(MoodleXmlTest, PicturesWithinAndBeside)
                                    + text(u"answer"_s, picture, file(u"a b.png"_s, "stem"))
                                    + text(u"generalfeedback"_s, u"<img src=\"pictures/c.png\">"_s, {})
                                    + u"<image>old.png</image><image_base64>b2xk</image_base64>"_s);
-    const Items items(passage + item + Category(u"c"_s) + Asked({}), options);
+    const Items items(passage + item + Category(u"c"_s) + Asked(Answer(u"100"_s, u"a"_s)), options);
     const auto pictures = [&](size_t index, const Markup::Text &in) {
         static const QRegularExpression source(u"src=\"([^\"]*)\""_s);
         QByteArrayList contents;
@@ -173,7 +174,7 @@ TEST(MoodleXmlTest, Passages)
     ExpectRows([&](const QString &source) { return Read(source, options); },
                {
                    { "two parts, two items", told(u"P"_s) + told(u"R"_s) + item + item,
-                     u"[P<br><br>R] | Q | *a\n[P<br><br>R] | Q | *a"_s },
+                     u"[P\n<div>R</div>] | Q | *a\n[P\n<div>R</div>] | Q | *a"_s },
                    { "the next one", told(u"P"_s) + item + told(u"R"_s) + item, u"[P] | Q | *a\n[R] | Q | *a"_s },
                    { "ends with the category", told(u"P"_s) + item + Category(u"c"_s) + item,
                      u"[P] | Q | *a\nname: c\nQ | *a | in c"_s },

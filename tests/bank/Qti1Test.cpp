@@ -242,12 +242,17 @@ TEST(Qti1Test, Packages)
     EXPECT_EQ(pictures.Entries, (QStringList{ u"p/non_cc_assessments/g1.xml.qti"_s, u"p/g 2/g2.xml"_s }));
     EXPECT_EQ(pictures.Last, "112232-");
 
-    // Without a manifest; one file is damaged.
+    // A manifest that names nothing; one file is damaged.
+    const auto unnamed = [](MemoryFiles::Contents files) {
+        files[u"imsmanifest.xml"_s] = "<manifest/>";
+        return Shown(PackageOf(std::move(files)), u"qti1"_s);
+    };
     const QByteArray whole = test("Two", "second");
     EXPECT_EQ(
-        Shown(PackageOf({ { u"a.xml"_s, whole.chopped(30) }, { u"b.xml"_s, whole }, { u"c.txt"_s, whole } }), u"qti1"_s),
+        unnamed({ { u"a.xml"_s, whole.chopped(30) }, { u"b.xml"_s, whole }, { u"c.txt"_s, whole } }),
         u"name: Two\nsecond | a | b | c | in Two\n0! a.xml: line 2: Premature end of document.\nname: Two\nsecond | a | b | c | in Two"_s);
-    EXPECT_EQ(Shown(PackageOf({ { u"a.xml"_s, whole.chopped(300) } }), u"qti1"_s).section(u'\n', -1),
-              u"a.xml: line 2: Premature end of document."_s);
-    EXPECT_EQ(Shown(PackageOf({ { u"a.xml"_s, "<quiz/>" } }), u"qti1"_s), u"no file of the package is QTI 1.2"_s);
+    EXPECT_EQ(unnamed({ { u"a.xml"_s, whole.chopped(300) } }), u"a.xml: line 2: Premature end of document."_s);
+    EXPECT_EQ(unnamed({ { u"a.xml"_s, "<quiz/>" } }), u"no file of the package is QTI 1.2"_s);
+    // Without a manifest each file is a bank of its own.
+    EXPECT_FALSE(Bank::FormatOf(PackageOf({ { u"a.xml"_s, whole } })));
 }

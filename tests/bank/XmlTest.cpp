@@ -78,7 +78,11 @@ TEST(XmlTest, WhatStandsBeforeAFaultIsRead)
         attributes += " a" + QByteArray::number(i) + "=''";
         namespaces += " xmlns:n" + QByteArray::number(i) + "='u'";
     }
+    const QByteArray half((Xml::MostText >> 1) + 1, 'x');
     const std::tuple<QByteArray, QString> rows[] = {
+        { "<a>\n" + half + half + "<b/></a>", u" line 1: a text is longer than 32 MB"_s },
+        { "<a><!--" + half + half + "--></a>", u" line 1: a text is longer than 32 MB"_s },
+        { "<text>" + half + "<!-- -->" + half + "</text>", u"text1( line 1: a text is longer than 32 MB"_s },
         { "<a>\n<b/>\n<c></b></a>", u"a1(b2()c3( line 3: Opening and ending tag mismatch."_s },
         { "<a>\n<b/>", u"a1(b2() line 2: Premature end of document."_s },
         { "", u" line 1: Premature end of document."_s },
