@@ -83,6 +83,26 @@ bool HasEmbedded(QStringView text)
     return false;
 }
 
+enum class Braces { None, Answer, Other };
+
+// What the braces of a paragraph hold, one with an answer counting more. An empty one
+// is an essay's, and nothing in many other languages.
+Braces BracesOf(QStringView text)
+{
+    if (text.startsWith(u"::") && text.contains(u'{'))
+        return Braces::Answer;
+    Braces braces = Braces::None;
+    for (qsizetype open = text.indexOf(u'{'); open >= 0;) {
+        const QStringView block = BlockAt(text, open);
+        if (GiftBlock::IsAnswer(block))
+            return Braces::Answer;
+        if (!block.trimmed().isEmpty())
+            braces = Braces::Other;
+        open = text.indexOf(u'{', open + 1 + block.size());
+    }
+    return braces;
+}
+
 class Reader {
 public:
     Reader(const Bank::Source &source, const Bank::Options &options, Bank::Receiver &receiver)
@@ -191,19 +211,9 @@ bool Suits(const Bank::Source &source)
     int answers = 0;
     int others = 0;
     GiftLines::Cut(text, [&](const GiftLines::Piece &piece) {
-        if (piece.Category)
-            ++answers;
-        bool isAnswer = piece.Text.trimmed().startsWith(u"::") && piece.Text.contains(u'{');
-        bool isOther = false;
-        for (qsizetype open = piece.Text.indexOf(u'{'); open >= 0 && !isAnswer;) {
-            const QStringView block = BlockAt(piece.Text, open);
-            isAnswer = GiftBlock::IsAnswer(block);
-            // An empty one is an essay's, and nothing in many other languages.
-            isOther = isOther || !block.trimmed().isEmpty();
-            open = piece.Text.indexOf(u'{', open + 1 + block.size());
-        }
-        answers += isAnswer ? 1 : 0;
-        others += isOther && !isAnswer ? 1 : 0;
+        const Braces braces = piece.Category ? Braces::Answer : BracesOf(piece.Text.trimmed());
+        answers += braces == Braces::Answer ? 1 : 0;
+        others += braces == Braces::Other ? 1 : 0;
     });
     return answers > others;
 }

@@ -125,10 +125,13 @@ public:
         try {
             Find(text);
             Learn();
-            Each([this](const Csv::Record &record) { Take(record); });
-        } catch (const Error &error) {
-            throw Error(InvalidCall, error.Description(), m_source.Name);
+        } catch (Error &error) {
+            error.SetSource(m_source.Name);
+            throw;
         }
+        WarnOfDoubts();
+        WarnOfUnused();
+        Each([this](const Csv::Record &record) { Take(record); });
     }
 
 private:
@@ -169,30 +172,36 @@ private:
     void Learn()
     {
         m_keys.emplace(m_options, m_columns.HasCyrillicLetters);
-        int truths = 0;
+        bool hasTruths = false;
         bool isFirst = true;
         Each([&](const Csv::Record &record) {
             const QStringView key = Cell(record, m_columns.Key);
+            const bool isTruth = TableKey::TruthOf(key, m_options).has_value();
             FillOptions(record);
-            if (m_cells.empty())
-                truths += TableKey::TruthOf(key, m_options) ? 1 : 0;
-            else if (m_cells.size() <= MostOptions && !m_columns.AreDistractors)
+            hasTruths = hasTruths || (isTruth && m_cells.empty());
+            if (m_cells.size() <= MostOptions && !m_columns.AreDistractors)
                 m_keys->Learn(key, m_cells);
             // A first row that is no question holds names, even if none is known.
             QStringList warnings;
             if (std::exchange(isFirst, false) && !m_hasNames)
-                m_isFirstUnlike = !TableKey::TruthOf(key, m_options) && m_keys->RightOptions(key, m_cells, warnings).empty();
+                m_isFirstUnlike = !isTruth && m_keys->RightOptions(key, m_cells, warnings).empty();
         });
         m_hasNames = m_hasNames || m_isFirstUnlike;
-        if (m_columns.Options.empty() && truths == 0)
+        if (m_columns.Options.empty() && !hasTruths)
             throw Error(InvalidCall,
                         u"no column is named like an option; columns are: %1; say --columns"_s.arg(
                             TableColumns::Listed(m_names)));
-        if (m_keys->IsFirstUnknown())
-            m_receiver.Warn(m_layout.Line, u"the keys are taken for numbers from 1; none tells whether they begin at 0"_s);
-        if (m_columns.AreDistractors)
-            m_receiver.Warn(m_layout.Line, u"the right option is the first of every item (--shuffle options mixes them)"_s);
-        WarnOfUnused();
+    }
+
+    void WarnOfDoubts()
+    {
+        const auto warn = [this](bool isTrue, const QString &text) {
+            if (isTrue)
+                m_receiver.Warn(m_layout.Line, text);
+        };
+        warn(m_isFirstUnlike, u"the first row is taken for the names of the columns"_s);
+        warn(m_keys->IsFirstUnknown(), u"the keys are taken for numbers from 1; none tells whether they begin at 0"_s);
+        warn(m_columns.AreDistractors, u"the right option is the first of every item (--shuffle options mixes them)"_s);
     }
 
     void WarnOfUnused()
@@ -310,7 +319,7 @@ private:
     Layout m_layout;
     QStringList m_names; // the fields of the first row
     bool m_hasNames = false;
-    bool m_isFirstUnlike = false;
+    bool m_isFirstUnlike = false; // it is taken for names, and none is known
     Columns m_columns;
     std::optional<TableKey::Reader> m_keys;
     TableKey::Options m_cells; // of the row that is read

@@ -134,7 +134,7 @@ template <class Operation> void AllowRefusal(Operation operation)
     }
 }
 
-void ReadAs(const Bank::Source &source, bool hasPassages)
+void ReadAs(const Bank::Source &source, const Bank::Options &options)
 {
     static const Bank::Format *format = Bank::FormatOf(QStringLiteral(BANK_FORMAT));
     Require(format != nullptr, "a format of that name");
@@ -142,8 +142,6 @@ void ReadAs(const Bank::Source &source, bool hasPassages)
         Bank::FormatOf(source);
         Require(!Bank::KindOf(source).isEmpty(), "a kind");
     });
-    Bank::Options options;
-    options.HasPassages = hasPassages;
     Reader reader;
     AllowRefusal([&] { format->Read(source, options, reader); });
 }
@@ -191,5 +189,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         options.Encoding = u"windows-1251"_s;
     Reader reader;
     AllowRefusal([&] { format->Read(source, options, reader); });
+    ReadAs({ u"bank"_s, bytes, files }, options);
+    ReadAs({ u"folder"_s, {}, files }, options);
+    AllowRefusal([&] {
+        if (Bank::Archive::Suits(bytes))
+            ReadAs({ u"archive"_s, bytes, std::make_shared<Bank::Archive>(bytes, u"archive"_s) }, options);
+    });
     return 0;
 }

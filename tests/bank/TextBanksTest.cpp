@@ -185,10 +185,11 @@ TEST(TextBanksTest, Tables)
 TEST(TextBanksTest, ColumnsThatTheUserNames)
 {
     const QString taken = u"Q | a | *b"_s;
+    const QString first = u"1! the first row is taken for the names of the columns\n"_s;
     const QString named = u"no,Q.,Ans,X,Y,Why\n1,Q,B,a,b,w"_s;
     const std::tuple<QString, QString, QString> rows[] = {
         { u"question=2,options=4-5,key=Ans,explanation=why"_s, named, taken + u" | #w"_s },
-        { u"question=2, options=6,4 ,key=3"_s, named, u"1! columns that are not read: \"no\", \"Y\"\nQ | w | *a"_s },
+        { u"question=2, options=6,4 ,key=3"_s, named, first + u"1! columns that are not read: \"no\", \"Y\"\nQ | w | *a"_s },
         { u"question=1,options=2-3,key=4"_s, u"Q,a,b,2\nQ,a,b,1"_s, u"Q | a | *b\nQ | *a | b"_s },
         { u"key=2"_s, u"Question,Best,A,B,Answer\nQ,B,a,b,A"_s, u"1! columns that are not read: \"Answer\"\nQ | a | *b"_s },
         { u"key=9"_s, named, u"--columns names column 9, and the first row has 6"_s },
@@ -204,6 +205,27 @@ TEST(TextBanksTest, ColumnsThatTheUserNames)
         Bank::Options options;
         options.Columns = columns;
         EXPECT_EQ(Shown({ {}, table.toUtf8(), {} }, u"csv"_s, options), expected) << columns.toStdString();
+    }
+}
+
+TEST(TextBanksTest, TitlesAndLines)
+{
+    struct Titles : Bank::Receiver {
+        QStringList All;
+        void Add(Bank::Item &&item) override { All += QString::number(item.Line) + item.Title; }
+        void SetName(const QString &) override { }
+        void Warn(int, const QString &) override { }
+    };
+    const std::tuple<QString, QByteArray, QString> rows[] = {
+        { u"gift"_s, "\n::a\\:b :: Q {T}\n\n//\n::c::\nQ {=a ->b}\n\n::d", u"2a:b 5c 8"_s },
+        { u"csv"_s, "ID,Question,Key,Title,\n7,\"Q\n\",T,a\n8,Q,F, b ,", u"2a 4b"_s },
+        { u"csv"_s, "No,Question,Key\n7,Q,T", u"27"_s },
+        { u"aiken"_s, "\n\nQ\nA. a\nB. b\nANSWER: A\n\nQ\nA. a\nB. b\nANSWER: A", u"3 8"_s },
+    };
+    for (const auto &[format, bytes, expected] : rows) {
+        Titles titles;
+        Bank::FormatOf(format)->Read({ {}, bytes, {} }, {}, titles);
+        EXPECT_EQ(titles.All.join(u' '), expected) << bytes.toStdString();
     }
 }
 
