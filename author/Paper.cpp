@@ -53,6 +53,21 @@ double HeightOf(const Block &block)
     return height;
 }
 
+// All of it as one row.
+Row Merged(const Block &block)
+{
+    Row merged{ 0, {}, block.empty() ? 0 : block.front().Gap };
+    for (const Row &row : block) {
+        merged.Height += &row == &block.front() ? 0 : row.Gap;
+        for (Mark mark : row.Marks) {
+            mark.Place.translate(0, merged.Height);
+            merged.Marks.push_back(std::move(mark));
+        }
+        merged.Height += row.Height;
+    }
+    return merged;
+}
+
 QString Counted(int count, const QString &one, const QString &several)
 {
     return QString::number(count) + u' ' + (count == 1 ? one : several);
@@ -124,15 +139,14 @@ public:
     // The pages with the running head, except on the first, and their numbers.
     std::vector<Page> Finished(const QString &head)
     {
-        const QString first = m_measures.Break(head, Small, Width()).front().Text;
+        const Line first = m_measures.Break(head, Small, Width()).front();
         for (size_t i = 0; i < m_pages.size(); ++i) {
-            const QString number = u"%1 / %2"_s.arg(i + 1).arg(m_pages.size());
-            Mark foot = Word(number, Small, 0, 0, false);
+            Mark foot = Word(u"%1 / %2"_s.arg(i + 1).arg(m_pages.size()), Small, 0, first.Height, false);
             foot.Place.moveTo((m_sheet.width() - foot.Place.width()) / 2, m_sheet.height() - FootRise);
             m_pages[i].push_back(foot);
             if (i == 0)
                 continue;
-            m_pages[i].push_back({ Mark::Text, { SideMargin, HeadTop, Width(), 0 }, first, Small });
+            m_pages[i].push_back({ Mark::Text, { SideMargin, HeadTop, Width(), first.Height }, first.Text, Small });
             m_pages[i].push_back({ Mark::Rule, { SideMargin, HeadTop + 5.5, Width(), 0 }, {}, Small });
         }
         return std::move(m_pages);
@@ -216,20 +230,21 @@ private:
     // Lines to write on, and what the shapes before the options mean.
     void WriteForm()
     {
-        constexpr double height = 6;
+        const double height = m_measures.Break(u"Name"_s, Label, m_planner.Width()).front().Height;
         const double middle = m_planner.Width() * 0.64;
         Row form{ height, {}, 8 };
         for (const auto &[label, from, to] :
              { std::tuple{ u"Name"_s, 0.0, middle - 6 }, { u"Date"_s, middle, m_planner.Width() } }) {
             form.Marks.push_back(m_planner.Word(label, Label, from, height, false));
             const double start = from + form.Marks.back().Place.width() + 3;
-            form.Marks.push_back({ Mark::Rule, m_planner.Placed(start, height - 1, to - start, 0, false), {}, Body });
+            form.Marks.push_back({ Mark::Rule, m_planner.Placed(start, height, to - start, 0, false), {}, Body });
         }
         m_planner.AddRow(form);
         Row shapes{ height, {}, 4 };
         double x = 0;
         const auto add = [&](Mark::Kind shape, const QString &meaning) {
-            shapes.Marks.push_back({ shape, m_planner.Placed(x, 0.8, TickSide, TickSide, false), {}, Body });
+            shapes.Marks.push_back(
+                { shape, m_planner.Placed(x, (height - TickSide) / 2, TickSide, TickSide, false), {}, Body });
             shapes.Marks.push_back(m_planner.Word(meaning, Label, x + LetterLeft, height, false));
             x += LetterLeft + shapes.Marks.back().Place.width() + 10;
         };
@@ -271,7 +286,12 @@ private:
                                   m_planner.Placed(left, down, TickSide, TickSide, isMirrored),
                                   {},
                                   Body });
-            Append(block, std::move(rows), isFirst ? PartGap : OptionGap);
+            rows.front().Gap = isFirst ? PartGap : OptionGap;
+            // Only what is higher than a page is divided.
+            if (HeightOf(rows) <= m_planner.RoomOnPage())
+                block.push_back(Merged(rows));
+            else
+                Append(block, std::move(rows), isFirst ? PartGap : OptionGap);
             isFirst = false;
         }
         if (item.HasExhibit()) {
@@ -317,8 +337,8 @@ private:
         double widest = 0;
         for (const auto &item : m_exam.Questions())
             widest = std::max(widest, m_measures.Width(LettersOf(*item), Bold));
-        const double cell = m_numberWidth + widest + CellGap;
-        const int columns = std::clamp(static_cast<int>((m_planner.Width() + CellGap) / cell), 1, MostColumns);
+        const double needed = m_numberWidth + widest + CellGap;
+        const int columns = std::clamp(static_cast<int>((m_planner.Width() + CellGap) / needed), 1, MostColumns);
         const double pitch = (m_planner.Width() + CellGap) / columns;
         Row row;
         int column = 0;
@@ -332,10 +352,12 @@ private:
             const double left = column * pitch;
             const auto lines
                 = m_planner.Lines(LettersOf(*item), Bold, left + m_numberWidth, pitch - m_numberWidth - CellGap, false);
-            row.Height = std::max(row.Height, lines.front().Height);
+            Row cell = Merged(lines);
+            cell.Marks.push_back(
+                m_planner.Word(QString::number(item->Number()) + u'.', Body, left, lines.front().Height, false));
+            row.Height = std::max(row.Height, cell.Height);
             row.Gap = OptionGap;
-            row.Marks.push_back(lines.front().Marks.front());
-            row.Marks.push_back(m_planner.Word(QString::number(item->Number()) + u'.', Body, left, row.Height, false));
+            std::move(cell.Marks.begin(), cell.Marks.end(), std::back_inserter(row.Marks));
             if (++column == columns)
                 finish();
         }

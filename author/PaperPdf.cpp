@@ -25,7 +25,7 @@ constexpr double MillimetresPerInch = 25.4;
 constexpr int DotsPerInch = 1200;
 constexpr double PixelsPerInch = 96; // of an exhibit in its own scale
 constexpr qsizetype LongestPiece = 10'000; // characters; a text layout cannot hold a text of any length
-constexpr double TabWidth = 10; // millimetres
+constexpr double TabWidth = 40; // pixels of a screen; a layout makes them dots of its device
 const QColor Grey(96, 96, 96);
 
 Error Refused(const QString &text)
@@ -79,7 +79,7 @@ std::vector<Line> Press::Broken(const QString &text, Style style, double width) 
 {
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    option.setTabStopDistance(Dots(TabWidth));
+    option.setTabStopDistance(TabWidth);
     std::vector<Line> lines;
     for (const QString &paragraph : Printable(text).split(u'\n')) {
         const bool isRightToLeft = paragraph.isRightToLeft();
@@ -141,7 +141,7 @@ void Press::PaintText(const Mark &mark)
 {
     QTextOption option;
     option.setWrapMode(QTextOption::NoWrap);
-    option.setTabStopDistance(Dots(TabWidth));
+    option.setTabStopDistance(TabWidth);
     option.setTextDirection(mark.IsRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     QTextLayout layout(mark.Content, FontOf(mark.Style), m_painter.device());
     layout.setTextOption(option);
