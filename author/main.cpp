@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "author/Commands.h"
+#include "author/SystemFonts.h"
 
 #include <QGuiApplication>
 
@@ -23,6 +24,7 @@ int main(int argc, char **argv)
     qInstallMessageHandler(OnlyFatal);
     // QTextDocument needs a QPA platform, but no display.
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    UseSystemFonts();
     QGuiApplication::setDesktopSettingsAware(false);
     const QGuiApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"practorium-author"_s);
