@@ -9,7 +9,7 @@
 // write to the error output what they find wrong.
 namespace Apart {
 
-constexpr int MostSeconds = 20; // of one core
+constexpr int MostSeconds = 10; // of one core
 
 // Runs the work and returns its picture, or the error that it raised; what it
 // writes to the error output is lost. Where the system can copy a process, the

@@ -121,10 +121,8 @@ QImage Run(const std::function<QImage()> &work)
     Uninterrupted([&] { return waitpid(copy, &status, 0); });
     if (WIFSIGNALED(status) && WTERMSIG(status) == SIGXCPU)
         throw Refused(u"The picture takes more than %1 seconds"_s.arg(MostSeconds));
-    if (!isWhole)
-        throw Refused(u"The picture is damaged"_s);
-    if (!fault.isEmpty())
-        throw Refused(fault);
+    if (!isWhole || image.isNull())
+        throw Refused(fault.isEmpty() ? u"The picture is damaged"_s : fault);
     return image;
 }
 
