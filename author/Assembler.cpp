@@ -92,7 +92,7 @@ public:
         m_draft.Feedback = WithoutPictures(m_item.Feedback, u"the explanation"_s);
         m_draft.Category = m_item.Category;
         m_draft.IsLimited = m_item.IsMultiple && !m_item.IsUnlimited;
-        if (Characters() > ExamFormat::MostItemCharacters)
+        if (Length() > ExamFormat::MostItemCharacters)
             throw LeftOutBecause{ u"it has more than %1 characters"_s.arg(ExamFormat::MostItemCharacters) };
         return std::move(m_draft);
     }
@@ -129,7 +129,7 @@ private:
                 { {}, WithoutPictures(option.Feedback, u"the feedback on "_s + what), option.IsRight, option.IsFixed });
         }
         if (!m_settings.KeepsLetters)
-            Markup::RemoveOptionLetters(statements);
+            OptionLetters::Remove(statements);
         for (size_t i = 0; i < m_draft.Options.size(); ++i)
             m_draft.Options[i].Statement = statements.at(static_cast<qsizetype>(i));
     }
@@ -268,7 +268,7 @@ private:
         }
     }
 
-    qsizetype Characters() const
+    qsizetype Length() const
     {
         // Of a feedback on an option also its letter and the line break.
         constexpr qsizetype besideFeedback = 4;

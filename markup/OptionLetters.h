@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
-#include <QStringList>
-namespace Markup { inline void RemoveOptionLetters(QStringList &) {} }
 
+#include <QStringList>
 
 namespace OptionLetters {
 

@@ -1,41 +1,29 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "markup/PlainText.h"
-
-#include <QStringList>
 #include "markup/Text.h"
+
 #include <QString>
+#include <QStringList>
+
 #include <vector>
 
 namespace Markup {
 
 struct Picture {
+    // The address as it is written, with its entities resolved; a "data:" address
+    // for a drawing that stands in the text itself. Can be empty.
     QString Source;
-    QString Alt;
+    QString Alt; // without blanks at its ends; empty when there is none
 };
 
 struct Readable {
-    QString Text;
-    std::vector<Picture> Pictures;
-    QStringList Warnings;
-};
-
-inline Readable Read(const Text &text)
-{
-    return { PlainText::Readable(text), {}, {} };
-}
-
-inline QString Spelled(const Readable &readable, bool)
-{
-    return readable.Text;
-}
-    // The address as it is written, with its entities resolved; a "data:" address
-    // for a drawing that stands in the text itself. Can be empty.
-    QString Alt; // without blanks at its ends; empty when there is none
     // U+FFFC, and only that, stands for each picture.
+    QString Text;
     std::vector<Picture> Pictures; // in the order of the text
     QStringList Warnings; // what is lost, each a line
+};
+
 // The text without its markup. Lines end with "\n"; there is none at the end,
 // no white space at the end of a line and no two blank lines in a row where
 // markup made them. Nothing that the text refers to is ever loaded. Empty when
@@ -53,6 +41,7 @@ inline QString Spelled(const Readable &readable, bool)
 //
 // Needs a QGuiApplication.
 Readable Read(const Text &text);
+
 // The text with "[alt]", "[name]" or "[picture]" in place of each picture. Where
 // the pictures are shown beside the text, a line that holds nothing but pictures
 // goes.

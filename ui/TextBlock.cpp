@@ -17,11 +17,11 @@ namespace {
 constexpr qsizetype LongestRun = 1000; // characters
 constexpr QChar ZeroWidthSpace(0x200B);
 
-QTextOption Wrapping(const QString &text = {})
-// Gives the layout of the text the font, with code in one of fixed width.
+// Gives the layout of the text its direction and the font, with code in one of fixed
+// width.
 void SetFont(QTextLayout &layout, const QFont &font)
 {
-    const bool isRightToLeft = text.isRightToLeft();
+    const bool isRightToLeft = layout.text().isRightToLeft();
     QTextOption option(isRightToLeft ? Qt::AlignRight : Qt::AlignLeft);
     option.setTextDirection(isRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
@@ -55,7 +55,6 @@ void TextBlock::SetText(const QString &text)
     // The label keeps the text for a screen reader.
     setText(shown);
     m_layout.setText(Lines(shown));
-    m_layout.setTextOption(Wrapping(shown));
     m_width = -1;
 }
 

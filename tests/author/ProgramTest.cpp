@@ -48,9 +48,6 @@ TEST(ProgramTest, FromBankToPackage)
     const QByteArray bytes = Sandbox::ReadFile(Sandbox::Path(u"bank/PACK/PACK.exam"_s));
     const qsizetype block = 4 + qFromLittleEndian<qint32>(bytes.constData());
     Write(u"reserved.exam"_s, QByteArray::fromHex("0200000000fe") + bytes.mid(block));
-    EXPECT_EQ(Started(u"dump reserved.exam"_s).Out.chopped(1),
-              uR"({"reserved":"00fe","codePage":null,"code":"A\"Ä","name":"Sample","maxScore":32767,"passScore":0,"duration":546,"questions":[
-    Write(u"reserved.exam"_s, QByteArray::fromHex("0200000000fe") + bytes.mid(4));
     EXPECT_EQ(
         Started(u"dump reserved.exam"_s).Out.chopped(1),
         uR"({"reserved":"00fe","codePage":null,"code":"A\"Ä","name":"Sample","maxScore":32767,"passScore":0,"duration":546,"questions":[
