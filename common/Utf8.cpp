@@ -4,6 +4,7 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 
 namespace Utf8Text {
@@ -97,17 +98,22 @@ Progress Convert(const uchar *in, const uchar *end, char16_t *out)
     while (in != end) {
         // Words and what is between them, without a branch for each letter.
         while (end - in >= 2 * Ahead) {
+            const uchar *const before = in;
             const int pairs = ConvertPairs(in, out);
             in += 2 * pairs;
             out += pairs;
             if (2 * pairs == Ahead)
                 continue;
-            const int letters = ConvertAscii(in, out);
-            in += letters;
-            out += letters;
-            if (pairs + letters == 0)
+            for (int letters = Ahead; letters == Ahead && end - in >= Ahead;) {
+                letters = ConvertAscii(in, out);
+                in += letters;
+                out += letters;
+            }
+            if (in == before)
                 break;
         }
+        if (in == end)
+            break;
         if (*in < 0x80) {
             *out++ = *in++;
             continue;
@@ -145,6 +151,14 @@ QString FromBytes(QByteArrayView bytes)
 {
     const auto *in = reinterpret_cast<const uchar *>(bytes.data());
     const uchar *end = in + bytes.size();
+    // A short text, as most are, is copied in less time than it is counted in.
+    constexpr qsizetype shortText = 2048;
+    if (bytes.size() <= shortText) {
+        std::array<char16_t, shortText + Ahead> buffer;
+        const Progress whole = Convert(in, end, buffer.data());
+        if (whole.In == end)
+            return QStringView(buffer.data(), whole.Out).toString();
+    }
     QString text(LengthOf(in, end) + Ahead, Qt::Uninitialized);
     auto *out = reinterpret_cast<char16_t *>(text.data());
     Progress progress = Convert(in, end, out);
