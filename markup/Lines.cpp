@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "markup/Lines.h"
 
+#include <QStringList>
+
 #include <algorithm>
 
 using namespace Qt::Literals::StringLiterals;
@@ -68,6 +70,16 @@ QString NumberText(int number, QChar type)
     return type.isUpper() ? text.toUpper() : text;
 }
 
+}
+
+QString Trimmed(const QString &text)
+{
+    QStringList lines = text.split(u'\n');
+    for (QString &line : lines) {
+        while (!line.isEmpty() && line.back().isSpace())
+            line.chop(1);
+    }
+    return lines.join(u'\n').trimmed();
 }
 
 void Lines::PutCollapsed(QStringView text)

@@ -4,6 +4,7 @@
 #include "markup/Document.h"
 #include "markup/Html.h"
 #include "markup/HtmlReader.h"
+#include "markup/Lines.h"
 #include "markup/Tex.h"
 
 #include <QHash>
@@ -165,7 +166,7 @@ Readable AsWritten(const QString &markdown)
         done = found.capturedEnd();
     }
     readable.Text += QStringView(markdown).sliced(done);
-    readable.Text = readable.Text.replace(LineBreak, u'\n').trimmed();
+    readable.Text = Trimmed(readable.Text.replace(LineBreak, u'\n'));
     return readable;
 }
 
