@@ -288,7 +288,7 @@ void Lines::CloseScript(const OpenScript &script)
     const bool isRaised = script.Side == Scripts::Side::Raised;
     const bool isNumbered = before.isDigit() || (before == u'.' && script.Start > 1 && m_line.at(script.Start - 2).isDigit());
     QString text;
-    if (isRaised && isNumbered && Scripts::IsOrdinal(word))
+    if (isRaised && ((isNumbered && Scripts::IsOrdinal(word)) || (!before.isNull() && word == u"th"_s)))
         text = word;
     else if (isRaised && (isNumbered || before == u'n' || before == u'N') && (word == u"o"_s || (word == u"a"_s && isNumbered)))
         text = word == u"o"_s ? u"\u00BA"_s : u"\u00AA"_s;
