@@ -267,7 +267,7 @@ private:
             bool &isOpen = sign == u'`' ? m_isFenceOpen : m_isOtherFenceOpen;
             const qsizetype close = isOpen ? -1 : m_text.indexOf(m_text.sliced(at, 3), open);
             isOpen = close < 0;
-            return close < 0 ? -1 : Put(at, close + 3, Piece::Type::Code);
+            return close < 0 ? open : Put(at, close + 3, Piece::Type::Code);
         }
         if (sign != u'`')
             return -1;

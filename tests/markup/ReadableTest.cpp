@@ -140,9 +140,9 @@ TEST(ReadableTest, LongTextsEndInTime)
                                  u"a^{"_s,
                                  u"```a`"_s,
                                  u"&lt"_s,
-                                 u"<p>a</p>"_s }) {
+                                 u"<p>a</p>"_s, u"- "_s, u"> "_s }) {
         const QString source = part.repeated(200'000 / part.size());
-        for (const Kind kind : { Kind::Moodle, Kind::Html })
+        for (const Kind kind : { Kind::Moodle, Kind::Html, Kind::Markdown })
             EXPECT_FALSE(Markup::Read({ source + u"x"_s, kind }).Text.isEmpty()) << part.toStdString();
         EXPECT_FALSE(Markup::Read({ u"y<math>"_s + source + u"</math>"_s, Kind::Html }).Text.isEmpty()) << part.toStdString();
     }
