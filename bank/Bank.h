@@ -54,12 +54,15 @@ struct Item {
     std::shared_ptr<const Bank::Files> Files;
 };
 
-// One question bank to read.
+// One question bank to read: a file, or a package, which is a folder or a zip
+// archive. Formats that are packages look at Files once IsPackage
+// (bank/Archive.h) says so.
 struct Source {
     // The path as the user wrote it; "-" for the standard input.
     QString Name;
-    QByteArray Bytes;
-    // The files beside it, or those of the folder or the archive that it is.
+    QByteArray Bytes; // empty for a folder
+    // Of a folder or an archive the files in it (FolderFiles, Archive), else the
+    // files beside it; null for none.
     std::shared_ptr<const Bank::Files> Files;
 };
 

@@ -13,6 +13,18 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace Bank {
 
+FilesBelow::FilesBelow(std::shared_ptr<const Files> files, QString folder)
+    : m_files(std::move(files))
+    , m_folder(std::move(folder))
+{
+}
+
+std::optional<QByteArray> FilesBelow::Read(const QString &path) const
+{
+    const QString whole = ResolvedPath(path, m_folder);
+    return whole.isEmpty() ? std::nullopt : m_files->Read(whole);
+}
+
 FolderFiles::FolderFiles(const QString &folder)
     : m_folder(QFileInfo(folder).canonicalFilePath())
 {
@@ -20,7 +32,7 @@ FolderFiles::FolderFiles(const QString &folder)
 
 std::optional<QByteArray> FolderFiles::Read(const QString &path) const
 {
-    if (m_folder.isEmpty() || PathOf(QString::fromLatin1(QUrl::toPercentEncoding(path, "/"))).isEmpty())
+    if (m_folder.isEmpty() || path.startsWith(u'/') || ResolvedPath(path).isEmpty())
         return {};
     // A link may lead out where the path does not.
     const QFileInfo info(QFileInfo(QDir(m_folder).filePath(path)).canonicalFilePath());
@@ -48,17 +60,39 @@ QStringList FolderFiles::Paths() const
     return paths;
 }
 
-QString PathOf(const QString &reference, const QString &base)
+QString RelativePath(const QString &reference)
 {
     const QUrl url(reference.trimmed());
     if (!url.isRelative() || !url.host().isEmpty())
         return {};
     const QString path = url.path(QUrl::FullyDecoded).replace(u'\\', u'/');
-    if (path.isEmpty() || path.startsWith(u'/') || path.contains(u'\0') || path.contains(u':'))
+    return path.startsWith(u'/') || path.contains(u'\0') || path.contains(u':') ? QString() : path;
+}
+
+QString ResolvedPath(const QString &path, const QString &base)
+{
+    if (path.isEmpty())
         return {};
     const QString whole = QDir::cleanPath(base.isEmpty() ? path : base + u'/' + path);
     const bool leadsOut = whole == ".."_L1 || whole.startsWith("../"_L1) || whole.startsWith(u'/') || whole == "."_L1;
     return leadsOut ? QString() : whole;
+}
+
+QString PathOf(const QString &reference, const QString &base)
+{
+    return ResolvedPath(RelativePath(reference), base);
+}
+
+QString ShallowestOf(const QStringList &paths, const QString &name)
+{
+    QString shallowest;
+    for (const QString &path : paths) {
+        const bool isNamed = path.endsWith(name, Qt::CaseInsensitive)
+            && (path.size() == name.size() || path.at(path.size() - name.size() - 1) == u'/');
+        if (isNamed && (shallowest.isEmpty() || path.count(u'/') < shallowest.count(u'/')))
+            shallowest = path;
+    }
+    return shallowest;
 }
 
 }

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
 #include <optional>
 
 namespace Bank {
@@ -20,6 +21,18 @@ public:
     virtual std::optional<QByteArray> Read(const QString &path) const = 0;
     // The paths of all files, sorted; empty when they are not to be listed.
     virtual QStringList Paths() const { return {}; }
+};
+
+// The files of another Files as they are seen from one of its folders: paths that
+// begin with "../" are those beside that folder.
+class FilesBelow : public Files {
+public:
+    FilesBelow(std::shared_ptr<const Files> files, QString folder);
+    std::optional<QByteArray> Read(const QString &path) const override;
+
+private:
+    std::shared_ptr<const Files> m_files;
+    QString m_folder;
 };
 
 // The files of a folder and of its subfolders. Nothing outside is read, also by
@@ -40,10 +53,20 @@ private:
 // Bytes; no file of a bank is larger, in an archive or out of it.
 constexpr qint64 MostFileBytes = 256 * 1024 * 1024;
 
+// A reference in a text as a path for Files::Read: percent-decoded, without query and
+// fragment. Empty when it is absolute or names another place of the network.
+QString RelativePath(const QString &reference);
+
 // A reference in a text or a manifest as a path: percent-decoded, without query
 // and fragment, "./" and "../" resolved against the folder of the file that it
 // stands in (base, which may be empty). Empty when it leads out, is absolute or
-// names another place of the network.
+// names another place of the network. ResolvedPath takes what RelativePath returns.
 QString PathOf(const QString &reference, const QString &base = {});
+QString ResolvedPath(const QString &path, const QString &base = {});
+
+// Of the paths to a file of that name, in whatever case, the one with the fewest
+// folders, and of these the first; empty when there is none. Packages often lie
+// in a folder of their archive.
+QString ShallowestOf(const QStringList &paths, const QString &name);
 
 }

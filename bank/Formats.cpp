@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bank/Formats.h"
 
+#include "bank/Aiken.h"
 #include "bank/Gift.h"
+#include "bank/H5p.h"
 
 #include <algorithm>
 
@@ -12,7 +14,9 @@ namespace Bank {
 const std::vector<Format> &Formats()
 {
     static const std::vector<Format> formats = {
+        { u"aiken"_s, u"Aiken"_s, Aiken::Suits, Aiken::Read },
         { u"gift"_s, u"GIFT"_s, Gift::Suits, Gift::Read },
+        { u"h5p"_s, u"H5P"_s, H5p::Suits, H5p::Read },
     };
     return formats;
 }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bank/Gift.h"
 
+#include "bank/Category.h"
+#include "bank/Decode.h"
+#include "bank/GiftBlock.h"
 #include "bank/GiftLines.h"
-
-#include <QRegularExpression>
-#include <QStringDecoder>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -12,187 +12,210 @@ namespace Gift {
 
 namespace {
 
-constexpr double FullCredit = 100;
+constexpr QStringView EmbeddedAnswers = u"an embedded-answers question (Cloze) has its options inside the text";
 
-// The text without its format prefix; the fallback applies when there is none.
-Markup::Text Formatted(const QString &hidden, Markup::Kind fallback)
+// The title of "::title::", taken off the text; empty when there is none.
+QString TakeTitle(QStringView &text)
 {
-    static const QRegularExpression prefix(u"^\\s*\\[(html|moodle|plain|markdown)\\]"_s);
-    Markup::Text text{ hidden, fallback };
-    if (const auto match = prefix.match(hidden); match.hasMatch()) {
-        const QString name = match.captured(1);
-        text.Kind = name == "html"_L1 ? Markup::Kind::Html
-            : name == "plain"_L1      ? Markup::Kind::Plain
-            : name == "markdown"_L1   ? Markup::Kind::Markdown
-                                      : Markup::Kind::Moodle;
-        text.Source = hidden.mid(match.capturedEnd());
-    }
-    text.Source = GiftLines::Restore(text.Source.trimmed());
-    return text;
+    const qsizetype end = text.startsWith(u"::") ? text.indexOf(u"::", 2) : -1;
+    if (end < 0)
+        return {};
+    const QStringView title = text.sliced(2, end - 2).trimmed();
+    text = text.sliced(end + 2);
+    return GiftLines::Restore(title);
 }
 
-// The text without its "::title::", which an exam file cannot store.
-QString WithoutTitle(const QString &text)
+// Whether nothing but end tags stands there.
+bool IsEndOfMarkup(QStringView text)
 {
-    const qsizetype end = text.startsWith("::"_L1) ? text.indexOf("::"_L1, 2) : -1;
-    return end < 0 ? text : text.mid(end + 2);
-}
-
-// The text before and after the answer block as one stem. The block is a gap in
-// a sentence unless only end tags follow it.
-QString Stem(const QString &before, const QString &behind)
-{
-    static const QRegularExpression noSentence(u"^\\s*(</\\w+\\s*>\\s*)*$"_s);
-    return noSentence.match(behind).hasMatch() ? before + behind : before + u"_____"_s + behind;
-}
-
-struct MarkedOption {
-    Bank::Option Content;
-    bool HasEqualsSign = false;
-    double Weight = 0;
-};
-
-// One option, from its "=" or "~" to the next one.
-MarkedOption ReadOption(const QString &hidden, Markup::Kind fallback)
-{
-    static const QRegularExpression weight(u"^\\s*%(-?[0-9]+(?:[.,][0-9]*)?)%"_s);
-    MarkedOption option;
-    option.HasEqualsSign = hidden.startsWith(u'=');
-    option.Weight = option.HasEqualsSign ? FullCredit : 0;
-    QString text = hidden.mid(1);
-    if (const auto match = weight.match(text); match.hasMatch()) {
-        option.Weight = match.captured(1).replace(u',', u'.').toDouble();
-        text.remove(0, match.capturedEnd());
-    }
-    const qsizetype hash = text.indexOf(u'#');
-    option.Content.Statement = Formatted(hash < 0 ? text : text.left(hash), fallback);
-    if (hash >= 0)
-        option.Content.Feedback = Formatted(text.mid(hash + 1), fallback);
-    return option;
-}
-
-// Adds the options to the item. Returns why an exam cannot hold them; empty when
-// it can.
-QString ReadOptions(Bank::Item &item, const QString &block)
-{
-    std::vector<MarkedOption> options;
-    static const QRegularExpression marker(u"[~=]"_s);
-    for (qsizetype at = 0; at < block.size();) {
-        qsizetype next = block.indexOf(marker, at + 1);
-        if (next < 0)
-            next = block.size();
-        options.push_back(ReadOption(block.mid(at, next - at), item.Problem.Kind));
-        at = next;
-    }
-    // With any "=" only options with full credit are correct, without one all with
-    // a positive weight.
-    const bool isSingle = std::any_of(options.begin(), options.end(), [](const auto &o) { return o.HasEqualsSign; });
-    int right = 0;
-    for (MarkedOption &option : options) {
-        const bool isPartOnly = isSingle && !option.HasEqualsSign && option.Weight < FullCredit;
-        option.Content.IsRight = option.Weight > 0 && !isPartOnly;
-        right += option.Content.IsRight ? 1 : 0;
-        item.Options.push_back(std::move(option.Content));
-    }
-    // An item has exactly one key.
-    if (isSingle && right > 1) {
-        item.Options.clear();
-        return u"several answers are right alone"_s;
-    }
-    item.IsMultiple = !isSingle;
-    return {};
-}
-
-// {T#feedback when wrong#feedback when right}; false when it is another kind of
-// block.
-bool ReadTrueFalse(Bank::Item &item, const QString &block)
-{
-    const QStringList parts = block.split(u'#');
-    const QString key = parts.first().trimmed().toUpper();
-    const bool isTrue = key == "T"_L1 || key == "TRUE"_L1;
-    if (!isTrue && key != "F"_L1 && key != "FALSE"_L1)
-        return false;
-    for (const bool value : { true, false }) {
-        const bool isRight = value == isTrue;
-        Bank::Option option{ { value ? u"True"_s : u"False"_s, Markup::Kind::Plain }, {}, isRight };
-        if (parts.size() > (isRight ? 2 : 1))
-            option.Feedback = Formatted(isRight ? parts.mid(2).join(u'#') : parts.at(1), item.Problem.Kind);
-        item.Options.push_back(std::move(option));
+    for (text = text.trimmed(); !text.isEmpty(); text = text.trimmed()) {
+        const qsizetype close = text.indexOf(u'>');
+        if (!text.startsWith(u"</") || close < 3)
+            return false;
+        const QStringView name = text.sliced(2, close - 2).trimmed();
+        if (!std::all_of(name.begin(), name.end(), [](QChar c) { return c.isLetterOrNumber() || c == u'_'; }))
+            return false;
+        text = text.sliced(close + 1);
     }
     return true;
 }
 
-// Parses the answer block into the item. Returns why an exam cannot hold it;
-// empty when it can.
-QString ReadBlock(Bank::Item &item, QString block)
+// The text before and after the answer block as one stem. The block is a gap in
+// a sentence unless only end tags follow it.
+QString Stem(QStringView before, QStringView behind)
 {
-    const qsizetype general = block.lastIndexOf("####"_L1);
-    if (general >= 0) {
-        item.Feedback = Formatted(block.mid(general + 4), item.Problem.Kind);
-        block.truncate(general);
+    QString stem;
+    stem.reserve(before.size() + behind.size() + 5);
+    stem += before;
+    if (!IsEndOfMarkup(behind))
+        stem += u"_____"_s;
+    return stem += behind;
+}
+
+// Why a text with more than the braces of one answer block, which ends at that place,
+// is no item; empty when it has no others.
+QString FaultOfBraces(QStringView text, qsizetype close)
+{
+    if (const qsizetype next = text.indexOf(u'{', close); next >= 0) {
+        return text.sliced(close, next - close).contains(u'\n')
+            ? u"more than one answer block (is a blank line missing between two questions?)"_s
+            : EmbeddedAnswers.toString();
     }
-    block = block.trimmed();
-    if (block.isEmpty())
-        return u"an essay question has no options"_s;
-    if (block.startsWith(u'#'))
-        return u"a numerical question has no options"_s;
-    if (ReadTrueFalse(item, block))
-        return {};
-    if (!block.startsWith(u'=') && !block.startsWith(u'~'))
-        return u"the answer block begins with neither \"=\" nor \"~\""_s;
-    if (!block.contains(u'~'))
-        return block.contains("->"_L1) ? u"a matching question has no options"_s : u"a short-answer question has no options"_s;
-    return ReadOptions(item, block);
+    return text.indexOf(u'}', close + 1) < 0 ? QString()
+                                             : u"more than one \"}\" (write \"\\{\" and \"\\}\" for braces in a text)"_s;
 }
 
-QString ReadItem(Bank::Item &item, const GiftLines::Piece &piece)
+bool HasEmbedded(QStringView text)
 {
-    if (piece.Text.isEmpty())
-        return u"the exhibit \"%1\" stands before no question"_s.arg(piece.Exhibit.value_or(QString()));
-    if (piece.IsAmbiguous)
-        return u"more than one exhibit is named"_s;
-    const QString text = WithoutTitle(piece.Text.trimmed());
-    const qsizetype open = text.indexOf(u'{');
-    const qsizetype close = text.indexOf(u'}', std::max<qsizetype>(open, 0));
-    if (open < 0)
-        return close < 0 ? u"a description without answers is no question"_s : u"a \"}\" without its \"{\""_s;
-    if (close < 0)
-        return u"the answer block is not closed"_s;
-    if (text.indexOf(u'{', close) >= 0)
-        return u"more than one answer block (is a blank line missing between two questions?)"_s;
-    if (text.indexOf(u'}', close + 1) >= 0)
-        return u"more than one \"}\" (write \"\\{\" and \"\\}\" for braces in a text)"_s;
-    item.Problem = Formatted(Stem(text.left(open), text.mid(close + 1)), Markup::Kind::Moodle);
-    return ReadBlock(item, text.mid(open + 1, close - open - 1));
+    for (qsizetype open = text.indexOf(u'{'); open >= 0; open = text.indexOf(u'{', open + 1)) {
+        if (GiftBlock::IsEmbedded(text.sliced(open + 1)))
+            return true;
+    }
+    return false;
 }
 
-}
+class Reader {
+public:
+    Reader(const Bank::Source &source, const Bank::Options &options, Bank::Receiver &receiver)
+        : m_source(source)
+        , m_options(options)
+        , m_receiver(receiver)
+    {
+    }
 
-QString Decode(const QByteArray &bytes)
-{
-    QStringDecoder decoder(QStringConverter::encodingForData(bytes).value_or(QStringConverter::Utf8));
-    QString text = decoder(bytes);
-    text.replace(u"\r\n"_s, u"\n"_s);
-    text.replace(u'\r', u'\n');
-    return text;
+    void Take(const GiftLines::Piece &piece)
+    {
+        if (piece.Category) {
+            TakeCategory(*piece.Category);
+            return;
+        }
+        Bank::Item item;
+        item.Line = piece.Line;
+        item.Category = m_category;
+        item.IsUnlimited = piece.IsUnlimited;
+        item.Exhibit = piece.Exhibit;
+        item.Files = m_source.Files;
+        QStringView text = piece.Text.trimmed();
+        item.Title = TakeTitle(text);
+        const bool isDescription = !text.isEmpty() && !text.contains(u'{') && !text.contains(u'}');
+        if (m_options.HasPassages && isDescription && !piece.IsAmbiguous) {
+            TakePassage(piece, text);
+            return;
+        }
+        item.Refusal = piece.Text.isEmpty()
+            ? u"the exhibit \"%1\" stands before no question"_s.arg(piece.Exhibit.value_or(QString()))
+            : piece.IsAmbiguous ? u"more than one exhibit is named"_s
+            : isDescription     ? u"a description without answers is no question"_s
+                                : ReadQuestion(item, text);
+        if (item.Refusal.isEmpty()) {
+            item.Passage = m_passage;
+            if (!item.Exhibit)
+                item.Exhibit = m_passageExhibit;
+        }
+        m_isPassageRead = m_passageLine != 0;
+        m_receiver.Add(std::move(item));
+    }
+
+    // Nothing follows the last passage.
+    void EndPassage()
+    {
+        if (m_passageLine != 0 && !m_isPassageRead)
+            m_receiver.Warn(m_passageLine, u"no question follows the description"_s);
+        m_passage = {};
+        m_passageExhibit.reset();
+        m_passageLine = 0;
+        m_isPassageRead = false;
+    }
+
+private:
+    void TakeCategory(QStringView path)
+    {
+        EndPassage();
+        const QStringList parts = Bank::CategoryParts(GiftLines::Restore(path));
+        m_category = parts.join(u'/');
+        if (!m_hasCategory)
+            m_receiver.SetName(Bank::NameOfCategory(parts));
+        m_hasCategory = true;
+    }
+
+    // The paragraphs of a passage are parted by blank lines, as items are.
+    void TakePassage(const GiftLines::Piece &piece, QStringView text)
+    {
+        const Markup::Text passage = GiftBlock::Formatted(text, Markup::Kind::Moodle);
+        const bool isContinued = m_passageLine != 0 && !m_isPassageRead && passage.Kind == m_passage.Kind;
+        if (!isContinued) {
+            EndPassage();
+            m_passageLine = piece.Line;
+            m_passage = passage;
+        } else {
+            m_passage.Source += u"\n\n"_s + passage.Source;
+        }
+        if (piece.Exhibit)
+            m_passageExhibit = piece.Exhibit;
+    }
+
+    QString ReadQuestion(Bank::Item &item, QStringView text) const
+    {
+        const qsizetype open = text.indexOf(u'{');
+        const qsizetype close = text.indexOf(u'}', std::max<qsizetype>(open, 0));
+        if (open < 0)
+            return u"a \"}\" without its \"{\""_s;
+        if (HasEmbedded(text))
+            return EmbeddedAnswers.toString();
+        if (close < 0)
+            return u"the answer block is not closed"_s;
+        if (const QString fault = FaultOfBraces(text, close); !fault.isEmpty())
+            return fault;
+        item.Problem = GiftBlock::Formatted(Stem(text.first(open), text.sliced(close + 1)), Markup::Kind::Moodle);
+        return GiftBlock::Read(item, text.sliced(open + 1, close - open - 1), m_options);
+    }
+
+    const Bank::Source &m_source;
+    const Bank::Options &m_options;
+    Bank::Receiver &m_receiver;
+    QString m_category;
+    bool m_hasCategory = false;
+    Markup::Text m_passage;
+    std::optional<QString> m_passageExhibit;
+    int m_passageLine = 0; // 0: no passage
+    bool m_isPassageRead = false; // an item follows it
+};
+
 }
 
 bool Suits(const Bank::Source &source)
 {
-    return source.Bytes.contains('{');
+    QString text = Bank::Beginning(source);
+    const QStringView begin = QStringView(text).trimmed();
+    if (begin.startsWith(u"<?") || begin.startsWith(u"<!"))
+        return false;
+    GiftLines::Hide(text);
+    int answers = 0;
+    int others = 0;
+    GiftLines::Cut(text, [&](const GiftLines::Piece &piece) {
+        if (piece.Category)
+            ++answers;
+        const qsizetype open = piece.Text.indexOf(u'{');
+        if (open < 0)
+            return;
+        const qsizetype close = piece.Text.indexOf(u'}', open);
+        const QStringView block = piece.Text.sliced(open + 1, (close < 0 ? piece.Text.size() : close) - open - 1);
+        // An empty one is an essay's, and nothing in many other languages.
+        if (GiftBlock::IsAnswer(block))
+            ++answers;
+        else if (!block.trimmed().isEmpty())
+            ++others;
+    });
+    return answers > others;
 }
 
-void Read(const Bank::Source &source, const Bank::Options &, Bank::Receiver &receiver)
+void Read(const Bank::Source &source, const Bank::Options &options, Bank::Receiver &receiver)
 {
-    for (const GiftLines::Piece &piece : GiftLines::Cut(GiftLines::Hide(Decode(source.Bytes)))) {
-        Bank::Item item;
-        item.Line = piece.Line;
-        item.IsUnlimited = piece.IsUnlimited;
-        item.Exhibit = piece.Exhibit;
-        item.Files = source.Files;
-        item.Refusal = ReadItem(item, piece);
-        receiver.Add(std::move(item));
-    }
+    QString text = Bank::Decode(source, options.Encoding);
+    GiftLines::Hide(text);
+    Reader reader(source, options, receiver);
+    GiftLines::Cut(text, [&](const GiftLines::Piece &piece) { reader.Take(piece); });
+    reader.EndPassage();
 }
 
 }

@@ -6,11 +6,9 @@
 // Reads GIFT, the text format of question banks.
 namespace Gift {
 
+// Whether most pairs of braces at the beginning hold what an answer block holds, or a
+// category line stands there. An answer block that is not closed counts too.
 bool Suits(const Bank::Source &source);
 void Read(const Bank::Source &source, const Bank::Options &options, Bank::Receiver &receiver);
-
-// The text of a file: UTF-8, or the encoding of its byte order mark. Invalid
-// bytes become U+FFFD. Lines end with a line feed.
-QString Decode(const QByteArray &bytes);
 
 }

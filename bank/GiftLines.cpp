@@ -13,6 +13,12 @@ namespace {
 constexpr QStringView Escaped = u"~=#{}:\\n";
 // The first of as many noncharacters.
 constexpr char16_t FirstHidden = 0xFDD0;
+constexpr QStringView CategoryMark = u"$CATEGORY:";
+
+bool IsHidden(QChar c)
+{
+    return c.unicode() >= FirstHidden && c.unicode() < FirstHidden + Escaped.size();
+}
 
 struct Directives {
     bool IsUnlimited = false;
@@ -20,14 +26,14 @@ struct Directives {
 
     // Adds those in a comment line: "// [nolimit]", "// [exhibit:name]" or both.
     // Any other comment has none.
-    void Read(const QString &comment)
+    void Read(QStringView comment)
     {
         static const QRegularExpression whole(u"^//\\s*(\\[[^\\]]*\\]\\s*)+$"_s);
         static const QRegularExpression one(u"\\[\\s*(nolimit|exhibit\\s*:([^\\]]*))\\s*\\]"_s,
                                             QRegularExpression::CaseInsensitiveOption);
-        if (!whole.match(comment).hasMatch())
+        if (!comment.endsWith(u']') || !whole.match(comment.toString()).hasMatch())
             return;
-        for (auto match = one.globalMatch(comment); match.hasNext();) {
+        for (auto match = one.globalMatch(comment.toString()); match.hasNext();) {
             const QRegularExpressionMatch directive = match.next();
             if (directive.captured(1).startsWith(u'n', Qt::CaseInsensitive))
                 IsUnlimited = true;
@@ -39,54 +45,111 @@ struct Directives {
 
 enum class LineKind { Text, Blank, Comment, Category };
 
-LineKind KindOf(const QString &line)
+LineKind KindOf(QStringView trimmed)
 {
-    const QStringView trimmed = QStringView(line).trimmed();
     if (trimmed.isEmpty())
         return LineKind::Blank;
     if (trimmed.startsWith(u"//"))
         return LineKind::Comment;
-    return trimmed.startsWith(u"$CATEGORY:") ? LineKind::Category : LineKind::Text;
+    return trimmed.startsWith(CategoryMark) ? LineKind::Category : LineKind::Text;
 }
 
-// For each line, whether the first brace in it or in a later line is a "}".
-std::vector<bool> WhereBlocksClose(const QStringList &lines)
-{
-    std::vector<bool> closes(static_cast<size_t>(lines.size()));
-    bool closesNext = false;
-    for (qsizetype i = lines.size() - 1; i >= 0; --i) {
-        if (KindOf(lines.at(i)) == LineKind::Text) {
-            const auto brace
-                = std::find_if(lines.at(i).begin(), lines.at(i).end(), [](QChar c) { return c == u'{' || c == u'}'; });
-            if (brace != lines.at(i).end())
-                closesNext = *brace == u'}';
-        }
-        closes[static_cast<size_t>(i)] = closesNext;
+// The lines of a text one by one.
+class Lines {
+public:
+    explicit Lines(QStringView text, qsizetype begin = 0)
+        : m_text(text)
+        , m_next(begin)
+    {
     }
-    return closes;
-}
+
+    // Where the next line begins.
+    qsizetype Place() const { return m_next; }
+
+    bool Next(QStringView &line)
+    {
+        if (m_next > m_text.size())
+            return false;
+        qsizetype end = m_text.indexOf(u'\n', m_next);
+        if (end < 0)
+            end = m_text.size();
+        line = m_text.sliced(m_next, end - m_next);
+        m_next = end + 1;
+        return true;
+    }
+
+private:
+    QStringView m_text;
+    qsizetype m_next;
+};
+
+// Tells whether an answer block that is open is closed, before another begins.
+class BlockEnds {
+public:
+    explicit BlockEnds(QStringView text)
+        : m_text(text)
+    {
+    }
+
+    // Whether the first brace of an item in the lines from that place on is a "}".
+    // The places do not decrease.
+    bool ClosesFrom(qsizetype place)
+    {
+        // Between a place and the brace found from it there is no other.
+        if (place > m_brace)
+            Find(place);
+        return m_closes;
+    }
+
+private:
+    void Find(qsizetype place)
+    {
+        Lines lines(m_text, place);
+        m_brace = m_text.size() + 1;
+        m_closes = false;
+        QStringView line;
+        for (qsizetype begin = place; lines.Next(line); begin = lines.Place()) {
+            if (KindOf(line.trimmed()) != LineKind::Text)
+                continue;
+            const auto brace = std::find_if(line.begin(), line.end(), [](QChar c) { return c == u'{' || c == u'}'; });
+            if (brace == line.end())
+                continue;
+            m_brace = begin + (brace - line.begin());
+            m_closes = *brace == u'}';
+            return;
+        }
+    }
+
+    QStringView m_text;
+    qsizetype m_brace = -1;
+    bool m_closes = false;
+};
 
 class Cutter {
 public:
-    std::vector<Piece> Pieces;
+    explicit Cutter(const std::function<void(const Piece &)> &take)
+        : m_take(take)
+    {
+    }
 
-    void Comment(const QString &line, int number)
+    void Comment(QStringView line, int number)
     {
         // A comment after the answer block applies to the next item.
         const bool isInside = !m_text.isEmpty() && !m_wasClosed;
-        (isInside ? m_directives : m_nextDirectives).Read(line.trimmed());
+        (isInside ? m_directives : m_nextDirectives).Read(line);
         if (!m_nextDirectives.Exhibits.isEmpty() && m_nextLine == 0)
             m_nextLine = number;
     }
 
-    void Text(const QString &line, int number)
+    void Text(QStringView line, int number)
     {
         if (m_text.isEmpty()) {
             m_line = number;
             m_directives = std::exchange(m_nextDirectives, {});
             m_nextLine = 0;
         }
-        m_text += line + u'\n';
+        m_text += line;
+        m_text += u'\n';
         for (const QChar c : line) {
             if (c == u'{' && !m_isOpen)
                 m_isOpen = true;
@@ -95,14 +158,24 @@ public:
         }
     }
 
+    void Category(QStringView path, int number)
+    {
+        Finish();
+        Piece piece;
+        piece.Line = number;
+        piece.Category = path;
+        m_take(piece);
+    }
+
     bool IsOpen() const { return m_isOpen; }
 
     void Finish()
     {
         if (m_text.isEmpty())
             return;
-        Push(m_line, m_directives, m_text);
-        m_text.clear();
+        Give(m_line, m_directives, m_text);
+        // Not cleared, which would give its memory back.
+        m_text.resize(0);
         m_isOpen = m_wasClosed = false;
     }
 
@@ -111,18 +184,19 @@ public:
     {
         Finish();
         if (m_nextLine != 0)
-            Push(m_nextLine, m_nextDirectives, {});
+            Give(m_nextLine, m_nextDirectives, {});
     }
 
 private:
-    void Push(int line, const Directives &directives, const QString &text)
+    void Give(int line, const Directives &directives, QStringView text)
     {
-        Piece piece{ line, text, directives.IsUnlimited, {}, directives.Exhibits.size() > 1 };
+        Piece piece{ line, text, directives.IsUnlimited, {}, directives.Exhibits.size() > 1, {} };
         if (!directives.Exhibits.isEmpty())
             piece.Exhibit = directives.Exhibits.first();
-        Pieces.push_back(std::move(piece));
+        m_take(piece);
     }
 
+    const std::function<void(const Piece &)> &m_take;
     int m_line = 0;
     QString m_text;
     Directives m_directives;
@@ -134,56 +208,58 @@ private:
 
 }
 
-QString Hide(const QString &text)
+void Hide(QString &text)
 {
-    QString hidden;
-    hidden.reserve(text.size());
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const char16_t c = text.at(i).unicode();
-        const qsizetype which = c == u'\\' && i + 1 < text.size() ? Escaped.indexOf(text.at(i + 1)) : -1;
+    if (!text.contains(u'\\') && std::none_of(text.cbegin(), text.cend(), IsHidden))
+        return;
+    QChar *out = text.data();
+    const QChar *const begin = out;
+    const QChar *const end = begin + text.size();
+    for (const QChar *in = begin; in != end; ++in) {
+        const qsizetype which = *in == u'\\' && in + 1 != end ? Escaped.indexOf(in[1]) : -1;
         if (which >= 0) {
-            hidden += QChar(static_cast<char16_t>(FirstHidden + which));
-            ++i;
+            *out++ = QChar(static_cast<char16_t>(FirstHidden + which));
+            ++in;
         } else {
-            const bool isTaken = c >= FirstHidden && c < FirstHidden + Escaped.size();
-            hidden += isTaken ? QChar(QChar::ReplacementCharacter) : QChar(c);
+            *out++ = IsHidden(*in) ? QChar(QChar::ReplacementCharacter) : *in;
         }
     }
-    return hidden;
+    text.truncate(out - begin);
 }
 
-QString Restore(const QString &text)
+QString Restore(QStringView text)
 {
-    QString restored = text;
+    QString restored = text.toString();
     for (QChar &c : restored) {
-        const int which = c.unicode() - FirstHidden;
-        if (which >= 0 && which < Escaped.size())
-            c = Escaped.at(which) == u'n' ? QChar(u'\n') : Escaped.at(which);
+        if (!IsHidden(c))
+            continue;
+        const QChar character = Escaped.at(c.unicode() - FirstHidden);
+        c = character == u'n' ? QChar(u'\n') : character;
     }
     return restored;
 }
 
-std::vector<Piece> Cut(const QString &hiddenText)
+void Cut(QStringView hiddenText, const std::function<void(const Piece &)> &take)
 {
-    const QStringList lines = hiddenText.split(u'\n');
-    const std::vector<bool> closes = WhereBlocksClose(lines);
-    Cutter cutter;
-    for (qsizetype i = 0; i < lines.size(); ++i) {
-        const int number = static_cast<int>(i) + 1;
-        switch (KindOf(lines.at(i))) {
-        case LineKind::Comment: cutter.Comment(lines.at(i), number); break;
-        case LineKind::Text: cutter.Text(lines.at(i), number); break;
+    Lines lines(hiddenText);
+    BlockEnds ends(hiddenText);
+    Cutter cutter(take);
+    QStringView line;
+    for (int number = 1; lines.Next(line); ++number) {
+        const QStringView trimmed = line.trimmed();
+        switch (KindOf(trimmed)) {
+        case LineKind::Comment: cutter.Comment(trimmed, number); break;
+        case LineKind::Text: cutter.Text(line, number); break;
         case LineKind::Blank:
-            if (cutter.IsOpen() && closes[static_cast<size_t>(i)])
+            if (cutter.IsOpen() && ends.ClosesFrom(lines.Place()))
                 cutter.Text({}, number);
             else
                 cutter.Finish();
             break;
-        case LineKind::Category: cutter.Finish(); break;
+        case LineKind::Category: cutter.Category(trimmed.sliced(CategoryMark.size()), number); break;
         }
     }
     cutter.End();
-    return std::move(cutter.Pieces);
 }
 
 }

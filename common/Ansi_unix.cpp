@@ -83,12 +83,27 @@ bool IsPrivateLead(int page, uchar lead)
 
 }
 
+namespace {
+
+// What a converter calls a page of Windows.
+QByteArray ConverterName(int codePage)
+{
+    if (codePage == 20866)
+        return "KOI8-R";
+    if (codePage == 21866)
+        return "KOI8-U";
+    if (codePage > 28590 && codePage <= 28606)
+        return "ISO-8859-" + QByteArray::number(codePage - 28590);
+    return "CP" + QByteArray::number(codePage);
+}
+
+}
+
 Decoder::Decoder(int codePage)
     : m_system(std::make_unique<System>())
 {
     m_system->page = codePage;
-    const QByteArray name = "CP" + QByteArray::number(codePage);
-    m_system->converter = iconv_open("UTF-16LE", name.constData());
+    m_system->converter = iconv_open("UTF-16LE", ConverterName(codePage).constData());
     if (m_system->converter == reinterpret_cast<iconv_t>(-1))
         m_system->converter = iconv_open("UTF-16LE", "ISO-8859-1");
 }

@@ -519,27 +519,33 @@ bool SiftIcon(QByteArray &bytes)
 
 }
 
+QByteArray FormatOf(const QByteArray &File)
+{
+    const auto startsWith = [&](const char *start, qsizetype length) { return File.startsWith(QByteArrayView(start, length)); };
+    if (startsWith("BM", 2))
+        return "bmp"_ba;
+    if (startsWith("GIF87a", 6) || startsWith("GIF89a", 6))
+        return "gif"_ba;
+    if (startsWith("\xFF\xD8", 2))
+        return "jpeg"_ba;
+    if (startsWith("\0\0\1\0", 4))
+        return "ico"_ba;
+    return startsWith(PngSignature, PngSignatureBytes) ? "png"_ba : QByteArray();
+}
+
 Essentials EssentialsOf(QByteArray bytes)
 {
-    const auto startsWith
-        = [&](const char *start, qsizetype length) { return bytes.startsWith(QByteArrayView(start, length)); };
-    QByteArray format;
-    if (startsWith("BM", 2)) {
-        format = "bmp"_ba;
-        CheckBmp(bytes);
-    } else if (startsWith("GIF87a", 6) || startsWith("GIF89a", 6)) {
-        format = "gif"_ba;
-        GifSieve(bytes).Run();
-    } else if (startsWith("\xFF\xD8", 2)) {
-        format = "jpeg"_ba;
-        SiftJpeg(bytes);
-    } else if (startsWith("\0\0\1\0", 4)) {
-        format = SiftIcon(bytes) ? "png"_ba : "ico"_ba;
-    } else if (startsWith(PngSignature, PngSignatureBytes)) {
-        format = "png"_ba;
-    } else {
+    QByteArray format = FormatOf(bytes);
+    if (format.isEmpty())
         throw Refused(u"The file is not a BMP, GIF, JPEG, ICO or PNG picture"_s);
-    }
+    if (format == "bmp")
+        CheckBmp(bytes);
+    else if (format == "gif")
+        GifSieve(bytes).Run();
+    else if (format == "jpeg")
+        SiftJpeg(bytes);
+    else if (format == "ico" && SiftIcon(bytes))
+        format = "png"_ba;
     if (format == "png")
         SiftPng(bytes);
     return { format, std::move(bytes) };

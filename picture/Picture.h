@@ -26,5 +26,11 @@ constexpr qint64 PixelsOfAScan = 100'000;
 // error. Only regular files are opened.
 // Raises InvalidCall with what is wrong, or the system's error.
 QImage Load(const QString &Path);
+// The same of a picture in memory.
+QImage Decode(const QByteArray &File);
+
+// "bmp", "gif", "jpeg", "ico" or "png" by the first bytes of a file; empty for any
+// other content.
+QByteArray FormatOf(const QByteArray &File);
 
 }

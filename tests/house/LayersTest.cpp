@@ -60,6 +60,7 @@ QString Needs(const QString &name)
     }
     static const QMap<QString, QString> libraries = { { u"curl/curl.h"_s, u"libcurl"_s },
                                                       { u"zlib.h"_s, u"zlib"_s },
+                                                      { u"zip.h"_s, u"libzip"_s },
                                                       { u"sodium.h"_s, u"libsodium"_s },
                                                       { u"microhttpd.h"_s, u"libmicrohttpd"_s } };
     const QString folder = name.section(u'/', 0, -2);

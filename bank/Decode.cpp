@@ -1,0 +1,203 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "bank/Decode.h"
+
+#include "common/Ansi.h"
+#include "common/Error.h"
+
+#include <QStringDecoder>
+
+#include <algorithm>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace Bank {
+
+namespace {
+
+using Utf = QStringConverter::Encoding;
+
+constexpr qsizetype BeginningBytes = 64 * 1024;
+constexpr int Latin = 1252;
+constexpr int Cyrillic = 1251;
+constexpr int Pages[] = { 866, 874, 932, 936, 949, 950, 1250, Cyrillic, Latin, 1253, 1254, 1255, 1256, 1257, 1258 };
+
+// A code page, or else a form of Unicode.
+struct Encoding {
+    Utf Unicode = QStringConverter::Utf8;
+    int Page = 0;
+
+    QString Name() const
+    {
+        return Page != 0 ? u"windows-%1"_s.arg(Page) : QString::fromLatin1(QStringConverter::nameForEncoding(Unicode));
+    }
+};
+
+Encoding EncodingOf(const QString &name)
+{
+    QString plain = name.toLower();
+    plain.removeIf([](QChar c) { return !c.isLetterOrNumber(); });
+    const std::pair<QLatin1StringView, Encoding> known[] = {
+        { "utf8"_L1, { QStringConverter::Utf8 } },
+        { "utf16"_L1, { QStringConverter::Utf16 } },
+        { "utf16le"_L1, { QStringConverter::Utf16LE } },
+        { "utf16be"_L1, { QStringConverter::Utf16BE } },
+        { "utf32"_L1, { QStringConverter::Utf32 } },
+        { "utf32le"_L1, { QStringConverter::Utf32LE } },
+        { "utf32be"_L1, { QStringConverter::Utf32BE } },
+        { "latin1"_L1, { {}, Latin } },
+        { "iso88591"_L1, { {}, Latin } },
+        { "shiftjis"_L1, { {}, 932 } },
+        { "gbk"_L1, { {}, 936 } },
+        { "gb2312"_L1, { {}, 936 } },
+        { "euckr"_L1, { {}, 949 } },
+        { "big5"_L1, { {}, 950 } },
+    };
+    for (const auto &[each, encoding] : known) {
+        if (plain == each)
+            return encoding;
+    }
+    for (const auto prefix : { "windows"_L1, "cp"_L1, "ansi"_L1, "ibm"_L1 }) {
+        if (plain.startsWith(prefix))
+            plain.remove(0, prefix.size());
+    }
+    const int page = plain.toInt();
+    if (std::find(std::begin(Pages), std::end(Pages), page) == std::end(Pages))
+        throw Error(InvalidCall,
+                    u"the encoding \"%1\" is not known (UTF-8, UTF-16, ISO-8859-1, windows-1251 and the like are)"_s.arg(name));
+    return { {}, page };
+}
+
+// UTF-16 without a mark: of a text in Latin letters every second byte is 0.
+std::optional<Utf> WideWithoutMark(QByteArrayView bytes)
+{
+    const qsizetype pairs = std::min<qsizetype>(bytes.size(), 512) / 2;
+    qsizetype zeros[2] = {};
+    for (qsizetype i = 0; i < 2 * pairs; ++i)
+        zeros[i % 2] += bytes[i] == 0 ? 1 : 0;
+    const qsizetype most = std::max(zeros[0], zeros[1]);
+    if (pairs < 2 || most * 2 < pairs || std::min(zeros[0], zeros[1]) > most / 8)
+        return {};
+    return zeros[1] == most ? QStringConverter::Utf16LE : QStringConverter::Utf16BE;
+}
+
+std::optional<Utf> EncodingByContent(QByteArrayView bytes)
+{
+    const auto marked = QStringConverter::encodingForData(bytes);
+    return marked ? marked : WideWithoutMark(bytes);
+}
+
+// Whether all bytes have a meaning in the page.
+bool HasMeaning(const Ansi::CodePage &page, QByteArrayView bytes, const QString &text)
+{
+    // "?" is no second byte in any page, and stands for a pair without a meaning.
+    return page.CanHold(text) && std::count(bytes.begin(), bytes.end(), '?') == text.count(u'?');
+}
+
+// The text, and whether all bytes are of the encoding.
+std::pair<QString, bool> Decoded(QByteArrayView bytes, const Encoding &encoding)
+{
+    if (encoding.Page != 0) {
+        const Ansi::CodePage page(encoding.Page);
+        QString text = page.ToText(bytes);
+        const bool isWhole = HasMeaning(page, bytes, text);
+        return { std::move(text), isWhole };
+    }
+    // Without a state, bytes that end within a character are an error too.
+    QStringDecoder decoder(encoding.Unicode, QStringConverter::Flag::Stateless);
+    QString text = decoder(bytes);
+    const bool isWhole = !decoder.hasError() && (encoding.Unicode == QStringConverter::Utf8 || text.isValidUtf16());
+    return { std::move(text), isWhole };
+}
+
+// The page that bytes which are not UTF-8 are likely to be in. Letters that follow
+// each other are no Latin ones, of which only some have an accent.
+int LikelyPage(QByteArrayView bytes)
+{
+    qsizetype letters = 0;
+    qsizetype runs = 0;
+    bool isInside = false;
+    for (const char c : bytes.first(std::min(bytes.size(), BeginningBytes))) {
+        const bool isHigh = static_cast<uchar>(c) >= 0x80;
+        letters += isHigh ? 1 : 0;
+        runs += isHigh && !isInside ? 1 : 0;
+        isInside = isHigh;
+    }
+    const int own = Ansi::SystemPageNumber();
+    const bool isOwnLatin = own == Latin || own == 1250 || own == 1254 || own == 1257 || own == 1258;
+    const bool isLatin = letters < 2 * runs;
+    return isLatin == isOwnLatin ? own : isLatin ? Latin : Cyrillic;
+}
+
+// The first line with bytes that are not of the encoding; 0 where lines cannot be
+// told from the bytes.
+int FaultyLine(QByteArrayView bytes, const Encoding &encoding)
+{
+    if (encoding.Page == 0 && encoding.Unicode != QStringConverter::Utf8)
+        return 0;
+    const std::unique_ptr<Ansi::CodePage> page = encoding.Page != 0 ? std::make_unique<Ansi::CodePage>(encoding.Page) : nullptr;
+    int number = 0;
+    for (qsizetype at = 0; at < bytes.size();) {
+        qsizetype end = bytes.indexOf('\n', at);
+        if (end < 0)
+            end = bytes.size();
+        const QByteArrayView line = bytes.sliced(at, end - at);
+        ++number;
+        if (!(page ? HasMeaning(*page, line, page->ToText(line)) : Decoded(line, encoding).second))
+            break;
+        at = end + 1;
+    }
+    return number;
+}
+
+[[noreturn]] void Fail(const Source &source, const Encoding &encoding)
+{
+    const int line = FaultyLine(source.Bytes, encoding);
+    const QString where = line > 0 ? u"line %1"_s.arg(line) : u"the text"_s;
+    QString text = u"%1 holds bytes that are not %2"_s.arg(where, encoding.Name());
+    if (encoding.Page == 0 && encoding.Unicode == QStringConverter::Utf8)
+        text += u" (--encoding windows-%1 reads them as that)"_s.arg(LikelyPage(source.Bytes));
+    throw Error(InvalidCall, text, source.Name);
+}
+
+// Without byte order marks, and with line feeds at the ends of lines.
+void Normalise(QString &text)
+{
+    if (!text.contains(u'\r') && !text.contains(QChar(QChar::ByteOrderMark)))
+        return;
+    QChar *out = text.data();
+    const QChar *const begin = out;
+    const QChar *const end = begin + text.size();
+    for (const QChar *in = begin; in != end; ++in) {
+        if (*in == QChar(QChar::ByteOrderMark) || (*in == u'\r' && in + 1 != end && in[1] == u'\n'))
+            continue;
+        *out++ = *in == u'\r' ? QChar(u'\n') : *in;
+    }
+    text.truncate(out - begin);
+}
+
+}
+
+QString Decode(const Source &source, const QString &encoding)
+{
+    // A name that is not known is wrong with a mark in the file too.
+    Encoding chosen = encoding.isEmpty() ? Encoding() : EncodingOf(encoding);
+    if (const auto marked = QStringConverter::encodingForData(source.Bytes))
+        chosen = { *marked };
+    else if (encoding.isEmpty())
+        chosen.Unicode = WideWithoutMark(source.Bytes).value_or(QStringConverter::Utf8);
+    auto [text, isWhole] = Decoded(source.Bytes, chosen);
+    if (!isWhole)
+        Fail(source, chosen);
+    Normalise(text);
+    return std::move(text);
+}
+
+QString Beginning(const Source &source)
+{
+    const QByteArrayView bytes = QByteArrayView(source.Bytes).first(std::min(source.Bytes.size(), BeginningBytes));
+    QString text = Decoded(bytes, { EncodingByContent(bytes).value_or(QStringConverter::Utf8) }).first;
+    Normalise(text);
+    return text.contains(u'\0') ? QString() : text;
+}
+
+}

@@ -1,0 +1,299 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "bank/Xml.h"
+
+#include "bank/Encoding.h"
+#include "common/Error.h"
+
+#include <QRegularExpression>
+#include <QStringDecoder>
+
+#include <algorithm>
+#include <cstring>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace Xml {
+
+namespace {
+
+constexpr qsizetype BeginningLength = 64 * 1024;
+
+// The declaration at the head of a document, with the encoding that it names.
+struct Declaration {
+    qsizetype Length = 0; // 0 when there is none
+    QString Encoding;
+};
+
+// Of a document whose declaration is readable as ASCII.
+Declaration DeclarationOf(const QByteArray &bytes)
+{
+    if (!bytes.startsWith("<?xml"))
+        return {};
+    const qsizetype end = bytes.first(std::min<qsizetype>(bytes.size(), 1024)).indexOf("?>");
+    if (end < 0)
+        return {};
+    static const QRegularExpression encoding(u"\\bencoding\\s*=\\s*[\"']([^\"']*)[\"']"_s);
+    const QString text = QString::fromLatin1(bytes.first(end));
+    return { end + 2, encoding.match(text).captured(1) };
+}
+
+// UTF-16 without a byte order mark: its first character is a "<".
+std::optional<QStringConverter::Encoding> WideEncodingOf(const QByteArray &bytes)
+{
+    const auto encoding = QStringConverter::encodingForData(bytes, u'<');
+    return encoding == QStringConverter::Utf8 ? std::nullopt : encoding;
+}
+
+// The document as UTF-8; its declaration, which may name another encoding or version
+// that makes no difference, is blank.
+QByteArray Decoded(QByteArray bytes, const QString &source)
+{
+    if (const auto wide = WideEncodingOf(bytes)) {
+        QStringDecoder decoder(*wide);
+        bytes = QString(decoder(bytes)).toUtf8();
+    } else {
+        const QString encoding = DeclarationOf(bytes).Encoding;
+        const std::optional<QByteArray> utf8 = Bank::ToUtf8(bytes, encoding);
+        if (!utf8)
+            throw Error(InvalidCall, u"line 1: the encoding \"%1\" is not known"_s.arg(encoding), source);
+        bytes = *utf8;
+    }
+    if (const Declaration declaration = DeclarationOf(bytes); declaration.Length > 0) {
+        const qsizetype lines = bytes.first(declaration.Length).count('\n');
+        bytes.replace(0, declaration.Length, QByteArray(lines, '\n') + QByteArray(declaration.Length - lines, ' '));
+    }
+    return bytes;
+}
+
+// What must not reach the parser, which takes it in at once and in a time that grows
+// by its square, or by what it declares.
+class Guard {
+public:
+    explicit Guard(const QByteArray &bytes)
+        : m_begin(bytes.constData())
+        , m_end(bytes.constData() + bytes.size())
+        , m_at(bytes.constData())
+    {
+    }
+
+    // The first place of something that is not allowed; the number of the bytes when
+    // there is none.
+    qsizetype Find()
+    {
+        while (m_problem.isEmpty() && (m_at = To('<', m_at)) < m_end) {
+            const char *tag = m_at;
+            if (Starts("<!--"))
+                GoBehind("-->");
+            else if (Starts("<![CDATA["))
+                GoBehind("]]>");
+            else if (Starts("<?"))
+                GoBehind("?>");
+            else if (Starts("<!"))
+                PassDocumentType();
+            else
+                PassTag();
+            if (!m_problem.isEmpty())
+                return tag - m_begin;
+        }
+        return m_end - m_begin;
+    }
+
+    const QString &Problem() const { return m_problem; }
+
+private:
+    const char *To(char wanted, const char *from) const
+    {
+        const void *found = std::memchr(from, wanted, static_cast<size_t>(m_end - from));
+        return found ? static_cast<const char *>(found) : m_end;
+    }
+
+    bool Starts(QByteArrayView text) const
+    {
+        return m_end - m_at >= text.size() && std::memcmp(m_at, text.data(), static_cast<size_t>(text.size())) == 0;
+    }
+
+    void GoBehind(QByteArrayView text)
+    {
+        m_at += text.size();
+        for (; m_at < m_end; ++m_at) {
+            m_at = To(text.front(), m_at);
+            if (Starts(text)) {
+                m_at += text.size();
+                return;
+            }
+        }
+    }
+
+    void PassDocumentType()
+    {
+        for (; m_at < m_end && *m_at != '>'; ++m_at) {
+            if (*m_at == '[')
+                m_problem = u"its document type declares something, which is not read"_s;
+            if (*m_at == '"' || *m_at == '\'')
+                m_at = To(*m_at, m_at + 1);
+            if (m_at == m_end)
+                return;
+        }
+    }
+
+    void PassTag()
+    {
+        int attributes = 0;
+        for (; m_at < m_end && *m_at != '>'; ++m_at) {
+            if (*m_at == '=' && ++attributes > MostAttributes)
+                m_problem = u"an element has more than %1 attributes"_s.arg(MostAttributes);
+            if (*m_at == '"' || *m_at == '\'')
+                m_at = To(*m_at, m_at + 1);
+            if (m_at == m_end)
+                return;
+        }
+    }
+
+    const char *m_begin;
+    const char *m_end;
+    const char *m_at;
+    QString m_problem;
+};
+
+// An element that has no end tag in HTML.
+bool IsVoid(QStringView name)
+{
+    static constexpr QStringView names[]
+        = { u"area", u"br", u"col", u"embed", u"hr", u"img", u"input", u"source", u"track", u"wbr" };
+    return std::find(std::begin(names), std::end(names), name) != std::end(names);
+}
+
+void AppendStartTag(QString &markup, const QXmlStreamReader &reader)
+{
+    markup += u'<';
+    markup += reader.name();
+    for (const QXmlStreamAttribute &attribute : reader.attributes())
+        markup += u' ' + attribute.name().toString() + u"=\""_s + attribute.value().toString().toHtmlEscaped() + u'"';
+    markup += u'>';
+}
+
+}
+
+std::optional<Beginning> BeginningOf(const QByteArray &bytes)
+{
+    try {
+        Reader reader(bytes.first(std::min(bytes.size(), BeginningLength)), {});
+        if (!reader.NextChild())
+            return {};
+        Beginning beginning{ reader.Name().toString(), reader.Namespace().toString(), {} };
+        try {
+            if (reader.NextChild())
+                beginning.Child = reader.Name().toString();
+        } catch (const Error &) {
+            // Cut short, or wrong behind the root: what it was meant to be is known.
+        }
+        return beginning;
+    } catch (const Error &) {
+        return {};
+    }
+}
+
+Reader::Reader(const QByteArray &bytes, QString source)
+    : m_source(std::move(source))
+    , m_bytes(Decoded(bytes, m_source))
+{
+    if (const qsizetype valid = Bank::ValidUtf8(m_bytes); valid < m_bytes.size()) {
+        m_problem = u"it holds bytes that are not UTF-8"_s;
+        m_bytes.truncate(valid);
+    }
+    Guard guard(m_bytes);
+    if (const qsizetype allowed = guard.Find(); allowed < m_bytes.size()) {
+        m_problem = guard.Problem();
+        m_bytes.truncate(allowed);
+    }
+    m_buffer.setBuffer(&m_bytes);
+    m_buffer.open(QIODevice::ReadOnly);
+    m_reader.setDevice(&m_buffer);
+}
+
+void Reader::FailAt(qint64 line, const QString &text) const
+{
+    throw Error(InvalidCall, u"line %1: %2"_s.arg(line).arg(text), m_source);
+}
+
+void Reader::Fail(const QString &text) const
+{
+    FailAt(m_reader.lineNumber(), text);
+}
+
+void Reader::Enter()
+{
+    const int declared = static_cast<int>(m_reader.namespaceDeclarations().size());
+    m_namespaces.push_back(declared);
+    m_namespaceCount += declared;
+    if (m_namespaces.size() > MostDepth)
+        Fail(u"an element stands in more than %1 others"_s.arg(MostDepth));
+    if (m_namespaceCount > MostNamespaces)
+        Fail(u"more than %1 namespaces are declared"_s.arg(MostNamespaces));
+}
+
+QXmlStreamReader::TokenType Reader::Next()
+{
+    const QXmlStreamReader::TokenType token = m_reader.readNext();
+    if (token == QXmlStreamReader::StartElement) {
+        Enter();
+    } else if (token == QXmlStreamReader::EndElement) {
+        m_namespaceCount -= m_namespaces.back();
+        m_namespaces.pop_back();
+    }
+    const bool isAtEnd
+        = token == QXmlStreamReader::EndDocument || m_reader.error() == QXmlStreamReader::PrematureEndOfDocumentError;
+    if (isAtEnd && !m_problem.isEmpty())
+        FailAt(1 + m_bytes.count('\n'), m_problem);
+    if (token == QXmlStreamReader::Invalid)
+        Fail(m_reader.errorString());
+    return token;
+}
+
+bool Reader::NextChild()
+{
+    while (true) {
+        switch (Next()) {
+        case QXmlStreamReader::StartElement: return true;
+        case QXmlStreamReader::EndElement:
+        case QXmlStreamReader::EndDocument: return false;
+        default: break;
+        }
+    }
+}
+
+void Reader::Skip()
+{
+    const size_t depth = m_namespaces.size();
+    while (m_namespaces.size() >= depth)
+        Next();
+}
+
+QString Reader::Text()
+{
+    const size_t depth = m_namespaces.size();
+    QString text;
+    while (m_namespaces.size() >= depth) {
+        if (Next() == QXmlStreamReader::Characters)
+            text += m_reader.text();
+    }
+    return text;
+}
+
+QString Reader::Markup(const Replacement &replacement)
+{
+    const size_t depth = m_namespaces.size();
+    QString markup;
+    while (m_namespaces.size() >= depth) {
+        const QXmlStreamReader::TokenType token = Next();
+        if (token == QXmlStreamReader::Characters)
+            markup += m_reader.text().toString().toHtmlEscaped();
+        else if (token == QXmlStreamReader::StartElement && !(replacement && replacement(*this, markup)))
+            AppendStartTag(markup, m_reader);
+        else if (token == QXmlStreamReader::EndElement && m_namespaces.size() >= depth && !IsVoid(m_reader.name()))
+            markup += u"</"_s + m_reader.name().toString() + u'>';
+    }
+    return markup;
+}
+
+}
