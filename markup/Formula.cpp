@@ -154,6 +154,9 @@ Part Sign(const QString &text)
         return { u"\u00B7"_s, Shape::Operator };
     if (text == u"\u2032"_s)
         return { u"'"_s, Shape::Mark };
+    // "such that", unlike a bar of an absolute value.
+    if (text == u"\u2223"_s)
+        return { u"|"_s, Shape::Relation };
     if (text == u","_s || text == u";"_s)
         return { text, Shape::Comma };
     if (text == u"|"_s || text == u"\u2016"_s)
@@ -203,7 +206,10 @@ Part WithScripts(const Part &base, const Part &lowered, const Part &raised)
 
 Part Fraction(const Part &above, const Part &below)
 {
-    const auto isSimple = [](const Part &part) { return IsOne(part) && part.Shape != Shape::Empty; };
+    const auto isSimple = [](const Part &part) {
+        const bool isDifferential = part.Text.size() == 2 && (part.Text.front() == u'd' || part.Text.front() == u'\u2202');
+        return (IsOne(part) && part.Shape != Shape::Empty) || (isDifferential && part.Shape == Shape::Product);
+    };
     const bool isAboveSimple = isSimple(above) || above.Shape == Shape::Product
         || (above.Text.startsWith(u'-') && QStringView(above.Text).sliced(1).indexOf(u'-') < 0 && above.Text.size() > 1
             && std::all_of(above.Text.begin() + 1, above.Text.end(), [](QChar c) { return c.isLetterOrNumber(); }));
@@ -228,9 +234,18 @@ Part Root(const Part &radicand, const Part &index)
 
 Part WithAccent(const Part &base, char16_t combining)
 {
-    const bool isLetter = base.Text.size() == 1 && base.Text.front().isLetter();
-    if (!isLetter)
+    constexpr qsizetype mostCharacters = 8;
+    const bool isWord = !base.Text.isEmpty() && base.Text.size() <= mostCharacters
+        && std::all_of(base.Text.begin(), base.Text.end(), [](QChar c) { return c.isLetterOrNumber(); });
+    const bool isOne = base.Text.size() == 1 && base.Text.front().isLetter();
+    if (!isWord || (!isOne && combining != u'\u0304'))
         return {};
+    if (!isOne) {
+        QString text;
+        for (const QChar c : base.Text)
+            text += QString(c) + u'\u0305';
+        return { text, Shape::Letter };
+    }
     return { (base.Text + QChar(combining)).normalized(QString::NormalizationForm_C), Shape::Letter };
 }
 

@@ -72,7 +72,8 @@ QString Bracketed(const Part &part);
 Part WithScripts(const Part &base, const Part &lowered, const Part &raised);
 Part Fraction(const Part &above, const Part &below);
 Part Root(const Part &radicand, const Part &index);
-// With a combining character on top. Empty for anything but a letter.
+// With a combining character on top. Empty for anything but a letter; a macron
+// becomes a line over some letters and digits.
 Part WithAccent(const Part &base, char16_t combining);
 
 // Whether it is a letter, a number or something else that needs no brackets.

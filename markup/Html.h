@@ -76,6 +76,10 @@ std::vector<Piece> PiecesOf(QStringView text, Language language = Language::Html
 // the tag has none of that name.
 QString Attribute(QStringView tag, QLatin1StringView name);
 
+// The element of that name in any case; null for one that is unknown. What office
+// programs leave behind in elements of their own is one element.
+const Element *ElementOf(QStringView name);
+
 // The number of the element among all, from 0, below MostElements.
 constexpr int MostElements = 256;
 int NumberOf(const Element &element);

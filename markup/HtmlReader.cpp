@@ -2,9 +2,8 @@
 #include "markup/HtmlReader.h"
 
 #include "markup/Entities.h"
+#include "markup/HtmlContent.h"
 #include "markup/Lines.h"
-#include "markup/MathMl.h"
-#include "markup/Tex.h"
 
 #include <algorithm>
 
@@ -287,96 +286,18 @@ private:
     {
         if (tag.IsEnd)
             return;
-        switch (tag.RoleOf()) {
-        case Role::Picture: ReadPicture(tag); break;
-        case Role::Drawing: ReadDrawing(tag); break;
-        case Role::Object: {
-            const bool isPicture = Html::Attribute(tag.Source, "type"_L1).startsWith("image/"_L1);
-            const QString source = Html::Attribute(tag.Source, tag.Is("object"_L1) ? "data"_L1 : "src"_L1);
-            if (isPicture)
-                PutPicture(source, {});
-            else
-                PutPlayed(tag);
-            break;
-        }
-        case Role::Played: PutPlayed(tag); break;
-        case Role::Formula: PutFormula(MathMl::Read(tag.Source, m_result.Warnings)); break;
-        case Role::Field: {
-            const QString type = Html::Attribute(tag.Source, "type"_L1).toLower();
-            if (type.isEmpty() || type == "text"_L1 || type == "number"_L1)
-                PutText(u"_____");
-            break;
-        }
-        default: ReadScript(tag); break;
-        }
-    }
-
-    void PutPlayed(const Piece &tag)
-    {
-        PutText(QString(u'[' + QString(tag.Element->Name) + u']'));
-        Warn(u"what is played or embedded (%1) is left out"_s.arg(tag.Element->Name));
-    }
-
-    // Some pages keep formulas in scripts.
-    void ReadScript(const Piece &tag)
-    {
-        if (!Html::Attribute(tag.Source, "type"_L1).startsWith("math/tex"_L1))
-            return;
-        const QStringView source = tag.Source;
-        const qsizetype start = source.indexOf(u'>') + 1;
-        const qsizetype end = source.lastIndexOf(u"</");
-        if (end > start)
-            PutTex(source.sliced(start, end - start).toString());
-    }
-
-    void PutTex(const QString &source)
-    {
-        const std::optional<QString> text = Tex::Read(source);
-        if (!text)
-            Warn(Tex::TooComplex(source));
-        PutFormula(text ? *text : source);
-    }
-
-    void PutFormula(const QString &text)
-    {
-        ++m_codeDepth; // what is read is not read again
-        PutText(text);
+        const Content content = ContentOf(tag);
+        ++m_codeDepth; // a formula that has been read is not read again
+        PutText(content.Text);
         --m_codeDepth;
-    }
-
-    void ReadPicture(const Piece &tag)
-    {
-        const QString alt = Html::Attribute(tag.Source, "alt"_L1).trimmed();
-        const QString kind = Html::Attribute(tag.Source, "class"_L1);
-        if (const QString tex = Html::Attribute(tag.Source, "data-equation-content"_L1); !tex.trimmed().isEmpty())
-            PutTex(tex);
-        else if (kind.contains("texrender"_L1) && !alt.isEmpty())
-            PutTex(alt);
-        else if (kind.contains("equation_image"_L1) && alt.startsWith("LaTeX:"_L1))
-            PutTex(alt.sliced(6));
-        else if (QString mathMl = Html::Attribute(tag.Source, "data-mathml"_L1); !mathMl.isEmpty())
-            PutFormula(MathMl::Read(
-                mathMl.replace(u'\u00AB', u'<').replace(u'\u00BB', u'>').replace(u'\u00A8', u'"').replace(u'\u00A7', u'&'),
-                m_result.Warnings));
-        else
-            PutPicture(Html::Attribute(tag.Source, "src"_L1), alt);
-    }
-
-    void ReadDrawing(const Piece &tag)
-    {
-        if (!tag.Source.endsWith(u"svg>", Qt::CaseInsensitive))
+        for (const QString &warning : content.Warnings)
+            Warn(warning);
+        if (!content.Shown)
             return;
-        const QByteArray bytes = tag.Source.toUtf8().toBase64();
-        PutPicture(u"data:image/svg+xml;base64,"_s + QString::fromLatin1(bytes),
-                   Html::Attribute(tag.Source, "aria-label"_L1).trimmed());
-    }
-
-    void PutPicture(const QString &source, const QString &alt)
-    {
         if (IsBesideCells())
             BeginCell();
         Out().PutKept(QString(QChar(QChar::ObjectReplacementCharacter)), false);
-        m_result.Pictures.push_back({ source.trimmed(), alt });
+        m_result.Pictures.push_back(*content.Shown);
     }
 
     void ReadTableTag(const Piece &tag)

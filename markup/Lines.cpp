@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "markup/Lines.h"
 
+#include <QStringList>
+
 #include <algorithm>
 
 using namespace Qt::Literals::StringLiterals;
@@ -68,6 +70,16 @@ QString NumberText(int number, QChar type)
     return type.isUpper() ? text.toUpper() : text;
 }
 
+}
+
+QString Trimmed(const QString &text)
+{
+    QStringList lines = text.split(u'\n');
+    for (QString &line : lines) {
+        while (!line.isEmpty() && line.back().isSpace())
+            line.chop(1);
+    }
+    return lines.join(u'\n').trimmed();
 }
 
 void Lines::PutCollapsed(QStringView text)
@@ -276,7 +288,7 @@ void Lines::CloseScript(const OpenScript &script)
     const bool isRaised = script.Side == Scripts::Side::Raised;
     const bool isNumbered = before.isDigit() || (before == u'.' && script.Start > 1 && m_line.at(script.Start - 2).isDigit());
     QString text;
-    if (isRaised && isNumbered && Scripts::IsOrdinal(word))
+    if (isRaised && ((isNumbered && Scripts::IsOrdinal(word)) || (!before.isNull() && word == u"th"_s)))
         text = word;
     else if (isRaised && (isNumbered || before == u'n' || before == u'N') && (word == u"o"_s || (word == u"a"_s && isNumbered)))
         text = word == u"o"_s ? u"\u00BA"_s : u"\u00AA"_s;

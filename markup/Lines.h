@@ -9,6 +9,9 @@
 
 namespace Markup {
 
+// The text without white space at its ends and at the end of each line.
+QString Trimmed(const QString &text);
+
 // The lines of a text, of a cell of a table, written from left to right.
 class Lines {
 public:

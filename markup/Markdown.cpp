@@ -4,6 +4,7 @@
 #include "markup/Document.h"
 #include "markup/Html.h"
 #include "markup/HtmlReader.h"
+#include "markup/Lines.h"
 #include "markup/Tex.h"
 
 #include <QHash>
@@ -134,6 +135,21 @@ private:
     QString m_text; // whose formulas are not read yet
 };
 
+// Whether Qt's reader, whose time grows with the square of a text's length and of
+// the depth of its lists and quotations, would take unreasonably long.
+bool IsTooMuch(const QString &markdown)
+{
+    constexpr qsizetype mostCharacters = 10'000;
+    constexpr qsizetype mostMarks = 40; // at the beginning of a line
+    if (markdown.size() > mostCharacters)
+        return true;
+    const QStringList lines = markdown.split(u'\n');
+    return std::any_of(lines.begin(), lines.end(), [](const QString &line) {
+        const auto *end = std::find_if(line.begin(), line.end(), [](QChar c) { return !u" \t-*+>"_s.contains(c); });
+        return std::count_if(line.begin(), end, [](QChar c) { return !c.isSpace(); }) > mostMarks && line.contains(u' ');
+    });
+}
+
 // The pictures of both readers in the order of the text.
 void MergePictures(Readable &readable, const std::vector<Picture> &ofHtml)
 {
@@ -165,17 +181,12 @@ Readable AsWritten(const QString &markdown)
         done = found.capturedEnd();
     }
     readable.Text += QStringView(markdown).sliced(done);
-    readable.Text = readable.Text.replace(LineBreak, u'\n').trimmed();
+    readable.Text = Trimmed(readable.Text.replace(LineBreak, u'\n'));
     return readable;
 }
 
-}
-
-Readable ReadMarkdown(const QString &markdown)
+Readable ReadBare(const QString &bare)
 {
-    Preparer preparer(Sanitized(markdown).replace(HtmlPicture, QChar(QChar::ReplacementCharacter)));
-    preparer.Prepare();
-    const QString &bare = preparer.Result.Text;
     Document document;
     document.setMarkdown(bare,
                          QTextDocument::MarkdownFeatures(QTextDocument::MarkdownDialectGitHub) | QTextDocument::MarkdownNoHTML);
@@ -186,8 +197,17 @@ Readable ReadMarkdown(const QString &markdown)
     QString seen = readable.Text;
     for (const Picture &picture : readable.Pictures)
         seen += picture.Alt;
-    if (!HoldsAll(seen, QString(bare).remove(unseen)))
-        readable = AsWritten(bare);
+    return HoldsAll(seen, QString(bare).remove(unseen)) ? readable : AsWritten(bare);
+}
+
+}
+
+Readable ReadMarkdown(const QString &markdown)
+{
+    Preparer preparer(Sanitized(markdown).replace(HtmlPicture, QChar(QChar::ReplacementCharacter)));
+    preparer.Prepare();
+    const QString &bare = preparer.Result.Text;
+    Readable readable = IsTooMuch(bare) ? AsWritten(bare) : ReadBare(bare);
     readable.Text = Unshielded(readable.Text); // of what ReadHtml has put there
     MergePictures(readable, preparer.Result.Pictures);
     readable.Warnings = preparer.Result.Warnings;

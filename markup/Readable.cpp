@@ -2,6 +2,7 @@
 #include "markup/Readable.h"
 
 #include "markup/HtmlReader.h"
+#include "markup/Lines.h"
 #include "markup/Markdown.h"
 #include "markup/Tex.h"
 
@@ -34,16 +35,6 @@ bool IsBare(const QString &text)
         last = code;
     }
     return last != u' ';
-}
-
-QString Verbatim(const QString &text)
-{
-    QStringList lines = text.split(u'\n');
-    for (QString &line : lines) {
-        while (!line.isEmpty() && line.back().isSpace())
-            line.chop(1);
-    }
-    return lines.join(u'\n').trimmed();
 }
 
 // The pieces of a text without a format: a tag is one that is closed, or need not
@@ -94,7 +85,7 @@ Readable FromHtml(const std::vector<Piece> &pieces, WhiteSpace whiteSpace)
 Readable FromPlain(const QString &text, Tex::Delimiters delimiters)
 {
     Readable readable;
-    readable.Text = Sanitized(Verbatim(text));
+    readable.Text = Sanitized(Trimmed(text));
     ReadFormulas(readable, delimiters);
     return readable;
 }

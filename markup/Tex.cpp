@@ -186,7 +186,9 @@ private:
         const QStringView content = text.sliced(sign + 1, next - sign - 1);
         // In Markdown "\(" may be no more than a bracket.
         const qsizetype longestWord = m_delimiters == Delimiters::Escaped && !isDouble ? 1 : 4;
-        if (IsPattern(text, at, end) || !IsFormula(content.trimmed(), longestWord))
+        const bool isClass = open == u'[' && !HasCommand(content)
+            && std::none_of(content.begin(), content.end(), [](QChar c) { return c.isSpace() || u"=<>^_"_s.contains(c); });
+        if (isClass || IsPattern(text, at, end) || !IsFormula(content.trimmed(), longestWord))
             return sign + 1;
         return Put(at, end, content);
     }

@@ -66,8 +66,13 @@ Part Parser::ReadRow(QChar end)
     Formula::Row row;
     if (++m_depth > Deepest)
         Fail();
-    for (SkipBlanks(); !AtEnd() && (end.isNull() || Here() != end); SkipBlanks())
-        row.Add(ReadTerm());
+    for (SkipBlanks(); !AtEnd() && (end.isNull() || Here() != end); SkipBlanks()) {
+        const Part term = ReadTerm();
+        row.Add(term);
+        // "1, 2", but "1,5".
+        if (term.Shape == Shape::Comma && Here().isSpace())
+            row.Add({ u" "_s, Shape::Blank });
+    }
     if (!end.isNull()) {
         if (Here() != end)
             Fail();

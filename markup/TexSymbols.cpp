@@ -110,7 +110,7 @@ constexpr std::array Symbols = {
     Symbol{ "lt"_L1, u'<' },
     Symbol{ "lvert"_L1, u'|' },
     Symbol{ "mapsto"_L1, u'\u21A6' },
-    Symbol{ "mid"_L1, u'|' },
+    Symbol{ "mid"_L1, u'\u2223' },
     Symbol{ "models"_L1, u'\u22A8' },
     Symbol{ "mp"_L1, u'\u2213' },
     Symbol{ "mu"_L1, u'\u03BC' },

@@ -41,9 +41,9 @@ TEST(ReadableTest, Html)
           u"“a” _____ _____ b(c) {\u20AC\uFFFD\uFFFD"_s },
         { "code", u"<pre>if (x)\n    y;\n\n\tz</pre>"_s, u"if (x)\n    y;\n\n\tz"_s },
         { "raised",
-          u"H<sub>2</sub>O, (2)<sup> 10</sup>, x<sup>-3</sup>, 1<sup>st</sup>, 2<sup>e</sup>, "
+          u"H<sub>2</sub>O, (2)<sup> 10</sup>, x<sup>-3</sup>, 1<sup>st</sup>, n<sup>th</sup>, 2<sup>e</sup>, "
           "n<sup>o</sup> 1, .<sup>1</sup>, a<sup></sup>b, x<sup>n + 1</sup>, 90<sup>°</sup>"_s,
-          u"H₂O, (2)¹⁰, x⁻³, 1st, 2e, nº 1, .¹, ab, xⁿ⁺¹, 90°"_s },
+          u"H₂O, (2)¹⁰, x⁻³, 1st, nth, 2e, nº 1, .¹, ab, xⁿ⁺¹, 90°"_s },
         { "raised without characters for it",
           u"2<sup>n<sup>2</sup></sup>, x<sup>n/2</sup>, x<sub>b</sub>, x<sub>b</sub>c, "
           "x<sub>bc</sub>, m<sub>max</sub>, a<sup>[1]</sup>, <sup>a<br>d"_s,
@@ -140,9 +140,9 @@ TEST(ReadableTest, LongTextsEndInTime)
                                  u"a^{"_s,
                                  u"```a`"_s,
                                  u"&lt"_s,
-                                 u"<p>a</p>"_s }) {
+                                 u"<p>a</p>"_s, u"- "_s, u"> "_s }) {
         const QString source = part.repeated(200'000 / part.size());
-        for (const Kind kind : { Kind::Moodle, Kind::Html })
+        for (const Kind kind : { Kind::Moodle, Kind::Html, Kind::Markdown })
             EXPECT_FALSE(Markup::Read({ source + u"x"_s, kind }).Text.isEmpty()) << part.toStdString();
         EXPECT_FALSE(Markup::Read({ u"y<math>"_s + source + u"</math>"_s, Kind::Html }).Text.isEmpty()) << part.toStdString();
     }

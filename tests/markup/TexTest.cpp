@@ -73,7 +73,10 @@ TEST(TexTest, FormulasAreReadable)
     const std::vector<Row> rows = {
         { "a group without a base", u"{}^{14}_6\\mathrm{C}\\ \\mathrm{km}/\\mathrm{h}"_s, u"₆¹⁴C km/h"_s },
         { "chemistry", u"\\ce{2H2O + SO4^2- -> Na+}"_s, u"2H₂O + SO₄²⁻ → Na⁺"_s },
-        { "others", u"\\binom{n}{k} \\%5 \\{1{,}5; a \\mid b\\} a\\bmod b \\ldots"_s, u"C(n, k)%5{1,5; a|b}a mod b…"_s },
+        { "derivatives and lines", u"\\frac{d}{dx}, \\frac{\\partial f}{\\partial x}, \\frac{a}{bx}, 0.\\overline{36}"_s,
+          u"d/dx, ∂f/∂x, a/(bx), 0.3\u03056\u0305"_s },
+        { "lists", u"1, 2, \\ldots, n; \\{1,2\\}"_s, u"1, 2, …, n; {1,2}"_s },
+        { "others", u"\\binom{n}{k} \\%5 \\{1{,}5; a \\mid b\\} a\\bmod b \\ldots"_s, u"C(n, k)%5{1,5; a | b}a mod b…"_s },
     };
     ExpectRows([](const QString &source) { return Shown(u"\\["_s + source + u"\\]"_s, Kind::Html); }, rows);
 }
@@ -96,8 +99,8 @@ TEST(TexTest, TheTextAround)
     for (const QString &text :
          { u"$5 and $10"_s, u"costs $5, or 6$ (5$-6$)"_s, u"between $1,000-$2,000"_s, u"$PATH or $HOME/$USER"_s,
            u"$HOME_DIR$"_s, u"${a}${b} $_GET['x'].$_POST['y']"_s, u"kill $$; echo $$"_s, u"$a+$b; $i<$n"_s, u"=$A$1+$B$2"_s,
-           u"df$col_a == df$col_b"_s, u"/^a$|^b$/"_s, u"sed 's/\\(a\\)\\(b\\)/\\2/' '\\[a-z\\]'"_s, u"C:\\(x86\\bin"_s,
-           u"US$5 $(ls -l $HOME)"_s })
+           u"df$col_a == df$col_b"_s, u"/^a$|^b$/"_s, u"\\d \\[a-z\\]"_s, u"sed 's/\\(a\\)\\(b\\)/\\2/' '\\[a-z\\]'"_s,
+           u"C:\\(x86\\bin"_s, u"US$5 $(ls -l $HOME)"_s })
         EXPECT_EQ(Shown(text, Kind::Moodle), text);
 }
 
