@@ -18,9 +18,6 @@ namespace Bank {
 const std::vector<Format> &Formats()
 {
     static const std::vector<Format> formats = {
-        { u"moodle"_s, u"Moodle XML"_s, MoodleXml::Suits, MoodleXml::Read },
-        { u"aiken"_s, u"Aiken"_s, Aiken::Suits, Aiken::Read },
-        { u"gift"_s, u"GIFT"_s, Gift::Suits, Gift::Read },
         { u"qti2"_s, u"QTI 2/3"_s, Qti2::Suits, Qti2::Read },
         { u"qti1"_s, u"QTI 1.2"_s, Qti1::Suits, Qti1::Read },
         { u"moodle"_s, u"Moodle XML"_s, MoodleXml::Suits, MoodleXml::Read },

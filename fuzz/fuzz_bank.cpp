@@ -13,12 +13,10 @@
 
 using namespace Qt::Literals::StringLiterals;
 
-// Any bytes as a question bank of one format, BANK_FORMAT, as each file of a package,
-// and as a zip archive: recognised, read, the pictures looked for, every text made
-// readable.
-// Any bytes as a question bank of one format, BANK_FORMAT: recognised, read, the
-// pictures looked for, every text made readable. Lines such as "==> item.xml <==" make
-// them a folder: what is behind each is the file of that name.
+// Any bytes as a question bank of one format, BANK_FORMAT, as each file of a folder, and
+// as a zip archive: recognised, read, the pictures looked for, every text made
+// readable. Lines such as "==> item.xml <==" make them a folder: what is behind each is
+// the file of that name.
 
 namespace {
 
@@ -52,6 +50,7 @@ private:
     QByteArray m_bytes;
 };
 
+// The files that the bytes hold by such lines.
 class FolderOf : public Bank::Files {
 public:
     explicit FolderOf(const QByteArray &bytes)
@@ -134,7 +133,7 @@ template <class Operation> void AllowRefusal(Operation operation)
     }
 }
 
-void ReadAs(const Bank::Source &source, bool hasPassages)
+void ReadAs(const Bank::Source &source, const Bank::Options &options)
 {
     static const Bank::Format *format = Bank::FormatOf(QStringLiteral(BANK_FORMAT));
     Require(format != nullptr, "a format of that name");
@@ -142,10 +141,20 @@ void ReadAs(const Bank::Source &source, bool hasPassages)
         Bank::FormatOf(source);
         Require(!Bank::KindOf(source).isEmpty(), "a kind");
     });
-    Bank::Options options;
-    options.HasPassages = hasPassages;
     Reader reader;
     AllowRefusal([&] { format->Read(source, options, reader); });
+}
+
+// All options, without a second input.
+Bank::Options OptionsBy(size_t size)
+{
+    Bank::Options options;
+    options.HasPassages = size % 2 == 1;
+    if (size % 3 == 0)
+        options.Columns = u"question=1,options=2-4,key=5"_s;
+    if (size % 5 == 0)
+        options.Encoding = u"windows-1251"_s;
+    return options;
 }
 
 }
@@ -163,33 +172,17 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
+    const Bank::Options options = OptionsBy(size);
+    if (const auto folder = std::make_shared<FolderOf>(bytes); !folder->IsEmpty()) {
+        ReadAs({ u"folder"_s, {}, folder }, options);
+        return 0;
+    }
     const auto files = std::make_shared<SameFiles>(bytes);
-    // Both ways, without a second input.
-    const bool hasPassages = size % 2 == 1;
-    ReadAs({ u"bank"_s, bytes, files }, hasPassages);
-    ReadAs({ u"folder"_s, {}, files }, hasPassages);
+    ReadAs({ u"bank"_s, bytes, files }, options);
+    ReadAs({ u"folder"_s, {}, files }, options);
     AllowRefusal([&] {
         if (Bank::Archive::Suits(bytes))
-            ReadAs({ u"archive"_s, bytes, std::make_shared<Bank::Archive>(bytes, u"archive"_s) }, hasPassages);
+            ReadAs({ u"archive"_s, bytes, std::make_shared<Bank::Archive>(bytes, u"archive"_s) }, options);
     });
-    const Bank::Source source{ u"bank"_s, bytes, std::make_shared<SameFiles>(bytes) };
-    const auto folder = std::make_shared<FolderOf>(bytes);
-    const Bank::Source source = folder->IsEmpty() ? Bank::Source{ u"bank"_s, bytes, std::make_shared<SameFiles>(bytes) }
-                                                  : Bank::Source{ u"bank"_s, {}, folder };
-    static const Bank::Format *format = Bank::FormatOf(QStringLiteral(BANK_FORMAT));
-    Require(format != nullptr, "a format of that name");
-    AllowRefusal([&] {
-        Bank::FormatOf(source);
-        Require(!Bank::KindOf(source).isEmpty(), "a kind");
-    });
-    Bank::Options options;
-    // All ways, without a second input.
-    options.HasPassages = size % 2 == 1;
-    if (size % 3 == 0)
-        options.Columns = u"question=1,options=2-4,key=5"_s;
-    if (size % 5 == 0)
-        options.Encoding = u"windows-1251"_s;
-    Reader reader;
-    AllowRefusal([&] { format->Read(source, options, reader); });
     return 0;
 }
