@@ -17,6 +17,10 @@ using namespace Qt::Literals::StringLiterals;
 // pictures looked for, every text made readable. Lines such as "==> item.xml <==" make
 // them a folder: what is behind each is the file of that name. Without such lines they
 // are read as a file, as each file of a package, and as a zip archive.
+// Any bytes as a question bank of one format, BANK_FORMAT, as each file of a folder, and
+// as a zip archive: recognised, read, the pictures looked for, every text made
+// readable. Lines such as "==> item.xml <==" make them a folder: what is behind each is
+// the file of that name.
 
 namespace {
 
@@ -50,6 +54,7 @@ private:
     QByteArray m_bytes;
 };
 
+// The files that the bytes hold by such lines.
 class FolderOf : public Bank::Files {
 public:
     explicit FolderOf(const QByteArray &bytes)
@@ -144,6 +149,18 @@ void ReadAs(const Bank::Source &source, const Bank::Options &options)
     AllowRefusal([&] { format->Read(source, options, reader); });
 }
 
+// All options, without a second input.
+Bank::Options OptionsBy(size_t size)
+{
+    Bank::Options options;
+    options.HasPassages = size % 2 == 1;
+    if (size % 3 == 0)
+        options.Columns = u"question=1,options=2-4,key=5"_s;
+    if (size % 5 == 0)
+        options.Encoding = u"windows-1251"_s;
+    return options;
+}
+
 }
 
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
@@ -166,6 +183,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         options.Columns = u"question=1,options=2-4,key=5"_s;
     if (size % 5 == 0)
         options.Encoding = u"windows-1251"_s;
+    const Bank::Options options = OptionsBy(size);
     if (const auto folder = std::make_shared<FolderOf>(bytes); !folder->IsEmpty()) {
         ReadAs({ u"folder"_s, {}, folder }, options);
         return 0;
