@@ -56,7 +56,9 @@ struct Fit {
 Fit FitOf(const Layout &layout)
 {
     Fit fit;
-    const QStringView sample = layout.Text.first(std::min(layout.Text.size(), SampleCharacters));
+    QStringView sample = layout.Text;
+    if (sample.size() > SampleCharacters)
+        sample = sample.first(std::max<qsizetype>(sample.first(SampleCharacters).lastIndexOf(u'\n') + 1, SampleCharacters / 2));
     Csv::Parser parser(sample, layout.Separator);
     Csv::Record record;
     try {
@@ -332,6 +334,13 @@ bool Suits(const Bank::Source &source)
     const QString text = Bank::Beginning(source);
     const Fit fit = LayoutOf(text).second;
     return fit.Names.size() >= 2 && TableColumns::AreKnown(TableColumns::ByNames(fit.Names)) && fit.Alike * 2 >= fit.All;
+}
+
+bool IsTable(const Bank::Source &source)
+{
+    const QString text = Bank::Beginning(source);
+    const Fit fit = LayoutOf(text).second;
+    return fit.Names.size() >= 3 && fit.All >= 2 && fit.Alike == fit.All;
 }
 
 void Read(const Bank::Source &source, const Bank::Options &options, Bank::Receiver &receiver)

@@ -284,6 +284,8 @@ TEST(TextBanksTest, RecognisedByTheirContent)
         { "a,b,c\nd,e,f\n", {} },
         { "The question, the answer\nA text, with, commas\n", {} },
         { "question\n{=a ~b}\n", u"gift"_s },
+        { "Question,A,B,Key\n\"" + QByteArray(40'000, 'x') + "\",a,b,A\n\"" + QByteArray(40'000, 'x') + "\",a,b,A\n",
+          u"csv"_s },
         { "What is right?\nA. {=a}\nB. {~b}\nANSWER: B", u"aiken"_s },
         { "A. Smith\nAnswer: yes", {} },
         { "int main() {}\n\nint f()\n{\n    return 0;\n}\n", {} },
