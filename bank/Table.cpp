@@ -57,8 +57,10 @@ Fit FitOf(const Layout &layout)
 {
     Fit fit;
     QStringView sample = layout.Text;
-    if (sample.size() > SampleCharacters)
-        sample = sample.first(std::max<qsizetype>(sample.first(SampleCharacters).lastIndexOf(u'\n') + 1, SampleCharacters / 2));
+    if (sample.size() > SampleCharacters) {
+        const qsizetype end = sample.first(SampleCharacters).lastIndexOf(u'\n');
+        sample = sample.first(end < 0 ? SampleCharacters : end + 1);
+    }
     Csv::Parser parser(sample, layout.Separator);
     Csv::Record record;
     try {
