@@ -174,6 +174,8 @@ QString Beginning(const Source &source)
     const QByteArrayView bytes = QByteArrayView(source.Bytes).first(std::min(source.Bytes.size(), BeginningBytes));
     QString text = Decoded(bytes, { EncodingByContent(bytes).value_or(QStringConverter::Utf8) }).first;
     Normalise(text);
+    if (const qsizetype end = text.lastIndexOf(u'\n'); bytes.size() < source.Bytes.size() && end >= 0)
+        text.truncate(end + 1);
     return text.contains(u'\0') ? QString() : text;
 }
 

@@ -17,8 +17,8 @@ namespace Bank {
 // encoding, with the first line that holds some.
 QString Decode(const Source &source, const QString &encoding);
 
-// The beginning of such a text, at most 64 KB of it, to recognise a format by. Bytes
-// that are not UTF-8 become U+FFFD. Empty for what is no text.
+// The beginning of such a text, at most 64 KB of it in whole lines, to recognise a
+// format by. Bytes that are not UTF-8 become U+FFFD. Empty for what is no text.
 QString Beginning(const Source &source);
 
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bank/Archive.h"
 #include "bank/Formats.h"
+#include "bank/Table.h"
 #include "bank/Xml.h"
 
 #include <QStringDecoder>
@@ -164,6 +165,8 @@ QString KindOf(const Source &source)
     const auto encoding = QStringConverter::encodingForData(begin);
     if (!encoding && begin.contains('\0'))
         return u"a binary file"_s;
+    if (Table::IsTable(source))
+        return u"a table without the names of known columns (--format csv reads it with --columns)"_s;
     return TextKind(QStringDecoder(encoding.value_or(QStringConverter::Utf8))(begin));
 }
 

@@ -22,6 +22,8 @@ using TableColumns::Columns;
 
 constexpr qsizetype SampleCharacters = 64 * 1024;
 constexpr int SampleRecords = 50;
+// The names of the columns may stand below a heading.
+constexpr int SampleNames = 10;
 // Each part of a key is looked for among the options.
 constexpr size_t MostOptions = 100;
 
@@ -42,29 +44,37 @@ QStringList NamesOf(const Csv::Record &record)
 
 // How well a text fits to a separator.
 struct Fit {
-    QStringList Names; // the first record
-    int Alike = 0; // records with as many fields as the first
+    // The first record, or the one that names known columns.
+    QStringList Names;
+    bool IsKnown = false;
+    int Above = 0; // records above that one, such as a heading
+    int Alike = 0; // records from that one on with as many fields
     int All = 0;
 
     // Records of one field each fit to every separator that they do not hold.
-    int Points() const
-    {
-        return Names.size() < 2 ? 0 : (TableColumns::AreKnown(TableColumns::ByNames(Names)) ? 1000 : 0) + Alike * 100 / All;
-    }
+    int Points() const { return Names.size() < 2 ? 0 : (IsKnown ? 1000 : 0) + Alike * 100 / All; }
 };
 
 Fit FitOf(const Layout &layout)
 {
     Fit fit;
-    const QStringView sample = layout.Text.first(std::min(layout.Text.size(), SampleCharacters));
+    QStringView sample = layout.Text;
+    if (sample.size() > SampleCharacters) {
+        const qsizetype end = sample.first(SampleCharacters).lastIndexOf(u'\n');
+        sample = sample.first(end < 0 ? SampleCharacters : end + 1);
+    }
     Csv::Parser parser(sample, layout.Separator);
     Csv::Record record;
     try {
         while (fit.All < SampleRecords && parser.Next(record)) {
             if (record.IsBlank())
                 continue;
-            if (fit.All == 0)
-                fit.Names = NamesOf(record);
+            const bool mayBeNames = !fit.IsKnown && fit.All < SampleNames;
+            const QStringList names = mayBeNames ? NamesOf(record) : QStringList();
+            if (mayBeNames && TableColumns::AreKnown(TableColumns::ByNames(names)))
+                fit = { names, true, fit.All, 0, 0 };
+            else if (fit.All == 0)
+                fit.Names = names;
             ++fit.All;
             fit.Alike += record.Fields.size() == static_cast<size_t>(fit.Names.size()) ? 1 : 0;
         }
@@ -141,6 +151,7 @@ private:
         const auto [layout, fit] = LayoutOf(text);
         m_layout = layout;
         m_names = fit.Names;
+        m_above = fit.Above;
         if (m_names.isEmpty())
             Each([](const Csv::Record &) {});
         const TableColumns::Request request = TableColumns::RequestOf(m_options.Columns);
@@ -156,14 +167,18 @@ private:
                                                                                             TableColumns::Listed(m_names)));
     }
 
-    // Calls it for each row with something in it, but for that of the names.
+    // Calls it for each row with something in it, below that of the names.
     template <class Operation> void Each(Operation &&operation)
     {
         Csv::Parser parser(m_layout.Text, m_layout.Separator, m_layout.Line);
         Csv::Record record;
-        bool isNames = m_hasNames;
+        int left = m_hasNames ? m_above + 1 : 0;
         while (parser.Next(record)) {
-            if (!record.IsBlank() && !std::exchange(isNames, false))
+            if (record.IsBlank())
+                continue;
+            if (left > 0)
+                --left;
+            else
                 operation(record);
         }
     }
@@ -199,6 +214,7 @@ private:
             if (isTrue)
                 m_receiver.Warn(m_layout.Line, text);
         };
+        warn(m_above > 0, u"what stands above the names of the columns is not read"_s);
         warn(m_isFirstUnlike, u"the first row is taken for the names of the columns"_s);
         warn(m_keys->IsFirstUnknown(), u"the keys are taken for numbers from 1; none tells whether they begin at 0"_s);
         warn(m_columns.AreDistractors, u"the right option is the first of every item (--shuffle options mixes them)"_s);
@@ -317,7 +333,8 @@ private:
     const Bank::Options &m_options;
     Bank::Receiver &m_receiver;
     Layout m_layout;
-    QStringList m_names; // the fields of the first row
+    QStringList m_names; // the fields of the first row, or of that which names known columns
+    int m_above = 0; // rows above that one
     bool m_hasNames = false;
     bool m_isFirstUnlike = false; // it is taken for names, and none is known
     Columns m_columns;
@@ -331,7 +348,14 @@ bool Suits(const Bank::Source &source)
 {
     const QString text = Bank::Beginning(source);
     const Fit fit = LayoutOf(text).second;
-    return fit.Names.size() >= 2 && TableColumns::AreKnown(TableColumns::ByNames(fit.Names)) && fit.Alike * 2 >= fit.All;
+    return fit.Names.size() >= 2 && fit.IsKnown && fit.Alike * 2 >= fit.All;
+}
+
+bool IsTable(const Bank::Source &source)
+{
+    const QString text = Bank::Beginning(source);
+    const Fit fit = LayoutOf(text).second;
+    return fit.Names.size() >= 3 && fit.All >= 2 && fit.Alike == fit.All;
 }
 
 void Read(const Bank::Source &source, const Bank::Options &options, Bank::Receiver &receiver)

@@ -101,7 +101,7 @@ constexpr QStringView CyrillicLetters = u"абвгдежзик";
 // "Answer 1" of "Answer 1 - at most 75 characters", "Correct answer" of "Correct answer(s)".
 QString WithoutRemark(const QString &name)
 {
-    static const QRegularExpression remark(u"\\s+-\\s|[(:]"_s);
+    static const QRegularExpression remark(u"\\s+-\\s|\\("_s);
     return name.left(100).section(remark, 0, 0);
 }
 

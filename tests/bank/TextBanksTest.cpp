@@ -45,32 +45,35 @@ TEST(TextBanksTest, Gift)
     const QString orSign = u" (write \"\\=\" for an equals sign in a text)"_s;
     const QString sign = u" | option 2 begins at an \"=\" that may be a sign in a text (write \"\\=\" for it)"_s;
     const QString hash = u"the \"#\" at the end of option %1 begins an empty feedback (write \"\\#\" for the sign)"_s;
-    ExpectRows(Gift,
-               {
-                   { "~= is =", u"Q {~=a ~b ~= c}"_s, severalRight },
-                   { "one ~=", u"Q {~a ~=%100%b#f}"_s, u"Q | a | *b(f)"_s },
-                   { "joined files", u"\uFEFFQ {T}\n\n\uFEFF::t:: R {F}"_s, u"Q | *True | False\nR | True | *False"_s },
-                   { "embedded", u"A {1:MULTICHOICE:=a~b} c {:SA:x}"_s, embedded },
-                   { "embedded alone", u"A {:NM:=3\\:1}"_s, embedded },
-                   { "two in a line", u"A {#3} and {#4}."_s, embedded },
-                   { "braces of a formula", u"Q \\frac{a}{b} {=x ~y}\n\nR {=x ~y} {z}"_s,
-                     u"1: "_s + braces + u"\n3: "_s + braces },
-                   { "no type", u"A {1:b:c}"_s, u"1: the answer block begins with neither \"=\" nor \"~\""_s },
-                   { "signs", u"Q {\n=x=5\n~x=4\n}"_s, severalRight + orSign },
-                   { "apart signs", u"Q {=x = 5 ~y = 3}"_s, severalRight + orSign },
-                   { "a wrong key", u"Q {~x=5 ~y ~z}"_s, u"Q | x | *5 | y | z"_s + sign },
-                   { "an apart sign", u"Q {~a = b ~c}"_s, u"Q | a | *b | c"_s + sign },
-                   { "close marks", u"Q {~a=b~c}\n\nR {~ a = b ~ c}"_s, u"Q | a | *b | c\nR | a | *b | c"_s },
-                   { "#", u"Q {=C ~C# ~D#d ~E #}"_s, u"Q | *C | C | D(d) | E | "_s + hash.arg(2) + u" | "_s + hash.arg(4) },
-                   { "block ends in #", u"Q {T#}\n\nR {T##r}\n\nS {=a ~b####}"_s,
-                     u"Q | *True | False | the \"#\" at the end of the answer block begins an empty feedback\n"_s
-                         + u"R | *True(r) | False\n"_s
-                         + u"S | *a | b | the \"####\" at the end of the answer block begins an empty feedback"_s },
-                   { "categories", u"$CATEGORY: $course$/top/A/Net//Works\n\nQ {T}\n$CATEGORY:B\nR {}"_s,
-                     u"name: Net/Works\nQ | *True | False | in A/Net/Works\n5: an essay question has no options"_s },
-                   { "no passages", u"P\n\nQ {T}"_s, u"1: a description without answers is no question\nQ | *True | False"_s },
-                   { "marks without end", u"Q {=a"_s + u"~"_s.repeated(1000) + u'}', u"1: it has more than 1000 options"_s },
-               });
+    ExpectRows(
+        Gift,
+        {
+            { "~= is =", u"Q {~=a ~b ~= c}"_s, severalRight },
+            { "one ~=", u"Q {~a ~=%100%b#f}"_s, u"Q | a | *b(f)"_s },
+            { "close to the other", u"Q {~a~=b ~c}"_s, u"Q | a | *b | c"_s },
+            { "blank lines in two", u"Q {\n\n=a ~b}\n\nR {\n\n=a\n\nS {T}"_s,
+              u"Q | *a | b\n5: the answer block is not closed\n7: a description without answers is no question\nS | *True | False"_s },
+            { "joined files", u"\uFEFFQ {T}\n\n\uFEFF::t:: R {F}"_s, u"Q | *True | False\nR | True | *False"_s },
+            { "embedded", u"A {1:MULTICHOICE:=a~b} c {:SA:x}"_s, embedded },
+            { "embedded alone", u"A {:NM:=3\\:1}"_s, embedded },
+            { "two in a line", u"A {#3} and {#4}."_s, embedded },
+            { "braces of a formula", u"Q \\frac{a}{b} {=x ~y}\n\nR {=x ~y} {z}"_s, u"1: "_s + braces + u"\n3: "_s + braces },
+            { "no type", u"A {1:b:c}"_s, u"1: the answer block begins with neither \"=\" nor \"~\""_s },
+            { "signs", u"Q {\n=x=5\n~x=4\n}"_s, severalRight + orSign },
+            { "apart signs", u"Q {=x = 5 ~y = 3}"_s, severalRight + orSign },
+            { "a wrong key", u"Q {~x=5 ~y ~z}"_s, u"Q | x | *5 | y | z"_s + sign },
+            { "an apart sign", u"Q {~a = b ~c}"_s, u"Q | a | *b | c"_s + sign },
+            { "close marks", u"Q {~a=b~c}\n\nR {~ a = b ~ c}"_s, u"Q | a | *b | c\nR | a | *b | c"_s },
+            { "#", u"Q {=C ~C# ~D#d ~E #}"_s, u"Q | *C | C | D(d) | E | "_s + hash.arg(2) + u" | "_s + hash.arg(4) },
+            { "block ends in #", u"Q {T#}\n\nR {T##r}\n\nS {=a ~b####}"_s,
+              u"Q | *True | False | the \"#\" at the end of the answer block begins an empty feedback\n"_s
+                  + u"R | *True(r) | False\n"_s
+                  + u"S | *a | b | the \"####\" at the end of the answer block begins an empty feedback"_s },
+            { "categories", u"$CATEGORY: $course$/top/A/Net//Works\n\nQ {T}\n$CATEGORY:B\nR {}"_s,
+              u"name: Net/Works\nQ | *True | False | in A/Net/Works\n5: an essay question has no options"_s },
+            { "no passages", u"P\n\nQ {T}"_s, u"1: a description without answers is no question\nQ | *True | False"_s },
+            { "marks without end", u"Q {=a"_s + u"~"_s.repeated(1000) + u'}', u"1: it has more than 1000 options"_s },
+        });
     ExpectRows(Passages,
                {
                    { "of several items", u"[html]P\n\nQ {T}\n\nR {T}\n\nNext\n\nS {T}\n\n$CATEGORY: A\n\nT {F}"_s,
@@ -94,7 +97,7 @@ TEST(TextBanksTest, Aiken)
         },
         {
             { "one after the other", u"Q\r\nA. a\r\nB. b\r\nANSWER: B\r\nQ\nA) a\nB) b\nANSWER: b"_s, taken + u'\n' + taken },
-            { "lower case and blanks", u"\n Q \n\n a) a\n\n b)  b \n\nAnswer :  B. \n\n"_s, taken },
+            { "lower case and blanks", u"\n Q \n\n a) a\n\n b)  b \n\nc) c\nAnswer :  B. \n\n"_s, taken + u" | c"_s },
             { "several lines", u"Q\n\nR\nA. a\n1\nB. b\n\n2"_s, missing.arg(1) + u'\n' + missing.arg(8) },
             { "lines of options", u"Q\n\nR\nA. a\n1\nB.\nb\n2\nANSWER: A"_s, u"Q\n\nR | *a\n1 | b\n2"_s },
             { "no option of its own", u"A. Smith wrote\nB.C. is\nC. too\nA. a\nC. more\nB. b\nA. A\nANSWER: A"_s,
@@ -168,6 +171,8 @@ TEST(TextBanksTest, Tables)
             { "names with remarks",
               u"Question - max 120,Answer 1 - max 75,Answer 2 - max 75,Time limit (sec),Correct answer(s) - choose\nQ,a,b,20,2"_s,
               taken },
+            { "a heading", u"My quiz;;\n;;\nof, 2020;;\nFrage;A;B;Lösung\nQ;a;b;B"_s,
+              u"1! what stands above the names of the columns is not read\n"_s + taken },
             { "letters beside answers", u"stem,A,B,Answer 1,key\nQ,a,b,x,B"_s,
               u"1! columns that are not read: \"Answer 1\"\n"_s + taken },
             { "pictures", u"Text,A,B,Key,Image\nQ,a,b,B,x y.png\nQ,a,b,B,x y.png; i/z.png"_s,
@@ -212,15 +217,15 @@ TEST(TextBanksTest, TitlesAndLines)
 {
     struct Titles : Bank::Receiver {
         QStringList All;
-        void Add(Bank::Item &&item) override { All += QString::number(item.Line) + item.Title; }
+        void Add(Bank::Item &&item) override { All += u"%1%2/%3"_s.arg(item.Line).arg(item.Title).arg(item.Options.size()); }
         void SetName(const QString &) override { }
         void Warn(int, const QString &) override { }
     };
     const std::tuple<QString, QByteArray, QString> rows[] = {
-        { u"gift"_s, "\n::a\\:b :: Q {T}\n\n//\n::c::\nQ {=a ->b}\n\n::d", u"2a:b 5c 8"_s },
-        { u"csv"_s, "ID,Question,Key,Title,\n7,\"Q\n\",T,a\n8,Q,F, b ,", u"2a 4b"_s },
-        { u"csv"_s, "No,Question,Key\n7,Q,T", u"27"_s },
-        { u"aiken"_s, "\n\nQ\nA. a\nB. b\nANSWER: A\n\nQ\nA. a\nB. b\nANSWER: A", u"3 8"_s },
+        { u"gift"_s, "\n::a\\:b :: Q {T}\n\n//\n::c::\nQ {=a ->b}\n\n::d", u"2a:b/2 5c/0 8/0"_s },
+        { u"csv"_s, "ID,Question,Key,Title,\n7,\"Q\n\",T,a\n8,Q,F, b ,", u"2a/2 4b/2"_s },
+        { u"csv"_s, "No,Question,A,B,C,Key\n7,Q,a,,c,C", u"27/2"_s },
+        { u"aiken"_s, "\n\nQ\nA. a\nB. b\nANSWER: A\n\nQ\nA. a\nB. b\nANSWER: A", u"3/2 8/2"_s },
     };
     for (const auto &[format, bytes, expected] : rows) {
         Titles titles;
@@ -282,8 +287,12 @@ TEST(TextBanksTest, RecognisedByTheirContent)
         { "A description", {} },
         { "\xEF\xBB\xBF\"Question\"\t\"A\"\t\"B\"\t\"Correct\"\n", u"csv"_s },
         { "a,b,c\nd,e,f\n", {} },
+        { "question,answer\nA text, with, commas\nand, with, more\n", {} },
         { "The question, the answer\nA text, with, commas\n", {} },
+        { "// question: 1, name: of, answers: 2\n\nQ {=a ~b}\n", u"gift"_s },
         { "question\n{=a ~b}\n", u"gift"_s },
+        { "Question,A,B,Key\n\"" + QByteArray(40'000, 'x') + "\",a,b,A\n\"" + QByteArray(40'000, 'x') + "\",a,b,A\n",
+          u"csv"_s },
         { "What is right?\nA. {=a}\nB. {~b}\nANSWER: B", u"aiken"_s },
         { "A. Smith\nAnswer: yes", {} },
         { "int main() {}\n\nint f()\n{\n    return 0;\n}\n", {} },
