@@ -39,14 +39,18 @@ QString RefusalOfType(const QString &type)
 {
     static const std::pair<QLatin1StringView, QLatin1StringView> rows[] = {
         { "essay"_L1, "an essay question has no options"_L1 },
+        { "long answer"_L1, "an essay question has no options"_L1 },
         { "short_answer"_L1, "a short-answer question has no options"_L1 },
+        { "short answer"_L1, "a short-answer question has no options"_L1 },
         { "cc.fib"_L1, "a short-answer question has no options"_L1 },
         { "cc.pattern_match"_L1, "a short-answer question has no options"_L1 },
         { "fill_in_multiple_blanks"_L1, "a fill-in-the-blanks question has no options"_L1 },
+        { "fill in the blank"_L1, "a fill-in-the-blanks question has no options"_L1 },
         { "multiple_dropdowns"_L1, "a question of several gaps has a choice for each"_L1 },
         { "matching"_L1, "a matching question has no options"_L1 },
         { "numerical"_L1, "a numerical question has no options"_L1 },
         { "calculated"_L1, "a calculated question has no options"_L1 },
+        { "arithmetic"_L1, "a calculated question has no options"_L1 },
         { "formula"_L1, "a calculated question has no options"_L1 },
         { "file_upload"_L1, "a file-upload question has no options"_L1 },
         { "file upload"_L1, "a file-upload question has no options"_L1 },
@@ -101,7 +105,8 @@ Bank::Item ItemReader::Read()
 
 void ItemReader::ReadMetadata()
 {
-    static const QStringList labels = { u"question_type"_s, u"cc_profile"_s, u"qmd_itemtype"_s, u"bbmd_questiontype"_s };
+    static const QStringList labels
+        = { u"question_type"_s, u"cc_profile"_s, u"qmd_itemtype"_s, u"qmd_questiontype"_s, u"bbmd_questiontype"_s };
     QString label;
     while (m_reader.NextChild()) {
         const QString name = m_reader.Name().toString();
@@ -230,19 +235,19 @@ void ItemReader::AddFeedback(Bank::Item &item, const Score::Key &key, const QStr
         found->second.IsUsed = true;
         const Markup::Text &text = found->second.Text;
         Bank::Append(general, found->second.Solution);
-        // The names that Canvas and Common Cartridge have for them.
+        // The names that Canvas, Common Cartridge and Blackboard have for them.
         if (name == "general_fb"_L1)
             whom = Score::Link::To::All;
-        else if (name == "correct_fb"_L1)
+        else if (name == "correct_fb"_L1 || name == "correct"_L1)
             whom = Score::Link::To::Right;
-        else if (name == "general_incorrect_fb"_L1)
+        else if (name == "general_incorrect_fb"_L1 || name == "incorrect"_L1)
             whom = Score::Link::To::Wrong;
         if (whom == Score::Link::To::All)
             Bank::Append(general, text);
         else if (whom == Score::Link::To::Right)
             Bank::Append(right, text);
         else if (whom == Score::Link::To::Option && option >= 0)
-            item.Options[static_cast<size_t>(option)].Feedback = text;
+            Bank::Append(item.Options[static_cast<size_t>(option)].Feedback, text);
         else
             isLeftOut = isLeftOut || !text.Source.isEmpty();
     };

@@ -169,15 +169,17 @@ std::vector<Choice> Score::Evaluation::Candidates() const
     return candidates;
 }
 
-// SCORE where there is one, else the first variable that is set.
+// SCORE where there is one, else the first variable that is set and does not count
+// mistakes.
 QString Score::Variable() const
 {
+    const auto countsMistakes = [](const QString &name) { return name.contains("INCORRECT"_L1) || name.contains("WRONG"_L1); };
     QString first;
     for (const Condition &condition : m_conditions) {
         for (const Change &change : condition.Changes) {
             if (change.Variable == "SCORE"_L1)
                 return change.Variable;
-            if (first.isEmpty())
+            if (first.isEmpty() && !countsMistakes(change.Variable))
                 first = change.Variable;
         }
     }

@@ -90,6 +90,10 @@ TEST(Qti1Test, Keys)
         { "partly in the end", "Multiple", If(In("and", ab + notC), "100") + If(In("or", ab), "50"), noKey },
         { "either set", "Multiple", If(In("or", In("and", ab) + Equal("c")), "1"), noKey },
         { "any", "Multiple", If(In("or", ab), "1"), noKey },
+        { "counted mistakes", "Multiple",
+          If(Equal("c"), "1", {}, "", "Add\" varname=\"X_Incorrect") + If(Equal("a"), "1", {}, "", "Add\" varname=\"X_Correct")
+              + If(Equal("b"), "1", {}, "", "Add\" varname=\"X_Correct"),
+          twoRight },
         { "by order", "Single", If("<durlt>5</durlt>", "1"), noKey },
     };
     for (const Scoring &row : rows)
@@ -145,6 +149,7 @@ TEST(Qti1Test, Feedback)
                     "<itemfeedback ident=\"s\"><solution><solutionmaterial>" + Text("S")
                         + "</solutionmaterial></solution><hint>" + Text("H") + "</hint></itemfeedback>"),
               u"*a | b | c | #S | a hint is left out"_s);
+    EXPECT_EQ(shown(If("<varequal respident=\"b\"/>", {}, "x"), feedback("x")), u"*a | b(x) | c"_s);
     EXPECT_EQ(shown({}, feedback("x")), u"*a | b | c"_s + left);
 }
 
