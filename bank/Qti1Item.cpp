@@ -11,27 +11,6 @@ namespace Qti1 {
 
 namespace {
 
-// The pictures that stand in an item itself, and other files.
-class EmbeddedFiles : public Bank::Files {
-public:
-    EmbeddedFiles(std::map<QString, QByteArray> contents, std::shared_ptr<const Bank::Files> others)
-        : m_contents(std::move(contents))
-        , m_others(std::move(others))
-    {
-    }
-    std::optional<QByteArray> Read(const QString &path) const override
-    {
-        const auto found = m_contents.find(path);
-        if (found != m_contents.end())
-            return found->second;
-        return m_others ? m_others->Read(path) : std::nullopt;
-    }
-
-private:
-    std::map<QString, QByteArray> m_contents;
-    std::shared_ptr<const Bank::Files> m_others;
-};
-
 // Why a question of a type that a program names is none to choose one answer of;
 // empty for others. The types are those of Canvas, of Common Cartridge, and of the
 // QTI 1.2 metadata.
@@ -70,8 +49,7 @@ QString RefusalOfType(const QString &type)
 
 ItemReader::ItemReader(Xml::Reader &reader, const QString &folder, std::shared_ptr<const Bank::Files> files)
     : m_reader(reader)
-    , m_files(std::move(files))
-    , m_texts(folder)
+    , m_texts(folder, std::move(files))
 {
 }
 
@@ -219,7 +197,7 @@ void ItemReader::Finish(Bank::Item &item)
         item.Options[i].IsRight = key.Right[i];
     AddFeedback(item, key, response.Identifiers);
     item.Warnings += m_texts.Warnings();
-    item.Files = m_texts.Embedded().empty() ? m_files : std::make_shared<EmbeddedFiles>(m_texts.Embedded(), m_files);
+    item.Files = m_texts.Files();
 }
 
 // The explanation is what every response gets, or else what a right one gets.

@@ -237,7 +237,7 @@ TEST(Qti1Test, Packages)
             Entries += item.Entry;
             Last.clear();
             for (const QString &path : { u"$IMS-CC-FILEBASE$/a.png"_s, u"a.png"_s, u"$IMS-CC-FILEBASE$/b.png"_s, u"b.png"_s,
-                                         u"c.png"_s, u"p/b.png"_s, u"d.png"_s })
+                                         u"c.png"_s, u"p/b.png"_s, u"d.png"_s, u"embedded-1"_s })
                 Last += item.Files->Read(path).value_or("-");
         }
         void SetName(const QString &) override { }
@@ -245,7 +245,10 @@ TEST(Qti1Test, Packages)
     } pictures;
     Bank::FormatOf(source)->Read(source, {}, pictures);
     EXPECT_EQ(pictures.Entries, (QStringList{ u"p/non_cc_assessments/g1.xml.qti"_s, u"p/g 2/g2.xml"_s }));
-    EXPECT_EQ(pictures.Last, "112232-");
+    EXPECT_EQ(pictures.Last, "112232--");
+    const QByteArray embedded = "<material><matimage embedded=\"base64\">aGk=</matimage></material>";
+    Bank::FormatOf(u"qti1"_s)->Read({ {}, BankOf(Item(embedded + Options())), {} }, {}, pictures);
+    EXPECT_EQ(pictures.Last, "-------hi");
 
     // A manifest that names nothing; one file is damaged.
     const auto unnamed = [](MemoryFiles::Contents files) {
