@@ -94,6 +94,7 @@ TEST(Qti1Test, Keys)
           If(Equal("c"), "1", {}, "", "Add\" varname=\"X_Incorrect") + If(Equal("a"), "1", {}, "", "Add\" varname=\"X_Correct")
               + If(Equal("b"), "1", {}, "", "Add\" varname=\"X_Correct"),
           twoRight },
+        { "more together", "Multiple", Add("a", "1") + If(In("and", Equal("b") + Equal("c")), "2", {}, {}, "Add"), noKey },
         { "by order", "Single", If("<durlt>5</durlt>", "1"), noKey },
     };
     for (const Scoring &row : rows)
@@ -193,6 +194,8 @@ TEST(Qti1Test, GroupsAndPassages)
         ShownBank(groups, passages),
         u"name: Test\n[P\n\nP2] | Q | a | b | c | in One\n[P\n\nP2] | Q | a | b | c | in One\n[M] | Q | a | b | c | in Two\n"
         "2! no question follows the description"_s);
+    const QByteArray many = Item(Text(QByteArray(1 << 20, 'x'))) + item.repeated(33);
+    EXPECT_EQ(ShownBank(many, passages).section(u'\n', 32), u"2: its passage is too long to be repeated in every item"_s);
     EXPECT_EQ(
         ShownBank(groups).section(u'\n', 3, 6),
         u"Q | a | b | c | in One\nQ | a | b | c | in One\n2! a text before questions is left out\nQ | a | b | c | in Two"_s);
