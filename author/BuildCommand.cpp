@@ -1,171 +1,248 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "author/BuildOptions.h"
+#include "author/BuildReport.h"
 #include "author/Commands.h"
-#include "console/Console.h"
 #include "author/Limits.h"
-#include "author/Package.h"
-#include "bank/Formats.h"
-#include "common/Ansi.h"
+#include "author/Sources.h"
+#include "author/TextPage.h"
 #include "common/Error.h"
+#include "console/Console.h"
+#include "console/Terminal.h"
 
-#include <QFile>
+#include <QDir>
 #include <QFileInfo>
+#include <QRandomGenerator>
+#include <QSaveFile>
+
+#include <cmath>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-const QString Notes = uR"(
-The package folder DIR holds the exam file, named after DIR, and the pictures
-that its items show. It can be copied into the exams folder. DIR appears whole
-or not at all.
+constexpr double MinutesOfAnItem = 1.5;
+constexpr int MostReasons = 10; // lines of the summary
 
-How questions are converted:
-  {=right ~wrong}        One option is right.
-  {~%50%a ~%50%b ~%-50%c}  Options with a weight above 0 are right. The weights
-                         are not kept: an item is right or wrong as a whole.
-  {T} {F}                Two options, "True" and "False".
-  Sentence {…} goes on.  "_____" stands in place of the options.
-  ####general feedback   The explanation. Feedback on single options follows it,
-                         one line each under the option's letter.
-  [html] [markdown]      Plain text in the end, with the marks of lists, table
-                         cells separated by " | " and "[…]" in place of pictures.
-  ::title::  $CATEGORY:  Not kept.
-
-Comment lines with a meaning, before a question:
-  // [exhibit:picture.gif]  The picture that the item shows: BMP, GIF, JPEG, ICO
-                         or PNG, in the folder of SOURCE or in --pictures.
-  // [nolimit]           With several right options the candidate may tick more
-                         options than are right; otherwise no more than that.
-
-Questions that an exam cannot hold are left out, each with one line of file,
-line and reason on the error output: matching, numerical, essay and
-short-answer questions, descriptions, fewer than 2 or more than 26 options, no
-right option, several options each of which is right alone (a second "=", or
-"~%100%" beside a "="), a control character, a character that code page %1 (of
-this system's language) lacks, an exhibit that is missing, damaged or no
-picture. The last line counts what was taken and left out. The exit code is 0
-when anything was taken, 2 for wrong usage, otherwise 1. With --strict a single
-question left out is enough for 1, and nothing is made.
-)"_s;
-
-void Describe(QCommandLineParser &parser)
+QString Counted(qint64 count, const QString &one)
 {
-    parser.setApplicationDescription(u"Makes a package folder from a question bank in GIFT."_s);
-    parser.addPositionalArgument(u"SOURCE"_s, u"The question bank, in UTF-8."_s);
-    parser.addOptions({
-        { u"code"_s, u"Code of the exam, such as \"NET-101\"."_s, u"code"_s },
-        { u"name"_s, u"Name of the exam."_s, u"name"_s },
-        { u"max"_s, u"Maximum score, 1 to %1."_s.arg(Limits::MostScore), u"score"_s },
-        { u"pass"_s, u"Passing score, 0 to the maximum score."_s, u"score"_s },
-        { u"minutes"_s, u"Time allowed, 1 to %1."_s.arg(Limits::MostMinutes), u"minutes"_s },
-        { u"out"_s, u"The package folder to make."_s, u"DIR"_s },
-        { u"pictures"_s, u"Folder of the exhibits' pictures, if not that of SOURCE."_s, u"DIR"_s },
-        { u"replace"_s, u"Replace an existing package folder."_s },
-        { u"strict"_s, u"Make nothing when a question is left out."_s },
-    });
+    return u"%1 %2%3"_s.arg(QString::number(count), one, count == 1 ? QString() : u"s"_s);
 }
 
-// Fills header from the options. Returns what is wrong with their values; empty
-// when nothing is.
-QString ReadHeader(const QCommandLineParser &parser, Package::Header &header)
-{
-    for (const QString &option : { u"code"_s, u"name"_s, u"max"_s, u"pass"_s, u"minutes"_s, u"out"_s }) {
-        if (!parser.isSet(option))
-            return u"--%1 is missing"_s.arg(option);
-    }
-    header.Code = parser.value(u"code"_s);
-    header.Name = parser.value(u"name"_s);
-    for (const auto &[option, text] : { std::pair(u"code"_s, header.Code), std::pair(u"name"_s, header.Name) }) {
-        if (text.trimmed().isEmpty())
-            return u"--%1 is empty"_s.arg(option);
-        if (const QString control = Package::ControlCharacter(text); !control.isEmpty())
-            return u"--%1 holds the control character %2"_s.arg(option, control);
-        if (!Package::HoldsPlain(text))
-            return u"--%1: \"%2\" has a character that code page %3 lacks"_s.arg(option, Console::OneLine(text),
-                                                                                 QString::number(
-                                                                                     Ansi::SystemCodePage().Number()));
-    }
-    struct Number {
-        QString Option;
-        qint16 Least;
-        qint16 Most;
-        qint16 &Value;
-    };
-    // The passing score is limited by the maximum: this order matters.
-    const auto read = [&](const Number &number) {
-        bool isNumber = false;
-        const int value = parser.value(number.Option).toInt(&isNumber);
-        if (!isNumber || value < number.Least || value > number.Most)
-            return u"--%1 must be a number from %2 to %3"_s.arg(number.Option).arg(number.Least).arg(number.Most);
-        number.Value = static_cast<qint16>(value);
-        return QString();
-    };
-    QString fault = read({ u"max"_s, 1, Limits::MostScore, header.MaxScore });
-    if (fault.isEmpty())
-        fault = read({ u"pass"_s, 0, header.MaxScore, header.PassScore });
-    if (fault.isEmpty())
-        fault = read({ u"minutes"_s, 1, Limits::MostMinutes, header.Minutes });
-    return fault;
-}
-
-class Items : public Bank::Receiver {
+// One run of the command.
+class Builder {
 public:
-    std::vector<Bank::Item> All;
+    explicit Builder(BuildOptions options)
+        : m_options(std::move(options))
+        , m_assembler(m_options.Assembling, m_exhibits)
+    {
+        m_assembler.Report = [this](const QString &line) {
+            m_progress.Clear();
+            Console::Complain(line);
+        };
+    }
 
-    void Add(Bank::Item &&item) override { All.push_back(std::move(item)); }
-    void SetName(const QString &) override { }
-    void Warn(int, const QString &) override { }
+    int Execute()
+    {
+        for (const QString &out : Outs())
+            Package::CheckTarget(out, m_options.Replaces);
+        const auto read = [this](const Bank::Source &source, const Bank::Format *format) { Read(source, format); };
+        const auto refuse = [this](const QString &name, const QString &reason) {
+            m_assembler.Begin(name);
+            m_assembler.Refuse(reason);
+        };
+        for (const QString &path : m_options.Sources)
+            Sources::ForEach(path, m_options.Format, read, refuse);
+        m_progress.Clear();
+        CompleteHeader();
+        const bool isMade = Make();
+        WriteReport();
+        Summarise(isMade);
+        return isMade ? Command::Success : Command::Failure;
+    }
+
+private:
+    struct Made {
+        QString Out;
+        qint32 Items = 0;
+        int CodePage = 0;
+    };
+
+    // Counts what passes on its way to the assembler.
+    class Counter : public Bank::Receiver {
+    public:
+        Counter(Builder &run, QString source)
+            : m_run(run)
+            , m_source(std::move(source))
+        {
+        }
+        void Add(Bank::Item &&item) override
+        {
+            m_run.m_assembler.Add(std::move(item));
+            m_run.m_progress.Show(
+                u"%1: %2"_s.arg(m_source, Counted(static_cast<qint64>(m_run.m_assembler.Fates.size()), u"question"_s)));
+        }
+        void SetName(const QString &name) override { m_run.m_assembler.SetName(name); }
+        void Warn(int line, const QString &text) override { m_run.m_assembler.Warn(line, text); }
+
+    private:
+        Builder &m_run;
+        QString m_source;
+    };
+
+    void Read(const Bank::Source &source, const Bank::Format *format)
+    {
+        m_assembler.Begin(source.Name);
+        if (!format) {
+            m_assembler.Refuse(u"it is no question bank; it seems to be %1"_s.arg(Bank::KindOf(source)));
+            return;
+        }
+        try {
+            Counter counter(*this, source.Name);
+            format->Read(source, m_options.Reading, counter);
+        } catch (const Error &error) {
+            m_assembler.Refuse(Console::OneLine(error));
+        }
+    }
+
+    // One for each variant.
+    QStringList Outs() const
+    {
+        QStringList outs;
+        for (int variant = 0; variant < m_options.Variants; ++variant)
+            outs.append(QDir::cleanPath(m_options.Out) + SuffixOf(variant));
+        return outs.isEmpty() ? QStringList(m_options.Out) : outs;
+    }
+
+    static QString SuffixOf(int variant) { return u"-"_s + QChar(u'A' + variant); }
+
+    void CompleteHeader()
+    {
+        Package::Header &header = m_options.Header;
+        if (header.Code.isEmpty())
+            header.Code = Sources::BaseName(m_options.Sources.first());
+        if (header.Name.isEmpty())
+            header.Name = m_assembler.Name.isEmpty() ? header.Code : m_assembler.Name;
+        if (!m_options.HasSeed)
+            m_options.Seed = QRandomGenerator::system()->generate();
+    }
+
+    // Whether packages were made.
+    bool Make()
+    {
+        m_isRefused = m_options.IsStrict && LeftOut() > 0;
+        if (m_assembler.Items.empty() || m_isRefused)
+            return false;
+        for (Draft::Fate &fate : m_assembler.Fates)
+            fate.IsChosen = false;
+        const QStringList outs = Outs();
+        for (int variant = 0; variant < outs.size(); ++variant) {
+            if (!MakeOne(outs.at(variant), variant))
+                return false;
+        }
+        return true;
+    }
+
+    bool MakeOne(const QString &out, int variant)
+    {
+        std::vector<Draft::Item> items = Selection::Choose(m_assembler.Items, m_options.Choice, m_options.Seed, variant);
+        for (size_t i = Limits::MostItems; i < items.size(); ++i)
+            m_assembler.Fates[items[i].Fate].Reason = u"the exam is full"_s;
+        if (items.size() > static_cast<size_t>(Limits::MostItems)) {
+            m_assembler.Report(u"an exam holds no more than %1 items: the last %2 are left out"_s.arg(Limits::MostItems)
+                                   .arg(items.size() - Limits::MostItems));
+            items.resize(Limits::MostItems);
+            m_isRefused = m_options.IsStrict;
+        }
+        if (items.empty() || m_isRefused)
+            return false;
+        for (const Draft::Item &item : items)
+            m_assembler.Fates[item.Fate].IsChosen = true;
+        Package::Header header = m_options.Header;
+        if (m_options.Variants > 0)
+            header.Code += SuffixOf(variant);
+        if (header.Minutes == 0)
+            header.Minutes = static_cast<qint16>(
+                std::clamp<double>(std::ceil(static_cast<double>(items.size()) * MinutesOfAnItem), 1, Limits::MostMinutes));
+        const auto exam = Package::Compose(items, header, m_options.Assembling.CodePage);
+        if (const QString warning = Package::Write(*exam, m_exhibits, out, m_options.Replaces); !warning.isEmpty())
+            Console::Complain(Console::OneLine(warning));
+        m_made.push_back({ out, exam->Questions().Count(), exam->CodePage() });
+        return true;
+    }
+
+    qint64 LeftOut() const
+    {
+        return std::count_if(m_assembler.Fates.begin(), m_assembler.Fates.end(),
+                             [](const auto &fate) { return !fate.Reason.isEmpty(); });
+    }
+
+    void WriteReport() const
+    {
+        if (m_options.Report.isEmpty())
+            return;
+        const bool isHtml = m_options.Report.endsWith(".html"_L1, Qt::CaseInsensitive);
+        const QByteArray bytes
+            = isHtml ? BuildReport::ToHtml(m_assembler.Fates, m_options.Header.Name) : BuildReport::ToJson(m_assembler.Fates);
+        QSaveFile file(m_options.Report);
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+            throw Error(InvalidCall, u"%1: %2"_s.arg(m_options.Report, file.errorString()), u"Command::Build()"_s);
+    }
+
+    void Summarise(bool isMade) const
+    {
+        const auto taken = std::count_if(m_assembler.Fates.begin(), m_assembler.Fates.end(),
+                                         [](const auto &fate) { return fate.Reason.isEmpty() && fate.IsChosen; });
+        const auto notChosen = static_cast<qint64>(m_assembler.Fates.size()) - LeftOut() - taken;
+        QString line = u"%1 taken, %2 left out"_s.arg(Counted(taken, u"item"_s)).arg(LeftOut());
+        if (notChosen > 0)
+            line += u", %1 not chosen"_s.arg(notChosen);
+        if (m_assembler.Warnings > 0)
+            line += u", "_s + Counted(m_assembler.Warnings, u"warning"_s);
+        if (m_isRefused)
+            line += u", nothing made (--strict)"_s;
+        Console::Complain(line);
+        for (const QString &reason : BuildReport::ReasonLines(m_assembler.Fates, MostReasons))
+            Console::Complain(u"  "_s + Console::OneLine(reason));
+        if (!isMade)
+            return;
+        for (const Made &made : m_made)
+            Console::Complain(
+                Console::OneLine(u"%1: %2, %3"_s.arg(made.Out, Counted(made.Items, u"item"_s),
+                                                     made.CodePage == 0 ? u"texts in ASCII"_s
+                                                                        : u"texts in "_s + TextPage::NameOf(made.CodePage))));
+        if (m_options.Choice.IsByChance() && !m_options.HasSeed)
+            Console::Complain(u"Drawn with --seed %1"_s.arg(m_options.Seed));
+        Console::Complain(Console::OneLine(
+            u"Next: practorium-author pack %1 --out %2"_s.arg(Shell(m_made.front().Out),
+                                                              Shell(Sources::BaseName(m_made.front().Out) + u".exe"_s))));
+    }
+
+    // A path as a shell takes it.
+    static QString Shell(const QString &path)
+    {
+        const bool isPlain
+            = std::all_of(path.begin(), path.end(), [](QChar c) { return c.isLetterOrNumber() || u"-_./:\\"_s.contains(c); });
+        return isPlain ? path : u'"' + path + u'"';
+    }
+
+    BuildOptions m_options;
+    Exhibits m_exhibits;
+    Assembler m_assembler;
+    Console::Progress m_progress;
+    bool m_isRefused = false;
+    std::vector<Made> m_made;
 };
-
-std::vector<Bank::Item> ReadSource(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw Error(InvalidCall, u"%1: %2"_s.arg(path, file.errorString()), u"Command::Build()"_s);
-    const QByteArray bytes = file.readAll();
-    if (file.error() != QFile::NoError)
-        throw Error(InvalidCall, u"%1: %2"_s.arg(path, file.errorString()), u"Command::Build()"_s);
-    const Bank::Source source{ path, bytes, std::make_shared<Bank::FolderFiles>(QFileInfo(path).path()) };
-    const Bank::Format *format = Bank::FormatOf(source);
-    if (!format)
-        throw Error(InvalidCall, u"%1: it seems to be %2"_s.arg(path, Bank::KindOf(source)), u"Command::Build()"_s);
-    Items items;
-    format->Read(source, {}, items);
-    return std::move(items.All);
-}
 
 }
 
 int Command::Build(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    Describe(parser);
-    if (const auto code = Parse(parser, arguments, Notes.arg(Ansi::SystemCodePage().Number())))
+    BuildOptions::Describe(parser);
+    if (const auto code = Parse(parser, arguments, BuildOptions::Notes()))
         return *code;
-    if (parser.positionalArguments().size() != 1)
-        return Misused(u"one question bank is required"_s);
-    Package::Header header;
-    if (const QString fault = ReadHeader(parser, header); !fault.isEmpty())
+    BuildOptions options;
+    if (const QString fault = options.Read(parser); !fault.isEmpty())
         return Misused(fault);
-
-    const QString source = parser.positionalArguments().first();
-    const QString out = parser.value(u"out"_s);
-    const bool replace = parser.isSet(u"replace"_s);
-    const QString pictures = parser.isSet(u"pictures"_s) ? parser.value(u"pictures"_s) : QFileInfo(source).path();
-    Package::CheckTarget(out, replace);
-
-    const Package::Content content = Package::Assemble(ReadSource(source), header, pictures);
-    for (const Package::LeftOut &item : content.LeftOut)
-        Console::Complain(Console::OneLine(u"%1:%2: %3"_s.arg(source, QString::number(item.Line), item.Reason)));
-    const qint32 taken = content.Exam->Questions().Count();
-    const bool isRefused = parser.isSet(u"strict"_s) && !content.LeftOut.empty();
-    const bool isMade = taken > 0 && !isRefused;
-    if (isMade) {
-        if (const QString warning = Package::Write(content, pictures, out, replace); !warning.isEmpty())
-            Console::Complain(Console::OneLine(warning));
-    }
-    Console::Complain(
-        u"%1 %2 taken, %3 left out"_s.arg(taken).arg(taken == 1 ? u"item"_s : u"items"_s).arg(content.LeftOut.size())
-        + (isRefused ? u", nothing made (--strict)"_s : QString()));
-    return isMade ? Success : Failure;
+    return Builder(std::move(options)).Execute();
 }

@@ -4,6 +4,8 @@
 #include "console/Console.h"
 #include "author/Limits.h"
 #include "author/Package.h"
+#include "author/TextPage.h"
+#include "common/Ansi.h"
 #include "common/Common.h"
 #include "common/Error.h"
 #include "model/File.h"
@@ -39,6 +41,7 @@ public:
         if (!Read(exam))
             return;
         CheckHeader(exam);
+        CheckLetters(exam);
         qint32 position = 0;
         for (const auto &question : exam.Questions())
             CheckItem(*question, ++position);
@@ -84,7 +87,7 @@ private:
 
     static QString ControlIn(const QString &what, const QString &text)
     {
-        const QString control = Package::ControlCharacter(text);
+        const QString control = TextPage::ControlCharacter(text);
         return control.isEmpty() ? QString() : u"%1 holds the control character %2"_s.arg(what, control);
     }
 
@@ -106,6 +109,25 @@ private:
             Report(u"the duration of %1 minutes is over %2"_s.arg(exam.Duration()).arg(Limits::MostMinutes));
         if (exam.Questions().Count() == 0)
             Report(u"there are no items"_s);
+    }
+
+    // Without a block that names their page, texts mean what they say in one language only.
+    void CheckLetters(const Exam &exam)
+    {
+        const auto isPlain = [](const QString &text) {
+            return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 0x80; });
+        };
+        const auto isPlainItem = [&](const auto &question) {
+            return isPlain(question->Problem()) && isPlain(question->StoredExplaination())
+                && std::all_of(question->Choices().begin(), question->Choices().end(),
+                               [&](const auto &choice) { return isPlain(choice->Statement()); });
+        };
+        const bool arePlain = isPlain(exam.Code()) && isPlain(exam.Name())
+            && std::all_of(exam.Questions().begin(), exam.Questions().end(), isPlainItem);
+        if (m_warnings && exam.CodePage() == 0 && !arePlain)
+            m_warnings->append(Line(
+                u"warning: the texts are in the code page of the reader's language, here %1, and are "
+                "unreadable in another; an exam built anew is readable everywhere"_s.arg(Ansi::SystemCodePage().Number())));
     }
 
     void CheckItem(const Question &question, qint32 position)

@@ -9,6 +9,7 @@ namespace Command {
 int Build(const QStringList &arguments);
 int DumpExam(const QStringList &arguments);
 int CheckPaths(const QStringList &arguments);
+int Print(const QStringList &arguments);
 int Pack(const QStringList &arguments);
 
 }

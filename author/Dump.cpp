@@ -94,6 +94,7 @@ QByteArray ToJson(const Exam &exam)
     Writer json;
     json.Begin('{');
     json.Key("reserved").Put(QString::fromLatin1(exam.Reserved().toHex()));
+    json.Key("codePage").Put(exam.CodePage() == 0 ? QJsonValue() : exam.CodePage());
     json.Key("code").Put(exam.Code());
     json.Key("name").Put(exam.Name());
     json.Key("maxScore").Put(exam.MaxScore());

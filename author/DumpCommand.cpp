@@ -2,8 +2,12 @@
 #include "author/Commands.h"
 #include "console/Console.h"
 #include "author/Dump.h"
+#include "author/Package.h"
 #include "common/Error.h"
 #include "model/Exam.h"
+
+#include <QDir>
+#include <QFileInfo>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -11,13 +15,17 @@ int Command::DumpExam(const QStringList &arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(u"Prints an exam file as JSON, in UTF-8. Texts are printed as stored."_s);
-    parser.addPositionalArgument(u"FILE"_s, u"The exam file."_s);
+    parser.addPositionalArgument(u"PATH"_s, u"An exam file or a package folder."_s);
     if (const auto code = Parse(parser, arguments))
         return *code;
     if (parser.positionalArguments().size() != 1)
-        return Misused(u"one exam file is required"_s);
+        return Misused(u"one exam file or package folder is required"_s);
 
-    const QString path = parser.positionalArguments().first();
+    QString path = parser.positionalArguments().first();
+    if (QFileInfo(path).isDir()) {
+        const QString folder = QDir::toNativeSeparators(QDir::cleanPath(QDir::current().absoluteFilePath(path)));
+        path = QDir::toNativeSeparators(QDir(path).filePath(Package::ExamFileName(folder)));
+    }
     Exam exam;
     try {
         exam.Load(path);

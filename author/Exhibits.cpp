@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "author/Exhibits.h"
 
+#include "common/Common.h"
+#include "model/File.h"
+
 #include "common/Error.h"
 #include "packformat/PackFormat.h"
 #include "picture/Conversion.h"
@@ -124,6 +127,9 @@ QString Exhibits::Named(const QByteArray &digest, const QString &wantedName, QSt
             const QByteArray picture = make(made.Losses);
             made.Name = Keep(picture, wantedName);
         } catch (const Error &error) {
+            // A full disk is no fault of the picture.
+            if (error.Number() != InvalidCall)
+                throw;
             made.Fault = error.Description();
         }
         outcome = m_outcomes.insert(digest, made);
@@ -153,9 +159,15 @@ QString Exhibits::Join(const std::vector<QByteArray> &files, const QString &want
 QString Exhibits::Keep(const QByteArray &picture, const QString &wantedName)
 {
     const QString name = NewName(wantedName, Picture::FormatOf(picture));
-    QFile file(QDir(Folder()).filePath(name));
-    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered) || file.write(picture) != picture.size())
-        throw Refused(file.fileName() + u": "_s + file.errorString());
+    const QString path = QDir(Folder()).filePath(name);
+    try {
+        File file;
+        file.OpenFile(path, File::BinaryMode, File::WriteAccess, File::CreateNew);
+        file.WriteData(picture, static_cast<qint32>(picture.size()));
+        file.Flush();
+    } catch (const Error &error) {
+        throw Error(error.Number(), QDir::toNativeSeparators(path) + u": "_s + Common::OneLine(error), u"Exhibits::Add()"_s);
+    }
     return name;
 }
 

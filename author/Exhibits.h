@@ -25,7 +25,8 @@ public:
     // A BMP, GIF, JPEG, ICO or PNG stays byte for byte; a WebP, SVG or TIFF becomes
     // a PNG. losses, if given, gets what of such a picture is not shown.
     //
-    // Raises InvalidCall with what is wrong with the picture.
+    // Raises InvalidCall with what is wrong with the picture, and the system's error
+    // when it cannot be kept.
     QString Add(const QByteArray &file, const QString &wantedName, QStringList *losses = nullptr);
 
     // Several pictures one below the other, in their own sizes, as one PNG on

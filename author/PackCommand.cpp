@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "author/Commands.h"
 #include "author/Cancellation.h"
+#include "console/Console.h"
 #include "pack/Packer.h"
 #include "packformat/PackFormat.h"
+
+#include <QDir>
+#include <QFileInfo>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -53,7 +57,12 @@ int Command::Pack(const QStringList &arguments)
         return Misused(u"--for takes linux or windows"_s);
 
     const Cancellation cancellation;
-    Packer::Write(parser.positionalArguments().first(), parser.value(u"out"_s), system, parser.isSet(u"replace"_s),
-                  Cancellation::Check);
+    const QString folder = parser.positionalArguments().first();
+    const QString out = parser.value(u"out"_s);
+    Packer::Write(folder, out, system, parser.isSet(u"replace"_s), Cancellation::Check);
+    const QString name = QFileInfo(QDir::cleanPath(QDir::current().absoluteFilePath(folder))).fileName();
+    Console::Print(Console::OneLine(u"%1: run on %2 it installs %3 (%4 KB)"_s.arg(
+        out, system == Packer::Platform::Windows ? u"Windows"_s : u"Linux"_s, name,
+        QString::number((QFileInfo(out).size() + 1023) / 1024))));
     return Success;
 }

@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QRandomGenerator>
+#include <QSet>
 
 #include <filesystem>
 
@@ -218,17 +219,22 @@ void CheckTarget(const QString &out, bool replace)
         throw Refused(u"%1: it is not replaced, because %2"_s.arg(out, reason));
 }
 
-QString Write(const Content &content, const QString &pictureFolder, const QString &out, bool replace)
+QString Write(Exam &exam, const Exhibits &exhibits, const QString &out, bool replace)
 {
     CheckTarget(out, replace);
     const QString target = Resolved(out);
     const Cancellation cancellation;
     StagingFolder staging(target);
     const QString examName = ExamFileName(target);
-    NamingFile(examName, [&] { SaveExam(*content.Exam, staging.Path(examName)); });
-    for (const QString &picture : content.Pictures) {
+    NamingFile(examName, [&] { SaveExam(exam, staging.Path(examName)); });
+    QSet<QString> copied;
+    for (const auto &question : exam.Questions()) {
+        const QString name = question->Exhibit();
+        if (name.isEmpty() || copied.contains(name))
+            continue;
+        copied.insert(name);
         Cancellation::Check();
-        NamingFile(picture, [&] { CopyPicture(QDir(pictureFolder).absoluteFilePath(picture), staging.Path(picture)); });
+        NamingFile(name, [&] { CopyPicture(QDir(exhibits.Folder()).filePath(name), staging.Path(name)); });
     }
     Cancellation::Check();
     return staging.PutInPlace(replace);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "author/Commands.h"
+#include "author/SystemFonts.h"
 
 #include <QGuiApplication>
 
@@ -23,6 +24,7 @@ int main(int argc, char **argv)
     qInstallMessageHandler(OnlyFatal);
     // QTextDocument needs a QPA platform, but no display.
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    UseSystemFonts();
     QGuiApplication::setDesktopSettingsAware(false);
     const QGuiApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"practorium-author"_s);
@@ -32,6 +34,7 @@ int main(int argc, char **argv)
                             { u"build"_s, u"makes a package folder from a question bank in GIFT"_s, Command::Build },
                             { u"dump"_s, u"prints an exam file as JSON"_s, Command::DumpExam },
                             { u"check"_s, u"reports the faults of exam files and package folders"_s, Command::CheckPaths },
+                            { u"print"_s, u"makes a PDF of an exam on paper, and its key"_s, Command::Print },
                             { u"pack"_s, u"makes a program that installs a package"_s, Command::Pack },
                         });
 }

@@ -17,7 +17,7 @@ QString AsHtml(const Markup::Text &text)
 
 }
 
-void Passage::Take(int line, const Markup::Text &description)
+void Passage::Take(int line, const Markup::Text &description, const QString &entry)
 {
     if (m_isPending) {
         Append(m_text, description);
@@ -25,6 +25,7 @@ void Passage::Take(int line, const Markup::Text &description)
     }
     m_text = description;
     m_line = line;
+    m_entry = entry;
     m_isPending = true;
 }
 
@@ -43,7 +44,7 @@ void Passage::Give(Item &item)
 void Passage::End()
 {
     if (m_isPending)
-        m_receiver.Warn(m_line, u"no question follows the description"_s);
+        m_receiver.Warn(m_line, (m_entry.isEmpty() ? m_entry : m_entry + u": "_s) + u"no question follows the description"_s);
     m_isPending = false;
     m_text = {};
 }

@@ -14,7 +14,8 @@ public:
     {
     }
 
-    void Take(int line, const Markup::Text &description);
+    // The entry is the file in a package that holds the line; empty outside packages.
+    void Take(int line, const Markup::Text &description, const QString &entry = {});
     // Gives the item what it shares; nothing to one that is refused. Refuses it once
     // all that was given exceeds MostCharacters.
     void Give(Item &item);
@@ -28,6 +29,7 @@ private:
     Receiver &m_receiver;
     Markup::Text m_text;
     int m_line = 0;
+    QString m_entry;
     qint64 m_given = 0; // characters
     bool m_isPending = false; // no item follows yet
 };

@@ -2,6 +2,7 @@
 #include "bank/Xml.h"
 
 #include "bank/Encoding.h"
+#include "bank/Entities.h"
 #include "common/Error.h"
 
 #include <QRegularExpression>
@@ -59,7 +60,10 @@ QByteArray Decoded(QByteArray bytes, const QString &source)
         QStringDecoder decoder(*wide);
         bytes = QString(decoder(bytes)).toUtf8();
     } else {
-        const QString encoding = DeclarationOf(bytes).Encoding;
+        QString encoding = DeclarationOf(bytes).Encoding;
+        // A declaration that can be read here is not in UTF-16, whatever it says.
+        if (Bank::UnicodeOf(encoding))
+            encoding.clear();
         const std::optional<QByteArray> utf8 = Bank::ToUtf8(bytes, encoding);
         if (!utf8)
             throw Error(InvalidCall, u"line 1: the encoding \"%1\" is not known"_s.arg(encoding), source);
@@ -177,6 +181,13 @@ private:
     QString m_problem;
 };
 
+// Documents use the entities of HTML without declaring them, or declare them in a file
+// that is not loaded.
+class HtmlEntities : public QXmlStreamEntityResolver {
+public:
+    QString resolveUndeclaredEntity(const QString &name) override { return Bank::CharacterOf(name); }
+};
+
 // An element that has no end tag in HTML.
 bool IsVoid(QStringView name)
 {
@@ -231,6 +242,8 @@ Reader::Reader(const QByteArray &bytes, QString source)
     m_buffer.setBuffer(&m_bytes);
     m_buffer.open(QIODevice::ReadOnly);
     m_reader.setDevice(&m_buffer);
+    static HtmlEntities entities;
+    m_reader.setEntityResolver(&entities);
 }
 
 void Reader::FailAt(qint64 line, const QString &text) const
@@ -274,6 +287,8 @@ QXmlStreamReader::TokenType Reader::Next()
         = token == QXmlStreamReader::EndDocument || m_reader.error() == QXmlStreamReader::PrematureEndOfDocumentError;
     if (isAtEnd && !m_problem.isEmpty())
         FailAt(1 + m_bytes.count('\n'), m_problem);
+    if (token == QXmlStreamReader::EntityReference)
+        Fail(u"the entity \"%1\" is not known"_s.arg(m_reader.name()));
     if (token == QXmlStreamReader::Invalid)
         Fail(m_reader.errorString());
     return token;

@@ -11,7 +11,8 @@
 #include <vector>
 
 // XML that came from outside, element by element. Nothing that a document refers to
-// is loaded, and a document type that declares something itself is an error.
+// is loaded, and a document type that declares something itself is an error. Named
+// entities are those of XML and HTML.
 namespace Xml {
 
 // No element stands in more than these, and none has more attributes.

@@ -28,6 +28,16 @@ foreach(plugin platforms/qwindows styles/qwindowsvistastyle imageformats/qgif im
   install(FILES ${qt_root}/plugins/${plugin}.dll DESTINATION ${folder} COMPONENT program)
 endforeach()
 
+# What practorium-author reads pictures with that no exhibit can be.
+foreach(folder ${PRACTORIUM_QT_PICTURES})
+  file(GLOB libraries ${folder}/bin/*.dll)
+  file(GLOB plugins ${folder}/plugins/imageformats/*.dll)
+  file(COPY ${libraries} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+  file(COPY ${plugins} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/imageformats)
+  install(FILES ${libraries} DESTINATION . COMPONENT author)
+  install(FILES ${plugins} DESTINATION imageformats COMPONENT author)
+endforeach()
+
 # The tests' own.
 if(PRACTORIUM_TESTS OR PRACTORIUM_SAMPLES)
   file(COPY ${qt_libraries}/Qt6Test.dll ${qt_libraries}/Qt6Network.dll DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})

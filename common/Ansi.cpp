@@ -1,7 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/Ansi.h"
 
+#include "common/Error.h"
+#include "common/Utf8.h"
+
 #include <QLocale>
+
+#include <algorithm>
+#include <map>
 
 namespace Ansi {
 
@@ -26,6 +32,8 @@ char16_t JapaneseSingle(int byte)
 CodePage::CodePage(int number)
     : m_number(number)
 {
+    if (IsUtf8())
+        return;
     Decoder decoder(number);
     for (int byte = 0; byte < 256; ++byte) {
         const char16_t own = number == 932 ? JapaneseSingle(byte) : NoCharacter;
@@ -67,6 +75,8 @@ qsizetype CodePage::ToText(const uchar *bytes, qsizetype count, char16_t *out) c
 
 QString CodePage::ToText(QByteArrayView bytes) const
 {
+    if (IsUtf8())
+        return Utf8Text::FromBytes(bytes);
     QString text(bytes.size(), Qt::Uninitialized);
     const qsizetype length
         = ToText(reinterpret_cast<const uchar *>(bytes.data()), bytes.size(), reinterpret_cast<char16_t *>(text.data()));
@@ -106,6 +116,8 @@ const std::vector<quint16> &CodePage::Encoding() const
 
 QByteArray CodePage::FromText(QStringView text) const
 {
+    if (IsUtf8())
+        return Utf8Text::ToBytes(text);
     const std::vector<quint16> &encoding = Encoding();
     QByteArray bytes;
     bytes.reserve(m_isSingleByte ? text.size() : text.size() * 2);
@@ -120,11 +132,27 @@ QByteArray CodePage::FromText(QStringView text) const
 
 bool CodePage::CanHold(QStringView text) const
 {
+    if (IsUtf8())
+        return text.isValidUtf16();
     const std::vector<quint16> &encoding = Encoding();
     return std::all_of(text.begin(), text.end(), [&](QChar c) {
         const quint16 code = encoding[c.unicode()];
         return c.isNull() || code > 0xFF || (code != 0 && m_hasMeaning[code]);
     });
+}
+
+bool IsSupported(int number)
+{
+    static constexpr int pages[] = { 874, 932, 936, 949, 950, Utf8 };
+    return (1250 <= number && number <= 1258) || std::find(std::begin(pages), std::end(pages), number) != std::end(pages);
+}
+
+const CodePage &PageOf(int number)
+{
+    if (!IsSupported(number))
+        throw Error::RunTime(InvalidCall);
+    static std::map<int, CodePage> pages;
+    return pages.try_emplace(number, number).first->second;
 }
 
 int CodePageOf(const QLocale &locale)

@@ -17,17 +17,22 @@ class QLocale;
 // Tables are built once for each page; converting a text is a look-up.
 namespace Ansi {
 
+// The number of UTF-8 among the code pages.
+constexpr int Utf8 = 65001;
+
 class CodePage {
 public:
-    // A Windows code page by its number. A page that the system does not know
-    // holds ASCII, and every other byte stands for the character of its number.
+    // A Windows code page by its number, UTF-8 too. A page that the system does not
+    // know holds ASCII, and every other byte stands for the character of its number.
     explicit CodePage(int number);
 
     int Number() const { return m_number; }
+    bool IsUtf8() const { return m_number == Utf8; }
+    // The most bytes that a text takes for each of its UTF-16 units.
+    int MostBytes() const { return IsUtf8() ? 3 : 2; }
+    // Bytes that are not UTF-8 (RFC 3629) become lone surrogates, U+DC00 plus the
+    // byte, and FromText makes them bytes again. A byte order mark is a character.
     QString ToText(QByteArrayView bytes) const;
-    // Bytes into a buffer with room for as many characters as there are bytes;
-    // the number of characters written.
-    qsizetype ToText(const uchar *bytes, qsizetype count, char16_t *out) const;
     // A character that the page lacks becomes "?", each half of a pair one. A
     // byte without a meaning comes back from the character that ToText made.
     QByteArray FromText(QStringView text) const;
@@ -36,6 +41,9 @@ public:
     bool CanHold(QStringView text) const;
 
 private:
+    // Into a buffer with room for as many characters as there are bytes; the number
+    // of characters written.
+    qsizetype ToText(const uchar *bytes, qsizetype count, char16_t *out) const;
     // 0 where the page lacks the character; a two-byte character has its first
     // byte in the upper half.
     const std::vector<quint16> &Encoding() const;
@@ -47,6 +55,12 @@ private:
     std::array<std::unique_ptr<std::array<char16_t, 256>>, 256> m_pairs;
     mutable std::vector<quint16> m_encoding;
 };
+
+// Whether texts can be in that page on every system: 874, 932, 936, 949, 950, 1250
+// to 1258, and UTF-8.
+bool IsSupported(int number);
+// Such a page, built at its first use and kept. Raises InvalidCall for any other.
+const CodePage &PageOf(int number);
 
 // The code page of a language: 1252 for Western languages and by default.
 int CodePageOf(const QLocale &locale);

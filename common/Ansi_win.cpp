@@ -53,8 +53,8 @@ char16_t Decoder::Pair(uchar lead, uchar trail)
     return m_system->Convert(in, 2);
 }
 
-// A process or a whole system can be set to UTF-8. No table holds that, and no
-// other system could read such files: then it is the page of the language.
+// A process or a whole system can be set to UTF-8. A file that does not name its page
+// is in that of the language, which other systems go by: so it is here, too.
 int SystemPageNumber()
 {
     UINT page = GetACP();

@@ -2,9 +2,10 @@
 #include "bank/Archive.h"
 #include "bank/Formats.h"
 #include "common/Error.h"
-#include "markup/PlainText.h"
+#include "markup/Readable.h"
 
 #include <QGuiApplication>
+#include <QMap>
 #include <QRegularExpression>
 
 #include <cstdio>
@@ -12,9 +13,10 @@
 
 using namespace Qt::Literals::StringLiterals;
 
-// Any bytes as a question bank of one format, BANK_FORMAT, as each file of a package,
-// and as a zip archive: recognised, read, the pictures looked for, every text made
-// readable.
+// Any bytes as a question bank of one format, BANK_FORMAT: recognised, read, the
+// pictures looked for, every text made readable. Lines such as "==> item.xml <==" make
+// them a folder: what is behind each is the file of that name. Without such lines they
+// are read as a file, as each file of a package, and as a zip archive.
 
 namespace {
 
@@ -48,6 +50,44 @@ private:
     QByteArray m_bytes;
 };
 
+class FolderOf : public Bank::Files {
+public:
+    explicit FolderOf(const QByteArray &bytes)
+    {
+        qsizetype name = Begin(bytes, 0);
+        while (name >= 0) {
+            const qsizetype end = bytes.indexOf(" <==\n", name);
+            if (end < 0)
+                return;
+            const qsizetype next = Begin(bytes, end);
+            const qsizetype size = (next < 0 ? bytes.size() : next - MarkSize) - end - 5;
+            m_files.insert(QString::fromUtf8(bytes.mid(name, end - name)), bytes.mid(end + 5, size));
+            name = next;
+        }
+    }
+
+    bool IsEmpty() const { return m_files.isEmpty(); }
+
+    std::optional<QByteArray> Read(const QString &path) const override
+    {
+        return m_files.contains(path) ? std::optional(m_files.value(path)) : std::nullopt;
+    }
+
+    QStringList Paths() const override { return m_files.keys(); }
+
+private:
+    static constexpr qsizetype MarkSize = 4;
+
+    // Where the next name begins; -1 for none.
+    static qsizetype Begin(const QByteArray &bytes, qsizetype from)
+    {
+        const qsizetype mark = bytes.indexOf("==> ", from);
+        return mark < 0 ? -1 : mark + MarkSize;
+    }
+
+    QMap<QString, QByteArray> m_files;
+};
+
 class Reader : public Bank::Receiver {
 public:
     void Add(Bank::Item &&item) override
@@ -77,7 +117,7 @@ private:
         static const QRegularExpression picture(u"\\bsrc\\s*=\\s*[\"']?([^\"'>]*)"_s);
         for (auto match = picture.globalMatch(text.Source); match.hasNext() && item.Files;)
             item.Files->Read(Bank::PathOf(match.next().captured(1)));
-        PlainText::Readable(text);
+        Markup::Read(text);
     }
 };
 
@@ -92,7 +132,7 @@ template <class Operation> void AllowRefusal(Operation operation)
     }
 }
 
-void ReadAs(const Bank::Source &source, bool hasPassages)
+void ReadAs(const Bank::Source &source, const Bank::Options &options)
 {
     static const Bank::Format *format = Bank::FormatOf(QStringLiteral(BANK_FORMAT));
     Require(format != nullptr, "a format of that name");
@@ -100,8 +140,6 @@ void ReadAs(const Bank::Source &source, bool hasPassages)
         Bank::FormatOf(source);
         Require(!Bank::KindOf(source).isEmpty(), "a kind");
     });
-    Bank::Options options;
-    options.HasPassages = hasPassages;
     Reader reader;
     AllowRefusal([&] { format->Read(source, options, reader); });
 }
@@ -121,14 +159,23 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
+    Bank::Options options;
+    // All ways, without a second input.
+    options.HasPassages = size % 2 == 1;
+    if (size % 3 == 0)
+        options.Columns = u"question=1,options=2-4,key=5"_s;
+    if (size % 5 == 0)
+        options.Encoding = u"windows-1251"_s;
+    if (const auto folder = std::make_shared<FolderOf>(bytes); !folder->IsEmpty()) {
+        ReadAs({ u"folder"_s, {}, folder }, options);
+        return 0;
+    }
     const auto files = std::make_shared<SameFiles>(bytes);
-    // Both ways, without a second input.
-    const bool hasPassages = size % 2 == 1;
-    ReadAs({ u"bank"_s, bytes, files }, hasPassages);
-    ReadAs({ u"folder"_s, {}, files }, hasPassages);
+    ReadAs({ u"bank"_s, bytes, files }, options);
+    ReadAs({ u"folder"_s, {}, files }, options);
     AllowRefusal([&] {
         if (Bank::Archive::Suits(bytes))
-            ReadAs({ u"archive"_s, bytes, std::make_shared<Bank::Archive>(bytes, u"archive"_s) }, hasPassages);
+            ReadAs({ u"archive"_s, bytes, std::make_shared<Bank::Archive>(bytes, u"archive"_s) }, options);
     });
     return 0;
 }

@@ -9,14 +9,24 @@ import zlib
 here = pathlib.Path(__file__).resolve().parent
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(here.parent / "bench"))
-from gen_exam import exam  # noqa: E402
+from gen_exam import block, exam  # noqa: E402
 
 single = dict(problem="Which one?", choices=[("This", True), ("That", False)])
 several = dict(problem="Which two?\r\nPick.", why="  Both stand in the list. ", exhibit="list.gif", hint=True,
                choices=[("A", True), ("B", False), ("C", True)])
 bare = dict(problem="", choices=[])
 whole = exam("EX-1", "Small", 1000, 700, 60, [single, several], b"\x01\x02\x03")
+cyrillic = dict(problem="Какой?", why="Да.", choices=[("Этот", True), ("Тот", False)])
+world = dict(problem="中 – \U0001F600?", choices=[("é", True), ("ا", False)])
+utf8 = exam("?-1", "?", 1000, 700, 60, [cyrillic, world], block(65001, "Ж-1", "Проба 中"), "utf-8")
 seeds = {
+    "page-utf8": utf8,
+    "page-1251": exam("EX-1", "?", 1000, 700, 60, [cyrillic], block(1251, "Ж-1", "Проба"), "cp1251"),
+    "page-932": exam("EX-1", "?", 1000, 700, 60, [cyrillic], block(932, "Ж-1", "Проба"), "cp932"),
+    "page-later": exam("?", "?", 1000, 700, 60, [world], block(65001, "Ж", "").replace(b"\x1a\1", b"\x1a\2") + b"!", "utf-8"),
+    "page-unknown": exam("EX-1", "?", 1000, 700, 60, [cyrillic], block(1259, "Ж-1", "Проба"), "cp1251"),
+    "page-not-utf8": exam("EX-1", "?", 1000, 700, 60, [cyrillic], block(65001, "Ж-1", "Проба"), "cp1251"),
+    "page-cut": exam("EX-1", "?", 1000, 700, 60, [cyrillic], block(65001, "Ж-1", "Проба")[:-1], "cp1251"),
     "empty": b"",
     "no-items": exam("EX-0", "Nothing", 1000, 700, 60, []),
     "one-item": exam("EX-1", "One", 100, 50, 1, [single]),

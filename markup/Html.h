@@ -8,35 +8,76 @@
 // The tags and entities of HTML in texts that are hardly ever well-formed.
 namespace Html {
 
+// What an element does to a text that is shown as plain text.
+enum class Role {
+    Inline, // nothing
+    Block, // begins and ends a line
+    Paragraph, // as a block, with an empty line on both sides
+    Break,
+    Rule,
+    List,
+    NumberedList,
+    ListItem,
+    Table,
+    TablePart, // rows and columns, as a group
+    TableRow,
+    Cell,
+    Caption,
+    Preformatted,
+    Code,
+    Raised,
+    Lowered,
+    Link,
+    Picture,
+    Object, // a picture or what a player would show
+    Drawing, // svg
+    Played,
+    Quotation,
+    Underlined,
+    Struck,
+    Field,
+    Reading, // of a ruby
+    ReadingBracket,
+    Formula, // MathML
+    Hidden,
+};
+
+struct Element {
+    QLatin1StringView Name;
+    Html::Role Role = Html::Role::Inline;
+    // A line break of the source beside its tag means nothing.
+    bool MakesLines = false;
+    // Builds a page or a form of one.
+    bool IsOfPage = false;
+};
+
 // A tag, a comment, a known entity, or the text between these.
 struct Piece {
-    QString Source;
-    // The element's name in lower case, "!" for a comment or a document type, "&"
-    // for an entity; empty for text.
-    QString Tag;
+    enum class Type { Text, Code, Entity, Comment, Tag };
+
+    QStringView Source;
+    Piece::Type Kind = Piece::Type::Text;
+    const Html::Element *Element = nullptr; // of a tag
     bool IsEnd = false; // of the element
+
+    Html::Role RoleOf() const { return Element ? Element->Role : Html::Role::Inline; }
+    bool Is(QLatin1StringView name) const { return Element && Element->Name == name; }
 };
 
 enum class Language { Html, Markdown };
 
-// All pieces of a text in order. A script or a style sheet is one tag with all
-// its content. Tags of unknown elements, unknown entities and code of Markdown
-// are text. Needs a QGuiApplication.
-std::vector<Piece> PiecesOf(const QString &text, Language language = Language::Html);
+// All pieces of a text in order; they refer to the text. A script, a style
+// sheet, a drawing and a formula in MathML are one tag with all their content.
+// Tags of unknown elements and unknown entities are text; so is the code of
+// Markdown, as a piece of its own. In linear time.
+std::vector<Piece> PiecesOf(QStringView text, Language language = Language::Html);
 
-// What white space in a text means: what it means in HTML; or line breaks and
-// runs of blanks are kept, except line breaks beside the tag of a paragraph, a
-// list, a table and the like.
-enum class WhiteSpace { Collapsed, Kept };
+// The value of an attribute of a start tag with its entities resolved; null when
+// the tag has none of that name.
+QString Attribute(QStringView tag, QLatin1StringView name);
 
-// The pieces as HTML of which Qt's reader of documents loses no text and loads
-// no style sheet. "[video]" and the like stand for what is played.
-QString ForDocument(const std::vector<Piece> &pieces, WhiteSpace whiteSpace);
-
-// Whether an element shows what a player would.
-bool IsPlayed(const QString &name);
-
-// Whether the name is one of those, which are parted by single blanks.
-bool IsOneOf(const QString &name, QLatin1StringView names);
+// The number of the element among all, from 0, below MostElements.
+constexpr int MostElements = 256;
+int NumberOf(const Element &element);
 
 }

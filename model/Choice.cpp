@@ -4,9 +4,9 @@
 #include "common/Ansi.h"
 #include "model/RecordIO.h"
 
-qint64 Choice::RecordBytes() const
+qint64 Choice::RecordBytes(const Ansi::CodePage &page) const
 {
-    return ShortestRecord + Ansi::FromText(m_statement).size();
+    return ShortestRecord + page.FromText(m_statement).size();
 }
 
 bool Choice::Serialize(File &file) const

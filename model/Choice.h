@@ -6,6 +6,10 @@
 
 #include <QString>
 
+namespace Ansi {
+class CodePage;
+}
+
 // One answer option of an item.
 class Choice : public ISerializable {
 public:
@@ -19,8 +23,8 @@ public:
     bool IsSolution() const { return m_isSolution; }
     void SetIsSolution(bool isSolution) { m_isSolution = isSolution; }
 
-    // The length in bytes of what Serialize writes.
-    qint64 RecordBytes() const;
+    // The length in bytes of what Serialize writes to a file with that SealedPage.
+    qint64 RecordBytes(const Ansi::CodePage &page) const;
     bool Serialize(File &file) const override;
     bool Deserialize(File &file) override;
 

@@ -7,6 +7,7 @@
 #include "model/File.h"
 
 #include <QCryptographicHash>
+#include <QtEndian>
 
 #include <array>
 #include <numeric>
@@ -60,7 +61,11 @@ public:
     void Apply(char *data, qsizetype count)
     {
         const char *bytes = Bytes(count);
-        for (qsizetype i = 0; i < count; ++i)
+        constexpr qsizetype step = sizeof(quint64);
+        qsizetype i = 0;
+        for (; i + step <= count; i += step)
+            qToUnaligned(qFromUnaligned<quint64>(data + i) ^ qFromUnaligned<quint64>(bytes + i), data + i);
+        for (; i < count; ++i)
             data[i] = static_cast<char>(data[i] ^ bytes[i]);
     }
 
@@ -145,7 +150,9 @@ void WriteSecureData(File &Target, const QVariant &Value, qint32 Length)
 
 void WriteSecureData(File &Target, const QString &Value)
 {
-    Target.WriteData(EncryptText(Value, RecordPassPhrase(), CipherRC4, HashMD5), -1);
+    QByteArray bytes = Target.SealedPage().FromText(Value);
+    RecordStream().Apply(bytes.data(), bytes.size());
+    Target.WriteData(bytes, -1);
 }
 
 void ReadSecureData(File &Source, QVariant &Value, qint32 Length)
@@ -163,15 +170,15 @@ void ReadSecureData(File &Source, QString &Value)
 {
     QByteArray bytes;
     Source.ReadData(bytes, -1);
-    OpenSecureData(bytes, Value);
+    OpenSecureData(bytes, Value, Source.SealedPage());
 }
 
-void OpenSecureData(QByteArray &Bytes, QString &Value)
+void OpenSecureData(QByteArray &Bytes, QString &Value, const Ansi::CodePage &Page)
 {
     if (Bytes.isEmpty())
         return;
     RecordStream().Apply(Bytes.data(), Bytes.size());
-    Value = Ansi::ToText(Bytes);
+    Value = Page.ToText(Bytes);
 }
 
 }

@@ -7,6 +7,10 @@
 
 class File;
 
+namespace Ansi {
+class CodePage;
+}
+
 // The one cipher of the program, for the texts of an exam and the remembered
 // password: RC4 under a 40-bit key from the MD5 digest (RFC 1321) of a pass
 // phrase. It keeps a file from being read by accident, no more than that.
@@ -28,14 +32,14 @@ QString DecryptText(const QByteArray &Data, const QString &PassPhrase, quint32 A
 // The pass phrase of exam records, built at its first use and kept.
 const QString &RecordPassPhrase();
 
-// A text stands in a record as a 32-bit byte count and the enciphered bytes;
-// any other value is written and read as File does. An empty text leaves the
-// value that is read as it is. Errors of File pass through.
+// A text stands in a record as a 32-bit byte count and the enciphered bytes, in
+// the file's SealedPage; any other value is written and read as File does. An empty
+// text leaves the value that is read as it is. Errors of File pass through.
 void WriteSecureData(File &Target, const QVariant &Value, qint32 Length);
 void WriteSecureData(File &Target, const QString &Value);
 void ReadSecureData(File &Source, QVariant &Value, qint32 Length);
 void ReadSecureData(File &Source, QString &Value);
 // What is done with the bytes of such a text once they are read.
-void OpenSecureData(QByteArray &Bytes, QString &Value);
+void OpenSecureData(QByteArray &Bytes, QString &Value, const Ansi::CodePage &Page);
 
 }

@@ -3,6 +3,7 @@
 
 #include "common/Common.h"
 #include "model/RecordIO.h"
+#include "model/TextEncoding.h"
 
 using namespace ExamFormat;
 using namespace Qt::Literals::StringLiterals;
@@ -15,17 +16,72 @@ void OpenExam(File &file, const QString &path)
     RequireFileSize(file.ByteSize());
 }
 
-// The header up to the name. A file that ends inside it yields what is there.
-void ReadReserved(File &file, QByteArray &block)
-{
-    ReadLimited(file, block, MostReservedBytes, ReservedTooLong);
-}
-
-void ReadTitle(File &file, QString &title, const QString &what)
+template <class Title> void ReadTitle(File &file, Title &title, const QString &what)
 {
     ReadLimited(file, title, MostTitleCharacters, [&] { return TitleTooLong(what); });
 }
 
+}
+
+void Exam::SetCode(const QString &code)
+{
+    m_code = code;
+    if (m_codePage != 0) {
+        m_reserved = TextEncoding::Write({ m_codePage, m_code, m_name });
+        m_plainCode = TextEncoding::Plain(m_code, m_codePage);
+    }
+}
+
+void Exam::SetName(const QString &name)
+{
+    m_name = name;
+    if (m_codePage != 0) {
+        m_reserved = TextEncoding::Write({ m_codePage, m_code, m_name });
+        m_plainName = TextEncoding::Plain(m_name, m_codePage);
+    }
+}
+
+void Exam::SetCodePage(int page)
+{
+    if (page != 0 && !Ansi::IsSupported(page))
+        throw Error::RunTime(InvalidCall);
+    if (std::exchange(m_codePage, page) != 0)
+        m_reserved.clear();
+    SetCode(m_code);
+    SetName(m_name);
+}
+
+const Ansi::CodePage &Exam::SealedPage() const
+{
+    return m_codePage != 0 ? Ansi::PageOf(m_codePage) : Ansi::SystemCodePage();
+}
+
+template <class After> void Exam::ReadTitles(File &file, const After &after)
+{
+    // An opaque block stays when the file has none, as every field does. One that says
+    // how another file is written says nothing of this one.
+    SetCodePage(0);
+    ReadLimited(file, m_reserved, MostReservedBytes, ReservedTooLong);
+    const auto block = TextEncoding::Read(m_reserved);
+    if (block) {
+        m_codePage = block->CodePage;
+        m_code = block->Code;
+        m_name = block->Name;
+        m_plainCode.clear();
+        m_plainName.clear();
+    }
+    const auto read = [&](auto &title, const QString &what) {
+        after();
+        ReadTitle(file, title, what);
+    };
+    if (block) {
+        read(m_plainCode, u"code"_s);
+        read(m_plainName, u"name"_s);
+    } else {
+        read(m_code, u"code"_s);
+        read(m_name, u"name"_s);
+    }
+    after();
 }
 
 bool Exam::LoadHeader(const QString &Path)
@@ -33,9 +89,8 @@ bool Exam::LoadHeader(const QString &Path)
     return WithSource(u"Exam::LoadHeader()", [&] {
         File file;
         OpenExam(file, Path);
-        ReadReserved(file, m_reserved);
-        ReadTitle(file, m_code, u"code"_s);
-        ReadTitle(file, m_name, u"name"_s);
+        // A file that ends inside it yields what is there.
+        ReadTitles(file, [] {});
         file.ReadData(m_maxScore);
         file.ReadData(m_passScore);
         file.ReadData(m_duration);
@@ -63,13 +118,14 @@ void Exam::RequireLimits() const
     RequireTitle(m_code.size(), u"code"_s);
     RequireTitle(m_name.size(), u"name"_s);
     RequireCount(m_questions.Count(), Question::Plural());
-    qint64 bytes = ShortestHeader + m_reserved.size() + m_code.size() + m_name.size();
+    qint64 bytes = ShortestHeader + m_reserved.size();
+    bytes += m_codePage != 0 ? m_plainCode.size() + m_plainName.size() : m_code.size() + m_name.size();
     qint64 options = 0;
     for (const auto &question : m_questions) {
         RequireCount(question->Choices().Count(), Choice::Plural());
         RequireItemCharacters(question->Characters());
         RequireOptionsInAll(options += question->Choices().Count());
-        RequireFileSize(bytes += question->RecordBytes());
+        RequireFileSize(bytes += question->RecordBytes(SealedPage()));
     }
     RequireFileSize(bytes);
 }
@@ -100,24 +156,26 @@ qint16 Exam::CalculateScore() const
 bool Exam::Serialize(File &file) const
 {
     file.WriteData(m_reserved, WithCount);
-    file.WriteData(m_code, WithCount);
-    file.WriteData(m_name, WithCount);
+    if (m_codePage != 0) {
+        file.WriteData(m_plainCode, WithCount);
+        file.WriteData(m_plainName, WithCount);
+    } else {
+        file.WriteData(m_code, WithCount);
+        file.WriteData(m_name, WithCount);
+    }
     file.WriteData(m_maxScore);
     file.WriteData(m_passScore);
     file.WriteData(m_duration);
+    file.SetSealedPage(SealedPage());
     return m_questions.Serialize(file);
 }
 
 bool Exam::Deserialize(File &file)
 {
-    ReadReserved(file, m_reserved);
-    RequireWhole(file);
-    ReadTitle(file, m_code, u"code"_s);
-    RequireWhole(file);
-    ReadTitle(file, m_name, u"name"_s);
-    RequireWhole(file);
+    ReadTitles(file, [&] { RequireWhole(file); });
     Read(file, m_maxScore);
     Read(file, m_passScore);
     Read(file, m_duration);
+    file.SetSealedPage(SealedPage());
     return m_questions.Deserialize(file);
 }

@@ -24,10 +24,12 @@ public:
     // and the file that is there stays as it is: Overflow.
     bool Save(const QString &Path);
 
+    // Setting one of them writes the block of CodePage anew, and the plain text
+    // behind it.
     const QString &Code() const { return m_code; }
-    void SetCode(const QString &code) { m_code = code; }
+    void SetCode(const QString &code);
     const QString &Name() const { return m_name; }
-    void SetName(const QString &name) { m_name = name; }
+    void SetName(const QString &name);
     // Minutes.
     qint16 Duration() const { return m_duration; }
     void SetDuration(qint16 duration) { m_duration = duration; }
@@ -35,8 +37,15 @@ public:
     void SetMaxScore(qint16 score) { m_maxScore = score; }
     qint16 PassScore() const { return m_passScore; }
     void SetPassScore(qint16 score) { m_passScore = score; }
-    // The opaque block at the start of the file, kept for Save.
+    // The block at the start of the file, kept for Save: opaque, or the one that
+    // CodePage comes from.
     const QByteArray &Reserved() const { return m_reserved; }
+    // The page that the block names for the texts of the items, whatever the system's;
+    // 0 without such a block, when all texts are in the system's page.
+    int CodePage() const { return m_codePage; }
+    // Puts a block for that page, which Ansi::IsSupported, in the place of any other;
+    // 0 takes it away and leaves an opaque block alone. Raises InvalidCall.
+    void SetCodePage(int page);
 
     // The path last loaded or saved, as it was given.
     const QString &FileName() const { return m_fileName; }
@@ -57,6 +66,9 @@ public:
 private:
     // Raises Overflow for what Load refuses.
     void RequireLimits() const;
+    // Reserved block, code and name, each followed by what the function does.
+    template <class After> void ReadTitles(File &file, const After &after);
+    const Ansi::CodePage &SealedPage() const;
 
     QString m_code;
     QString m_name;
@@ -64,6 +76,10 @@ private:
     qint16 m_maxScore = 0;
     qint16 m_passScore = 0;
     QByteArray m_reserved;
+    int m_codePage = 0;
+    // With a code page: the bytes behind the block, as they are in the file.
+    QByteArray m_plainCode;
+    QByteArray m_plainName;
     bool m_isEnded = false;
     QString m_fileName;
     ::Questions m_questions;

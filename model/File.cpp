@@ -239,6 +239,11 @@ qint64 File::ByteSize() const
     return m_written.isEmpty() ? size : std::max(size, m_position);
 }
 
+const Ansi::CodePage &File::SealedPage() const
+{
+    return m_sealedPage ? *m_sealedPage : Ansi::SystemCodePage();
+}
+
 quint32 File::Size() const
 {
     return static_cast<quint32>(ByteSize());
@@ -292,14 +297,17 @@ qint64 File::ReadBytes(char *out, qint64 count)
     return done;
 }
 
-QByteArray File::ReadBlock(qint64 count)
+void File::ReadBlock(QByteArray &block, qint64 count)
 {
     const qint64 ahead = m_position >= m_readStart ? m_readStart + m_readLength - m_position : 0;
     const qint64 left = count <= ahead ? count : std::clamp<qint64>(ByteSize() - m_position, 0, count);
-    QByteArray block(left, Qt::Uninitialized);
+    // Room that is there already is used again, if nobody else has the bytes.
+    if (block.isDetached() && block.capacity() >= left)
+        block.resize(left);
+    else
+        block = QByteArray(left, Qt::Uninitialized);
     block.truncate(ReadBytes(block.data(), left));
     m_shortfall = count - block.size();
-    return block;
 }
 
 qint32 File::ReadText(QString &Data, qint32 Length)
@@ -325,7 +333,8 @@ qint32 File::ReadText(QString &Data, qint32 Length)
         m_position += count;
         return static_cast<qint32>(count);
     }
-    const QByteArray bytes = ReadBlock(count);
+    QByteArray bytes;
+    ReadBlock(bytes, count);
     m_shortfall += ofCount;
     Data = Ansi::ToText(bytes);
     return static_cast<qint32>(bytes.size());
@@ -345,7 +354,7 @@ qint32 File::ReadByteBlock(QByteArray &Data, qint32 Length)
     m_shortfall = 0;
     if (count == 0)
         return 0;
-    Data = ReadBlock(count);
+    ReadBlock(Data, count);
     m_shortfall += ofCount;
     return static_cast<qint32>(Data.size());
 }

@@ -8,6 +8,10 @@
 
 #include <memory>
 
+namespace Ansi {
+class CodePage;
+}
+
 // A fixed-point amount: Scaled is the value times 10,000.
 struct Currency {
     qint64 Scaled = 0;
@@ -99,6 +103,11 @@ public:
     // such an event.
     void CopyTo(File &Target);
 
+    // The page of the enciphered texts in this file: the system's, until SetSealedPage
+    // names another, which is not owned. OpenFile leaves it alone.
+    const Ansi::CodePage &SealedPage() const;
+    void SetSealedPage(const Ansi::CodePage &page) { m_sealedPage = &page; }
+
     const QString &Name() const { return m_name; }
     void SetName(const QString &name) { m_name = name; }
     // The whole length in bytes: what limits are compared with. 0 while no file
@@ -156,7 +165,7 @@ private:
     void RequireAccess(quint32 access) const;
     qint64 ReadBytes(char *out, qint64 count);
     // Up to count bytes, never more than the file has left.
-    QByteArray ReadBlock(qint64 count);
+    void ReadBlock(QByteArray &block, qint64 count);
     void WriteBytes(const char *bytes, qint64 count);
     void WritePending();
     void WriteBlock(const QByteArray &bytes, qint64 count);
@@ -170,6 +179,7 @@ private:
     qint32 m_mode = TextMode;
     quint32 m_access = 0;
     quint32 m_attributes = 0;
+    const Ansi::CodePage *m_sealedPage = nullptr;
     std::unique_ptr<Handle> m_handle;
     qint64 m_position = 0;
     qint64 m_shortfall = 0;

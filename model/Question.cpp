@@ -34,11 +34,11 @@ void Question::CalculateSolutionCount()
     m_solutionCount = AnswerCount();
 }
 
-qint64 Question::RecordBytes() const
+qint64 Question::RecordBytes(const Ansi::CodePage &page) const
 {
-    qint64 bytes = ShortestRecord + m_exhibit.size() + Ansi::FromText(m_problem).size() + Ansi::FromText(m_explaination).size();
+    qint64 bytes = ShortestRecord + m_exhibit.size() + page.FromText(m_problem).size() + page.FromText(m_explaination).size();
     for (const auto &choice : m_choices)
-        bytes += choice->RecordBytes();
+        bytes += choice->RecordBytes(page);
     return bytes;
 }
 

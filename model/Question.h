@@ -46,8 +46,8 @@ public:
 
     // Of the question, its choices and its explanation together.
     qint64 Characters() const;
-    // The length in bytes of what Serialize writes.
-    qint64 RecordBytes() const;
+    // The length in bytes of what Serialize writes to a file with that SealedPage.
+    qint64 RecordBytes(const Ansi::CodePage &page) const;
     bool Serialize(File &file) const override;
     bool Deserialize(File &file) override;
 

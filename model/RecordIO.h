@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "common/Ansi.h"
 #include "common/Error.h"
 #include "model/Collection.h"
 #include "model/CryptoAPI.h"
@@ -69,14 +70,19 @@ inline void RequireItemCharacters(qint64 count)
         throw TooManyCharacters();
 }
 
-// A text of an item. What is beyond the limit in any code page is refused before
-// it takes room.
+// A text of an item. What is beyond the limit by its bytes alone is refused before it
+// takes room.
 inline void ReadSealed(File &file, QString &text)
 {
-    QByteArray bytes;
-    ReadLimited(file, bytes, 2 * MostItemCharacters, TooManyCharacters);
+    // Most texts fit in where the one before was.
+    constexpr qsizetype roomKept = 64 * 1024; // bytes
+    static thread_local QByteArray bytes;
+    if (bytes.capacity() > roomKept)
+        bytes = QByteArray();
+    bytes.resize(0);
+    ReadLimited(file, bytes, file.SealedPage().MostBytes() * MostItemCharacters, TooManyCharacters);
     RequireWhole(file);
-    CryptoAPI::OpenSecureData(bytes, text);
+    CryptoAPI::OpenSecureData(bytes, text, file.SealedPage());
 }
 
 // What: "code" or "name".

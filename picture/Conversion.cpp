@@ -2,7 +2,7 @@
 #include "picture/Conversion.h"
 
 #include "common/Error.h"
-#include "picture/MutedErrors.h"
+#include "picture/Apart.h"
 #include "picture/Picture.h"
 #include "picture/PlainDrawing.h"
 
@@ -143,18 +143,25 @@ void CheckTiff(const QByteArray &file)
         throw Refused(u"The picture has too many scans"_s);
 }
 
+QImage OnWhite(const QImage &image)
+{
+    QImage opaque(image.size(), QImage::Format_RGB32);
+    opaque.fill(Qt::white);
+    QPainter painter(&opaque);
+    painter.drawImage(opaque.rect(), image);
+    return opaque;
+}
+
 struct Source {
     QByteArray Bytes;
     QByteArray Format; // the decoder's name
     const char *Package; // that brings the decoder
 };
 
-QImage Read(Source source, QSize (*shownSize)(QSize))
+using ShownSize = QSize (*)(QSize);
+
+QImage Decoded(Source &source, ShownSize shownSize)
 {
-    if (!QImageReader::supportedImageFormats().contains(source.Format))
-        throw Refused(
-            u"%1 pictures need the package %2, which is not installed"_s.arg(QString::fromLatin1(source.Format.toUpper()),
-                                                                             QString::fromLatin1(source.Package)));
     QBuffer buffer(&source.Bytes);
     buffer.open(QIODevice::ReadOnly);
     QImageReader reader(&buffer, source.Format);
@@ -175,16 +182,17 @@ QImage Read(Source source, QSize (*shownSize)(QSize))
     if (image.isNull())
         throw Refused(u"The picture is damaged"_s);
     RequireSize(image.size());
-    return image;
+    return OnWhite(image);
 }
 
-QImage OnWhite(const QImage &image)
+// shownSize: of a picture of that size, as which it is drawn; nullptr for its own.
+QImage Read(Source source, ShownSize shownSize)
 {
-    QImage opaque(image.size(), QImage::Format_RGB32);
-    opaque.fill(Qt::white);
-    QPainter painter(&opaque);
-    painter.drawImage(opaque.rect(), image);
-    return opaque;
+    if (!QImageReader::supportedImageFormats().contains(source.Format))
+        throw Refused(
+            u"%1 pictures need the package %2, which is not installed"_s.arg(QString::fromLatin1(source.Format.toUpper()),
+                                                                             QString::fromLatin1(source.Package)));
+    return Apart::Run([&] { return Decoded(source, shownSize); });
 }
 
 QSize ShownDrawing(QSize own)
@@ -242,14 +250,13 @@ QImage Decode(const QByteArray &file, QStringList &losses)
         const QByteArray drawing = IsPacked(file) ? Unpacked(file, MostDrawingBytes + 1) : file;
         if (drawing.size() > MostDrawingBytes)
             throw Refused(u"The drawing is too large"_s);
-        return OnWhite(Read({ PlainDrawing::Of(Document(drawing), losses), "svg"_ba, "libqt6svg6" }, ShownDrawing));
+        return Read({ PlainDrawing::Of(Document(drawing), losses), "svg"_ba, "libqt6svg6" }, ShownDrawing);
     }
     if (kind.isEmpty())
         throw Refused(u"The file is not a WebP, SVG or TIFF picture"_s);
     if (kind == "TIFF"_L1)
         CheckTiff(file);
-    const MutedErrors muted;
-    return OnWhite(Read({ file, kind.toLower().toLatin1(), "qt6-image-formats-plugins" }, nullptr));
+    return Read({ file, kind.toLower().toLatin1(), "qt6-image-formats-plugins" }, nullptr);
 }
 
 }

@@ -6,6 +6,7 @@
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QFile>
+#include <QFontDatabase>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -14,11 +15,14 @@
 #include <QTest>
 #include <QTreeView>
 
+#include <cstdio>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
 const QString TouredExam = u"NET-101"_s;
+const QString LanguagesExam = u"WORLD-101"_s;
 
 // Beside the indicator, as a person would.
 void ClickRow(QWidget *exam, const QString &name)
@@ -61,6 +65,9 @@ int SittingTour::Run()
     EndExam();
     ReviewAfterTheExam();
     Leave();
+    SitLanguages();
+    WhenAsked(u"really-exit"_s, QMessageBox::Yes);
+    Click(Find<QPushButton>(&m_program.Main(), u"cmdExit"_s));
     Expect(Waiting() == 0, u"every window that was to show"_s);
     return Pictures();
 }
@@ -85,15 +92,21 @@ void SittingTour::ChooseExam()
     WhenAsked(u"please-select"_s, QMessageBox::Ok);
     Click(Find<QPushButton>(&main, u"cmdStart"_s));
 
+    Start(TouredExam, u"main-selected"_s);
+}
+
+void SittingTour::Start(const QString &code, const QString &picture)
+{
+    frmMain &main = m_program.Main();
     auto *list = Find<QTreeView>(&main, u"lvwExams"_s);
     QModelIndex row;
     for (int i = 0; i < list->model()->rowCount(); ++i) {
-        if (list->model()->index(i, 0).data().toString() == TouredExam)
+        if (list->model()->index(i, 0).data().toString() == code)
             row = list->model()->index(i, 0);
     }
-    Expect(row.isValid(), TouredExam + u" in the list"_s);
+    Expect(row.isValid(), code + u" in the list"_s);
     QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, list->visualRect(row).center());
-    Picture(&main, u"main-selected"_s);
+    Picture(&main, picture);
     Click(Find<QPushButton>(&main, u"cmdStart"_s));
     WaitForExposed(ExamWindow(), u"the exam window"_s);
 }
@@ -283,6 +296,48 @@ void SittingTour::Leave()
     ExamWindow()->close();
     WaitFor([&] { return m_program.Main().isVisible(); }, u"the main window again"_s);
     Expect(!Globals::CurrentExam, u"the exam to be released"_s);
-    WhenAsked(u"really-exit"_s, QMessageBox::Yes);
-    Click(Find<QPushButton>(&m_program.Main(), u"cmdExit"_s));
+}
+
+// Each item as it is read and answered, and its explanation.
+void SittingTour::SitLanguages()
+{
+    const QList<QFontDatabase::WritingSystem> systems = QFontDatabase::writingSystems();
+    for (const auto needed : { QFontDatabase::Arabic, QFontDatabase::Hebrew, QFontDatabase::Thai, QFontDatabase::Devanagari,
+                               QFontDatabase::SimplifiedChinese, QFontDatabase::Japanese, QFontDatabase::Korean }) {
+        if (systems.contains(needed))
+            continue;
+        std::printf("%s is left out: there is no font for %s here\n", qPrintable(LanguagesExam),
+                    qPrintable(QFontDatabase::writingSystemName(needed)));
+        return;
+    }
+    Start(LanguagesExam, u"main-languages"_s);
+    QWidget *exam = ExamWindow();
+    const int count = Globals::CurrentExam->Questions().Count();
+    const auto name = [](int number) { return u"language-"_s + QString::number(number).rightJustified(2, u'0'); };
+    for (int number = 1; number <= count; ++number) {
+        for (const auto &choice : Item(number).Choices()) {
+            if (choice->IsSolution())
+                QTest::keyClick(exam, static_cast<Qt::Key>(Qt::Key_A + choice->Number() - 1));
+        }
+        Picture(exam, name(number));
+        if (number < count)
+            Click(Find<QPushButton>(exam, u"cmdNext"_s));
+        Expect(number == count || Item(number).Answer() == Item(number).CorrectAnswer(), u"the keys to choose"_s);
+    }
+    When(u"frmReview"_s, [this](QWidget *review) {
+        WhenAsked(u"end-languages"_s, QMessageBox::Yes);
+        When(u"frmReport"_s, [](QWidget *report) { Click(Find<QPushButton>(report, u"cmdExit"_s)); });
+        Click(Find<QPushButton>(review, u"cmdEnd"_s));
+    });
+    Click(Find<QPushButton>(exam, u"cmdReview"_s));
+    for (int number = 1; number <= count; ++number) {
+        GoTo(number);
+        Expect(Find<QLabel>(exam, u"lblStatus"_s)->text() == u"CORRECT"_s, u"the key to be right"_s);
+        When(u"frmExplain"_s, [&](QWidget *explanation) {
+            Picture(explanation, name(number) + u"-why"_s);
+            Click(Find<QPushButton>(explanation, u"cmdClose"_s));
+        });
+        Click(Find<QPushButton>(exam, u"cmdWhy"_s));
+    }
+    Leave();
 }

@@ -4,7 +4,8 @@
 #include "app/Program.h"
 #include "tour/Driver.h"
 
-// A whole sitting, from the choice of the exam to the review after it.
+// A whole sitting, from the choice of the exam to the review after it, and another
+// of an exam in the languages of the world.
 class SittingTour : private Driver {
 public:
     // Pictures and the printed report go into the folder.
@@ -22,8 +23,11 @@ private:
     void EndExam();
     void ReadReport(QWidget *report);
     void ReviewAfterTheExam();
+    void SitLanguages();
     void Leave();
 
+    // Starts the exam of that code from the main window.
+    void Start(const QString &code, const QString &picture);
     QWidget *ExamWindow();
     void GoTo(int item);
 

@@ -117,7 +117,7 @@ QString IconKey(MessageStyle style)
 QString Fitting(const QString &text)
 {
     constexpr qsizetype Lines = 25;
-    constexpr qsizetype Characters = 2000;
+    constexpr qsizetype Characters = 1500;
     const qsizetype lastLine = [&] {
         qsizetype at = -1;
         for (qsizetype line = 0; line < Lines; ++line) {

@@ -2,6 +2,7 @@
 #include "ui/TextBlock.h"
 
 #include "common/Common.h"
+#include "ui/CodeLines.h"
 
 #include <QMouseEvent>
 #include <QPaintEvent>
@@ -16,11 +17,19 @@ namespace {
 constexpr qsizetype LongestRun = 1000; // characters
 constexpr QChar ZeroWidthSpace(0x200B);
 
-QTextOption Wrapping()
+// Gives the layout of the text its direction and the font, with code in one of fixed
+// width.
+void SetFont(QTextLayout &layout, const QFont &font)
 {
-    QTextOption option;
+    const bool isRightToLeft = layout.text().isRightToLeft();
+    QTextOption option(isRightToLeft ? Qt::AlignRight : Qt::AlignLeft);
+    option.setTextDirection(isRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    return option;
+    if (layout.text().contains(u'\t'))
+        option.setTabStopDistance(CodeLines::TabStopDistance(font));
+    layout.setTextOption(option);
+    layout.setFont(font);
+    layout.setFormats(CodeLines::Formats(layout.text(), font));
 }
 
 QString Lines(QString text)
@@ -35,7 +44,6 @@ TextBlock::TextBlock(QWidget *parent)
     : QLabel(parent)
 {
     setTextFormat(Qt::PlainText);
-    m_layout.setTextOption(Wrapping());
     m_layout.setCacheEnabled(true);
 }
 
@@ -90,7 +98,7 @@ void TextBlock::LayOut(int width) const
     if (m_width == width)
         return;
     m_width = width;
-    m_layout.setFont(font());
+    SetFont(m_layout, font());
     // An empty text, too, has a line.
     m_height = static_cast<int>(std::ceil(LayOutLines(m_layout, width, QPoint(m_leftInset, m_topInset))));
 }
@@ -101,6 +109,10 @@ qreal TextBlock::LayOutLines(QTextLayout &layout, int width, QPoint corner)
     layout.beginLayout();
     for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
         line.setLineWidth(std::max(width - corner.x(), 1));
+        // Letters that another font lends may be less tall; what stands beside the text
+        // shares a line with it all the same.
+        if (line.lineNumber() == 0)
+            y += std::max(0.0, std::floor(QFontMetricsF(layout.font()).ascent() - line.ascent()));
         line.setPosition(QPointF(corner.x(), y));
         y += line.height();
     }
@@ -110,8 +122,8 @@ qreal TextBlock::LayOutLines(QTextLayout &layout, int width, QPoint corner)
 
 TextBlock::Extent TextBlock::ExtentOf(const QString &text, const QFont &font, int width)
 {
-    QTextLayout layout(Lines(Common::ShownText(text)), font);
-    layout.setTextOption(Wrapping());
+    QTextLayout layout(Lines(Common::ShownText(text)));
+    SetFont(layout, font);
     layout.setCacheEnabled(true);
     qreal height = LayOutLines(layout, QWIDGETSIZE_MAX, {});
     qreal widest = 0;
@@ -123,10 +135,33 @@ TextBlock::Extent TextBlock::ExtentOf(const QString &text, const QFont &font, in
     return { unwrapped, static_cast<int>(std::ceil(height)) };
 }
 
+void TextBlock::SetHasLeader(bool hasLeader)
+{
+    m_hasLeader = hasLeader;
+    update();
+}
+
+void TextBlock::PaintLeader(QPainter &painter) const
+{
+    const QTextLine line = m_layout.lineAt(0);
+    const int gap = fontMetrics().averageCharWidth();
+    const qreal end = line.naturalTextRect().left() - gap;
+    if (end < m_leftInset + gap)
+        return;
+    QPen dots(palette().color(QPalette::Mid), 1, Qt::CustomDashLine, Qt::FlatCap);
+    dots.setDashPattern({ 1, 5 });
+    painter.setPen(dots);
+    const qreal y = std::floor(line.y() + line.ascent()) - 0.5;
+    painter.drawLine(QPointF(m_leftInset + gap, y), QPointF(end, y));
+    painter.setPen(palette().color(foregroundRole()));
+}
+
 void TextBlock::paintEvent(QPaintEvent *event)
 {
     LayOut(width());
     QPainter painter(this);
+    if (m_hasLeader && m_layout.textOption().alignment() == Qt::AlignRight)
+        PaintLeader(painter);
     for (int i = 0; i < m_layout.lineCount(); ++i) {
         const QTextLine line = m_layout.lineAt(i);
         if (line.rect().bottom() < event->rect().top())

@@ -5,8 +5,10 @@
 #include <QTextLayout>
 
 // A label for texts of any length out of a stranger's file: always plain,
-// wrapped to its width even inside a word, laid out once for each width and
-// painted only where it shows. Ends at the text's first NUL.
+// wrapped to its width even inside a word, with code in columns (CodeLines), laid
+// out once for each width and painted only where it shows. Ends at the text's
+// first NUL. A text whose first letter is of a script that is written from right to
+// left stands at the right.
 class TextBlock : public QLabel {
     Q_OBJECT
 public:
@@ -26,6 +28,9 @@ public:
     // Room to the left of the lines and above the first one, in pixels, part of
     // the width and the height.
     void SetInsets(int left, int top);
+    // Whether dots lead from the left edge to the first line of a text that stands at
+    // the right, because what belongs to it is on the left. Off at first.
+    void SetHasLeader(bool hasLeader);
     int HeightForWidth(int width) const;
 
     bool hasHeightForWidth() const override { return true; }
@@ -41,11 +46,13 @@ protected:
 
 private:
     void LayOut(int width) const;
+    void PaintLeader(QPainter &painter) const;
     // Fills the layout and returns where its last line ends.
     static qreal LayOutLines(QTextLayout &layout, int width, QPoint corner);
 
     int m_leftInset = 0;
     int m_topInset = 0;
+    bool m_hasLeader = false;
     mutable QTextLayout m_layout;
     mutable int m_width = -1;
     mutable int m_height = 0;

@@ -51,6 +51,7 @@ OptionRows::Row *OptionRows::NewRow()
         row->Radio = new QRadioButton(m_content);
         row->Check = new QCheckBox(m_content);
         row->Label = new TextBlock(m_content);
+        row->Label->SetHasLeader(true);
         // Which radio buttons belong together is the session's matter. A group of
         // its own frees a button from its neighbours; without auto-exclusion a
         // screen reader would take it for a check box.

@@ -4,6 +4,7 @@
 #include "common/Common.h"
 #include "common/Error.h"
 #include "model/Globals.h"
+#include "ui/CodeLines.h"
 #include "ui/TextBlock.h"
 
 #include <QDialogButtonBox>
@@ -35,13 +36,32 @@ frmExplain::frmExplain(QWidget *owner)
     connect(cmdClose, &QPushButton::clicked, this, &QDialog::accept);
 }
 
+void frmExplain::ShowCode()
+{
+    txtExplaination->setTabStopDistance(CodeLines::TabStopDistance(txtExplaination->font()));
+    QTextCursor cursor(txtExplaination->document());
+    // The text may have come in the format of an earlier one.
+    cursor.select(QTextCursor::Document);
+    cursor.setCharFormat({});
+    for (const CodeLines::Range &range : CodeLines::Find(txtExplaination->toPlainText())) {
+        cursor.setPosition(static_cast<int>(range.Start));
+        cursor.setPosition(static_cast<int>(range.Start + range.Length), QTextCursor::KeepAnchor);
+        cursor.mergeCharFormat(CodeLines::Format(txtExplaination->font()));
+    }
+}
+
 void frmExplain::Load()
 {
     if (!Globals::CurrentExam)
         throw Error::RunTime(InvalidCall);
     setWindowTitle(Common::FormatText(u"Explaination - Question: {1}"_s, { QuestionNumber }));
     const QString text = Globals::CurrentExam->Questions().Item(QuestionNumber)->Explaination();
+    // What is read from right to left stands at the right.
+    QTextOption option = txtExplaination->document()->defaultTextOption();
+    option.setAlignment(text.isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft);
+    txtExplaination->document()->setDefaultTextOption(option);
     txtExplaination->setPlainText(TextBlock::Breakable(Common::ShownText(text)));
+    ShowCode();
     if (txtExplaination->toPlainText().isEmpty())
         txtExplaination->setPlainText(u"Sorry! Explaination is not available for this question."_s);
 }

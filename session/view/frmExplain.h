@@ -19,5 +19,7 @@ public:
     void Load();
 
 private:
+    void ShowCode();
+
     QPlainTextEdit *txtExplaination;
 };

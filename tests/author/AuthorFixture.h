@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "author/Assembler.h"
+#include "author/Package.h"
 #include "bank/Gift.h"
 #include "tests/support/Rows.h"
 #include "tests/support/System.h"
@@ -9,18 +11,18 @@
 #include <QBuffer>
 #include <QImage>
 
-// The items of a bank in GIFT.
-inline std::vector<Bank::Item> ItemsOf(const QString &gift)
-{
-    struct Items : Bank::Receiver {
-        std::vector<Bank::Item> All;
-        void Add(Bank::Item &&item) override { All.push_back(std::move(item)); }
-        void SetName(const QString &) override { }
-        void Warn(int, const QString &) override { }
-    } items;
-    Gift::Read({ {}, gift.toUtf8(), {} }, {}, items);
-    return std::move(items.All);
-}
+// A bank in GIFT as drafts. Its pictures lie in a folder.
+struct Assembled {
+    Exhibits Pictures;
+    Assembler Made;
+
+    explicit Assembled(const QString &gift, const QString &folder = {}, const Assembler::Settings &settings = {})
+        : Made(settings, Pictures)
+    {
+        const auto files = std::make_shared<Bank::FolderFiles>(folder);
+        Gift::Read({ {}, gift.toUtf8(), folder.isEmpty() ? nullptr : files }, {}, Made);
+    }
+};
 
 // Everything in a folder, by name.
 inline QStringList Names(const QString &folder)

@@ -60,6 +60,13 @@ TEST(CheckTest, WhatAnExamCanHoldWrong)
               "the maximum score is 0; the passing score is -1; the duration is 0 minutes; item 1: its number is 5; "
               "item 2: the number of option 2 is 0; item 3: its solution count is 1, but 2 options are solutions; "
               "item 4: it has no options; item 4: it has no solution; item 4: it limits the selection to none"_s);
+    const auto foreign = NewExam({ u"C"_s, u"N"_s, 1, 0, 1 });
+    AddItem(*foreign, { u"Q"_s, { u"*a"_s, u"\u00D6"_s } });
+    EXPECT_EQ(FaultsOf(Install(*foreign, u"CHECK"_s)),
+              u"warning: the texts are in the code page of the reader's language, here 1252, and are unreadable in another; "
+              "an exam built anew is readable everywhere"_s);
+    foreign->SetCodePage(65001);
+    EXPECT_EQ(FaultsOf(Install(*foreign, u"CHECK"_s)), QString());
     const auto high = NewExam({ u"C"_s, u"N"_s, 1000, 1001, 547 });
     AddItem(*high, { u"Q\rR"_s, { u"*a"_s, u"\0"_s }, false, {}, u"x\u007F"_s });
     AddItem(*high, { u"Q"_s, QStringList(27, u"*x"_s) });

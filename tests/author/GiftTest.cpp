@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "author/Package.h"
 #include "tests/author/AuthorFixture.h"
 
 namespace {
 
-// The items of an exam made from a question bank, one a line, and behind them the items left out.
-QString Taken(const QString &source)
+// The items of an exam made from a question bank, one a line, and behind them what
+// is left out and lost, each behind its line.
+QString Taken(const QString &source, const Assembler::Settings &settings = {})
 {
-    const Package::Content content = Package::Assemble(ItemsOf(source), {}, Sandbox::Path(u"bank"_s));
+    const Assembled bank(source, Sandbox::Path(u"bank"_s), settings);
+    const auto exam = Package::Compose(bank.Made.Items, {});
     QStringList lines;
-    for (const auto &question : content.Exam->Questions()) {
+    for (const auto &question : exam->Questions()) {
         QStringList parts = { question->Problem() };
         for (const auto &choice : question->Choices())
             parts.append((choice->IsSolution() ? u"*"_s : QString()) + choice->Statement());
@@ -17,8 +18,10 @@ QString Taken(const QString &source)
         parts.removeAll(QString());
         lines.append(parts.join(u" | "_s));
     }
-    for (const Package::LeftOut &item : content.LeftOut)
-        lines.append(u"%1: %2"_s.arg(item.Line).arg(item.Reason));
+    for (const Draft::Fate &fate : bank.Made.Fates) {
+        for (const QString &text : fate.Reason.isEmpty() ? fate.Warnings : QStringList(fate.Reason))
+            lines.append(fate.Place.mid(1) + u": "_s + text);
+    }
     return lines.join(u'\n');
 }
 
@@ -45,7 +48,8 @@ TEST(GiftTest, ItemsOfABank)
         { "text before the marks", u"Q {a ~b =c}"_s, u"1: the answer block begins with neither \"=\" nor \"~\""_s },
         { "one option", u"Q {~%100%a}"_s, u"1: it has fewer than 2 options"_s },
         { "27 options", u"Q {=a"_s + u"~b"_s.repeated(26) + u'}', u"1: it has 27 options, and an exam has letters for 26"_s },
-        { "26 options", u"Q {=a"_s + u"~b"_s.repeated(25) + u'}', u"Q | *a"_s + u" | b"_s.repeated(25) },
+        { "26 options", u"Q {=a"_s + u"~b"_s.repeated(25) + u'}',
+          u"Q | *a"_s + u" | b"_s.repeated(25) + u"\n1: options B and C read the same"_s },
         { "no right one", u"Q {~a ~b}"_s, u"1: no option is right"_s },
         { "an empty option", u"Q {=a ~~b}"_s, u"1: option 2 is empty"_s },
         { "no question", u"::t:: {T}"_s, u"1: it has no question text"_s },
@@ -59,8 +63,7 @@ TEST(GiftTest, ItemsOfABank)
           u"Q | *a | b | All = ~fine # really\n\nA: yes\nB: no"_s },
         { "several lines", u"Q one\n  two {\n\t=a\n\n\t  more\n\t~b\n}"_s, u"Q one\n  two | *a\n\n\t  more | b"_s },
         { "an accent of its own", u"e\u0301 {T}"_s, u"\u00E9 | *True | False"_s },
-        { "not of the page", u"\u2192 {T}"_s, u"1: the character \"\u2192\" (U+2192) is not in code page 1252"_s },
-        { "no UTF-8", u"Q\uFDD0 {=\uFFFD ~b}"_s, u"1: it holds bytes that are not UTF-8"_s },
+        { "no UTF-8", u"Q\uFDD0 {=\uFFFD ~b}"_s, u"1: it holds bytes that are not UTF-8, or the character U+FFFD"_s },
         { "NUL", u"Q\0R {T}"_s, u"1: it holds the control character U+0000"_s },
         { "ESC", u"Q {=a ~b#[html]&#27;[2J}"_s, u"1: it holds the control character U+001B"_s },
         { "a million", u"Q {=a~"_s + u"b"_s.repeated(999'998) + u"}\n\nR {T}"_s,
@@ -83,24 +86,26 @@ TEST(GiftTest, ItemsOfABank)
         { "for nothing", u"Q {=a ~b}\n\n//\n// [exhibit:b.bmp]\n//"_s,
           u"Q | *a | b\n4: the exhibit \"b.bmp\" stands before no question"_s },
     };
-    ExpectRows(Taken, rows);
+    ExpectRows([](const QString &source) { return Taken(source); }, rows);
 }
 
-TEST(GiftTest, ExhibitsThatCannotBeShown)
+TEST(GiftTest, ExhibitsAndTheirNames)
 {
     for (const QString &name : { u"a.EXAM"_s, u"\u03B1.bmp"_s })
-        Sandbox::WriteFile(Sandbox::Path(u"bank/"_s + name), Bmp());
+        Sandbox::WriteFile(Sandbox::Path(u"bank/"_s + name), Bmp(5));
     Sandbox::WriteFile(Sandbox::Path(u"bank/text.bmp"_s), "text");
+    Sandbox::WriteFile(Sandbox::Path(u"outside.bmp"_s), Bmp(6));
     const std::vector<std::pair<QString, QString>> rows = {
-        { u"x.bmp"_s, u"the exhibit \"x.bmp\": "_s + System::TextOf(System::NotFound) },
-        { u"text.bmp"_s, u"the exhibit \"text.bmp\": The file is not a BMP, GIF, JPEG, ICO or PNG picture"_s },
-        { u"../b.bmp"_s, u"the exhibit \"../b.bmp\" is not a plain file name"_s },
-        { u"a\u0007.bmp"_s, u"it holds the control character U+0007"_s },
-        { u"a.EXAM"_s, u"the exhibit \"a.EXAM\" is named like an exam"_s },
-        { u"\u03B1.bmp"_s, u"the name of the exhibit \"\u03B1.bmp\" is not in code page 1252"_s },
+        { u"x.bmp"_s, u"2: the exhibit \"x.bmp\" is not there"_s },
+        { u"text.bmp"_s,
+          u"2: the exhibit \"text.bmp\": The file is not a BMP, GIF, JPEG, ICO, PNG, WebP, SVG or TIFF picture"_s },
+        { u"../outside.bmp"_s, u"2: the exhibit \"../outside.bmp\" is not there"_s },
+        { u"a\u0007.bmp"_s, u"2: it holds the control character U+0007"_s },
+        { u"a.EXAM"_s, u"Q | *True | False | a.EXAM.bmp"_s },
+        { u"\u03B1.bmp"_s, u"Q | *True | False | picture.bmp"_s },
     };
-    for (const auto &[name, reason] : rows)
-        EXPECT_EQ(Taken(u"// [exhibit:%1]\nQ {T}"_s.arg(name)), u"2: "_s + reason);
+    for (const auto &[name, expected] : rows)
+        EXPECT_EQ(Taken(u"// [exhibit:%1]\nQ {T}"_s.arg(name)), expected);
     for (const QString &name :
          { u""_s, u"."_s, u".."_s, u"a/b"_s, u"a\\b"_s, u"a:b"_s, u"a\"b"_s, u"a\0b"_s, u" a"_s, u"a "_s })
         EXPECT_FALSE(Package::IsPlainName(name)) << name.toStdString();

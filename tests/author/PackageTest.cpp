@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "author/Check.h"
-#include "author/Package.h"
 #include "tests/author/AuthorFixture.h"
 #include "tests/support/Program.h"
 
 namespace {
 
 // What Write returns or raises; of errors of the system, the number.
-QString Written(const Package::Content &content, const QString &pictures, const QString &out, bool replace)
+QString Written(const Assembled &bank, const QString &out, bool replace)
 {
     try {
-        return Package::Write(content, pictures, out, replace);
+        return Package::Write(*Package::Compose(bank.Made.Items, { u"EX-1"_s, u"Sample"_s, 1000, 700, 90 }), bank.Pictures, out,
+                              replace);
     } catch (const Error &error) {
         return error.Number() == InvalidCall ? error.Description() : QString::number(error.Number());
     }
@@ -23,24 +23,24 @@ TEST(PackageTest, FolderWithExamAndEachPictureOnce)
     const QString pictures = Sandbox::Path(u"pictures"_s);
     Sandbox::WriteFile(pictures + u"/a.bmp"_s, Bmp());
     const QString gift = u"// [exhibit:a.bmp]\nQ {T}\n\n// [exhibit:a.bmp]\nR {~%50%a ~%50%b}"_s;
-    const auto content = Package::Assemble(ItemsOf(gift), { u"EX-1"_s, u"Sample"_s, 1000, 700, 90 }, pictures);
+    const Assembled bank(gift, pictures);
     const QString out = Sandbox::Path(u"made/up/NET.101"_s);
-    EXPECT_EQ(Written(content, pictures, out + u'/', true), QString());
+    EXPECT_EQ(Written(bank, out + u'/', true), QString());
     EXPECT_EQ(Names(out), (QStringList{ u"NET.exam"_s, u"a.bmp"_s }));
     EXPECT_EQ(Sandbox::ReadFile(out + u"/a.bmp"_s), Bmp());
     EXPECT_EQ(Check::Faults(out), QStringList());
     EXPECT_EQ(QFile::permissions(out), QFile::permissions(pictures)) << "others may read what they may read elsewhere";
 
-    // The exhibit was there when the exam was made, but is no more.
-    QFile::remove(pictures + u"/a.bmp"_s);
+    // The exhibit was there when the bank was read, but is no more.
+    QFile::remove(bank.Pictures.Folder() + u"/a.bmp"_s);
     for (const QString &again : { Sandbox::Path(u"made/new/NET"_s), out })
-        EXPECT_EQ(Written(content, pictures, again, true), QString::number(System::NotFound));
+        EXPECT_EQ(Written(bank, again, true), QString::number(System::NotFound));
     EXPECT_EQ(Names(Sandbox::Path(u"made"_s)) + Names(Sandbox::Path(u"made/up"_s)), (QStringList{ u"up"_s, u"NET.101"_s }));
 }
 
 TEST(PackageTest, TargetsThatAreRefused)
 {
-    const Package::Content content = Package::Assemble(ItemsOf(u"Q {T}"_s), {}, {});
+    const Assembled bank(u"Q {T}"_s);
     const QString root = Sandbox::Path(u"targets"_s);
     for (const QString &name :
          { u"PACK/PACK.exam"_s, u"PACK/old.BMP"_s, u"home/notes.txt"_s, u"deep/deep.exam"_s, u"other/x.exam"_s,
@@ -63,16 +63,16 @@ TEST(PackageTest, TargetsThatAreRefused)
     const auto before = Snapshot(root);
     for (const auto &[replace, names, reason] : rows) {
         for (const QString &name : names)
-            EXPECT_EQ(Written(content, {}, root + u'/' + name, replace), root + u'/' + name + u": "_s + reason);
+            EXPECT_EQ(Written(bank, root + u'/' + name, replace), root + u'/' + name + u": "_s + reason);
     }
-    EXPECT_EQ(Written(content, {}, root + u"/file/PACK"_s, false), QString::number(System::BelowAFile));
+    EXPECT_EQ(Written(bank, root + u"/file/PACK"_s, false), QString::number(System::BelowAFile));
     for (const QString &out : { QString(), u"/"_s })
-        EXPECT_EQ(Written(content, {}, out, true), u"\"%1\" is no name for a package folder"_s.arg(out));
+        EXPECT_EQ(Written(bank, out, true), u"\"%1\" is no name for a package folder"_s.arg(out));
     EXPECT_EQ(Snapshot(root), before);
 
     const QStringList names = Names(root);
     for (const QString &name : { u"PACK"_s, u"hollow"_s }) {
-        EXPECT_EQ(Written(content, {}, root + u'/' + name, true), QString());
+        EXPECT_EQ(Written(bank, root + u'/' + name, true), QString());
         EXPECT_EQ(Names(root + u'/' + name), QStringList{ name + u".exam"_s });
     }
     EXPECT_EQ(Names(root), names);

@@ -43,6 +43,19 @@ TEST(AnsiTest, BytesAndCharacters)
         { 1252, u"a\u0416b"_s, "a?b", false },
         { 1252, u"\U0001F600."_s, QByteArray(2, '?') + '.', false },
         { 1251, u"\u00E9"_s, "?", false },
+        // From the first of each length to the last, and a byte order mark.
+        { 65001, u"\uFEFF\u007F\u0080\u07FF\u0800\uD7FF\uE000\uFFFF"_s,
+          "\xEF\xBB\xBF\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF" },
+        { 65001, u"\U00010000\U0010FFFF"_s, "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF" },
+        { 65001, u"sixteen letters, \u00E9"_s, "sixteen letters, \xC3\xA9" },
+        // What is no UTF-8 survives: surrogates, too many bytes, too few, too large ones.
+        { 65001, QString::fromUtf16(u"\xDCED\xDCA0\xDC80\xDCC0\xDC80z\xDCE2\xDC82"), "\xED\xA0\x80\xC0\x80z\xE2\x82", false },
+        { 65001, QString::fromUtf16(u"\u4E2D\xDCF4\xDC90\xDC80\xDC80\U0001F600\xDCF0"),
+          "\xE4\xB8\xAD\xF4\x90\x80\x80\xF0\x9F\x98\x80\xF0", false },
+        { 65001,
+          QString::fromUtf16(u"a\xD800"
+                             u"b\xDC00"),
+          "a?b?", false },
     };
     for (const auto &row : rows) {
         const Ansi::CodePage page(row.Page);
@@ -50,6 +63,8 @@ TEST(AnsiTest, BytesAndCharacters)
         EXPECT_EQ(page.CanHold(row.Text), row.Holds) << row.Page << " " << row.Text.toStdString();
         EXPECT_TRUE(row.Bytes.contains('?') || page.ToText(row.Bytes) == row.Text) << row.Page << " " << row.Text.toStdString();
     }
+    EXPECT_EQ(ResultOf([] { return Ansi::PageOf(1252).Number() + Ansi::PageOf(1258).Number(); }), u"2510"_s);
+    EXPECT_EQ(ResultOf([] { return Ansi::PageOf(1259).Number(); }), u"5 "_s);
     const Ansi::CodePage japanese(932);
     EXPECT_EQ(japanese.ToText("\x82\x20z"), u"?z"_s) << "no such pair";
     EXPECT_EQ(japanese.ToText("a\x82").size(), 2) << "a first byte at the end";

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "common/Ansi.h"
 #include "model/Exam.h"
+#include "model/TextEncoding.h"
 #include "tests/support/System.h"
 #include "tests/support/Test.h"
 
@@ -22,6 +24,24 @@ const QByteArray Known
                           "0200 0200 ffff0000 08000000 6c6973742e676966 11000000 cc467d1439f87ae8562bca4d840ae9f3da"
                           "  1a000000 bb0e561825b02eec4d75a923f40ae4b8808d9eb27cb4116f72b2 03000000"
                           "  0100 ffff0000 01000000 da  0200 00000000 01000000 d9  0300 ffff0000 01000000 d8");
+
+QByteArray Counted(const QByteArray &bytes)
+{
+    QByteArray count(4, '\0');
+    qToLittleEndian(static_cast<qint32>(bytes.size()), count.data());
+    return count + bytes;
+}
+
+// A file of another writer with one item whose stem is a capital PI, in that page.
+QByteArray FileWith(const QByteArray &block, const QByteArray &code, const QByteArray &stem)
+{
+    static constexpr uchar seal[] = { 0x9B, 0x2E };
+    QByteArray sealed = stem;
+    for (qsizetype i = 0; i < sealed.size(); ++i)
+        sealed[i] = static_cast<char>(sealed[i] ^ seal[i]);
+    return Counted(block) + Counted(code) + Counted("N")
+        + QByteArray::fromHex("e803 bc02 3c00 01000000 0100 0000 00000000 00000000") + Counted(sealed) + QByteArray(8, '\0');
+}
 
 }
 
@@ -154,4 +174,76 @@ TEST(ExamTest, Limits)
             << bytes;
     }
     file.remove();
+}
+
+TEST(ExamTest, TextsInACodePageOfTheirOwn)
+{
+    const QByteArray start = "Practorium text\x1A";
+    const auto block = [&](const char *version, const char *page, const QByteArray &code) {
+        return start + QByteArray::fromHex(version) + QByteArray::fromHex(page) + Counted(code) + Counted("N");
+    };
+    const QByteArray cyrillic = "\xD0\x96", utf8 = block("0100", "e9fd0000", cyrillic);
+    const QString code = u"\u0416"_s, other = u"?"_s;
+    const struct {
+        const char *Name;
+        QByteArray Block, Stem;
+        QString Code, Problem = {};
+        int Page = 0;
+    } rows[] = {
+        { "UTF-8", utf8, "\xD0\x9F", code, u"\u041F"_s, 65001 },
+        { "not UTF-8", utf8, "\xD0?", code, u"\xDCD0?"_s, 65001 },
+        { "Cyrillic", block("0100", "e3040000", cyrillic), "\xCF", code, u"\u041F"_s, 1251 },
+        { "Japanese", block("0100", "a4030000", cyrillic), "\x84\x50", code, u"\u041F"_s, 932 },
+        { "a later version", block("0200", "e9fd0000", cyrillic) + "more", "\xD0\x9F", code, u"\u041F"_s, 65001 },
+        { "no block", {}, "\xCF", other },
+        { "an earlier version", block("0000", "e9fd0000", cyrillic), "\xCF", other },
+        { "a byte more", utf8 + '\0', "\xCF", other },
+        { "a byte less", utf8.chopped(1), "\xCF", other },
+        { "a count below 0", utf8.chopped(5) + QByteArray(4, '\xFF'), "\xCF", other },
+        { "another signature", QByteArray(utf8).replace('x', 'X'), "\xCF", other },
+        { "an unknown page", block("0100", "eb040000", cyrillic), "\xCF", other },
+        { "a code that is not UTF-8", block("0100", "e9fd0000", "\xD0"), "\xCF", other },
+        { "a long code", block("0100", "e9fd0000", QByteArray(32'768, 'x')), "\xCF", other },
+    };
+    Exam reused;
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.Name);
+        const QByteArray bytes = FileWith(row.Block, "?", row.Stem);
+        const QString path = Written(bytes);
+        Exam header;
+        header.LoadHeader(path);
+        EXPECT_EQ(header.Code() + header.Name(), row.Code + u'N');
+        reused.Load(path);
+        EXPECT_EQ(reused.Code() + reused.Name(), row.Code + u'N');
+        EXPECT_TRUE(reused.CodePage() == row.Page && header.CodePage() == row.Page);
+        EXPECT_EQ(reused.Questions().Item(1)->Problem(), row.Page != 0 ? row.Problem : Ansi::ToText(row.Stem));
+        reused.Save(path);
+        EXPECT_EQ(Sandbox::ReadFile(path), bytes);
+    }
+
+    // Made anew, and changed when it is loaded.
+    for (const auto &[page, plain] :
+         { std::pair<int, QByteArray>{ 65001, "Zlut-ss \"?\"" }, { 1250, "\x8Elu\x9D\x96\xDF \x93?\x94" } }) {
+        const QString path = Sandbox::Path(u"made.exam"_s), title = u"\u017Dlu\u0165\u2013\u00DF \u201C\u4E2D\u201D"_s;
+        Exam exam;
+        exam.SetName(title);
+        exam.SetCodePage(page);
+        exam.SetCode(title);
+        AddItem(exam, { QString(1'000'000, u'\u0165') });
+        exam.Save(path);
+        Exam again;
+        again.Load(path);
+        EXPECT_EQ(again.Code() + again.Name(), title + title);
+        EXPECT_TRUE(again.Questions().Item(1)->Problem() == exam.Questions().Item(1)->Problem()) << page;
+        EXPECT_EQ(Sandbox::ReadFile(path).mid(4 + again.Reserved().size(), 2 * (4 + plain.size())),
+                  Counted(plain) + Counted(plain));
+        again.SetName(u"N"_s);
+        again.Save(path);
+        exam.LoadHeader(path);
+        EXPECT_EQ(exam.Code() + exam.Name(), title + u'N');
+        again.SetCodePage(0);
+        EXPECT_TRUE(again.Reserved().isEmpty());
+    }
+    EXPECT_EQ(ResultOf([&] { reused.SetCodePage(1259); }), u"5 "_s);
+    EXPECT_EQ(TextEncoding::Plain(QString(20'000, u'\u4E2D'), 932), QByteArray("\x92\x86").repeated(16'383));
 }

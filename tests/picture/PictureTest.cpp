@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "picture/Apart.h"
 #include "picture/Essentials.h"
 #include "picture/Picture.h"
 #include "tests/support/System.h"
@@ -240,4 +241,23 @@ TEST(PictureTest, APictureThatIsCutOffIsRefused)
         for (qsizetype length = from, size = bytes.size(); length<size; length += length> 60 && length + 57 < size ? 57 : 1)
             EXPECT_TRUE(RefusalOf(bytes.left(length)).startsWith("The picture is damaged"_L1)) << name << ", " << length;
     }
+}
+
+TEST(PictureTest, DecodersApartFromTheProgram)
+{
+    const auto faultOf = [](const std::function<QImage()> &work) {
+        try {
+            Apart::Run(work);
+        } catch (const Error &error) {
+            return error.Description();
+        }
+        return u"none"_s;
+    };
+    const QImage large = Sample(2000, 1000);
+    EXPECT_TRUE(Apart::Run([&] { return large; }) == large);
+    EXPECT_EQ(faultOf([]() -> QImage { throw Error(InvalidCall, u"Größe"_s); }), u"Größe"_s);
+    if (System::RunsByName)
+        GTEST_SKIP() << "that system copies no process";
+    EXPECT_EQ(faultOf([]() -> QImage { std::abort(); }), u"The picture is damaged"_s);
+    EXPECT_EQ(faultOf([] { return QImage(); }), u"The picture is damaged"_s);
 }

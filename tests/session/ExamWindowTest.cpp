@@ -219,6 +219,29 @@ TEST_F(ExamWindowTest, TextSize)
     EXPECT_EQ(Content->height(), plain);
 }
 
+// Texts written from right to left stand at the right, with dots from the letter to them;
+// the letters and what they choose stay.
+TEST_F(ExamWindowTest, RightToLeft)
+{
+    Start();
+    AddItem(*Globals::CurrentExam, { u"1. \u05D0?"_s, { u"*\u05D0\u05D1"_s, u"b \u05D0"_s, u"(2) \u0627"_s, u"3"_s } });
+    Window.Session().GotoQuestion(4);
+    const QImage picture = Window.grab().toImage();
+    const std::pair<const char *, bool> rows[] = { { "lblQuestion", true },
+                                                   { "lblChoices1", true },
+                                                   { "lblChoices2", false },
+                                                   { "lblChoices3", true },
+                                                   { "lblChoices4", false } };
+    for (const auto &[name, isRight] : rows) {
+        const QRect text = PlaceOf(Find(&Window, QLatin1String(name)));
+        const int part = text.width() / 8;
+        EXPECT_EQ(HasInk(picture, QRect(text.right() - part, text.top(), part, text.height())), isRight) << name;
+        EXPECT_EQ(HasInk(picture, text.adjusted(4 * part, 0, -part, 0)), isRight && name != rows[0].first) << name;
+    }
+    QTest::keyClick(&Window, Qt::Key_A);
+    EXPECT_TRUE(Row(1)->isChecked() && Row(1)->x() < Find(&Window, u"lblChoices1"_s)->x());
+}
+
 TEST_F(ExamWindowTest, Scrolling)
 {
     Start();

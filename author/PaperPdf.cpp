@@ -1,0 +1,206 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "author/PaperPdf.h"
+
+#include "author/Package.h"
+#include "common/Common.h"
+#include "common/Error.h"
+#include "picture/Picture.h"
+
+#include <QDir>
+#include <QIODevice>
+#include <QPainter>
+#include <QPdfWriter>
+#include <QTextLayout>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace Paper {
+
+namespace {
+
+constexpr double MillimetresPerInch = 25.4;
+constexpr int DotsPerInch = 1200;
+constexpr double PixelsPerInch = 96; // of an exhibit in its own scale
+constexpr qsizetype LongestPiece = 10'000; // characters; a text layout cannot hold a text of any length
+constexpr double TabWidth = 40; // pixels of a screen; a layout makes them dots of its device
+const QColor Grey(96, 96, 96);
+
+Error Refused(const QString &text)
+{
+    return Error(InvalidCall, text, u"Paper::WritePdf()"_s);
+}
+
+QFont FontOf(Style style)
+{
+    QFont font;
+    font.setStyleHint(QFont::SansSerif);
+    font.setPointSizeF(style.Points);
+    font.setBold(style.IsBold);
+    return font;
+}
+
+// Lines end at LF; what cannot be shown is a blank.
+QString Printable(QString text)
+{
+    text.replace(u"\r\n"_s, u"\n"_s);
+    for (QChar &c : text) {
+        if (c.category() == QChar::Other_Control && c != u'\n' && c != u'\t')
+            c = u' ';
+    }
+    return text;
+}
+
+}
+
+Press::Press(QPainter &painter, QString folder)
+    : m_painter(painter)
+    , m_folder(std::move(folder))
+    , m_dotsPerMillimetre(painter.device()->logicalDpiX() / MillimetresPerInch)
+{
+    m_painter.setRenderHint(QPainter::Antialiasing);
+    m_painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    // Letters and lines of drawings stay sharp.
+    m_painter.setRenderHint(QPainter::LosslessImageRendering);
+}
+
+Measures Press::MeasuresOfIt()
+{
+    return { [this](const QString &text, Style style, double width) { return Broken(text, style, width); },
+             [this](const QString &text, Style style) { return WidthOf(text, style); },
+             [this](const QString &exhibit) {
+                 return QSizeF(Exhibit(exhibit).size()) * (MillimetresPerInch / PixelsPerInch);
+             } };
+}
+
+std::vector<Line> Press::Broken(const QString &text, Style style, double width) const
+{
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    option.setTabStopDistance(TabWidth);
+    std::vector<Line> lines;
+    for (const QString &paragraph : Printable(text).split(u'\n')) {
+        const bool isRightToLeft = paragraph.isRightToLeft();
+        for (qsizetype start = 0; start == 0 || start < paragraph.size(); start += LongestPiece) {
+            const QString piece = paragraph.mid(start, LongestPiece);
+            QTextLayout layout(piece, FontOf(style), m_painter.device());
+            layout.setTextOption(option);
+            layout.beginLayout();
+            for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+                line.setLineWidth(Dots(width));
+                QString content = piece.mid(line.textStart(), line.textLength());
+                while (content.endsWith(u' '))
+                    content.chop(1);
+                lines.push_back({ content, line.height() / m_dotsPerMillimetre, isRightToLeft });
+            }
+            layout.endLayout();
+        }
+    }
+    return lines;
+}
+
+double Press::WidthOf(const QString &text, Style style) const
+{
+    return QFontMetricsF(FontOf(style), m_painter.device()).horizontalAdvance(text) / m_dotsPerMillimetre;
+}
+
+const QImage &Press::Exhibit(const QString &name)
+{
+    if (name == m_name)
+        return m_image;
+    if (!Package::IsPlainName(name))
+        throw Refused(u"the exhibit \"%1\" is not a plain file name"_s.arg(name));
+    try {
+        m_image = Picture::Load(QDir(m_folder).absoluteFilePath(name));
+        m_name = name;
+    } catch (const Error &error) {
+        throw Refused(u"the exhibit \"%1\": %2"_s.arg(name, Common::OneLine(error)));
+    }
+    return m_image;
+}
+
+QRectF Press::Dots(const QRectF &place) const
+{
+    return { Dots(place.x()), Dots(place.y()), Dots(place.width()), Dots(place.height()) };
+}
+
+void Press::Paint(const Page &page)
+{
+    for (const Mark &mark : page) {
+        switch (mark.What) {
+        case Mark::Text: PaintText(mark); break;
+        case Mark::Picture: PaintPicture(mark); break;
+        default: PaintShape(mark); break;
+        }
+    }
+}
+
+void Press::PaintText(const Mark &mark)
+{
+    QTextOption option;
+    option.setWrapMode(QTextOption::NoWrap);
+    option.setTabStopDistance(TabWidth);
+    option.setTextDirection(mark.IsRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
+    QTextLayout layout(mark.Content, FontOf(mark.Style), m_painter.device());
+    layout.setTextOption(option);
+    layout.beginLayout();
+    QTextLine line = layout.createLine();
+    if (line.isValid())
+        line.setLineWidth(Dots(mark.Place.width()));
+    layout.endLayout();
+    if (!line.isValid())
+        return;
+    // Not by the layout's alignment, which goes by the text's direction.
+    const QRectF place = Dots(mark.Place);
+    const double natural = line.naturalTextRect().left();
+    const double left = place.left() - natural + (mark.IsAtRight ? place.width() - line.naturalTextWidth() : 0);
+    m_painter.setPen(mark.Style.IsGrey ? Grey : QColor(Qt::black));
+    layout.draw(&m_painter, { left, place.top() });
+}
+
+void Press::PaintPicture(const Mark &mark)
+{
+    m_painter.drawImage(Dots(mark.Place), Exhibit(mark.Content));
+}
+
+void Press::PaintShape(const Mark &mark)
+{
+    const QRectF place = Dots(mark.Place);
+    m_painter.setPen(QPen(mark.Style.IsGrey ? Grey : QColor(Qt::black), Dots(0.25)));
+    m_painter.setBrush(Qt::NoBrush);
+    if (mark.What == Mark::Circle)
+        m_painter.drawEllipse(place);
+    else if (mark.What == Mark::Square)
+        m_painter.drawRect(place);
+    else
+        m_painter.drawLine(place.topLeft(), place.topRight());
+}
+
+int WritePdf(QIODevice &file, const Plan &plan, QSizeF sheet, const QString &title, const QString &folder,
+             const std::function<void()> &step)
+{
+    QPdfWriter writer(&file);
+    writer.setResolution(DotsPerInch);
+    writer.setPageSize(QPageSize(sheet, QPageSize::Millimeter, QString(), QPageSize::FuzzyMatch));
+    writer.setPageMargins(QMarginsF());
+    writer.setTitle(title);
+    writer.setCreator(u"Practorium"_s);
+    QPainter painter;
+    if (!painter.begin(&writer))
+        throw Refused(u"no page can be painted: "_s + file.errorString());
+    Press press(painter, folder);
+    const std::vector<Page> pages = plan(press.MeasuresOfIt());
+    for (size_t i = 0; i < pages.size(); ++i) {
+        step();
+        if (i > 0)
+            writer.newPage();
+        press.Paint(pages[i]);
+    }
+    if (!painter.end())
+        throw Refused(file.errorString());
+    return static_cast<int>(pages.size());
+}
+
+}

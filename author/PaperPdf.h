@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "author/Paper.h"
+
+#include <QImage>
+
+#include <functional>
+
+class QIODevice;
+class QPainter;
+
+// Planned pages as they are painted.
+namespace Paper {
+
+// Paints on sheets of a device, and measures what it will paint. The exhibits lie
+// in a folder. The painter must be active, and outlive the object.
+class Press {
+public:
+    Press(QPainter &painter, QString folder);
+
+    // Use the object, which must outlive them.
+    Measures MeasuresOfIt();
+    // On the device's current page, whose left upper corner is that of the sheet.
+    void Paint(const Page &page);
+
+private:
+    std::vector<Line> Broken(const QString &text, Style style, double width) const;
+    double WidthOf(const QString &text, Style style) const;
+    const QImage &Exhibit(const QString &name);
+    void PaintText(const Mark &mark);
+    void PaintPicture(const Mark &mark);
+    void PaintShape(const Mark &mark);
+
+    double Dots(double millimetres) const { return millimetres * m_dotsPerMillimetre; }
+    QRectF Dots(const QRectF &place) const;
+
+    QPainter &m_painter;
+    QString m_folder;
+    double m_dotsPerMillimetre;
+    QString m_name; // of the exhibit that is kept
+    QImage m_image;
+};
+
+// What PlanExam and PlanKey make with a sheet and measures.
+using Plan = std::function<std::vector<Page>(const Measures &measures)>;
+
+// Writes the pages as PDF, with their fonts in it, to the device, and returns how
+// many they are. step is called before each page is painted; an exception of it
+// ends the work. Raises InvalidCall for an exhibit that cannot be shown, with its
+// name, and when the device takes no more.
+int WritePdf(QIODevice &file, const Plan &plan, QSizeF sheet, const QString &title, const QString &folder,
+             const std::function<void()> &step);
+
+}

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "bank/Formats.h"
+
+#include <QStringList>
+
+#include <functional>
+
+// The question banks that the arguments of a command name.
+namespace Sources {
+
+// What is called for each bank: found is null where the content suits no format.
+using Visit = std::function<void(const Bank::Source &source, const Bank::Format *found)>;
+// What is called for a file of a folder or an archive that cannot be read, instead.
+using Refuse = std::function<void(const QString &name, const QString &reason)>;
+
+// Visits the bank of a path in order: a file; the standard input for "-"; a folder
+// that is an unpacked package as one bank, any other folder or archive as one bank
+// for each file in it that is one, by name. forced: the format that the user names;
+// null: by content. Raises InvalidCall when the path cannot be read.
+void ForEach(const QString &path, const Bank::Format *forced, const Visit &visit, const Refuse &refuse);
+
+// A bank's name without folder and extension; "exam" for the standard input.
+QString BaseName(const QString &path);
+
+}
