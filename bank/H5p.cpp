@@ -126,7 +126,7 @@ void Reader::ReadNested(const QJsonValue &value, int depth)
     if (depth > MostDepth)
         return;
     if (value.isArray()) {
-        for (const QJsonValue &each : value.toArray())
+        for (const QJsonValue each : value.toArray())
             ReadNested(each, depth + 1);
         return;
     }
@@ -138,7 +138,7 @@ void Reader::ReadNested(const QJsonValue &value, int depth)
              depth + 1);
         return;
     }
-    for (const QJsonValue &each : object)
+    for (const QJsonValue each : object)
         ReadNested(each, depth + 1);
 }
 
@@ -196,7 +196,7 @@ void Reader::ReadChoice(const Content &content)
     int right = 0;
     bool hasTip = false;
     bool hasTwo = false;
-    for (const QJsonValue &answer : content.Params.value("answers"_L1).toArray()) {
+    for (const QJsonValue answer : content.Params.value("answers"_L1).toArray()) {
         const QJsonValue feedback = answer["tipsAndFeedback"_L1];
         const QJsonValue chosen = feedback["chosenFeedback"_L1];
         const QJsonValue notChosen = feedback["notChosenFeedback"_L1];
@@ -217,7 +217,7 @@ void Reader::ReadChoice(const Content &content)
         item.Warnings += u"a tip is left out"_s;
     if (hasTwo)
         item.Warnings += u"feedback on options that are not chosen is left out"_s;
-    for (const QJsonValue &range : content.Params.value("overallFeedback"_L1).toArray()) {
+    for (const QJsonValue range : content.Params.value("overallFeedback"_L1).toArray()) {
         if (!IsBlank(range["feedback"_L1])) {
             item.Warnings += u"feedback on the score is left out"_s;
             break;
@@ -255,10 +255,10 @@ void Reader::ReadTrueFalse(const Content &content)
 // Each choice is an item of its own, and its first answer is the right one.
 void Reader::ReadChoiceSet(const Content &content)
 {
-    for (const QJsonValue &choice : content.Params.value("choices"_L1).toArray()) {
+    for (const QJsonValue choice : content.Params.value("choices"_L1).toArray()) {
         Bank::Item item = Begin(content);
         item.Problem = Html(choice["question"_L1]);
-        for (const QJsonValue &answer : choice["answers"_L1].toArray())
+        for (const QJsonValue answer : choice["answers"_L1].toArray())
             item.Options.push_back({ Html(answer), {}, item.Options.empty() });
         Add(std::move(item));
     }

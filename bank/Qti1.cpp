@@ -114,7 +114,7 @@ void Document::ReadMetadata()
 void Document::ReadPassage()
 {
     const int line = m_reader.Line();
-    Texts texts(m_folder);
+    Texts texts(m_folder, nullptr);
     Markup::Text passage;
     texts.Read(m_reader, passage);
     if (passage.Source.isEmpty())

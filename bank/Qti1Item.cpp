@@ -11,27 +11,6 @@ namespace Qti1 {
 
 namespace {
 
-// The pictures that stand in an item itself, and other files.
-class EmbeddedFiles : public Bank::Files {
-public:
-    EmbeddedFiles(std::map<QString, QByteArray> contents, std::shared_ptr<const Bank::Files> others)
-        : m_contents(std::move(contents))
-        , m_others(std::move(others))
-    {
-    }
-    std::optional<QByteArray> Read(const QString &path) const override
-    {
-        const auto found = m_contents.find(path);
-        if (found != m_contents.end())
-            return found->second;
-        return m_others ? m_others->Read(path) : std::nullopt;
-    }
-
-private:
-    std::map<QString, QByteArray> m_contents;
-    std::shared_ptr<const Bank::Files> m_others;
-};
-
 // Why a question of a type that a program names is none to choose one answer of;
 // empty for others. The types are those of Canvas, of Common Cartridge, and of the
 // QTI 1.2 metadata.
@@ -39,14 +18,18 @@ QString RefusalOfType(const QString &type)
 {
     static const std::pair<QLatin1StringView, QLatin1StringView> rows[] = {
         { "essay"_L1, "an essay question has no options"_L1 },
+        { "long answer"_L1, "an essay question has no options"_L1 },
         { "short_answer"_L1, "a short-answer question has no options"_L1 },
+        { "short answer"_L1, "a short-answer question has no options"_L1 },
         { "cc.fib"_L1, "a short-answer question has no options"_L1 },
         { "cc.pattern_match"_L1, "a short-answer question has no options"_L1 },
         { "fill_in_multiple_blanks"_L1, "a fill-in-the-blanks question has no options"_L1 },
+        { "fill in the blank"_L1, "a fill-in-the-blanks question has no options"_L1 },
         { "multiple_dropdowns"_L1, "a question of several gaps has a choice for each"_L1 },
         { "matching"_L1, "a matching question has no options"_L1 },
         { "numerical"_L1, "a numerical question has no options"_L1 },
         { "calculated"_L1, "a calculated question has no options"_L1 },
+        { "arithmetic"_L1, "a calculated question has no options"_L1 },
         { "formula"_L1, "a calculated question has no options"_L1 },
         { "file_upload"_L1, "a file-upload question has no options"_L1 },
         { "file upload"_L1, "a file-upload question has no options"_L1 },
@@ -66,8 +49,7 @@ QString RefusalOfType(const QString &type)
 
 ItemReader::ItemReader(Xml::Reader &reader, const QString &folder, std::shared_ptr<const Bank::Files> files)
     : m_reader(reader)
-    , m_files(std::move(files))
-    , m_texts(folder)
+    , m_texts(folder, std::move(files))
 {
 }
 
@@ -101,7 +83,8 @@ Bank::Item ItemReader::Read()
 
 void ItemReader::ReadMetadata()
 {
-    static const QStringList labels = { u"question_type"_s, u"cc_profile"_s, u"qmd_itemtype"_s, u"bbmd_questiontype"_s };
+    static const QStringList labels
+        = { u"question_type"_s, u"cc_profile"_s, u"qmd_itemtype"_s, u"qmd_questiontype"_s, u"bbmd_questiontype"_s };
     QString label;
     while (m_reader.NextChild()) {
         const QString name = m_reader.Name().toString();
@@ -214,7 +197,7 @@ void ItemReader::Finish(Bank::Item &item)
         item.Options[i].IsRight = key.Right[i];
     AddFeedback(item, key, response.Identifiers);
     item.Warnings += m_texts.Warnings();
-    item.Files = m_texts.Embedded().empty() ? m_files : std::make_shared<EmbeddedFiles>(m_texts.Embedded(), m_files);
+    item.Files = m_texts.Files();
 }
 
 // The explanation is what every response gets, or else what a right one gets.
@@ -230,19 +213,19 @@ void ItemReader::AddFeedback(Bank::Item &item, const Score::Key &key, const QStr
         found->second.IsUsed = true;
         const Markup::Text &text = found->second.Text;
         Bank::Append(general, found->second.Solution);
-        // The names that Canvas and Common Cartridge have for them.
+        // The names that Canvas, Common Cartridge and Blackboard have for them.
         if (name == "general_fb"_L1)
             whom = Score::Link::To::All;
-        else if (name == "correct_fb"_L1)
+        else if (name == "correct_fb"_L1 || name == "correct"_L1)
             whom = Score::Link::To::Right;
-        else if (name == "general_incorrect_fb"_L1)
+        else if (name == "general_incorrect_fb"_L1 || name == "incorrect"_L1)
             whom = Score::Link::To::Wrong;
         if (whom == Score::Link::To::All)
             Bank::Append(general, text);
         else if (whom == Score::Link::To::Right)
             Bank::Append(right, text);
         else if (whom == Score::Link::To::Option && option >= 0)
-            item.Options[static_cast<size_t>(option)].Feedback = text;
+            Bank::Append(item.Options[static_cast<size_t>(option)].Feedback, text);
         else
             isLeftOut = isLeftOut || !text.Source.isEmpty();
     };

@@ -5,6 +5,8 @@
 #include "bank/Qti1Score.h"
 #include "bank/Qti1Text.h"
 
+#include <map>
+
 namespace Qti1 {
 
 // Reads one item of QTI 1.2.
@@ -43,7 +45,6 @@ private:
     };
 
     Xml::Reader &m_reader;
-    std::shared_ptr<const Bank::Files> m_files;
     Texts m_texts;
     QString m_type; // of the question, in the words of its program; empty: unknown
     Markup::Text m_stem;

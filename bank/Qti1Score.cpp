@@ -100,9 +100,8 @@ std::vector<Score::Literals> Score::Evaluation::Leaf(const Node &node, bool isNe
     Literals literals(m_count, 0);
     if (node.Test == Test::Equal) {
         const qsizetype number = NumberOf(node.Option);
-        if (number < 0)
-            return isNegated ? std::vector<Literals>{ literals } : std::vector<Literals>{};
-        literals[static_cast<size_t>(number)] = isNegated ? -1 : 1;
+        if (number >= 0)
+            literals[static_cast<size_t>(number)] = isNegated ? -1 : 1;
     } else if (node.Test == Test::Unanswered && !isNegated) {
         literals.assign(m_count, -1);
     }
@@ -126,14 +125,11 @@ std::vector<Score::Literals> Score::Evaluation::Alternatives(const Node &node, b
             std::vector<Literals> both;
             for (const Literals &left : all) {
                 for (const Literals &right : ways) {
+                    // Of a contradiction neither part holds, and then it scores nothing.
                     Literals joined = left;
-                    bool isPossible = true;
-                    for (size_t i = 0; i < m_count; ++i) {
-                        isPossible = isPossible && left[i] * right[i] >= 0;
+                    for (size_t i = 0; i < m_count; ++i)
                         joined[i] = left[i] != 0 ? left[i] : right[i];
-                    }
-                    if (isPossible)
-                        both.push_back(std::move(joined));
+                    both.push_back(std::move(joined));
                 }
             }
             all = std::move(both);
@@ -169,15 +165,17 @@ std::vector<Choice> Score::Evaluation::Candidates() const
     return candidates;
 }
 
-// SCORE where there is one, else the first variable that is set.
+// SCORE where there is one, else the first variable that is set and does not count
+// mistakes.
 QString Score::Variable() const
 {
+    const auto countsMistakes = [](const QString &name) { return name.contains("INCORRECT"_L1) || name.contains("WRONG"_L1); };
     QString first;
     for (const Condition &condition : m_conditions) {
         for (const Change &change : condition.Changes) {
             if (change.Variable == "SCORE"_L1)
                 return change.Variable;
-            if (first.isEmpty())
+            if (first.isEmpty() && !countsMistakes(change.Variable))
                 first = change.Variable;
         }
     }

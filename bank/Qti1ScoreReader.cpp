@@ -75,7 +75,10 @@ void Score::ReadPart(Xml::Reader &reader, Node &node)
     }
     if (name == "varequal"_L1) {
         node.Test = Test::Equal;
-        node.Option = reader.Text().trimmed();
+        // Blackboard names some options by the response alone.
+        const QString response = reader.Attribute("respident"_L1).trimmed();
+        const QString option = reader.Text().trimmed();
+        node.Option = option.isEmpty() ? response : option;
         m_hasComparisons = true;
         return;
     }

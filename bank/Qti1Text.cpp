@@ -39,9 +39,15 @@ QString FormulaOf(const QString &tag)
 
 }
 
-Texts::Texts(QString folder)
+Texts::Texts(QString folder, std::shared_ptr<const Bank::Files> files)
     : m_folder(std::move(folder))
+    , m_files(std::move(files))
 {
+}
+
+std::shared_ptr<const Bank::Files> Texts::Files() const
+{
+    return m_embedded ? m_embedded : m_files;
 }
 
 void Texts::Warn(const QString &text)
@@ -151,8 +157,10 @@ Markup::Text Texts::ReadPicture(Xml::Reader &reader)
     const QString alt = reader.Attribute("label"_L1);
     QString address = reader.Attribute("uri"_L1);
     if (reader.Attribute("embedded"_L1) == "base64"_L1) {
-        address = u"embedded-%1"_s.arg(m_embedded.size() + 1);
-        m_embedded[address] = QByteArray::fromBase64(reader.Text().toLatin1());
+        if (!m_embedded)
+            m_embedded = std::make_shared<Bank::EmbeddedFiles>(m_files);
+        address = u"embedded-%1"_s.arg(++m_embeddedCount);
+        m_embedded->Add(address, reader.Text().toLatin1());
     } else {
         if (address.startsWith("../"_L1))
             address = FromTop(address);

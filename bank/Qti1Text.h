@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "bank/Files.h"
+#include "bank/EmbeddedFiles.h"
 #include "bank/Xml.h"
 #include "markup/Text.h"
-
-#include <map>
 
 namespace Qti1 {
 
@@ -14,15 +12,15 @@ class Texts {
 public:
     // The folder is that of the file, "" for the top: pictures outside of it are
     // written by their paths from the top.
-    explicit Texts(QString folder);
+    Texts(QString folder, std::shared_ptr<const Bank::Files> files);
 
     // Appends the materials in the current element and reads on to its end.
     void Read(Xml::Reader &reader, Markup::Text &text);
 
     // What is lost, each a line; no line twice.
     const QStringList &Warnings() const { return m_warnings; }
-    // Pictures that stand in the file itself, by the names that the texts give them.
-    const std::map<QString, QByteArray> &Embedded() const { return m_embedded; }
+    // The given files, with the pictures that stand in the texts themselves.
+    std::shared_ptr<const Bank::Files> Files() const;
     void Warn(const QString &text);
 
 private:
@@ -35,7 +33,9 @@ private:
 
     QString m_folder;
     QStringList m_warnings;
-    std::map<QString, QByteArray> m_embedded;
+    std::shared_ptr<const Bank::Files> m_files;
+    std::shared_ptr<Bank::EmbeddedFiles> m_embedded; // null until there is one
+    int m_embeddedCount = 0;
 };
 
 }

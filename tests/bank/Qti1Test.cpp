@@ -90,6 +90,11 @@ TEST(Qti1Test, Keys)
         { "partly in the end", "Multiple", If(In("and", ab + notC), "100") + If(In("or", ab), "50"), noKey },
         { "either set", "Multiple", If(In("or", In("and", ab) + Equal("c")), "1"), noKey },
         { "any", "Multiple", If(In("or", ab), "1"), noKey },
+        { "counted mistakes", "Multiple",
+          If(Equal("c"), "1", {}, "", "Add\" varname=\"X_Incorrect") + If(Equal("a"), "1", {}, "", "Add\" varname=\"X_Correct")
+              + If(Equal("b"), "1", {}, "", "Add\" varname=\"X_Correct"),
+          twoRight },
+        { "more together", "Multiple", Add("a", "1") + If(In("and", Equal("b") + Equal("c")), "2", {}, {}, "Add"), noKey },
         { "by order", "Single", If("<durlt>5</durlt>", "1"), noKey },
     };
     for (const Scoring &row : rows)
@@ -145,6 +150,7 @@ TEST(Qti1Test, Feedback)
                     "<itemfeedback ident=\"s\"><solution><solutionmaterial>" + Text("S")
                         + "</solutionmaterial></solution><hint>" + Text("H") + "</hint></itemfeedback>"),
               u"*a | b | c | #S | a hint is left out"_s);
+    EXPECT_EQ(shown(If("<varequal respident=\"b\"/>", {}, "x"), feedback("x")), u"*a | b(x) | c"_s);
     EXPECT_EQ(shown({}, feedback("x")), u"*a | b | c"_s + left);
 }
 
@@ -188,6 +194,8 @@ TEST(Qti1Test, GroupsAndPassages)
         ShownBank(groups, passages),
         u"name: Test\n[P\n\nP2] | Q | a | b | c | in One\n[P\n\nP2] | Q | a | b | c | in One\n[M] | Q | a | b | c | in Two\n"
         "2! no question follows the description"_s);
+    const QByteArray many = Item(Text(QByteArray(1 << 20, 'x'))) + item.repeated(33);
+    EXPECT_EQ(ShownBank(many, passages).section(u'\n', 32), u"2: its passage is too long to be repeated in every item"_s);
     EXPECT_EQ(
         ShownBank(groups).section(u'\n', 3, 6),
         u"Q | a | b | c | in One\nQ | a | b | c | in One\n2! a text before questions is left out\nQ | a | b | c | in Two"_s);
@@ -232,7 +240,7 @@ TEST(Qti1Test, Packages)
             Entries += item.Entry;
             Last.clear();
             for (const QString &path : { u"$IMS-CC-FILEBASE$/a.png"_s, u"a.png"_s, u"$IMS-CC-FILEBASE$/b.png"_s, u"b.png"_s,
-                                         u"c.png"_s, u"p/b.png"_s, u"d.png"_s })
+                                         u"c.png"_s, u"p/b.png"_s, u"d.png"_s, u"embedded-1"_s })
                 Last += item.Files->Read(path).value_or("-");
         }
         void SetName(const QString &) override { }
@@ -240,7 +248,10 @@ TEST(Qti1Test, Packages)
     } pictures;
     Bank::FormatOf(source)->Read(source, {}, pictures);
     EXPECT_EQ(pictures.Entries, (QStringList{ u"p/non_cc_assessments/g1.xml.qti"_s, u"p/g 2/g2.xml"_s }));
-    EXPECT_EQ(pictures.Last, "112232-");
+    EXPECT_EQ(pictures.Last, "112232--");
+    const QByteArray embedded = "<material><matimage embedded=\"base64\">aGk=</matimage></material>";
+    Bank::FormatOf(u"qti1"_s)->Read({ {}, BankOf(Item(embedded + Options())), {} }, {}, pictures);
+    EXPECT_EQ(pictures.Last, "-------hi");
 
     // A manifest that names nothing; one file is damaged.
     const auto unnamed = [](MemoryFiles::Contents files) {
