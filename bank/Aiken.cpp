@@ -195,8 +195,10 @@ private:
             const size_t end = i + 1 < m_starts.size() ? m_starts[i + 1] : m_lines.size();
             item.Options.push_back({ { Joined(m_lines, m_starts[i], end), Markup::Kind::Plain }, {} });
         }
-        if (item.Options.empty())
+        if (item.Options.empty()) {
+            item.Refusal = u"it has no options"_s;
             return;
+        }
         int right = 0;
         bool areThere = true;
         for (const int number : KeyOf(answer)) {

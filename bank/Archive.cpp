@@ -17,7 +17,7 @@ namespace {
 // A name as it is quoted in a message.
 QString Quoted(const QString &name)
 {
-    return u'"' + name.left(200) + u'"';
+    return u'"' + name.left(200).simplified() + u'"';
 }
 
 // The path of a name in an archive; nothing when it is absolute or leads out.
@@ -162,7 +162,7 @@ std::optional<QByteArray> Archive::Read(const QString &path) const
     zip_stat_t entry;
     if (zip_stat_index(m_zip, static_cast<quint64>(index), 0, &entry) != 0)
         refuse(QString::fromUtf8(zip_strerror(m_zip)));
-    const qint64 most = std::min(MostFileBytes, std::max(20 * qint64(m_bytes.size()), LeastEntryBytes));
+    const qint64 most = std::min(MostFileBytes, std::max(4 * qint64(m_bytes.size()), LeastEntryBytes));
     if (entry.size > static_cast<quint64>(most))
         refuse(u"it is larger than %1 MB"_s.arg(most >> 20));
     // The other methods are rare, and some let an entry of a few bytes ask for

@@ -29,7 +29,8 @@ public:
     // A name that differs in case alone, or in the composition of its accents, is
     // found when it is the only one. Raises InvalidCall for an entry that is
     // damaged, packed by another method than deflate, larger than MostFileBytes,
-    // or larger than both 20 times the archive and LeastEntryBytes.
+    // or larger than both 4 times the archive and LeastEntryBytes: a reader needs
+    // up to 5 times the bytes.
     std::optional<QByteArray> Read(const QString &path) const override;
     // Without folders and without what macOS adds for itself.
     QStringList Paths() const override;

@@ -7,6 +7,9 @@ namespace Bank {
 
 namespace {
 
+// A part takes far more memory than the slash it is written with.
+constexpr qsizetype MostParts = 100;
+
 bool SaysWhereItBegins(const QString &part)
 {
     const bool isContext = part.size() > 2 && part.startsWith(u'$') && part.endsWith(u'$');
@@ -25,7 +28,7 @@ QStringList CategoryParts(QStringView path)
             parts.append(part);
         part.clear();
     };
-    for (qsizetype i = 0; i < path.size(); ++i) {
+    for (qsizetype i = 0; i < path.size() && parts.size() < MostParts; ++i) {
         const bool isSlash = path[i] == u'/';
         if (isSlash && i + 1 < path.size() && path[i + 1] == u'/')
             part += path[i++];
@@ -34,7 +37,8 @@ QStringList CategoryParts(QStringView path)
         else
             part += path[i];
     }
-    finish();
+    if (parts.size() < MostParts)
+        finish();
     return parts;
 }
 

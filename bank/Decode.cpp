@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bank/Decode.h"
 
+#include "bank/Encoding.h"
 #include "common/Ansi.h"
 #include "common/Error.h"
 
@@ -19,7 +20,6 @@ using Utf = QStringConverter::Encoding;
 constexpr qsizetype BeginningBytes = 64 * 1024;
 constexpr int Latin = 1252;
 constexpr int Cyrillic = 1251;
-constexpr int Pages[] = { 866, 874, 932, 936, 949, 950, 1250, Cyrillic, Latin, 1253, 1254, 1255, 1256, 1257, 1258 };
 
 // A code page, or else a form of Unicode.
 struct Encoding {
@@ -28,43 +28,20 @@ struct Encoding {
 
     QString Name() const
     {
-        return Page != 0 ? u"windows-%1"_s.arg(Page) : QString::fromLatin1(QStringConverter::nameForEncoding(Unicode));
+        if (Page == 0)
+            return QString::fromLatin1(QStringConverter::nameForEncoding(Unicode));
+        return (Page > 1258 ? u"code page %1"_s : u"windows-%1"_s).arg(Page);
     }
 };
 
 Encoding EncodingOf(const QString &name)
 {
-    QString plain = name.toLower();
-    plain.removeIf([](QChar c) { return !c.isLetterOrNumber(); });
-    const std::pair<QLatin1StringView, Encoding> known[] = {
-        { "utf8"_L1, { QStringConverter::Utf8 } },
-        { "utf16"_L1, { QStringConverter::Utf16 } },
-        { "utf16le"_L1, { QStringConverter::Utf16LE } },
-        { "utf16be"_L1, { QStringConverter::Utf16BE } },
-        { "utf32"_L1, { QStringConverter::Utf32 } },
-        { "utf32le"_L1, { QStringConverter::Utf32LE } },
-        { "utf32be"_L1, { QStringConverter::Utf32BE } },
-        { "latin1"_L1, { {}, Latin } },
-        { "iso88591"_L1, { {}, Latin } },
-        { "shiftjis"_L1, { {}, 932 } },
-        { "gbk"_L1, { {}, 936 } },
-        { "gb2312"_L1, { {}, 936 } },
-        { "euckr"_L1, { {}, 949 } },
-        { "big5"_L1, { {}, 950 } },
-    };
-    for (const auto &[each, encoding] : known) {
-        if (plain == each)
-            return encoding;
-    }
-    for (const auto prefix : { "windows"_L1, "cp"_L1, "ansi"_L1, "ibm"_L1 }) {
-        if (plain.startsWith(prefix))
-            plain.remove(0, prefix.size());
-    }
-    const int page = plain.toInt();
-    if (std::find(std::begin(Pages), std::end(Pages), page) == std::end(Pages))
-        throw Error(InvalidCall,
-                    u"the encoding \"%1\" is not known (UTF-8, UTF-16, ISO-8859-1, windows-1251 and the like are)"_s.arg(name));
-    return { {}, page };
+    if (const auto unicode = UnicodeOf(name))
+        return { *unicode };
+    if (const auto page = PageOf(name))
+        return { {}, *page };
+    throw Error(InvalidCall,
+                u"the encoding \"%1\" is not known (UTF-8, UTF-16, ISO-8859-1, windows-1251 and the like are)"_s.arg(name));
 }
 
 // UTF-16 without a mark: of a text in Latin letters every second byte is 0.

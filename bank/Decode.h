@@ -11,9 +11,7 @@ namespace Bank {
 // left out wherever they stand, as files that were joined have them. Lines end with
 // a line feed.
 //
-// Names are those of Options::Encoding: "UTF-8", "UTF-16", "UTF-32" (LE and BE too),
-// "ISO-8859-1", and a Windows code page as "windows-1251", "cp1251" or "1251".
-// ISO-8859-1 is read as windows-1252, whose punctuation files of that name have.
+// Names are those of Options::Encoding; see UnicodeOf and PageOf.
 //
 // Raises InvalidCall for an unknown name, and for bytes that are not of the
 // encoding, with the first line that holds some.

@@ -3,7 +3,6 @@
 
 #include "common/Ansi.h"
 
-#include <QRegularExpression>
 #include <QStringDecoder>
 
 #include <algorithm>
@@ -19,53 +18,63 @@ struct NamedPage {
     int Page;
 };
 
-// Names in which no number of the page stands.
+// Names in which no number of the page stands, without signs.
 constexpr NamedPage NamedPages[] = {
-    { "latin1"_L1, 1252 },        { "latin2"_L1, 28592 },  { "tis-620"_L1, 874 },   { "koi8-r"_L1, 20866 },
-    { "koi8-u"_L1, 21866 },       { "shift_jis"_L1, 932 }, { "shift-jis"_L1, 932 }, { "sjis"_L1, 932 },
-    { "windows-31j"_L1, 932 },    { "gb2312"_L1, 936 },    { "gbk"_L1, 936 },       { "euc-kr"_L1, 949 },
-    { "ks_c_5601-1987"_L1, 949 }, { "big5"_L1, 950 },
+    { "latin1"_L1, 1252 }, { "latin2"_L1, 28592 },  { "tis620"_L1, 874 },    { "koi8r"_L1, 20866 },
+    { "koi8u"_L1, 21866 }, { "shiftjis"_L1, 932 },  { "sjis"_L1, 932 },      { "windows31j"_L1, 932 },
+    { "gb2312"_L1, 936 },  { "gbk"_L1, 936 },       { "euckr"_L1, 949 },     { "ksc56011987"_L1, 949 },
+    { "big5"_L1, 950 },    { "iso88591"_L1, 1252 }, { "iso88599"_L1, 1254 }, { "iso885911"_L1, 874 },
 };
+constexpr int NumberedPages[]
+    = { 437, 850, 852, 866, 874, 932, 936, 949, 950, 1250, 1251, 1252, 1253, 1254, 1255, 1256, 1257, 1258 };
+// The number of the page of part 0, if there were one.
+constexpr int IsoPages = 28590;
 
-// The part of ISO 8859, the ones of which a page of Windows has all characters
-// by that page.
-std::optional<int> IsoPage(int part)
+// Letters and digits alone, in lower case.
+QString Plain(const QString &name)
 {
-    if (part < 1 || part > 16 || part == 12)
-        return {};
-    switch (part) {
-    case 1: return 1252;
-    case 9: return 1254;
-    case 11: return 874;
-    default: return 28590 + part;
-    }
+    QString plain = name.toLower();
+    plain.removeIf([](QChar c) { return !c.isLetterOrNumber(); });
+    return plain;
 }
 
-bool IsUnicode(const QString &encoding)
+bool IsPartOfIso(int part)
 {
-    return encoding.isEmpty() || encoding.startsWith("utf"_L1, Qt::CaseInsensitive)
-        || encoding.compare("us-ascii"_L1, Qt::CaseInsensitive) == 0 || encoding.compare("ascii"_L1, Qt::CaseInsensitive) == 0;
+    return part >= 2 && part <= 16 && part != 12;
 }
 
+}
+
+std::optional<QStringConverter::Encoding> UnicodeOf(const QString &encoding)
+{
+    static const std::pair<QLatin1StringView, QStringConverter::Encoding> names[] = {
+        { ""_L1, QStringConverter::Utf8 },           { "utf8"_L1, QStringConverter::Utf8 },
+        { "usascii"_L1, QStringConverter::Utf8 },    { "ascii"_L1, QStringConverter::Utf8 },
+        { "utf16"_L1, QStringConverter::Utf16 },     { "utf16le"_L1, QStringConverter::Utf16LE },
+        { "utf16be"_L1, QStringConverter::Utf16BE }, { "utf32"_L1, QStringConverter::Utf32 },
+        { "utf32le"_L1, QStringConverter::Utf32LE }, { "utf32be"_L1, QStringConverter::Utf32BE },
+    };
+    const QString plain = Plain(encoding);
+    const auto found = std::find_if(std::begin(names), std::end(names), [&](const auto &each) { return plain == each.first; });
+    return found == std::end(names) ? std::nullopt : std::optional(found->second);
 }
 
 std::optional<int> PageOf(const QString &encoding)
 {
-    static const QRegularExpression numbered(u"^(?:windows|x-windows|cp|x-cp|ibm)[-_]?([0-9]{3,4})$"_s,
-                                             QRegularExpression::CaseInsensitiveOption);
-    static const QRegularExpression iso(u"^iso[-_]?8859[-_]([0-9]{1,2})$"_s, QRegularExpression::CaseInsensitiveOption);
-    const QString name = encoding.trimmed();
-    if (const auto match = iso.match(name); match.hasMatch())
-        return IsoPage(match.captured(1).toInt());
-    if (const auto match = numbered.match(name); match.hasMatch()) {
-        static constexpr int known[]
-            = { 437, 850, 852, 866, 874, 932, 936, 949, 950, 1250, 1251, 1252, 1253, 1254, 1255, 1256, 1257, 1258 };
-        const int page = match.captured(1).toInt();
-        return std::find(std::begin(known), std::end(known), page) == std::end(known) ? std::nullopt : std::optional(page);
+    QString plain = Plain(encoding);
+    const auto found
+        = std::find_if(std::begin(NamedPages), std::end(NamedPages), [&](const NamedPage &each) { return plain == each.Name; });
+    if (found != std::end(NamedPages))
+        return found->Page;
+    if (const int part = plain.startsWith("iso8859"_L1) ? plain.sliced(7).toInt() : 0; IsPartOfIso(part))
+        return IsoPages + part;
+    for (const auto prefix : { "x"_L1, "windows"_L1, "cp"_L1, "ansi"_L1, "ibm"_L1 }) {
+        if (plain.startsWith(prefix))
+            plain.remove(0, prefix.size());
     }
-    const auto found = std::find_if(std::begin(NamedPages), std::end(NamedPages),
-                                    [&](const NamedPage &each) { return name.compare(each.Name, Qt::CaseInsensitive) == 0; });
-    return found == std::end(NamedPages) ? std::nullopt : std::optional(found->Page);
+    const int page = plain.toInt();
+    const bool isKnown = std::find(std::begin(NumberedPages), std::end(NumberedPages), page) != std::end(NumberedPages);
+    return isKnown ? std::optional(page) : std::nullopt;
 }
 
 std::optional<QByteArray> ToUtf8(const QByteArray &bytes, const QString &encoding)
@@ -73,15 +82,13 @@ std::optional<QByteArray> ToUtf8(const QByteArray &bytes, const QString &encodin
     if (bytes.startsWith("\xEF\xBB\xBF"))
         return bytes.sliced(3);
     const auto mark = QStringConverter::encodingForData(bytes);
-    const bool isWide = encoding.startsWith("utf-16"_L1, Qt::CaseInsensitive)
-        || encoding.startsWith("utf-32"_L1, Qt::CaseInsensitive) || encoding.startsWith("utf16"_L1, Qt::CaseInsensitive);
-    if (mark || isWide) {
-        QStringDecoder decoder(mark.value_or(
-            QStringConverter::encodingForName(encoding.toLatin1().constData()).value_or(QStringConverter::Utf16)));
+    const auto unicode = mark ? mark : UnicodeOf(encoding);
+    if (unicode == QStringConverter::Utf8)
+        return bytes;
+    if (unicode) {
+        QStringDecoder decoder(*unicode);
         return QString(decoder(bytes)).toUtf8();
     }
-    if (IsUnicode(encoding))
-        return bytes;
     const std::optional<int> page = PageOf(encoding);
     return page ? std::optional(Ansi::CodePage(*page).ToText(bytes).toUtf8()) : std::nullopt;
 }

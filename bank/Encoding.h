@@ -3,15 +3,21 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringConverter>
 
 #include <optional>
 
 namespace Bank {
 
+// The form of Unicode that the name of an encoding means, in any letter case; UTF-8
+// for no name and for ASCII. Nothing for other names.
+std::optional<QStringConverter::Encoding> UnicodeOf(const QString &encoding);
+
 // The number of the code page (see Ansi::CodePage) that the name of an encoding
-// means, in any letter case: "windows-1251", "ISO-8859-2", "KOI8-R", "Big5" and
-// the like. Nothing for a name that is not known, and for those of Unicode. As
-// browsers do, it takes "ISO-8859-1" for page 1252, which has more characters.
+// means, in any letter case: "windows-1251", "cp1251", "1251", "ISO-8859-2", "KOI8-R",
+// "Big5" and the like. Nothing for a name that is not known, and for those of
+// Unicode. As browsers do, it takes ISO-8859-1 for page 1252, which has more
+// characters.
 std::optional<int> PageOf(const QString &encoding);
 
 // The bytes as UTF-8 without a byte order mark. The encoding is that of the byte

@@ -7,6 +7,7 @@
 #include "bank/MoodleXml.h"
 #include "bank/Qti1.h"
 #include "bank/Qti2.h"
+#include "bank/Table.h"
 
 #include <algorithm>
 
@@ -17,12 +18,13 @@ namespace Bank {
 const std::vector<Format> &Formats()
 {
     static const std::vector<Format> formats = {
-        { u"moodle"_s, u"Moodle XML"_s, MoodleXml::Suits, MoodleXml::Read },
-        { u"aiken"_s, u"Aiken"_s, Aiken::Suits, Aiken::Read },
-        { u"gift"_s, u"GIFT"_s, Gift::Suits, Gift::Read },
         { u"qti2"_s, u"QTI 2/3"_s, Qti2::Suits, Qti2::Read },
         { u"qti1"_s, u"QTI 1.2"_s, Qti1::Suits, Qti1::Read },
+        { u"moodle"_s, u"Moodle XML"_s, MoodleXml::Suits, MoodleXml::Read },
         { u"h5p"_s, u"H5P"_s, H5p::Suits, H5p::Read },
+        { u"aiken"_s, u"Aiken"_s, Aiken::Suits, Aiken::Read },
+        { u"csv"_s, u"CSV"_s, Table::Suits, Table::Read },
+        { u"gift"_s, u"GIFT"_s, Gift::Suits, Gift::Read },
     };
     return formats;
 }

@@ -5,6 +5,7 @@
 #include "bank/Decode.h"
 #include "bank/GiftBlock.h"
 #include "bank/GiftLines.h"
+#include "bank/Passage.h"
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -52,17 +53,25 @@ QString Stem(QStringView before, QStringView behind)
     return stem += behind;
 }
 
-// Why a text with more than the braces of one answer block, which ends at that place,
-// is no item; empty when it has no others.
-QString FaultOfBraces(QStringView text, qsizetype close)
+// What stands between the "{" at that place and the next "}", or the end.
+QStringView BlockAt(QStringView text, qsizetype open)
 {
-    if (const qsizetype next = text.indexOf(u'{', close); next >= 0) {
-        return text.sliced(close, next - close).contains(u'\n')
-            ? u"more than one answer block (is a blank line missing between two questions?)"_s
-            : EmbeddedAnswers.toString();
-    }
-    return text.indexOf(u'}', close + 1) < 0 ? QString()
-                                             : u"more than one \"}\" (write \"\\{\" and \"\\}\" for braces in a text)"_s;
+    const qsizetype close = text.indexOf(u'}', open);
+    return text.sliced(open + 1, (close < 0 ? text.size() : close) - open - 1);
+}
+
+// Why a text with more than the braces of its first block, which ends at that place,
+// is no item; empty when it has no others.
+QString FaultOfBraces(QStringView text, qsizetype open, qsizetype close)
+{
+    const qsizetype next = text.indexOf(u'{', close);
+    if (next < 0 && text.indexOf(u'}', close + 1) < 0)
+        return {};
+    if (next < 0 || !GiftBlock::IsAnswer(BlockAt(text, open)) || !GiftBlock::IsAnswer(BlockAt(text, next)))
+        return u"more than one \"}\" (write \"\\{\" and \"\\}\" for braces in a text)"_s;
+    return text.sliced(close, next - close).contains(u'\n')
+        ? u"more than one answer block (is a blank line missing between two questions?)"_s
+        : EmbeddedAnswers.toString();
 }
 
 bool HasEmbedded(QStringView text)
@@ -80,6 +89,7 @@ public:
         : m_source(source)
         , m_options(options)
         , m_receiver(receiver)
+        , m_passage(receiver)
     {
     }
 
@@ -107,24 +117,19 @@ public:
             : piece.IsAmbiguous ? u"more than one exhibit is named"_s
             : isDescription     ? u"a description without answers is no question"_s
                                 : ReadQuestion(item, text);
-        if (item.Refusal.isEmpty()) {
-            item.Passage = m_passage;
-            if (!item.Exhibit)
-                item.Exhibit = m_passageExhibit;
-        }
-        m_isPassageRead = m_passageLine != 0;
+        if (!item.Exhibit)
+            item.Exhibit = m_passageExhibit;
+        m_isPassagePending = false;
+        m_passage.Give(item);
         m_receiver.Add(std::move(item));
     }
 
-    // Nothing follows the last passage.
+    // What the last passage belongs to ends.
     void EndPassage()
     {
-        if (m_passageLine != 0 && !m_isPassageRead)
-            m_receiver.Warn(m_passageLine, u"no question follows the description"_s);
-        m_passage = {};
+        m_passage.End();
         m_passageExhibit.reset();
-        m_passageLine = 0;
-        m_isPassageRead = false;
+        m_isPassagePending = false;
     }
 
 private:
@@ -141,15 +146,9 @@ private:
     // The paragraphs of a passage are parted by blank lines, as items are.
     void TakePassage(const GiftLines::Piece &piece, QStringView text)
     {
-        const Markup::Text passage = GiftBlock::Formatted(text, Markup::Kind::Moodle);
-        const bool isContinued = m_passageLine != 0 && !m_isPassageRead && passage.Kind == m_passage.Kind;
-        if (!isContinued) {
-            EndPassage();
-            m_passageLine = piece.Line;
-            m_passage = passage;
-        } else {
-            m_passage.Source += u"\n\n"_s + passage.Source;
-        }
+        if (!std::exchange(m_isPassagePending, true))
+            m_passageExhibit.reset();
+        m_passage.Take(piece.Line, GiftBlock::Formatted(text, Markup::Kind::Moodle));
         if (piece.Exhibit)
             m_passageExhibit = piece.Exhibit;
     }
@@ -164,7 +163,7 @@ private:
             return EmbeddedAnswers.toString();
         if (close < 0)
             return u"the answer block is not closed"_s;
-        if (const QString fault = FaultOfBraces(text, close); !fault.isEmpty())
+        if (const QString fault = FaultOfBraces(text, open, close); !fault.isEmpty())
             return fault;
         item.Problem = GiftBlock::Formatted(Stem(text.first(open), text.sliced(close + 1)), Markup::Kind::Moodle);
         return GiftBlock::Read(item, text.sliced(open + 1, close - open - 1), m_options);
@@ -175,10 +174,9 @@ private:
     Bank::Receiver &m_receiver;
     QString m_category;
     bool m_hasCategory = false;
-    Markup::Text m_passage;
-    std::optional<QString> m_passageExhibit;
-    int m_passageLine = 0; // 0: no passage
-    bool m_isPassageRead = false; // an item follows it
+    Bank::Passage m_passage;
+    std::optional<QString> m_passageExhibit; // that its description names
+    bool m_isPassagePending = false; // no item follows yet
 };
 
 }
@@ -195,16 +193,17 @@ bool Suits(const Bank::Source &source)
     GiftLines::Cut(text, [&](const GiftLines::Piece &piece) {
         if (piece.Category)
             ++answers;
-        const qsizetype open = piece.Text.indexOf(u'{');
-        if (open < 0)
-            return;
-        const qsizetype close = piece.Text.indexOf(u'}', open);
-        const QStringView block = piece.Text.sliced(open + 1, (close < 0 ? piece.Text.size() : close) - open - 1);
-        // An empty one is an essay's, and nothing in many other languages.
-        if (GiftBlock::IsAnswer(block))
-            ++answers;
-        else if (!block.trimmed().isEmpty())
-            ++others;
+        bool isAnswer = piece.Text.trimmed().startsWith(u"::") && piece.Text.contains(u'{');
+        bool isOther = false;
+        for (qsizetype open = piece.Text.indexOf(u'{'); open >= 0 && !isAnswer;) {
+            const QStringView block = BlockAt(piece.Text, open);
+            isAnswer = GiftBlock::IsAnswer(block);
+            // An empty one is an essay's, and nothing in many other languages.
+            isOther = isOther || !block.trimmed().isEmpty();
+            open = piece.Text.indexOf(u'{', open + 1 + block.size());
+        }
+        answers += isAnswer ? 1 : 0;
+        others += isOther && !isAnswer ? 1 : 0;
     });
     return answers > others;
 }

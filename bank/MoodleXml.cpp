@@ -3,6 +3,7 @@
 
 #include "bank/Category.h"
 #include "bank/EmbeddedFiles.h"
+#include "bank/Passage.h"
 #include "bank/Xml.h"
 
 #include <QUrl>
@@ -99,6 +100,7 @@ public:
         , m_options(options)
         , m_receiver(receiver)
         , m_xml(source.Bytes, source.Name)
+        , m_passage(receiver)
     {
     }
 
@@ -135,7 +137,8 @@ private:
             ReadItem(item, type == "truefalse"_L1);
         else
             ReadTitle(item);
-        m_isPassageRead = m_passageLine != 0;
+        m_passage.Give(item);
+        m_isPassagePending = false;
         m_receiver.Add(std::move(item));
     }
 
@@ -156,32 +159,23 @@ private:
 
     void ReadPassage(Bank::Item &item)
     {
-        const bool isContinued = m_passageLine != 0 && !m_isPassageRead;
-        if (!isContinued) {
-            EndPassage();
-            m_passageLine = item.Line;
-        }
-        m_files = m_passageFiles;
+        // Descriptions that follow one another are one passage.
+        m_files = m_isPassagePending ? m_passageFiles : nullptr;
         // The items have files of the same names.
         m_prefix = u"passage/"_s;
+        m_passageFiles.reset();
         ReadParts(item);
         m_prefix.clear();
         m_passageFiles = std::move(m_files);
-        if (!isContinued || item.Problem.Kind != m_passage.Kind)
-            m_passage = item.Problem;
-        else
-            m_passage.Source += (m_passage.Kind == Markup::Kind::Html ? u"<br><br>"_s : u"\n\n"_s) + item.Problem.Source;
+        m_passage.Take(item.Line, item.Problem);
+        m_isPassagePending = true;
     }
 
-    // Nothing follows the last passage.
     void EndPassage()
     {
-        if (m_passageLine != 0 && !m_isPassageRead)
-            m_receiver.Warn(m_passageLine, u"no question follows the description"_s);
-        m_passage = {};
+        m_passage.End();
         m_passageFiles.reset();
-        m_passageLine = 0;
-        m_isPassageRead = false;
+        m_isPassagePending = false;
     }
 
     // Of a question that is no item.
@@ -199,11 +193,10 @@ private:
     {
         m_files.reset();
         const Parts parts = ReadParts(item);
+        item.Files = m_files ? m_files : m_passageFiles ? m_passageFiles : m_source.Files;
         item.Refusal = parts.HasTooMany ? u"it has more than %1 options"_s.arg(MostOptions)
             : isTrueFalse               ? FinishTrueFalse(item, parts)
                                         : FinishChoice(item, parts);
-        item.Passage = m_passage;
-        item.Files = m_files ? m_files : m_passageFiles ? m_passageFiles : m_source.Files;
     }
 
     Parts ReadParts(Bank::Item &item)
@@ -327,6 +320,8 @@ private:
 
     static QString FinishChoice(Bank::Item &item, const Parts &parts)
     {
+        if (item.Options.empty())
+            return u"it has no options"_s;
         int right = 0;
         for (size_t i = 0; i < item.Options.size(); ++i) {
             const double fraction = parts.Fractions[i];
@@ -368,10 +363,9 @@ private:
     std::shared_ptr<Bank::EmbeddedFiles> m_files;
     QString m_prefix; // of the paths in them
     qint64 m_prefixes = 0;
-    Markup::Text m_passage;
+    Bank::Passage m_passage;
     std::shared_ptr<Bank::EmbeddedFiles> m_passageFiles; // null for none
-    int m_passageLine = 0; // 0 for none
-    bool m_isPassageRead = false; // an item stands behind it
+    bool m_isPassagePending = false; // no item stands behind it yet
 };
 
 }

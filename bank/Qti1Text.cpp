@@ -12,12 +12,6 @@ namespace Qti1 {
 
 namespace {
 
-// What Xml::Reader::Markup made of plain characters.
-QString Unescaped(QString text)
-{
-    return text.replace("&lt;"_L1, "<"_L1).replace("&gt;"_L1, ">"_L1).replace("&quot;"_L1, "\""_L1).replace("&amp;"_L1, "&"_L1);
-}
-
 // Appends a part in the same line.
 void Join(Markup::Text &text, const Markup::Text &part)
 {
@@ -109,14 +103,10 @@ Markup::Text Texts::ReadText(Xml::Reader &reader) const
         : type == "text/plain"_L1                             ? Markup::Kind::Plain
                                                               : Markup::Kind::Moodle;
     // Tags are escaped, as characters of the text, or elements within it.
-    bool hasElements = false;
-    const QString markup = reader.Markup([&](Xml::Reader &, QString &) {
-        hasElements = true;
-        return false;
-    });
-    if (hasElements)
+    bool isMarkup = false;
+    text.Source = reader.TextOrMarkup(isMarkup);
+    if (isMarkup)
         text.Kind = Markup::Kind::Html;
-    text.Source = hasElements ? markup : Unescaped(markup);
     if (text.Kind != Markup::Kind::Plain)
         text.Source = Prepared(text.Source);
     text.Source = text.Source.trimmed();

@@ -2,6 +2,7 @@
 #include "bank/Xml.h"
 
 #include "bank/Encoding.h"
+#include "bank/Entities.h"
 #include "common/Error.h"
 
 #include <QRegularExpression>
@@ -59,7 +60,10 @@ QByteArray Decoded(QByteArray bytes, const QString &source)
         QStringDecoder decoder(*wide);
         bytes = QString(decoder(bytes)).toUtf8();
     } else {
-        const QString encoding = DeclarationOf(bytes).Encoding;
+        QString encoding = DeclarationOf(bytes).Encoding;
+        // A declaration that can be read here is not in UTF-16, whatever it says.
+        if (Bank::UnicodeOf(encoding))
+            encoding.clear();
         const std::optional<QByteArray> utf8 = Bank::ToUtf8(bytes, encoding);
         if (!utf8)
             throw Error(InvalidCall, u"line 1: the encoding \"%1\" is not known"_s.arg(encoding), source);
@@ -71,6 +75,8 @@ QByteArray Decoded(QByteArray bytes, const QString &source)
     }
     return bytes;
 }
+
+const QString TooLong = u"a text is longer than %1 MB"_s.arg(MostText >> 20);
 
 // What must not reach the parser, which takes it in at once and in a time that grows
 // by its square, or by what it declares.
@@ -87,18 +93,22 @@ public:
     // there is none.
     qsizetype Find()
     {
-        while (m_problem.isEmpty() && (m_at = To('<', m_at)) < m_end) {
+        while (true) {
+            const char *text = m_at;
+            m_at = To('<', m_at);
             const char *tag = m_at;
-            if (Pass("<!--", "-->") || Pass("<![CDATA[", "]]>") || Pass("<?", "?>"))
-                continue;
-            if (Starts("<!"))
-                PassDocumentType();
-            else
-                PassTag();
+            if (tag - text > MostText) {
+                m_problem = TooLong;
+                return text - m_begin;
+            }
+            if (tag == m_end)
+                return m_end - m_begin;
+            PassOne();
+            if (m_at - tag > MostText)
+                m_problem = TooLong;
             if (!m_problem.isEmpty())
                 return tag - m_begin;
         }
-        return m_end - m_begin;
     }
 
     const QString &Problem() const { return m_problem; }
@@ -127,6 +137,17 @@ private:
             }
         }
         return true;
+    }
+
+    // What begins with this "<".
+    void PassOne()
+    {
+        if (Pass("<!--", "-->") || Pass("<![CDATA[", "]]>") || Pass("<?", "?>"))
+            return;
+        if (Starts("<!"))
+            PassDocumentType();
+        else
+            PassTag();
     }
 
     void PassDocumentType()
@@ -158,6 +179,13 @@ private:
     const char *m_end;
     const char *m_at;
     QString m_problem;
+};
+
+// Documents use the entities of HTML without declaring them, or declare them in a file
+// that is not loaded.
+class HtmlEntities : public QXmlStreamEntityResolver {
+public:
+    QString resolveUndeclaredEntity(const QString &name) override { return Bank::CharacterOf(name); }
 };
 
 // An element that has no end tag in HTML.
@@ -214,6 +242,8 @@ Reader::Reader(const QByteArray &bytes, QString source)
     m_buffer.setBuffer(&m_bytes);
     m_buffer.open(QIODevice::ReadOnly);
     m_reader.setDevice(&m_buffer);
+    static HtmlEntities entities;
+    m_reader.setEntityResolver(&entities);
 }
 
 void Reader::FailAt(qint64 line, const QString &text) const
@@ -225,6 +255,12 @@ void Reader::FailAt(qint64 line, const QString &text) const
 void Reader::Fail(const QString &text) const
 {
     FailAt(m_reader.lineNumber(), text);
+}
+
+void Reader::CheckLength(const QString &text) const
+{
+    if (text.size() > MostText)
+        Fail(TooLong);
 }
 
 void Reader::Enter()
@@ -251,6 +287,8 @@ QXmlStreamReader::TokenType Reader::Next()
         = token == QXmlStreamReader::EndDocument || m_reader.error() == QXmlStreamReader::PrematureEndOfDocumentError;
     if (isAtEnd && !m_problem.isEmpty())
         FailAt(1 + m_bytes.count('\n'), m_problem);
+    if (token == QXmlStreamReader::EntityReference)
+        Fail(u"the entity \"%1\" is not known"_s.arg(m_reader.name()));
     if (token == QXmlStreamReader::Invalid)
         Fail(m_reader.errorString());
     return token;
@@ -282,6 +320,7 @@ QString Reader::Text()
     while (m_namespaces.size() >= depth) {
         if (Next() == QXmlStreamReader::Characters)
             text += m_reader.text();
+        CheckLength(text);
     }
     return text;
 }
@@ -302,6 +341,7 @@ QString Reader::TextOrMarkup(bool &isMarkup)
         const QXmlStreamReader::TokenType token = Next();
         if (token == QXmlStreamReader::Characters) {
             text += m_reader.text();
+            CheckLength(text);
         } else if (token == QXmlStreamReader::StartElement) {
             isMarkup = true;
             text = text.toHtmlEscaped();
@@ -323,6 +363,7 @@ void Reader::ReadMarkup(QString &markup, size_t depth, const Replacement &replac
             AppendStartTag(markup, m_reader);
         else if (token == QXmlStreamReader::EndElement && m_namespaces.size() >= depth && !IsVoid(m_reader.name()))
             markup += u"</"_s + m_reader.name().toString() + u'>';
+        CheckLength(markup);
     }
 }
 

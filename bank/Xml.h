@@ -11,12 +11,16 @@
 #include <vector>
 
 // XML that came from outside, element by element. Nothing that a document refers to
-// is loaded, and a document type that declares something itself is an error.
+// is loaded, and a document type that declares something itself is an error. Named
+// entities are those of XML and HTML.
 namespace Xml {
 
 // No element stands in more than these, and none has more attributes.
 constexpr int MostDepth = 200;
 constexpr int MostAttributes = 200;
+// Bytes between two tags, or characters that one operation returns: several copies of
+// a text are made on its way.
+constexpr qsizetype MostText = 32 << 20;
 // Declarations of namespaces that hold at one place.
 constexpr int MostNamespaces = 1000;
 
@@ -83,6 +87,7 @@ private:
     QXmlStreamReader::TokenType Next();
     void ReadMarkup(QString &markup, size_t depth, const Replacement &replacement);
     void Enter();
+    void CheckLength(const QString &text) const;
     [[noreturn]] void FailAt(qint64 line, const QString &text) const;
 
     QString m_source;

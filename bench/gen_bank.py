@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """Writes a large question bank of the same items in any format: gen_bank.py FORMAT OUT ITEMS
 
-FORMAT is gift, moodle, csv, qti12 (one file) or qti2 (a package with a file for each item).
+FORMAT is gift, moodle, csv, qti1 (one file) or qti2 (a package with a file for each item).
 """
 import csv
 import io
@@ -118,7 +118,7 @@ def table(count):
     yield out.getvalue()
 
 
-def qti12(count):
+def qti1(count):
     yield '<?xml version="1.0" encoding="UTF-8"?>\n'
     yield '<questestinterop xmlns="http://www.imsglobal.org/xsd/ims_qtiasiv1p2">\n  <assessment ident="bank" title="Networks">\n'
     for item in items(count):
@@ -216,7 +216,7 @@ def main():
     if kind == "qti2":
         qti2(count, out)
         return
-    writers = {"gift": gift, "moodle": moodle, "csv": table, "qti12": qti12}
+    writers = {"gift": gift, "moodle": moodle, "csv": table, "qti1": qti1}
     with open(out, "w", encoding="utf-8", newline="") as file:
         file.writelines(writers[kind](count))
 

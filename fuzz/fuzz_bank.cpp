@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "bank/Archive.h"
 #include "bank/Formats.h"
 #include "common/Error.h"
 #include "markup/PlainText.h"
@@ -12,9 +13,10 @@
 
 using namespace Qt::Literals::StringLiterals;
 
-// Any bytes as a question bank of one format, BANK_FORMAT: recognised, read, the
-// pictures looked for, every text made readable. Lines such as "==> item.xml <==" make
-// them a folder: what is behind each is the file of that name.
+// Any bytes as a question bank of one format, BANK_FORMAT, as each file of a folder, and
+// as a zip archive: recognised, read, the pictures looked for, every text made
+// readable. Lines such as "==> item.xml <==" make them a folder: what is behind each is
+// the file of that name.
 
 namespace {
 
@@ -39,12 +41,16 @@ public:
         return Paths().contains(path) ? std::optional(m_bytes) : std::nullopt;
     }
 
-    QStringList Paths() const override { return { u"a.png"_s, u"imsmanifest.xml"_s, u"item.xml"_s }; }
+    QStringList Paths() const override
+    {
+        return { u"a.png"_s, u"content/content.json"_s, u"h5p.json"_s, u"imsmanifest.xml"_s, u"item.xml"_s };
+    }
 
 private:
     QByteArray m_bytes;
 };
 
+// The files that the bytes hold by such lines.
 class FolderOf : public Bank::Files {
 public:
     explicit FolderOf(const QByteArray &bytes)
@@ -127,6 +133,30 @@ template <class Operation> void AllowRefusal(Operation operation)
     }
 }
 
+void ReadAs(const Bank::Source &source, const Bank::Options &options)
+{
+    static const Bank::Format *format = Bank::FormatOf(QStringLiteral(BANK_FORMAT));
+    Require(format != nullptr, "a format of that name");
+    AllowRefusal([&] {
+        Bank::FormatOf(source);
+        Require(!Bank::KindOf(source).isEmpty(), "a kind");
+    });
+    Reader reader;
+    AllowRefusal([&] { format->Read(source, options, reader); });
+}
+
+// All options, without a second input.
+Bank::Options OptionsBy(size_t size)
+{
+    Bank::Options options;
+    options.HasPassages = size % 2 == 1;
+    if (size % 3 == 0)
+        options.Columns = u"question=1,options=2-4,key=5"_s;
+    if (size % 5 == 0)
+        options.Encoding = u"windows-1251"_s;
+    return options;
+}
+
 }
 
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
@@ -142,19 +172,17 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
-    const auto folder = std::make_shared<FolderOf>(bytes);
-    const Bank::Source source = folder->IsEmpty() ? Bank::Source{ u"bank"_s, bytes, std::make_shared<SameFiles>(bytes) }
-                                                  : Bank::Source{ u"bank"_s, {}, folder };
-    static const Bank::Format *format = Bank::FormatOf(QStringLiteral(BANK_FORMAT));
-    Require(format != nullptr, "a format of that name");
+    const Bank::Options options = OptionsBy(size);
+    if (const auto folder = std::make_shared<FolderOf>(bytes); !folder->IsEmpty()) {
+        ReadAs({ u"folder"_s, {}, folder }, options);
+        return 0;
+    }
+    const auto files = std::make_shared<SameFiles>(bytes);
+    ReadAs({ u"bank"_s, bytes, files }, options);
+    ReadAs({ u"folder"_s, {}, files }, options);
     AllowRefusal([&] {
-        Bank::FormatOf(source);
-        Require(!Bank::KindOf(source).isEmpty(), "a kind");
+        if (Bank::Archive::Suits(bytes))
+            ReadAs({ u"archive"_s, bytes, std::make_shared<Bank::Archive>(bytes, u"archive"_s) }, options);
     });
-    Bank::Options options;
-    // Both ways, without a second input.
-    options.HasPassages = size % 2 == 1;
-    Reader reader;
-    AllowRefusal([&] { format->Read(source, options, reader); });
     return 0;
 }

@@ -10,6 +10,11 @@ QString Gift(const QString &text)
     return Shown({ {}, text.toUtf8(), {} }, u"gift"_s);
 }
 
+QString Csv(const QString &text)
+{
+    return Shown({ {}, text.toUtf8(), {} }, u"csv"_s);
+}
+
 QString Passages(const QString &text)
 {
     Bank::Options options;
@@ -35,6 +40,7 @@ QString Decoded(const QByteArray &bytes, const QString &encoding)
 TEST(TextBanksTest, Gift)
 {
     const QString embedded = u"1: an embedded-answers question (Cloze) has its options inside the text"_s;
+    const QString braces = u"more than one \"}\" (write \"\\{\" and \"\\}\" for braces in a text)"_s;
     const QString severalRight = u"1: several answers are right alone"_s;
     const QString orSign = u" (write \"\\=\" for an equals sign in a text)"_s;
     const QString sign = u" | option 2 begins at an \"=\" that may be a sign in a text (write \"\\=\" for it)"_s;
@@ -47,6 +53,8 @@ TEST(TextBanksTest, Gift)
                    { "embedded", u"A {1:MULTICHOICE:=a~b} c {:SA:x}"_s, embedded },
                    { "embedded alone", u"A {:NM:=3\\:1}"_s, embedded },
                    { "two in a line", u"A {#3} and {#4}."_s, embedded },
+                   { "braces of a formula", u"Q \\frac{a}{b} {=x ~y}\n\nR {=x ~y} {z}"_s,
+                     u"1: "_s + braces + u"\n3: "_s + braces },
                    { "no type", u"A {1:b:c}"_s, u"1: the answer block begins with neither \"=\" nor \"~\""_s },
                    { "signs", u"Q {\n=x=5\n~x=4\n}"_s, severalRight + orSign },
                    { "apart signs", u"Q {=x = 5 ~y = 3}"_s, severalRight + orSign },
@@ -70,9 +78,8 @@ TEST(TextBanksTest, Gift)
                      u"T | Wahr | *Falsch | in A"_s },
                    { "of two paragraphs", u"// [exhibit:p.png]\n::t::P\n\nP2\n\nQ {T}\n\n// [exhibit:q.png]\nR {T}"_s,
                      u"[P\n\nP2] | Q | *Wahr | Falsch | exhibit p.png\n[P\n\nP2] | R | *Wahr | Falsch | exhibit q.png"_s },
-                   { "for nothing", u"P\n\n$CATEGORY:A\nR\n\n[html]S"_s,
-                     u"1! no question follows the description\nname: A\n4! no question follows the description\n"
-                     u"6! no question follows the description"_s },
+                   { "for nothing", u"P\n\n$CATEGORY:A\nR\n\nS"_s,
+                     u"1! no question follows the description\nname: A\n4! no question follows the description"_s },
                    { "too many braces", u"P }"_s, u"1: a \"}\" without its \"{\""_s },
                });
 }
@@ -100,10 +107,104 @@ TEST(TextBanksTest, Aiken)
             { "no answer", u"Q\nA. a\nB. b\n\nQ\nA. a\nB. b\nANSWER: B"_s, missing.arg(1) + u'\n' + taken },
             { "no blank line either", u"Q\nA. a\nB. b\nR\nA. c\nB. d\nANSWER: A"_s, missing.arg(1) },
             { "the end", u"Q\nA. a\nB. b"_s, missing.arg(1) },
-            { "no options", u"Answer: what?\nANSWER: A\nANSWER: B"_s, u"Answer: what?\n"_s },
+            { "no options", u"Answer: what?\nANSWER: A\nANSWER: B"_s, u"1: it has no options\n3: it has no options"_s },
             { "explained", u"Q\nA. a\nB. b\nANSWER: B\nExplanation: e\nf\n\nFEEDBACK: g\nA. a\nB. <b>\nANSWER: B"_s,
               taken + u" | #e\nf\nFEEDBACK: g | a | *<b>"_s },
         });
+}
+
+TEST(TextBanksTest, Tables)
+{
+    const QString taken = u"Q | a | *b"_s;
+    const QString head = u"Question,A,B,C,Key\n"_s;
+    const QString unknown = u"no column is named like %1; columns are: %2; say --columns"_s;
+    ExpectRows(
+        Csv,
+        {
+            { "quoted", u"\uFEFFQuestion,Option A,Option B,Answer\r\n\"Q \"\"1\"\",\r\n2\", \"a\" ,b,B\r\n\r\nQ,a,b,B"_s,
+              u"Q \"1\",\n2 | a | *b\nQ | a | *b"_s },
+            { "lines", u"sep=;\nFrage;Antwort 1;Antwort 2;Richtig\n\"Q\n\n\";a;b;c\n;;;\nQ;a;b;d"_s,
+              u"3: the key \"c\" names no option\n7: the key \"d\" names no option"_s },
+            { "an odd quotation mark", u"Question\tA\tB\tKey\n\"Q\" is\t\"a\"\tb\tB"_s,
+              u"\"Q\" is | a | *b | a quotation mark begins a field and does not enclose it (write two for one in a text)"_s },
+            { "never closed", head + u"Q,\"a,b\nQ,a,b,c,B"_s, u"the quotation mark in line 2 is not closed"_s },
+            { "not closed in the first line", u"Question,\"A,B,Key"_s, u"the quotation mark in line 1 is not closed"_s },
+            { "a field more", head + u"Q, r,a,b,c,B\nQ,a,b,,B,, \n"_s,
+              u"2: the row has 6 fields and the first row 5 (is a quotation mark missing?)\n"_s + taken },
+            { "Russian", u"Вопрос;А;Б;В;Правильный ответ;Тема\nQ;a;b;c;В;x/ y\nQ;a;b;c;АБ;"_s,
+              u"Q | a | b | *c | in x/y\nQ | *a | *b | c | multiple"_s },
+            { "French", u"N°|Énoncé|Choix A|Choix B|Bonne réponse|Explication\n1|Q|a|b|Choix B|e"_s, taken + u" | #e"_s },
+            { "unused columns", u"Stem,1,2,Correct answer,Points,Source,Feedback 1,Feedback 2\nQ,a,b,b,3,S,f,g"_s,
+              u"1! columns that are not read: \"Source\"\nQ | a(f) | *b(g)"_s },
+            { "letters", head + u"Q,a,b,c,\"A, c\"\nQ,a,b,c,AC\nQ,a,b,c,a;c\nQ,a,b,c,(A) and (C)\nQ,a,b,,C\nQ,a,b,c,CA"_s,
+              (u"Q | *a | b | *c | multiple\n"_s.repeated(4))
+                  + u"6: the key \"C\" names no option\n7: the key \"CA\" names no option"_s },
+            { "a gap", head + u"Q,a,,c,C\nQ,a,,c,B"_s, u"Q | a | *c\n3: the key \"B\" names no option"_s },
+            { "from 0", head + u"Q,a,b,c,1\nQ,a,b,c,0\nQ,a,b,c,\"0,2\"\nQ,a,b,c,3"_s,
+              u"Q | a | *b | c\nQ | *a | b | c\nQ | *a | b | *c | multiple\n5: the key \"3\" names no option"_s },
+            { "from 1", head + u"Q,a,b,c,1\nQ,a,b,c,3"_s, u"Q | *a | b | c\nQ | a | b | *c"_s },
+            { "from 0 or 1", head + u"Q,a,b,c,1\nQ,a,b,c,2."_s,
+              u"1! the keys are taken for numbers from 1; none tells whether they begin at 0\nQ | *a | b | c\nQ | a | *b | c"_s },
+            { "texts",
+              head
+                  + u"Q,a; b,A,c, a ;c\nQ,x,\"a; B\",X, A; b\nQ,7,\"1,5\",x,\"1,5\"\nQ,x,y,z,B) y\nQ,x,y,z,\"z\ny\"\nQ,x,y,z,x|w"_s,
+              u"Q | a; b | *A | *c | multiple\nQ | x | *a; B | X\nQ | 7 | *1,5 | x\nQ | x | *y | z\nQ | x | *y | *z | multiple\n"_s
+              u"8: the key \"x|w\" names no option"_s },
+            { "numbers as texts", head + u"Q,4,2,3,4\nQ,5,2,1,5"_s, u"Q | *4 | 2 | 3\nQ | *5 | 2 | 1"_s },
+            { "a doubt", head + u"Q,b,a,x,B\nQ,a,b,c,C"_s,
+              u"Q | b | *a | x | the key \"B\" is taken for the place of an option, and another option reads so\n"_s
+              u"Q | a | b | *c"_s },
+            { "true and false", u"question,a,b,key\nQ,,,TRUE\nQ,,,wahr\nQ,,,F\nQ,true,false,T\nQ,,,maybe\nQ,,,"_s,
+              u"Q | *True | False\nQ | *True | False\nQ | True | *False\nQ | *true | false\n"_s
+              u"6: a short-answer question has no options\n7: an essay question has no options"_s },
+            { "all options in a cell",
+              u"Prompt,Options,Answer\nQ,\"a\n\nb\",b\nQ,a|b, B\nQ,,true\nQ,a;b,2\nQ,"_s + u"|a"_s.repeated(101),
+              u"Q | a | *b\nQ | a | *b\nQ | *True | False\nQ | a | *b | the key \"2\" is not written as the others are\n"_s
+              u"8: it has more than 100 options"_s },
+            { "distractors",
+              u"Question #,Question,Correct Answer,Distractor 1,Distractor 2\n1,Q,a,b,c\n2,Q,,b,c\n3,Q,true,,\n"_s,
+              u"1! the right option is the first of every item (--shuffle options mixes them)\nQ | *a | b | c\n"_s
+              u"3: no option is right\nQ | *True | False"_s },
+            { "names with remarks",
+              u"Question - max 120,Answer 1 - max 75,Answer 2 - max 75,Time limit (sec),Correct answer(s) - choose\nQ,a,b,20,2"_s,
+              taken },
+            { "letters beside answers", u"stem,A,B,Answer 1,key\nQ,a,b,x,B"_s,
+              u"1! columns that are not read: \"Answer 1\"\n"_s + taken },
+            { "pictures", u"Text,A,B,Key,Image\nQ,a,b,B,x y.png\nQ,a,b,B,x y.png; i/z.png"_s,
+              taken + u" | exhibit x y.png\nQ\n<img src=\"x%20y.png\">\n<img src=\"i/z.png\"> | a | *b"_s },
+            { "no key", u"Question;A;B;C"_s, unknown.arg(u"a key"_s, u"\"Question\", \"A\", \"B\", \"C\""_s) },
+            { "no question", u"x,key\ny,z"_s, unknown.arg(u"a question"_s, u"\"x\", \"key\""_s) },
+            { "no options", u"question,answer\nWho?,I"_s, unknown.arg(u"an option"_s, u"\"question\", \"answer\""_s) },
+            { "a key alone", u"question,answer\nQ,true"_s, u"Q | *True | False"_s },
+        });
+    EXPECT_EQ(Csv(u"question,"_s + u",a"_s.repeated(999)), u"line 1 has more than 1000 columns"_s);
+    EXPECT_EQ(Csv(head + u"Q,a,\""_s + u"x"_s.repeated(1'000'001) + u'"'),
+              u"line 2 has a field of more than 1000000 characters (is a quotation mark missing?)"_s);
+}
+
+TEST(TextBanksTest, ColumnsThatTheUserNames)
+{
+    const QString taken = u"Q | a | *b"_s;
+    const QString named = u"no,Q.,Ans,X,Y,Why\n1,Q,B,a,b,w"_s;
+    const std::tuple<QString, QString, QString> rows[] = {
+        { u"question=2,options=4-5,key=Ans,explanation=why"_s, named, taken + u" | #w"_s },
+        { u"question=2, options=6,4 ,key=3"_s, named, u"1! columns that are not read: \"no\", \"Y\"\nQ | w | *a"_s },
+        { u"question=1,options=2-3,key=4"_s, u"Q,a,b,2\nQ,a,b,1"_s, u"Q | a | *b\nQ | *a | b"_s },
+        { u"key=2"_s, u"Question,Best,A,B,Answer\nQ,B,a,b,A"_s, u"1! columns that are not read: \"Answer\"\nQ | a | *b"_s },
+        { u"key=9"_s, named, u"--columns names column 9, and the first row has 6"_s },
+        { u"key=9-10"_s, named, u"--columns names column 9, and the first row has 6"_s },
+        { u"key=Z"_s, named, u"no column is called \"Z\"; columns are: \"no\", \"Q.\", \"Ans\", \"X\", \"Y\", \"Why\""_s },
+        { u"key=1,2"_s, named, u"--columns gives \"key\" 2 columns, and it has one"_s },
+        { u"stem=1"_s, named,
+          u"--columns names no meaning \"stem\": question, options, key, explanation, picture, category and title are some"_s },
+        { u"2,key=1"_s, named, u"--columns \"2,key=1\" is not of the form \"question=2,options=3-6,key=Answer\""_s },
+        { u"key="_s, named, u"--columns \"key=\" is not of the form \"question=2,options=3-6,key=Answer\""_s },
+    };
+    for (const auto &[columns, table, expected] : rows) {
+        Bank::Options options;
+        options.Columns = columns;
+        EXPECT_EQ(Shown({ {}, table.toUtf8(), {} }, u"csv"_s, options), expected) << columns.toStdString();
+    }
 }
 
 TEST(TextBanksTest, Categories)
@@ -152,9 +253,15 @@ TEST(TextBanksTest, RecognisedByTheirContent)
         { "\xEF\xBB\xBF// by me\n\nQ {=a ~b}", u"gift"_s },
         { "$CATEGORY: a\n", u"gift"_s },
         { "Q {\n=a\n~b\n", u"gift"_s },
-        { "{}\n\n::t:: Q {T#x}", u"gift"_s },
+        { "{}\n\n::t:: Q {}", u"gift"_s },
+        { "Q \\frac{a}{b} {=x ~y}\n", u"gift"_s },
+        { "\\frac{a}{b} \\x{c}\n", {} },
         { QByteArray("Q\0{\0T\0}\0", 8), u"gift"_s },
         { "A description", {} },
+        { "\xEF\xBB\xBF\"Question\"\t\"A\"\t\"B\"\t\"Correct\"\n", u"csv"_s },
+        { "a,b,c\nd,e,f\n", {} },
+        { "The question, the answer\nA text, with, commas\n", {} },
+        { "question\n{=a ~b}\n", u"gift"_s },
         { "What is right?\nA. {=a}\nB. {~b}\nANSWER: B", u"aiken"_s },
         { "A. Smith\nAnswer: yes", {} },
         { "int main() {}\n\nint f()\n{\n    return 0;\n}\n", {} },

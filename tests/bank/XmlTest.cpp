@@ -53,6 +53,7 @@ TEST(XmlTest, ElementByElement)
         { "\n<a>x<text>b&lt;<!-- c --><![CDATA[<&]]><i>d</i></text>\n<skip><text>e</text></skip><m:c xmlns:m='u'/></a>",
           u"a2(text2(b<<&d)skip3()c3())"_s },
         { "<!DOCTYPE a PUBLIC '-//a' \"[>\"><a/>", u"a1()"_s },
+        { "<text>2&nbsp;&times;&Omega;&rarr;&uuml;</text>", u"text1(2\u00A0×Ω→ü)"_s },
         { "<?xml version='1.1'?><a/>", u"a1()"_s },
         { "\xEF\xBB\xBF<text>\xC3\xA4</text>", u"text1(ä)"_s },
         { Utf16(u"\uFEFF<text>\u0436</text>"_s), u"text1(ж)"_s },
@@ -62,6 +63,7 @@ TEST(XmlTest, ElementByElement)
         { Declared("iso-8859-1", "\x93\xE4"), u"text2(“ä)"_s },
         { Declared("KOI8-R", "\xD6"), u"text2(ж)"_s },
         { Declared("Shift_JIS", "\x93\xFA"), u"text2(日)"_s },
+        { Declared("UTF-16", "\xC3\xA4"), u"text2(ä)"_s },
         { Declared("x-own", "a"), u" line 1: the encoding \"x-own\" is not known"_s },
     };
     for (const auto &[bytes, outline] : rows)
@@ -70,6 +72,7 @@ TEST(XmlTest, ElementByElement)
 
 TEST(XmlTest, WhatStandsBeforeAFaultIsRead)
 {
+    const QString declares = u" line 1: its document type declares something, which is not read"_s;
     const auto deep = [](int depth) { return QByteArray("<a>").repeated(depth) + QByteArray("</a>").repeated(depth); };
     EXPECT_TRUE(Outline(deep(200)).endsWith(u")))"_s));
     EXPECT_TRUE(Outline(deep(201)).endsWith(u" line 1: an element stands in more than 200 others"_s));
@@ -78,17 +81,19 @@ TEST(XmlTest, WhatStandsBeforeAFaultIsRead)
         attributes += " a" + QByteArray::number(i) + "=''";
         namespaces += " xmlns:n" + QByteArray::number(i) + "='u'";
     }
+    const QByteArray half((Xml::MostText >> 1) + 1, 'x');
     const std::tuple<QByteArray, QString> rows[] = {
+        { "<a>\n" + half + half + "<b/></a>", u" line 1: a text is longer than 32 MB"_s },
+        { "<a><!--" + half + half + "--></a>", u" line 1: a text is longer than 32 MB"_s },
+        { "<text>" + half + "<!-- -->" + half + "</text>", u"text1( line 1: a text is longer than 32 MB"_s },
         { "<a>\n<b/>\n<c></b></a>", u"a1(b2()c3( line 3: Opening and ending tag mismatch."_s },
         { "<a>\n<b/>", u"a1(b2() line 2: Premature end of document."_s },
-        { "", u" line 1: Premature end of document."_s },
         { "<a/>\n<b/>", u"a1() line 2: Extra content at end of document."_s },
-        { "<a>\n<b/>\n<text>\xC3\xA4 \xE4</text></a>", u"a1(b2()text3( line 3: it holds bytes that are not UTF-8"_s },
+        { "<a>\n<b/>\n<text>\xC3\xA4 \xE4</text>", u"a1(b2()text3( line 3: it holds bytes that are not UTF-8"_s },
         { "<a/>\xFF", u"a1() line 1: it holds bytes that are not UTF-8"_s },
-        { "<!DOCTYPE a [<!ENTITY b 'c'>]><text>&b;</text>",
-          u" line 1: its document type declares something, which is not read"_s },
-        { "<!DOCTYPE a SYSTEM '>' [\n<!ATTLIST b c CDATA 'd'>]><b/>",
-          u" line 1: its document type declares something, which is not read"_s },
+        { "<!DOCTYPE a [<!ENTITY b 'c'>]><text>&b;</text>", declares },
+        { "<!DOCTYPE a SYSTEM '>' [\n<!ATTLIST b c CDATA 'd'>]><b/>", declares },
+        { "<!DOCTYPE a SYSTEM 'b'>\n<text>c&none;d</text>", u"text2( line 2: the entity \"none\" is not known"_s },
         { "<a" + attributes + "/>", u"a1()"_s },
         { "<a>\n<b" + attributes + " b='>'/></a>", u"a1( line 2: an element has more than 200 attributes"_s },
         { ("<a" + namespaces + ">").repeated(5) + "\n<a xmlns:n='u'/>",
@@ -118,17 +123,15 @@ TEST(XmlTest, Markup)
 
 TEST(XmlTest, Beginning)
 {
-    const std::tuple<QByteArray, QString> rows[] = {
-        { "<?xml version='1.0'?><!-- a --><q:b xmlns:q='u'>c<!-- d --><q:e/><f/></q:b>", u"b|u|e"_s },
-        { "<a/>", u"a||"_s },
-        { "<a>" + QByteArray(100'000, ' ') + "<b/>", u"a||"_s },
-        { "<a></b>", u"a||"_s },
-        { "a", u"no XML"_s },
-        { "", u"no XML"_s },
+    const std::tuple<QByteArray, QString, QString> rows[] = {
+        { "<?xml version='1.0'?><!-- a --><q:b xmlns:q='u'>c<!-- d --><q:e/><f/></q:b>", u"b u"_s, u"e"_s },
+        { "<a>" + QByteArray(100'000, ' ') + "<b/>", u"a "_s, {} },
+        { "<a></b>", u"a "_s, {} },
+        { "a", u"none"_s, {} },
     };
-    for (const auto &[bytes, expected] : rows) {
+    for (const auto &[bytes, root, child] : rows) {
         const auto beginning = Xml::BeginningOf(bytes);
-        EXPECT_EQ(beginning ? beginning->Root + u'|' + beginning->Namespace + u'|' + beginning->Child : u"no XML"_s, expected)
-            << bytes.left(99).toStdString();
+        EXPECT_EQ(beginning ? beginning->Root + u' ' + beginning->Namespace : u"none"_s, root) << bytes.left(99).toStdString();
+        EXPECT_EQ(beginning.value_or(Xml::Beginning()).Child, child) << bytes.left(99).toStdString();
     }
 }

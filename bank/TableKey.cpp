@@ -1,0 +1,216 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "bank/TableKey.h"
+
+#include "bank/TableColumns.h"
+
+#include <algorithm>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace TableKey {
+
+namespace {
+
+constexpr QStringView Cyrillic = u"абвгдежзик";
+// Letters of it that no Latin letter looks like.
+constexpr QStringView OnlyCyrillic = u"бгдБГД";
+// What may stand between numbers.
+constexpr QStringView Separators = u",;|/&+().#\"[]";
+// No key is longer that is made of letters or numbers.
+constexpr qsizetype LongestKey = 200;
+
+bool IsThere(int number, const Options &options)
+{
+    return number >= 0 && static_cast<size_t>(number) < options.size() && !options[static_cast<size_t>(number)].isEmpty();
+}
+
+// Ascending and each once.
+std::vector<int> Ordered(std::vector<int> numbers)
+{
+    std::sort(numbers.begin(), numbers.end());
+    numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
+    return numbers;
+}
+
+// The parts between characters that are neither letters nor digits.
+std::vector<QStringView> WordsOf(QStringView text)
+{
+    std::vector<QStringView> words;
+    for (qsizetype at = 0; at < text.size(); ++at) {
+        const qsizetype begin = at;
+        while (at < text.size() && text[at].isLetterOrNumber())
+            ++at;
+        if (at > begin)
+            words.push_back(text.sliced(begin, at - begin));
+    }
+    return words;
+}
+
+// Numbers with something between them that parts numbers; empty for another text.
+std::vector<int> ReadNumbers(QStringView key, int first, const Options &options)
+{
+    const auto isPart = [](QChar c) { return (c >= u'0' && c <= u'9') || c.isSpace() || Separators.contains(c); };
+    if (const qsizetype blank = key.indexOf(u' '); blank > 0 && TableColumns::IsOptionWord(key.first(blank)))
+        key = key.sliced(blank).trimmed();
+    // "1.5" is a text, and so is "-1".
+    const qsizetype dot = key.indexOf(u'.');
+    if (!std::all_of(key.begin(), key.end(), isPart) || (dot >= 0 && dot + 1 < key.size() && key[dot + 1].isDigit()))
+        return {};
+    std::vector<int> numbers;
+    for (const QStringView word : WordsOf(key)) {
+        bool isNumber = false;
+        const int number = word.toInt(&isNumber) - first;
+        if (!isNumber || !IsThere(number, options))
+            return {};
+        numbers.push_back(number);
+    }
+    return Ordered(std::move(numbers));
+}
+
+// "B) text" or "B. text" without its letter.
+QStringView WithoutLetter(QStringView text)
+{
+    const bool isMarked = text.size() > 3 && text[0].isLetterOrNumber()
+        && (text[1] == u')' || text[1] == u'.' || text[1] == u':') && text[2].isSpace();
+    return isMarked ? text.sliced(2).trimmed() : text;
+}
+
+}
+
+std::optional<bool> TruthOf(QStringView text, const Bank::Options &words)
+{
+    text = text.trimmed();
+    const auto isOneOf = [&](std::initializer_list<QStringView> list) {
+        return std::any_of(list.begin(), list.end(),
+                           [&](QStringView each) { return text.compare(each, Qt::CaseInsensitive) == 0; });
+    };
+    // What spreadsheets of these languages write is among them.
+    if (isOneOf({ words.True, u"true", u"t", u"wahr", u"richtig", u"vrai", u"verdadero", u"vero", u"verdadeiro", u"prawda",
+                  u"waar", u"истина", u"верно", u"правда" }))
+        return true;
+    if (isOneOf({ words.False, u"false", u"f", u"falsch", u"faux", u"falso", u"fałsz", u"onwaar", u"ложь", u"неверно" }))
+        return false;
+    return {};
+}
+
+void Reader::Learn(QStringView key, const Options &options)
+{
+    const std::vector<QStringView> words = WordsOf(key.first(std::min(key.size(), LongestKey)));
+    m_isCyrillic = m_isCyrillic || std::any_of(words.begin(), words.end(), [](QStringView word) {
+                       return word.size() == 1 && OnlyCyrillic.contains(word[0]);
+                   });
+    for (const Style style : { Letters, FromOne, FromZero, Texts })
+        m_readable[style] += Read(style, key, options).empty() ? 0 : 1;
+}
+
+bool Reader::IsFirstUnknown() const
+{
+    return Usual() == FromOne && m_readable[FromOne] == m_readable[FromZero];
+}
+
+std::vector<int> Reader::RightOptions(QStringView key, const Options &options, QStringList &warnings) const
+{
+    const Style usual = Usual();
+    std::vector<int> right = Read(usual, key, options);
+    if (!right.empty()) {
+        const int twin = usual == Texts ? -1 : OptionOfText(key.trimmed(), options);
+        if (twin >= 0 && right != std::vector{ twin })
+            warnings += u"the key \"%1\" is taken for the place of an option, and another option reads so"_s.arg(key);
+        return right;
+    }
+    for (const Style style : { Letters, m_readable[FromZero] > m_readable[FromOne] ? FromZero : FromOne, Texts }) {
+        right = Read(style, key, options);
+        if (right.empty())
+            continue;
+        if (style != Texts)
+            warnings += u"the key \"%1\" is not written as the others are"_s.arg(key);
+        break;
+    }
+    return right;
+}
+
+Reader::Style Reader::Usual() const
+{
+    // Of equals the first: the order of the styles.
+    return static_cast<Style>(std::max_element(m_readable.begin(), m_readable.end()) - m_readable.begin());
+}
+
+std::vector<int> Reader::Read(Style style, QStringView key, const Options &options) const
+{
+    key = key.trimmed();
+    if (key.isEmpty())
+        return {};
+    if (style == Texts)
+        return ReadTexts(key, options);
+    if (key.size() > LongestKey)
+        return {};
+    return style == Letters ? ReadLetters(key, options) : ReadNumbers(key, style == FromOne ? 1 : 0, options);
+}
+
+std::vector<int> Reader::ReadLetters(QStringView key, const Options &options) const
+{
+    std::vector<QStringView> words = WordsOf(key);
+    if (words.size() > 1 && TableColumns::IsOptionWord(words.front()))
+        words.erase(words.begin());
+    std::vector<int> numbers;
+    for (const QStringView word : words) {
+        if (words.size() > 1 && word.compare("and"_L1, Qt::CaseInsensitive) == 0)
+            continue;
+        // "AC" names two, and "cab" is a word.
+        int last = -1;
+        for (const QChar each : word) {
+            const QChar c = each.toLower();
+            const int number
+                = m_isCyrillic && c.unicode() >= 0x400 ? static_cast<int>(Cyrillic.indexOf(c)) : c.unicode() - u'a';
+            if (number <= last || !IsThere(number, options))
+                return {};
+            numbers.push_back(last = number);
+        }
+    }
+    return Ordered(std::move(numbers));
+}
+
+int Reader::OptionOfText(QStringView text, const Options &options) const
+{
+    if (text.isEmpty())
+        return -1;
+    const auto truth = TruthOf(text, m_words);
+    const QStringView bare = WithoutLetter(text);
+    // What differs in case only may be two options.
+    auto found = std::find(options.begin(), options.end(), text);
+    if (found == options.end())
+        found = std::find_if(options.begin(), options.end(), [&](QStringView option) {
+            return text.compare(option, Qt::CaseInsensitive) == 0 || (truth && truth == TruthOf(option, m_words));
+        });
+    if (found == options.end())
+        found = std::find_if(options.begin(), options.end(), [&](QStringView option) {
+            return !option.isEmpty() && bare.compare(WithoutLetter(option), Qt::CaseInsensitive) == 0;
+        });
+    return found == options.end() ? -1 : static_cast<int>(found - options.begin());
+}
+
+std::vector<int> Reader::ReadTexts(QStringView key, const Options &options) const
+{
+    if (const int whole = OptionOfText(key, options); whole >= 0)
+        return { whole };
+    for (const QChar separator : { u'|', u'\n', u';', u',' }) {
+        // No more parts than options are right.
+        if (key.count(separator) == 0 || static_cast<size_t>(key.count(separator)) > options.size())
+            continue;
+        std::vector<int> numbers;
+        bool areAllThere = true;
+        for (const QStringView part : key.tokenize(separator)) {
+            if (part.trimmed().isEmpty())
+                continue;
+            numbers.push_back(OptionOfText(part.trimmed(), options));
+            areAllThere = numbers.back() >= 0;
+            if (!areAllThere)
+                break;
+        }
+        if (areAllThere && !numbers.empty())
+            return Ordered(std::move(numbers));
+    }
+    return {};
+}
+
+}
