@@ -58,6 +58,11 @@ bool MeansWrong(const QString &name)
     return name.contains(Processing::Incorrect, Qt::CaseInsensitive) || name.contains("wrong"_L1, Qt::CaseInsensitive);
 }
 
+bool MeansRight(const QString &name)
+{
+    return name.contains("correct"_L1, Qt::CaseInsensitive) && !MeansWrong(name);
+}
+
 Feedback FeedbackOf(const Xml::Reader &reader)
 {
     return { AttributeOf(reader, "outcomeIdentifier"_L1),
@@ -290,7 +295,9 @@ private:
                     its.append(choices.value(name));
             }
             names.append(feedback.Value);
-            if (feedback.IsHidden || (its.isEmpty() && std::any_of(names.begin(), names.end(), MeansWrong)))
+            const bool isForWrong = feedback.IsHidden ? !its.isEmpty() || std::any_of(names.begin(), names.end(), MeansRight)
+                                                      : its.isEmpty() && std::any_of(names.begin(), names.end(), MeansWrong);
+            if (isForWrong)
                 left.insert(feedback.Text);
             else if (its.size() == 1)
                 m_feedbackOf[its.first()].append(feedback.Text);

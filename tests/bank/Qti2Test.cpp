@@ -174,9 +174,9 @@ TEST(Qti2Test, Feedback)
     const QString declared = Declared(u"single A"_s)
         + u"<outcomeDeclaration identifier='F'><defaultValue><value>first</value></defaultValue></outcomeDeclaration>"_s;
     const auto shown = [&](const QString &parts) { return ShownItem(declared + parts); };
-    const auto modal = [](const QString &identifier, const QString &text) {
-        return u"<modalFeedback outcomeIdentifier='F' showHide='show' identifier='%1'>%2</modalFeedback>"_s.arg(identifier,
-                                                                                                                text);
+    const auto modal = [](const QString &identifier, const QString &text, const QString &showHide = u"show"_s) {
+        return u"<modalFeedback outcomeIdentifier='F' showHide='%1' identifier='%2'>%3</modalFeedback>"_s.arg(showHide,
+                                                                                                              identifier, text);
     };
     // The value is set where the response has the other, or is not right.
     const auto processing = [](const QString &value, const QString &condition) {
@@ -207,6 +207,9 @@ TEST(Qti2Test, Feedback)
             { "right and wrong alike",
               Asked() + modal(u"correct"_s, u"x"_s) + modal(u"incorrect"_s, u"x"_s) + modal(u"solution"_s, u"y"_s),
               u"<p>s</p> | *a | b | c | #x\n<div>y</div>"_s },
+            { "seen always", Asked() + modal(u"general"_s, u"x"_s, u"hide"_s), u"<p>s</p> | *a | b | c | #x"_s },
+            { "not where it is chosen", Asked() + modal(u"A"_s, u"x"_s, u"hide"_s),
+              u"<p>s</p> | *a | b | c | its feedback for wrong answers is left out"_s },
             { "seen at first", block.arg(u"show"_s, u"first"_s, Abc), u"x | *a | b | c"_s },
             { "seen until", block.arg(u"hide"_s, u"later"_s, Abc), u"x | *a | b | c"_s },
             { "seen afterwards", block.arg(u"show"_s, u"later"_s, Abc), u"*a | b | c | #x"_s },
