@@ -106,7 +106,13 @@ void PrintExam(const Request &request)
         const bool isKey = target != targets.front();
         const auto plan = isKey ? Paper::PlanKey : Paper::PlanExam;
         const QString title = Common::OneLine(Common::ShownText(exam.Name()));
-        const auto planned = [&](const Paper::Measures &measures) { return plan(exam, request.Sheet, measures); };
+        const auto planned = [&](Paper::Measures measures) {
+            measures.Break = [breaking = measures.Break](const QString &text, Paper::Style style, double width) {
+                Cancellation::Check();
+                return breaking(text, style, width);
+            };
+            return plan(exam, request.Sheet, measures);
+        };
         const Paper::Printed printed
             = Paper::WritePdf(target->Device(), planned, request.Sheet, isKey ? u"Key: "_s + title : title, IO::GetFolder(path),
                               Cancellation::Check);
