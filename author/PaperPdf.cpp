@@ -7,13 +7,14 @@
 #include "picture/Picture.h"
 
 #include <QDir>
+#include <QFontDatabase>
+#include <QGlyphRun>
 #include <QIODevice>
 #include <QPainter>
 #include <QPdfWriter>
 #include <QTextLayout>
 
 #include <algorithm>
-#include <cmath>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -53,6 +54,16 @@ QString Printable(QString text)
     return text;
 }
 
+// Whether a letter of the line is in no font. Every font has those of Latin.
+bool Lacks(const QString &text, const QTextLine &line)
+{
+    constexpr char16_t lastLatin = 0x24F;
+    if (std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() <= lastLatin; }))
+        return false;
+    const QList<QGlyphRun> runs = line.glyphRuns();
+    return std::any_of(runs.begin(), runs.end(), [](const QGlyphRun &run) { return run.glyphIndexes().contains(0U); });
+}
+
 }
 
 Press::Press(QPainter &painter, QString folder)
@@ -75,7 +86,7 @@ Measures Press::MeasuresOfIt()
              } };
 }
 
-std::vector<Line> Press::Broken(const QString &text, Style style, double width) const
+std::vector<Line> Press::Broken(const QString &text, Style style, double width)
 {
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
@@ -93,6 +104,7 @@ std::vector<Line> Press::Broken(const QString &text, Style style, double width) 
                 QString content = piece.mid(line.textStart(), line.textLength());
                 while (content.endsWith(u' '))
                     content.chop(1);
+                m_lacksLetters = m_lacksLetters || Lacks(content, line);
                 lines.push_back({ content, line.height() / m_dotsPerMillimetre, isRightToLeft });
             }
             layout.endLayout();
@@ -178,9 +190,11 @@ void Press::PaintShape(const Mark &mark)
         m_painter.drawLine(place.topLeft(), place.topRight());
 }
 
-int WritePdf(QIODevice &file, const Plan &plan, QSizeF sheet, const QString &title, const QString &folder,
-             const std::function<void()> &step)
+Printed WritePdf(QIODevice &file, const Plan &plan, QSizeF sheet, const QString &title, const QString &folder,
+                 const std::function<void()> &step)
 {
+    if (QFontDatabase::families().isEmpty())
+        throw Refused(u"this system has no font"_s);
     QPdfWriter writer(&file);
     writer.setResolution(DotsPerInch);
     writer.setPageSize(QPageSize(sheet, QPageSize::Millimeter, QString(), QPageSize::FuzzyMatch));
@@ -200,7 +214,7 @@ int WritePdf(QIODevice &file, const Plan &plan, QSizeF sheet, const QString &tit
     }
     if (!painter.end())
         throw Refused(file.errorString());
-    return static_cast<int>(pages.size());
+    return { static_cast<int>(pages.size()), press.LacksLetters() };
 }
 
 }

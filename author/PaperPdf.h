@@ -21,11 +21,14 @@ public:
 
     // Use the object, which must outlive them.
     Measures MeasuresOfIt();
+    // Whether a text was measured with a letter that no font of the system has. It
+    // is painted as a box.
+    bool LacksLetters() const { return m_lacksLetters; }
     // On the device's current page, whose left upper corner is that of the sheet.
     void Paint(const Page &page);
 
 private:
-    std::vector<Line> Broken(const QString &text, Style style, double width) const;
+    std::vector<Line> Broken(const QString &text, Style style, double width);
     double WidthOf(const QString &text, Style style) const;
     const QImage &Exhibit(const QString &name);
     void PaintText(const Mark &mark);
@@ -38,6 +41,7 @@ private:
     QPainter &m_painter;
     QString m_folder;
     double m_dotsPerMillimetre;
+    bool m_lacksLetters = false;
     QString m_name; // of the exhibit that is kept
     QImage m_image;
 };
@@ -45,11 +49,16 @@ private:
 // What PlanExam and PlanKey make with a sheet and measures.
 using Plan = std::function<std::vector<Page>(const Measures &measures)>;
 
-// Writes the pages as PDF, with their fonts in it, to the device, and returns how
-// many they are. step is called before each page is painted; an exception of it
-// ends the work. Raises InvalidCall for an exhibit that cannot be shown, with its
-// name, and when the device takes no more.
-int WritePdf(QIODevice &file, const Plan &plan, QSizeF sheet, const QString &title, const QString &folder,
-             const std::function<void()> &step);
+struct Printed {
+    int Pages = 0;
+    bool LacksLetters = false;
+};
+
+// Writes the pages as PDF, with their fonts in it, to the device. step is called
+// before each page is painted; an exception of it ends the work. Raises InvalidCall
+// for an exhibit that cannot be shown, with its name, when the system has no font,
+// and when the device takes no more.
+Printed WritePdf(QIODevice &file, const Plan &plan, QSizeF sheet, const QString &title, const QString &folder,
+                 const std::function<void()> &step);
 
 }

@@ -101,21 +101,32 @@ void PrintExam(const Request &request)
     if (request.HasKey)
         targets.push_back(std::make_unique<Target>(KeyFileOf(request.Out), request.Replaces));
     QStringList done;
+    bool lacksLetters = false;
     for (const auto &target : targets) {
         const bool isKey = target != targets.front();
         const auto plan = isKey ? Paper::PlanKey : Paper::PlanExam;
         const QString title = Common::OneLine(Common::ShownText(exam.Name()));
-        const int pages = Paper::WritePdf(
-            target->Device(), [&](const Paper::Measures &measures) { return plan(exam, request.Sheet, measures); },
-            request.Sheet, isKey ? u"Key: "_s + title : title, IO::GetFolder(path), Cancellation::Check);
+        const auto planned = [&](Paper::Measures measures) {
+            measures.Break = [breaking = measures.Break](const QString &text, Paper::Style style, double width) {
+                Cancellation::Check();
+                return breaking(text, style, width);
+            };
+            return plan(exam, request.Sheet, measures);
+        };
+        const Paper::Printed printed
+            = Paper::WritePdf(target->Device(), planned, request.Sheet, isKey ? u"Key: "_s + title : title, IO::GetFolder(path),
+                              Cancellation::Check);
         target->Check();
-        done += u"%1: %2 %3"_s.arg(target->Name()).arg(pages).arg(pages == 1 ? u"page"_s : u"pages"_s);
+        lacksLetters = lacksLetters || printed.LacksLetters;
+        done += u"%1: %2 %3"_s.arg(target->Name()).arg(printed.Pages).arg(printed.Pages == 1 ? u"page"_s : u"pages"_s);
     }
     Cancellation::Check();
     for (const auto &target : targets)
         target->Commit();
     for (const QString &line : done)
         Console::Print(Console::OneLine(line));
+    if (lacksLetters)
+        Console::Complain(u"warning: letters that no font of this system has are printed as boxes"_s);
 }
 
 }

@@ -189,9 +189,8 @@ QImage Decoded(Source &source, ShownSize shownSize)
 QImage Read(Source source, ShownSize shownSize)
 {
     if (!QImageReader::supportedImageFormats().contains(source.Format))
-        throw Refused(
-            u"%1 pictures need the package %2, which is not installed"_s.arg(QString::fromLatin1(source.Format.toUpper()),
-                                                                             QString::fromLatin1(source.Package)));
+        throw Refused(u"There is no reader of %1 pictures here; on Debian, the package %2 brings it"_s.arg(
+            QString::fromLatin1(source.Format.toUpper()), QString::fromLatin1(source.Package)));
     return Apart::Run([&] { return Decoded(source, shownSize); });
 }
 

@@ -50,7 +50,7 @@ const QSet<QString> Drawn = { u"svg"_s,
 // They belong to the picture, but the decoder does not know them.
 const QSet<QString> Lost = { u"clipPath"_s, u"mask"_s,          u"pattern"_s,      u"filter"_s,  u"marker"_s,
                              u"symbol"_s,   u"foreignObject"_s, u"meshgradient"_s, u"textPath"_s };
-const QSet<QString> Written = { u"text"_s, u"tspan"_s, u"textArea"_s, u"style"_s };
+const QSet<QString> Written = { u"text"_s, u"tspan"_s, u"textArea"_s, u"style"_s, u"placed"_s };
 
 // Elements as a tree, with the links from each use to what it draws.
 class Uses {
@@ -72,7 +72,13 @@ public:
             throw TooDeep();
         return isNew;
     }
-    void Count(qint64 characters) { m_elements[static_cast<size_t>(m_open.back())].Characters += characters; }
+    void Count(qint64 characters)
+    {
+        m_elements[static_cast<size_t>(m_open.back())].Characters += characters;
+        m_characters += characters;
+        if (m_characters > MostDrawnCharacters)
+            throw TooMany();
+    }
     void End() { m_open.pop_back(); }
 
     // Raises InvalidCall when the elements are too many, or inside each other
@@ -122,6 +128,7 @@ private:
     }
 
     std::vector<Element> m_elements;
+    qint64 m_characters = 0;
     std::vector<int> m_open;
     QHash<QString, int> m_ids;
 };
@@ -150,11 +157,7 @@ public:
         while (!m_xml.atEnd()) {
             switch (m_xml.readNext()) {
             case QXmlStreamReader::StartElement: Start(); break;
-            case QXmlStreamReader::EndElement:
-                m_out.writeEndElement();
-                m_uses.End();
-                m_open.pop_back();
-                break;
+            case QXmlStreamReader::EndElement: End(); break;
             case QXmlStreamReader::Characters: Text(); break;
             default: break;
             }
@@ -184,6 +187,18 @@ private:
         const bool isInner = name == "svg"_L1 && !m_open.empty();
         if (isInner || name == "a"_L1)
             name = u"g"_s;
+        if (!m_open.empty() && IsPlaced(name)) {
+            m_out.writeEndElement();
+            m_uses.Begin({}, {});
+            m_open.push_back(u"placed"_s);
+            BeginText(attributes);
+            return;
+        }
+        if (name == "text"_L1) {
+            m_text = attributes;
+            m_textX = Number(attributes.value("x"_L1), 0);
+            m_textY = Number(attributes.value("y"_L1), 0);
+        }
         m_out.writeStartElement(name);
         if (m_open.empty()) {
             m_out.writeAttribute(u"xmlns"_s, u"http://www.w3.org/2000/svg"_s);
@@ -201,6 +216,71 @@ private:
         }
         if (isInner)
             Move(attributes);
+        // Without it the decoder refuses the gradient.
+        if (name == "radialGradient"_L1 && !attributes.hasAttribute("r"_L1) && link.isEmpty())
+            m_out.writeAttribute(u"r"_s, u"0.5"_s);
+    }
+
+    void End()
+    {
+        m_out.writeEndElement();
+        if (m_open.back() == "placed"_L1)
+            BeginText({});
+        m_uses.End();
+        m_open.pop_back();
+    }
+
+    // The decoder does not move to the place of a part of a text: such a part
+    // becomes a text of its own.
+    bool IsPlaced(const QString &name) const
+    {
+        const auto attributes = m_xml.attributes();
+        const auto has = [&](QLatin1StringView place) { return attributes.hasAttribute(place); };
+        return name == "tspan"_L1 && m_open.back() == "text"_L1 && (has("x"_L1) || has("y"_L1) || has("dx"_L1) || has("dy"_L1));
+    }
+
+    // The number before a unit, and the first one of several; of an "em" in pixels.
+    static double Number(QStringView text, double em)
+    {
+        static const QRegularExpression number(u"^\\s*([-+]?[0-9]*\\.?[0-9]+)\\s*(em)?"_s);
+        const auto match = number.match(text);
+        return match.capturedView(1).toDouble() * (match.hasCaptured(2) ? em : 1);
+    }
+
+    static double FontSize(const QXmlStreamAttributes &attributes)
+    {
+        static const QRegularExpression size(u"font-size:([^;]*)"_s);
+        constexpr double usual = 16;
+        const auto match = size.match(attributes.value("style"_L1));
+        const double own = Number(match.hasMatch() ? match.capturedView(1) : attributes.value("font-size"_L1), usual);
+        return own > 0 ? own : usual;
+    }
+
+    // A text with the attributes of the open one and of a part of it, whose place it
+    // takes.
+    void BeginText(const QXmlStreamAttributes &part)
+    {
+        const double em = FontSize(part.hasAttribute("font-size"_L1) || part.hasAttribute("style"_L1) ? part : m_text);
+        const auto move = [&](double &at, QLatin1StringView place, QLatin1StringView distance) {
+            at = part.hasAttribute(place) ? Number(part.value(place), em) : at;
+            at += Number(part.value(distance), em);
+        };
+        move(m_textX, "x"_L1, "dx"_L1);
+        move(m_textY, "y"_L1, "dy"_L1);
+        m_out.writeStartElement(u"text"_s);
+        m_out.writeAttribute(u"x"_s, QString::number(m_textX));
+        m_out.writeAttribute(u"y"_s, QString::number(m_textY));
+        static const QSet<QString> own = { u"id"_s, u"x"_s, u"y"_s, u"dx"_s, u"dy"_s, u"style"_s };
+        for (const QXmlStreamAttribute &attribute : m_text) {
+            if (!own.contains(attribute.name().toString()) && !part.hasAttribute(attribute.name().toString()))
+                WriteAttribute(attribute, false);
+        }
+        for (const QXmlStreamAttribute &attribute : part) {
+            if (!own.contains(attribute.name().toString()))
+                WriteAttribute(attribute, false);
+        }
+        const QString style = m_text.value("style"_L1).toString() + u';' + part.value("style"_L1).toString();
+        WriteAttribute({ u"style"_s, style }, false);
     }
 
     void Lose(const QString &name)
@@ -309,6 +389,9 @@ private:
     Uses m_uses;
     std::vector<QString> m_open;
     qint64 m_pixels = 0;
+    QXmlStreamAttributes m_text; // of the open text, and where its next part stands
+    double m_textX = 0;
+    double m_textY = 0;
 };
 
 }

@@ -9,7 +9,7 @@ namespace PlainDrawing {
 
 constexpr int MostElements = 20'000; // drawn, each as often as it is used
 constexpr int DeepestElement = 100; // inside each other, uses included
-constexpr qint64 MostDrawnCharacters = 32'000'000; // of the attributes and texts of all that is drawn
+constexpr qint64 MostDrawnCharacters = 20'000'000; // of the attributes and texts of all that is drawn
 
 // Writes a drawing (SVG 1.1 and SVG Tiny 1.2) anew with nothing but the elements
 // that the decoder knows and needs, their attributes without foreign namespaces,

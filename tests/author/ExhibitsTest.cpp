@@ -98,6 +98,11 @@ TEST(ExhibitsTest, OtherKindsBecomePng)
         { Svg("<script>x</script><a href='#p'>" + half + "</a><marker><path/></marker><marker/><o:p xmlns:o='urn:o'>" + half
               + "</o:p>"),
           half80 + u"<marker>"_s },
+        { Svg("<radialGradient id='r'><stop stop-color='#f00'/></radialGradient><rect width='40' height='10' fill='url(#r)'/>"),
+          half80 },
+        { Svg("<g transform='scale(3)' fill='#f00'><text x='99' y='9'>\xE2\x96\x88<tspan x='0' y='4'>"
+              + QByteArray("\xE2\x96\x88").repeated(9) + "</tspan></text></g>"),
+          half80 },
         { Svg("<switch><foreignObject/><g>" + half + "</g></switch><svg y='10' width='40' height='9'>" + half + "</svg>"),
           u"80x40 #ff0000 #ff0000 png"_s },
     };
