@@ -24,10 +24,6 @@ const std::vector<Format> &Formats()
         { u"h5p"_s, u"H5P question sets"_s, H5p::Suits, H5p::Read },
         { u"aiken"_s, u"Aiken"_s, Aiken::Suits, Aiken::Read },
         { u"csv"_s, u"CSV and TSV: tables"_s, Table::Suits, Table::Read },
-        { u"qti2"_s, u"QTI 2/3"_s, Qti2::Suits, Qti2::Read },
-        { u"qti1"_s, u"QTI 1.2"_s, Qti1::Suits, Qti1::Read },
-        { u"h5p"_s, u"H5P"_s, H5p::Suits, H5p::Read },
-        { u"csv"_s, u"CSV"_s, Table::Suits, Table::Read },
         { u"gift"_s, u"GIFT"_s, Gift::Suits, Gift::Read },
     };
     return formats;

@@ -13,10 +13,6 @@
 
 using namespace Qt::Literals::StringLiterals;
 
-// Any bytes as a question bank of one format, BANK_FORMAT: recognised, read, the
-// pictures looked for, every text made readable. Lines such as "==> item.xml <==" make
-// them a folder: what is behind each is the file of that name. Without such lines they
-// are read as a file, as each file of a package, and as a zip archive.
 // Any bytes as a question bank of one format, BANK_FORMAT, as each file of a folder, and
 // as a zip archive: recognised, read, the pictures looked for, every text made
 // readable. Lines such as "==> item.xml <==" make them a folder: what is behind each is
@@ -176,13 +172,6 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QByteArray bytes(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
-    Bank::Options options;
-    // All ways, without a second input.
-    options.HasPassages = size % 2 == 1;
-    if (size % 3 == 0)
-        options.Columns = u"question=1,options=2-4,key=5"_s;
-    if (size % 5 == 0)
-        options.Encoding = u"windows-1251"_s;
     const Bank::Options options = OptionsBy(size);
     if (const auto folder = std::make_shared<FolderOf>(bytes); !folder->IsEmpty()) {
         ReadAs({ u"folder"_s, {}, folder }, options);
