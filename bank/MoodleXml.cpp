@@ -24,7 +24,7 @@ constexpr size_t MostOptions = 1000;
 constexpr qsizetype MostShown = 60;
 
 // Where the files of a text are, in its references to them.
-constexpr QLatin1StringView FileMark = "@@PLUGINFILE@@/"_L1;
+constexpr QStringView FileMark = u"@@PLUGINFILE@@/";
 
 // Why a question of another type is no item; empty for those that are.
 QString RefusalOf(const QString &type)
@@ -259,8 +259,8 @@ private:
             else
                 m_xml.Skip();
         }
-        if (!files.empty() || text.Source.contains(FileMark))
-            text.Source.replace(FileMark, Embed(files));
+        if (!files.empty() || (text.Source.contains(u'@') && text.Source.contains(FileMark)))
+            text.Source.replace(FileMark.toString(), Embed(files));
         return text;
     }
 

@@ -239,6 +239,7 @@ Reader::Reader(const QByteArray &bytes, QString source)
         m_problem = guard.Problem();
         m_bytes.truncate(allowed);
     }
+    m_declaresNamespaces = m_bytes.contains("xmlns");
     m_buffer.setBuffer(&m_bytes);
     m_buffer.open(QIODevice::ReadOnly);
     m_reader.setDevice(&m_buffer);
@@ -265,7 +266,7 @@ void Reader::CheckLength(const QString &text) const
 
 void Reader::Enter()
 {
-    const int declared = static_cast<int>(m_reader.namespaceDeclarations().size());
+    const int declared = m_declaresNamespaces ? static_cast<int>(m_reader.namespaceDeclarations().size()) : 0;
     m_namespaces.push_back(declared);
     m_namespaceCount += declared;
     if (m_namespaces.size() > MostDepth)

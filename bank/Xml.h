@@ -95,6 +95,7 @@ private:
     QBuffer m_buffer;
     QXmlStreamReader m_reader;
     QString m_problem; // why the bytes end early; empty when they do not
+    bool m_declaresNamespaces = false; // somewhere
     std::vector<int> m_namespaces; // declared in each element that is open
     int m_namespaceCount = 0;
 };
