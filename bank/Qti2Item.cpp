@@ -248,6 +248,8 @@ private:
             return m_gaps == m_questions ? u"it has several gaps"_s : u"it has several questions in one"_s;
         if (!m_refusal.isEmpty())
             return m_refusal;
+        if (m_questions == 1 && m_item.Item.Options.empty())
+            return u"it has no options"_s;
         return IsVariable() ? u"its text is made of variables"_s : QString();
     }
 

@@ -121,6 +121,7 @@ TEST(Qti2Test, KeysAndOptions)
             { "fixed", Declared(u"single A"_s) + Asked(u"shuffle='true'"_s, fixed), u"<p>s</p> | *a | b | c!"_s },
             { "never shuffled", Declared(u"single A"_s) + Asked(u"shuffle='false'"_s), u"<p>s</p> | *a! | b! | c!"_s },
             { "unknown", Declared(u"single Z"_s) + Asked(), u"1: its key names an option that it does not have"_s },
+            { "no options", Asked({}, {}), u"1: it has no options"_s },
             { "none", Asked(), u"<p>s</p> | a | b | c"_s },
             { "computed", Asked() + u"<responseProcessing><responseCondition/></responseProcessing>"_s,
               u"1: its key stands only in its response processing"_s },
