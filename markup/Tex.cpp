@@ -99,11 +99,13 @@ bool IsFormula(QStringView text, qsizetype longestWord)
 }
 
 // Whether it may be a pattern for a search, in which "\(" is a bracket of its own.
-bool IsPattern(QStringView text, qsizetype start, qsizetype end)
+bool IsPattern(QStringView text, qsizetype start, qsizetype end, QStringView content)
 {
     const QChar before = start > 0 ? text.at(start - 1) : u' ';
     const QChar behind = end < text.size() ? text.at(end) : u' ';
-    return u"/'\"`^*\\[]|"_s.contains(before) || u"/\\*{[|$+`"_s.contains(behind) || (before == u'\'' && behind == u'\'');
+    const bool isQuoted
+        = (before == u'\'' || before == u'"') && !HasCommand(content) && content.indexOf(u'^') < 1 && content.indexOf(u'_') < 1;
+    return isQuoted || u"/`^*\\[]|"_s.contains(before) || u"/\\*{[|$+`"_s.contains(behind);
 }
 
 class Replacer {
@@ -188,7 +190,7 @@ private:
         const qsizetype longestWord = m_delimiters == Delimiters::Escaped && !isDouble ? 1 : 4;
         const bool isClass = open == u'[' && !HasCommand(content)
             && std::none_of(content.begin(), content.end(), [](QChar c) { return c.isSpace() || u"=<>^_"_s.contains(c); });
-        if (isClass || IsPattern(text, at, end) || !IsFormula(content.trimmed(), longestWord))
+        if (isClass || IsPattern(text, at, end, content) || !IsFormula(content.trimmed(), longestWord))
             return sign + 1;
         return Put(at, end, content);
     }

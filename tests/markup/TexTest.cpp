@@ -85,7 +85,7 @@ TEST(TexTest, TheTextAround)
 {
     const std::vector<Row> formulas = {
         { "dollars", u"If $x$ and $2x+3$, $$\\pi$$: $f(x)=x_1$."_s, u"If x and 2x+3, π: f(x) = x₁."_s },
-        { "brackets", u"A \\(n\\)th, \\(ABC\\), \\[a<b\\]"_s, u"A nth, ABC, a < b"_s },
+        { "brackets", u"A \\(n\\)th, \\(ABC\\), '\\(b^2\\)', \\[a<b\\]"_s, u"A nth, ABC, 'b²', a < b"_s },
         { "markup inside", u"<b>$a &lt; b$</b> <code>$a^2$ \\(b\\)</code> $c$"_s, u"a < b $a^2$ \\(b\\) c"_s },
         { "pictures", u"<img data-equation-content='x^2' src=y> <img class=\"texrender\" alt=\"\\frac{1}{2}\" src=y>"_s,
           u"x² 1/2"_s },
