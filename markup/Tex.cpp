@@ -84,7 +84,8 @@ bool IsFormula(QStringView text, qsizetype longestWord)
         return true;
     const bool hasScript = text.contains(u'^') || text.contains(u'_');
     const bool hasGroup = text.contains(u"^{") || text.contains(u"_{");
-    if (!IsBalanced(text) || (!hasGroup && LongestWord(text) > longestWord + (hasScript ? 1 : 0)))
+    // A formula that needs several lines has commands.
+    if (text.contains(u'\n') || !IsBalanced(text) || (!hasGroup && LongestWord(text) > longestWord + (hasScript ? 1 : 0)))
         return false;
     if (text.front() == u'_' || text.contains(u"[^")
         || (text.front() == u'{' && !text.contains(u"}^") && !text.contains(u"}_")))

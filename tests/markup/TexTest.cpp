@@ -97,7 +97,7 @@ TEST(TexTest, TheTextAround)
     };
     ExpectRows([](const QString &source) { return Shown(source, Kind::Markdown); }, rows);
     for (const QString &text :
-         { u"$5 and $10"_s, u"costs $5, or 6$ (5$-6$)"_s, u"between $1,000-$2,000"_s, u"$PATH or $HOME/$USER"_s,
+         { u"$5 and $10"_s, u"$x\ny$"_s, u"costs $5, or 6$ (5$-6$)"_s, u"between $1,000-$2,000"_s, u"$PATH or $HOME/$USER"_s,
            u"$HOME_DIR$"_s, u"${a}${b} $_GET['x'].$_POST['y']"_s, u"kill $$; echo $$"_s, u"$a+$b; $i<$n"_s, u"=$A$1+$B$2"_s,
            u"df$col_a == df$col_b"_s, u"/^a$|^b$/"_s, u"\\d \\[a-z\\]"_s, u"sed 's/\\(a\\)\\(b\\)/\\2/' '\\[a-z\\]'"_s,
            u"C:\\(x86\\bin"_s, u"US$5 $(ls -l $HOME)"_s })
