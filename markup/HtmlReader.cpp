@@ -354,6 +354,8 @@ private:
     void EndRow()
     {
         QStringList &cells = m_tables.back().Cells;
+        if (cells.isEmpty())
+            return;
         // A cell alone is not there for a column.
         if (cells.size() > 1)
             std::transform(cells.begin(), cells.end(), cells.begin(), [](const QString &cell) { return cell.simplified(); });

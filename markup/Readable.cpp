@@ -95,10 +95,12 @@ Readable FromMoodle(const QString &text)
     if (!text.contains(u'<') && !text.contains(u'&'))
         return FromPlain(text, Tex::Delimiters::All);
     const std::vector<Piece> pieces = PiecesInUse(text);
-    if (std::all_of(pieces.begin(), pieces.end(), [](const Piece &piece) { return piece.Kind == Piece::Type::Text; }))
+    // An option that is but a tag asks about that tag.
+    const bool isTag
+        = pieces.size() == 1 && pieces.front().Kind == Piece::Type::Tag && !text.contains(u' ') && text.count(u'<') == 1;
+    if (isTag || std::all_of(pieces.begin(), pieces.end(), [](const Piece &piece) { return piece.Kind == Piece::Type::Text; }))
         return FromPlain(text, Tex::Delimiters::All);
     Readable readable = FromHtml(pieces, WhiteSpace::Kept);
-    // An option that is but a tag asks about that tag.
     return readable.Text.isEmpty() ? FromPlain(text, Tex::Delimiters::All) : readable;
 }
 

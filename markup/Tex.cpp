@@ -84,7 +84,8 @@ bool IsFormula(QStringView text, qsizetype longestWord)
         return true;
     const bool hasScript = text.contains(u'^') || text.contains(u'_');
     const bool hasGroup = text.contains(u"^{") || text.contains(u"_{");
-    if (!IsBalanced(text) || (!hasGroup && LongestWord(text) > longestWord + (hasScript ? 1 : 0)))
+    // A formula that needs several lines has commands.
+    if (text.contains(u'\n') || !IsBalanced(text) || (!hasGroup && LongestWord(text) > longestWord + (hasScript ? 1 : 0)))
         return false;
     if (text.front() == u'_' || text.contains(u"[^")
         || (text.front() == u'{' && !text.contains(u"}^") && !text.contains(u"}_")))
@@ -99,11 +100,13 @@ bool IsFormula(QStringView text, qsizetype longestWord)
 }
 
 // Whether it may be a pattern for a search, in which "\(" is a bracket of its own.
-bool IsPattern(QStringView text, qsizetype start, qsizetype end)
+bool IsPattern(QStringView text, qsizetype start, qsizetype end, QStringView content)
 {
     const QChar before = start > 0 ? text.at(start - 1) : u' ';
     const QChar behind = end < text.size() ? text.at(end) : u' ';
-    return u"/'\"`^*\\[]|"_s.contains(before) || u"/\\*{[|$+`"_s.contains(behind) || (before == u'\'' && behind == u'\'');
+    const bool isQuoted
+        = (before == u'\'' || before == u'"') && !HasCommand(content) && content.indexOf(u'^') < 1 && content.indexOf(u'_') < 1;
+    return isQuoted || u"/`^*\\[]|"_s.contains(before) || u"/\\*{[|$+`"_s.contains(behind);
 }
 
 class Replacer {
@@ -188,7 +191,7 @@ private:
         const qsizetype longestWord = m_delimiters == Delimiters::Escaped && !isDouble ? 1 : 4;
         const bool isClass = open == u'[' && !HasCommand(content)
             && std::none_of(content.begin(), content.end(), [](QChar c) { return c.isSpace() || u"=<>^_"_s.contains(c); });
-        if (isClass || IsPattern(text, at, end) || !IsFormula(content.trimmed(), longestWord))
+        if (isClass || IsPattern(text, at, end, content) || !IsFormula(content.trimmed(), longestWord))
             return sign + 1;
         return Put(at, end, content);
     }

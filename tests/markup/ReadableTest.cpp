@@ -33,6 +33,8 @@ TEST(ReadableTest, Html)
           u"- a\n\n  b\n  1. c\n- d"_s },
         { "table", u"a<table><tr><th>h<th colspan='2'>i<tr><td>1<td>2<td><p>3<p>4</table>b"_s,
           u"a\n\nh | i\n1 | 2 | 3 4\n\nb"_s },
+        { "closed rows", u"<table><tbody>\n<tr>\n<td>a</td><td></td>\n</tr>\n<tr><td>b</td><td>c</td></tr></tbody></table>"_s,
+          u"a |\nb | c"_s },
         { "beside cells", u"<table>x<tr><td>a</td>y<td><b>b</b></td></tr><p>z</p></table>"_s, u"x\na | y | b\nz"_s },
         { "table in a cell", u"<table><tr><td><table><tr><td>a<td>b</table></td><td>c</table>"_s, u"a | b | c"_s },
         { "one cell", u"<table><tr><td>a<p>b</table>"_s, u"a\n\nb"_s },
@@ -64,6 +66,7 @@ TEST(ReadableTest, TextWithoutAFormat)
           u"Which is it?\n    a < b\nList<int> &count; &"_s },
         { "an entity alone", u"a &lt; b\n\tc"_s, u"a < b\n    c"_s },
         { "a tag that is asked about", u"<b></b>"_s, u"<b></b>"_s },
+        { "a tag alone", u"<hr>"_s, u"<hr>"_s },
         { "tags that are not closed", u"<b>a <p> </i> <!-- c -->"_s, u"<b>a <p> </i> <!-- c -->"_s },
         { "parts of a page", u"<form></form> <i>or</i> <body></body><!-- c -->"_s, u"<form></form> or <body></body>"_s },
         { "code", u"Code:\n<pre>\na\n  b\n</pre>\nend<br>\nline"_s, u"Code:\n\na\n  b\n\nend\nline"_s },
@@ -140,7 +143,9 @@ TEST(ReadableTest, LongTextsEndInTime)
                                  u"a^{"_s,
                                  u"```a`"_s,
                                  u"&lt"_s,
-                                 u"<p>a</p>"_s, u"- "_s, u"> "_s }) {
+                                 u"<p>a</p>"_s,
+                                 u"- "_s,
+                                 u"> "_s }) {
         const QString source = part.repeated(200'000 / part.size());
         for (const Kind kind : { Kind::Moodle, Kind::Html, Kind::Markdown })
             EXPECT_FALSE(Markup::Read({ source + u"x"_s, kind }).Text.isEmpty()) << part.toStdString();

@@ -85,7 +85,7 @@ TEST(TexTest, TheTextAround)
 {
     const std::vector<Row> formulas = {
         { "dollars", u"If $x$ and $2x+3$, $$\\pi$$: $f(x)=x_1$."_s, u"If x and 2x+3, π: f(x) = x₁."_s },
-        { "brackets", u"A \\(n\\)th, \\(ABC\\), \\[a<b\\]"_s, u"A nth, ABC, a < b"_s },
+        { "brackets", u"A \\(n\\)th, \\(ABC\\), '\\(b^2\\)', \\[a<b\\]"_s, u"A nth, ABC, 'b²', a < b"_s },
         { "markup inside", u"<b>$a &lt; b$</b> <code>$a^2$ \\(b\\)</code> $c$"_s, u"a < b $a^2$ \\(b\\) c"_s },
         { "pictures", u"<img data-equation-content='x^2' src=y> <img class=\"texrender\" alt=\"\\frac{1}{2}\" src=y>"_s,
           u"x² 1/2"_s },
@@ -97,7 +97,7 @@ TEST(TexTest, TheTextAround)
     };
     ExpectRows([](const QString &source) { return Shown(source, Kind::Markdown); }, rows);
     for (const QString &text :
-         { u"$5 and $10"_s, u"costs $5, or 6$ (5$-6$)"_s, u"between $1,000-$2,000"_s, u"$PATH or $HOME/$USER"_s,
+         { u"$5 and $10"_s, u"$x\ny$"_s, u"costs $5, or 6$ (5$-6$)"_s, u"between $1,000-$2,000"_s, u"$PATH or $HOME/$USER"_s,
            u"$HOME_DIR$"_s, u"${a}${b} $_GET['x'].$_POST['y']"_s, u"kill $$; echo $$"_s, u"$a+$b; $i<$n"_s, u"=$A$1+$B$2"_s,
            u"df$col_a == df$col_b"_s, u"/^a$|^b$/"_s, u"\\d \\[a-z\\]"_s, u"sed 's/\\(a\\)\\(b\\)/\\2/' '\\[a-z\\]'"_s,
            u"C:\\(x86\\bin"_s, u"US$5 $(ls -l $HOME)"_s })
