@@ -51,7 +51,7 @@ Bank::Source SourceOf(const Bank::Source &package, const QString &path, const QB
     Bank::Source source{ QDir(package.Name).filePath(path), bytes, {} };
     if (Bank::Archive::Suits(bytes))
         source.Files = std::make_shared<Bank::Archive>(bytes, source.Name);
-    else
+    else if (!bytes.isEmpty())
         source.Files = std::make_shared<Bank::FilesBelow>(package.Files, path.section(u'/', 0, -2));
     return source;
 }
@@ -93,7 +93,8 @@ void ForEach(const QString &path, const Bank::Format *forced, const Visit &visit
             refuse(path, Common::OneLine(error));
             return;
         }
-        if (!source.Files)
+        // A package is told from an empty file by its files.
+        if (!source.Files && !source.Bytes.isEmpty())
             source.Files = std::make_shared<Bank::FolderFiles>(path == StandardInput ? u"."_s : QFileInfo(path).path());
     }
     const Bank::Format *format = Bank::FormatOf(source);

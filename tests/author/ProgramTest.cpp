@@ -74,6 +74,9 @@ TEST(ProgramTest, AllOrNothing)
     Write(u"all/q%1.gift"_s, "Q {T}\n\nR {=x}\n"); // the name looks like a place for another text
     Write(u"all/good.gift"_s, "Q {T}");
     Write(u"all/none.gift"_s, "Just text");
+    // Beside a file of a package, which is not its own.
+    Write(u"all/empty"_s, {});
+    Write(u"all/h5p.json"_s, "{}");
     Write(u"all/OLD/OLD.exam"_s, "old");
     const std::tuple<QString, int, QString> rows[] = {
         { u"q%1.gift --strict"_s, 1,
@@ -81,6 +84,9 @@ TEST(ProgramTest, AllOrNothing)
         { u"none.gift"_s, 1,
           u"all/none.gift: it is no question bank; it seems to be a text\n0 items taken, 1 left out\n"
           "  1 left out: it is no question bank; it seems to be a text\n"_s },
+        { u"empty"_s, 1,
+          u"all/empty: it is no question bank; it seems to be an empty file\n0 items taken, 1 left out\n"
+          "  1 left out: it is no question bank; it seems to be an empty file\n"_s },
         { u"x.gift"_s, 1, u"practorium-author: all/x.gift: %1\n"_s.arg(System::TextOf(System::NotFound)) },
         { u"good.gift --strict"_s, 0,
           u"1 item taken, 0 left out\nall/OLD: 1 item, texts in code page 1252\n"
