@@ -3,6 +3,7 @@
 #include "picture/Picture.h"
 #include "tests/author/AuthorFixture.h"
 
+#include <QImageReader>
 #include <QRegularExpression>
 
 namespace {
@@ -28,6 +29,13 @@ QByteArray Svg(const QByteArray &inside, const QByteArray &root = "width='40' he
 {
     return "<svg xmlns='http://www.w3.org/2000/svg' xmlns:xlink='http://www.w3.org/1999/xlink' " + root + '>' + inside
         + "</svg>";
+}
+
+// What is shown of a drawing: no build for Windows can count on its reader.
+QString OfDrawing(const QString &shown)
+{
+    const bool hasReader = !System::RunsByName || QImageReader::supportedImageFormats().contains("svg");
+    return hasReader ? shown : u"There is no reader of SVG pictures here; on Debian, the package libqt6svg6 brings it"_s;
 }
 
 // The size of the exhibit and its colours at the top and the bottom, or what is wrong with it.
@@ -107,7 +115,7 @@ TEST(ExhibitsTest, OtherKindsBecomePng)
           u"80x40 #ff0000 #ff0000 png"_s },
     };
     for (const auto &[file, shown] : rows)
-        EXPECT_EQ(Shown(file), shown) << file.left(400).toStdString();
+        EXPECT_EQ(Shown(file), file.contains("<svg") ? OfDrawing(shown) : shown) << file.left(400).toStdString();
 }
 
 TEST(ExhibitsTest, RefusedInOneLine)
@@ -128,7 +136,7 @@ TEST(ExhibitsTest, RefusedInOneLine)
         { Svg("<rect style='fill:url( \"http://x/#a\")'/>"), outside },
         { Svg("<style>@IMPORT 'a.css';</style>"), outside },
         { Svg("<rect fill='url(#a)'/>", "width='1e9' height='2'"), u"The drawing has no size, or is too large"_s },
-        { Svg("", "width='1' height='999999'"), large },
+        { Svg("", "width='1' height='999999'"), OfDrawing(large) },
         { Svg(bomb), u"The drawing has too many parts"_s },
         { Svg(QByteArray("<g/>").repeated(20'000)), u"The drawing has too many parts"_s },
         { Svg("<g id='a'><use href='#b'/></g><g id='b'><use href='#a'/></g>"),
