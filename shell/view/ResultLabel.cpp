@@ -45,7 +45,7 @@ QSize ResultLabel::sizeHint() const
     const QStringList lines = text().split(u"\r\n"_s);
     int width = QFontMetrics(HeadlineFont()).horizontalAdvance(lines.first()) + 2 * BandSides;
     for (const QString &line : lines.mid(1))
-        width = std::max(width, fontMetrics().horizontalAdvance(line));
+        width = std::max(width, fontMetrics().size(0, line).width());
     return { width,
              2 * Margin + BandHeight() + BandPadding + static_cast<int>(lines.size() - 1) * fontMetrics().lineSpacing() };
 }

@@ -5,8 +5,11 @@
 #include "ui/Theme.h"
 
 #include <QApplication>
+#include <QFont>
 
 #include <gtest/gtest.h>
+
+using namespace Qt::Literals::StringLiterals;
 
 int main(int argc, char **argv)
 {
@@ -19,6 +22,9 @@ int main(int argc, char **argv)
     QApplication::setApplicationName(ApplicationTitle);
     // A test's loop ends when the test says so.
     QApplication::setQuitOnLastWindowClosed(false);
+    // Gaps follow from the font, and the system's choice from the fonts that there are.
+    if (QGuiApplication::platformName() != "windows"_L1)
+        QApplication::setFont(QFont(u"DejaVu Sans"_s, QApplication::font().pointSize()));
     Theme::Apply(application);
     HeldKeys::Watch(application);
     testing::InitGoogleTest(&argc, argv);
