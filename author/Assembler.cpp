@@ -302,6 +302,12 @@ void Assembler::Add(Bank::Item &&item)
     fate.Place = m_source + (item.Entry.isEmpty() ? QString() : u'/' + item.Entry) + u':' + QString::number(item.Line);
     fate.Title = item.Title;
     fate.Warnings = item.Warnings;
+    if (m_settings.Room && Items.size() >= *m_settings.Room && item.Refusal.isEmpty()) {
+        fate.Reason = Full();
+        fate.Warnings.clear();
+        Fates.push_back(std::move(fate));
+        return;
+    }
     try {
         Draft::Item draft = Builder(m_settings, m_exhibits, item, fate.Warnings).Build();
         draft.Fate = Fates.size();

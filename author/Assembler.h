@@ -8,6 +8,7 @@
 #include <QHash>
 
 #include <functional>
+#include <optional>
 
 // Turns the items of question banks into drafts, one by one, and keeps what
 // became of each.
@@ -25,6 +26,8 @@ public:
         bool IsAscii = false;
         // A picture that cannot be had leaves its item out.
         bool NeedsPictures = false;
+        // More items are not built: the exam takes the first ones. Nothing: all are.
+        std::optional<size_t> Room = {};
     };
 
     Assembler(Settings settings, Exhibits &exhibits);
@@ -44,6 +47,8 @@ public:
     std::vector<Draft::Fate> Fates;
     QString Name; // what the first bank calls itself; may be empty
     int Warnings = 0; // in all
+    // The reason of what was left out because there was no room, without a message.
+    static QString Full() { return QStringLiteral("the exam is full"); }
 
 private:
     class Builder;

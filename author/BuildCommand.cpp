@@ -146,13 +146,9 @@ private:
     {
         std::vector<Draft::Item> items = Selection::Choose(m_assembler.Items, m_options.Choice, m_options.Seed, variant);
         for (size_t i = Limits::MostItems; i < items.size(); ++i)
-            m_assembler.Fates[items[i].Fate].Reason = u"the exam is full"_s;
-        if (items.size() > static_cast<size_t>(Limits::MostItems)) {
-            m_assembler.Report(u"an exam holds no more than %1 items: the last %2 are left out"_s.arg(Limits::MostItems)
-                                   .arg(items.size() - Limits::MostItems));
-            items.resize(Limits::MostItems);
-            m_isRefused = m_options.IsStrict;
-        }
+            m_assembler.Fates[items[i].Fate].Reason = Assembler::Full();
+        items.resize(std::min(items.size(), static_cast<size_t>(Limits::MostItems)));
+        ReportFull();
         if (items.empty() || m_isRefused)
             return false;
         for (const Draft::Item &item : items)
@@ -168,6 +164,16 @@ private:
             Console::Complain(Console::OneLine(warning));
         m_made.push_back({ out, exam->Questions().Count(), exam->CodePage() });
         return true;
+    }
+
+    void ReportFull()
+    {
+        const auto full = std::count_if(m_assembler.Fates.begin(), m_assembler.Fates.end(),
+                                        [](const auto &fate) { return fate.Reason == Assembler::Full(); });
+        if (full > 0)
+            m_assembler.Report(
+                u"an exam holds no more than %1 items: the last %2 are left out"_s.arg(Limits::MostItems).arg(full));
+        m_isRefused = m_options.IsStrict && full > 0;
     }
 
     qint64 LeftOut() const

@@ -238,6 +238,8 @@ QString BuildOptions::ReadChoice(const QCommandLineParser &parser)
             (what == "items"_L1 ? Choice.ShufflesItems : Choice.ShufflesOptions) = true;
         }
     }
+    if (!Choice.IsByChance() && Choice.Categories.isEmpty())
+        Assembling.Room = static_cast<size_t>(Limits::MostItems);
     HasSeed = parser.isSet(u"seed"_s);
     bool isNumber = true;
     if (HasSeed)

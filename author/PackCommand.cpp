@@ -61,8 +61,8 @@ int Command::Pack(const QStringList &arguments)
     const QString out = parser.value(u"out"_s);
     Packer::Write(folder, out, system, parser.isSet(u"replace"_s), Cancellation::Check);
     const QString name = QFileInfo(QDir::cleanPath(QDir::current().absoluteFilePath(folder))).fileName();
-    Console::Print(Console::OneLine(u"%1: run on %2 it installs %3 (%4 KB)"_s.arg(
-        out, system == Packer::Platform::Windows ? u"Windows"_s : u"Linux"_s, name,
-        QString::number((QFileInfo(out).size() + 1023) / 1024))));
+    Console::Print(Console::OneLine(
+        u"%1: run on %2 it installs %3 (%4 KB)"_s.arg(out, system == Packer::Platform::Windows ? u"Windows"_s : u"Linux"_s,
+                                                      name, QString::number((QFileInfo(out).size() + 1023) / 1024))));
     return Success;
 }
