@@ -207,6 +207,8 @@ private:
         if (m_isRefused)
             line += u", nothing made (--strict)"_s;
         Console::Complain(line);
+        if (m_assembler.Fates.empty())
+            Console::Complain(u"  There are no questions in it"_s);
         for (const QString &reason : BuildReport::ReasonLines(m_assembler.Fates, MostReasons))
             Console::Complain(u"  "_s + Console::OneLine(reason));
         if (!isMade)

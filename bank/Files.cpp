@@ -85,11 +85,12 @@ QString PathOf(const QString &reference, const QString &base)
 
 QString ShallowestOf(const QStringList &paths, const QString &name)
 {
+    constexpr qsizetype MostFolders = 1;
     QString shallowest;
     for (const QString &path : paths) {
         const bool isNamed = path.endsWith(name, Qt::CaseInsensitive)
             && (path.size() == name.size() || path.at(path.size() - name.size() - 1) == u'/');
-        if (isNamed && (shallowest.isEmpty() || path.count(u'/') < shallowest.count(u'/')))
+        if (isNamed && path.count(u'/') <= MostFolders && (shallowest.isEmpty() || path.count(u'/') < shallowest.count(u'/')))
             shallowest = path;
     }
     return shallowest;

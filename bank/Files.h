@@ -64,9 +64,9 @@ QString RelativePath(const QString &reference);
 QString PathOf(const QString &reference, const QString &base = {});
 QString ResolvedPath(const QString &path, const QString &base = {});
 
-// Of the paths to a file of that name, in whatever case, the one with the fewest
-// folders, and of these the first; empty when there is none. Packages often lie
-// in a folder of their archive.
+// Of the paths to a file of that name, in whatever case, one without folders, or else
+// the first one in a folder; empty when there is none. Packages often lie in a folder
+// of their archive, and a folder of many packages is none itself.
 QString ShallowestOf(const QStringList &paths, const QString &name);
 
 }

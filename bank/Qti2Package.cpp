@@ -126,14 +126,7 @@ bool HasItems(const QByteArray &manifest)
 
 QString ManifestPathOf(const QStringList &paths)
 {
-    QString nearest;
-    for (const QString &path : paths) {
-        const QString name = path.mid(path.lastIndexOf(u'/') + 1);
-        const bool isNearer = nearest.isEmpty() || path.count(u'/') < nearest.count(u'/');
-        if (isNearer && name.compare("imsmanifest.xml"_L1, Qt::CaseInsensitive) == 0)
-            nearest = path;
-    }
-    return nearest;
+    return Bank::ShallowestOf(paths, u"imsmanifest.xml"_s);
 }
 
 Manifest ReadManifest(const QByteArray &bytes, const QString &path, const QString &name)
