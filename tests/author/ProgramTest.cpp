@@ -15,9 +15,9 @@ const QString Program = QStringLiteral(AUTHOR_PROGRAM);
 const QString Options = u" --code A\"\u00C4 --name Sample --max 32767 --pass 0 --minutes 546 --out "_s;
 
 // Runs the program in a folder of the sandbox.
-Outcome Started(const QString &arguments, const Preparation &prepare = {})
+Outcome Started(const QString &arguments, const Preparation &prepare = {}, const QByteArray &input = {})
 {
-    return OutcomeOf(Program, arguments.split(u' ', Qt::SkipEmptyParts), prepare);
+    return OutcomeOf(Program, arguments.split(u' ', Qt::SkipEmptyParts), prepare, input);
 }
 
 void Write(const QString &name, const QByteArray &bytes)
@@ -98,6 +98,40 @@ TEST(ProgramTest, AllOrNothing)
         EXPECT_EQ(Snapshot(Sandbox::Path(u"all"_s)), before);
         EXPECT_EQ(Started(u"build --replace all/"_s + source + Options + u"all/OLD"_s), (Outcome{ code, {}, expected }));
     }
+}
+
+TEST(ProgramTest, AnExamFromSeveralBanks)
+{
+    Write(u"many/bank/a.gift"_s, "$CATEGORY: net/IP\n\n1 {=a ~b ~c}\n\n2 {=a ~b ~c}\n\nE {}\n");
+    Write(u"many/bank/b.csv"_s, "Question,A,B,Key,Topic\n3,x,y,A,IP\n4,x,y,B,DNS\n");
+    Write(u"many/bank/c.png"_s, Bmp());
+    Write(u"many/bank/d.pdf"_s, "%PDF-1.5");
+    const QString left = u"many/bank/a.gift:7: an essay question has no options\n"
+                         "many/bank/d.pdf: it is no question bank; it seems to be a PDF document"_s;
+    // The code is the folder's name, the name that of the first category.
+    const Outcome all = Started(u"build many/bank - --out many/ALL"_s, {}, "5 {T}");
+    EXPECT_TRUE(all.Err.startsWith(left)) << all.Err.toStdString();
+    EXPECT_TRUE(all.Err.contains("\n5 items taken, 2 left out\n"_L1)) << all.Err.toStdString();
+    const QString dump = Started(u"dump many/ALL"_s).Out;
+    EXPECT_TRUE(dump.contains(uR"("codePage":null,"code":"bank","name":"IP","maxScore":1000,"passScore":700,"duration":8,)"_s))
+        << dump.left(200).toStdString();
+    // Nothing of chance is left once the seed is given.
+    const QString chosen = u"build many/bank --code X --category ip --pick 2 --shuffle items,options --seed 3 --variants 2 "
+                           "--report many/r.%1 --out many/%2"_s;
+    EXPECT_TRUE(Started(chosen.arg(u"json"_s, u"ONE"_s)).Err.contains("3 items taken, 2 left out, 1 not chosen\n"_L1));
+    EXPECT_EQ(Started(chosen.arg(u"html"_s, u"TWO"_s)).Code, 0);
+    for (const QString &letter : { u"A"_s, u"B"_s }) {
+        const QString made = Sandbox::Path(u"many/%1-%2/%1-%2.exam"_s);
+        EXPECT_EQ(Sandbox::ReadFile(made.arg(u"ONE"_s, letter)), Sandbox::ReadFile(made.arg(u"TWO"_s, letter)));
+        EXPECT_TRUE(Started(u"dump many/ONE-"_s + letter).Out.contains(u"\"code\":\"X-%1\""_s.arg(letter)));
+    }
+    EXPECT_NE(Sandbox::ReadFile(Sandbox::Path(u"many/ONE-A/ONE-A.exam"_s)).mid(20),
+              Sandbox::ReadFile(Sandbox::Path(u"many/ONE-B/ONE-B.exam"_s)).mid(20));
+    const QByteArray json = Sandbox::ReadFile(Sandbox::Path(u"many/r.json"_s));
+    const QByteArray html = Sandbox::ReadFile(Sandbox::Path(u"many/r.html"_s));
+    EXPECT_EQ(json.count("\"fate\":\"taken\""), 3);
+    EXPECT_EQ(html.count("<td>not chosen<"), 1);
+    EXPECT_TRUE(json.contains("\"place\":\"many/bank/a.gift:7\"") && html.contains("<td>an essay question has no options"));
 }
 
 TEST(ProgramTest, UsageAndHelp)
