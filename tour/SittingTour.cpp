@@ -207,6 +207,9 @@ void SittingTour::ReadLongItem()
         if (Item(number).Problem().size() > Item(longest).Problem().size())
             longest = number;
     }
+    GoTo(ItemWhere([](const Question &item) { return item.Problem().contains(u"\n    "_s); }, u"code"_s));
+    Picture(exam, u"item-with-code"_s);
+
     GoTo(longest);
     Picture(exam, u"long-item"_s);
     auto *bar = Find<QScrollBar>(Find<QWidget>(exam, u"picBorder"_s), u"vsbScroll"_s);
