@@ -110,8 +110,11 @@ QTextCharFormat Format(const QFont &font)
 QList<QTextLayout::FormatRange> Formats(const QString &text, const QFont &font)
 {
     QList<QTextLayout::FormatRange> formats;
-    for (const Range &range : Find(text))
-        formats.append({ static_cast<int>(range.Start), static_cast<int>(range.Length), Format(font) });
+    for (const Range &range : Find(text)) {
+        // With the end of the last line, which has the height of its font.
+        const qsizetype end = std::min(range.Start + range.Length + 1, text.size());
+        formats.append({ static_cast<int>(range.Start), static_cast<int>(end - range.Start), Format(font) });
+    }
     return formats;
 }
 
