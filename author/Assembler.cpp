@@ -258,6 +258,7 @@ private:
             if (pictures.size() == 1)
                 return m_exhibits.Add(pictures.front().Bytes, pictures.front().Name, &m_warnings);
             std::vector<QByteArray> files;
+            files.reserve(pictures.size());
             for (const Picture &each : pictures)
                 files.push_back(each.Bytes);
             return m_exhibits.Join(files, pictures.front().Name, &m_warnings);

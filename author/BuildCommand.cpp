@@ -54,7 +54,14 @@ public:
             Sources::ForEach(path, m_options.Format, read, refuse);
         m_progress.Clear();
         CompleteHeader();
-        const bool isMade = Make();
+        bool isMade = false;
+        try {
+            isMade = Make();
+        } catch (const Error &) {
+            WriteReport();
+            Summarise(false);
+            throw;
+        }
         WriteReport();
         Summarise(isMade);
         return isMade ? Command::Success : Command::Failure;

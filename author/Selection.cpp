@@ -3,9 +3,11 @@
 
 #include "common/Error.h"
 
+#include <QHash>
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <iterator>
 #include <numeric>
 #include <random>
 
@@ -64,6 +66,10 @@ Error TooFew(const QString &option, size_t count)
 
 Places Chosen(const std::vector<Draft::Item> &items, const Settings &settings, Chance &chance)
 {
+    for (const QString &name : settings.Categories) {
+        if (std::none_of(items.begin(), items.end(), [&](const Draft::Item &item) { return IsIn(item.Category, name); }))
+            throw Error(InvalidCall, u"--category %1: there is no item in it"_s.arg(name), u"Selection::Choose()"_s);
+    }
     Places places;
     for (size_t i = 0; i < items.size(); ++i) {
         const bool isAsked = settings.Categories.isEmpty()
@@ -79,58 +85,91 @@ Places Chosen(const std::vector<Draft::Item> &items, const Settings &settings, C
     }
     if (settings.Shares.empty())
         return places;
-    Places all;
-    for (const Share &share : settings.Shares) {
+    const auto placesIn = [&](const QString &category) {
         Places own;
-        for (const size_t place : places) {
-            if (IsIn(items[place].Category, share.Category) && !std::binary_search(all.begin(), all.end(), place))
-                own.push_back(place);
-        }
-        if (own.size() < static_cast<size_t>(share.Count))
-            throw TooFew(u"--per-category %1=%2"_s.arg(share.Category).arg(share.Count), own.size());
-        const Places drawn = Drawn(std::move(own), share.Count, chance);
+        std::copy_if(places.begin(), places.end(), std::back_inserter(own),
+                     [&](size_t place) { return IsIn(items[place].Category, category); });
+        return own;
+    };
+    // A category first that has few items, before one around it takes them.
+    std::vector<std::pair<Places, const Share *>> shares;
+    for (const Share &share : settings.Shares)
+        shares.emplace_back(placesIn(share.Category), &share);
+    std::stable_sort(shares.begin(), shares.end(),
+                     [](const auto &a, const auto &b) { return a.first.size() < b.first.size(); });
+    Places all;
+    for (const auto &[candidates, share] : shares) {
+        Places own;
+        std::set_difference(candidates.begin(), candidates.end(), all.begin(), all.end(), std::back_inserter(own));
+        if (own.size() < static_cast<size_t>(share->Count))
+            throw TooFew(u"--per-category %1=%2"_s.arg(share->Category).arg(share->Count), own.size());
+        const Places drawn = Drawn(std::move(own), share->Count, chance);
         all.insert(all.end(), drawn.begin(), drawn.end());
         std::sort(all.begin(), all.end());
     }
     return all;
 }
 
-// Whether a text calls an option by its letter, so that the letters must stay.
-bool NamesLetters(const QString &text)
+QRegularExpression NamesPattern(char16_t last)
 {
-    static const QRegularExpression names(
-        u"\\b(?:options?|answers?|choices?|statements?|antworten?|réponses?|respuestas?|opci(?:ón|ones))\\s+\\(?[A-Z]\\b\\)?"
-        "|^\\s*(?:both|either|neither|only|all of)?\\s*\\(?[A-Z]\\)?(?:\\s*,\\s*\\(?[A-Z]\\)?)*\\s*(?:,\\s*)?(?:and|or|nor|&|und|oder|et|ou|y|o|e)\\s+\\(?[A-Z]\\)?(?:\\s+only)?\\W*$"_s,
-        QRegularExpression::CaseInsensitiveOption | QRegularExpression::UseUnicodePropertiesOption);
-    return names.match(text).hasMatch();
+    return QRegularExpression(
+        // A capital letter by itself; "A" and "I" are words, too.
+        u"(?<![\\w'.])(?!I)[B-%1](?![\\w'+#-])|\\([A-%1]\\)|\\b[A-%1]\\)|(?<!\\w)[БВГДЕЖЗ](?!\\w)"
+        "|\\bA\\b(?=\\s*(?:[,+&/.:;]|$|(?:and|or|nor|only|is|und|oder|et|ou|y|e|и|или)\\b))"
+        "|\\b(?i:options?|answers?|choices?|statements?|antworten?|réponses?|respuestas?|opci(?:ón|ones)|ответы?|варианты?)\\s+"
+        "\\(?(?i:[a-zа-я]|\\d+|[ivx]+)\\b"
+        "|\\b(?i:[a-fа-е]|[ivx]+|\\d)\\)?\\s*(?:,|&|\\+|(?i:and|or|und|oder|et|ou|y|e|и|или)\\b)\\s*\\(?(?i:[a-fа-е]|[ivx]+|\\d)\\b(?![.\\d])"_s
+            .arg(QChar(last)),
+        QRegularExpression::UseUnicodePropertiesOption);
 }
 
-// Whether an option speaks of the others as a whole.
+// Whether a text may call one of so many options by its letter or number, so that all
+// must stay: "B is right", "A and C", "both 1 and 2", "i, ii". In doubt it does.
+bool NamesOptions(const QString &text, size_t count)
+{
+    static QHash<size_t, QRegularExpression> patterns;
+    auto pattern = patterns.find(count);
+    if (pattern == patterns.end())
+        pattern = patterns.insert(count, NamesPattern(static_cast<char16_t>(u'A' + std::clamp<size_t>(count, 2, 26) - 1)));
+    return pattern->match(text).hasMatch();
+}
+
+// Whether an option speaks of the others as a whole: "None of the above" in many
+// languages. In doubt it does.
 bool SpeaksOfOthers(const QString &statement)
 {
     static const QRegularExpression phrase(
-        u"^\\W*(?:(?:all|none|any|both|neither|some|two|either)\\s+(?:of\\s+)?(?:the|these|those)\\b.*"
-        "|all\\s+(?:of\\s+)?(?:above|are|answers|options)\\b.*|none\\s+(?:is|are)?\\s*(?:correct|right|true)\\b.*|(?:all|none|"
-        "both)\\W*"
-        "|(?:alle|keine|keiner|keines)\\s+(?:der|davon|dieser|antworten|genannten)\\b.*"
-        "|(?:toutes|tous|aucune|aucun)\\s+(?:les|de|des|ces)\\b.*"
-        "|(?:todas|todos|ninguna|ninguno|nenhuma|nenhum|tutte|nessuna|nessuno)\\b(?:\\s+(?:las|los|de|as|os|das|dos|le|i|delle|"
-        "dei)\\b.*|\\W*)"
-        "|(?:все|ни\\s+один|ничего)\\b.*(?:выше|перечисл|вариант|ответ).*)$"_s,
+        u"^\\W*(?:(?:all|none|both|neither|either|any|every|each|nothing|everything|alle|alles|beide|keine?[rs]?|nichts|geen"
+        "|toutes?|tous|tout|aucune?|les deux|ni "
+        "l|todas?|todos|ningun[ao]?|ningún|ambas|ambos|tutt[ie]|nessun[ao]?|entrambe|entrambi"
+        "|nenhuma?|wszystkie|żadn[aey]|oba|obie|hepsi|hiçbiri|все|всё|ни|оба|обе|ничего|никак\\w*|усі|всі|жодн\\w*|обидв\\w*"
+        "|όλα|όλες|κανένα|καμία|και τα δύο|جميع|كل|لا شيء|כל|אף|שתי)\\b|[以上述皆全都].*|すべて|全て|いずれ|どれ|모두|위의|없)"_s,
         QRegularExpression::CaseInsensitiveOption | QRegularExpression::UseUnicodePropertiesOption);
-    return phrase.match(statement).hasMatch();
+    static const QRegularExpression above(
+        u"\\b(?:above|below|aforementioned|the others?|obigen|genannten|ci-dessus|précédent\\w*|anterior\\w*|precedent\\w*|выше\\w*|вышеперечисл\\w*)\\b|以上|上記"_s,
+        QRegularExpression::CaseInsensitiveOption | QRegularExpression::UseUnicodePropertiesOption);
+    return phrase.match(statement).hasMatch() || above.match(statement).hasMatch();
 }
 
 void ShuffleOptions(Draft::Item &item, Chance &chance)
 {
-    bool isByLetter = NamesLetters(item.Stem) || NamesLetters(item.Feedback);
+    const size_t count = item.Options.size();
+    bool isNamed = NamesOptions(item.Stem, count) || NamesOptions(item.Feedback, count);
     for (const Draft::Option &option : item.Options)
-        isByLetter = isByLetter || NamesLetters(option.Statement) || NamesLetters(option.Feedback);
-    if (isByLetter)
+        isNamed = isNamed || NamesOptions(option.Statement, count) || NamesOptions(option.Feedback, count);
+    if (isNamed)
         return;
     Places movable;
+    bool isBehindOthers = false;
     for (size_t i = 0; i < item.Options.size(); ++i) {
-        if (!item.Options[i].IsFixed && !SpeaksOfOthers(item.Options[i].Statement))
+        if (SpeaksOfOthers(item.Options[i].Statement)) {
+            isBehindOthers = true;
+            continue;
+        }
+        // What it speaks of stands above it, so nothing may come there from below.
+        if (isBehindOthers)
+            return;
+        if (!item.Options[i].IsFixed)
             movable.push_back(i);
     }
     Places order = movable;

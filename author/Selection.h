@@ -36,9 +36,10 @@ bool IsIn(const QString &category, const QString &name);
 // The items of exam number variant (from 0), in its order, copied. The same seed,
 // variant, settings and items give the same exam on every system. Drawn items stay
 // in the bank's order unless items are shuffled. Options keep their place that are
-// fixed, or speak of the others ("None of the above"); all options of an item do
-// where one of them, the stem or a feedback names an option by its letter.
-// Raises InvalidCall when there are fewer items than asked for.
+// fixed, or speak of the others ("None of the above"). All options of an item do
+// where an option, the stem or a feedback may name one by its letter or number, and
+// where one that speaks of the others is not behind all of them.
+// Raises InvalidCall when there are fewer items than asked for, or none in a category.
 std::vector<Draft::Item> Choose(const std::vector<Draft::Item> &items, const Settings &settings, quint64 seed, int variant);
 
 }

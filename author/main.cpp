@@ -31,7 +31,7 @@ int main(int argc, char **argv)
     QCoreApplication::setApplicationVersion(u"" PRACTORIUM_VERSION ""_s);
     return Command::Run(u"Makes, shows and checks exam files and packages."_s,
                         {
-                            { u"build"_s, u"makes a package folder from a question bank in GIFT"_s, Command::Build },
+                            { u"build"_s, u"makes a package folder from question banks"_s, Command::Build },
                             { u"dump"_s, u"prints an exam file as JSON"_s, Command::DumpExam },
                             { u"check"_s, u"reports the faults of exam files and package folders"_s, Command::CheckPaths },
                             { u"print"_s, u"makes a PDF of an exam on paper, and its key"_s, Command::Print },

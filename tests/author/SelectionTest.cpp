@@ -19,13 +19,13 @@ Draft::Item NewItem(const QString &stem, const QString &category = {},
     return item;
 }
 
-// The stems of what is chosen of items A to H, the first four in Routing, two of
+// The stems of what is chosen of items a to h, the first four in Routing, two of
 // these below it; behind each, in their order, its options.
 QString Chosen(const Selection::Settings &settings, quint64 seed, int variant = 0, bool withOptions = false)
 {
     std::vector<Draft::Item> items;
     for (int i = 0; i < 8; ++i)
-        items.push_back(NewItem(QChar(u'A' + i), i < 2 ? u"net/Routing"_s : i < 4 ? u"net/routing/BGP"_s : u"Switching"_s));
+        items.push_back(NewItem(QChar(u'a' + i), i < 2 ? u"net/Routing"_s : i < 4 ? u"net/routing/BGP"_s : u"Switching"_s));
     QString text;
     try {
         for (const Draft::Item &item : Selection::Choose(items, settings, seed, variant)) {
@@ -43,14 +43,15 @@ QString Chosen(const Selection::Settings &settings, quint64 seed, int variant = 
 
 TEST(SelectionTest, WhatIsChosen)
 {
-    EXPECT_EQ(Chosen({}, 1), u"ABCDEFGH"_s);
+    EXPECT_EQ(Chosen({}, 1), u"abcdefgh"_s);
     const std::pair<QStringList, QString> rows[] = {
-        { { u"routing"_s }, u"ABCD"_s },       { { u"bgp"_s, u"Switching"_s }, u"CDEFGH"_s },
-        { { u"net/Routing/BGP"_s }, u"CD"_s }, { { u"Routing/BGP"_s }, QString() },
-        { { u"rout"_s }, QString() },
+        { { u"routing"_s }, u"abcd"_s },
+        { { u"bgp"_s, u"Switching"_s }, u"cdefgh"_s },
+        { { u"net/Routing/BGP"_s }, u"cd"_s },
     };
     for (const auto &[names, expected] : rows)
         EXPECT_EQ(Chosen({ .Categories = names }, 1), expected) << names.join(u',').toStdString();
+    EXPECT_EQ(Chosen({ .Categories = { u"BGP"_s, u"rout"_s } }, 1), u"--category rout: there is no item in it"_s);
     EXPECT_EQ(Chosen({ .Pick = 9 }, 1), u"--pick 9: there are only 8 items to choose from"_s);
     EXPECT_EQ(Chosen({ .Shares = { { u"BGP"_s, 2 }, { u"Routing"_s, 3 } } }, 1),
               u"--per-category Routing=3: there are only 2 items to choose from"_s)
@@ -61,8 +62,10 @@ TEST(SelectionTest, WhatIsChosen)
         const QString pick = Chosen({ .Categories = { u"Routing"_s, u"Switching"_s }, .Pick = 3 }, seed);
         EXPECT_EQ(pick, Chosen({ .Categories = { u"Routing"_s, u"Switching"_s }, .Pick = 3 }, seed));
         EXPECT_TRUE(pick.size() == 3 && pick[0] < pick[1] && pick[1] < pick[2]) << pick.toStdString();
+        EXPECT_EQ(Chosen({ .Shares = { { u"Routing"_s, 2 }, { u"BGP"_s, 2 } } }, seed), u"abcd"_s)
+            << "the inner category first";
         const QString shares = Chosen({ .Shares = { { u"Switching"_s, 2 }, { u"Routing"_s, 1 } } }, seed);
-        EXPECT_TRUE(shares.size() == 3 && shares[0] < u'E' && shares[1] > u'D' && shares[2] > shares[1])
+        EXPECT_TRUE(shares.size() == 3 && shares[0] < u'e' && shares[1] > u'd' && shares[2] > shares[1])
             << shares.toStdString();
         picks += pick;
         for (const QChar c : pick + shares)
@@ -75,9 +78,9 @@ TEST(SelectionTest, WhatIsChosen)
 TEST(SelectionTest, ASeedGivesTheSameOnEverySystem)
 {
     const Selection::Settings all{ .Pick = 3, .ShufflesItems = true, .ShufflesOptions = true };
-    EXPECT_EQ(Chosen(all, 7, 0, true), u"DxyzwAwxyzCxyzw"_s);
-    EXPECT_EQ(Chosen(all, 7, 1, true), u"CzwyxDwyxzGzywx"_s);
-    EXPECT_EQ(Chosen(all, quint64(7) << 32, 0, true), u"HwxyzCwzyxFzywx"_s);
+    EXPECT_EQ(Chosen(all, 7, 0, true), u"dxyzwawxyzcxyzw"_s);
+    EXPECT_EQ(Chosen(all, 7, 1, true), u"czwyxdwyxzgzywx"_s);
+    EXPECT_EQ(Chosen(all, quint64(7) << 32, 0, true), u"hwxyzcwzyxfzywx"_s);
 }
 
 TEST(SelectionTest, OptionsThatKeepTheirPlaces)
@@ -85,21 +88,27 @@ TEST(SelectionTest, OptionsThatKeepTheirPlaces)
     struct Case {
         QStringList Options;
         QString Moving; // the options that were seen in another place
-        QString Stem = u"Q"_s;
+        QString Stem = u"Which?"_s;
         int Fixed = -1;
     };
     const Case rows[] = {
         { { u"a"_s, u"b"_s, u"c"_s }, u"abc"_s },
         { { u"a"_s, u"b"_s, u"None of the above."_s }, u"ab"_s },
-        { { u"a"_s, u"All of these"_s, u"c"_s }, u"ac"_s },
+        { { u"a"_s, u"All of these"_s, u"c"_s }, QString() },
         { { u"a"_s, u"b"_s, u"Keine der genannten"_s, u"Todas las anteriores"_s }, u"ab"_s },
-        { { u"a"_s, u"b"_s, u"All ports are closed"_s }, u"abAll ports are closed"_s },
+        { { u"a"_s, u"b"_s, u"All ports are closed"_s }, u"ab"_s },
         { { u"a"_s, u"b"_s, u"Nonetheless"_s }, u"abNonetheless"_s },
         { { u"a"_s, u"b"_s, u"Both A and B"_s }, QString() },
         { { u"a"_s, u"b"_s, u"A, B and C"_s }, QString() },
-        { { u"a"_s, u"b"_s, u"vitamin a and iron"_s }, u"abvitamin a and iron"_s },
-        { { u"a"_s, u"b"_s, u"c"_s }, QString(), u"Why is answer B wrong?"_s },
-        { { u"a"_s, u"b"_s, u"c"_s }, u"bc"_s, u"Q"_s, 0 },
+        { { u"w"_s, u"x"_s, u"Both 1 and 2"_s }, QString() },
+        { { u"w"_s, u"x"_s, u"i, ii"_s }, QString() },
+        { { u"w"_s, u"x"_s, u"None of A, B"_s }, QString() },
+        { { u"w"_s, u"x"_s, u"а и б"_s }, QString() },
+        { { u"w"_s, u"x"_s, u"以上都是"_s }, u"wx"_s },
+        { { u"w"_s, u"x"_s, u"ни одно"_s }, u"wx"_s },
+        { { u"A router"_s, u"vitamin a"_s, u"I do"_s }, u"A routervitamin aI do"_s },
+        { { u"a"_s, u"b"_s, u"c"_s }, QString(), u"Why is B wrong?"_s },
+        { { u"a"_s, u"b"_s, u"c"_s }, u"bc"_s, u"Q?"_s, 0 },
     };
     for (const Case &row : rows) {
         Draft::Item item = NewItem(row.Stem, {}, row.Options);
