@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "author/BuildOptions.h"
 #include "author/BuildReport.h"
+#include "author/Cancellation.h"
 #include "author/Commands.h"
 #include "author/Limits.h"
 #include "author/Sources.h"
@@ -43,6 +44,8 @@ public:
 
     int Execute()
     {
+        // From here on a full disk is an error that is reported, and no end by a signal.
+        Cancellation();
         for (const QString &out : Outs())
             Package::CheckTarget(out, m_options.Replaces);
         const auto read = [this](const Bank::Source &source, const Bank::Format *format) { Read(source, format); };
@@ -54,14 +57,7 @@ public:
             Sources::ForEach(path, m_options.Format, read, refuse);
         m_progress.Clear();
         CompleteHeader();
-        bool isMade = false;
-        try {
-            isMade = Make();
-        } catch (const Error &) {
-            WriteReport();
-            Summarise(false);
-            throw;
-        }
+        const bool isMade = Make();
         WriteReport();
         Summarise(isMade);
         return isMade ? Command::Success : Command::Failure;
@@ -107,6 +103,9 @@ private:
             Counter counter(*this, source.Name);
             format->Read(source, m_options.Reading, counter);
         } catch (const Error &error) {
+            // A full disk is no fault of the bank.
+            if (error.Number() != InvalidCall)
+                throw;
             m_assembler.Refuse(Console::OneLine(error));
         }
     }
@@ -143,15 +142,21 @@ private:
             fate.IsChosen = false;
         const QStringList outs = Outs();
         for (int variant = 0; variant < outs.size(); ++variant) {
-            if (!MakeOne(outs.at(variant), variant))
+            std::vector<Draft::Item> items;
+            try {
+                items = Selection::Choose(m_assembler.Items, m_options.Choice, m_options.Seed, variant);
+            } catch (const Error &error) {
+                Console::Complain(Console::OneLine(error));
+                return false;
+            }
+            if (!MakeOne(outs.at(variant), variant, std::move(items)))
                 return false;
         }
         return true;
     }
 
-    bool MakeOne(const QString &out, int variant)
+    bool MakeOne(const QString &out, int variant, std::vector<Draft::Item> items)
     {
-        std::vector<Draft::Item> items = Selection::Choose(m_assembler.Items, m_options.Choice, m_options.Seed, variant);
         for (size_t i = Limits::MostItems; i < items.size(); ++i)
             m_assembler.Fates[items[i].Fate].Reason = Assembler::Full();
         items.resize(std::min(items.size(), static_cast<size_t>(Limits::MostItems)));
@@ -237,7 +242,7 @@ private:
     {
         const bool isPlain
             = std::all_of(path.begin(), path.end(), [](QChar c) { return c.isLetterOrNumber() || u"-_./:\\"_s.contains(c); });
-        return isPlain ? path : u'"' + path + u'"';
+        return isPlain ? path : u'\'' + QString(path).replace(u'\'', "'\\''"_L1) + u'\'';
     }
 
     BuildOptions m_options;

@@ -2,6 +2,7 @@
 #include "author/Sources.h"
 
 #include "bank/Archive.h"
+#include "bank/Xml.h"
 #include "common/Common.h"
 #include "common/Error.h"
 
@@ -56,23 +57,63 @@ Bank::Source SourceOf(const Bank::Source &package, const QString &path, const QB
     return source;
 }
 
-void VisitEach(const Bank::Source &package, const Bank::Format *forced, const Visit &visit, const Refuse &refuse)
+// One file of a folder or an archive.
+void VisitFile(const Bank::Source &package, const QString &path, const Bank::Format *forced, const Visit &visit,
+               const Refuse &refuse)
 {
-    for (const QString &path : package.Files->Paths()) {
-        if (IsBeside(path))
-            continue;
-        const QString name = QDir(package.Name).filePath(path);
-        try {
-            if (const auto bytes = package.Files->Read(path)) {
-                const Bank::Source source = SourceOf(package, path, *bytes);
-                visit(source, forced && !Bank::IsPackage(source) ? forced : Bank::FormatOf(source));
-            }
-        } catch (const Error &error) {
-            // One file of many is no reason to stop.
-            if (error.Number() != InvalidCall)
-                throw;
-            refuse(name, Common::OneLine(error));
+    if (IsBeside(path))
+        return;
+    const QString name = QDir(package.Name).filePath(path);
+    try {
+        const auto bytes = package.Files->Read(path);
+        if (!bytes) {
+            refuse(name, u"it is no file, or leads out of the folder"_s);
+            return;
         }
+        const Bank::Source source = SourceOf(package, path, *bytes);
+        visit(source, forced && !Bank::IsPackage(source) ? forced : Bank::FormatOf(source));
+    } catch (const Error &error) {
+        // One file of many is no reason to stop.
+        if (error.Number() != InvalidCall)
+            throw;
+        refuse(name, Common::OneLine(error));
+    }
+}
+
+// Whether the files are one package: what says so lies at the top, in an archive also
+// one folder below. A test without a package names its items, too.
+bool IsOnePackage(const Bank::Source &source, bool isFolder)
+{
+    for (const QString &path : source.Files->Paths()) {
+        const QString name = path.section(u'/', -1).toLower();
+        if (path.count(u'/') > (isFolder ? 0 : 1))
+            continue;
+        if (name == "imsmanifest.xml"_L1 || name == "h5p.json"_L1)
+            return true;
+        const auto bytes = name.endsWith(".xml"_L1) ? source.Files->Read(path) : std::nullopt;
+        const auto beginning = bytes ? Xml::BeginningOf(*bytes) : std::nullopt;
+        if (beginning && (beginning->Root == "assessmentTest"_L1 || beginning->Root == "qti-assessment-test"_L1))
+            return true;
+    }
+    return false;
+}
+
+void VisitFolder(const QString &path, const Bank::Format *forced, const Visit &visit, const Refuse &refuse, int depth)
+{
+    const Bank::Source folder{ path, {}, std::make_shared<Bank::FolderFiles>(path) };
+    if (IsOnePackage(folder, true)) {
+        visit(folder, Bank::FormatOf(folder));
+        return;
+    }
+    constexpr int mostDepth = 32;
+    for (const QFileInfo &entry : QDir(path).entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name)) {
+        const QString name = QDir(path).filePath(entry.fileName());
+        if (!entry.isDir())
+            VisitFile(folder, entry.fileName(), forced, visit, refuse);
+        else if (entry.isSymLink() || depth == mostDepth)
+            refuse(name, u"a link to a folder, or a folder too deep, is not looked into"_s);
+        else
+            VisitFolder(name, forced, visit, refuse, depth + 1);
     }
 }
 
@@ -80,30 +121,29 @@ void VisitEach(const Bank::Source &package, const Bank::Format *forced, const Vi
 
 void ForEach(const QString &path, const Bank::Format *forced, const Visit &visit, const Refuse &refuse)
 {
-    Bank::Source source{ path, {}, {} };
-    const bool isFolder = path != StandardInput && QFileInfo(path).isDir();
-    if (isFolder) {
-        source.Files = std::make_shared<Bank::FolderFiles>(path);
-    } else {
-        source.Bytes = BytesOf(path);
-        try {
-            if (Bank::Archive::Suits(source.Bytes))
-                source.Files = std::make_shared<Bank::Archive>(source.Bytes, path);
-        } catch (const Error &error) {
-            refuse(path, Common::OneLine(error));
-            return;
-        }
-        // A package is told from an empty file by its files.
-        if (!source.Files && !source.Bytes.isEmpty())
-            source.Files = std::make_shared<Bank::FolderFiles>(path == StandardInput ? u"."_s : QFileInfo(path).path());
+    if (path != StandardInput && QFileInfo(path).isDir()) {
+        VisitFolder(path, forced, visit, refuse, 0);
+        return;
     }
-    const Bank::Format *format = Bank::FormatOf(source);
-    const bool isPackage = Bank::IsPackage(source);
+    Bank::Source source{ path, BytesOf(path), {} };
+    try {
+        if (Bank::Archive::Suits(source.Bytes))
+            source.Files = std::make_shared<Bank::Archive>(source.Bytes, path);
+    } catch (const Error &error) {
+        refuse(path, Common::OneLine(error));
+        return;
+    }
+    const bool isArchive = source.Files != nullptr;
     // A spreadsheet is an archive too, but holds no banks.
-    if (isPackage && !format && (isFolder || Bank::KindOf(source).contains("archive"_L1)))
-        VisitEach(source, forced, visit, refuse);
-    else
-        visit(source, forced && !isPackage ? forced : format);
+    if (isArchive && !IsOnePackage(source, false) && Bank::KindOf(source).contains("archive"_L1)) {
+        for (const QString &each : source.Files->Paths())
+            VisitFile(source, each, forced, visit, refuse);
+        return;
+    }
+    // A package is told from an empty file by its files.
+    if (!isArchive && !source.Bytes.isEmpty())
+        source.Files = std::make_shared<Bank::FolderFiles>(path == StandardInput ? u"."_s : QFileInfo(path).path());
+    visit(source, forced && !isArchive ? forced : Bank::FormatOf(source));
 }
 
 QString BaseName(const QString &path)
