@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cstdio>
 
 using namespace Qt::Literals::StringLiterals;
@@ -80,13 +81,17 @@ void VisitFile(const Bank::Source &package, const QString &path, const Bank::For
     }
 }
 
-// Whether the files are one package: what says so lies at the top, in an archive also
-// one folder below. A test without a package names its items, too.
+// Whether the files are one package: what says so lies at the top, or in the one folder
+// that holds all of an archive. A test without a package names its items, too.
 bool IsOnePackage(const Bank::Source &source, bool isFolder)
 {
-    for (const QString &path : source.Files->Paths()) {
+    const QStringList paths = source.Files->Paths();
+    const QString top = paths.value(0).section(u'/', 0, 0) + u'/';
+    const bool isInFolder
+        = !isFolder && std::all_of(paths.begin(), paths.end(), [&](const QString &path) { return path.startsWith(top); });
+    for (const QString &path : paths) {
         const QString name = path.section(u'/', -1).toLower();
-        if (path.count(u'/') > (isFolder ? 0 : 1))
+        if (path.count(u'/') > (isInFolder ? 1 : 0))
             continue;
         if (name == "imsmanifest.xml"_L1 || name == "h5p.json"_L1)
             return true;
