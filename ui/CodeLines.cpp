@@ -57,6 +57,10 @@ Columns ColumnsOf(QStringView line)
 QFont Fixed(const QFont &font)
 {
     QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    // The system may name a font that it does not have.
+    fixed.setFamilies(fixed.families() + QStringList{ QStringLiteral("DejaVu Sans Mono"), QStringLiteral("Courier New") });
+    fixed.setStyleHint(QFont::Monospace);
+    fixed.setFixedPitch(true);
     if (font.pointSizeF() > 0)
         fixed.setPointSizeF(font.pointSizeF());
     else
