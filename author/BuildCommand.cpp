@@ -68,6 +68,7 @@ private:
         QString Out;
         qint32 Items = 0;
         int CodePage = 0;
+        qint64 Unshuffled = 0; // items whose options had to keep their order
     };
 
     // Counts what passes on its way to the assembler.
@@ -174,7 +175,8 @@ private:
         const auto exam = Package::Compose(items, header, m_options.Assembling.CodePage);
         if (const QString warning = Package::Write(*exam, m_exhibits, out, m_options.Replaces); !warning.isEmpty())
             Console::Complain(Console::OneLine(warning));
-        m_made.push_back({ out, exam->Questions().Count(), exam->CodePage() });
+        const auto unshuffled = std::count_if(items.begin(), items.end(), [](const auto &item) { return item.KeepsOrder; });
+        m_made.push_back({ out, exam->Questions().Count(), exam->CodePage(), unshuffled });
         return true;
     }
 
@@ -225,11 +227,13 @@ private:
             Console::Complain(u"  "_s + Console::OneLine(reason));
         if (!isMade)
             return;
-        for (const Made &made : m_made)
-            Console::Complain(
-                Console::OneLine(u"%1: %2, %3"_s.arg(made.Out, Counted(made.Items, u"item"_s),
-                                                     made.CodePage == 0 ? u"texts in ASCII"_s
-                                                                        : u"texts in "_s + TextPage::NameOf(made.CodePage))));
+        for (const Made &made : m_made) {
+            QString said = u"%1: %2, texts in %3"_s.arg(made.Out, Counted(made.Items, u"item"_s),
+                                                        made.CodePage == 0 ? u"ASCII"_s : TextPage::NameOf(made.CodePage));
+            if (made.Unshuffled > 0)
+                said += u", %1 with its options in the bank's order, because a text may name them"_s.arg(made.Unshuffled);
+            Console::Complain(Console::OneLine(said));
+        }
         if (m_options.Choice.IsByChance() && !m_options.HasSeed)
             Console::Complain(u"Drawn with --seed %1"_s.arg(m_options.Seed));
         Console::Complain(Console::OneLine(

@@ -24,6 +24,7 @@ struct Item {
     QString Exhibit; // its name in the package; empty for none
     QString Category; // parted by "/"; empty for none
     bool IsLimited = false; // no more options can be ticked than are right
+    bool KeepsOrder = false; // its options were to be shuffled and could not be
     size_t Fate = 0; // its place among the fates
 };
 

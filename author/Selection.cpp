@@ -110,21 +110,27 @@ Places Chosen(const std::vector<Draft::Item> &items, const Settings &settings, C
     return all;
 }
 
+// "%1" is the last letter that an option has. CJK letters beside one are no part of it.
 QRegularExpression NamesPattern(char16_t last)
 {
     return QRegularExpression(
         // A capital letter by itself; "A" and "I" are words, too.
-        u"(?<![\\w'.])(?!I)[B-%1](?![\\w'+#-])|\\([A-%1]\\)|\\b[A-%1]\\)|(?<!\\w)[БВГДЕЖЗ](?!\\w)"
-        "|\\bA\\b(?=\\s*(?:[,+&/.:;]|$|(?:and|or|nor|only|is|und|oder|et|ou|y|e|и|или)\\b))"
-        "|\\b(?i:options?|answers?|choices?|statements?|antworten?|réponses?|respuestas?|opci(?:ón|ones)|ответы?|варианты?)\\s+"
+        u"(?<![A-Za-z0-9'])A(?=[^\\x00-\\x7F\\s])|(?<![A-Za-z0-9'.])(?!I)[B-%1](?![A-Za-z0-9'+#-])|(?<!\\w)[БВГДЕЖЗ](?!\\w)"
+        // Any letter or number that is marked as one, or that something is said of.
+        "|(?<![A-Za-z0-9'])(?i:[A-%1]|\\d|[а-з])(?=[)\\]*\"”»]|\\s*[.:;,、。]?\\s*$)"
+        "|(?<![A-Za-z0-9'])(?i:[A-%1])(?=[.:;,、。]\\s|\\s*[,&+/"
+        "–—]|\\s+-\\s|\\s+(?i:and|or|nor|only|is|was|are|were|because|since|und|oder|ist|weil|et|ou|est|y|o|es|e|è|и|или)\\b)"
+        "|\\b(?i:options?|answers?|choices?|statements?|only|antworten?|réponses?|respuestas?|opci(?:ón|ones)|ответы?|варианты?"
+        ")\\s+"
         "\\(?(?i:[a-zа-я]|\\d+|[ivx]+)\\b"
+        "|\\b(?i:first|second|third|fourth|last|former|latter)\\s+(?i:one|two|three|option|answer|choice|statement)"
         "|\\b(?i:[a-fа-е]|[ivx]+|\\d)\\)?\\s*(?:,|&|\\+|(?i:and|or|und|oder|et|ou|y|e|и|или)\\b)\\s*\\(?(?i:[a-fа-е]|[ivx]+|\\d)\\b(?![.\\d])"_s
             .arg(QChar(last)),
         QRegularExpression::UseUnicodePropertiesOption);
 }
 
 // Whether a text may call one of so many options by its letter or number, so that all
-// must stay: "B is right", "A and C", "both 1 and 2", "i, ii". In doubt it does.
+// must stay: "B is right", "A and C", "both 1 and 2", "the first two". In doubt it does.
 bool NamesOptions(const QString &text, size_t count)
 {
     static QHash<size_t, QRegularExpression> patterns;
@@ -139,7 +145,8 @@ bool NamesOptions(const QString &text, size_t count)
 bool SpeaksOfOthers(const QString &statement)
 {
     static const QRegularExpression phrase(
-        u"^\\W*(?:(?:all|none|both|neither|either|any|every|each|nothing|everything|alle|alles|beide|keine?[rs]?|nichts|geen"
+        u"^\\W*(?:(?:no|others?|the first|the "
+        u"last|all|none|both|neither|either|any|every|each|nothing|everything|alle|alles|beide|keine?[rs]?|nichts|geen"
         "|toutes?|tous|tout|aucune?|les deux|ni "
         "l|todas?|todos|ningun[ao]?|ningún|ambas|ambos|tutt[ie]|nessun[ao]?|entrambe|entrambi"
         "|nenhuma?|wszystkie|żadn[aey]|oba|obie|hepsi|hiçbiri|все|всё|ни|оба|обе|ничего|никак\\w*|усі|всі|жодн\\w*|обидв\\w*"
@@ -155,8 +162,13 @@ void ShuffleOptions(Draft::Item &item, Chance &chance)
 {
     const size_t count = item.Options.size();
     bool isNamed = NamesOptions(item.Stem, count) || NamesOptions(item.Feedback, count);
-    for (const Draft::Option &option : item.Options)
-        isNamed = isNamed || NamesOptions(option.Statement, count) || NamesOptions(option.Feedback, count);
+    for (const Draft::Option &option : item.Options) {
+        // An option of one letter or number is what it says.
+        constexpr qsizetype shortest = 3;
+        const bool isNamedHere = option.Statement.size() >= shortest && NamesOptions(option.Statement, count);
+        isNamed = isNamed || isNamedHere || NamesOptions(option.Feedback, count);
+    }
+    item.KeepsOrder = isNamed;
     if (isNamed)
         return;
     Places movable;
@@ -167,8 +179,10 @@ void ShuffleOptions(Draft::Item &item, Chance &chance)
             continue;
         }
         // What it speaks of stands above it, so nothing may come there from below.
-        if (isBehindOthers)
+        if (isBehindOthers) {
+            item.KeepsOrder = true;
             return;
+        }
         if (!item.Options[i].IsFixed)
             movable.push_back(i);
     }

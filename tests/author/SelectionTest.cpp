@@ -25,11 +25,14 @@ QString Chosen(const Selection::Settings &settings, quint64 seed, int variant = 
 {
     std::vector<Draft::Item> items;
     for (int i = 0; i < 8; ++i)
-        items.push_back(NewItem(QChar(u'a' + i), i < 2 ? u"net/Routing"_s : i < 4 ? u"net/routing/BGP"_s : u"Switching"_s));
+        items.push_back(NewItem(QString(QChar(u'a' + i)) + u'?',
+                                i < 2       ? u"net/Routing"_s
+                                    : i < 4 ? u"net/routing/BGP"_s
+                                            : u"Switching"_s));
     QString text;
     try {
         for (const Draft::Item &item : Selection::Choose(items, settings, seed, variant)) {
-            text += item.Stem;
+            text += item.Stem.left(1);
             for (const Draft::Option &option : item.Options)
                 text += withOptions ? option.Statement : QString();
         }
@@ -106,12 +109,19 @@ TEST(SelectionTest, OptionsThatKeepTheirPlaces)
         { { u"w"_s, u"x"_s, u"а и б"_s }, QString() },
         { { u"w"_s, u"x"_s, u"以上都是"_s }, u"wx"_s },
         { { u"w"_s, u"x"_s, u"ни одно"_s }, u"wx"_s },
-        { { u"A router"_s, u"vitamin a"_s, u"I do"_s }, u"A routervitamin aI do"_s },
+        { { u"A router"_s, u"a vitamin"_s, u"I do"_s }, u"A routera vitaminI do"_s },
+        { { u"w"_s, u"x"_s, u"The first two"_s }, QString() },
+        { { u"b"_s, u"1"_s, u"y"_s }, QString(), u"Which?|2) is right because 1) is old"_s },
+        { { u"w"_s, u"x"_s, u"y"_s }, QString(), u"Which?|The correct answer is b."_s },
+        { { u"w"_s, u"x"_s, u"y"_s }, QString(), u"Which?|A because"_s },
+        { { u"w"_s, u"x"_s, u"y"_s }, QString(), u"Which?|正解はAです"_s },
+        { { u"w"_s, u"x"_s, u"y"_s }, u"wxy"_s, u"Which?|A switch learns as a bridge does."_s },
         { { u"a"_s, u"b"_s, u"c"_s }, QString(), u"Why is B wrong?"_s },
         { { u"a"_s, u"b"_s, u"c"_s }, u"bc"_s, u"Q?"_s, 0 },
     };
     for (const Case &row : rows) {
-        Draft::Item item = NewItem(row.Stem, {}, row.Options);
+        Draft::Item item = NewItem(row.Stem.section(u'|', 0, 0), {}, row.Options);
+        item.Feedback = row.Stem.section(u'|', 1);
         if (row.Fixed >= 0)
             item.Options[static_cast<size_t>(row.Fixed)].IsFixed = true;
         QSet<QString> moving;
