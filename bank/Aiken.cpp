@@ -15,8 +15,17 @@ namespace {
 
 constexpr QStringView AnswerMark = u"ANSWER";
 constexpr int Letters = 26;
+// What may stand between the letters of a key.
+constexpr QStringView Separators = u",;&";
 // No item that an exam can hold has as many; more are given up as one without an answer.
 constexpr size_t MostLines = 10'000;
+
+// The number of the option that a letter names, from 0; -1 for another character.
+int NumberOf(QChar letter)
+{
+    const int number = (letter.unicode() | 0x20) - u'a';
+    return number >= 0 && number < Letters ? number : -1;
+}
 
 // The number of the option that the line begins, from 0, of "A. text" or "a) text".
 // Nothing for another line.
@@ -24,8 +33,8 @@ std::optional<int> OptionOf(QStringView line)
 {
     if (line.size() < 2 || (line[1] != u'.' && line[1] != u')') || (line.size() > 2 && !line[2].isSpace()))
         return {};
-    const int number = (line[0].unicode() | 0x20) - u'a';
-    return number >= 0 && number < Letters ? std::optional(number) : std::nullopt;
+    const int number = NumberOf(line[0]);
+    return number >= 0 ? std::optional(number) : std::nullopt;
 }
 
 // What stands behind "ANSWER:"; nothing for another line.
@@ -48,16 +57,51 @@ std::optional<QStringView> ExplanationOf(QStringView line)
     return {};
 }
 
-// The options that letters such as "B", "A, C" or "AC" name, from 0; none when
-// anything else stands there.
-std::vector<int> KeyOf(QStringView answer)
+// Takes what parts letters from the beginning: blanks, "," and the like, "and".
+// Returns whether it was more than blanks.
+bool TakeSeparators(QStringView &rest)
 {
-    std::vector<int> key;
-    for (const QChar c : answer) {
-        const int number = (c.unicode() | 0x20) - u'a';
-        if (number >= 0 && number < Letters)
-            key.push_back(number);
-        else if (!c.isSpace() && c != u',' && c != u';' && c != u'.' && c != u')' && c != u'&')
+    bool isMark = false;
+    while (true) {
+        rest = rest.trimmed();
+        const bool isWord = rest.startsWith(u"and", Qt::CaseInsensitive) && rest.size() > 3 && rest[3].isSpace();
+        if (!isWord && (rest.isEmpty() || !Separators.contains(rest[0])))
+            return isMark;
+        rest = rest.sliced(isWord ? 3 : 1);
+        isMark = true;
+    }
+}
+
+// What an answer names.
+struct Key {
+    std::vector<int> Options; // from 0; none when the answer is no key
+    QStringView Text; // behind a single letter: what the option must read; empty for none
+};
+
+// Of "B", "A, C", "AC" or "B. text".
+Key KeyOf(QStringView answer)
+{
+    Key key;
+    const auto isCapital = [](QChar c) { return c >= u'A' && c <= u'Z'; };
+    if (answer.size() > 1 && std::all_of(answer.begin(), answer.end(), isCapital)) {
+        std::transform(answer.begin(), answer.end(), std::back_inserter(key.Options), NumberOf);
+        return key;
+    }
+    for (QStringView rest = answer; !rest.isEmpty();) {
+        const int number = NumberOf(rest[0]);
+        if (number < 0)
+            return {};
+        key.Options.push_back(number);
+        const bool isMarked = rest.size() > 1 && (rest[1] == u'.' || rest[1] == u')' || rest[1] == u':');
+        const QStringView behind = rest.sliced(isMarked ? 2 : 1);
+        rest = behind;
+        if (TakeSeparators(rest) || rest.isEmpty())
+            continue;
+        if (isMarked) {
+            key.Text = rest;
+            return key.Options.size() == 1 ? key : Key();
+        }
+        if (rest.size() == behind.size())
             return {};
     }
     return key;
@@ -83,6 +127,12 @@ QString Joined(const std::vector<Line> &lines, size_t begin, size_t end)
     return text;
 }
 
+// White space aside.
+bool IsText(const Bank::Option &option, QStringView text)
+{
+    return option.Statement.Source.simplified() == text.toString().simplified();
+}
+
 // Gathers the lines of one question after the other.
 class Reader {
 public:
@@ -96,7 +146,7 @@ public:
     {
         const auto answer = AnswerOf(line.Text);
         // Before the options it is a line of the stem, unless it names some.
-        if (answer && (m_next >= 2 || !KeyOf(*answer).empty())) {
+        if (answer && (m_next >= 2 || !KeyOf(*answer).Options.empty())) {
             Finish(line.Number, answer);
             return;
         }
@@ -199,11 +249,14 @@ private:
             item.Refusal = u"it has no options"_s;
             return;
         }
+        const Key key = KeyOf(answer);
         int right = 0;
         bool areThere = true;
-        for (const int number : KeyOf(answer)) {
+        bool isText = key.Text.isEmpty();
+        for (const int number : key.Options) {
             const bool isThere = number < static_cast<int>(item.Options.size());
             areThere = areThere && isThere;
+            isText = isText || (isThere && IsText(item.Options[static_cast<size_t>(number)], key.Text));
             if (isThere && !std::exchange(item.Options[static_cast<size_t>(number)].IsRight, true))
                 ++right;
         }
@@ -211,6 +264,9 @@ private:
             item.Refusal = u"no option is right"_s;
         else if (!areThere)
             item.Refusal = u"the key \"%1\" names an option that is not there"_s.arg(answer);
+        else if (!isText)
+            item.Refusal = u"the key \"%1\" has another text than its option"_s.arg(
+                answer.first(std::min<qsizetype>(answer.size(), 40)));
         item.IsMultiple = right > 1;
     }
 
@@ -235,7 +291,8 @@ bool Suits(const Bank::Source &source)
         const QStringView line = each.trimmed();
         if (next < 2 && OptionOf(line) == next)
             ++next;
-        else if (const auto answer = AnswerOf(line); answer && next == 2 && answer->size() <= 2 * Letters)
+        else if (const auto answer = AnswerOf(line);
+                 answer && next == 2 && (answer->size() <= 2 * Letters || !KeyOf(*answer).Text.isEmpty()))
             return true;
     }
     return false;
