@@ -27,14 +27,22 @@ int NumberOf(QChar letter)
     return number >= 0 && number < Letters ? number : -1;
 }
 
-// The number of the option that the line begins, from 0, of "A. text" or "a) text".
-// Nothing for another line.
-std::optional<int> OptionOf(QStringView line)
+// What the beginning of "A. text" or "a) text" names.
+struct Mark {
+    int Number; // of the option, from 0
+    bool IsTight; // "A.text": perhaps the initial of a name
+};
+
+// Nothing for a line that begins no option.
+std::optional<Mark> MarkOf(QStringView line)
 {
-    if (line.size() < 2 || (line[1] != u'.' && line[1] != u')') || (line.size() > 2 && !line[2].isSpace()))
+    if (line.size() < 2 || (line[1] != u'.' && line[1] != u')'))
         return {};
     const int number = NumberOf(line[0]);
-    return number >= 0 ? std::optional(number) : std::nullopt;
+    const bool isTight = line[1] == u'.' && line.size() > 2 && !line[2].isSpace();
+    if (number < 0 || (isTight && !line[0].isUpper()))
+        return {};
+    return Mark{ number, isTight };
 }
 
 // What stands behind "ANSWER:"; nothing for another line.
@@ -158,13 +166,13 @@ public:
                 m_lines.push_back(line);
             return;
         }
-        const std::optional<int> option = OptionOf(line.Text);
+        const std::optional<Mark> mark = MarkOf(line.Text);
         // Behind the options a new paragraph is the next question.
-        if ((m_isBehindBlank && m_next >= 2 && option != m_next) || m_lines.size() == MostLines)
+        if ((m_isBehindBlank && m_next >= 2 && (!mark || mark->Number != m_next)) || m_lines.size() == MostLines)
             Finish(line.Number, {});
         m_isBehindBlank = false;
         m_lines.push_back(line);
-        Follow(option);
+        Follow(mark);
     }
 
     void End()
@@ -176,20 +184,36 @@ public:
     }
 
 private:
-    // Notes where the options begin. "A. Smith wrote:" in a stem is none unless a
-    // line of option B follows it before another of option A.
-    void Follow(std::optional<int> option)
+    // A tight mark counts where option B follows option A at once, and behind these.
+    void Follow(std::optional<Mark> mark)
+    {
+        const bool isTight = mark && mark->IsTight;
+        const std::optional<size_t> tightA = std::exchange(m_tightA, {});
+        if (isTight && mark->Number == 0) {
+            m_tightA = m_lines.size() - 1;
+            return;
+        }
+        const bool isBehindA = tightA && mark && mark->Number == 1;
+        if (isBehindA)
+            Begin(0, *tightA);
+        if (mark && (!isTight || isBehindA || m_next >= 2))
+            Begin(mark->Number, m_lines.size() - 1);
+    }
+
+    // Notes where an option begins. "A. Smith wrote:" in a stem is none unless a line
+    // of option B follows it before another of option A.
+    void Begin(int option, size_t line)
     {
         if (option == 0) {
             if (m_next < 2)
-                m_starts = { m_lines.size() - 1 };
+                m_starts = { line };
             else
                 m_mayRestart = true;
             m_next = std::max(m_next, 1);
         } else if (option == 1 && m_mayRestart) {
             m_hasTwoLists = true;
-        } else if (option && m_next > 0 && option == m_next) {
-            m_starts.push_back(m_lines.size() - 1);
+        } else if (m_next > 0 && option == m_next) {
+            m_starts.push_back(line);
             ++m_next;
         }
     }
@@ -224,6 +248,7 @@ private:
             Fill(*m_item, *answer);
         m_lines.clear();
         m_starts.clear();
+        m_tightA.reset();
         m_next = 0;
         m_isBehindBlank = m_mayRestart = m_hasTwoLists = false;
     }
@@ -275,6 +300,7 @@ private:
     std::optional<Bank::Item> m_item; // read, and not given before what follows it is seen
     std::vector<Line> m_lines;
     std::vector<size_t> m_starts; // of the options, in m_lines
+    std::optional<size_t> m_tightA; // "A.text" in the line before, in m_lines
     int m_next = 0; // the option that comes next, from 0
     bool m_isBehindBlank = false;
     bool m_mayRestart = false; // a line of option A stands behind option B
@@ -289,7 +315,7 @@ bool Suits(const Bank::Source &source)
     int next = 0;
     for (const QStringView each : QStringTokenizer(text, u'\n')) {
         const QStringView line = each.trimmed();
-        if (next < 2 && OptionOf(line) == next)
+        if (const auto mark = MarkOf(line); next < 2 && mark && mark->Number == next)
             ++next;
         else if (const auto answer = AnswerOf(line);
                  answer && next == 2 && (answer->size() <= 2 * Letters || !KeyOf(*answer).Text.isEmpty()))
