@@ -99,8 +99,13 @@ void Reader::Learn(QStringView key, const Options &options)
     m_isCyrillic = m_isCyrillic || std::any_of(words.begin(), words.end(), [](QStringView word) {
                        return word.size() == 1 && OnlyCyrillic.contains(word[0]);
                    });
-    for (const Style style : { Letters, FromOne, FromZero, Texts })
-        m_readable[style] += Read(style, key, options).empty() ? 0 : 1;
+    bool isRead = false;
+    for (const Style style : { Letters, FromOne, FromZero, Texts }) {
+        const bool isReadSo = !Read(style, key, options).empty();
+        m_readable[style] += isReadSo ? 1 : 0;
+        isRead = isRead || isReadSo;
+    }
+    m_areTexts = m_areTexts && (!isRead || std::count(options.begin(), options.end(), key.trimmed()) == 1);
 }
 
 bool Reader::IsFirstUnknown() const
@@ -116,6 +121,11 @@ std::vector<int> Reader::RightOptions(QStringView key, const Options &options, Q
         const int twin = usual == Texts ? -1 : OptionOfText(key.trimmed(), options);
         if (twin >= 0 && right != std::vector{ twin })
             warnings += u"the key \"%1\" is taken for the place of an option, and another option reads so"_s.arg(key);
+        const Style numbers = m_readable[FromZero] > m_readable[FromOne] ? FromZero : FromOne;
+        const bool mayBePlace = usual == Texts && m_readable[numbers] == m_readable[Texts];
+        const std::vector<int> place = mayBePlace ? Read(numbers, key, options) : right;
+        if (!place.empty() && place != right)
+            warnings += u"the key \"%1\" is taken for the text of an option, and it may be the place of another"_s.arg(key);
         return right;
     }
     for (const Style style : { Letters, m_readable[FromZero] > m_readable[FromOne] ? FromZero : FromOne, Texts }) {
@@ -132,7 +142,10 @@ std::vector<int> Reader::RightOptions(QStringView key, const Options &options, Q
 Reader::Style Reader::Usual() const
 {
     // Of equals the first: the order of the styles.
-    return static_cast<Style>(std::max_element(m_readable.begin(), m_readable.end()) - m_readable.begin());
+    const auto most = std::max_element(m_readable.begin(), m_readable.end());
+    const auto style = static_cast<Style>(most - m_readable.begin());
+    // Numbers that are options in every row are so by chance in a few rows only.
+    return style != Letters && m_areTexts && m_readable[Texts] == *most ? Texts : style;
 }
 
 std::vector<int> Reader::Read(Style style, QStringView key, const Options &options) const

@@ -45,6 +45,8 @@ private:
     bool m_isCyrillic;
     // How many keys name options when they are read in each style.
     std::array<int, Styles> m_readable{};
+    // Each of these keys is the text of exactly one of its options.
+    bool m_areTexts = true;
 };
 
 }

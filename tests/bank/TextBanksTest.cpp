@@ -159,6 +159,9 @@ TEST(TextBanksTest, Tables)
               u"Q | a; b | *A | *c | multiple\nQ | x | *a; B | X\nQ | 7 | *1,5 | x\nQ | x | *y | z\nQ | x | *y | *z | multiple\n"_s
               u"8: the key \"x|w\" names no option"_s },
             { "numbers as texts", head + u"Q,4,2,3,4\nQ,5,2,1,5"_s, u"Q | *4 | 2 | 3\nQ | *5 | 2 | 1"_s },
+            { "small numbers as texts", head + u"Q,3,1,2,3\nQ,2,1,3,3"_s,
+              u"Q | *3 | 1 | 2 | the key \"3\" is taken for the text of an option, and it may be the place of another\n"_s
+              u"Q | 2 | 1 | *3"_s },
             { "a doubt", head + u"Q,b,a,x,B\nQ,a,b,c,C"_s,
               u"Q | b | *a | x | the key \"B\" is taken for the place of an option, and another option reads so\n"_s
               u"Q | a | b | *c"_s },
