@@ -125,6 +125,8 @@ TEST(TextBanksTest, Tables)
 {
     const QString taken = u"Q | a | *b"_s;
     const QString head = u"Question,A,B,C,Key\n"_s;
+    const QString cyrillic = u"Вопрос;А;Б;В;Ключ\n"_s;
+    const QString looks = u"letters of the key \"%1\" are taken for those of the other script that look like them"_s;
     const QString unknown = u"no column is named like %1; columns are: %2; say --columns"_s;
     ExpectRows(
         Csv,
@@ -141,6 +143,13 @@ TEST(TextBanksTest, Tables)
               u"2: the row has 6 fields and the first row 5 (is a quotation mark missing?)\n"_s + taken },
             { "Russian", u"Вопрос;А;Б;В;Правильный ответ;Тема\nQ;a;b;c;В;x/ y\nQ;a;b;c;АБ;"_s,
               u"Q | a | b | *c | in x/y\nQ | *a | *b | c | multiple"_s },
+            { "B that looks like В", cyrillic + u"Q;x;y;z;Б\nQ;x;y;z;B"_s,
+              u"Q | x | *y | z\nQ | x | y | *z | "_s + looks.arg(u"B"_s) },
+            { "B among Latin letters", cyrillic + u"Q;x;y;z;C\nQ;x;y;z;B"_s, u"Q | x | y | *z\nQ | x | *y | z"_s },
+            { "A and B alone", cyrillic + u"Q;x;y;z;A\nQ;x;y;z;B"_s,
+              u"Q | *x | y | z\n3: the letters of the key \"B\" may be Latin or Cyrillic"_s },
+            { "В that looks like B", head + u"Q,x,y,z,C\nQ,x,y,z,В"_s,
+              u"Q | x | y | *z\nQ | x | *y | z | "_s + looks.arg(u"В"_s) },
             { "French", u"N°|Énoncé|Choix A|Choix B|Bonne réponse|Explication\n1|Q|a|b|Choix B|e"_s, taken + u" | #e"_s },
             { "unused columns", u"Stem,1,2,Correct answer,Points,Source,Feedback 1,Feedback 2\nQ,a,b,b,3,S,f,g"_s,
               u"1! columns that are not read: \"Source\"\nQ | a(f) | *b(g)"_s },
