@@ -196,6 +196,8 @@ TEST(TextBanksTest, Tables)
               taken + u" | exhibit x y.png\nQ\n<img src=\"x%20y.png\">\n<img src=\"i/z.png\"> | a | *b"_s },
             { "no key", u"Question;A;B;C"_s, unknown.arg(u"a key"_s, u"\"Question\", \"A\", \"B\", \"C\""_s) },
             { "no question", u"x,key\ny,z"_s, unknown.arg(u"a question"_s, u"\"x\", \"key\""_s) },
+            { "no first letter", u"Question,Opton A,Option B,Option C,Key\nQ,a,b,c,B"_s,
+              unknown.arg(u"an option"_s, u"\"Question\", \"Opton A\", \"Option B\", \"Option C\", \"Key\""_s) },
             { "no options", u"question,answer\nWho?,I"_s, unknown.arg(u"an option"_s, u"\"question\", \"answer\""_s) },
             { "a key alone", u"question,answer\nQ,true"_s, u"Q | *True | False"_s },
         });
