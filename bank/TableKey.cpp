@@ -222,6 +222,9 @@ bool Reader::IsOfTwoScripts(QStringView key) const
 std::vector<int> Reader::ReadLetters(QStringView key, const Options &options) const
 {
     std::vector<int> numbers;
+    // "A-C" may be a range.
+    if (key.contains(u'-') || key.contains(u'\u2013'))
+        return {};
     for (const QStringView word : LetterWordsOf(key)) {
         // "AC" names two, and "cab" is a word.
         int last = -1;

@@ -153,9 +153,11 @@ TEST(TextBanksTest, Tables)
             { "French", u"N°|Énoncé|Choix A|Choix B|Bonne réponse|Explication\n1|Q|a|b|Choix B|e"_s, taken + u" | #e"_s },
             { "unused columns", u"Stem,1,2,Correct answer,Points,Source,Feedback 1,Feedback 2\nQ,a,b,b,3,S,f,g"_s,
               u"1! columns that are not read: \"Source\"\nQ | a(f) | *b(g)"_s },
-            { "letters", head + u"Q,a,b,c,\"A, c\"\nQ,a,b,c,AC\nQ,a,b,c,a;c\nQ,a,b,c,(A) and (C)\nQ,a,b,,C\nQ,a,b,c,CA"_s,
+            { "letters",
+              head + u"Q,a,b,c,\"A, c\"\nQ,a,b,c,AC\nQ,a,b,c,a;c\nQ,a,b,c,(A) and (C)\nQ,a,b,,C\nQ,a,b,c,CA\nQ,a,b,c,A-C"_s,
               (u"Q | *a | b | *c | multiple\n"_s.repeated(4))
-                  + u"6: the key \"C\" names no option\n7: the key \"CA\" names no option"_s },
+                  + u"6: the key \"C\" names no option\n7: the key \"CA\" names no option\n"_s
+                  + u"8: the key \"A-C\" names no option"_s },
             { "a gap", head + u"Q,a,,c,C\nQ,a,,c,B"_s, u"Q | a | *c\n3: the key \"B\" names no option"_s },
             { "from 0", head + u"Q,a,b,c,1\nQ,a,b,c,0\nQ,a,b,c,\"0,2\"\nQ,a,b,c,3"_s,
               u"Q | a | *b | c\nQ | *a | b | c\nQ | *a | b | *c | multiple\n5: the key \"3\" names no option"_s },
