@@ -15,17 +15,34 @@ namespace {
 
 constexpr QStringView AnswerMark = u"ANSWER";
 constexpr int Letters = 26;
+// What may stand between the letters of a key.
+constexpr QStringView Separators = u",;&";
 // No item that an exam can hold has as many; more are given up as one without an answer.
 constexpr size_t MostLines = 10'000;
 
-// The number of the option that the line begins, from 0, of "A. text" or "a) text".
-// Nothing for another line.
-std::optional<int> OptionOf(QStringView line)
+// The number of the option that a letter names, from 0; -1 for another character.
+int NumberOf(QChar letter)
 {
-    if (line.size() < 2 || (line[1] != u'.' && line[1] != u')') || (line.size() > 2 && !line[2].isSpace()))
+    const int number = (letter.unicode() | 0x20) - u'a';
+    return number >= 0 && number < Letters ? number : -1;
+}
+
+// What the beginning of "A. text" or "a) text" names.
+struct Mark {
+    int Number; // of the option, from 0
+    bool IsTight; // "A.text": perhaps the initial of a name
+};
+
+// Nothing for a line that begins no option.
+std::optional<Mark> MarkOf(QStringView line)
+{
+    if (line.size() < 2 || (line[1] != u'.' && line[1] != u')'))
         return {};
-    const int number = (line[0].unicode() | 0x20) - u'a';
-    return number >= 0 && number < Letters ? std::optional(number) : std::nullopt;
+    const int number = NumberOf(line[0]);
+    const bool isTight = line[1] == u'.' && line.size() > 2 && !line[2].isSpace();
+    if (number < 0 || (isTight && !line[0].isUpper()))
+        return {};
+    return Mark{ number, isTight };
 }
 
 // What stands behind "ANSWER:"; nothing for another line.
@@ -48,16 +65,51 @@ std::optional<QStringView> ExplanationOf(QStringView line)
     return {};
 }
 
-// The options that letters such as "B", "A, C" or "AC" name, from 0; none when
-// anything else stands there.
-std::vector<int> KeyOf(QStringView answer)
+// Takes what parts letters from the beginning: blanks, "," and the like, "and".
+// Returns whether it was more than blanks.
+bool TakeSeparators(QStringView &rest)
 {
-    std::vector<int> key;
-    for (const QChar c : answer) {
-        const int number = (c.unicode() | 0x20) - u'a';
-        if (number >= 0 && number < Letters)
-            key.push_back(number);
-        else if (!c.isSpace() && c != u',' && c != u';' && c != u'.' && c != u')' && c != u'&')
+    bool isMark = false;
+    while (true) {
+        rest = rest.trimmed();
+        const bool isWord = rest.startsWith(u"and", Qt::CaseInsensitive) && rest.size() > 3 && rest[3].isSpace();
+        if (!isWord && (rest.isEmpty() || !Separators.contains(rest[0])))
+            return isMark;
+        rest = rest.sliced(isWord ? 3 : 1);
+        isMark = true;
+    }
+}
+
+// What an answer names.
+struct Key {
+    std::vector<int> Options; // from 0; none when the answer is no key
+    QStringView Text; // behind a single letter: what the option must read; empty for none
+};
+
+// Of "B", "A, C", "AC" or "B. text".
+Key KeyOf(QStringView answer)
+{
+    Key key;
+    const auto isCapital = [](QChar c) { return c >= u'A' && c <= u'Z'; };
+    if (answer.size() > 1 && std::all_of(answer.begin(), answer.end(), isCapital)) {
+        std::transform(answer.begin(), answer.end(), std::back_inserter(key.Options), NumberOf);
+        return key;
+    }
+    for (QStringView rest = answer; !rest.isEmpty();) {
+        const int number = NumberOf(rest[0]);
+        if (number < 0)
+            return {};
+        key.Options.push_back(number);
+        const bool isMarked = rest.size() > 1 && (rest[1] == u'.' || rest[1] == u')' || rest[1] == u':');
+        const QStringView behind = rest.sliced(isMarked ? 2 : 1);
+        rest = behind;
+        if (TakeSeparators(rest) || rest.isEmpty())
+            continue;
+        if (isMarked) {
+            key.Text = rest;
+            return key.Options.size() == 1 ? key : Key();
+        }
+        if (rest.size() == behind.size())
             return {};
     }
     return key;
@@ -83,6 +135,12 @@ QString Joined(const std::vector<Line> &lines, size_t begin, size_t end)
     return text;
 }
 
+// White space aside.
+bool IsText(const Bank::Option &option, QStringView text)
+{
+    return option.Statement.Source.simplified() == text.toString().simplified();
+}
+
 // Gathers the lines of one question after the other.
 class Reader {
 public:
@@ -96,7 +154,7 @@ public:
     {
         const auto answer = AnswerOf(line.Text);
         // Before the options it is a line of the stem, unless it names some.
-        if (answer && (m_next >= 2 || !KeyOf(*answer).empty())) {
+        if (answer && (m_next >= 2 || !KeyOf(*answer).Options.empty())) {
             Finish(line.Number, answer);
             return;
         }
@@ -108,13 +166,13 @@ public:
                 m_lines.push_back(line);
             return;
         }
-        const std::optional<int> option = OptionOf(line.Text);
+        const std::optional<Mark> mark = MarkOf(line.Text);
         // Behind the options a new paragraph is the next question.
-        if ((m_isBehindBlank && m_next >= 2 && option != m_next) || m_lines.size() == MostLines)
+        if ((m_isBehindBlank && m_next >= 2 && (!mark || mark->Number != m_next)) || m_lines.size() == MostLines)
             Finish(line.Number, {});
         m_isBehindBlank = false;
         m_lines.push_back(line);
-        Follow(option);
+        Follow(mark);
     }
 
     void End()
@@ -126,20 +184,36 @@ public:
     }
 
 private:
-    // Notes where the options begin. "A. Smith wrote:" in a stem is none unless a
-    // line of option B follows it before another of option A.
-    void Follow(std::optional<int> option)
+    // A tight mark counts where option B follows option A at once, and behind these.
+    void Follow(std::optional<Mark> mark)
+    {
+        const bool isTight = mark && mark->IsTight;
+        const std::optional<size_t> tightA = std::exchange(m_tightA, {});
+        if (isTight && mark->Number == 0) {
+            m_tightA = m_lines.size() - 1;
+            return;
+        }
+        const bool isBehindA = tightA && mark && mark->Number == 1;
+        if (isBehindA)
+            Begin(0, *tightA);
+        if (mark && (!isTight || isBehindA || m_next >= 2))
+            Begin(mark->Number, m_lines.size() - 1);
+    }
+
+    // Notes where an option begins. "A. Smith wrote:" in a stem is none unless a line
+    // of option B follows it before another of option A.
+    void Begin(int option, size_t line)
     {
         if (option == 0) {
             if (m_next < 2)
-                m_starts = { m_lines.size() - 1 };
+                m_starts = { line };
             else
                 m_mayRestart = true;
             m_next = std::max(m_next, 1);
         } else if (option == 1 && m_mayRestart) {
             m_hasTwoLists = true;
-        } else if (option && m_next > 0 && option == m_next) {
-            m_starts.push_back(m_lines.size() - 1);
+        } else if (m_next > 0 && option == m_next) {
+            m_starts.push_back(line);
             ++m_next;
         }
     }
@@ -174,6 +248,7 @@ private:
             Fill(*m_item, *answer);
         m_lines.clear();
         m_starts.clear();
+        m_tightA.reset();
         m_next = 0;
         m_isBehindBlank = m_mayRestart = m_hasTwoLists = false;
     }
@@ -199,11 +274,14 @@ private:
             item.Refusal = u"it has no options"_s;
             return;
         }
+        const Key key = KeyOf(answer);
         int right = 0;
         bool areThere = true;
-        for (const int number : KeyOf(answer)) {
+        bool isText = key.Text.isEmpty();
+        for (const int number : key.Options) {
             const bool isThere = number < static_cast<int>(item.Options.size());
             areThere = areThere && isThere;
+            isText = isText || (isThere && IsText(item.Options[static_cast<size_t>(number)], key.Text));
             if (isThere && !std::exchange(item.Options[static_cast<size_t>(number)].IsRight, true))
                 ++right;
         }
@@ -211,6 +289,9 @@ private:
             item.Refusal = u"no option is right"_s;
         else if (!areThere)
             item.Refusal = u"the key \"%1\" names an option that is not there"_s.arg(answer);
+        else if (!isText)
+            item.Refusal = u"the key \"%1\" has another text than its option"_s.arg(
+                answer.first(std::min<qsizetype>(answer.size(), 40)));
         item.IsMultiple = right > 1;
     }
 
@@ -219,6 +300,7 @@ private:
     std::optional<Bank::Item> m_item; // read, and not given before what follows it is seen
     std::vector<Line> m_lines;
     std::vector<size_t> m_starts; // of the options, in m_lines
+    std::optional<size_t> m_tightA; // "A.text" in the line before, in m_lines
     int m_next = 0; // the option that comes next, from 0
     bool m_isBehindBlank = false;
     bool m_mayRestart = false; // a line of option A stands behind option B
@@ -233,9 +315,10 @@ bool Suits(const Bank::Source &source)
     int next = 0;
     for (const QStringView each : QStringTokenizer(text, u'\n')) {
         const QStringView line = each.trimmed();
-        if (next < 2 && OptionOf(line) == next)
+        if (const auto mark = MarkOf(line); next < 2 && mark && mark->Number == next)
             ++next;
-        else if (const auto answer = AnswerOf(line); answer && next == 2 && answer->size() <= 2 * Letters)
+        else if (const auto answer = AnswerOf(line);
+                 answer && next == 2 && (answer->size() <= 2 * Letters || !KeyOf(*answer).Text.isEmpty()))
             return true;
     }
     return false;

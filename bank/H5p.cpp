@@ -17,8 +17,8 @@ namespace {
 
 // In memory a document takes up to 80 times its bytes.
 constexpr qsizetype MostJsonBytes = 5 << 20;
-// Of contents within contents.
-constexpr int MostDepth = 16;
+// Of objects and arrays within each other.
+constexpr int MostDepth = 64;
 
 struct Content {
     QString Library; // without its version, such as "H5P.MultiChoice"
@@ -70,6 +70,21 @@ QString RefusalOf(const QString &library)
     return found == std::end(refusals) ? QString() : QString(found->second);
 }
 
+// Whether a content has no questions of its own, only contents.
+bool IsContainer(const QString &library)
+{
+    static const QStringList libraries = { u"H5P.QuestionSet"_s,
+                                           u"H5P.Column"_s,
+                                           u"H5P.Row"_s,
+                                           u"H5P.RowColumn"_s,
+                                           u"H5P.InteractiveBook"_s,
+                                           u"H5P.CoursePresentation"_s,
+                                           u"H5P.InteractiveVideo"_s,
+                                           u"H5P.BranchingScenario"_s,
+                                           u"H5P.Accordion"_s };
+    return libraries.contains(library);
+}
+
 class Reader {
 public:
     Reader(const Bank::Source &source, const QString &folder, const Bank::Options &options, Bank::Receiver &receiver)
@@ -89,6 +104,8 @@ public:
 private:
     void Read(const Content &content, int depth);
     void ReadNested(const QJsonValue &value, int depth);
+    bool ReadKnown(const Content &content);
+    void ReadOther(const Content &content, int depth);
     void ReadChoice(const Content &content);
     void ReadTrueFalse(const Content &content);
     void ReadChoiceSet(const Content &content);
@@ -102,10 +119,19 @@ private:
     const Bank::Options &m_options;
     Bank::Receiver &m_receiver;
     Bank::Passage m_passage;
-    int m_count = 0;
+    int m_count = 0; // items given
+    int m_known = 0; // contents of known types that were met
 };
 
 void Reader::Read(const Content &content, int depth)
+{
+    if (ReadKnown(content))
+        ++m_known;
+    else
+        ReadOther(content, depth);
+}
+
+bool Reader::ReadKnown(const Content &content)
 {
     if (content.Library == "H5P.MultiChoice"_L1)
         ReadChoice(content);
@@ -116,7 +142,20 @@ void Reader::Read(const Content &content, int depth)
     else if (const QString refusal = RefusalOf(content.Library); !refusal.isEmpty())
         Refuse(content, refusal);
     else
-        ReadNested(content.Params, depth);
+        return false;
+    return true;
+}
+
+// A content with others in it, perhaps. Of an unknown one a question of its own is
+// lost even where a picture in it has been named.
+void Reader::ReadOther(const Content &content, int depth)
+{
+    const int items = m_count;
+    const int known = m_known;
+    ReadNested(content.Params, depth);
+    const bool isRead = m_known > known || (IsContainer(content.Library) && m_count > items);
+    if (!isRead && !content.Library.isEmpty() && !content.Params.isEmpty())
+        Refuse(content, u"a content of the type %1 is not read"_s.arg(content.Library));
 }
 
 // The contents anywhere in a value, such as the chapters of a book, their columns

@@ -307,14 +307,23 @@ private:
         return {};
     }
 
+    // Of a key that names no option.
+    QString RefusalOf(QStringView key) const
+    {
+        if (key.isEmpty())
+            return u"no option is right"_s;
+        const QStringView shown = key.first(std::min<qsizetype>(key.size(), 40));
+        return m_keys->IsOfTwoScripts(key) ? u"the letters of the key \"%1\" may be Latin or Cyrillic"_s.arg(shown)
+                                           : u"the key \"%1\" names no option"_s.arg(shown);
+    }
+
     QString AddOptions(Bank::Item &item, const Csv::Record &record) const
     {
         const QStringView key = Cell(record, m_columns.Key);
         const std::vector<int> right = m_columns.AreDistractors ? std::vector<int>(key.isEmpty() ? 0 : 1, 0)
                                                                 : m_keys->RightOptions(key, m_cells, item.Warnings);
         if (right.empty())
-            return key.isEmpty() ? u"no option is right"_s
-                                 : u"the key \"%1\" names no option"_s.arg(key.first(std::min<qsizetype>(key.size(), 40)));
+            return RefusalOf(key);
         for (size_t i = 0; i < m_cells.size(); ++i) {
             // The letters of the key are those of the columns, gaps included.
             if (m_cells[i].isEmpty())

@@ -174,19 +174,23 @@ std::optional<Numbered> NumberedOf(const QString &plain)
 struct Series {
     QMap<int, int> ByPlace;
     bool IsCyrillic = false;
+    bool HasLetters = false;
 
     void Add(const Place &place, int column)
     {
+        HasLetters = HasLetters || place.In != Place::Script::Number;
         IsCyrillic = IsCyrillic || place.In == Place::Script::Cyrillic;
         if (!ByPlace.contains(place.Number))
             ByPlace.insert(place.Number, column);
     }
-    // Those from the first on up to a gap; empty when the series has no beginning.
+    // Those from the first on up to a gap; empty when the series has no beginning: a
+    // key "B" would name another column than that of B.
     std::vector<int> Columns() const
     {
         std::vector<int> columns;
         const int first = ByPlace.isEmpty() ? -1 : ByPlace.firstKey();
-        for (int place = first; (first == 0 || first == 1) && ByPlace.contains(place); ++place)
+        const bool hasBeginning = first == 0 || (first == 1 && !HasLetters);
+        for (int place = first; hasBeginning && ByPlace.contains(place); ++place)
             columns.push_back(ByPlace.value(place));
         return columns;
     }

@@ -14,6 +14,12 @@ namespace {
 constexpr QStringView Cyrillic = u"абвгдежзик";
 // Letters of it that no Latin letter looks like.
 constexpr QStringView OnlyCyrillic = u"бгдБГД";
+// Letters of an option that look like another of the other script, by pairs. A means
+// the same in both.
+constexpr QStringView LatinTwins = u"bcek";
+constexpr QStringView CyrillicTwins = u"\u0432\u0441\u0435\u043A";
+// Latin letters of an option that look like no Cyrillic one.
+constexpr QStringView OnlyLatin = u"cdfghijCDFGHIJ";
 // What may stand between numbers.
 constexpr QStringView Separators = u",;|/&+().#\"[]";
 // No key is longer that is made of letters or numbers.
@@ -44,6 +50,24 @@ std::vector<QStringView> WordsOf(QStringView text)
             words.push_back(text.sliced(begin, at - begin));
     }
     return words;
+}
+
+// Of a key of letters: the parts that are letters.
+std::vector<QStringView> LetterWordsOf(QStringView key)
+{
+    std::vector<QStringView> words = WordsOf(key);
+    if (words.size() > 1 && TableColumns::IsOptionWord(words.front()))
+        words.erase(words.begin());
+    if (words.size() > 1)
+        words.erase(std::remove_if(words.begin(), words.end(),
+                                   [](QStringView word) { return word.compare("and"_L1, Qt::CaseInsensitive) == 0; }),
+                    words.end());
+    return words;
+}
+
+bool AreSingle(const std::vector<QStringView> &words)
+{
+    return std::all_of(words.begin(), words.end(), [](QStringView word) { return word.size() == 1; });
 }
 
 // Numbers with something between them that parts numbers; empty for another text.
@@ -95,12 +119,20 @@ std::optional<bool> TruthOf(QStringView text, const Bank::Options &words)
 
 void Reader::Learn(QStringView key, const Options &options)
 {
-    const std::vector<QStringView> words = WordsOf(key.first(std::min(key.size(), LongestKey)));
-    m_isCyrillic = m_isCyrillic || std::any_of(words.begin(), words.end(), [](QStringView word) {
-                       return word.size() == 1 && OnlyCyrillic.contains(word[0]);
-                   });
-    for (const Style style : { Letters, FromOne, FromZero, Texts })
-        m_readable[style] += Read(style, key, options).empty() ? 0 : 1;
+    const std::vector<QStringView> words = LetterWordsOf(key.first(std::min(key.size(), LongestKey)));
+    const auto hasOneOf = [&words](QStringView letters) {
+        return std::any_of(words.begin(), words.end(),
+                           [letters](QStringView word) { return word.size() == 1 && letters.contains(word[0]); });
+    };
+    m_hasCyrillicKeys = m_hasCyrillicKeys || hasOneOf(OnlyCyrillic);
+    m_hasLatinKeys = m_hasLatinKeys || (AreSingle(words) && hasOneOf(OnlyLatin));
+    bool isRead = false;
+    for (const Style style : { Letters, FromOne, FromZero, Texts }) {
+        const bool isReadSo = !Read(style, key, options).empty();
+        m_readable[style] += isReadSo ? 1 : 0;
+        isRead = isRead || isReadSo;
+    }
+    m_areTexts = m_areTexts && (!isRead || std::count(options.begin(), options.end(), key.trimmed()) == 1);
 }
 
 bool Reader::IsFirstUnknown() const
@@ -113,9 +145,21 @@ std::vector<int> Reader::RightOptions(QStringView key, const Options &options, Q
     const Style usual = Usual();
     std::vector<int> right = Read(usual, key, options);
     if (!right.empty()) {
+        const std::vector<QStringView> words = LetterWordsOf(key);
+        const bool isByLooks
+            = usual == Letters && std::any_of(words.begin(), words.end(), [this](QStringView word) {
+                  return std::any_of(word.begin(), word.end(), [this](QChar c) { return Meant(c) != c.toLower(); });
+              });
+        if (isByLooks)
+            warnings += u"letters of the key \"%1\" are taken for those of the other script that look like them"_s.arg(key);
         const int twin = usual == Texts ? -1 : OptionOfText(key.trimmed(), options);
         if (twin >= 0 && right != std::vector{ twin })
             warnings += u"the key \"%1\" is taken for the place of an option, and another option reads so"_s.arg(key);
+        const Style numbers = m_readable[FromZero] > m_readable[FromOne] ? FromZero : FromOne;
+        const bool mayBePlace = usual == Texts && m_readable[numbers] == m_readable[Texts];
+        const std::vector<int> place = mayBePlace ? Read(numbers, key, options) : right;
+        if (!place.empty() && place != right)
+            warnings += u"the key \"%1\" is taken for the text of an option, and it may be the place of another"_s.arg(key);
         return right;
     }
     for (const Style style : { Letters, m_readable[FromZero] > m_readable[FromOne] ? FromZero : FromOne, Texts }) {
@@ -132,7 +176,10 @@ std::vector<int> Reader::RightOptions(QStringView key, const Options &options, Q
 Reader::Style Reader::Usual() const
 {
     // Of equals the first: the order of the styles.
-    return static_cast<Style>(std::max_element(m_readable.begin(), m_readable.end()) - m_readable.begin());
+    const auto most = std::max_element(m_readable.begin(), m_readable.end());
+    const auto style = static_cast<Style>(most - m_readable.begin());
+    // Numbers that are options in every row are so by chance in a few rows only.
+    return style != Letters && m_areTexts && m_readable[Texts] == *most ? Texts : style;
 }
 
 std::vector<int> Reader::Read(Style style, QStringView key, const Options &options) const
@@ -147,21 +194,44 @@ std::vector<int> Reader::Read(Style style, QStringView key, const Options &optio
     return style == Letters ? ReadLetters(key, options) : ReadNumbers(key, style == FromOne ? 1 : 0, options);
 }
 
+// The letter of a key that this one stands for, in lower case: one that looks like it
+// where the other keys are of the other script; null when nothing tells.
+QChar Reader::Meant(QChar letter) const
+{
+    const QChar c = letter.toLower();
+    const qsizetype latin = LatinTwins.indexOf(c);
+    const qsizetype cyrillic = CyrillicTwins.indexOf(c);
+    if (latin >= 0 && m_hasCyrillicKeys)
+        return m_hasLatinKeys ? QChar() : CyrillicTwins[latin];
+    if (latin >= 0 && m_hasCyrillicColumns && !m_hasLatinKeys)
+        return {};
+    if (cyrillic >= 0 && m_hasLatinKeys && m_hasCyrillicColumns != m_hasCyrillicKeys)
+        return {};
+    if (cyrillic >= 0 && m_hasLatinKeys && !m_hasCyrillicKeys)
+        return LatinTwins[cyrillic];
+    return c;
+}
+
+bool Reader::IsOfTwoScripts(QStringView key) const
+{
+    const std::vector<QStringView> words = LetterWordsOf(key);
+    return AreSingle(words)
+        && std::any_of(words.begin(), words.end(), [this](QStringView word) { return Meant(word[0]).isNull(); });
+}
+
 std::vector<int> Reader::ReadLetters(QStringView key, const Options &options) const
 {
-    std::vector<QStringView> words = WordsOf(key);
-    if (words.size() > 1 && TableColumns::IsOptionWord(words.front()))
-        words.erase(words.begin());
     std::vector<int> numbers;
-    for (const QStringView word : words) {
-        if (words.size() > 1 && word.compare("and"_L1, Qt::CaseInsensitive) == 0)
-            continue;
+    // "A-C" may be a range.
+    if (key.contains(u'-') || key.contains(u'\u2013'))
+        return {};
+    for (const QStringView word : LetterWordsOf(key)) {
         // "AC" names two, and "cab" is a word.
         int last = -1;
         for (const QChar each : word) {
-            const QChar c = each.toLower();
-            const int number
-                = m_isCyrillic && c.unicode() >= 0x400 ? static_cast<int>(Cyrillic.indexOf(c)) : c.unicode() - u'a';
+            const QChar c = Meant(each);
+            const bool isCyrillic = (m_hasCyrillicColumns || m_hasCyrillicKeys) && c.unicode() >= 0x400;
+            const int number = isCyrillic ? static_cast<int>(Cyrillic.indexOf(c)) : c.unicode() - u'a';
             if (number <= last || !IsThere(number, options))
                 return {};
             numbers.push_back(last = number);

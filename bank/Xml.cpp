@@ -199,6 +199,21 @@ bool IsVoid(QStringView name)
     return std::find(std::begin(names), std::end(names), name) != std::end(names);
 }
 
+// "&#13;" is no control character in a text but the line break of another system.
+QString WithLineBreaks(QString &&text)
+{
+    if (!text.contains(u'\r'))
+        return std::move(text);
+    QChar *out = text.data();
+    for (qsizetype in = 0; in < text.size(); ++in) {
+        const bool isPair = text.at(in) == u'\r' && in + 1 < text.size() && text.at(in + 1) == u'\n';
+        if (!isPair)
+            *out++ = text.at(in) == u'\r' ? QChar(u'\n') : text.at(in);
+    }
+    text.truncate(out - text.constData());
+    return std::move(text);
+}
+
 void AppendEscaped(QString &markup, QStringView text)
 {
     qsizetype done = 0;
@@ -352,14 +367,14 @@ QString Reader::Text()
             text += m_reader.text();
         CheckLength(text);
     }
-    return text;
+    return WithLineBreaks(std::move(text));
 }
 
 QString Reader::Markup(const Replacement &replacement)
 {
     QString markup;
     ReadMarkup(markup, m_namespaces.size(), replacement);
-    return markup;
+    return WithLineBreaks(std::move(markup));
 }
 
 QString Reader::TextOrMarkup(bool &isMarkup)
@@ -379,7 +394,7 @@ QString Reader::TextOrMarkup(bool &isMarkup)
             ReadMarkup(text, depth, {});
         }
     }
-    return text;
+    return WithLineBreaks(std::move(text));
 }
 
 // Reads on to the end of the element of that depth.

@@ -56,7 +56,8 @@ public:
     // read to its end before the next one: by NextChild until it returns false, by
     // Skip, Text, Markup or TextOrMarkup.
     bool NextChild();
-    // These read on to the end of the current element.
+    // These read on to the end of the current element. A line break in what they
+    // return is "\n", however it is written.
     void Skip();
     // Its characters, those of the elements in it included.
     QString Text();

@@ -72,9 +72,11 @@ TEST(H5pTest, QuestionsWithinContents)
 {
     const QByteArray set = R"({"choices":[{"question":"1","answers":["a","b"]},{"question":"2","answers":["c","d"]}]})";
     const QByteArray questions = "{\"questions\":[" + Nested("H5P.MultiChoice", OneChoice) + ',' + Nested("H5P.Essay", "{}")
-        + ',' + Nested("H5P.SingleChoiceSet", set) + "]}";
+        + ',' + Nested("H5P.SingleChoiceSet", set) + ','
+        + Nested("H5P.FreeTextQuestion", "{\"question\":\"Q\",\"media\":" + Nested("H5P.Image", "{\"file\":{}}") + '}') + "]}";
     EXPECT_EQ(ShownContent("H5P.QuestionSet", questions),
-              u"<p>Q?</p> | *a | b\n2: an essay question has no options\n1 | *a | b\n2 | *c | d"_s);
+              u"<p>Q?</p> | *a | b\n2: an essay question has no options\n1 | *a | b\n2 | *c | d"
+              "\n5: a content of the type H5P.Image is not read\n6: a content of the type H5P.FreeTextQuestion is not read"_s);
 
     const QByteArray column = R"({"content":[{"content":)" + Nested("H5P.AdvancedText", R"({"text":"Read."})")
         + "},{\"content\":" + Nested("H5P.QuestionSet", questions) + "}]}";
@@ -87,7 +89,7 @@ TEST(H5pTest, QuestionsWithinContents)
     QByteArray deep = Nested("H5P.MultiChoice", OneChoice);
     for (int i = 0; i < 100; ++i)
         deep = Nested("H5P.Column", "{\"content\":" + deep + "}");
-    EXPECT_EQ(ShownContent("H5P.Column", "{\"content\":" + deep + "}"), u"name: Quiz"_s);
+    EXPECT_EQ(ShownContent("H5P.Column", "{\"content\":" + deep + "}"), u"1: a content of the type H5P.Column is not read"_s);
 }
 
 TEST(H5pTest, Packages)

@@ -102,9 +102,14 @@ TEST(TextBanksTest, Aiken)
             { "lines of options", u"Q\n\nR\nA. a\n1\nB.\nb\n2\nANSWER: A"_s, u"Q\n\nR | *a\n1 | b\n2"_s },
             { "no option of its own", u"A. Smith wrote\nB.C. is\nC. too\nA. a\nC. more\nB. b\nA. A\nANSWER: A"_s,
               u"A. Smith wrote\nB.C. is\nC. too | *a\nC. more | b\nA. A"_s },
-            { "several right", u"Q\nA. a\nB. b\nC. c\nANSWER: A, C\n\nR\nA. a\nB. b\nANSWER:BA"_s,
+            { "no blanks", u"Q\nA)a\nb)b\nANSWER: B\n\nA.M. T.\nA.a\n\nB.b\nC.c\nANSWER: B"_s,
+              taken + u"\nA.M. T. | a | *b | c"_s },
+            { "several right", u"Q\nA. a\nB. b\nC. c\nANSWER: A., and C\n\nR\nA. a\nB. b\nANSWER:BA"_s,
               u"Q | *a | b | *c | multiple\nR | *a | *b | multiple"_s },
             { "the same twice", u"Q\nA. a\nB. b\nANSWER: B B"_s, taken },
+            { "the text in the key",
+              u"Q\nA. AC\nB. b\nc\nC. c\nANSWER: A. AC\nQ\nA. a\nB. b\nAnswer: b)b\nQ\nA. a\nB. b\nANSWER: A. ab"_s,
+              u"Q | *AC | b\nc | c\n"_s + taken + u"\n11: the key \"A. ab\" has another text than its option"_s },
             { "wrong letters", u"Q\nA. a\nB. b\nANSWER: C\n\nQ\nA. a\nB. b\nANSWER: A;C\nQ\nA. a\nB. b\nANSWER: x y 1"_s,
               u"1: no option is right\n6: the key \"A;C\" names an option that is not there\n10: no option is right"_s },
             { "no answer", u"Q\nA. a\nB. b\n\nQ\nA. a\nB. b\nANSWER: B"_s, missing.arg(1) + u'\n' + taken },
@@ -120,6 +125,8 @@ TEST(TextBanksTest, Tables)
 {
     const QString taken = u"Q | a | *b"_s;
     const QString head = u"Question,A,B,C,Key\n"_s;
+    const QString cyrillic = u"Вопрос;А;Б;В;Ключ\n"_s;
+    const QString looks = u"letters of the key \"%1\" are taken for those of the other script that look like them"_s;
     const QString unknown = u"no column is named like %1; columns are: %2; say --columns"_s;
     ExpectRows(
         Csv,
@@ -136,12 +143,21 @@ TEST(TextBanksTest, Tables)
               u"2: the row has 6 fields and the first row 5 (is a quotation mark missing?)\n"_s + taken },
             { "Russian", u"Вопрос;А;Б;В;Правильный ответ;Тема\nQ;a;b;c;В;x/ y\nQ;a;b;c;АБ;"_s,
               u"Q | a | b | *c | in x/y\nQ | *a | *b | c | multiple"_s },
+            { "B that looks like В", cyrillic + u"Q;x;y;z;Б\nQ;x;y;z;B"_s,
+              u"Q | x | *y | z\nQ | x | y | *z | "_s + looks.arg(u"B"_s) },
+            { "B among Latin letters", cyrillic + u"Q;x;y;z;C\nQ;x;y;z;B"_s, u"Q | x | y | *z\nQ | x | *y | z"_s },
+            { "A and B alone", cyrillic + u"Q;x;y;z;A\nQ;x;y;z;B"_s,
+              u"Q | *x | y | z\n3: the letters of the key \"B\" may be Latin or Cyrillic"_s },
+            { "В that looks like B", head + u"Q,x,y,z,C\nQ,x,y,z,В"_s,
+              u"Q | x | y | *z\nQ | x | *y | z | "_s + looks.arg(u"В"_s) },
             { "French", u"N°|Énoncé|Choix A|Choix B|Bonne réponse|Explication\n1|Q|a|b|Choix B|e"_s, taken + u" | #e"_s },
             { "unused columns", u"Stem,1,2,Correct answer,Points,Source,Feedback 1,Feedback 2\nQ,a,b,b,3,S,f,g"_s,
               u"1! columns that are not read: \"Source\"\nQ | a(f) | *b(g)"_s },
-            { "letters", head + u"Q,a,b,c,\"A, c\"\nQ,a,b,c,AC\nQ,a,b,c,a;c\nQ,a,b,c,(A) and (C)\nQ,a,b,,C\nQ,a,b,c,CA"_s,
+            { "letters",
+              head + u"Q,a,b,c,\"A, c\"\nQ,a,b,c,AC\nQ,a,b,c,a;c\nQ,a,b,c,(A) and (C)\nQ,a,b,,C\nQ,a,b,c,CA\nQ,a,b,c,A-C"_s,
               (u"Q | *a | b | *c | multiple\n"_s.repeated(4))
-                  + u"6: the key \"C\" names no option\n7: the key \"CA\" names no option"_s },
+                  + u"6: the key \"C\" names no option\n7: the key \"CA\" names no option\n"_s
+                  + u"8: the key \"A-C\" names no option"_s },
             { "a gap", head + u"Q,a,,c,C\nQ,a,,c,B"_s, u"Q | a | *c\n3: the key \"B\" names no option"_s },
             { "from 0", head + u"Q,a,b,c,1\nQ,a,b,c,0\nQ,a,b,c,\"0,2\"\nQ,a,b,c,3"_s,
               u"Q | a | *b | c\nQ | *a | b | c\nQ | *a | b | *c | multiple\n5: the key \"3\" names no option"_s },
@@ -154,6 +170,9 @@ TEST(TextBanksTest, Tables)
               u"Q | a; b | *A | *c | multiple\nQ | x | *a; B | X\nQ | 7 | *1,5 | x\nQ | x | *y | z\nQ | x | *y | *z | multiple\n"_s
               u"8: the key \"x|w\" names no option"_s },
             { "numbers as texts", head + u"Q,4,2,3,4\nQ,5,2,1,5"_s, u"Q | *4 | 2 | 3\nQ | *5 | 2 | 1"_s },
+            { "small numbers as texts", head + u"Q,3,1,2,3\nQ,2,1,3,3"_s,
+              u"Q | *3 | 1 | 2 | the key \"3\" is taken for the text of an option, and it may be the place of another\n"_s
+              u"Q | 2 | 1 | *3"_s },
             { "a doubt", head + u"Q,b,a,x,B\nQ,a,b,c,C"_s,
               u"Q | b | *a | x | the key \"B\" is taken for the place of an option, and another option reads so\n"_s
               u"Q | a | b | *c"_s },
@@ -179,6 +198,8 @@ TEST(TextBanksTest, Tables)
               taken + u" | exhibit x y.png\nQ\n<img src=\"x%20y.png\">\n<img src=\"i/z.png\"> | a | *b"_s },
             { "no key", u"Question;A;B;C"_s, unknown.arg(u"a key"_s, u"\"Question\", \"A\", \"B\", \"C\""_s) },
             { "no question", u"x,key\ny,z"_s, unknown.arg(u"a question"_s, u"\"x\", \"key\""_s) },
+            { "no first letter", u"Question,Opton A,Option B,Option C,Key\nQ,a,b,c,B"_s,
+              unknown.arg(u"an option"_s, u"\"Question\", \"Opton A\", \"Option B\", \"Option C\", \"Key\""_s) },
             { "no options", u"question,answer\nWho?,I"_s, unknown.arg(u"an option"_s, u"\"question\", \"answer\""_s) },
             { "a key alone", u"question,answer\nQ,true"_s, u"Q | *True | False"_s },
         });
@@ -295,6 +316,7 @@ TEST(TextBanksTest, RecognisedByTheirContent)
           u"csv"_s },
         { "What is right?\nA. {=a}\nB. {~b}\nANSWER: B", u"aiken"_s },
         { "A. Smith\nAnswer: yes", {} },
+        { "Q\nA.a\nB.b\nANSWER: B. " + QByteArray(100, 'b'), u"aiken"_s },
         { "int main() {}\n\nint f()\n{\n    return 0;\n}\n", {} },
         { "a { color: red }\n\n.b::after { ~x }\n\n.c { top: 0 }", {} },
         { "{\"a\": {\"b\": \"=\"}}", {} },

@@ -54,6 +54,7 @@ TEST(XmlTest, ElementByElement)
           u"a2(text2(b<<&d)skip3()c3())"_s },
         { "<!DOCTYPE a PUBLIC '-//a' \"[>\"><a/>", u"a1()"_s },
         { "<text>2&nbsp;&times;&Omega;&rarr;&uuml;</text>", u"text1(2\u00A0×Ω→ü)"_s },
+        { "<text>a&#13;b&#13;<![CDATA[\nc]]></text>", u"text1(a\nb\nc)"_s },
         { "<?xml version='1.1'?><a/>", u"a1()"_s },
         { "\xEF\xBB\xBF<text>\xC3\xA4</text>", u"text1(ä)"_s },
         { Utf16(u"\uFEFF<text>\u0436</text>"_s), u"text1(ж)"_s },
@@ -105,7 +106,7 @@ TEST(XmlTest, WhatStandsBeforeAFaultIsRead)
 
 TEST(XmlTest, Markup)
 {
-    Xml::Reader reader("<q xmlns='a' xmlns:m='b'><p class='x\"' xml:lang='de'>1 &lt; 2<br/><!-- c --><![CDATA[&]]></p>"
+    Xml::Reader reader("<q xmlns='a' xmlns:m='b'><p class='x\"' xml:lang='de'>1 &lt;&#13;2<br/><!-- c --><![CDATA[&]]></p>"
                        "<m:math><m:mn>3</m:mn></m:math><gap id='4'><p>5</p></gap><i/></q>",
                        {});
     ASSERT_TRUE(reader.NextChild());
@@ -117,7 +118,7 @@ TEST(XmlTest, Markup)
         return true;
     };
     EXPECT_EQ(reader.Markup(gap),
-              u"<p class=\"x&quot;\" lang=\"de\">1 &lt; 2<br>&amp;</p><math><mn>3</mn></math><gap 4>5<i></i>"_s);
+              u"<p class=\"x&quot;\" lang=\"de\">1 &lt;\n2<br>&amp;</p><math><mn>3</mn></math><gap 4>5<i></i>"_s);
     EXPECT_FALSE(reader.NextChild());
 }
 
