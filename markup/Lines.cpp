@@ -59,6 +59,16 @@ QString InRoman(int number)
     return roman;
 }
 
+// Whether it is raised, or lowered, already: some editors write both an element
+// and a style for it.
+bool IsAllOf(Scripts::Side side, const QString &text)
+{
+    return std::all_of(text.begin(), text.end(), [side](QChar c) {
+        const Scripts::Plain plain = Scripts::PlainOf(c.unicode());
+        return plain.Character != 0 && plain.Side == side;
+    });
+}
+
 QString NumberText(int number, QChar type)
 {
     constexpr int mostRoman = 3999;
@@ -295,7 +305,7 @@ void Lines::CloseScript(const OpenScript &script)
     else if (isRaised && word == u"TM"_s)
         text = u"\u2122"_s;
     else
-        text = Scripts::Put(script.Side, word);
+        text = IsAllOf(script.Side, word) ? word : Scripts::Put(script.Side, word);
     m_line.truncate(script.Start);
     m_line += text;
     m_canBeBlank = content.back().isSpace();

@@ -98,7 +98,8 @@ private:
     {
         constexpr size_t farthest = 20;
         for (size_t end = at + 1; !m_pieces[at].IsEnd && end < std::min(m_pieces.size(), at + farthest); ++end) {
-            if (!m_pieces[end].IsEnd || m_pieces[end].Element != m_pieces[at].Element)
+            if (!m_pieces[end].IsEnd || m_pieces[end].Element != m_pieces[at].Element
+                || m_pieces[end].RoleOf() != m_pieces[at].RoleOf())
                 continue;
             // What stands before tells an ordinal number.
             const QString before = m_text.right(1);

@@ -46,6 +46,10 @@ TEST(ReadableTest, Html)
           u"H<sub>2</sub>O, (2)<sup> 10</sup>, x<sup>-3</sup>, 1<sup>st</sup>, n<sup>th</sup>, 2<sup>e</sup>, "
           "n<sup>o</sup> 1, .<sup>1</sup>, a<sup></sup>b, x<sup>n + 1</sup>, 90<sup>°</sup>"_s,
           u"H₂O, (2)¹⁰, x⁻³, 1st, nth, 2e, nº 1, .¹, ab, xⁿ⁺¹, 90°"_s },
+        { "raised by a style",
+          u"a<span style='font-size:9px; Vertical-Align: super;'>2<span>3</span></span>b <b style=vertical-align:sub>1</b> "
+          "<sup><span style='vertical-align:super'>4</span></sup> <td style='vertical-align:sub'>c</td>"_s,
+          u"a²³b ₁ ⁴\nc"_s },
         { "raised without characters for it",
           u"2<sup>n<sup>2</sup></sup>, x<sup>n/2</sup>, x<sub>b</sub>, x<sub>b</sub>c, "
           "x<sub>bc</sub>, m<sub>max</sub>, a<sup>[1]</sup>, <sup>a<br>d"_s,
@@ -117,6 +121,9 @@ TEST(ReadableTest, WhatIsLostIsWarnedOf)
     EXPECT_EQ(warnings(u"<p><b>a</b> <u>&nbsp;</u></p>"_s), u""_s);
     EXPECT_EQ(warnings(u"<u>a</u> <del>b</del> <u>c</u>"_s),
               u"underlined text is shown like any other|struck-out text is shown like any other"_s);
+    EXPECT_EQ(warnings(
+                  u"<span style='text-decoration: line-through red'>a</span><p style='text-decoration-line:overline'>b</p>"_s),
+              u"struck-out text is shown like any other|overlined text is shown like any other"_s);
     EXPECT_EQ(warnings(u"<video src='x'></video>"_s), u"what is played or embedded (video) is left out"_s);
 }
 
