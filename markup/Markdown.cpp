@@ -101,12 +101,14 @@ private:
             if (!m_pieces[end].IsEnd || m_pieces[end].Element != m_pieces[at].Element
                 || m_pieces[end].RoleOf() != m_pieces[at].RoleOf())
                 continue;
-            // What stands before tells an ordinal number.
-            const QString before = m_text.right(1);
+            // What stands before tells an ordinal number from a power.
+            static const QRegularExpression number(u"([=\u00D7\u00F7\u00B7/^] {0,2})?\\d{1,6}\\.?$|\\w$"_s,
+                                                   QRegularExpression::UseUnicodePropertiesOption);
+            const QString before = number.match(m_text.right(10)).captured();
             std::vector<Piece> pieces(m_pieces.begin() + static_cast<std::ptrdiff_t>(at),
                                       m_pieces.begin() + static_cast<std::ptrdiff_t>(end) + 1);
-            if (!before.isEmpty() && before.front().isLetterOrNumber()) {
-                m_text.chop(1);
+            if (!before.isEmpty()) {
+                m_text.chop(before.size());
                 pieces.insert(pieces.begin(), Piece{ before });
             }
             PutHtml(pieces);

@@ -50,6 +50,9 @@ TEST(ReadableTest, Html)
           u"a<span style='font-size:9px; Vertical-Align: super;'>2<span>3</span></span>b <b style=vertical-align:sub>1</b> "
           "<sup><span style='vertical-align:super'>4</span></sup> <td style='vertical-align:sub'>c</td>"_s,
           u"a²³b ₁ ⁴\nc"_s },
+        { "ordinal numbers and powers",
+          u"2<sup>a</sup>, 3<sup>o</sup>, x = 2<sup>a</sup>, 5·10<sup>o</sup>, x2<sup>a</sup>, 1-2<sup>e</sup>"_s,
+          u"2ª, 3º, x = 2ᵃ, 5·10ᵒ, x2ᵃ, 1-2ᵉ"_s },
         { "raised without characters for it",
           u"2<sup>n<sup>2</sup></sup>, x<sup>n/2</sup>, x<sub>b</sub>, x<sub>b</sub>c, "
           "x<sub>bc</sub>, m<sub>max</sub>, a<sup>[1]</sup>, <sup>a<br>d"_s,
