@@ -5,6 +5,7 @@
 #include "markup/Html.h"
 #include "markup/HtmlReader.h"
 #include "markup/Lines.h"
+#include "markup/Scripts.h"
 #include "markup/Tex.h"
 
 #include <QHash>
@@ -78,6 +79,9 @@ private:
         case Role::Break: m_text += LineBreak; return at;
         case Role::Raised:
         case Role::Lowered: return PutScript(at);
+        case Role::Underlined:
+        case Role::Struck:
+        case Role::Overlined: Result.Warnings.append(LinedWarning(piece.RoleOf())); return at;
         case Role::Picture:
         case Role::Object:
         case Role::Drawing:
@@ -129,8 +133,25 @@ private:
     // Puts the text that has come together, with its formulas read.
     void PutText()
     {
-        Result.Text += Tex::ReplacedIn(m_text, Tex::Delimiters::Escaped, Result.Warnings, Escaped);
+        PutLowered(Tex::ReplacedIn(m_text, Tex::Delimiters::Escaped, Result.Warnings, Escaped));
         m_text.clear();
+    }
+
+    // Qt's reader takes single tildes for struck-out text, most writers for indices.
+    void PutLowered(const QString &text)
+    {
+        static const QRegularExpression lowered(u"(?<=[\\w)\\]])~([^\\s~\\\\]{1,20})~(?!~)"_s,
+                                                QRegularExpression::UseUnicodePropertiesOption);
+        qsizetype done = 0;
+        for (auto match = lowered.globalMatch(text); match.hasNext();) {
+            const QRegularExpressionMatch found = match.next();
+            const qsizetype end = found.capturedEnd();
+            Result.Text += QStringView(text).sliced(done, found.capturedStart() - done);
+            Result.Text
+                += Escaped(Scripts::Put(Scripts::Side::Lowered, found.captured(1), end < text.size() ? text.at(end) : QChar()));
+            done = end;
+        }
+        Result.Text += QStringView(text).sliced(done);
     }
 
     QString m_markdown;
@@ -213,7 +234,7 @@ Readable ReadMarkdown(const QString &markdown)
     Readable readable = IsTooMuch(bare) ? AsWritten(bare) : ReadBare(bare);
     readable.Text = Unshielded(readable.Text); // of what ReadHtml has put there
     MergePictures(readable, preparer.Result.Pictures);
-    readable.Warnings = preparer.Result.Warnings;
+    readable.Warnings += preparer.Result.Warnings;
     readable.Warnings.removeDuplicates();
     return readable;
 }

@@ -90,6 +90,7 @@ TEST(ReadableTest, Markdown)
         { "lists", u"- a\n- b<br>y\n    1. c\n- [x] d\n- [ ] e\n\nx"_s, u"- a\n- b\n  y\n  1. c\n[x] d\n[ ] e\n\nx"_s },
         { "table", u"| a | b |\n|---|---|\n| 1 | 2 |"_s, u"a | b\n1 | 2"_s },
         { "a cell too many", u"| a |\n|---|\n| 1 | 2 |<br>"_s, u"| a |\n|---|\n| 1 | 2 |"_s },
+        { "lowered", u"H~2~O ~~H2O~~ SO~4~^2-^ ~/a"_s, u"H₂O H2O SO₄^2-^ ~/a"_s },
         { "never closed", u"List<int> or a <br> b <img src=\"x\" alt=\"cat\"> <b>c\n\nlast"_s,
           u"List<int> or a\nb [cat] c\n\nlast"_s },
         { "code", u"`<b>` &lt; \\<br\\>\n```c\n<br>\n  x\n```"_s, u"<b> < <br>\n\n<br>\n  x"_s },
@@ -127,6 +128,8 @@ TEST(ReadableTest, WhatIsLostIsWarnedOf)
     EXPECT_EQ(warnings(
                   u"<span style='text-decoration: line-through red'>a</span><p style='text-decoration-line:overline'>b</p>"_s),
               u"struck-out text is shown like any other|overlined text is shown like any other"_s);
+    EXPECT_EQ(Markup::Read({ u"*a* ~~b~~ <u>c</u>"_s, Kind::Markdown }).Warnings.join(u'|'),
+              u"struck-out text is shown like any other|underlined text is shown like any other"_s);
     EXPECT_EQ(warnings(u"<video src='x'></video>"_s), u"what is played or embedded (video) is left out"_s);
 }
 
