@@ -86,6 +86,8 @@ TEST(TexTest, TheTextAround)
     const std::vector<Row> formulas = {
         { "dollars", u"If $x$ and $2x+3$, $$\\pi$$: $f(x)=x_1$."_s, u"If x and 2x+3, π: f(x) = x₁."_s },
         { "brackets", u"A \\(n\\)th, \\(ABC\\), '\\(b^2\\)', \\[a<b\\]"_s, u"A nth, ABC, 'b²', a < b"_s },
+        { "absolute values and endings", u"$|x|$, $i$th, $x_i$s, year 5 $x$, $\\left\\{ x \\right.$"_s,
+          u"|x|, ith, xᵢs, year 5 x, {x"_s },
         { "markup inside", u"<b>$a &lt; b$</b> <code>$a^2$ \\(b\\)</code> $c$"_s, u"a < b $a^2$ \\(b\\) c"_s },
         { "pictures", u"<img data-equation-content='x^2' src=y> <img class=\"texrender\" alt=\"\\frac{1}{2}\" src=y>"_s,
           u"x² 1/2"_s },
@@ -97,19 +99,21 @@ TEST(TexTest, TheTextAround)
     };
     ExpectRows([](const QString &source) { return Shown(source, Kind::Markdown); }, rows);
     for (const QString &text :
-         { u"$5 and $10"_s, u"$x\ny$"_s, u"costs $5, or 6$ (5$-6$)"_s, u"between $1,000-$2,000"_s, u"$PATH or $HOME/$USER"_s,
-           u"$HOME_DIR$"_s, u"${a}${b} $_GET['x'].$_POST['y']"_s, u"kill $$; echo $$"_s, u"$a+$b; $i<$n"_s, u"=$A$1+$B$2"_s,
-           u"df$col_a == df$col_b"_s, u"/^a$|^b$/"_s, u"\\d \\[a-z\\]"_s, u"sed 's/\\(a\\)\\(b\\)/\\2/' '\\[a-z\\]'"_s,
-           u"C:\\(x86\\bin"_s, u"US$5 $(ls -l $HOME)"_s })
+         { u"$5 and $10"_s, u"10 $, 5$ de moins, 7 $-6$"_s, u"$PATH$s $a|$b|$"_s, u"$x\ny$"_s, u"costs $5, or 6$ (5$-6$)"_s,
+           u"between $1,000-$2,000"_s, u"$PATH or $HOME/$USER"_s, u"$HOME_DIR$"_s, u"${a}${b} $_GET['x'].$_POST['y']"_s,
+           u"kill $$; echo $$"_s, u"$a+$b; $i<$n"_s, u"=$A$1+$B$2"_s, u"df$col_a == df$col_b"_s, u"/^a$|^b$/"_s,
+           u"\\d \\[a-z\\]"_s, u"sed 's/\\(a\\)\\(b\\)/\\2/' '\\[a-z\\]'"_s, u"C:\\(x86\\bin"_s, u"US$5 $(ls -l $HOME)"_s })
         EXPECT_EQ(Shown(text, Kind::Moodle), text);
 }
 
 TEST(TexTest, WhatIsTooComplexStays)
 {
     const QString matrix = u"\\(\\begin{matrix}a&b\\\\c&d\\end{matrix}\\)"_s;
-    for (const QString &text : { matrix, u"$\\unknown{x}$"_s, u"$x^2^3$"_s, u"$\\frac{1}{$"_s, u"$\\overline{A+B}$"_s }) {
+    for (const QString &text :
+         { matrix, u"$\\unknown{x}$"_s, u"$x \\\\ y$"_s, u"$x^2^3$"_s, u"$\\frac{1}{$"_s, u"$\\overline{A+B}$"_s }) {
         const Markup::Readable readable = Markup::Read({ text, Kind::Moodle });
         EXPECT_EQ(readable.Text, text);
+        EXPECT_EQ(readable.Warnings.size(), 1) << text.toStdString();
     }
     EXPECT_EQ(Markup::Read({ matrix, Kind::Html }).Warnings,
               QStringList(u"a formula that is too complex stays as it is written: "_s + matrix));
