@@ -13,6 +13,7 @@ namespace {
 
 constexpr qsizetype LongestFormula = 2000;
 constexpr qsizetype MostWarnings = 20; // of one text
+const QString Underlined = u"underlined text is shown like any other"_s;
 
 bool IsLetterOrNumber(QStringView text, qsizetype at)
 {
@@ -235,8 +236,10 @@ private:
     {
         const QStringView written = QStringView(m_text).sliced(at, end - at);
         const std::optional<QString> readable = Read(content);
-        if (!readable && m_warnings.size() < MostWarnings)
+        if (m_warnings.size() < MostWarnings && !readable)
             m_warnings.append(TooComplex(written));
+        else if (content.contains(u"\\underline") && !m_warnings.contains(Underlined))
+            m_warnings.append(Underlined);
         const QString text = readable ? *readable : written.toString();
         m_result += QStringView(m_text).sliced(m_done, at - m_done);
         m_result += m_escape ? m_escape(text) : text;

@@ -123,6 +123,17 @@ TEST(TexTest, WhatIsTooComplexStays)
         { u"<math><mtable><mtr><mtd><mi>a</mi></mtd><mtd><mn>2</mn></mtd></mtr></mtable></math>"_s, Kind::Html });
     EXPECT_EQ(table.Text, u"a 2"_s);
     EXPECT_EQ(table.Warnings, QStringList(u"of a formula that is too complex only the characters remain: a 2"_s));
+    const QString thin = u"<mfrac linethickness='0pt'><mi>n</mi><mi>k</mi></mfrac>"_s;
+    const QString fenced = u"<mo>(</mo>"_s + thin + u"<mo>)</mo><mo>=</mo><mfenced>"_s + thin + u"</mfenced>"_s;
+    const Markup::Readable stacks
+        = Markup::Read({ u"<math>"_s + fenced + u"</math> <math>"_s + thin
+                             + u"<menclose notation='updiagonalstrike'><mn>5</mn></menclose></math> \\(\\underline{x}\\)"_s,
+                         Kind::Html });
+    EXPECT_EQ(stacks.Text, u"C(n, k) = C(n, k) (n k)5 x"_s);
+    EXPECT_EQ(stacks.Warnings,
+              (QStringList{ u"what stands one above the other in a formula stands side by side: (n k)"_s,
+                            u"the lines at a part of a formula (updiagonalstrike) are not shown"_s,
+                            u"underlined text is shown like any other"_s }));
     EXPECT_EQ(Shown(u"<math><semantics><annotation encoding='application/x-tex'>x^2</annotation></semantics></math>"_s,
                     Kind::Html),
               u"x²"_s);
