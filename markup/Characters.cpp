@@ -39,18 +39,17 @@ constexpr std::array Soft = {
 
 // For Ascii alone; in order.
 constexpr std::array Signs = {
-    Substitute{ u'\u00A9', "(c)"_L1 },  Substitute{ u'\u00AA', "a"_L1 },    Substitute{ u'\u00AC', "not "_L1 },
-    Substitute{ u'\u00AE', "(R)"_L1 },  Substitute{ u'\u00B1', "+/-"_L1 },  Substitute{ u'\u00B5', "u"_L1 },
-    Substitute{ u'\u00B7', "*"_L1 },    Substitute{ u'\u00BA', "o"_L1 },    Substitute{ u'\u00D7', "*"_L1 },
-    Substitute{ u'\u00F7', "/"_L1 },    Substitute{ u'\u2122', "(TM)"_L1 }, Substitute{ u'\u2190', "<-"_L1 },
-    Substitute{ u'\u2192', "->"_L1 },   Substitute{ u'\u2194', "<->"_L1 },  Substitute{ u'\u21A6', "|->"_L1 },
-    Substitute{ u'\u21CC', "<=>"_L1 },  Substitute{ u'\u21D0', "<="_L1 },   Substitute{ u'\u21D2', "=>"_L1 },
-    Substitute{ u'\u21D4', "<=>"_L1 },  Substitute{ u'\u2213', "-/+"_L1 },  Substitute{ u'\u221A', "sqrt"_L1 },
-    Substitute{ u'\u221B', "cbrt"_L1 }, Substitute{ u'\u2248', "~="_L1 },   Substitute{ u'\u2260', "!="_L1 },
-    Substitute{ u'\u2261', "=="_L1 },   Substitute{ u'\u2264', "<="_L1 },   Substitute{ u'\u2265', ">="_L1 },
-    Substitute{ u'\u226A', "<<"_L1 },   Substitute{ u'\u226B', ">>"_L1 },   Substitute{ u'\u27F5', "<-"_L1 },
-    Substitute{ u'\u27F6', "->"_L1 },   Substitute{ u'\u27F9', "=>"_L1 },   Substitute{ u'\u27FA', "<=>"_L1 },
-    Substitute{ u'\u2A7D', "<="_L1 },   Substitute{ u'\u2A7E', ">="_L1 },
+    Substitute{ u'\u00A9', "(c)"_L1 },  Substitute{ u'\u00AC', "not "_L1 }, Substitute{ u'\u00AE', "(R)"_L1 },
+    Substitute{ u'\u00B1', "+/-"_L1 },  Substitute{ u'\u00B5', "u"_L1 },    Substitute{ u'\u00B7', "*"_L1 },
+    Substitute{ u'\u00D7', "*"_L1 },    Substitute{ u'\u00F7', "/"_L1 },    Substitute{ u'\u2122', "(TM)"_L1 },
+    Substitute{ u'\u2190', "<-"_L1 },   Substitute{ u'\u2192', "->"_L1 },   Substitute{ u'\u2194', "<->"_L1 },
+    Substitute{ u'\u21A6', "|->"_L1 },  Substitute{ u'\u21CC', "<=>"_L1 },  Substitute{ u'\u21D0', "<="_L1 },
+    Substitute{ u'\u21D2', "=>"_L1 },   Substitute{ u'\u21D4', "<=>"_L1 },  Substitute{ u'\u2213', "-/+"_L1 },
+    Substitute{ u'\u221A', "sqrt"_L1 }, Substitute{ u'\u221B', "cbrt"_L1 }, Substitute{ u'\u2248', "~="_L1 },
+    Substitute{ u'\u2260', "!="_L1 },   Substitute{ u'\u2261', "=="_L1 },   Substitute{ u'\u2264', "<="_L1 },
+    Substitute{ u'\u2265', ">="_L1 },   Substitute{ u'\u226A', "<<"_L1 },   Substitute{ u'\u226B', ">>"_L1 },
+    Substitute{ u'\u27F5', "<-"_L1 },   Substitute{ u'\u27F6', "->"_L1 },   Substitute{ u'\u27F9', "=>"_L1 },
+    Substitute{ u'\u27FA', "<=>"_L1 },  Substitute{ u'\u2A7D', "<="_L1 },   Substitute{ u'\u2A7E', ">="_L1 },
 };
 
 constexpr auto IsBefore = [](const Substitute &one, const Substitute &other) { return one.Character < other.Character; };
@@ -131,6 +130,10 @@ QString Replaced(const QString &text, const std::function<bool(char32_t)> &holds
             continue;
         }
         QString other = more(c);
+        // Without its sign "10ª" would be read as a product.
+        if (c == u'\u00AA' || c == u'\u00BA')
+            other = Scripts::PutWithSign(Scripts::Side::Raised, c == u'\u00AA' ? u"a"_s : u"o"_s,
+                                         at < text.size() ? text.at(at) : QChar());
         if (const QString fraction = FractionText(c); other.isNull() && !fraction.isNull())
             other = !result.isEmpty() && result.back().isDigit() ? u' ' + fraction : fraction;
         if (other.isNull())

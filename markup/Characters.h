@@ -23,7 +23,7 @@ bool IsSoft(char32_t character);
 
 // The text in characters that are held, as far as others can stand for what is
 // not: soft ones as above, fractions as "1/2", and a run of superscripts or
-// subscripts of which one is not held as "^2", "_(i+1)". What nothing can stand
+// subscripts of which one is not held as "^2", "_(i+1)"; ordinal signs as "^a". What nothing can stand
 // for stays.
 QString Fit(const QString &text, const std::function<bool(char32_t)> &holds);
 

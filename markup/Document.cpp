@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "markup/Document.h"
 
+#include "markup/HtmlReader.h"
+
 #include <QTextBlock>
 #include <QTextList>
 #include <QTextTable>
@@ -17,8 +19,9 @@ constexpr QChar LineBreak = QChar(QChar::LineSeparator);
 
 class Reader {
 public:
-    explicit Reader(std::vector<Picture> &pictures)
+    Reader(std::vector<Picture> &pictures, bool &isStruck)
         : m_pictures(pictures)
+        , m_isStruck(isStruck)
     {
     }
 
@@ -59,7 +62,7 @@ private:
             for (int column = 0; column < table.columns(); ++column) {
                 const QTextTableCell cell = table.cellAt(row, column);
                 if (cell.row() == row && cell.column() == column)
-                    cells.append(Reader(m_pictures).Read(cell.begin()).simplified());
+                    cells.append(Reader(m_pictures, m_isStruck).Read(cell.begin()).simplified());
             }
             AddLine(cells.join(u" | "_s));
         }
@@ -109,6 +112,7 @@ private:
                 address = format.anchorHref();
             }
             const QString part = it.fragment().text();
+            m_isStruck = m_isStruck || format.fontStrikeOut();
             const qsizetype pictures = format.isImageFormat() ? part.count(QChar(QChar::ObjectReplacementCharacter)) : 0;
             for (qsizetype i = 0; i < pictures; ++i)
                 m_pictures.push_back(
@@ -128,6 +132,7 @@ private:
     }
 
     std::vector<Picture> &m_pictures;
+    bool &m_isStruck; // set for struck-out text
     QStringList m_lines;
     double m_margin = 0; // below the last block
     bool m_wasList = false;
@@ -138,7 +143,10 @@ private:
 Readable ReadDocument(const Document &document)
 {
     Readable readable;
-    readable.Text = Reader(readable.Pictures).Read(document.rootFrame()->begin());
+    bool isStruck = false;
+    readable.Text = Reader(readable.Pictures, isStruck).Read(document.rootFrame()->begin());
+    if (isStruck)
+        readable.Warnings.append(LinedWarning(Html::Role::Struck));
     return readable;
 }
 

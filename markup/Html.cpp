@@ -3,8 +3,11 @@
 
 #include "markup/Entities.h"
 
+#include <QStringList>
+
 #include <algorithm>
 #include <array>
+#include <map>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -124,6 +127,27 @@ private:
     qsizetype m_at;
 };
 
+// What a style sheet in an attribute does to the text.
+Role StyleOf(QStringView tag)
+{
+    if (!tag.contains(u"style", Qt::CaseInsensitive))
+        return Role::Inline;
+    Role style = Role::Inline;
+    for (const QString &declaration : Attribute(tag, "style"_L1).toLower().split(u';')) {
+        const QString name = declaration.section(u':', 0, 0).trimmed();
+        const QString value = declaration.section(u':', 1).simplified();
+        const auto has = [&value](QLatin1StringView word) { return value.split(u' ').contains(word); };
+        if (name == "vertical-align"_L1 && (has("super"_L1) || has("sub"_L1)))
+            return has("super"_L1) ? Role::Raised : Role::Lowered;
+        if (name == "text-decoration"_L1 || name == "text-decoration-line"_L1)
+            style = has("line-through"_L1) ? Role::Struck
+                : has("underline"_L1)      ? Role::Underlined
+                : has("overline"_L1)       ? Role::Overlined
+                                           : Role::Inline;
+    }
+    return style;
+}
+
 // The length of the element's name at that place, behind "<" or "</".
 qsizetype NameLength(QStringView text, qsizetype at)
 {
@@ -202,7 +226,25 @@ private:
             m_patience -= attributes.At() - at;
             return -1;
         }
-        return Put(at, isEnd ? end : WholeEnd(*element, m_text.sliced(name, length), end), Piece::Type::Tag, element, isEnd);
+        Put(at, isEnd ? end : WholeEnd(*element, m_text.sliced(name, length), end), Piece::Type::Tag, element, isEnd);
+        PutStyle(m_pieces.back(), m_text.sliced(at, end - at));
+        return m_done;
+    }
+
+    // The end of an element has the style of its beginning.
+    void PutStyle(Piece &piece, QStringView tag)
+    {
+        if (!piece.IsEnd)
+            piece.Style = StyleOf(tag);
+        if (piece.Element->Role != Role::Inline || (piece.Style == Role::Inline && m_styles.empty()))
+            return;
+        std::vector<Role> &open = m_styles[piece.Element];
+        if (!piece.IsEnd && (piece.Style != Role::Inline || !open.empty())) {
+            open.push_back(piece.Style);
+        } else if (piece.IsEnd && !open.empty()) {
+            piece.Style = open.back();
+            open.pop_back();
+        }
     }
 
     // Where an element ends that is one piece with its content; of any other, and
@@ -302,6 +344,7 @@ private:
     qsizetype m_done = 0;
     qsizetype m_lineEnd = -1;
     std::array<qsizetype, MostElements> m_unclosed = {};
+    std::map<const Element *, std::vector<Role>> m_styles; // of what is open since the first one with a style
     bool m_isCommentOpen = false;
     bool m_isDoctypeOpen = false;
     bool m_isFenceOpen = false;

@@ -35,6 +35,7 @@ enum class Role {
     Quotation,
     Underlined,
     Struck,
+    Overlined,
     Field,
     Reading, // of a ruby
     ReadingBracket,
@@ -59,8 +60,17 @@ struct Piece {
     Piece::Type Kind = Piece::Type::Text;
     const Html::Element *Element = nullptr; // of a tag
     bool IsEnd = false; // of the element
+    // What the style of its element does: Raised, Lowered, Underlined, Struck,
+    // Overlined, or nothing. Of an end only when the element is Inline.
+    Html::Role Style = Html::Role::Inline;
 
-    Html::Role RoleOf() const { return Element ? Element->Role : Html::Role::Inline; }
+    // The role of an element that does nothing itself is that of its style.
+    Html::Role RoleOf() const
+    {
+        if (!Element)
+            return Html::Role::Inline;
+        return Element->Role == Html::Role::Inline && !Element->MakesLines ? Style : Element->Role;
+    }
     bool Is(QLatin1StringView name) const { return Element && Element->Name == name; }
 };
 

@@ -145,6 +145,9 @@ private:
 
     void ReadTag(const Piece &tag)
     {
+        const bool isLined = tag.Style == Role::Underlined || tag.Style == Role::Struck || tag.Style == Role::Overlined;
+        if (isLined && !tag.IsEnd && tag.RoleOf() != tag.Style && tag.RoleOf() != Role::Link)
+            Warn(LinedWarning(tag.Style));
         switch (tag.RoleOf()) {
         case Role::Table:
         case Role::TablePart:
@@ -250,7 +253,8 @@ private:
         case Role::Link: ReadLink(tag); break;
         case Role::Quotation: PutText(tag.IsEnd ? u"\u201D" : u"\u201C"); break;
         case Role::Underlined:
-        case Role::Struck: ReadLined(tag); break;
+        case Role::Struck:
+        case Role::Overlined: ReadLined(tag); break;
         case Role::Reading: PutText(tag.IsEnd ? u")" : u"("); break;
         case Role::ReadingBracket: m_isBehindBracket = !tag.IsEnd; break;
         default: break;
@@ -278,7 +282,7 @@ private:
         if (IsBlank(content) && isUnderlined && content.size() > 1)
             Out().ReplaceSince(m_lined, u"_____"_s);
         else if (!IsBlank(content))
-            Warn(isUnderlined ? u"underlined text is shown like any other"_s : u"struck-out text is shown like any other"_s);
+            Warn(LinedWarning(tag.RoleOf()));
         m_lined = Out().Place();
     }
 
@@ -392,6 +396,12 @@ private:
 Readable ReadHtml(const std::vector<Piece> &pieces, WhiteSpace whiteSpace)
 {
     return HtmlReader(pieces, whiteSpace).Read();
+}
+
+QString LinedWarning(Html::Role role)
+{
+    const QString kind = role == Role::Underlined ? u"underlined"_s : role == Role::Struck ? u"struck-out"_s : u"overlined"_s;
+    return kind + u" text is shown like any other"_s;
 }
 
 QString Shielded(QString text)

@@ -15,6 +15,9 @@ enum class WhiteSpace { Collapsed, Kept };
 // written, and "$" and "\" inside code are Shielded.
 Readable ReadHtml(const std::vector<Html::Piece> &pieces, WhiteSpace whiteSpace);
 
+// What is said of text that is underlined, struck out or overlined.
+QString LinedWarning(Html::Role role);
+
 // The signs of TeX where they are none, as characters that no text has; and the
 // text with them back in their places.
 constexpr QChar ShieldedDollar = QChar(0xFDD0);

@@ -59,6 +59,37 @@ QString InRoman(int number)
     return roman;
 }
 
+// Whether it is raised, or lowered, already: some editors write both an element
+// and a style for it.
+bool IsAllOf(Scripts::Side side, const QString &text)
+{
+    return std::all_of(text.begin(), text.end(), [side](QChar c) {
+        const Scripts::Plain plain = Scripts::PlainOf(c.unicode());
+        return plain.Character != 0 && plain.Side == side;
+    });
+}
+
+// Whether the number that ends the text, with a dot behind it or not, stands
+// alone, as ordinal numbers do, and not in a calculation.
+bool EndsWithLoneNumber(QStringView text)
+{
+    if (text.endsWith(u'.'))
+        text.chop(1);
+    qsizetype start = text.size();
+    while (start > 0 && text.at(start - 1).isDigit())
+        --start;
+    const QStringView before = text.first(start).trimmed();
+    if (start == text.size() || before.isEmpty())
+        return start < text.size();
+    const QChar last = before.back();
+    const bool isCalculated = last.category() == QChar::Symbol_Math || last.category() == QChar::Symbol_Modifier
+        || u"*/\u00B7-.,_"_s.contains(last) || Scripts::PlainOf(last.unicode()).Character != 0;
+    const bool isPart = before.size() == start && last.isLetterOrNumber();
+    // "1, 2" but not "1,2"; a dash alone begins an entry of a list.
+    const bool isParted = before.size() < start && (last == u',' || last == u'.' || before == u"-" || before == u"*");
+    return (!isCalculated || isParted) && !isPart;
+}
+
 QString NumberText(int number, QChar type)
 {
     constexpr int mostRoman = 3999;
@@ -286,7 +317,7 @@ void Lines::CloseScript(const OpenScript &script)
         return;
     const QChar before = script.Start > 0 ? m_line.at(script.Start - 1) : QChar();
     const bool isRaised = script.Side == Scripts::Side::Raised;
-    const bool isNumbered = before.isDigit() || (before == u'.' && script.Start > 1 && m_line.at(script.Start - 2).isDigit());
+    const bool isNumbered = EndsWithLoneNumber(QStringView(m_line).first(script.Start));
     QString text;
     if (isRaised && ((isNumbered && Scripts::IsOrdinal(word)) || (!before.isNull() && word == u"th"_s)))
         text = word;
@@ -295,7 +326,7 @@ void Lines::CloseScript(const OpenScript &script)
     else if (isRaised && word == u"TM"_s)
         text = u"\u2122"_s;
     else
-        text = Scripts::Put(script.Side, word);
+        text = IsAllOf(script.Side, word) ? word : Scripts::Put(script.Side, word);
     m_line.truncate(script.Start);
     m_line += text;
     m_canBeBlank = content.back().isSpace();

@@ -5,6 +5,7 @@
 #include "markup/Html.h"
 #include "markup/HtmlReader.h"
 #include "markup/Lines.h"
+#include "markup/Scripts.h"
 #include "markup/Tex.h"
 
 #include <QHash>
@@ -78,6 +79,9 @@ private:
         case Role::Break: m_text += LineBreak; return at;
         case Role::Raised:
         case Role::Lowered: return PutScript(at);
+        case Role::Underlined:
+        case Role::Struck:
+        case Role::Overlined: Result.Warnings.append(LinedWarning(piece.RoleOf())); return at;
         case Role::Picture:
         case Role::Object:
         case Role::Drawing:
@@ -98,14 +102,17 @@ private:
     {
         constexpr size_t farthest = 20;
         for (size_t end = at + 1; !m_pieces[at].IsEnd && end < std::min(m_pieces.size(), at + farthest); ++end) {
-            if (!m_pieces[end].IsEnd || m_pieces[end].Element != m_pieces[at].Element)
+            if (!m_pieces[end].IsEnd || m_pieces[end].Element != m_pieces[at].Element
+                || m_pieces[end].RoleOf() != m_pieces[at].RoleOf())
                 continue;
-            // What stands before tells an ordinal number.
-            const QString before = m_text.right(1);
+            // What stands before tells an ordinal number from a power.
+            static const QRegularExpression number(u"([=\u00D7\u00F7\u00B7/^] {0,2})?\\d{1,6}\\.?$|\\w$"_s,
+                                                   QRegularExpression::UseUnicodePropertiesOption);
+            const QString before = number.match(m_text.right(10)).captured();
             std::vector<Piece> pieces(m_pieces.begin() + static_cast<std::ptrdiff_t>(at),
                                       m_pieces.begin() + static_cast<std::ptrdiff_t>(end) + 1);
-            if (!before.isEmpty() && before.front().isLetterOrNumber()) {
-                m_text.chop(1);
+            if (!before.isEmpty()) {
+                m_text.chop(before.size());
                 pieces.insert(pieces.begin(), Piece{ before });
             }
             PutHtml(pieces);
@@ -126,8 +133,25 @@ private:
     // Puts the text that has come together, with its formulas read.
     void PutText()
     {
-        Result.Text += Tex::ReplacedIn(m_text, Tex::Delimiters::Escaped, Result.Warnings, Escaped);
+        PutLowered(Tex::ReplacedIn(m_text, Tex::Delimiters::Escaped, Result.Warnings, Escaped));
         m_text.clear();
+    }
+
+    // Qt's reader takes single tildes for struck-out text, most writers for indices.
+    void PutLowered(const QString &text)
+    {
+        static const QRegularExpression lowered(u"(?<=[\\w)\\]])~([^\\s~\\\\]{1,20})~(?!~)"_s,
+                                                QRegularExpression::UseUnicodePropertiesOption);
+        qsizetype done = 0;
+        for (auto match = lowered.globalMatch(text); match.hasNext();) {
+            const QRegularExpressionMatch found = match.next();
+            const qsizetype end = found.capturedEnd();
+            Result.Text += QStringView(text).sliced(done, found.capturedStart() - done);
+            Result.Text
+                += Escaped(Scripts::Put(Scripts::Side::Lowered, found.captured(1), end < text.size() ? text.at(end) : QChar()));
+            done = end;
+        }
+        Result.Text += QStringView(text).sliced(done);
     }
 
     QString m_markdown;
@@ -210,7 +234,7 @@ Readable ReadMarkdown(const QString &markdown)
     Readable readable = IsTooMuch(bare) ? AsWritten(bare) : ReadBare(bare);
     readable.Text = Unshielded(readable.Text); // of what ReadHtml has put there
     MergePictures(readable, preparer.Result.Pictures);
-    readable.Warnings = preparer.Result.Warnings;
+    readable.Warnings += preparer.Result.Warnings;
     readable.Warnings.removeDuplicates();
     return readable;
 }

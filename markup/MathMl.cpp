@@ -6,6 +6,8 @@
 #include "markup/Html.h"
 #include "markup/Tex.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <array>
 #include <vector>
@@ -102,14 +104,21 @@ private:
     qsizetype m_at = 0;
 };
 
+bool IsThin(const Node &node)
+{
+    static const QRegularExpression zero(u"^\\s*0*\\.?0+\\s*[a-z%]*\\s*$"_s);
+    return node.Name == "mfrac"_L1 && node.Children.size() == 2
+        && zero.match(Html::Attribute(node.Tag, "linethickness"_L1).toLower()).hasMatch();
+}
+
 class Speller {
 public:
     bool IsFailed = false;
+    QStringList Warnings;
 
     Part Spell(const Node &node)
     {
-        static constexpr std::array rows
-            = { "math"_L1, "mrow"_L1, "mstyle"_L1, "mpadded"_L1, "merror"_L1, "menclose"_L1, "maction"_L1 };
+        static constexpr std::array rows = { "math"_L1, "mrow"_L1, "mstyle"_L1, "mpadded"_L1, "merror"_L1, "maction"_L1 };
         static constexpr std::array nothing = { "mphantom"_L1, "annotation"_L1, "annotation-xml"_L1, "none"_L1 };
         const QString &name = node.Name;
         const auto isOneOf = [&name](const auto &names) { return std::find(names.begin(), names.end(), name) != names.end(); };
@@ -125,6 +134,12 @@ public:
             return SpellFenced(node);
         if (name == "msqrt"_L1)
             return Formula::Root(SpellRow(node), {});
+        if (name == "menclose"_L1)
+            return SpellEnclosed(node);
+        if (name == "munder"_L1 && node.Children.size() == 2 && IsLine(node.Children.back())) {
+            Warnings.append(u"underlined text is shown like any other"_s);
+            return Spell(node.Children.front());
+        }
         if (name == "mover"_L1 && node.Children.size() == 2) {
             const Part accented = SpellAccent(node);
             if (accented.Shape != Shape::Empty)
@@ -138,12 +153,52 @@ public:
         // Text stands in elements of its own.
         IsFailed = IsFailed || !node.Text.trimmed().isEmpty();
         Formula::Row row;
-        for (const Node &child : node.Children)
-            row.Add(Spell(child));
+        for (size_t i = 0; i < node.Children.size(); ++i) {
+            const bool isBinomial = i + 2 < node.Children.size() && IsSign(node.Children[i], u'(')
+                && IsThin(node.Children[i + 1]) && IsSign(node.Children[i + 2], u')');
+            row.Add(isBinomial ? Binomial(node.Children[i + 1]) : Spell(node.Children[i]));
+            i += isBinomial ? 2 : 0;
+        }
         return row.Whole();
     }
 
 private:
+    static bool IsSign(const Node &node, QChar sign) { return node.Name == "mo"_L1 && node.Text.trimmed() == sign; }
+
+    static bool IsLine(const Node &node)
+    {
+        const QString text = node.Text.simplified();
+        return text.size() == 1 && u"_\u0332\u00AF\u203E\u2015-"_s.contains(text.front());
+    }
+
+    Part Binomial(const Node &fraction)
+    {
+        const Part above = Spell(fraction.Children.front());
+        return { u"C("_s + above.Text + u", "_s + Spell(fraction.Children.back()).Text + u')', Shape::Letter };
+    }
+
+    // One above the other without a line between them.
+    Part SpellStack(const Part &above, const Part &below)
+    {
+        const QString text = u'(' + above.Text + u' ' + below.Text + u')';
+        Warnings.append(u"what stands one above the other in a formula stands side by side: %1"_s.arg(text));
+        return { text, Shape::Letter };
+    }
+
+    Part SpellEnclosed(const Node &node)
+    {
+        const QString notation = Html::Attribute(node.Tag, "notation"_L1).simplified().toLower();
+        const Part content = SpellRow(node);
+        if (notation == "radical"_L1)
+            return Formula::Root(content, {});
+        const Part overlined = notation == "top"_L1 ? Formula::WithAccent(content, u'\u0304') : Part();
+        if (overlined.Shape != Shape::Empty)
+            return overlined;
+        Warnings.append(u"the lines at a part of a formula (%1) are not shown"_s.arg(notation.isEmpty() ? u"longdiv"_s
+                                                                                                        : notation.left(40)));
+        return content;
+    }
+
     Part SpellToken(const Node &node)
     {
         QString text = node.Text.simplified();
@@ -193,6 +248,11 @@ private:
         const QString separators = attribute("separators"_L1, u","_s);
         Formula::Row row;
         const auto put = [&row](const QString &sign) { row.Add(sign.isEmpty() ? Part() : Formula::Sign(sign)); };
+        const Node *only = node.Children.size() == 1 ? &node.Children.front() : nullptr;
+        if (only && only->Name == "mrow"_L1 && only->Children.size() == 1)
+            only = &only->Children.front();
+        if (only && IsThin(*only) && attribute("open"_L1, u"("_s) == u"("_s && attribute("close"_L1, u")"_s) == u")"_s)
+            return Binomial(*only);
         put(attribute("open"_L1, u"("_s));
         for (size_t i = 0; i < node.Children.size(); ++i) {
             if (i > 0 && !separators.isEmpty())
@@ -241,6 +301,8 @@ private:
             return Formula::WithScripts(first, {}, second);
         if (node.Name == "msub"_L1 || node.Name == "munder"_L1)
             return Formula::WithScripts(first, second, {});
+        if (IsThin(node))
+            return SpellStack(first, second);
         if (node.Name == "mfrac"_L1)
             return Formula::Fraction(first, second);
         if (node.Name == "mroot"_L1)
@@ -266,8 +328,10 @@ QString Read(QStringView source, QStringList &warnings)
     const Node root = builder.Build();
     Speller speller;
     const QString text = speller.SpellRow(root).Text.simplified();
-    if (!speller.IsFailed && !builder.IsTooDeep)
+    if (!speller.IsFailed && !builder.IsTooDeep) {
+        warnings += speller.Warnings;
         return text;
+    }
     const QString characters = CharactersOf(root).simplified();
     constexpr qsizetype longest = 60;
     warnings.append(u"of a formula that is too complex only the characters remain: %1"_s.arg(

@@ -13,6 +13,7 @@ namespace {
 
 constexpr qsizetype LongestFormula = 2000;
 constexpr qsizetype MostWarnings = 20; // of one text
+const QString Underlined = u"underlined text is shown like any other"_s;
 
 bool IsLetterOrNumber(QStringView text, qsizetype at)
 {
@@ -27,6 +28,9 @@ bool IsSpaceAt(QStringView text, qsizetype at)
 bool HasCommand(QStringView text)
 {
     for (qsizetype at = text.indexOf(u'\\'); at >= 0; at = text.indexOf(u'\\', at + 1)) {
+        // A new line between two others.
+        if (at > 0 && text.at(at - 1).isSpace() && text.sliced(at).startsWith(u"\\\\ "))
+            return true;
         if (at + 1 < text.size() && (text.at(at + 1).isLetter() || u",;:!{}%|$"_s.contains(text.at(at + 1))))
             return true;
     }
@@ -74,11 +78,21 @@ bool IsIdentifier(QStringView text)
         && std::all_of(text.begin(), text.end(), [](QChar c) { return c.isLetterOrNumber() || c == u'_'; });
 }
 
+// Whether it ends as a formula does, and begins so: what follows a sum of money
+// begins with a comma or the like.
+bool HasFormulaEnds(QStringView text)
+{
+    if (text.endsWith(u"\\right."))
+        return true;
+    const bool isAbsolute = text.back() == u'|' && text.size() > 2 && text.count(u'|') % 2 == 0;
+    return !u",;:)?!%"_s.contains(text.front()) && (isAbsolute || !u"=+-*/,.:;([<|&\u2013\u2014"_s.contains(text.back()));
+}
+
 // Whether the text is in TeX and not a sum of money or a name in a program.
 bool IsFormula(QStringView text, qsizetype longestWord)
 {
-    if (text.isEmpty() || text.size() > LongestFormula || text.contains(u"\n\n")
-        || u"=+-*/,.:;([<|&\u2013\u2014"_s.contains(text.back()) || text.contains(QChar::ObjectReplacementCharacter))
+    if (text.isEmpty() || text.size() > LongestFormula || text.contains(u"\n\n") || !HasFormulaEnds(text)
+        || text.contains(QChar::ObjectReplacementCharacter))
         return false;
     if (HasCommand(text))
         return true;
@@ -107,6 +121,25 @@ bool IsPattern(QStringView text, qsizetype start, qsizetype end, QStringView con
     const bool isQuoted
         = (before == u'\'' || before == u'"') && !HasCommand(content) && content.indexOf(u'^') < 1 && content.indexOf(u'_') < 1;
     return isQuoted || u"/`^*\\[]|"_s.contains(before) || u"/\\*{[|$+`"_s.contains(behind);
+}
+
+// Whether it ends with a digit and at most one blank.
+bool EndsWithDigit(QStringView text)
+{
+    if (!text.isEmpty() && text.back().isSpace())
+        text.chop(1);
+    return !text.isEmpty() && text.back().isDigit();
+}
+
+// Whether an ending of an ordinal number or of a plural follows, as in "$n$th".
+bool IsEnding(QStringView text, qsizetype at, QStringView formula)
+{
+    qsizetype end = at;
+    while (end - at < 3 && IsLetterOrNumber(text, end))
+        ++end;
+    const QStringView word = text.sliced(at, end - at);
+    const bool isWritten = formula.contains(u'_') || formula.contains(u'^') || HasCommand(formula);
+    return word == u"th" || word == u"st" || word == u"nd" || word == u"rd" || (word == u"s" && isWritten);
 }
 
 class Replacer {
@@ -149,8 +182,11 @@ private:
             return inside;
         const qsizetype end = close + (isDisplay ? 2 : 1);
         const QStringView content = text.sliced(inside, close - inside);
+        // "10 $" is a sum of money unless a formula clearly begins there.
+        const bool isMoney = !isDisplay && !HasCommand(content) && EndsWithDigit(text.first(at)) && close > inside
+            && !content.front().isLetterOrNumber() && !u"([{|"_s.contains(content.front());
         const bool isClosed = isDisplay
-            || (!IsSpaceAt(text, close - 1) && !IsLetterOrNumber(text, end)
+            || (!IsSpaceAt(text, close - 1) && !isMoney && (!IsLetterOrNumber(text, end) || IsEnding(text, end, content))
                 && !u"{(["_s.contains(end < text.size() ? text.at(end) : u' '));
         constexpr qsizetype longestWord = 2;
         if (!isClosed || !IsFormula(content.trimmed(), longestWord))
@@ -200,8 +236,10 @@ private:
     {
         const QStringView written = QStringView(m_text).sliced(at, end - at);
         const std::optional<QString> readable = Read(content);
-        if (!readable && m_warnings.size() < MostWarnings)
+        if (m_warnings.size() < MostWarnings && !readable)
             m_warnings.append(TooComplex(written));
+        else if (content.contains(u"\\underline") && !m_warnings.contains(Underlined))
+            m_warnings.append(Underlined);
         const QString text = readable ? *readable : written.toString();
         m_result += QStringView(m_text).sliced(m_done, at - m_done);
         m_result += m_escape ? m_escape(text) : text;

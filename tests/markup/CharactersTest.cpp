@@ -57,6 +57,7 @@ TEST(CharactersTest, SignsInAscii)
         { "arrows and relations", u"a \u2192 b \u2190 c \u2194 d \u21D2 e \u21D4 f \u2264 \u2265 \u2260 \u2248"_s,
           u"a -> b <- c <-> d => e <=> f <= >= != ~="_s },
         { "operators", u"2\u00D73\u00F74\u00B15\u00B7\u221A(x\u00B2)\u22C5\u00BD"_s, u"2*3/4+/-5*sqrt(x^2)*1/2"_s },
+        { "ordinals are no products", u"10\u00AA 2\u00BAb"_s, u"10^a 2^(o)b"_s },
         { "letters stay", u"\u00E9 \u0416 90\u00B0 \u201Ca\u201D"_s, u"\u00E9 \u0416 90\u00B0 \"a\""_s },
     };
     ExpectRows(Characters::Ascii, rows);

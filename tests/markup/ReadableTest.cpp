@@ -46,6 +46,13 @@ TEST(ReadableTest, Html)
           u"H<sub>2</sub>O, (2)<sup> 10</sup>, x<sup>-3</sup>, 1<sup>st</sup>, n<sup>th</sup>, 2<sup>e</sup>, "
           "n<sup>o</sup> 1, .<sup>1</sup>, a<sup></sup>b, x<sup>n + 1</sup>, 90<sup>°</sup>"_s,
           u"H₂O, (2)¹⁰, x⁻³, 1st, nth, 2e, nº 1, .¹, ab, xⁿ⁺¹, 90°"_s },
+        { "raised by a style",
+          u"a<span style='font-size:9px; Vertical-Align: super;'>2<span>3</span></span>b <b style=vertical-align:sub>1</b> "
+          "<sup><span style='vertical-align:super'>4</span></sup> <td style='vertical-align:sub'>c</td>"_s,
+          u"a²³b ₁ ⁴\nc"_s },
+        { "ordinal numbers and powers",
+          u"2<sup>a</sup>, 3<sup>o</sup>, x = 2<sup>a</sup>, 5·10<sup>o</sup>, x2<sup>a</sup>, 1-2<sup>e</sup>"_s,
+          u"2ª, 3º, x = 2ᵃ, 5·10ᵒ, x2ᵃ, 1-2ᵉ"_s },
         { "raised without characters for it",
           u"2<sup>n<sup>2</sup></sup>, x<sup>n/2</sup>, x<sub>b</sub>, x<sub>b</sub>c, "
           "x<sub>bc</sub>, m<sub>max</sub>, a<sup>[1]</sup>, <sup>a<br>d"_s,
@@ -83,6 +90,7 @@ TEST(ReadableTest, Markdown)
         { "lists", u"- a\n- b<br>y\n    1. c\n- [x] d\n- [ ] e\n\nx"_s, u"- a\n- b\n  y\n  1. c\n[x] d\n[ ] e\n\nx"_s },
         { "table", u"| a | b |\n|---|---|\n| 1 | 2 |"_s, u"a | b\n1 | 2"_s },
         { "a cell too many", u"| a |\n|---|\n| 1 | 2 |<br>"_s, u"| a |\n|---|\n| 1 | 2 |"_s },
+        { "lowered", u"H~2~O ~~H2O~~ SO~4~^2-^ ~/a"_s, u"H₂O H2O SO₄^2-^ ~/a"_s },
         { "never closed", u"List<int> or a <br> b <img src=\"x\" alt=\"cat\"> <b>c\n\nlast"_s,
           u"List<int> or a\nb [cat] c\n\nlast"_s },
         { "code", u"`<b>` &lt; \\<br\\>\n```c\n<br>\n  x\n```"_s, u"<b> < <br>\n\n<br>\n  x"_s },
@@ -117,6 +125,11 @@ TEST(ReadableTest, WhatIsLostIsWarnedOf)
     EXPECT_EQ(warnings(u"<p><b>a</b> <u>&nbsp;</u></p>"_s), u""_s);
     EXPECT_EQ(warnings(u"<u>a</u> <del>b</del> <u>c</u>"_s),
               u"underlined text is shown like any other|struck-out text is shown like any other"_s);
+    EXPECT_EQ(warnings(
+                  u"<span style='text-decoration: line-through red'>a</span><p style='text-decoration-line:overline'>b</p>"_s),
+              u"struck-out text is shown like any other|overlined text is shown like any other"_s);
+    EXPECT_EQ(Markup::Read({ u"*a* ~~b~~ <u>c</u>"_s, Kind::Markdown }).Warnings.join(u'|'),
+              u"struck-out text is shown like any other|underlined text is shown like any other"_s);
     EXPECT_EQ(warnings(u"<video src='x'></video>"_s), u"what is played or embedded (video) is left out"_s);
 }
 

@@ -86,6 +86,8 @@ TEST(TexTest, TheTextAround)
     const std::vector<Row> formulas = {
         { "dollars", u"If $x$ and $2x+3$, $$\\pi$$: $f(x)=x_1$."_s, u"If x and 2x+3, π: f(x) = x₁."_s },
         { "brackets", u"A \\(n\\)th, \\(ABC\\), '\\(b^2\\)', \\[a<b\\]"_s, u"A nth, ABC, 'b²', a < b"_s },
+        { "absolute values and endings", u"$|x|$, $i$th, $x_i$s, year 5 $x$, $\\left\\{ x \\right.$"_s,
+          u"|x|, ith, xᵢs, year 5 x, {x"_s },
         { "markup inside", u"<b>$a &lt; b$</b> <code>$a^2$ \\(b\\)</code> $c$"_s, u"a < b $a^2$ \\(b\\) c"_s },
         { "pictures", u"<img data-equation-content='x^2' src=y> <img class=\"texrender\" alt=\"\\frac{1}{2}\" src=y>"_s,
           u"x² 1/2"_s },
@@ -97,19 +99,21 @@ TEST(TexTest, TheTextAround)
     };
     ExpectRows([](const QString &source) { return Shown(source, Kind::Markdown); }, rows);
     for (const QString &text :
-         { u"$5 and $10"_s, u"$x\ny$"_s, u"costs $5, or 6$ (5$-6$)"_s, u"between $1,000-$2,000"_s, u"$PATH or $HOME/$USER"_s,
-           u"$HOME_DIR$"_s, u"${a}${b} $_GET['x'].$_POST['y']"_s, u"kill $$; echo $$"_s, u"$a+$b; $i<$n"_s, u"=$A$1+$B$2"_s,
-           u"df$col_a == df$col_b"_s, u"/^a$|^b$/"_s, u"\\d \\[a-z\\]"_s, u"sed 's/\\(a\\)\\(b\\)/\\2/' '\\[a-z\\]'"_s,
-           u"C:\\(x86\\bin"_s, u"US$5 $(ls -l $HOME)"_s })
+         { u"$5 and $10"_s, u"10 $, 5$ de moins, 7 $-6$"_s, u"$PATH$s $a|$b|$"_s, u"$x\ny$"_s, u"costs $5, or 6$ (5$-6$)"_s,
+           u"between $1,000-$2,000"_s, u"$PATH or $HOME/$USER"_s, u"$HOME_DIR$"_s, u"${a}${b} $_GET['x'].$_POST['y']"_s,
+           u"kill $$; echo $$"_s, u"$a+$b; $i<$n"_s, u"=$A$1+$B$2"_s, u"df$col_a == df$col_b"_s, u"/^a$|^b$/"_s,
+           u"\\d \\[a-z\\]"_s, u"sed 's/\\(a\\)\\(b\\)/\\2/' '\\[a-z\\]'"_s, u"C:\\(x86\\bin"_s, u"US$5 $(ls -l $HOME)"_s })
         EXPECT_EQ(Shown(text, Kind::Moodle), text);
 }
 
 TEST(TexTest, WhatIsTooComplexStays)
 {
     const QString matrix = u"\\(\\begin{matrix}a&b\\\\c&d\\end{matrix}\\)"_s;
-    for (const QString &text : { matrix, u"$\\unknown{x}$"_s, u"$x^2^3$"_s, u"$\\frac{1}{$"_s, u"$\\overline{A+B}$"_s }) {
+    for (const QString &text :
+         { matrix, u"$\\unknown{x}$"_s, u"$x \\\\ y$"_s, u"$x^2^3$"_s, u"$\\frac{1}{$"_s, u"$\\overline{A+B}$"_s }) {
         const Markup::Readable readable = Markup::Read({ text, Kind::Moodle });
         EXPECT_EQ(readable.Text, text);
+        EXPECT_EQ(readable.Warnings.size(), 1) << text.toStdString();
     }
     EXPECT_EQ(Markup::Read({ matrix, Kind::Html }).Warnings,
               QStringList(u"a formula that is too complex stays as it is written: "_s + matrix));
@@ -119,6 +123,17 @@ TEST(TexTest, WhatIsTooComplexStays)
         { u"<math><mtable><mtr><mtd><mi>a</mi></mtd><mtd><mn>2</mn></mtd></mtr></mtable></math>"_s, Kind::Html });
     EXPECT_EQ(table.Text, u"a 2"_s);
     EXPECT_EQ(table.Warnings, QStringList(u"of a formula that is too complex only the characters remain: a 2"_s));
+    const QString thin = u"<mfrac linethickness='0pt'><mi>n</mi><mi>k</mi></mfrac>"_s;
+    const QString fenced = u"<mo>(</mo>"_s + thin + u"<mo>)</mo><mo>=</mo><mfenced>"_s + thin + u"</mfenced>"_s;
+    const Markup::Readable stacks
+        = Markup::Read({ u"<math>"_s + fenced + u"</math> <math>"_s + thin
+                             + u"<menclose notation='updiagonalstrike'><mn>5</mn></menclose></math> \\(\\underline{x}\\)"_s,
+                         Kind::Html });
+    EXPECT_EQ(stacks.Text, u"C(n, k) = C(n, k) (n k)5 x"_s);
+    EXPECT_EQ(stacks.Warnings,
+              (QStringList{ u"what stands one above the other in a formula stands side by side: (n k)"_s,
+                            u"the lines at a part of a formula (updiagonalstrike) are not shown"_s,
+                            u"underlined text is shown like any other"_s }));
     EXPECT_EQ(Shown(u"<math><semantics><annotation encoding='application/x-tex'>x^2</annotation></semantics></math>"_s,
                     Kind::Html),
               u"x²"_s);
