@@ -11,7 +11,9 @@
 #include <QGlyphRun>
 #include <QIODevice>
 #include <QPainter>
+#include <QPainterPath>
 #include <QPdfWriter>
+#include <QRawFont>
 #include <QTextLayout>
 
 #include <algorithm>
@@ -54,14 +56,21 @@ QString Printable(QString text)
     return text;
 }
 
-// Whether a letter of the line is in no font. Every font has those of Latin.
+// Whether a letter of the line is in no font, or has no outline. Every font has those of Latin.
 bool Lacks(const QString &text, const QTextLine &line)
 {
     constexpr char16_t lastLatin = 0x24F;
     if (std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() <= lastLatin; }))
         return false;
     const QList<QGlyphRun> runs = line.glyphRuns();
-    return std::any_of(runs.begin(), runs.end(), [](const QGlyphRun &run) { return run.glyphIndexes().contains(0U); });
+    return std::any_of(runs.begin(), runs.end(), [](const QGlyphRun &run) {
+        const QRawFont font = run.rawFont();
+        const QList<quint32> glyphs = run.glyphIndexes();
+        return std::any_of(glyphs.begin(), glyphs.end(), [&font](quint32 glyph) {
+            // A PDF leaves blank what has no outline, such as emoji in colours.
+            return glyph == 0 || (!font.boundingRect(glyph).isEmpty() && font.pathForGlyph(glyph).isEmpty());
+        });
+    });
 }
 
 }

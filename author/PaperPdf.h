@@ -21,8 +21,8 @@ public:
 
     // Use the object, which must outlive them.
     Measures MeasuresOfIt();
-    // Whether a text was measured with a letter that no font of the system has. It
-    // is painted as a box.
+    // Whether a text was measured with a letter that no font of the system has, or
+    // only as a picture. It is painted as a box, or left blank in a PDF.
     bool LacksLetters() const { return m_lacksLetters; }
     // On the device's current page, whose left upper corner is that of the sheet.
     void Paint(const Page &page);

@@ -4,6 +4,7 @@
 #include "tests/support/ExamBuilder.h"
 #include "tests/support/Program.h"
 
+#include <QFontDatabase>
 #include <QPainter>
 
 namespace {
@@ -160,6 +161,11 @@ TEST(PrintTest, PaintedWhereItWasPlanned)
         EXPECT_NEAR(line.Height, 5, 2);
     }
     EXPECT_EQ(broken.simplified().remove(u' '), text.simplified().remove(u' ').remove(u'\u0007')) << "no text is lost";
+    EXPECT_FALSE(press.LacksLetters());
+    if (QFontDatabase::families().contains(u"Noto Color Emoji"_s)) {
+        measures.Break(u"\U0001F98A"_s, Paper::Body, 100);
+        EXPECT_TRUE(press.LacksLetters()) << "emoji in colours are blank on paper";
+    }
     EXPECT_TRUE(measures.Break(u"א\nb"_s, Paper::Body, 9)[0].IsRightToLeft);
 
     using Paper::Mark;
