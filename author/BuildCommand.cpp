@@ -45,7 +45,9 @@ public:
     int Execute()
     {
         // From here on a full disk is an error that is reported, and no end by a signal.
-        Cancellation();
+        {
+            const Cancellation first;
+        }
         for (const QString &out : Outs())
             Package::CheckTarget(out, m_options.Replaces);
         const auto read = [this](const Bank::Source &source, const Bank::Format *format) { Read(source, format); };
