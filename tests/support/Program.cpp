@@ -25,7 +25,8 @@ Outcome OutcomeOf(const QString &program, const QStringList &arguments, const Pr
 
 Outcome EndOf(QProcess &process)
 {
-    EXPECT_TRUE(process.waitForFinished(120'000)) << process.program().toStdString();
+    EXPECT_TRUE(process.waitForFinished(120'000))
+        << process.program().toStdString() << ": " << process.errorString().toStdString();
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit) << process.program().toStdString();
     // Windows ends lines with two characters.
     const auto text = [](const QByteArray &bytes) { return QString::fromUtf8(bytes).replace("\r\n"_L1, "\n"_L1); };
