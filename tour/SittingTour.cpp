@@ -313,6 +313,8 @@ void SittingTour::SitLanguages()
                     qPrintable(QFontDatabase::writingSystemName(needed)));
         return;
     }
+    if (qEnvironmentVariable("PRACTORIUM_LANGUAGES") == "0"_L1)
+        return;
     Start(LanguagesExam, u"main-languages"_s);
     QWidget *exam = ExamWindow();
     const int count = Globals::CurrentExam->Questions().Count();
