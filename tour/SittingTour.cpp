@@ -313,8 +313,6 @@ void SittingTour::SitLanguages()
                     qPrintable(QFontDatabase::writingSystemName(needed)));
         return;
     }
-    if (qEnvironmentVariable("PRACTORIUM_LANGUAGES") == "0"_L1)
-        return;
     Start(LanguagesExam, u"main-languages"_s);
     QWidget *exam = ExamWindow();
     const int count = Globals::CurrentExam->Questions().Count();
