@@ -2,7 +2,7 @@
 #include "ui/TextBlock.h"
 
 #include "common/Common.h"
-#include "ui/CodeLines.h"
+#include "ui/CodeFont.h"
 
 #include <QMouseEvent>
 #include <QPaintEvent>
@@ -26,10 +26,10 @@ void SetFont(QTextLayout &layout, const QFont &font)
     option.setTextDirection(isRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     if (layout.text().contains(u'\t'))
-        option.setTabStopDistance(CodeLines::TabStopDistance(font));
+        option.setTabStopDistance(CodeFont::TabStopDistance(font));
     layout.setTextOption(option);
     layout.setFont(font);
-    layout.setFormats(CodeLines::Formats(layout.text(), font));
+    layout.setFormats(CodeFont::Formats(layout.text(), font));
 }
 
 QString Lines(QString text)

@@ -5,7 +5,7 @@
 #include <QTextLayout>
 
 // A label for texts of any length out of a stranger's file: always plain,
-// wrapped to its width even inside a word, with code in columns (CodeLines), laid
+// wrapped to its width even inside a word, with code in columns (CodeFont), laid
 // out once for each width and painted only where it shows. Ends at the text's
 // first NUL. A text whose first letter is of a script that is written from right to
 // left stands at the right.

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "session/view/frmExplain.h"
 
+#include "common/CodeLines.h"
 #include "common/Common.h"
 #include "common/Error.h"
 #include "model/Globals.h"
-#include "ui/CodeLines.h"
+#include "ui/CodeFont.h"
 #include "ui/TextBlock.h"
 
 #include <QDialogButtonBox>
@@ -38,7 +39,7 @@ frmExplain::frmExplain(QWidget *owner)
 
 void frmExplain::ShowCode()
 {
-    txtExplaination->setTabStopDistance(CodeLines::TabStopDistance(txtExplaination->font()));
+    txtExplaination->setTabStopDistance(CodeFont::TabStopDistance(txtExplaination->font()));
     QTextCursor cursor(txtExplaination->document());
     // The text may have come in the format of an earlier one.
     cursor.select(QTextCursor::Document);
@@ -46,7 +47,7 @@ void frmExplain::ShowCode()
     for (const CodeLines::Range &range : CodeLines::Find(txtExplaination->toPlainText())) {
         cursor.setPosition(static_cast<int>(range.Start));
         cursor.setPosition(static_cast<int>(range.Start + range.Length), QTextCursor::KeepAnchor);
-        cursor.mergeCharFormat(CodeLines::Format(txtExplaination->font()));
+        cursor.mergeCharFormat(CodeFont::Format(txtExplaination->font()));
     }
 }
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "common/CodeLines.h"
 #include "common/Common.h"
 #include "tests/support/System.h"
 #include "tests/support/Test.h"
@@ -138,4 +139,28 @@ TEST(CommonTest, BlanksNullsAndLeadingNumbers)
     }
     EXPECT_GT(LeadingNumber(QString(400, u'9')), 1e12);
     EXPECT_EQ(NullBuffer(3), u"\0\0\0"_s);
+}
+
+TEST(CodeLinesTest, Find)
+{
+    struct {
+        const char *Text;
+        const char *Code; // with "/" between two parts
+    } const rows[] = {
+        { "Which?\n\nfor i in x:\n    print(i)\n\nand", "for i in x:\n    print(i)" },
+        { "a\tb\nc\td\n\n\n  e\n\tf", "a\tb\nc\td/  e\n\tf" },
+        { "id   name\n1    Eva\n", "id   name\n1    Eva" },
+        { "| id | name |\n| 1  | Eva  |\n| 22 | Bo  |", "| id | name |\n| 1  | Eva  |\n| 22 | Bo  |" },
+        { "One.  Two.\nThree!  Four", "" },
+        { "a  b\nc", "" },
+        { "    one line", "" },
+        { "- a\n  - b\n    - c\n    12. d", "" },
+    };
+    for (const auto &row : rows) {
+        const QString text = QString::fromLatin1(row.Text);
+        QStringList parts;
+        for (const CodeLines::Range &range : CodeLines::Find(text))
+            parts.append(text.mid(range.Start, range.Length));
+        EXPECT_EQ(parts.join(u'/'), QString::fromLatin1(row.Code)) << row.Text;
+    }
 }

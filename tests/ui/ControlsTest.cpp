@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ui/Browser.h"
-#include "ui/CodeLines.h"
 #include "ui/LinkLabel.h"
 #include "ui/Panel.h"
 #include "ui/TextBlock.h"
@@ -281,26 +280,6 @@ TEST(TextBlockTest, WrapsAnything)
 
 TEST(TextBlockTest, CodeStandsInColumns)
 {
-    struct {
-        const char *Text;
-        const char *Code; // with "/" between two parts
-    } const rows[] = {
-        { "Which?\n\nfor i in x:\n    print(i)\n\nand", "for i in x:\n    print(i)" },
-        { "a\tb\nc\td\n\n\n  e\n\tf", "a\tb\nc\td/  e\n\tf" },
-        { "id   name\n1    Eva\n", "id   name\n1    Eva" },
-        { "| id | name |\n| 1  | Eva  |\n| 22 | Bo  |", "| id | name |\n| 1  | Eva  |\n| 22 | Bo  |" },
-        { "One.  Two.\nThree!  Four", "" },
-        { "a  b\nc", "" },
-        { "    one line", "" },
-        { "- a\n  - b\n    - c\n    12. d", "" },
-    };
-    for (const auto &row : rows) {
-        const QString text = QString::fromLatin1(row.Text);
-        QStringList parts;
-        for (const CodeLines::Range &range : CodeLines::Find(text))
-            parts.append(text.mid(range.Start, range.Length));
-        EXPECT_EQ(parts.join(u'/'), QString::fromLatin1(row.Code)) << row.Text;
-    }
     const auto widthOf = [](const QString &text) { return TextBlock::ExtentOf(text, QFont(), 9999).Unwrapped; };
     EXPECT_EQ(widthOf(u"i\n    iiiin"_s), widthOf(u"W\n    WWWWn"_s));
     EXPECT_LT(widthOf(u"i\n  iiiin"_s), widthOf(u"W\n  WWWWn"_s));

@@ -1,16 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "ui/CodeLines.h"
-
-#include <QFontDatabase>
-#include <QFontMetricsF>
+#include "common/CodeLines.h"
 
 #include <algorithm>
 
 namespace CodeLines {
 
 namespace {
-
-constexpr qsizetype CodeIndent = 4; // blanks
 
 bool IsLineEnd(QChar c)
 {
@@ -39,7 +34,7 @@ Columns ColumnsOf(QStringView line)
     if (text.isEmpty())
         return {};
     Columns columns;
-    columns.AreSure = (line.size() - text.size() >= CodeIndent && !IsListItem(text)) || text.contains(u'\t');
+    columns.AreSure = (line.size() - text.size() >= Indent && !IsListItem(text)) || text.contains(u'\t');
     qsizetype run = 0;
     QChar before;
     for (const QChar c : text) {
@@ -52,20 +47,6 @@ Columns ColumnsOf(QStringView line)
         run = c == u' ' ? run + 1 : 0;
     }
     return columns;
-}
-
-QFont Fixed(const QFont &font)
-{
-    QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    // The system may name a font that it does not have.
-    fixed.setFamilies(fixed.families() + QStringList{ QStringLiteral("DejaVu Sans Mono"), QStringLiteral("Courier New") });
-    fixed.setStyleHint(QFont::Monospace);
-    fixed.setFixedPitch(true);
-    if (font.pointSizeF() > 0)
-        fixed.setPointSizeF(font.pointSizeF());
-    else
-        fixed.setPixelSize(font.pixelSize());
-    return fixed;
 }
 
 }
@@ -102,29 +83,6 @@ std::vector<Range> Find(const QString &text)
         at = end + 1;
     }
     return ranges;
-}
-
-QTextCharFormat Format(const QFont &font)
-{
-    QTextCharFormat format;
-    format.setFont(Fixed(font));
-    return format;
-}
-
-QList<QTextLayout::FormatRange> Formats(const QString &text, const QFont &font)
-{
-    QList<QTextLayout::FormatRange> formats;
-    for (const Range &range : Find(text)) {
-        // With the end of the last line, which has the height of its font.
-        const qsizetype end = std::min(range.Start + range.Length + 1, text.size());
-        formats.append({ static_cast<int>(range.Start), static_cast<int>(end - range.Start), Format(font) });
-    }
-    return formats;
-}
-
-qreal TabStopDistance(const QFont &font)
-{
-    return CodeIndent * QFontMetricsF(Fixed(font)).horizontalAdvance(u' ');
 }
 
 }

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QFont>
-#include <QTextLayout>
+#include <QString>
 
-// Lines of a plain text that are shown in a font whose characters are all as wide,
-// because something in them lines up in columns: code, listings, tables.
+#include <vector>
+
+// Lines of a plain text in which something lines up in columns: code, listings,
+// tables. They are shown in a font whose characters are all as wide.
 namespace CodeLines {
+
+constexpr qsizetype Indent = 4; // blanks of an indent and between tab stops
 
 // A part of the text, in characters.
 struct Range {
@@ -19,12 +22,5 @@ struct Range {
 // or three blanks in a row, or two lines hold two blanks that end no sentence.
 // Lines end with "\n" or U+2028. In linear time.
 std::vector<Range> Find(const QString &text);
-
-// The format of these parts for a text that is otherwise in that font.
-QTextCharFormat Format(const QFont &font);
-QList<QTextLayout::FormatRange> Formats(const QString &text, const QFont &font);
-
-// The distance of tab stops in pixels: four characters of these lines.
-qreal TabStopDistance(const QFont &font);
 
 }
