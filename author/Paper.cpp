@@ -42,6 +42,7 @@ struct Row {
     double Height = 0;
     std::vector<Mark> Marks = {};
     double Gap = 0; // above, unless it is the first on its page
+    double Ascent = 0; // of its text
 };
 using Block = std::vector<Row>;
 
@@ -56,7 +57,7 @@ double HeightOf(const Block &block)
 // All of it as one row.
 Row Merged(const Block &block)
 {
-    Row merged{ 0, {}, block.empty() ? 0 : block.front().Gap };
+    Row merged{ 0, {}, block.empty() ? 0 : block.front().Gap, block.empty() ? 0 : block.front().Ascent };
     for (const Row &row : block) {
         merged.Height += &row == &block.front() ? 0 : row.Gap;
         for (Mark mark : row.Marks) {
@@ -92,10 +93,13 @@ public:
     {
         Block rows;
         for (Line &line : m_measures.Break(text, style, width)) {
-            Mark mark{ Mark::Text, Placed(x, 0, width, line.Height, isMirrored), std::move(line.Text), style };
+            // The lines of a code begin at one place on either side.
+            const bool isBlock = line.BlockWidth > 0;
+            const double room = isBlock ? std::min(line.BlockWidth, width) : width;
+            Mark mark{ Mark::Text, Placed(x, 0, room, line.Height, isMirrored), std::move(line.Text), line.Style };
             mark.IsRightToLeft = line.IsRightToLeft;
-            mark.IsAtRight = isMirrored;
-            rows.push_back({ line.Height, { std::move(mark) } });
+            mark.IsAtRight = isBlock ? line.IsRightToLeft : isMirrored;
+            rows.push_back({ line.Height, { std::move(mark) }, 0, line.Ascent });
         }
         return rows;
     }
@@ -109,6 +113,19 @@ public:
     {
         const double width = m_measures.Width(text, style);
         return { Mark::Text, Placed(x, 0, width, height, isMirrored), text, style };
+    }
+
+    // Sets a word beside the row's text, both on one base line.
+    void SetBeside(Row &row, const QString &word, Style style, double x, bool isMirrored) const
+    {
+        const Line line = m_measures.Break(word, style, Width()).front();
+        const double ascent = std::max(row.Ascent, line.Ascent);
+        for (Mark &mark : row.Marks)
+            mark.Place.translate(0, ascent - row.Ascent);
+        row.Marks.push_back(Word(word, style, x, line.Height, isMirrored));
+        row.Marks.back().Place.translate(0, ascent - line.Ascent);
+        row.Height = std::max(row.Height + ascent - row.Ascent, row.Marks.back().Place.bottom());
+        row.Ascent = ascent;
     }
 
     // A block that is higher than a page begins on a new one.
@@ -279,8 +296,7 @@ private:
             Block rows
                 = m_planner.Lines(Shown(option->Statement()), Body, left + StatementLeft, width - StatementLeft, isMirrored);
             Row &row = rows.front();
-            row.Marks.push_back(
-                m_planner.Word(Globals::OptionLetter(option->Number()), Body, left + LetterLeft, row.Height, isMirrored));
+            m_planner.SetBeside(row, Globals::OptionLetter(option->Number()), Body, left + LetterLeft, isMirrored);
             const double down = std::max(0.0, (row.Height - TickSide) / 2);
             row.Marks.push_back({ isSeveral ? Mark::Square : Mark::Circle,
                                   m_planner.Placed(left, down, TickSide, TickSide, isMirrored),
@@ -304,8 +320,7 @@ private:
 
     void WriteNumber(Block &block, const Question &item, bool isMirrored) const
     {
-        Row &row = block.front();
-        row.Marks.push_back(m_planner.Word(QString::number(item.Number()) + u'.', Bold, 0, row.Height, isMirrored));
+        m_planner.SetBeside(block.front(), QString::number(item.Number()) + u'.', Bold, 0, isMirrored);
     }
 
     // A picture is as large as it is, no wider than the stem, and shrinks a little
@@ -350,11 +365,9 @@ private:
         };
         for (const auto &item : m_exam.Questions()) {
             const double left = column * pitch;
-            const auto lines
-                = m_planner.Lines(LettersOf(*item), Bold, left + m_numberWidth, pitch - m_numberWidth - CellGap, false);
+            auto lines = m_planner.Lines(LettersOf(*item), Bold, left + m_numberWidth, pitch - m_numberWidth - CellGap, false);
+            m_planner.SetBeside(lines.front(), QString::number(item->Number()) + u'.', Body, left, false);
             Row cell = Merged(lines);
-            cell.Marks.push_back(
-                m_planner.Word(QString::number(item->Number()) + u'.', Body, left, lines.front().Height, false));
             row.Height = std::max(row.Height, cell.Height);
             row.Gap = OptionGap;
             std::move(cell.Marks.begin(), cell.Marks.end(), std::back_inserter(row.Marks));
@@ -386,8 +399,8 @@ private:
     {
         const double width = m_planner.Width() - m_numberWidth;
         Block lines = m_planner.Lines(text, Body, m_numberWidth, width, false);
-        for (Row &row : lines)
-            row.Marks.front().IsAtRight = lines.front().Marks.front().IsRightToLeft;
+        if (lines.front().Marks.front().IsRightToLeft)
+            lines = m_planner.Lines(text, Body, 0, width, true); // the numbers stay at the left
         return lines;
     }
 

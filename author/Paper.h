@@ -22,6 +22,7 @@ struct Style {
     double Points = 11;
     bool IsBold = false;
     bool IsGrey = false; // what helps, but is not the exam's own text
+    bool IsFixed = false; // in a font whose characters are all as wide
     bool operator==(const Style &) const = default;
 };
 constexpr Style Body{};
@@ -30,12 +31,16 @@ constexpr Style Body{};
 struct Line {
     QString Text;
     double Height = 0;
+    double Ascent = 0; // from the top to the base line
     bool IsRightToLeft = false; // of the paragraph that it belongs to
+    Paper::Style Style = {};
+    double BlockWidth = 0; // of the code or table that it belongs to; 0 for any other line
 };
 
 struct Measures {
     // A text in lines that are no wider, of one empty line at least; a line break
-    // and the width are where lines end.
+    // and the width are where lines end. What stands in columns (CodeLines) is in a
+    // font of fixed width, and a little smaller when it fits then.
     std::function<std::vector<Line>(const QString &text, Style style, double width)> Break;
     std::function<double(const QString &text, Style style)> Width;
     // The size of an exhibit in its own scale. May raise.

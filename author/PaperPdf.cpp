@@ -9,11 +9,13 @@
 #include <QDir>
 #include <QFontDatabase>
 #include <QGlyphRun>
+#include <QGuiApplication>
 #include <QIODevice>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPdfWriter>
 #include <QRawFont>
+#include <QScreen>
 #include <QTextLayout>
 
 #include <algorithm>
@@ -29,6 +31,8 @@ constexpr int DotsPerInch = 1200;
 constexpr double PixelsPerInch = 96; // of an exhibit in its own scale
 constexpr qsizetype LongestPiece = 10'000; // characters; a text layout cannot hold a text of any length
 constexpr double TabWidth = 40; // pixels of a screen; a layout makes them dots of its device
+constexpr double FixedShare = 0.9; // of the size of other letters, beside which those of fixed width look larger
+constexpr double SmallestShare = 0.75; // of its size, to which a code shrinks so that its lines fit
 const QColor Grey(96, 96, 96);
 
 Error Refused(const QString &text)
@@ -39,16 +43,32 @@ Error Refused(const QString &text)
 QFont FontOf(Style style)
 {
     QFont font;
-    font.setStyleHint(QFont::SansSerif);
+    font.setStyleHint(style.IsFixed ? QFont::Monospace : QFont::SansSerif);
+    if (style.IsFixed) {
+        font.setFamily(u"monospace"_s);
+        font.setFixedPitch(true);
+    }
     font.setPointSizeF(style.Points);
     font.setBold(style.IsBold);
     return font;
 }
 
+QTextOption OptionOf(Style style, const QPaintDevice &device)
+{
+    QTextOption option;
+    option.setTabStopDistance(TabWidth);
+    if (style.IsFixed) {
+        const double dots = QFontMetricsF(FontOf(style), &device).horizontalAdvance(u' ');
+        const double dotsPerPixel = device.logicalDpiY() / QGuiApplication::primaryScreen()->logicalDotsPerInchY();
+        option.setTabStopDistance(CodeLines::Indent * dots / dotsPerPixel);
+    }
+    return option;
+}
+
 // Lines end at LF; what cannot be shown is a blank.
 QString Printable(QString text)
 {
-    text.replace(u"\r\n"_s, u"\n"_s);
+    text.replace(u"\r\n"_s, u"\n"_s).replace(QChar::LineSeparator, u'\n');
     for (QChar &c : text) {
         if (c.category() == QChar::Other_Control && c != u'\n' && c != u'\t')
             c = u' ';
@@ -97,29 +117,83 @@ Measures Press::MeasuresOfIt()
 
 std::vector<Line> Press::Broken(const QString &text, Style style, double width)
 {
-    QTextOption option;
-    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    option.setTabStopDistance(TabWidth);
+    const QString printable = Printable(text);
+    const std::vector<CodeLines::Range> codes = CodeLines::Find(printable);
+    const std::vector<Line> samples = CodeSamples(printable, codes, style, width);
+    size_t code = 0;
     std::vector<Line> lines;
-    for (const QString &paragraph : Printable(text).split(u'\n')) {
-        const bool isRightToLeft = paragraph.isRightToLeft();
-        for (qsizetype start = 0; start == 0 || start < paragraph.size(); start += LongestPiece) {
-            const QString piece = paragraph.mid(start, LongestPiece);
-            QTextLayout layout(piece, FontOf(style), m_painter.device());
-            layout.setTextOption(option);
-            layout.beginLayout();
-            for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
-                line.setLineWidth(Dots(width));
-                QString content = piece.mid(line.textStart(), line.textLength());
-                while (content.endsWith(u' '))
-                    content.chop(1);
-                m_lacksLetters = m_lacksLetters || Lacks(content, line);
-                lines.push_back({ content, line.height() / m_dotsPerMillimetre, isRightToLeft });
-            }
-            layout.endLayout();
-        }
+    qsizetype start = 0;
+    for (const QString &paragraph : printable.split(u'\n')) {
+        const bool isCode = code < codes.size() && start >= codes[code].Start;
+        const Line sample = isCode ? samples[code] : Line{ {}, 0, 0, paragraph.isRightToLeft(), style };
+        BreakLine(paragraph, sample, width, lines);
+        start += paragraph.size() + 1;
+        if (isCode && start > codes[code].Start + codes[code].Length)
+            ++code;
     }
     return lines;
+}
+
+// How the lines of each code of a text are set: all in one size.
+std::vector<Line> Press::CodeSamples(const QString &text, const std::vector<CodeLines::Range> &codes, Style style,
+                                     double width) const
+{
+    style.IsFixed = true;
+    style.Points *= FixedShare;
+    double share = 1;
+    std::vector<Line> samples;
+    for (const CodeLines::Range &range : codes) {
+        const QString code = text.mid(range.Start, range.Length);
+        samples.push_back({ {}, 0, 0, code.isRightToLeft(), style, WidestOf(code, style) });
+        constexpr double rounding = 0.995;
+        const double needed = rounding * width / samples.back().BlockWidth;
+        if (needed >= SmallestShare)
+            share = std::min(share, needed);
+    }
+    for (Line &sample : samples) {
+        sample.Style.Points *= share;
+        sample.BlockWidth *= share;
+    }
+    return samples;
+}
+
+double Press::WidestOf(const QString &code, Style style) const
+{
+    double widest = 0;
+    for (const QString &text : code.split(u'\n')) {
+        QTextLayout layout(text.left(LongestPiece), FontOf(style), m_painter.device());
+        layout.setTextOption(OptionOf(style, *m_painter.device()));
+        layout.beginLayout();
+        const QTextLine line = layout.createLine();
+        layout.endLayout();
+        widest = std::max(widest, line.naturalTextWidth());
+    }
+    return widest / m_dotsPerMillimetre;
+}
+
+// Adds what becomes of a line of the text.
+void Press::BreakLine(const QString &text, const Line &sample, double width, std::vector<Line> &lines)
+{
+    QTextOption option = OptionOf(sample.Style, *m_painter.device());
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    for (qsizetype start = 0; start == 0 || start < text.size(); start += LongestPiece) {
+        const QString piece = text.mid(start, LongestPiece);
+        QTextLayout layout(piece, FontOf(sample.Style), m_painter.device());
+        layout.setTextOption(option);
+        layout.beginLayout();
+        for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+            line.setLineWidth(Dots(width));
+            Line broken = sample;
+            broken.Text = piece.mid(line.textStart(), line.textLength());
+            while (broken.Text.endsWith(u' '))
+                broken.Text.chop(1);
+            broken.Height = line.height() / m_dotsPerMillimetre;
+            broken.Ascent = line.ascent() / m_dotsPerMillimetre;
+            m_lacksLetters = m_lacksLetters || Lacks(broken.Text, line);
+            lines.push_back(std::move(broken));
+        }
+        layout.endLayout();
+    }
 }
 
 double Press::WidthOf(const QString &text, Style style) const
@@ -160,9 +234,8 @@ void Press::Paint(const Page &page)
 
 void Press::PaintText(const Mark &mark)
 {
-    QTextOption option;
+    QTextOption option = OptionOf(mark.Style, *m_painter.device());
     option.setWrapMode(QTextOption::NoWrap);
-    option.setTabStopDistance(TabWidth);
     option.setTextDirection(mark.IsRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     QTextLayout layout(mark.Content, FontOf(mark.Style), m_painter.device());
     layout.setTextOption(option);

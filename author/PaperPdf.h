@@ -2,6 +2,7 @@
 #pragma once
 
 #include "author/Paper.h"
+#include "common/CodeLines.h"
 
 #include <QImage>
 
@@ -29,6 +30,10 @@ public:
 
 private:
     std::vector<Line> Broken(const QString &text, Style style, double width);
+    void BreakLine(const QString &text, const Line &sample, double width, std::vector<Line> &lines);
+    std::vector<Line> CodeSamples(const QString &text, const std::vector<CodeLines::Range> &codes, Style style,
+                                  double width) const;
+    double WidestOf(const QString &code, Style style) const;
     double WidthOf(const QString &text, Style style) const;
     const QImage &Exhibit(const QString &name);
     void PaintText(const Mark &mark);
