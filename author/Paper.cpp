@@ -21,6 +21,7 @@ constexpr double FootRise = 13; // of the page number above the lower edge
 constexpr double NumberWidth = 10; // of the column before the stem
 constexpr double WideNumberWidth = 14; // when there are thousands of items
 constexpr double TickSide = 3.4;
+constexpr double CapitalHeight = 2.8; // about, of the letter beside the tick
 constexpr double LetterLeft = 6; // from the tick
 constexpr double StatementLeft = 13;
 constexpr double OptionGap = 1.4;
@@ -297,7 +298,7 @@ private:
                 = m_planner.Lines(Shown(option->Statement()), Body, left + StatementLeft, width - StatementLeft, isMirrored);
             Row &row = rows.front();
             m_planner.SetBeside(row, Globals::OptionLetter(option->Number()), Body, left + LetterLeft, isMirrored);
-            const double down = std::max(0.0, (row.Height - TickSide) / 2);
+            const double down = std::max(0.0, row.Ascent - (CapitalHeight + TickSide) / 2);
             row.Marks.push_back({ isSeveral ? Mark::Square : Mark::Circle,
                                   m_planner.Placed(left, down, TickSide, TickSide, isMirrored),
                                   {},

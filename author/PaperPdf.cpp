@@ -31,6 +31,8 @@ constexpr int DotsPerInch = 1200;
 constexpr double PixelsPerInch = 96; // of an exhibit in its own scale
 constexpr qsizetype LongestPiece = 10'000; // characters; a text layout cannot hold a text of any length
 constexpr double TabWidth = 40; // pixels of a screen; a layout makes them dots of its device
+constexpr double GlyphPixelsPerInch = 600; // of a glyph that is a picture
+constexpr qsizetype MostGlyphs = 2000; // that are kept
 constexpr double FixedShare = 0.9; // of the size of other letters, beside which those of fixed width look larger
 constexpr double SmallestShare = 0.75; // of its size, to which a code shrinks so that its lines fit
 const QColor Grey(96, 96, 96);
@@ -45,7 +47,8 @@ QFont FontOf(Style style)
     QFont font;
     font.setStyleHint(style.IsFixed ? QFont::Monospace : QFont::SansSerif);
     if (style.IsFixed) {
-        font.setFamily(u"monospace"_s);
+        // The usual one, and those of systems that have no usual one.
+        font.setFamilies({ u"monospace"_s, u"Consolas"_s, u"Courier New"_s, u"DejaVu Sans Mono"_s });
         font.setFixedPitch(true);
     }
     font.setPointSizeF(style.Points);
@@ -76,21 +79,20 @@ QString Printable(QString text)
     return text;
 }
 
-// Whether a letter of the line is in no font, or has no outline. Every font has those of Latin.
+// Every font has the letters of Latin, in outlines.
+bool IsLatin(const QString &text)
+{
+    constexpr char16_t last = 0x24F;
+    return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() <= last; });
+}
+
+// Whether a letter of the line is in no font.
 bool Lacks(const QString &text, const QTextLine &line)
 {
-    constexpr char16_t lastLatin = 0x24F;
-    if (std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() <= lastLatin; }))
+    if (IsLatin(text))
         return false;
     const QList<QGlyphRun> runs = line.glyphRuns();
-    return std::any_of(runs.begin(), runs.end(), [](const QGlyphRun &run) {
-        const QRawFont font = run.rawFont();
-        const QList<quint32> glyphs = run.glyphIndexes();
-        return std::any_of(glyphs.begin(), glyphs.end(), [&font](quint32 glyph) {
-            // A PDF leaves blank what has no outline, such as emoji in colours.
-            return glyph == 0 || (!font.boundingRect(glyph).isEmpty() && font.pathForGlyph(glyph).isEmpty());
-        });
-    });
+    return std::any_of(runs.begin(), runs.end(), [](const QGlyphRun &run) { return run.glyphIndexes().contains(0); });
 }
 
 }
@@ -252,6 +254,49 @@ void Press::PaintText(const Mark &mark)
     const double left = place.left() - natural + (mark.IsAtRight ? place.width() - line.naturalTextWidth() : 0);
     m_painter.setPen(mark.Style.IsGrey ? Grey : QColor(Qt::black));
     layout.draw(&m_painter, { left, place.top() });
+    if (IsLatin(mark.Content))
+        return;
+    for (const QGlyphRun &run : line.glyphRuns())
+        PaintPictures(run, { left, place.top() });
+}
+
+void Press::PaintPictures(const QGlyphRun &run, QPointF origin)
+{
+    const QList<quint32> glyphs = run.glyphIndexes();
+    const QList<QPointF> positions = run.positions();
+    for (qsizetype i = 0; i < glyphs.size(); ++i) {
+        const Glyph &glyph = PictureOf(run.rawFont(), glyphs.at(i));
+        if (!glyph.Image.isNull())
+            m_painter.drawImage(glyph.Place.translated(origin + positions.at(i)), glyph.Image);
+    }
+}
+
+const Press::Glyph &Press::PictureOf(const QRawFont &font, quint32 glyph)
+{
+    const std::pair key(font, glyph);
+    const auto known = m_glyphs.constFind(key);
+    if (known != m_glyphs.constEnd())
+        return *known;
+    if (m_glyphs.size() >= MostGlyphs)
+        m_glyphs.clear();
+    Glyph &made = m_glyphs[key];
+    if (font.boundingRect(glyph).isEmpty() || !font.pathForGlyph(glyph).isEmpty())
+        return made;
+    const double dots = std::max(m_dotsPerMillimetre * MillimetresPerInch / GlyphPixelsPerInch, 1.0); // in a pixel
+    QRawFont small = font;
+    small.setPixelSize(font.pixelSize() / dots);
+    const QRect place = small.boundingRect(glyph).toAlignedRect().adjusted(-1, -1, 1, 1);
+    made.Image = QImage(place.size(), QImage::Format_ARGB32_Premultiplied);
+    made.Image.fill(Qt::transparent);
+    made.Place = QRectF(QPointF(place.topLeft()) * dots, QSizeF(place.size()) * dots);
+    QGlyphRun run;
+    run.setRawFont(small);
+    run.setGlyphIndexes({ glyph });
+    run.setPositions({ QPointF() });
+    QPainter painter(&made.Image);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawGlyphRun(-place.topLeft(), run);
+    return made;
 }
 
 void Press::PaintPicture(const Mark &mark)

@@ -4,10 +4,13 @@
 #include "author/Paper.h"
 #include "common/CodeLines.h"
 
+#include <QHash>
 #include <QImage>
+#include <QRawFont>
 
 #include <functional>
 
+class QGlyphRun;
 class QIODevice;
 class QPainter;
 
@@ -22,8 +25,8 @@ public:
 
     // Use the object, which must outlive them.
     Measures MeasuresOfIt();
-    // Whether a text was measured with a letter that no font of the system has, or
-    // only as a picture. It is painted as a box, or left blank in a PDF.
+    // Whether a text was measured with a letter that no font of the system has. It
+    // is painted as a box.
     bool LacksLetters() const { return m_lacksLetters; }
     // On the device's current page, whose left upper corner is that of the sheet.
     void Paint(const Page &page);
@@ -37,6 +40,14 @@ private:
     double WidthOf(const QString &text, Style style) const;
     const QImage &Exhibit(const QString &name);
     void PaintText(const Mark &mark);
+    // The glyphs that a PDF leaves blank because they are only pictures, such as
+    // emoji in colours.
+    void PaintPictures(const QGlyphRun &run, QPointF origin);
+    struct Glyph {
+        QImage Image; // null for a glyph that is drawn like any other
+        QRectF Place; // from its origin, in dots
+    };
+    const Glyph &PictureOf(const QRawFont &font, quint32 glyph);
     void PaintPicture(const Mark &mark);
     void PaintShape(const Mark &mark);
 
@@ -49,6 +60,7 @@ private:
     bool m_lacksLetters = false;
     QString m_name; // of the exhibit that is kept
     QImage m_image;
+    QHash<std::pair<QRawFont, quint32>, Glyph> m_glyphs;
 };
 
 // What PlanExam and PlanKey make with a sheet and measures.

@@ -126,8 +126,7 @@ void PrintExam(const Request &request)
     for (const QString &line : done)
         Console::Print(Console::OneLine(line));
     if (lacksLetters)
-        Console::Complain(
-            u"warning: letters that no font of this system has, or only in colours, are printed as boxes or blank"_s);
+        Console::Complain(u"warning: letters that no font of this system has are printed as boxes"_s);
 }
 
 }

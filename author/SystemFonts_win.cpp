@@ -20,5 +20,4 @@ void UseSystemFonts()
     const QStringList usual = { u"Segoe UI"_s, u"Arial"_s, u"Tahoma"_s, u"DejaVu Sans"_s };
     for (const QString &name : { u"Sans Serif"_s, u"sans-serif"_s })
         QFont::insertSubstitutions(name, usual);
-    QFont::insertSubstitutions(u"monospace"_s, { u"Consolas"_s, u"Courier New"_s, u"DejaVu Sans Mono"_s });
 }

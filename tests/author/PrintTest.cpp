@@ -12,11 +12,11 @@ namespace {
 // Letters of 2 by 5 mm, and pictures whose names are their sizes.
 Paper::Measures Plain()
 {
-    const auto lines = [](const QString &text, Paper::Style, double width) {
+    const auto lines = [](const QString &text, Paper::Style style, double width) {
         std::vector<Paper::Line> broken;
         for (const QString &paragraph : text.split(u'\n')) {
             for (qsizetype start = 0; start == 0 || start < paragraph.size(); start += qsizetype(width / 2))
-                broken.push_back({ paragraph.mid(start, qsizetype(width / 2)), 5, paragraph.isRightToLeft() });
+                broken.push_back({ paragraph.mid(start, qsizetype(width / 2)), 5, 4, paragraph.isRightToLeft(), style });
         }
         return broken;
     };
@@ -62,6 +62,29 @@ QList<int> PagesWith(const std::vector<Paper::Page> &pages, const QString &text)
     for (size_t i = 0; i < pages.size(); ++i) {
         if (std::any_of(pages[i].begin(), pages[i].end(), [&](const auto &mark) { return mark.Content.startsWith(text); }))
             found += int(i) + 1;
+    }
+    return found;
+}
+
+// Of 10 dots in a millimetre.
+QImage Sheet()
+{
+    QImage sheet(2100, 2970, QImage::Format_RGB32);
+    sheet.setDotsPerMeterX(10'000);
+    sheet.setDotsPerMeterY(10'000);
+    sheet.fill(Qt::white);
+    return sheet;
+}
+
+// What is dark of a place on it.
+QRectF Ink(const QImage &sheet, const QRectF &place)
+{
+    QRectF found;
+    for (int row = int(place.top() * 10); row < int(place.bottom() * 10); ++row) {
+        for (int column = int(place.left() * 10); column < int(place.right() * 10); ++column) {
+            if (qGray(sheet.pixel(column, row)) < 200)
+                found |= QRectF(column / 10.0, row / 10.0, 0.1, 0.1);
+        }
     }
     return found;
 }
@@ -139,14 +162,10 @@ TEST(PrintTest, WhereAPageEnds)
     }
 }
 
-// On a sheet of 10 dots in a millimetre.
 TEST(PrintTest, PaintedWhereItWasPlanned)
 {
     Sandbox::WriteFile(Sandbox::Path(u"green.bmp"_s), Bmp(96, 96));
-    QImage sheet(2100, 1000, QImage::Format_RGB32);
-    sheet.setDotsPerMeterX(10'000);
-    sheet.setDotsPerMeterY(10'000);
-    sheet.fill(Qt::white);
+    QImage sheet = Sheet();
     QPainter painter(&sheet);
     Paper::Press press(painter, Sandbox::Path({}));
     const Paper::Measures measures = press.MeasuresOfIt();
@@ -162,10 +181,8 @@ TEST(PrintTest, PaintedWhereItWasPlanned)
     }
     EXPECT_EQ(broken.simplified().remove(u' '), text.simplified().remove(u' ').remove(u'\u0007')) << "no text is lost";
     EXPECT_FALSE(press.LacksLetters());
-    if (QFontDatabase::families().contains(u"Noto Color Emoji"_s)) {
-        measures.Break(u"\U0001F98A"_s, Paper::Body, 100);
-        EXPECT_TRUE(press.LacksLetters()) << "emoji in colours are blank on paper";
-    }
+    measures.Break(u"\U0010FFFD"_s, Paper::Body, 100);
+    EXPECT_TRUE(press.LacksLetters());
     EXPECT_TRUE(measures.Break(u"א\nb"_s, Paper::Body, 9)[0].IsRightToLeft);
 
     using Paper::Mark;
@@ -179,16 +196,7 @@ TEST(PrintTest, PaintedWhereItWasPlanned)
                                { Mark::Rule, { 80, 60, 20, 0 } } };
     press.Paint(page);
     painter.end();
-    const auto ink = [&](double x, double y, double width, double height) {
-        QRectF found;
-        for (int row = int(y * 10); row < int((y + height) * 10); ++row) {
-            for (int column = int(x * 10); column < int((x + width) * 10); ++column) {
-                if (qGray(sheet.pixel(column, row)) < 200)
-                    found |= QRectF(column / 10.0, row / 10.0, 0.1, 0.1);
-            }
-        }
-        return found;
-    };
+    const auto ink = [&](double x, double y, double width, double height) { return Ink(sheet, { x, y, width, height }); };
     EXPECT_NEAR(ink(15, 15, 80, 20).left(), 20, 1);
     EXPECT_NEAR(ink(95, 15, 80, 20).right(), 160, 1);
     EXPECT_NEAR(ink(15, 35, 80, 20).left(), 20, 1);
@@ -198,6 +206,48 @@ TEST(PrintTest, PaintedWhereItWasPlanned)
     EXPECT_TRUE(ink(39, 59, 2, 2).isNull() && ink(44, 64, 2, 2).isNull()) << "a circle has no corners";
     EXPECT_FALSE(ink(60, 60, 0.5, 0.5).isNull());
     EXPECT_NEAR(ink(75, 55, 50, 10).width(), 20, 0.5);
+}
+
+TEST(PrintTest, CodeStandsInColumns)
+{
+    // The third is as long as it can be when it is set smaller.
+    for (const QString &before : { QString(), u"אחת\n\n"_s, QString(85, u'x') + u'\n' }) {
+        const auto exam = NewExam();
+        AddItem(*exam, { before + u"|iii    |\n|WWW\t|\n|"_s, { u"*x"_s } });
+        QImage sheet = Sheet();
+        QPainter painter(&sheet);
+        Paper::Press press(painter, {});
+        const Paper::Page page = Paper::PlanExam(*exam, Paper::A4, press.MeasuresOfIt()).front();
+        press.Paint(page);
+        painter.end();
+        QList<QRectF> lines;
+        for (const Paper::Mark &mark : page)
+            lines += mark.Style.IsFixed ? QList{ Ink(sheet, mark.Place) } : QList<QRectF>();
+        ASSERT_EQ(lines.size(), before.startsWith(u'x') ? 4 : 3);
+        const QRectF last = lines.takeLast(), tab = lines.takeLast();
+        EXPECT_NEAR(lines.last().right(), tab.right(), 0.2) << before.toStdString();
+        EXPECT_NEAR(last.left(), tab.left(), 0.2) << before.toStdString();
+    }
+}
+
+TEST(PrintTest, EmojiHaveTheirColours)
+{
+    if (!QFontDatabase::families().contains(u"Noto Color Emoji"_s))
+        GTEST_SKIP() << "no font of emoji in colours is installed";
+    QBuffer file;
+    file.open(QIODevice::WriteOnly);
+    const auto exam = NewExam();
+    AddItem(*exam, { u"\U0001F98A"_s, { u"*x"_s } });
+    const auto plan = [&](const Paper::Measures &measures) { return Paper::PlanExam(*exam, Paper::A4, measures); };
+    EXPECT_FALSE(Paper::WritePdf(file, plan, Paper::A4, {}, {}, [] {}).LacksLetters);
+    const qsizetype picture = file.data().indexOf("/DeviceRGB", file.data().indexOf("/Subtype /Image"));
+    ASSERT_GE(picture, 0);
+    const QByteArray packed = file.data().mid(file.data().indexOf("stream\n", picture) + 7);
+    const QByteArray pixels = qUncompress(QByteArray("\0\1\0\0", 4) + packed);
+    int orange = 0;
+    for (qsizetype i = 0; i + 2 < pixels.size(); i += 3)
+        orange += uchar(pixels[i]) > uchar(pixels[i + 2]) + 100 ? 1 : 0;
+    EXPECT_GT(orange, pixels.size() / 3 / 10);
 }
 
 TEST(PrintTest, FilesWholeOrNotAtAll)
