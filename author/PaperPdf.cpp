@@ -68,6 +68,13 @@ QTextOption OptionOf(Style style, const QPaintDevice &device)
     return option;
 }
 
+// Whether all glyphs of the font are pictures of one size. When such a font is asked
+// for an outline, as it is when it gets into a PDF, Qt loses its widths.
+bool HasOnlyPictures(const QRawFont &font)
+{
+    return !font.fontTable("CBLC").isEmpty() && font.fontTable("loca").isEmpty();
+}
+
 // Lines end at LF; what cannot be shown is a blank.
 QString Printable(QString text)
 {
@@ -241,6 +248,7 @@ void Press::PaintText(const Mark &mark)
     option.setTextDirection(mark.IsRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     QTextLayout layout(mark.Content, FontOf(mark.Style), m_painter.device());
     layout.setTextOption(option);
+    layout.setCacheEnabled(true); // it is shaped once
     layout.beginLayout();
     QTextLine line = layout.createLine();
     if (line.isValid())
@@ -253,15 +261,16 @@ void Press::PaintText(const Mark &mark)
     const double natural = line.naturalTextRect().left();
     const double left = place.left() - natural + (mark.IsAtRight ? place.width() - line.naturalTextWidth() : 0);
     m_painter.setPen(mark.Style.IsGrey ? Grey : QColor(Qt::black));
-    layout.draw(&m_painter, { left, place.top() });
     if (IsLatin(mark.Content))
-        return;
+        return layout.draw(&m_painter, { left, place.top() });
     for (const QGlyphRun &run : line.glyphRuns())
-        PaintPictures(run, { left, place.top() });
+        PaintRun(run, { left, place.top() });
 }
 
-void Press::PaintPictures(const QGlyphRun &run, QPointF origin)
+void Press::PaintRun(const QGlyphRun &run, QPointF origin)
 {
+    if (!HasOnlyPictures(run.rawFont()))
+        m_painter.drawGlyphRun(origin, run);
     const QList<quint32> glyphs = run.glyphIndexes();
     const QList<QPointF> positions = run.positions();
     for (qsizetype i = 0; i < glyphs.size(); ++i) {
@@ -280,7 +289,7 @@ const Press::Glyph &Press::PictureOf(const QRawFont &font, quint32 glyph)
     if (m_glyphs.size() >= MostGlyphs)
         m_glyphs.clear();
     Glyph &made = m_glyphs[key];
-    if (font.boundingRect(glyph).isEmpty() || !font.pathForGlyph(glyph).isEmpty())
+    if (font.boundingRect(glyph).isEmpty() || (!HasOnlyPictures(font) && !font.pathForGlyph(glyph).isEmpty()))
         return made;
     const double dots = std::max(m_dotsPerMillimetre * MillimetresPerInch / GlyphPixelsPerInch, 1.0); // in a pixel
     QRawFont small = font;

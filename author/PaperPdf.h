@@ -40,9 +40,9 @@ private:
     double WidthOf(const QString &text, Style style) const;
     const QImage &Exhibit(const QString &name);
     void PaintText(const Mark &mark);
-    // The glyphs that a PDF leaves blank because they are only pictures, such as
+    void PaintRun(const QGlyphRun &run, QPointF origin);
+    // A glyph that a PDF would leave blank because it has no outline, such as an
     // emoji in colours.
-    void PaintPictures(const QGlyphRun &run, QPointF origin);
     struct Glyph {
         QImage Image; // null for a glyph that is drawn like any other
         QRectF Place; // from its origin, in dots
