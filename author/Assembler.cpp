@@ -11,7 +11,6 @@
 #include "model/ExamFormat.h"
 #include "model/Globals.h"
 
-#include <QFileInfo>
 #include <QUrl>
 
 using namespace Qt::Literals::StringLiterals;
@@ -302,6 +301,7 @@ void Assembler::Add(Bank::Item &&item)
     Draft::Fate fate;
     fate.Place = m_source + (item.Entry.isEmpty() ? QString() : u'/' + item.Entry) + u':' + QString::number(item.Line);
     fate.Title = item.Title;
+    fate.Category = item.Category;
     fate.Warnings = item.Warnings;
     if (m_settings.Room && Items.size() >= *m_settings.Room && item.Refusal.isEmpty()) {
         fate.Reason = Full();
@@ -344,7 +344,7 @@ void Assembler::Warn(int line, const QString &text)
 
 void Assembler::Refuse(const QString &reason)
 {
-    Fates.push_back({ m_source, {}, reason, {} });
+    Fates.push_back({ m_source, {}, {}, reason, {} });
     if (Report)
         Report(Console::OneLine(m_source + u": "_s + reason));
 }

@@ -23,6 +23,7 @@ namespace {
 
 constexpr double MinutesOfAnItem = 1.5;
 constexpr int MostReasons = 10; // lines of the summary
+constexpr int MostRefusedFiles = 100; // lines for each SOURCE
 
 QString Counted(qint64 count, const QString &one)
 {
@@ -51,12 +52,11 @@ public:
         for (const QString &out : Outs())
             Package::CheckTarget(out, m_options.Replaces);
         const auto read = [this](const Bank::Source &source, const Bank::Format *format) { Read(source, format); };
-        const auto refuse = [this](const QString &name, const QString &reason) {
-            m_assembler.Begin(name);
-            m_assembler.Refuse(reason);
-        };
-        for (const QString &path : m_options.Sources)
-            Sources::ForEach(path, m_options.Format, read, refuse);
+        const auto refuse = [this](const QString &name, const QString &reason) { Refuse(name, reason); };
+        for (const QString &path : m_options.Sources) {
+            Sources::ForEach(path, m_options.Hints, read, refuse);
+            RefuseRest(path);
+        }
         m_progress.Clear();
         CompleteHeader();
         const bool isMade = Make();
@@ -97,11 +97,11 @@ private:
 
     void Read(const Bank::Source &source, const Bank::Format *format)
     {
-        m_assembler.Begin(source.Name);
         if (!format) {
-            m_assembler.Refuse(u"it is no question bank; it seems to be %1"_s.arg(Bank::KindOf(source)));
+            Refuse(source.Name, u"it is no question bank; it seems to be %1"_s.arg(Bank::KindOf(source)));
             return;
         }
+        m_assembler.Begin(source.Name);
         try {
             Counter counter(*this, source.Name);
             format->Read(source, m_options.Reading, counter);
@@ -111,6 +111,24 @@ private:
                 throw;
             m_assembler.Refuse(Console::OneLine(error));
         }
+    }
+
+    // A file that is no bank. An archive may hold very many.
+    void Refuse(const QString &name, const QString &reason)
+    {
+        if (++m_refused > MostRefusedFiles)
+            return;
+        m_assembler.Begin(name);
+        m_assembler.Refuse(reason);
+    }
+
+    void RefuseRest(const QString &path)
+    {
+        if (m_refused > MostRefusedFiles) {
+            m_assembler.Begin(path);
+            m_assembler.Refuse(u"%1 more of its files are no question banks"_s.arg(m_refused - MostRefusedFiles));
+        }
+        m_refused = 0;
     }
 
     // One for each variant.
@@ -138,7 +156,11 @@ private:
     // Whether packages were made.
     bool Make()
     {
-        m_isRefused = m_options.IsStrict && LeftOut() > 0;
+        m_isRefused = m_options.IsStrict
+            && std::any_of(m_assembler.Fates.begin(), m_assembler.Fates.end(), [this](const Draft::Fate &fate) {
+                          return !fate.Reason.isEmpty()
+                              && (fate.Category.isEmpty() || Selection::IsWanted(fate.Category, m_options.Choice));
+                      });
         if (m_assembler.Items.empty() || m_isRefused)
             return false;
         for (Draft::Fate &fate : m_assembler.Fates)
@@ -189,7 +211,7 @@ private:
         if (full > 0)
             m_assembler.Report(
                 u"an exam holds no more than %1 items: the last %2 are left out"_s.arg(Limits::MostItems).arg(full));
-        m_isRefused = m_options.IsStrict && full > 0;
+        m_isRefused = m_isRefused || (m_options.IsStrict && full > 0);
     }
 
     qint64 LeftOut() const
@@ -255,6 +277,7 @@ private:
     Exhibits m_exhibits;
     Assembler m_assembler;
     Console::Progress m_progress;
+    int m_refused = 0; // files of the SOURCE that are no banks
     bool m_isRefused = false;
     std::vector<Made> m_made;
 };

@@ -3,9 +3,12 @@
 
 #include "author/Limits.h"
 #include "author/TextPage.h"
+#include "bank/Encoding.h"
 #include "common/Ansi.h"
 
 #include <QFileInfo>
+
+#include <algorithm>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -137,6 +140,14 @@ QString BuildOptions::Read(const QCommandLineParser &parser)
         return u"a question bank is required"_s;
     if (Sources.count(u"-"_s) > 1)
         return u"the standard input can be read once"_s;
+    for (qsizetype i = 0; i < Sources.size(); ++i) {
+        const QString path = QFileInfo(Sources.at(i)).canonicalFilePath();
+        const bool isRepeated = !path.isEmpty() && std::any_of(Sources.begin(), Sources.begin() + i, [&](const QString &other) {
+            return QFileInfo(other).canonicalFilePath() == path;
+        });
+        if (isRepeated)
+            return u"\"%1\" is named twice"_s.arg(Sources.at(i));
+    }
     Out = parser.value(u"out"_s);
     if (!parser.isSet(u"out"_s))
         return u"--out is missing"_s;
@@ -146,6 +157,8 @@ QString BuildOptions::Read(const QCommandLineParser &parser)
     if (const QString kind = QFileInfo(Report).suffix().toLower();
         parser.isSet(u"report"_s) && kind != "json"_L1 && kind != "html"_L1)
         return u"--report takes a name that ends in .json or .html"_s;
+    if (const QString folder = QFileInfo(Report).path(); parser.isSet(u"report"_s) && !QFileInfo(folder).isDir())
+        return u"--report: there is no folder \"%1\""_s.arg(folder);
     for (const auto &read : { &BuildOptions::ReadHeader, &BuildOptions::ReadTexts, &BuildOptions::ReadChoice }) {
         if (const QString fault = (this->*read)(parser); !fault.isEmpty())
             return fault;
@@ -177,11 +190,11 @@ QString BuildOptions::ReadHeader(const QCommandLineParser &parser)
 QString BuildOptions::ReadTexts(const QCommandLineParser &parser)
 {
     if (parser.isSet(u"format"_s)) {
-        Format = Bank::FormatOf(parser.value(u"format"_s));
+        Hints.Format = Bank::FormatOf(parser.value(u"format"_s));
         QStringList names;
         for (const Bank::Format &each : Bank::Formats())
             names.append(each.Name);
-        if (!Format)
+        if (!Hints.Format)
             return u"--format takes one of %1"_s.arg(names.join(u", "_s));
     }
     if (parser.isSet(u"code-page"_s)) {
@@ -195,7 +208,10 @@ QString BuildOptions::ReadTexts(const QCommandLineParser &parser)
         }
     }
     Reading.HasPassages = parser.isSet(u"passages"_s);
-    Reading.Encoding = parser.value(u"encoding"_s);
+    Hints.Encoding = parser.value(u"encoding"_s);
+    if (!Bank::IsEncoding(Hints.Encoding))
+        return u"--encoding \"%1\" is not known (UTF-8, UTF-16, ISO-8859-1, windows-1251, KOI8-R, Shift_JIS and the like are)"_s
+            .arg(Hints.Encoding);
     Reading.Columns = parser.value(u"columns"_s);
     if (parser.isSet(u"true"_s))
         Reading.True = parser.value(u"true"_s);

@@ -4,6 +4,7 @@
 #include "author/Assembler.h"
 #include "author/Package.h"
 #include "author/Selection.h"
+#include "author/Sources.h"
 #include "bank/Formats.h"
 
 #include <QCommandLineParser>
@@ -11,7 +12,7 @@
 // The options of "practorium-author build".
 struct BuildOptions {
     QStringList Sources;
-    const Bank::Format *Format = nullptr; // null: by content
+    Sources::Hints Hints;
     Bank::Options Reading;
     Assembler::Settings Assembling;
     Selection::Settings Choice;

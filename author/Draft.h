@@ -32,6 +32,7 @@ struct Item {
 struct Fate {
     QString Place; // "bank.gift:12", "bank.zip/item1.xml:3"
     QString Title; // empty when the source gives none
+    QString Category; // parted by "/"; empty for none
     QString Reason; // why it was left out; empty when it was not
     QStringList Warnings;
     bool IsChosen = true; // false: taken, but not picked for the exam

@@ -72,10 +72,7 @@ Places Chosen(const std::vector<Draft::Item> &items, const Settings &settings, C
     }
     Places places;
     for (size_t i = 0; i < items.size(); ++i) {
-        const bool isAsked = settings.Categories.isEmpty()
-            || std::any_of(settings.Categories.begin(), settings.Categories.end(),
-                           [&](const QString &name) { return IsIn(items[i].Category, name); });
-        if (isAsked)
+        if (IsWanted(items[i].Category, settings))
             places.push_back(i);
     }
     if (settings.Pick) {
@@ -193,6 +190,13 @@ void ShuffleOptions(Draft::Item &item, Chance &chance)
         item.Options[movable[i]] = options[order[i]];
 }
 
+}
+
+bool IsWanted(const QString &category, const Settings &settings)
+{
+    return settings.Categories.isEmpty()
+        || std::any_of(settings.Categories.begin(), settings.Categories.end(),
+                       [&](const QString &name) { return IsIn(category, name); });
 }
 
 bool IsIn(const QString &category, const QString &name)

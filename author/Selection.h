@@ -29,6 +29,9 @@ struct Settings {
     bool IsByChance() const { return Pick || !Shares.empty() || ShufflesItems || ShufflesOptions; }
 };
 
+// Whether the settings want items of that category; empty for none.
+bool IsWanted(const QString &category, const Settings &settings);
+
 // Whether an item's category is the one of that name, or one below it. The name
 // is a path from the top, or one part of it; letter case does not count.
 bool IsIn(const QString &category, const QString &name);

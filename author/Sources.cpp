@@ -46,11 +46,19 @@ bool IsBeside(const QString &path)
     return path.startsWith(u'.') || path.contains("/."_L1) || kinds.contains(QFileInfo(path).suffix().toLower());
 }
 
+// The format that a bank is read by; null when none suits. A format of single files has
+// no meaning for a package.
+const Bank::Format *FormatFor(const Bank::Source &source, const Hints &hints)
+{
+    const bool isNamed = hints.Format && (hints.Format->ReadsPackages || !Bank::IsPackage(source));
+    return isNamed ? hints.Format : Bank::FormatOf(source);
+}
+
 // A file of a folder, or of an archive. An archive among them is looked into when a
 // format suits it as a whole.
 Bank::Source SourceOf(const Bank::Source &package, const QString &path, const QByteArray &bytes)
 {
-    Bank::Source source{ QDir(package.Name).filePath(path), bytes, {} };
+    Bank::Source source{ QDir(package.Name).filePath(path), bytes, {}, package.Encoding };
     if (Bank::Archive::Suits(bytes))
         source.Files = std::make_shared<Bank::Archive>(bytes, source.Name);
     else if (!bytes.isEmpty())
@@ -59,8 +67,7 @@ Bank::Source SourceOf(const Bank::Source &package, const QString &path, const QB
 }
 
 // One file of a folder or an archive.
-void VisitFile(const Bank::Source &package, const QString &path, const Bank::Format *forced, const Visit &visit,
-               const Refuse &refuse)
+void VisitFile(const Bank::Source &package, const QString &path, const Hints &hints, const Visit &visit, const Refuse &refuse)
 {
     if (IsBeside(path))
         return;
@@ -72,7 +79,7 @@ void VisitFile(const Bank::Source &package, const QString &path, const Bank::For
             return;
         }
         const Bank::Source source = SourceOf(package, path, *bytes);
-        visit(source, forced && !Bank::IsPackage(source) ? forced : Bank::FormatOf(source));
+        visit(source, FormatFor(source, hints));
     } catch (const Error &error) {
         // One file of many is no reason to stop.
         if (error.Number() != InvalidCall)
@@ -103,34 +110,34 @@ bool IsOnePackage(const Bank::Source &source, bool isFolder)
     return false;
 }
 
-void VisitFolder(const QString &path, const Bank::Format *forced, const Visit &visit, const Refuse &refuse, int depth)
+void VisitFolder(const QString &path, const Hints &hints, const Visit &visit, const Refuse &refuse, int depth)
 {
-    const Bank::Source folder{ path, {}, std::make_shared<Bank::FolderFiles>(path) };
+    const Bank::Source folder{ path, {}, std::make_shared<Bank::FolderFiles>(path), hints.Encoding };
     if (IsOnePackage(folder, true)) {
-        visit(folder, Bank::FormatOf(folder));
+        visit(folder, FormatFor(folder, hints));
         return;
     }
     constexpr int mostDepth = 32;
     for (const QFileInfo &entry : QDir(path).entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name)) {
         const QString name = QDir(path).filePath(entry.fileName());
         if (!entry.isDir())
-            VisitFile(folder, entry.fileName(), forced, visit, refuse);
+            VisitFile(folder, entry.fileName(), hints, visit, refuse);
         else if (entry.isSymLink() || depth == mostDepth)
             refuse(name, u"a link to a folder, or a folder too deep, is not looked into"_s);
         else
-            VisitFolder(name, forced, visit, refuse, depth + 1);
+            VisitFolder(name, hints, visit, refuse, depth + 1);
     }
 }
 
 }
 
-void ForEach(const QString &path, const Bank::Format *forced, const Visit &visit, const Refuse &refuse)
+void ForEach(const QString &path, const Hints &hints, const Visit &visit, const Refuse &refuse)
 {
     if (path != StandardInput && QFileInfo(path).isDir()) {
-        VisitFolder(path, forced, visit, refuse, 0);
+        VisitFolder(path, hints, visit, refuse, 0);
         return;
     }
-    Bank::Source source{ path, BytesOf(path), {} };
+    Bank::Source source{ path, BytesOf(path), {}, hints.Encoding };
     try {
         if (Bank::Archive::Suits(source.Bytes))
             source.Files = std::make_shared<Bank::Archive>(source.Bytes, path);
@@ -142,13 +149,13 @@ void ForEach(const QString &path, const Bank::Format *forced, const Visit &visit
     // A spreadsheet is an archive too, but holds no banks.
     if (isArchive && !IsOnePackage(source, false) && Bank::KindOf(source).contains("archive"_L1)) {
         for (const QString &each : source.Files->Paths())
-            VisitFile(source, each, forced, visit, refuse);
+            VisitFile(source, each, hints, visit, refuse);
         return;
     }
     // A package is told from an empty file by its files.
     if (!isArchive && !source.Bytes.isEmpty())
         source.Files = std::make_shared<Bank::FolderFiles>(path == StandardInput ? u"."_s : QFileInfo(path).path());
-    visit(source, forced && !isArchive ? forced : Bank::FormatOf(source));
+    visit(source, FormatFor(source, hints));
 }
 
 QString BaseName(const QString &path)

@@ -15,12 +15,17 @@ using Visit = std::function<void(const Bank::Source &source, const Bank::Format 
 // What is called for a file of a folder or an archive that cannot be read, instead.
 using Refuse = std::function<void(const QString &name, const QString &reason)>;
 
+// What the user says of all banks.
+struct Hints {
+    const Bank::Format *Format = nullptr; // null: by content
+    QString Encoding = {}; // see Bank::Source
+};
+
 // Visits the bank of a path in order: a file; the standard input for "-"; a folder
 // that is an unpacked package, or an archive that is one, as one bank; any other folder
 // with its subfolders, or archive, as one bank for each file or package in it, by name.
-// forced: the format that the user names; null: by content. Raises InvalidCall when the
-// path cannot be read.
-void ForEach(const QString &path, const Bank::Format *forced, const Visit &visit, const Refuse &refuse);
+// Raises InvalidCall when the path cannot be read.
+void ForEach(const QString &path, const Hints &hints, const Visit &visit, const Refuse &refuse);
 
 // A bank's name without folder and extension; "exam" for the standard input.
 QString BaseName(const QString &path);

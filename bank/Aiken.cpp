@@ -324,9 +324,9 @@ bool Suits(const Bank::Source &source)
     return false;
 }
 
-void Read(const Bank::Source &source, const Bank::Options &options, Bank::Receiver &receiver)
+void Read(const Bank::Source &source, const Bank::Options &, Bank::Receiver &receiver)
 {
-    const QString text = Bank::Decode(source, options.Encoding);
+    const QString text = Bank::Decode(source);
     Reader reader(source, receiver);
     int number = 0;
     for (const QStringView line : QStringTokenizer(text, u'\n'))

@@ -64,6 +64,9 @@ struct Source {
     // Of a folder or an archive the files in it (FolderFiles, Archive), else the
     // files beside it; null for none, and for an empty file, which is no folder.
     std::shared_ptr<const Bank::Files> Files;
+    // The encoding that the user names for it, for formats without a declaration of
+    // their own; see Decode (bank/Decode.h). Empty: UTF-8, or what its bytes say.
+    QString Encoding = {};
 };
 
 // What the user asks of a reader.
@@ -73,9 +76,6 @@ struct Options {
     // The options of a question that has no texts of its own for them.
     QString True = QStringLiteral("True");
     QString False = QStringLiteral("False");
-    // The encoding of sources that are not XML, by its name; empty: UTF-8, or
-    // what a byte order mark says.
-    QString Encoding;
     // The columns of a table by their meaning, such as "question=2,key=Answer";
     // empty: as the first row names them.
     QString Columns;

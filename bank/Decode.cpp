@@ -22,7 +22,7 @@ constexpr int Latin = 1252;
 constexpr int Cyrillic = 1251;
 
 // A code page, or else a form of Unicode.
-struct Encoding {
+struct Chosen {
     Utf Unicode = QStringConverter::Utf8;
     int Page = 0;
 
@@ -34,7 +34,7 @@ struct Encoding {
     }
 };
 
-Encoding EncodingOf(const QString &name)
+Chosen EncodingOf(const QString &name)
 {
     if (const auto unicode = UnicodeOf(name))
         return { *unicode };
@@ -57,10 +57,13 @@ std::optional<Utf> WideWithoutMark(QByteArrayView bytes)
     return zeros[1] == most ? QStringConverter::Utf16LE : QStringConverter::Utf16BE;
 }
 
-std::optional<Utf> EncodingByContent(QByteArrayView bytes)
+Chosen EncodingOf(const Source &source)
 {
-    const auto marked = QStringConverter::encodingForData(bytes);
-    return marked ? marked : WideWithoutMark(bytes);
+    // A name that is not known is wrong with a mark in the file too.
+    const Chosen named = EncodingOf(source.Encoding);
+    if (const auto marked = QStringConverter::encodingForData(source.Bytes))
+        return { *marked };
+    return source.Encoding.isEmpty() ? Chosen{ WideWithoutMark(source.Bytes).value_or(QStringConverter::Utf8) } : named;
 }
 
 // Whether all bytes have a meaning in the page.
@@ -71,7 +74,7 @@ bool HasMeaning(const Ansi::CodePage &page, QByteArrayView bytes, const QString 
 }
 
 // The text, and whether all bytes are of the encoding.
-std::pair<QString, bool> Decoded(QByteArrayView bytes, const Encoding &encoding)
+std::pair<QString, bool> Decoded(QByteArrayView bytes, const Chosen &encoding)
 {
     if (encoding.Page != 0) {
         const Ansi::CodePage page(encoding.Page);
@@ -86,28 +89,35 @@ std::pair<QString, bool> Decoded(QByteArrayView bytes, const Encoding &encoding)
     return { std::move(text), isWhole };
 }
 
-// The page that bytes which are not UTF-8 are likely to be in. Letters that follow
-// each other are no Latin ones, of which only some have an accent.
+// The page that bytes which are not UTF-8 are likely to be in; 0 when they tell nothing.
+// Letters that follow each other are no Latin ones, of which only some have an accent.
 int LikelyPage(QByteArrayView bytes)
 {
+    constexpr uchar firstHigh = 0x80;
+    constexpr uchar firstLetter = 0xC0; // of the pages with one byte for each
     qsizetype letters = 0;
+    qsizetype signs = 0;
     qsizetype runs = 0;
     bool isInside = false;
     for (const char c : bytes.first(std::min(bytes.size(), BeginningBytes))) {
-        const bool isHigh = static_cast<uchar>(c) >= 0x80;
-        letters += isHigh ? 1 : 0;
-        runs += isHigh && !isInside ? 1 : 0;
-        isInside = isHigh;
+        const auto byte = static_cast<uchar>(c);
+        letters += byte >= firstHigh ? 1 : 0;
+        signs += byte >= firstHigh && byte < firstLetter ? 1 : 0;
+        runs += byte >= firstHigh && !isInside ? 1 : 0;
+        isInside = byte >= firstHigh;
     }
     const int own = Ansi::SystemPageNumber();
     const bool isOwnLatin = own == Latin || own == 1250 || own == 1254 || own == 1257 || own == 1258;
     const bool isLatin = letters < 2 * runs;
+    // Pages of Chinese, Japanese and Korean, and those of DOS, have letters there.
+    if (!isLatin && signs * 5 > letters)
+        return 0;
     return isLatin == isOwnLatin ? own : isLatin ? Latin : Cyrillic;
 }
 
 // The first line with bytes that are not of the encoding; 0 where lines cannot be
 // told from the bytes.
-int FaultyLine(QByteArrayView bytes, const Encoding &encoding)
+int FaultyLine(QByteArrayView bytes, const Chosen &encoding)
 {
     if (encoding.Page == 0 && encoding.Unicode != QStringConverter::Utf8)
         return 0;
@@ -126,13 +136,13 @@ int FaultyLine(QByteArrayView bytes, const Encoding &encoding)
     return number;
 }
 
-[[noreturn]] void Fail(const Source &source, const Encoding &encoding)
+[[noreturn]] void Fail(const Source &source, const Chosen &encoding)
 {
     const int line = FaultyLine(source.Bytes, encoding);
     const QString where = line > 0 ? u"line %1"_s.arg(line) : u"the text"_s;
     QString text = u"%1 holds bytes that are not %2"_s.arg(where, encoding.Name());
     if (encoding.Page == 0 && encoding.Unicode == QStringConverter::Utf8)
-        text += u" (--encoding windows-%1 reads them as that)"_s.arg(LikelyPage(source.Bytes));
+        text += u" ("_s + EncodingAdvice(source.Bytes) + u')';
     throw Error(InvalidCall, text, source.Name);
 }
 
@@ -154,14 +164,9 @@ void Normalise(QString &text)
 
 }
 
-QString Decode(const Source &source, const QString &encoding)
+QString Decode(const Source &source)
 {
-    // A name that is not known is wrong with a mark in the file too.
-    Encoding chosen = encoding.isEmpty() ? Encoding() : EncodingOf(encoding);
-    if (const auto marked = QStringConverter::encodingForData(source.Bytes))
-        chosen = { *marked };
-    else if (encoding.isEmpty())
-        chosen.Unicode = WideWithoutMark(source.Bytes).value_or(QStringConverter::Utf8);
+    const Chosen chosen = EncodingOf(source);
     auto [text, isWhole] = Decoded(source.Bytes, chosen);
     if (!isWhole)
         Fail(source, chosen);
@@ -171,12 +176,20 @@ QString Decode(const Source &source, const QString &encoding)
 
 QString Beginning(const Source &source)
 {
+    if (!IsEncoding(source.Encoding))
+        return {};
     const QByteArrayView bytes = QByteArrayView(source.Bytes).first(std::min(source.Bytes.size(), BeginningBytes));
-    QString text = Decoded(bytes, { EncodingByContent(bytes).value_or(QStringConverter::Utf8) }).first;
+    QString text = Decoded(bytes, EncodingOf(source)).first;
     Normalise(text);
     if (const qsizetype end = text.lastIndexOf(u'\n'); bytes.size() < source.Bytes.size() && end >= 0)
         text.truncate(end + 1);
     return text.contains(u'\0') ? QString() : text;
+}
+
+QString EncodingAdvice(QByteArrayView bytes)
+{
+    const int page = LikelyPage(bytes);
+    return page == 0 ? u"say its encoding with --encoding"_s : u"try --encoding windows-%1"_s.arg(page);
 }
 
 }

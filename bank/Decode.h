@@ -6,19 +6,23 @@
 namespace Bank {
 
 // The text of a source that does not tell its encoding by a declaration of its own.
-// A byte order mark decides; without one the encoding that the user names; without
+// A byte order mark decides; without one the encoding of the source; without
 // that UTF-16 where every second byte is 0, and else UTF-8. Byte order marks are
 // left out wherever they stand, as files that were joined have them. Lines end with
 // a line feed.
 //
-// Names are those of Options::Encoding; see UnicodeOf and PageOf.
+// Names are those that IsEncoding (bank/Encoding.h) knows.
 //
 // Raises InvalidCall for an unknown name, and for bytes that are not of the
 // encoding, with the first line that holds some.
-QString Decode(const Source &source, const QString &encoding);
+QString Decode(const Source &source);
 
 // The beginning of such a text, at most 64 KB of it in whole lines, to recognise a
-// format by. Bytes that are not UTF-8 become U+FFFD. Empty for what is no text.
+// format by. Bytes that are not of the encoding become U+FFFD. Empty for what is no
+// text, and for an unknown encoding.
 QString Beginning(const Source &source);
+
+// What can be done about bytes that are not UTF-8, such as "try --encoding windows-1251".
+QString EncodingAdvice(QByteArrayView bytes);
 
 }

@@ -77,6 +77,11 @@ std::optional<int> PageOf(const QString &encoding)
     return isKnown ? std::optional(page) : std::nullopt;
 }
 
+bool IsEncoding(const QString &name)
+{
+    return UnicodeOf(name) || PageOf(name);
+}
+
 std::optional<QByteArray> ToUtf8(const QByteArray &bytes, const QString &encoding)
 {
     if (bytes.startsWith("\xEF\xBB\xBF"))

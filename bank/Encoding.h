@@ -20,6 +20,9 @@ std::optional<QStringConverter::Encoding> UnicodeOf(const QString &encoding);
 // characters.
 std::optional<int> PageOf(const QString &encoding);
 
+// Whether it is the name of an encoding that can be read; so is no name.
+bool IsEncoding(const QString &name);
+
 // The bytes as UTF-8 without a byte order mark. The encoding is that of the byte
 // order mark, else the named one; no name means UTF-8. Bytes that are UTF-8 already
 // are returned as they are, wrong ones included. Nothing for an unknown name.

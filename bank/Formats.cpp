@@ -18,13 +18,13 @@ namespace Bank {
 const std::vector<Format> &Formats()
 {
     static const std::vector<Format> formats = {
-        { u"qti2"_s, u"QTI 2.1, 2.2 and 3.0: items, tests, packages"_s, Qti2::Suits, Qti2::Read },
-        { u"qti1"_s, u"QTI 1.2: files, packages, Common Cartridge"_s, Qti1::Suits, Qti1::Read },
-        { u"moodle"_s, u"Moodle XML"_s, MoodleXml::Suits, MoodleXml::Read },
-        { u"h5p"_s, u"H5P question sets"_s, H5p::Suits, H5p::Read },
-        { u"aiken"_s, u"Aiken"_s, Aiken::Suits, Aiken::Read },
-        { u"csv"_s, u"CSV and TSV: tables"_s, Table::Suits, Table::Read },
-        { u"gift"_s, u"GIFT"_s, Gift::Suits, Gift::Read },
+        { u"qti2"_s, u"QTI 2.1, 2.2 and 3.0: items, tests, packages"_s, true, Qti2::Suits, Qti2::Read },
+        { u"qti1"_s, u"QTI 1.2: files, packages, Common Cartridge"_s, true, Qti1::Suits, Qti1::Read },
+        { u"moodle"_s, u"Moodle XML"_s, false, MoodleXml::Suits, MoodleXml::Read },
+        { u"h5p"_s, u"H5P question sets"_s, true, H5p::Suits, H5p::Read },
+        { u"aiken"_s, u"Aiken"_s, false, Aiken::Suits, Aiken::Read },
+        { u"csv"_s, u"CSV and TSV: tables"_s, false, Table::Suits, Table::Read },
+        { u"gift"_s, u"GIFT"_s, false, Gift::Suits, Gift::Read },
     };
     return formats;
 }

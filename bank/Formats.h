@@ -11,6 +11,7 @@ namespace Bank {
 struct Format {
     QString Name; // as the user names it, such as "gift"
     QString Title; // as a sentence names it, such as "GIFT"
+    bool ReadsPackages; // folders and zip archives, not single files alone
     // Whether the content is that of this format. Looks at the beginning, or at
     // the names in a package; never at the name of the source.
     bool (*Suits)(const Source &source);

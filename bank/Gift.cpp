@@ -83,6 +83,17 @@ bool HasEmbedded(QStringView text)
     return false;
 }
 
+// Whether the "{" at that place belongs to a formula: "^{2}", "_{n}", "\frac{1}".
+bool IsOfFormula(QStringView text, qsizetype open)
+{
+    qsizetype at = open - 1;
+    if (at >= 0 && (text[at] == u'^' || text[at] == u'_'))
+        return true;
+    while (at >= 0 && text[at].isLetter())
+        --at;
+    return at >= 0 && at < open - 1 && text[at] == u'\\';
+}
+
 enum class Braces { None, Answer, Other };
 
 // What the braces of a paragraph hold, one with an answer counting more. An empty one
@@ -94,9 +105,10 @@ Braces BracesOf(QStringView text)
     Braces braces = Braces::None;
     for (qsizetype open = text.indexOf(u'{'); open >= 0;) {
         const QStringView block = BlockAt(text, open);
-        if (GiftBlock::IsAnswer(block))
+        const bool isOfFormula = IsOfFormula(text, open);
+        if (GiftBlock::IsAnswer(block) && !isOfFormula)
             return Braces::Answer;
-        if (!block.trimmed().isEmpty())
+        if (isOfFormula || !block.trimmed().isEmpty())
             braces = Braces::Other;
         open = text.indexOf(u'{', open + 1 + block.size());
     }
@@ -220,7 +232,7 @@ bool Suits(const Bank::Source &source)
 
 void Read(const Bank::Source &source, const Bank::Options &options, Bank::Receiver &receiver)
 {
-    QString text = Bank::Decode(source, options.Encoding);
+    QString text = Bank::Decode(source);
     GiftLines::Hide(text);
     Reader reader(source, options, receiver);
     GiftLines::Cut(text, [&](const GiftLines::Piece &piece) { reader.Take(piece); });

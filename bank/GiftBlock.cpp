@@ -135,6 +135,8 @@ QString ReadOptions(Bank::Item &item, QStringView block)
     const bool isSingle = std::any_of(options.begin(), options.end(), [](const auto &o) { return o.HasEqualsSign; });
     int right = 0;
     bool maySignBeRight = false;
+    const bool hasShares = std::any_of(options.begin(), options.end(),
+                                       [](const auto &o) { return !o.HasEqualsSign && o.Weight > 0 && o.Weight < FullCredit; });
     for (size_t i = 0; i < options.size(); ++i) {
         MarkedOption &option = options[i];
         const bool isPartOnly = isSingle && !option.HasEqualsSign && option.Weight < FullCredit;
@@ -146,6 +148,9 @@ QString ReadOptions(Bank::Item &item, QStringView block)
     if (isSingle && right > 1)
         return u"several answers are right alone"_s
             + (maySignBeRight ? u" (write \"\\=\" for an equals sign in a text)"_s : QString());
+    // Shares of several right options, and then a sign in the text of one.
+    if (hasShares && maySignBeRight && !options.front().HasEqualsSign)
+        return u"an \"=\" stands behind options with weights (write \"\\=\" for an equals sign in a text)"_s;
     Warn(item, options);
     item.IsMultiple = !isSingle;
     item.Options.reserve(options.size());

@@ -152,6 +152,10 @@ void Reader::ReadOther(const Content &content, int depth)
 {
     const int items = m_count;
     const int known = m_known;
+    if (!IsBlank(content.Params.value("introPage"_L1)["introduction"_L1]))
+        m_receiver.Warn(0, u"the introduction of a question set is left out"_s);
+    if (!IsBlank(content.Params.value("endGame"_L1)["overallFeedback"_L1].toArray().first()["feedback"_L1]))
+        m_receiver.Warn(0, u"the feedback on the score of a question set is left out"_s);
     ReadNested(content.Params, depth);
     const bool isRead = m_known > known || (IsContainer(content.Library) && m_count > items);
     if (!isRead && !content.Library.isEmpty() && !content.Params.isEmpty())

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bank/Archive.h"
+#include "bank/Decode.h"
 #include "bank/Formats.h"
 #include "bank/Table.h"
 #include "bank/Xml.h"
-
-#include <QStringDecoder>
 
 #include <algorithm>
 #include <array>
@@ -134,7 +133,8 @@ QString TextKind(const QString &text)
 {
     const QString begin = text.trimmed().toLower();
     if (begin.startsWith("<?xml"_L1))
-        return u"a damaged XML file"_s;
+        return begin.contains("<!doctype"_L1) ? u"an XML file with a document type, which is not read"_s
+                                              : u"a damaged XML file"_s;
     if (begin.startsWith("\\documentclass"_L1))
         return u"a LaTeX document"_s;
     if (begin.startsWith("{\""_L1) || begin.startsWith("[{"_L1) || begin.startsWith("{\n"_L1) || begin.startsWith("[\n"_L1))
@@ -162,12 +162,14 @@ QString KindOf(const Source &source)
         return XmlKind(*beginning);
     if (bytes.startsWith("BM") && begin.mid(6, 4) == QByteArray(4, '\0'))
         return Picture;
-    const auto encoding = QStringConverter::encodingForData(begin);
-    if (!encoding && begin.contains('\0'))
+    const QString text = Beginning(source);
+    if (text.isEmpty() && begin.contains('\0'))
         return u"a binary file"_s;
+    if (source.Encoding.isEmpty() && text.contains(QChar::ReplacementCharacter))
+        return u"a text that is not UTF-8 (%1)"_s.arg(EncodingAdvice(bytes));
     if (Table::IsTable(source))
         return u"a table without the names of known columns (--format csv reads it with --columns)"_s;
-    return TextKind(QStringDecoder(encoding.value_or(QStringConverter::Utf8))(begin));
+    return TextKind(text);
 }
 
 }

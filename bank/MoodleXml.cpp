@@ -222,12 +222,24 @@ private:
                 parts.Image = m_xml.Text().trimmed();
             else if (name == u"image_base64")
                 EmbedImage(parts.Image);
+            else if (name == u"hint" || name == u"incorrectfeedback" || name == u"partiallycorrectfeedback")
+                PassOver();
             else
                 m_xml.Skip();
         }
         if (!parts.Image.isEmpty())
             AppendImage(item.Problem, parts.Image);
         return parts;
+    }
+
+    // What says something of the answer as a whole. Every question of an export has
+    // some, so that the bank is warned of once.
+    void PassOver()
+    {
+        const int line = m_xml.Line();
+        const bool hasText = !ReadText(Markup::Kind::Html).Source.isEmpty();
+        if (hasText && !std::exchange(m_hasPassedOver, true))
+            m_receiver.Warn(line, u"hints, and feedback on an answer as a whole, are left out here and below"_s);
     }
 
     void ReadAnswer(Bank::Item &item, Parts &parts)
@@ -359,6 +371,7 @@ private:
     Xml::Reader m_xml;
     QString m_category;
     bool m_hasCategory = false;
+    bool m_hasPassedOver = false;
     // Of the question that is read; null while it has none.
     std::shared_ptr<Bank::EmbeddedFiles> m_files;
     QString m_prefix; // of the paths in them

@@ -8,6 +8,8 @@
 #include "bank/TableKey.h"
 #include "common/Error.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QUrl>
 
 #include <algorithm>
@@ -120,6 +122,35 @@ std::vector<QStringView> PartsOf(QStringView cell, std::initializer_list<QChar> 
     return parts;
 }
 
+// The texts of a list as programs write it: ["a", "b"] (JSON) or ['a', 'b'] (Python), with
+// or without commas; empty for another cell.
+QStringList ListOf(QStringView cell)
+{
+    if (!cell.startsWith(u'[') || !cell.endsWith(u']'))
+        return {};
+    QStringList texts;
+    const auto json = QJsonDocument::fromJson(cell.toUtf8());
+    for (const QJsonValue &value : json.array())
+        texts.append(value.toVariant().toString());
+    const QStringView inside = cell.sliced(1, cell.size() - 2);
+    for (qsizetype at = 0; !json.isArray() && at < inside.size(); ++at) {
+        const QChar quote = inside[at];
+        if (quote.isSpace() || quote == u',')
+            continue;
+        if (quote != u'"' && quote != u'\'')
+            return {};
+        QString text;
+        for (++at; at < inside.size() && inside[at] != quote; ++at) {
+            if (inside[at] == u'\\' && at + 1 < inside.size())
+                text += inside[++at] == u'n' ? QChar(u'\n') : inside[at];
+            else
+                text += inside[at];
+        }
+        texts.append(text);
+    }
+    return texts;
+}
+
 class Reader {
 public:
     Reader(const Bank::Source &source, const Bank::Options &options, Bank::Receiver &receiver)
@@ -131,7 +162,7 @@ public:
 
     void Read()
     {
-        const QString text = Bank::Decode(m_source, m_options.Encoding);
+        const QString text = Bank::Decode(m_source);
         try {
             Find(text);
             Learn();
@@ -242,7 +273,11 @@ private:
     {
         m_cells.clear();
         if (m_columns.Options.size() == 1) {
-            m_cells = PartsOf(Cell(record, m_columns.Options.front()), { u'\n', u'|', u';', u',' });
+            const QStringView cell = Cell(record, m_columns.Options.front());
+            m_listed = ListOf(cell);
+            m_cells.assign(m_listed.begin(), m_listed.end());
+            if (m_cells.empty())
+                m_cells = PartsOf(cell, { u'\n', u'|', u';', u',' });
         } else {
             for (const int column : m_columns.Options)
                 m_cells.push_back(Cell(record, column));
@@ -349,6 +384,7 @@ private:
     Columns m_columns;
     std::optional<TableKey::Reader> m_keys;
     TableKey::Options m_cells; // of the row that is read
+    QStringList m_listed; // what m_cells shows of a list
 };
 
 }

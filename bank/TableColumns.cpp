@@ -15,7 +15,16 @@ namespace TableColumns {
 
 namespace {
 
-enum class Meaning { Question, Key, Explanation, Picture, Category, Title, Nothing };
+enum class Meaning {
+    Question,
+    Key,
+    Solution, // the key, or what explains it beside one
+    Explanation,
+    Picture,
+    Category,
+    Title,
+    Nothing
+};
 
 struct Alias {
     Meaning What;
@@ -44,13 +53,13 @@ constexpr std::pair<Meaning, QStringView> Names[] = {
     { Meaning::Key,
       u"key answerkey correct correctanswer correctanswers correctoption correctoptions correctchoice correctresponse right "
       u"rightanswer rightanswers rightoption answerindex answerno correctindex correctanswerindex correctoptionindex correctno "
-      u"solution solutions losung losungen richtig richtigeantwort richtigeantworten richtigelosung "
+      u"richtig richtigeantwort richtigeantworten richtigelosung "
       u"korrekt korrekteantwort schlussel correcta correctas respuestacorrecta respuestascorrectas opcioncorrecta clave "
-      u"solucion "
       u"bonnereponse bonnesreponses reponsecorrecte reponsescorrectes corrige cle corretta rispostacorretta rispostecorrette "
-      u"soluzione chiave respostacorreta gabarito correto solucao poprawna poprawnaodpowiedz klucz juisteantwoord "
+      u"chiave respostacorreta gabarito correto poprawna poprawnaodpowiedz klucz juisteantwoord "
       u"goedeantwoord "
       u"правильный правильныйответ правильныеответы верныйответ ключ правильнавідповідь 正确答案 正確答案 正解" },
+    { Meaning::Solution, u"solution solutions losung losungen solucion soluzione solucao" },
     { Meaning::Explanation,
       u"explanation explanations rationale feedback generalfeedback justification reason comment comments erklarung "
       u"erlauterung begrundung ruckmeldung kommentar explicacion retroalimentacion comentario explication retroaction "
@@ -268,10 +277,15 @@ private:
             columns.Options = AllOf(Word::Option, Word::Options);
         if (columns.Options.empty())
             FindDistractors(columns);
+        int solution = m_best.contains(Meaning::Solution) ? m_best.value(Meaning::Solution).second : -1;
+        if (columns.Key < 0 && (columns.Options.empty() || answers.size() != 1))
+            columns.Key = std::exchange(solution, -1);
         if (columns.Options.empty() && columns.Key >= 0)
             columns.Options = std::exchange(answers, {});
         if (columns.Key < 0 && answers.size() == 1)
             columns.Key = answers.front();
+        if (columns.Explanation < 0)
+            columns.Explanation = solution;
         const std::vector<int> feedback = m_feedback.Columns();
         if (feedback.size() == columns.Options.size())
             columns.Feedback = feedback;

@@ -256,7 +256,14 @@ int Reader::OptionOfText(QStringView text, const Options &options) const
         found = std::find_if(options.begin(), options.end(), [&](QStringView option) {
             return !option.isEmpty() && bare.compare(WithoutLetter(option), Qt::CaseInsensitive) == 0;
         });
-    return found == options.end() ? -1 : static_cast<int>(found - options.begin());
+    if (found == options.end())
+        return -1;
+    const auto number = static_cast<int>(found - options.begin());
+    // "A) Paris" is not the option "Paris" in the place of B.
+    const bool hasOwnLetter = bare.size() != text.size() && text.compare(*found, Qt::CaseInsensitive) != 0;
+    const int letter
+        = hasOwnLetter && WithoutLetter(*found).size() == found->size() ? text[0].toLower().unicode() - u'a' : number;
+    return IsThere(letter, options) && letter != number ? -1 : number;
 }
 
 std::vector<int> Reader::ReadTexts(QStringView key, const Options &options) const

@@ -2,8 +2,8 @@
 #include "bank/Xml.h"
 
 #include "bank/Encoding.h"
-#include "bank/Entities.h"
 #include "common/Error.h"
+#include "markup/Entities.h"
 
 #include <QRegularExpression>
 #include <QStringDecoder>
@@ -188,7 +188,12 @@ private:
 // that is not loaded.
 class HtmlEntities : public QXmlStreamEntityResolver {
 public:
-    QString resolveUndeclaredEntity(const QString &name) override { return Bank::CharacterOf(name); }
+    QString resolveUndeclaredEntity(const QString &name) override
+    {
+        const QString text = Entities::TextOf(u'&' + name + u';');
+        // What is returned is read as XML.
+        return text == "<"_L1 || text == "&"_L1 ? QString() : text;
+    }
 };
 
 // An element that has no end tag in HTML.

@@ -9,6 +9,7 @@
 #include "packformat/KeptExams.h"
 
 #include <QDir>
+#include <QSet>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -32,11 +33,15 @@ QString FindExamFile(const QString &PackageFolder)
 QStringList GetInstalledExams()
 {
     QStringList exams;
-    const QString folder = ExamsFolder();
-    for (const QString &name : IO::GetSubFolders(folder)) {
-        const QString path = FindExamFile(IO::CombinePath(folder, name));
-        if (!path.isEmpty())
+    QSet<QString> names;
+    for (const QString &folder : QStringList(ExamsFolder()) + SharedExamsFolders()) {
+        for (const QString &name : IO::GetSubFolders(folder)) {
+            const QString path = FindExamFile(IO::CombinePath(folder, name));
+            if (path.isEmpty() || names.contains(name))
+                continue;
+            names.insert(name);
             exams.append(path);
+        }
     }
     return exams;
 }

@@ -19,7 +19,9 @@ QString ExamsFolder();
 // The exam file of a package folder, named after the folder with its extension
 // replaced; empty when the folder has no such file.
 QString FindExamFile(const QString &PackageFolder);
-// The exam files of all packages in the order in which the system lists them.
+// The exam files of all packages in the order in which the system lists them: the
+// user's own, then those that are installed for everybody, without those whose folder
+// has the name of one before.
 QStringList GetInstalledExams();
 // Puts exams back that a pack moved to a kept folder to replace them and, because
 // it was ended by force, left there. An exam that cannot be moved stays where it

@@ -1,7 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <QStringList>
+
 namespace Globals {
+
+// Where exams lie that are installed for everybody, besides ExamsFolder; the first one
+// counts most. Some may not be there. Elsewhere than on Windows "Practorium/Exams" below
+// the data folders of the XDG Base Directory Specification.
+QStringList SharedExamsFolders();
 
 // What PutBackExams does; the caller has seen to it that nobody moves exams.
 void PutBackKept();

@@ -51,7 +51,7 @@ int main(int argc, char **argv)
     if (!(what == "sitting"_L1 && argc == 4) && !(what == "download"_L1 && argc == 6))
         return Usage();
     const QTemporaryDir home;
-    for (const char *name : { "HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME" })
+    for (const char *name : { "HOME", "XDG_DATA_HOME", "XDG_DATA_DIRS", "XDG_CONFIG_HOME", "XDG_CACHE_HOME" })
         qputenv(name, home.path().toLocal8Bit());
     const QString temporary = home.filePath(u"tmp"_s);
     QDir().mkpath(temporary);

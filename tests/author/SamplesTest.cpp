@@ -14,7 +14,7 @@ struct SampleBank {
     explicit SampleBank(const QString &name)
     {
         Sources::ForEach(
-            Folder + name, nullptr,
+            Folder + name, {},
             [&](const Bank::Source &source, const Bank::Format *format) {
                 ASSERT_TRUE(format) << name.toStdString();
                 Format = format->Name;

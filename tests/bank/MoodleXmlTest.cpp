@@ -69,7 +69,7 @@ TEST(MoodleXmlTest, Questions)
           Asked(
               Answer(100, u"a"_s, Feedback(u" well done "_s)) + b + u"<hint><text>x</text></hint>"_s
               + u"<generalfeedback><text>so it is</text></generalfeedback><correctfeedback><text>x</text></correctfeedback>"_s),
-          u"Q | *a(well done) | b | #so it is"_s },
+          u"1! hints, and feedback on an answer as a whole, are left out here and below\nQ | *a(well done) | b | #so it is"_s },
         { "keeps its order", Asked(a + b + u"<shuffleanswers>0</shuffleanswers>"_s), u"Q | *a! | b!"_s },
         { "true", Asked(Answer(100, u"true"_s, Feedback(u"yes"_s)) + Answer(0, u"false"_s), u"truefalse"_s),
           u"Q | *True(yes) | False"_s },

@@ -28,7 +28,7 @@ QString Passages(const QString &text)
 QString Decoded(const QByteArray &bytes, const QString &encoding)
 {
     try {
-        return Bank::Decode({ u"bank"_s, bytes, {} }, encoding);
+        return Bank::Decode({ u"bank"_s, bytes, {}, encoding });
     } catch (const Error &error) {
         EXPECT_EQ(error.Source(), bytes.isEmpty() ? QString() : u"bank"_s);
         return error.Description();
@@ -50,6 +50,8 @@ TEST(TextBanksTest, Gift)
         {
             { "~= is =", u"Q {~=a ~b ~= c}"_s, severalRight },
             { "one ~=", u"Q {~a ~=%100%b#f}"_s, u"Q | a | *b(f)"_s },
+            { "a sign beside weights", u"Q {~%50%a ~%50%b#since x=1 ~%-100%c}"_s,
+              u"1: an \"=\" stands behind options with weights (write \"\\=\" for an equals sign in a text)"_s },
             { "close to the other", u"Q {~a~=b ~c}"_s, u"Q | a | *b | c"_s },
             { "blank lines in two", u"Q {\n\n=a ~b}\n\nR {\n\n=a\n\nS {T}"_s,
               u"Q | *a | b\n5: the answer block is not closed\n7: a description without answers is no question\nS | *True | False"_s },
@@ -183,6 +185,13 @@ TEST(TextBanksTest, Tables)
               u"Prompt,Options,Answer\nQ,\"a\n\nb\",b\nQ,a|b, B\nQ,,true\nQ,a;b,2\nQ,"_s + u"|a"_s.repeated(101),
               u"Q | a | *b\nQ | a | *b\nQ | *True | False\nQ | a | *b | the key \"2\" is not written as the others are\n"_s
               u"8: it has more than 100 options"_s },
+            { "lists of programs",
+              u"Question,Options,Answer\nQ,\"[\"\"a, c\"\",\"\"b\"\"]\",b\nQ,\"['a', \"\"b's\"\" 'c\\'s']\",C\nQ,\"[1, 2]\",2\nQ,\"[a, b]\",b]"_s,
+              u"Q | a, c | *b\nQ | a | b's | *c's\nQ | 1 | *2 | the key \"2\" is not written as the others are\n"_s
+              u"Q | [a | *b]"_s },
+            { "a solution beside the answer", u"Question,A,B,Answer,Solution\nQ,a,b,B,Because."_s, taken + u" | #Because."_s },
+            { "a letter of another option", u"Question,A,B,C,Key\nQ,x,y,z,A) y\nQ,x,y,z,B) y"_s,
+              u"2: the key \"A) y\" names no option\nQ | x | *y | z"_s },
             { "distractors",
               u"Question #,Question,Correct Answer,Distractor 1,Distractor 2\n1,Q,a,b,c\n2,Q,,b,c\n3,Q,true,,\n"_s,
               u"1! the right option is the first of every item (--shuffle options mixes them)\nQ | *a | b | c\n"_s
@@ -280,9 +289,12 @@ TEST(TextBanksTest, Encodings)
         { QByteArray("\0Q\0R", 4), {}, u"QR"_s },
         { QByteArray("\0Q\xD8\x41\0R", 6), {}, u"the text holds bytes that are not UTF-16BE"_s },
         { QByteArray("Q\0R", 3), {}, u"Q\0R"_s },
-        { "a\nb\xE9\n", {}, u"line 2 holds bytes that are not UTF-8 (--encoding windows-1252 reads them as that)"_s },
-        { "a\n\xC3", {}, u"line 2 holds bytes that are not UTF-8 (--encoding windows-1252 reads them as that)"_s },
-        { russian, {}, u"line 2 holds bytes that are not UTF-8 (--encoding windows-1251 reads them as that)"_s },
+        { "a\nb\xE9\n", {}, u"line 2 holds bytes that are not UTF-8 (try --encoding windows-1252)"_s },
+        { "a\n\xC3", {}, u"line 2 holds bytes that are not UTF-8 (try --encoding windows-1252)"_s },
+        { russian, {}, u"line 2 holds bytes that are not UTF-8 (try --encoding windows-1251)"_s },
+        { "\xC4\xE3\xBA\xC3\xA3\xAC\xCA\xC0\xBD\xE7",
+          {},
+          u"line 1 holds bytes that are not UTF-8 (say its encoding with --encoding)"_s },
         { russian, u"Windows-1251"_s, u"a\n"_s + privet },
         { russian, u"cp1251"_s, u"a\n"_s + privet },
         { "\xE9", u"latin1"_s, u"\u00E9"_s },
@@ -304,6 +316,7 @@ TEST(TextBanksTest, RecognisedByTheirContent)
         { "{}\n\n::t:: Q {}", u"gift"_s },
         { "Q \\frac{a}{b} {=x ~y}\n", u"gift"_s },
         { "\\frac{a}{b} \\x{c}\n", {} },
+        { "The matrix A^{T}, \\text{F} and x_{=1}\n", {} },
         { QByteArray("Q\0{\0T\0}\0", 8), u"gift"_s },
         { "A description", {} },
         { "\xEF\xBB\xBF\"Question\"\t\"A\"\t\"B\"\t\"Correct\"\n", u"csv"_s },
@@ -327,4 +340,8 @@ TEST(TextBanksTest, RecognisedByTheirContent)
         const Bank::Format *format = Bank::FormatOf(Bank::Source{ {}, bytes, {} });
         EXPECT_EQ(format ? format->Name : QString(), name) << bytes.toStdString();
     }
+    const QByteArray russian("\xC2\xEE\xEF\xF0\xEE\xF1;A;B;\xCA\xEB\xFE\xF7\n?;a;b;A\n");
+    ASSERT_TRUE(Bank::FormatOf(Bank::Source{ {}, russian, {}, u"cp1251"_s }));
+    EXPECT_EQ(Bank::FormatOf(Bank::Source{ {}, russian, {}, u"cp1251"_s })->Name, u"csv"_s);
+    EXPECT_EQ(Bank::KindOf({ {}, russian, {} }), u"a text that is not UTF-8 (try --encoding windows-1251)"_s);
 }

@@ -34,8 +34,8 @@ Sandbox::Sandbox()
 {
     root = QDir::toNativeSeparators(m_folder.path());
     qputenv("HOME", root.toLocal8Bit());
-    for (const char *name :
-         { "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR", "TMPDIR" }) {
+    for (const char *name : { "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR",
+                              "XDG_DATA_DIRS", "TMPDIR" }) {
         const QString folder = Path(QString::fromLatin1(name).toLower());
         QDir().mkpath(folder);
         QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
