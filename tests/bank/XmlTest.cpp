@@ -97,6 +97,7 @@ TEST(XmlTest, WhatStandsBeforeAFaultIsRead)
         { "<!DOCTYPE a SYSTEM 'b'>\n<text>c&none;d</text>", u"text2( line 2: the entity \"none\" is not known"_s },
         { "<a" + attributes + "/>", u"a1()"_s },
         { "<a>\n<b" + attributes + " b='>'/></a>", u"a1( line 2: an element has more than 200 attributes"_s },
+        { "<a>" + ("<a" + namespaces + "/>").repeated(6) + "</a>", u"a1("_s + u"a1()"_s.repeated(6) + u")"_s },
         { ("<a" + namespaces + ">").repeated(5) + "\n<a xmlns:n='u'/>",
           u"a1(a1(a1(a1(a1( line 2: more than 1000 namespaces are declared"_s },
     };
