@@ -102,6 +102,7 @@ private:
             return;
         }
         m_assembler.Begin(source.Name);
+        const size_t before = m_assembler.Fates.size();
         try {
             Counter counter(*this, source.Name);
             format->Read(source, m_options.Reading, counter);
@@ -109,7 +110,8 @@ private:
             // A full disk is no fault of the bank.
             if (error.Number() != InvalidCall)
                 throw;
-            m_assembler.Refuse(Console::OneLine(error));
+            const bool isPartOnly = m_assembler.Fates.size() > before;
+            m_assembler.Refuse(Console::OneLine(error) + (isPartOnly ? u"; what stands behind it is not read"_s : QString()));
         }
     }
 
@@ -255,7 +257,7 @@ private:
             QString said = u"%1: %2, texts in %3"_s.arg(made.Out, Counted(made.Items, u"item"_s),
                                                         made.CodePage == 0 ? u"ASCII"_s : TextPage::NameOf(made.CodePage));
             if (made.Unshuffled > 0)
-                said += u", %1 with its options in the bank's order, because a text may name them"_s.arg(made.Unshuffled);
+                said += u", options in the bank's order in %1, because a text may name them"_s.arg(made.Unshuffled);
             Console::Complain(Console::OneLine(said));
         }
         if (m_options.Choice.IsByChance() && !m_options.HasSeed)

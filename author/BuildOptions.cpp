@@ -24,7 +24,7 @@ input. DIR holds the exam file, named after DIR, and the pictures that its items
 show. It can be copied into the exams folder. DIR appears whole or not at all.
 
 Not given, --code is the first SOURCE's name, --name what the bank calls itself,
---max 1000, --pass 70 %% of that, --minutes one and a half for each item.
+--max 1000, --pass 70 %% of that, --minutes one and a half for each item, at most 546.
 
 How questions are converted:
   Single choice, multiple answers, true/false   become items. An item with several
@@ -109,6 +109,7 @@ void BuildOptions::Describe(QCommandLineParser &parser)
         { u"pictures"_s, u"Folder of pictures, looked through first."_s, u"DIR"_s },
         { u"passages"_s, u"A description is a passage that the items behind it begin with."_s },
         { u"keep-letters"_s, u"Keep the letters that options carry themselves, such as \"a)\"."_s },
+        { u"plain"_s, u"Keep HTML tags and entities in texts of GIFT and tables as they are."_s },
         { u"true"_s, u"The option \"True\" in the bank's language."_s, u"text"_s },
         { u"false"_s, u"The option \"False\" in the bank's language."_s, u"text"_s },
         { u"ascii"_s, u"Write arrows and relations as \"->\" and \"<=\"."_s },
@@ -208,6 +209,8 @@ QString BuildOptions::ReadTexts(const QCommandLineParser &parser)
         }
     }
     Reading.HasPassages = parser.isSet(u"passages"_s);
+    if (parser.isSet(u"plain"_s))
+        Reading.Unmarked = Markup::Kind::Plain;
     Hints.Encoding = parser.value(u"encoding"_s);
     if (!Bank::IsEncoding(Hints.Encoding))
         return u"--encoding \"%1\" is not known (UTF-8, UTF-16, ISO-8859-1, windows-1251, KOI8-R, Shift_JIS and the like are)"_s

@@ -61,7 +61,7 @@ Places Drawn(Places places, qint32 count, Chance &chance)
 
 Error TooFew(const QString &option, size_t count)
 {
-    return Error(InvalidCall, u"%1: there are only %2 items to choose from"_s.arg(option).arg(count), u"Selection::Choose()"_s);
+    return Error(InvalidCall, u"%1: there are only %2 to choose from"_s.arg(option).arg(count), u"Selection::Choose()"_s);
 }
 
 Places Chosen(const std::vector<Draft::Item> &items, const Settings &settings, Chance &chance)
@@ -147,10 +147,15 @@ bool SpeaksOfOthers(const QString &statement)
         "|toutes?|tous|tout|aucune?|les deux|ni "
         "l|todas?|todos|ningun[ao]?|ningún|ambas|ambos|tutt[ie]|nessun[ao]?|entrambe|entrambi"
         "|nenhuma?|wszystkie|żadn[aey]|oba|obie|hepsi|hiçbiri|все|всё|ни|оба|обе|ничего|никак\\w*|усі|всі|жодн\\w*|обидв\\w*"
+        "|all[ae]|inge[nt]|samtliga|begge|båda|kaikki|mikään|molemmat|všechn[yoa]|žádn[áýé]|obě|všetk[yo]|žiadn[ay]|obe|toate"
+        "|niciun[aău]?|ambele|sv[ei]|nijedn[oa]|nijedan|tất cả|không có|semua|tidak ada|keduanya|mindegyik|egyik sem|not listed"
         "|όλα|όλες|κανένα|καμία|και τα δύο|جميع|كل|لا شيء|כל|אף|שתי)\\b|[以上述皆全都].*|すべて|全て|いずれ|どれ|모두|위의|없)"_s,
         QRegularExpression::CaseInsensitiveOption | QRegularExpression::UseUnicodePropertiesOption);
     static const QRegularExpression above(
-        u"\\b(?:above|below|aforementioned|the others?|obigen|genannten|ci-dessus|précédent\\w*|anterior\\w*|precedent\\w*|выше\\w*|вышеперечисл\\w*)\\b|以上|上記"_s,
+        u"\\b(?:above|below|aforementioned|the "
+        u"others?|obigen|genannten|ci-dessus|précédent\\w*|anterior\\w*|precedent\\w*|выше\\w*|вышеперечисл\\w*"
+        "|ovanstående|ovenstående|ovenfor|yllä|uveden\\w*|de mai sus|navedeno\\w*|ở trên|di atas|yukarı\\w*|fenti\\w*)\\b"
+        "|以上|上記|उपरोक्त|ข้างต้น|ที่กล่าวมา|ถูกทุกข้อ"_s,
         QRegularExpression::CaseInsensitiveOption | QRegularExpression::UseUnicodePropertiesOption);
     return phrase.match(statement).hasMatch() || above.match(statement).hasMatch();
 }

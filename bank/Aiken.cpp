@@ -268,6 +268,7 @@ private:
             Line &first = m_lines[m_starts[i]];
             first.Text = first.Text.sliced(2).trimmed();
             const size_t end = i + 1 < m_starts.size() ? m_starts[i + 1] : m_lines.size();
+            WarnOfMarks(item, m_starts[i] + 1, end);
             item.Options.push_back({ { Joined(m_lines, m_starts[i], end), Markup::Kind::Plain }, {} });
         }
         if (item.Options.empty()) {
@@ -293,6 +294,18 @@ private:
             item.Refusal = u"the key \"%1\" has another text than its option"_s.arg(
                 answer.first(std::min<qsizetype>(answer.size(), 40)));
         item.IsMultiple = right > 1;
+    }
+
+    // Letters of another alphabet begin no option, and some look like those that do.
+    void WarnOfMarks(Bank::Item &item, size_t begin, size_t end) const
+    {
+        for (size_t i = begin; i < end; ++i) {
+            const QStringView text = m_lines[i].Text;
+            const bool isMark = text.size() > 2 && text[0].isLetter() && text[0].unicode() > 0x7F
+                && (text[1] == u')' || (text[1] == u'.' && text[2].isSpace()));
+            if (isMark)
+                item.Warnings += u"\"%1\" begins no option, because its letter is not A to Z"_s.arg(text.first(2));
+        }
     }
 
     const Bank::Source &m_source;

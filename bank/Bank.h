@@ -76,6 +76,8 @@ struct Options {
     // The options of a question that has no texts of its own for them.
     QString True = QStringLiteral("True");
     QString False = QStringLiteral("False");
+    // How texts are taken that GIFT or a table do not say the markup of.
+    Markup::Kind Unmarked = Markup::Kind::Moodle;
     // The columns of a table by their meaning, such as "question=2,key=Answer";
     // empty: as the first row names them.
     QString Columns;

@@ -57,13 +57,23 @@ std::optional<Utf> WideWithoutMark(QByteArrayView bytes)
     return zeros[1] == most ? QStringConverter::Utf16LE : QStringConverter::Utf16BE;
 }
 
+// No text of any length in a page is UTF-8 by chance. One of several sources may be.
+bool IsSurelyUtf8(const QByteArray &bytes)
+{
+    constexpr qsizetype fewest = 8;
+    const auto isHigh = [](char c) { return static_cast<uchar>(c) >= 0x80; };
+    return std::count_if(bytes.begin(), bytes.end(), isHigh) >= fewest && bytes.isValidUtf8();
+}
+
 Chosen EncodingOf(const Source &source)
 {
     // A name that is not known is wrong with a mark in the file too.
     const Chosen named = EncodingOf(source.Encoding);
     if (const auto marked = QStringConverter::encodingForData(source.Bytes))
         return { *marked };
-    return source.Encoding.isEmpty() ? Chosen{ WideWithoutMark(source.Bytes).value_or(QStringConverter::Utf8) } : named;
+    if (source.Encoding.isEmpty())
+        return { WideWithoutMark(source.Bytes).value_or(QStringConverter::Utf8) };
+    return named.Page != 0 && IsSurelyUtf8(source.Bytes) ? Chosen() : named;
 }
 
 // Whether all bytes have a meaning in the page.
@@ -189,7 +199,7 @@ QString Beginning(const Source &source)
 QString EncodingAdvice(QByteArrayView bytes)
 {
     const int page = LikelyPage(bytes);
-    return page == 0 ? u"say its encoding with --encoding"_s : u"try --encoding windows-%1"_s.arg(page);
+    return u"say its encoding with --encoding"_s + (page == 0 ? QString() : u", such as windows-%1"_s.arg(page));
 }
 
 }

@@ -180,7 +180,7 @@ private:
     {
         if (!std::exchange(m_isPassagePending, true))
             m_passageExhibit.reset();
-        m_passage.Take(piece.Line, GiftBlock::Formatted(text, Markup::Kind::Moodle));
+        m_passage.Take(piece.Line, GiftBlock::Formatted(text, m_options.Unmarked));
         if (piece.Exhibit)
             m_passageExhibit = piece.Exhibit;
     }
@@ -197,7 +197,7 @@ private:
             return u"the answer block is not closed"_s;
         if (const QString fault = FaultOfBraces(text, open, close); !fault.isEmpty())
             return fault;
-        item.Problem = GiftBlock::Formatted(Stem(text.first(open), text.sliced(close + 1)), Markup::Kind::Moodle);
+        item.Problem = GiftBlock::Formatted(Stem(text.first(open), text.sliced(close + 1)), m_options.Unmarked);
         return GiftBlock::Read(item, text.sliced(open + 1, close - open - 1), m_options);
     }
 

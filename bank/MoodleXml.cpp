@@ -116,6 +116,7 @@ public:
                 m_xml.Skip();
         }
         EndPassage();
+        m_xml.Finish();
     }
 
 private:

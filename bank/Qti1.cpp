@@ -61,6 +61,7 @@ void Document::Read()
         m_reader.Fail(u"the root element is not \"questestinterop\""_s);
     ReadChildren();
     m_passage.End();
+    m_reader.Finish();
 }
 
 void Document::ReadChildren()

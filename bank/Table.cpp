@@ -10,6 +10,7 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QUrl>
 
 #include <algorithm>
@@ -122,10 +123,17 @@ std::vector<QStringView> PartsOf(QStringView cell, std::initializer_list<QChar> 
     return parts;
 }
 
-// The texts of a list as programs write it: ["a", "b"] (JSON) or ['a', 'b'] (Python), with
-// or without commas; empty for another cell.
+// The texts of a list as programs write it: ["a", "b"] or {"A": "a", "B": "b"} (JSON), or
+// ['a', 'b'] (Python), with or without commas; empty for another cell.
 QStringList ListOf(QStringView cell)
 {
+    if (cell.startsWith(u'{') && cell.endsWith(u'}')) {
+        QStringList texts;
+        // In the order of the names.
+        for (const QJsonValue value : QJsonDocument::fromJson(cell.toUtf8()).object())
+            texts.append(value.toVariant().toString());
+        return texts;
+    }
     if (!cell.startsWith(u'[') || !cell.endsWith(u']'))
         return {};
     QStringList texts;
@@ -268,6 +276,11 @@ private:
         return isThere ? record.Fields[static_cast<size_t>(column)].trimmed() : QStringView();
     }
 
+    Markup::Text TextOf(const Csv::Record &record, int column) const
+    {
+        return { Cell(record, column).toString(), m_options.Unmarked };
+    }
+
     // The options of a row by their columns, without empty ones at the end.
     void FillOptions(const Csv::Record &record)
     {
@@ -295,8 +308,8 @@ private:
         item.Files = m_source.Files;
         item.Title = Cell(record, m_columns.Title).toString();
         item.Category = Bank::CategoryParts(Cell(record, m_columns.Category)).join(u'/');
-        item.Problem.Source = Cell(record, m_columns.Question).toString();
-        item.Feedback.Source = Cell(record, m_columns.Explanation).toString();
+        item.Problem = TextOf(record, m_columns.Question);
+        item.Feedback = TextOf(record, m_columns.Explanation);
         if (record.HasOddQuote)
             item.Warnings += u"a quotation mark begins a field and does not enclose it (write two for one in a text)"_s;
         AddPictures(item, Cell(record, m_columns.Picture));
@@ -326,6 +339,8 @@ private:
         const std::vector<QStringView> names = PartsOf(cell, { u'\n', u';', u'|' });
         if (names.size() == 1)
             item.Exhibit = names.front().toString();
+        if (names.size() > 1 && item.Problem.Kind == Markup::Kind::Plain)
+            item.Problem = { item.Problem.Source.toHtmlEscaped(), Markup::Kind::Moodle };
         for (size_t i = 0; names.size() > 1 && i < names.size(); ++i)
             item.Problem.Source
                 += u"\n<img src=\"%1\">"_s.arg(QString::fromLatin1(QUrl::toPercentEncoding(names[i].toString(), "/:")));
@@ -352,21 +367,33 @@ private:
                                            : u"the key \"%1\" names no option"_s.arg(shown);
     }
 
+    // Of a key that is the name of an option's column.
+    std::vector<int> RightColumn(QStringView key) const
+    {
+        for (size_t i = 0; i < m_cells.size() && i < m_columns.Options.size() && !key.isEmpty(); ++i) {
+            if (key.compare(m_names.value(m_columns.Options[i]), Qt::CaseInsensitive) == 0 && !m_cells[i].isEmpty())
+                return { static_cast<int>(i) };
+        }
+        return {};
+    }
+
     QString AddOptions(Bank::Item &item, const Csv::Record &record) const
     {
         const QStringView key = Cell(record, m_columns.Key);
-        const std::vector<int> right = m_columns.AreDistractors ? std::vector<int>(key.isEmpty() ? 0 : 1, 0)
-                                                                : m_keys->RightOptions(key, m_cells, item.Warnings);
+        std::vector<int> right = m_columns.AreDistractors ? std::vector<int>(key.isEmpty() ? 0 : 1, 0)
+                                                          : m_keys->RightOptions(key, m_cells, item.Warnings);
+        if (right.empty())
+            right = RightColumn(key);
         if (right.empty())
             return RefusalOf(key);
         for (size_t i = 0; i < m_cells.size(); ++i) {
             // The letters of the key are those of the columns, gaps included.
             if (m_cells[i].isEmpty())
                 continue;
-            Bank::Option option{ { m_cells[i].toString() }, {} };
+            Bank::Option option{ { m_cells[i].toString(), m_options.Unmarked }, {} };
             option.IsRight = std::binary_search(right.begin(), right.end(), static_cast<int>(i));
             if (i < m_columns.Feedback.size())
-                option.Feedback.Source = Cell(record, m_columns.Feedback[i]).toString();
+                option.Feedback = TextOf(record, m_columns.Feedback[i]);
             item.Options.push_back(std::move(option));
         }
         item.IsMultiple = right.size() > 1;

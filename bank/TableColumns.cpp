@@ -61,7 +61,8 @@ constexpr std::pair<Meaning, QStringView> Names[] = {
       u"правильный правильныйответ правильныеответы верныйответ ключ правильнавідповідь 正确答案 正確答案 正解" },
     { Meaning::Solution, u"solution solutions losung losungen solucion soluzione solucao" },
     { Meaning::Explanation,
-      u"explanation explanations rationale feedback generalfeedback justification reason comment comments erklarung "
+      u"explanation explanations answerexplanation rationale feedback generalfeedback justification reason comment comments "
+      u"erklarung "
       u"erlauterung begrundung ruckmeldung kommentar explicacion retroalimentacion comentario explication retroaction "
       u"commentaire spiegazione commento explicacao wyjasnienie uitleg toelichting объяснение пояснение комментарии "
       u"обоснование "

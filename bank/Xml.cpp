@@ -356,6 +356,11 @@ bool Reader::NextChild()
     }
 }
 
+void Reader::Finish()
+{
+    NextChild();
+}
+
 void Reader::Skip()
 {
     const size_t depth = m_namespaces.size();

@@ -56,6 +56,8 @@ public:
     // read to its end before the next one: by NextChild until it returns false, by
     // Skip, Text, Markup or TextOrMarkup.
     bool NextChild();
+    // Behind the root: reads on to the end of the document, which may hold no other root.
+    void Finish();
     // These read on to the end of the current element. A line break in what they
     // return is "\n", however it is written.
     void Skip();

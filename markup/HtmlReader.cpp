@@ -5,6 +5,8 @@
 #include "markup/HtmlContent.h"
 #include "markup/Lines.h"
 
+#include <QHash>
+
 #include <algorithm>
 
 using namespace Qt::Literals::StringLiterals;
@@ -41,7 +43,12 @@ public:
             case Piece::Type::Text:
             case Piece::Type::Code: ReadText(piece.Source); break;
             case Piece::Type::Entity: PutText(Entities::TextOf(piece.Source)); break;
-            case Piece::Type::Tag: ReadTag(piece); break;
+            case Piece::Type::Tag:
+                if (IsConcealed(piece) && EndOf(m_at) > m_at)
+                    m_at = EndOf(m_at);
+                else
+                    ReadTag(piece);
+                break;
             case Piece::Type::Comment: break;
             }
         }
@@ -57,6 +64,41 @@ private:
         size_t Depth; // how many cells are open outside of it
         QStringList Cells; // of the row
     };
+
+    // Whether a page does not show the element, as with the second of the two forms in
+    // which some programs write a formula.
+    static bool IsConcealed(const Piece &tag)
+    {
+        if (tag.IsEnd || !(tag.Source.contains("hidden"_L1) || tag.Source.contains("display"_L1)))
+            return false;
+        const QString style = Html::Attribute(tag.Source, "style"_L1).remove(u' ').toLower();
+        return !Html::Attribute(tag.Source, "hidden"_L1).isNull() || Html::Attribute(tag.Source, "aria-hidden"_L1) == "true"_L1
+            || style.contains("display:none"_L1);
+    }
+
+    // The place of the tag that ends the element which begins at that place; that place
+    // when none does.
+    size_t EndOf(size_t begin)
+    {
+        if (m_ends.empty()) {
+            m_ends.resize(m_pieces.size());
+            QHash<const Html::Element *, std::vector<size_t>> open;
+            for (size_t i = 0; i < m_pieces.size(); ++i) {
+                m_ends[i] = i;
+                const Piece &piece = m_pieces[i];
+                if (piece.Kind != Piece::Type::Tag)
+                    continue;
+                std::vector<size_t> &starts = open[piece.Element];
+                if (!piece.IsEnd) {
+                    starts.push_back(i);
+                } else if (!starts.empty()) {
+                    m_ends[starts.back()] = i;
+                    starts.pop_back();
+                }
+            }
+        }
+        return m_ends[begin];
+    }
 
     Lines &Out() { return m_cells.back(); }
     bool IsBesideCells() const { return !m_tables.empty() && m_cells.size() == m_tables.back().Depth; }
@@ -379,6 +421,7 @@ private:
     const std::vector<Piece> &m_pieces;
     bool m_isKept;
     Readable m_result;
+    std::vector<size_t> m_ends; // for each start tag; empty: not looked up
     std::vector<Lines> m_cells; // the text itself and the cells that are open, one in another
     std::vector<Table> m_tables;
     size_t m_at = 0;

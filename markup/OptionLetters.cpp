@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "markup/OptionLetters.h"
 
+#include <QSet>
+
 #include <algorithm>
 #include <array>
 #include <vector>
@@ -44,11 +46,11 @@ Mark MarkOf(QStringView option)
 }
 
 // The names of the first marks of a series to which the name of the first
-// belongs, in its case.
-bool IsInSeries(QStringView first, QStringView name, qsizetype index)
+// belongs, in its case. A number with a dot may be an ordinal: "1. Mai".
+bool IsInSeries(QStringView first, QStringView name, const QString &style, qsizetype index)
 {
     if (first == u"1")
-        return name == QString::number(index + 1);
+        return style != "."_L1 && name == QString::number(index + 1);
     const bool isRoman = first.compare("i"_L1, Qt::CaseInsensitive) == 0;
     if (isRoman) {
         const auto place = static_cast<size_t>(index);
@@ -80,14 +82,19 @@ bool Remove(QStringList &options)
         const Mark mark = MarkOf(option);
         const auto index = static_cast<qsizetype>(marks.size());
         const QStringView first = marks.empty() ? mark.Name : marks.front().Name;
-        const bool fits
-            = mark.End > 0 && IsInSeries(first, mark.Name, index) && (marks.empty() || mark.Style == marks.front().Style);
+        const bool fits = mark.End > 0 && IsInSeries(first, mark.Name, mark.Style, index)
+            && (marks.empty() || mark.Style == marks.front().Style);
         if (!fits)
             return false;
         marks.push_back(mark);
     }
+    QStringList bare;
     for (qsizetype i = 0; i < options.size(); ++i)
-        options[i] = options.at(i).sliced(marks.at(static_cast<size_t>(i)).End);
+        bare.append(options.at(i).sliced(marks.at(static_cast<size_t>(i)).End));
+    // "1. Weltkrieg", "2. Weltkrieg": what would make two options equal is no mark.
+    if (QSet<QString>(bare.begin(), bare.end()).size() < bare.size())
+        return false;
+    options = bare;
     return true;
 }
 

@@ -134,8 +134,36 @@ TEST(ProgramTest, AnExamFromSeveralBanks)
     EXPECT_TRUE(json.contains("\"place\":\"many/bank/a.gift:7\"") && html.contains("<td>an essay question has no options"));
 }
 
+TEST(ProgramTest, WhatTheUserSaysOfTheBanks)
+{
+    const QByteArray quiz
+        = "<quiz><question type=\"truefalse\"><questiontext><text>%</text></questiontext>"
+          "<answer fraction=\"100\"><text>true</text></answer><answer><text>false</text></answer></question></quiz>\n";
+    Write(u"said/joined.xml"_s, quiz + quiz);
+    Write(u"said/tags.csv"_s, "Question,A,B,Key\nIs <br/> right?,<b>x</b>,&amp;,A\n");
+    Write(u"said/in.gift"_s, "$CATEGORY: x\n\nQ {T}\n\n$CATEGORY: y\n\nR {}\n");
+    for (int i = 0; i < 103; ++i)
+        Write(u"said/many/%1"_s.arg(i), "%PDF-");
+    const std::tuple<QString, QString, QString> rows[] = {
+        { u"joined.xml"_s,
+          u"said/joined.xml: line 2: Extra content at end of document.; what stands behind it is not read\n1 item"_s, u"%"_s },
+        { u"tags.csv"_s, {}, u"Is\\nright?"_s },
+        { u"tags.csv --plain"_s, {}, u"\"statement\":\"<b>x</b>\""_s },
+        { u"in.gift --strict --category x"_s, u"1 item taken, 1 left out\n"_s, u"Q"_s },
+        { u"in.gift --strict --category y"_s, u"nothing made (--strict)\n"_s, {} },
+        { u"many said/in.gift"_s, u"\nsaid/many: 3 more of its files are no question banks\n"_s, u"Q"_s },
+    };
+    for (const auto &[arguments, expected, content] : rows) {
+        const Outcome made = Started(u"build --replace --out said/OUT said/"_s + arguments);
+        EXPECT_TRUE(made.Err.contains(expected)) << made.Err.toStdString();
+        EXPECT_EQ(made.Code, content.isEmpty() ? 1 : 0) << arguments.toStdString();
+        EXPECT_TRUE(Started(u"dump said/OUT"_s).Out.contains(content)) << arguments.toStdString();
+    }
+}
+
 TEST(ProgramTest, UsageAndHelp)
 {
+    Write(u"u.gift"_s, {});
     const QString build = u"build u.gift"_s + Options + u"OUT "_s;
     const std::pair<QString, QStringList> rows[] = {
         { u"there is no command \"bogus\""_s, { u"bogus"_s } },
@@ -149,6 +177,10 @@ TEST(ProgramTest, UsageAndHelp)
         { u"--max must be a number from 1 to 32767"_s, { build + u"--max 32768"_s, build + u"--max 0"_s } },
         { u"--pass must be a number from 0 to 9"_s, { build + u"--max 9 --pass 10"_s, build + u"--max 9 --pass 1e0"_s } },
         { u"--minutes must be a number from 1 to 546"_s, { build + u"--minutes 547"_s, build + u"--minutes 0"_s } },
+        { u"\"./u.gift\" is named twice"_s, { build + u"./u.gift"_s } },
+        { u"--encoding \"x\" is not known (UTF-8, UTF-16, ISO-8859-1, windows-1251, KOI8-R, Shift_JIS and the like are)"_s,
+          { build + u"--encoding x"_s } },
+        { u"--report: there is no folder \"no\""_s, { build + u"--report no/r.json"_s } },
         { u"--code is empty"_s, { build + u"--code \u00A0"_s } },
         { u"--name holds the control character U+0007"_s, { build + u"--name \u0007"_s } },
         { u"--code and --name: the character \"\u2192\" (U+2192) is not in code page 1252"_s,

@@ -55,9 +55,9 @@ TEST(SelectionTest, WhatIsChosen)
     for (const auto &[names, expected] : rows)
         EXPECT_EQ(Chosen({ .Categories = names }, 1), expected) << names.join(u',').toStdString();
     EXPECT_EQ(Chosen({ .Categories = { u"BGP"_s, u"rout"_s } }, 1), u"--category rout: there is no item in it"_s);
-    EXPECT_EQ(Chosen({ .Pick = 9 }, 1), u"--pick 9: there are only 8 items to choose from"_s);
+    EXPECT_EQ(Chosen({ .Pick = 9 }, 1), u"--pick 9: there are only 8 to choose from"_s);
     EXPECT_EQ(Chosen({ .Shares = { { u"BGP"_s, 2 }, { u"Routing"_s, 3 } } }, 1),
-              u"--per-category Routing=3: there are only 2 items to choose from"_s)
+              u"--per-category Routing=3: there are only 2 to choose from"_s)
         << "no item counts twice";
     QSet<QString> picks;
     QSet<QChar> seen;
@@ -108,6 +108,7 @@ TEST(SelectionTest, OptionsThatKeepTheirPlaces)
         { { u"w"_s, u"x"_s, u"None of A, B"_s }, QString() },
         { { u"w"_s, u"x"_s, u"а и б"_s }, QString() },
         { { u"w"_s, u"x"_s, u"以上都是"_s }, u"wx"_s },
+        { { u"w"_s, u"x"_s, u"Ingen av ovanstående"_s, u"Tất cả đều đúng"_s, u"उपरोक्त सभी"_s }, u"wx"_s },
         { { u"w"_s, u"x"_s, u"ни одно"_s }, u"wx"_s },
         { { u"A router"_s, u"a vitamin"_s, u"I do"_s }, u"A routera vitaminI do"_s },
         { { u"w"_s, u"x"_s, u"The first two"_s }, QString() },

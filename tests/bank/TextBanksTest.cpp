@@ -101,6 +101,8 @@ TEST(TextBanksTest, Aiken)
             { "one after the other", u"Q\r\nA. a\r\nB. b\r\nANSWER: B\r\nQ\nA) a\nB) b\nANSWER: b"_s, taken + u'\n' + taken },
             { "lower case and blanks", u"\n Q \n\n a) a\n\n b)  b \n\nc) c\nAnswer :  B. \n\n"_s, taken + u" | c"_s },
             { "several lines", u"Q\n\nR\nA. a\n1\nB. b\n\n2"_s, missing.arg(1) + u'\n' + missing.arg(8) },
+            { "a letter that only looks so", u"Q\nA) a\nB) b\n\u0421) c\nANSWER: B"_s,
+              u"Q | a | *b\n\u0421) c | \"\u0421)\" begins no option, because its letter is not A to Z"_s },
             { "lines of options", u"Q\n\nR\nA. a\n1\nB.\nb\n2\nANSWER: A"_s, u"Q\n\nR | *a\n1 | b\n2"_s },
             { "no option of its own", u"A. Smith wrote\nB.C. is\nC. too\nA. a\nC. more\nB. b\nA. A\nANSWER: A"_s,
               u"A. Smith wrote\nB.C. is\nC. too | *a\nC. more | b\nA. A"_s },
@@ -187,9 +189,11 @@ TEST(TextBanksTest, Tables)
               u"Q | a | *b\nQ | a | *b\nQ | *True | False\nQ | a | *b | the key \"2\" is not written as the others are\n"_s
               u"8: it has more than 100 options"_s },
             { "lists of programs",
-              u"Question,Options,Answer\nQ,\"[\"\"a, c\"\",\"\"b\"\"]\",b\nQ,\"['a', \"\"b's\"\" 'c\\'s']\",C\nQ,\"[1, 2]\",2\nQ,\"[a, b]\",b]"_s,
+              u"Question,Options,Answer\nQ,\"[\"\"a, c\"\",\"\"b\"\"]\",b\nQ,\"['a', \"\"b's\"\" 'c\\'s']\",C\nQ,\"[1, 2]\",2\nQ,\"[a, b]\",b]\n"_s
+              u"Q,\"{\"\"A\"\": \"\"x\"\", \"\"B\"\": \"\"y\"\"}\",B"_s,
               u"Q | a, c | *b\nQ | a | b's | *c's\nQ | 1 | *2 | the key \"2\" is not written as the others are\n"_s
-              u"Q | [a | *b]"_s },
+              u"Q | [a | *b]\nQ | x | *y"_s },
+            { "keys that name columns", u"Question,Choice_1,Choice_2,Key\nQ,a,b,choice_2"_s, taken },
             { "a solution beside the answer", u"Question,A,B,Answer,Solution\nQ,a,b,B,Because."_s, taken + u" | #Because."_s },
             { "a letter of another option", u"Question,A,B,C,Key\nQ,x,y,z,A) y\nQ,x,y,z,B) y"_s,
               u"2: the key \"A) y\" names no option\nQ | x | *y | z"_s },
@@ -290,9 +294,11 @@ TEST(TextBanksTest, Encodings)
         { QByteArray("\0Q\0R", 4), {}, u"QR"_s },
         { QByteArray("\0Q\xD8\x41\0R", 6), {}, u"the text holds bytes that are not UTF-16BE"_s },
         { QByteArray("Q\0R", 3), {}, u"Q\0R"_s },
-        { "a\nb\xE9\n", {}, u"line 2 holds bytes that are not UTF-8 (try --encoding windows-1252)"_s },
-        { "a\n\xC3", {}, u"line 2 holds bytes that are not UTF-8 (try --encoding windows-1252)"_s },
-        { russian, {}, u"line 2 holds bytes that are not UTF-8 (try --encoding windows-1251)"_s },
+        { "a\nb\xE9\n",
+          {},
+          u"line 2 holds bytes that are not UTF-8 (say its encoding with --encoding, such as windows-1252)"_s },
+        { "a\n\xC3", {}, u"line 2 holds bytes that are not UTF-8 (say its encoding with --encoding, such as windows-1252)"_s },
+        { russian, {}, u"line 2 holds bytes that are not UTF-8 (say its encoding with --encoding, such as windows-1251)"_s },
         { "\xC4\xE3\xBA\xC3\xA3\xAC\xCA\xC0\xBD\xE7",
           {},
           u"line 1 holds bytes that are not UTF-8 (say its encoding with --encoding)"_s },
@@ -300,6 +306,8 @@ TEST(TextBanksTest, Encodings)
         { russian, u"cp1251"_s, u"a\n"_s + privet },
         { "\xE9", u"latin1"_s, u"\u00E9"_s },
         { "\xEF\xBB\xBF\xC3\xA9", u"1251"_s, u"\u00E9"_s },
+        { privet.toUtf8(), u"1251"_s, privet },
+        { "\xC3\xA9", u"1252"_s, u"\u00C3\u00A9"_s },
         { "a?\n\x81 ", u"932"_s, u"line 2 holds bytes that are not windows-932"_s },
         { "a\n\n\x98", u"1251"_s, u"line 3 holds bytes that are not windows-1251"_s },
         { {}, u"1259"_s, u"the encoding \"1259\" is not known (UTF-8, UTF-16, ISO-8859-1, windows-1251 and the like are)"_s },
@@ -344,5 +352,6 @@ TEST(TextBanksTest, RecognisedByTheirContent)
     const QByteArray russian("\xC2\xEE\xEF\xF0\xEE\xF1;A;B;\xCA\xEB\xFE\xF7\n?;a;b;A\n");
     ASSERT_TRUE(Bank::FormatOf(Bank::Source{ {}, russian, {}, u"cp1251"_s }));
     EXPECT_EQ(Bank::FormatOf(Bank::Source{ {}, russian, {}, u"cp1251"_s })->Name, u"csv"_s);
-    EXPECT_EQ(Bank::KindOf({ {}, russian, {} }), u"a text that is not UTF-8 (try --encoding windows-1251)"_s);
+    EXPECT_EQ(Bank::KindOf({ {}, russian, {} }),
+              u"a text that is not UTF-8 (say its encoding with --encoding, such as windows-1251)"_s);
 }
