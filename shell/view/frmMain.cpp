@@ -3,6 +3,7 @@
 
 #include "common/Common.h"
 #include "model/Globals.h"
+#include "model/IO.h"
 #include "shell/view/CatalogueModel.h"
 #include "shell/view/LogoView.h"
 #include "ui/Busy.h"
@@ -52,6 +53,16 @@ LinkLabel *NewLink(const QString &name, const QString &caption, QWidget *parent)
     return link;
 }
 
+// What a new user has to know while the list is empty.
+QString HowExamsComeIn()
+{
+    QString folder = Globals::ExamsFolder();
+    // A long path breaks into lines there.
+    folder.replace(IO::Separator, QString(IO::Separator) + u'\u200B');
+    return u"No exam is installed yet.\n\nDownload Exams below fetches what you have bought. A pack that you were "
+           "given installs its exam when you run it. The folder of an exam can also be copied into\n%1"_s.arg(folder);
+}
+
 }
 
 frmMain::frmMain()
@@ -85,6 +96,16 @@ void frmMain::Build()
     lvwExams->header()->setMinimumHeight(lvwExams->header()->sizeHint().height() + 8);
     lvwExams->installEventFilter(this);
     lvwExams->viewport()->installEventFilter(this);
+    lblNoExams = new QLabel(HowExamsComeIn(), lvwExams->viewport());
+    lblNoExams->setObjectName(u"lblNoExams"_s);
+    lblNoExams->setTextFormat(Qt::PlainText);
+    lblNoExams->setAlignment(Qt::AlignCenter);
+    lblNoExams->setWordWrap(true);
+    // A double click is the list's.
+    lblNoExams->setAttribute(Qt::WA_TransparentForMouseEvents);
+    auto *inList = new QVBoxLayout(lvwExams->viewport());
+    inList->setContentsMargins(24, 12, 24, 12);
+    inList->addWidget(lblNoExams);
     lblStatus->setObjectName(u"lblStatus"_s);
     lblStatus->setTextFormat(Qt::PlainText);
     lblProductLink->SetHRef(ProductsPage);
@@ -146,6 +167,8 @@ void frmMain::RefreshExamList()
 {
     try {
         m_catalogue->Refresh();
+        lblNoExams->setVisible(m_catalogue->rowCount() == 0);
+        lvwExams->setAccessibleDescription(m_catalogue->rowCount() == 0 ? lblNoExams->text() : QString());
         lblStatus->setText(Common::FormatText(u"{1} Exams Installed  |  "_s, { m_catalogue->rowCount() }));
         lvwExams->selectionModel()->setCurrentIndex(m_catalogue->index(0, 0), QItemSelectionModel::NoUpdate);
         lvwExams->setFocus();

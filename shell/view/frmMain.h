@@ -49,6 +49,7 @@ private:
     CatalogueModel *m_catalogue = nullptr;
     QTreeView *lvwExams = nullptr;
     QLabel *lblStatus = nullptr;
+    QLabel *lblNoExams = nullptr; // in the list while it is empty: how exams come in
     LinkLabel *lblDownload = nullptr;
     LinkLabel *lblAbout = nullptr;
     LinkLabel *lblProductLink = nullptr;

@@ -55,6 +55,13 @@ TEST_F(MainWindowTest, Catalogue)
 {
     ShowMain();
     EXPECT_EQ(Status(), u"0 Exams Installed  |  "_s);
+    // An empty list says in its own area how exams come in.
+    const auto *hint = Find<QLabel>(&Window, u"lblNoExams"_s);
+    const QImage list = List->grab().toImage();
+    EXPECT_TRUE(hint->isVisible() && HasInk(list, hint->geometry().translated(List->viewport()->pos())));
+    EXPECT_TRUE(QString(hint->text()).remove(QChar(0x200B)).endsWith(Globals::ExamsFolder()));
+    EXPECT_LE(hint->heightForWidth(hint->width()), hint->height()) << "all of it is painted";
+    EXPECT_EQ(List->accessibleDescription(), hint->text());
     std::map<QString, QString> codes;
     for (const QString &code : { u"B-1"_s, u"A<b>&"_s, u"C-3"_s }) {
         const QString path = InstallExam(code), folder = IO::GetFolder(path);
@@ -64,6 +71,7 @@ TEST_F(MainWindowTest, Catalogue)
         ASSERT_TRUE(QDir().rename(folder, Sandbox::ExamsFolder() + u"/.practorium-kept-"_s + IO::GetFileName(folder, false)));
         Window.RefreshExamList();
         EXPECT_EQ(Status(), u"%1 Exams Installed  |  "_s.arg(codes.size()));
+        EXPECT_FALSE(hint->isVisible());
     }
     for (int row = 0; row < 3; ++row) {
         const QString path = Globals::GetInstalledExams().at(row);
