@@ -99,7 +99,7 @@ public:
         : m_source(source)
         , m_options(options)
         , m_receiver(receiver)
-        , m_xml(source.Bytes, source.Name)
+        , m_xml(source.Bytes, source.Name, source.Encoding)
         , m_passage(receiver)
     {
     }

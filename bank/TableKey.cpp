@@ -191,7 +191,9 @@ std::vector<int> Reader::Read(Style style, QStringView key, const Options &optio
         return ReadTexts(key, options);
     if (key.size() > LongestKey)
         return {};
-    return style == Letters ? ReadLetters(key, options) : ReadNumbers(key, style == FromOne ? 1 : 0, options);
+    // Letters and numbers of full width, and in circles, are those themselves.
+    const QString plain = key.toString().normalized(QString::NormalizationForm_KC);
+    return style == Letters ? ReadLetters(plain, options) : ReadNumbers(plain, style == FromOne ? 1 : 0, options);
 }
 
 // The letter of a key that this one stands for, in lower case: one that looks like it

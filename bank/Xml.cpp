@@ -54,7 +54,7 @@ std::optional<QStringConverter::Encoding> WideEncodingOf(const QByteArray &bytes
 
 // The document as UTF-8. A declaration that would have the parser decode it again, or
 // refuse it for a version that makes no difference, is blank.
-QByteArray Decoded(QByteArray bytes, const QString &source)
+QByteArray Decoded(QByteArray bytes, const QString &source, const QString &undeclared)
 {
     // Saves time where a package has many documents.
     if (bytes.startsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>"))
@@ -67,6 +67,8 @@ QByteArray Decoded(QByteArray bytes, const QString &source)
         // A declaration that can be read here is not in UTF-16, whatever it says.
         if (Bank::UnicodeOf(encoding))
             encoding.clear();
+        if (encoding.isEmpty() && !bytes.isValidUtf8())
+            encoding = undeclared;
         const std::optional<QByteArray> utf8 = Bank::ToUtf8(bytes, encoding);
         if (!utf8)
             throw Error(InvalidCall, u"line 1: the encoding \"%1\" is not known"_s.arg(encoding), source);
@@ -275,9 +277,9 @@ std::optional<Beginning> BeginningOf(const QByteArray &bytes)
     }
 }
 
-Reader::Reader(const QByteArray &bytes, QString source)
+Reader::Reader(const QByteArray &bytes, QString source, const QString &undeclared)
     : m_source(std::move(source))
-    , m_bytes(Decoded(bytes, m_source))
+    , m_bytes(Decoded(bytes, m_source, undeclared))
 {
     if (const qsizetype valid = Bank::ValidUtf8(m_bytes); valid < m_bytes.size()) {
         m_problem = u"it holds bytes that are not UTF-8"_s;

@@ -48,8 +48,9 @@ std::optional<Beginning> BeginningOf(const QByteArray &bytes);
 class Reader {
 public:
     // Stands before the root, which is the one child of the document. The encoding is
-    // the declared one; an unknown one is an error at once.
-    Reader(const QByteArray &bytes, QString source);
+    // the declared one, UTF-8 without one, and undeclared where neither fits; an unknown
+    // one is an error at once.
+    Reader(const QByteArray &bytes, QString source, const QString &undeclared = {});
 
     // Goes to the next child of the current element, which becomes the current one;
     // or to the end of the current element, and returns false. Every child must be

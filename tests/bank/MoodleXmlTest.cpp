@@ -153,5 +153,8 @@ TEST(MoodleXmlTest, Recognised)
         const Bank::Format *format = Bank::FormatOf(Bank::Source{ u"bank.txt"_s, bytes, nullptr });
         EXPECT_EQ(format && format->Name == u"moodle"_s, isMoodle) << bytes;
     }
+    const QByteArray russian
+        = "<quiz>" + Asked(Answer(100, u"a"_s) + Answer(0, u"b"_s)).toUtf8().replace("Q", "\xC4\xE0") + "</quiz>";
+    EXPECT_EQ(Shown({ {}, russian, {}, u"cp1251"_s }, u"moodle"_s), u"\u0414\u0430 | *a | b"_s);
     EXPECT_EQ(Shown({ {}, "<bank/>", nullptr }, u"moodle"_s), u"line 1: the root is the element \"bank\" and not \"quiz\""_s);
 }
