@@ -38,6 +38,14 @@ void Program::Start()
     QApplication::setWindowIcon(Artwork::ApplicationIcon());
 }
 
+void Program::End()
+{
+    // A question that is open counts as closed without an answer.
+    for (QWidget *window : QApplication::topLevelWidgets())
+        window->hide();
+    QCoreApplication::exit(0);
+}
+
 void Program::StartSitting()
 {
     auto *exam = new frmExam;

@@ -19,6 +19,8 @@ public:
 
     // Opens the main window.
     void Start();
+    // Closes all windows without a question, and ends the event loop with code 0.
+    static void End();
     frmMain &Main() { return *m_main; }
     // The exam window of the sitting; null between sittings.
     frmExam *ExamWindow() { return m_exam; }

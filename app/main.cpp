@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "app/Program.h"
+#include "app/Termination.h"
 
 #include "ui/Guard.h"
 #include "ui/HeldKeys.h"
@@ -19,5 +20,6 @@ int main(int argc, char **argv)
     Program program;
     // Inside the event loop, where an error that nothing trapped can end it.
     QTimer::singleShot(0, &program, [&] { Guard([&] { program.Start(); }); });
+    WhenTerminated(&program, [&] { program.End(); });
     return QApplication::exec();
 }
