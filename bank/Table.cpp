@@ -138,7 +138,7 @@ QStringList ListOf(QStringView cell)
         return {};
     QStringList texts;
     const auto json = QJsonDocument::fromJson(cell.toUtf8());
-    for (const QJsonValue &value : json.array())
+    for (const QJsonValue value : json.array())
         texts.append(value.toVariant().toString());
     const QStringView inside = cell.sliced(1, cell.size() - 2);
     for (qsizetype at = 0; !json.isArray() && at < inside.size(); ++at) {
