@@ -12,7 +12,7 @@ namespace {
 
 int writingEnd = -1;
 
-// Next to nothing may be done here but a write.
+// Few functions may be called in a handler of signals; write is one of them.
 void OnSignal(int)
 {
     const int before = errno;

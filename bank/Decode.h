@@ -8,8 +8,8 @@ namespace Bank {
 // The text of a source that does not tell its encoding by a declaration of its own.
 // A byte order mark decides; without one the encoding of the source, unless that is a
 // code page and the bytes are UTF-8; without that UTF-16 where every second byte is 0,
-// and else UTF-8. Byte order marks are left out wherever they stand, as files that were joined have them. Lines end with
-// a line feed.
+// and else UTF-8. Byte order marks are left out wherever they stand, as files that were
+// joined have them. Lines end with a line feed.
 //
 // Names are those that IsEncoding (bank/Encoding.h) knows.
 //

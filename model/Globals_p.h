@@ -7,7 +7,7 @@ namespace Globals {
 
 // Where exams lie that are installed for everybody, besides ExamsFolder; the first one
 // counts most. Some may not be there. Elsewhere than on Windows "Practorium/Exams" below
-// the data folders of the XDG Base Directory Specification.
+// the XDG base directories for data.
 QStringList SharedExamsFolders();
 
 // What PutBackExams does; the caller has seen to it that nobody moves exams.
