@@ -18,6 +18,7 @@ Program::Program()
     // The end comes through the main window's own question, not because some
     // window was the last one visible.
     QApplication::setQuitOnLastWindowClosed(false);
+    QCoreApplication::instance()->installEventFilter(this);
     connect(m_main.get(), &frmMain::ExamLoaded, this, [this] { Guard([&] { StartSitting(); }); });
     connect(m_main.get(), &frmMain::AboutRequested, this, [this] { Guard([&] { frmAbout(m_main.get()).exec(); }); });
     connect(m_main.get(), &frmMain::DownloadRequested, this,
@@ -44,6 +45,16 @@ void Program::End()
     for (QWidget *window : QApplication::topLevelWidgets())
         window->hide();
     QCoreApplication::exit(0);
+}
+
+// Qt would close the windows, and the first one that asks its question would keep the
+// session from ending.
+bool Program::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() != QEvent::Quit || watched != QCoreApplication::instance())
+        return QObject::eventFilter(watched, event);
+    End();
+    return true;
 }
 
 void Program::StartSitting()

@@ -2,6 +2,7 @@
 #include "app/Program.h"
 #include "app/Termination.h"
 
+#include "common/FailureFile.h"
 #include "ui/Guard.h"
 #include "ui/HeldKeys.h"
 #include "ui/Messages.h"
@@ -10,11 +11,15 @@
 #include <QApplication>
 #include <QTimer>
 
+using namespace Qt::Literals::StringLiterals;
+
 int main(int argc, char **argv)
 {
     QApplication application(argc, argv);
     QApplication::setApplicationName(ApplicationTitle);
-    QApplication::setDesktopFileName(QStringLiteral("practorium"));
+    QApplication::setDesktopFileName(u"practorium"_s);
+    QApplication::setApplicationVersion(u"" PRACTORIUM_VERSION ""_s);
+    FailureFile::Prepare();
     Theme::Apply(application);
     HeldKeys::Watch(application);
     Program program;

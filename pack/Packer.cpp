@@ -4,6 +4,7 @@
 #include "common/Common.h"
 #include "common/Error.h"
 #include "model/Exam.h"
+#include "model/ExamFormat.h"
 #include "model/Globals.h"
 #include "model/IO.h"
 #include "pack/FolderNames.h"
@@ -14,6 +15,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QSet>
 #include <QtEndian>
 
 #include <map>
@@ -40,6 +42,12 @@ struct Source {
 // By the bytes of the name, which is the order of the index.
 using Sources = std::map<QByteArray, Source>;
 
+// What a pack holds.
+struct Package {
+    QByteArray Name;
+    Sources Files;
+};
+
 template <class Number> void Append(QByteArray &bytes, Number number)
 {
     const Number little = qToLittleEndian(number);
@@ -57,15 +65,18 @@ bool IsPlain(const QByteArray &name)
     return PackFormat::IsPlainName({ name.constData(), static_cast<size_t>(name.size()) });
 }
 
-Sources SourcesOf(const QString &folder)
+QFileInfoList EntriesOf(const QString &folder)
 {
-    Sources sources;
     if (HoldsUnreadableName(folder))
         throw Refused(u"%1: a file in it has a name that is no UTF-8"_s.arg(folder));
+    return QDir(folder).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+}
+
+Sources SourcesOf(const QString &folder, const QFileInfoList &entries)
+{
+    Sources sources;
     // Windows keeps one file under names that differ in nothing but letter case.
     std::set<std::string, Utf8::IsBefore> names;
-    const QFileInfoList entries
-        = QDir(folder).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     for (const QFileInfo &entry : entries) {
         const QByteArray name = entry.fileName().toUtf8();
         if (entry.isSymLink() || !entry.isFile())
@@ -83,29 +94,67 @@ Sources SourcesOf(const QString &folder)
     return sources;
 }
 
-void CheckExam(const QString &folder)
+Exam LoadedExam(const QString &path)
 {
-    const QString path = Globals::FindExamFile(folder);
-    if (path.isEmpty())
-        throw Refused(u"%1: there is no exam of the folder's name in it"_s.arg(folder));
     try {
-        Exam().Load(path);
+        Exam exam;
+        exam.Load(path);
+        return exam;
     } catch (const Error &error) {
         const QString text = Common::ShownText(error.Description()).trimmed();
         throw Error(error.Number(), path + u": "_s + text.section(u'\n', -1), error.Source());
     }
 }
 
-// The file while it is made. Without Commit nothing of it stays.
+QString AbsolutePath(const QString &path)
+{
+    return QDir::toNativeSeparators(QDir::cleanPath(QDir::current().absoluteFilePath(path)));
+}
+
+Package PackageOfFolder(const QString &folder)
+{
+    const QString path = AbsolutePath(folder);
+    const QByteArray name = IO::GetFileName(path, false).toUtf8();
+    if (folder.isEmpty() || !IsPlain(name))
+        throw Refused(u"%1: a pack cannot hold a folder of that name"_s.arg(folder));
+    if (!QFileInfo(path).isDir())
+        throw Refused(u"%1: it is no folder"_s.arg(folder));
+    const QString exam = Globals::FindExamFile(path);
+    if (exam.isEmpty())
+        throw Refused(u"%1: there is no exam of the folder's name in it"_s.arg(path));
+    LoadedExam(exam);
+    return { name, SourcesOf(path, EntriesOf(path)) };
+}
+
+// The exam and those of its exhibits that stand beside it.
+Package PackageOfFile(const QString &path)
+{
+    const QFileInfo file(path);
+    const QByteArray name = file.completeBaseName().toUtf8();
+    if (!IsPlain(name) || file.suffix() != QStringView(ExamFormat::Extension))
+        throw Refused(u"%1: a pack cannot hold an exam of that name"_s.arg(path));
+    QFileInfoList files = { file };
+    QSet<QString> names;
+    const Exam exam = LoadedExam(AbsolutePath(path));
+    for (const auto &item : exam.Questions()) {
+        const QString exhibit = item->Exhibit();
+        const QFileInfo picture(file.dir(), exhibit);
+        if (IsPlain(exhibit.toUtf8()) && !names.contains(exhibit) && picture.isFile()) {
+            names.insert(exhibit);
+            files += picture;
+        }
+    }
+    return { name, SourcesOf(file.path(), files) };
+}
+
+// What is written, with its sum.
 class Target {
 public:
-    Target(const QString &path, const std::function<void()> &step)
-        : m_file(path)
+    // Unbuffered, so that every write reports its own failure.
+    Target(QFileDevice &file, const std::function<void()> &step)
+        : m_file(file)
         , m_step(step)
     {
-        // Unbuffered, so that every write reports its own failure.
-        if (!m_file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
-            throw Fault();
     }
 
     void Put(QByteArrayView bytes)
@@ -116,7 +165,7 @@ public:
         while (!bytes.isEmpty()) {
             const qint64 count = m_file.write(bytes.data(), bytes.size());
             if (count <= 0)
-                throw Fault();
+                throw FileError(m_file);
             bytes = bytes.sliced(count);
         }
     }
@@ -124,20 +173,10 @@ public:
     qint64 Position() const { return m_file.pos(); }
     QByteArray Digest() const { return m_sum.result(); }
 
-    void Commit()
-    {
-        const QFile::Permissions read = m_file.permissions() & (QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
-        // The bit to run stands two places below the bit to read.
-        const auto run = QFile::Permissions::fromInt(read.toInt() >> 2);
-        m_step();
-        if (!m_file.setPermissions(m_file.permissions() | run) || !m_file.commit())
-            throw Fault();
-    }
+    static Error FileError(const QFileDevice &file) { return Refused(u"%1: %2"_s.arg(file.fileName(), file.errorString())); }
 
 private:
-    Error Fault() const { return Refused(u"%1: %2"_s.arg(m_file.fileName(), m_file.errorString())); }
-
-    QSaveFile m_file;
+    QFileDevice &m_file;
     const std::function<void()> &m_step;
     QCryptographicHash m_sum{ QCryptographicHash::Sha256 };
 };
@@ -162,6 +201,31 @@ void PutContent(Target &target, const Source &source)
         throw Refused(u"%1: it changed while it was read"_s.arg(source.Path));
 }
 
+void PutPackage(Target &target, const Package &package)
+{
+    QByteArray index;
+    AppendName(index, package.Name);
+    quint64 contentBytes = 0;
+    for (const auto &[fileName, source] : package.Files) {
+        AppendName(index, fileName);
+        Append(index, static_cast<quint64>(source.Size));
+        contentBytes += static_cast<quint64>(source.Size);
+    }
+
+    const auto indexStart = static_cast<quint64>(target.Position());
+    target.Put(index);
+    for (const auto &[fileName, source] : package.Files)
+        PutContent(target, source);
+
+    QByteArray trailer(PackFormat::Magic, sizeof PackFormat::Magic);
+    Append(trailer, PackFormat::Version);
+    Append(trailer, static_cast<quint32>(index.size()));
+    Append(trailer, indexStart);
+    Append(trailer, contentBytes);
+    target.Put(trailer);
+    target.Put(target.Digest());
+}
+
 void CheckTarget(const QString &file, bool replace)
 {
     const QFileInfo info(file);
@@ -182,40 +246,30 @@ void Write(const QString &folder, const QString &file, Platform platform, bool r
         const QString name = platform == Platform::Windows ? u"Windows"_s : u"Linux"_s;
         throw Refused(u"this program was built without what packs for %1 need"_s.arg(name));
     }
-    const QString package = QDir::toNativeSeparators(QDir::cleanPath(QDir::current().absoluteFilePath(folder)));
-    const QByteArray name = IO::GetFileName(package, false).toUtf8();
-    if (folder.isEmpty() || !IsPlain(name))
-        throw Refused(u"%1: a pack cannot hold a folder of that name"_s.arg(folder));
-    if (!QFileInfo(package).isDir())
-        throw Refused(u"%1: it is no folder"_s.arg(folder));
     CheckTarget(file, replace);
-    CheckExam(package);
-    const Sources sources = SourcesOf(package);
+    const Package package = PackageOfFolder(folder);
 
-    QByteArray index;
-    AppendName(index, name);
-    quint64 contentBytes = 0;
-    for (const auto &[fileName, source] : sources) {
-        AppendName(index, fileName);
-        Append(index, static_cast<quint64>(source.Size));
-        contentBytes += static_cast<quint64>(source.Size);
-    }
-
-    Target target(file, step);
+    // Without a commit nothing of it stays.
+    QSaveFile pack(file);
+    if (!pack.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+        throw Target::FileError(pack);
+    Target target(pack, step);
     target.Put(stub);
-    const auto indexStart = static_cast<quint64>(target.Position());
-    target.Put(index);
-    for (const auto &[fileName, source] : sources)
-        PutContent(target, source);
+    PutPackage(target, package);
+    const QFile::Permissions read = pack.permissions() & (QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
+    // The bit to run stands two places below the bit to read.
+    const auto run = QFile::Permissions::fromInt(read.toInt() >> 2);
+    step();
+    if (!pack.setPermissions(pack.permissions() | run) || !pack.commit())
+        throw Target::FileError(pack);
+}
 
-    QByteArray trailer(PackFormat::Magic, sizeof PackFormat::Magic);
-    Append(trailer, PackFormat::Version);
-    Append(trailer, static_cast<quint32>(index.size()));
-    Append(trailer, indexStart);
-    Append(trailer, contentBytes);
-    target.Put(trailer);
-    target.Put(target.Digest());
-    target.Commit();
+void WriteWithoutProgram(const QString &source, QFileDevice &file)
+{
+    const QFileInfo info(source);
+    const std::function<void()> noStep = [] {};
+    Target target(file, noStep);
+    PutPackage(target, info.isDir() ? PackageOfFolder(source) : PackageOfFile(source));
 }
 
 }

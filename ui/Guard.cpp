@@ -2,6 +2,7 @@
 #include "ui/Guard.h"
 
 #include "common/Common.h"
+#include "common/FailureFile.h"
 #include "ui/Messages.h"
 
 #include <QCoreApplication>
@@ -16,6 +17,7 @@ void ReportUnhandled(const Error &error)
     if (isReporting)
         return;
     const QScopedValueRollback reporting(isReporting, true);
+    FailureFile::Report(error);
     // The description is shown as it is: a template would expand it.
     CurrentMessagePort().Show(u"Run-time error '"_s + QString::number(error.Number()) + u"':\r\n\r\n"_s
                                   + Common::ShownText(error.Description()),

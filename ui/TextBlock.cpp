@@ -56,6 +56,8 @@ void TextBlock::SetText(const QString &text)
     setText(shown);
     m_layout.setText(Lines(shown));
     m_width = -1;
+    // What a layout has asked meanwhile was of the text before.
+    updateGeometry();
 }
 
 QString TextBlock::Breakable(const QString &text)

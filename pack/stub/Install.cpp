@@ -27,6 +27,12 @@ std::string_view KeptPackage(std::string_view name)
     return PackFormat::IsPlainName(name) ? name : std::string_view();
 }
 
+int InstallPack(const char *file)
+{
+    ErrorOutput port;
+    return InstallPack(file, port);
+}
+
 void Complain(const char *about, const char *text, const char *reason)
 {
     char line[1024];

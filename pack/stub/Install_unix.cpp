@@ -394,7 +394,7 @@ void WriteErrorLine(const char *line, std::size_t length)
     WriteAll(STDERR_FILENO, line, length);
 }
 
-int InstallPack(const char *file)
+int InstallPack(const char *file, InstallPort &port)
 {
-    return InstallFile<OpenPack, ExamsFolder, WorkFolder>(file);
+    return InstallFile<OpenPack, ExamsFolder, WorkFolder>(file, port);
 }

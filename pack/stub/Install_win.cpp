@@ -383,7 +383,7 @@ void WriteErrorLine(const char *line, std::size_t length)
     }
 }
 
-int InstallPack(const char *file)
+int InstallPack(const char *file, InstallPort &port)
 {
-    return InstallFile<OpenPack, ExamsFolder, WorkFolder>(file);
+    return InstallFile<OpenPack, ExamsFolder, WorkFolder>(file, port);
 }

@@ -112,6 +112,7 @@ const char *PackReader::CheckTwins(std::size_t count)
 void PackReader::Rewind()
 {
     m_indexPosition = 0;
+    m_entryStart = m_contentPosition;
     m_folder = {};
     TakeName(m_folder);
 }
@@ -142,6 +143,8 @@ bool PackReader::Next(PackEntry &entry)
     if (TakeName(entry.Name)) {
         if (const unsigned char *size = Take(PackFormat::SizeBytes)) {
             entry.Size = FromBytes<std::uint64_t>(size);
+            entry.Start = m_entryStart;
+            m_entryStart += entry.Size;
             return true;
         }
     }

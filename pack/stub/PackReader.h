@@ -19,6 +19,7 @@ struct PackSource {
 struct PackEntry {
     std::string_view Name; // UTF-8; valid as long as the reader
     std::uint64_t Size = 0; // bytes
+    std::uint64_t Start = 0; // of its contents, from the start of the pack
 };
 
 // Reads a pack from front to back. Every number in the file is compared with the
@@ -39,6 +40,13 @@ public:
 
     // Gives the next file of the index; false after the last one.
     bool Next(PackEntry &entry);
+    // The next file is the first one again. Read must not have been called yet.
+    void Rewind();
+    // Reads bytes of the pack from any place; false when they cannot be read.
+    bool ReadAt(std::uint64_t start, void *out, std::size_t count) const
+    {
+        return m_source.Read(m_source.File, start, out, count);
+    }
     // Reads the next bytes of the contents; false when they cannot be read.
     bool Read(void *out, std::size_t count);
     // After the last content: whether Read has returned the same bytes that Check
@@ -51,7 +59,6 @@ private:
     bool IsSum(Digest sum) const;
     const char *CheckIndex(std::uint64_t contentBytes);
     const char *CheckTwins(std::size_t count);
-    void Rewind();
     // The next bytes of the index; nullptr when fewer are left.
     const unsigned char *Take(std::size_t count);
     bool TakeName(std::string_view &name);
@@ -62,6 +69,7 @@ private:
     std::size_t m_indexBytes = 0;
     std::size_t m_indexPosition = 0;
     std::uint64_t m_contentPosition = 0;
+    std::uint64_t m_entryStart = 0;
     std::string_view m_folder;
     // Of everything that stands before m_contentPosition.
     Digest m_sum;

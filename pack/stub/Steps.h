@@ -108,11 +108,18 @@ template <class Exams, class Work> Fault Install(PackReader &pack)
     return work.SwapIn(pack.Folder());
 }
 
+// Installs without a question, and reports a failure on the error output.
+class ErrorOutput final : public InstallPort {
+public:
+    bool Agrees(PackReader &) override { return true; }
+    void Fail(const char *about, const char *text, const char *reason) override { Complain(about, text, reason); }
+};
+
 // What InstallPack does, with the classes of the system.
-template <class File, class Exams, class Work> int InstallFile(const char *path)
+template <class File, class Exams, class Work> int InstallFile(const char *path, InstallPort &port)
 {
-    const auto complain = [](const char *about, const Fault &fault) {
-        Complain(about, fault.Text, fault.Code != 0 ? SystemText(fault.Code) : nullptr);
+    const auto complain = [&port](const char *about, const Fault &fault) {
+        port.Fail(about, fault.Text, fault.Code != 0 ? SystemText(fault.Code) : nullptr);
         return 1;
     };
     File file;
@@ -121,6 +128,9 @@ template <class File, class Exams, class Work> int InstallFile(const char *path)
     PackReader pack(file.Source());
     if (const char *damage = pack.Check())
         return complain(nullptr, file.IsCancelled() ? Cancelled : Fault{ damage });
+    if (!port.Agrees(pack))
+        return 1;
+    pack.Rewind();
     const Fault fault = Install<Exams, Work>(pack);
     if (!fault)
         return 0;

@@ -4,6 +4,7 @@
 ;   VERSION   1.2.3
 ;   STAGE     the folder that is installed
 ;   FILES     a list of commands that removes just these files again
+;   LIST      the name of the file in STAGE that lists them, in UTF-16
 ;   SAMPLES   a folder of sample packages
 ;   OUT       the installer to make
 ; A silent installation is "/S", for the user alone with "/CurrentUser", for all
@@ -40,6 +41,7 @@ ManifestSupportedOS Win10
 !include MUI2.nsh
 !include FileFunc.nsh
 !include LogicLib.nsh
+!include TextFunc.nsh
 !include WinVer.nsh
 
 Name "${NAME}"
@@ -143,10 +145,37 @@ Function .onInit
     !insertmacro MULTIUSER_INIT
 FunctionEnd
 
+; Removes the files that the list of an installed version names, one on each line as a
+; path in the folder.
+Function RemoveOldFiles
+    Push $0
+    Push $1
+    ClearErrors
+    FileOpen $0 "$INSTDIR\${LIST}" r
+    ${IfNot} ${Errors}
+        ${Do}
+            ClearErrors
+            FileReadUTF16LE $0 $1
+            ${If} ${Errors}
+                ${ExitDo}
+            ${EndIf}
+            ${TrimNewLines} $1 $1
+            Delete "$INSTDIR\$1"
+        ${Loop}
+        FileClose $0
+    ${EndIf}
+    ClearErrors
+    Pop $1
+    Pop $0
+FunctionEnd
+
 Section "${NAME}" SectionProgram
     SectionIn RO
     !insertmacro StopIfRunning "${NAME}" "${EXE}"
     !insertmacro StopIfRunning "practorium-author" "practorium-author.exe"
+    !insertmacro StopIfRunning "practorium-install" "practorium-install.exe"
+    ; What the version before had and this one has no longer.
+    Call RemoveOldFiles
     SetOutPath "$INSTDIR"
     SetOverwrite on
     File /r "${STAGE}/*"
@@ -158,6 +187,8 @@ Section "${NAME}" SectionProgram
 
     WriteRegStr SHCTX "Software\Classes\${TYPE}" "" "Practice exam"
     WriteRegStr SHCTX "Software\Classes\${TYPE}\DefaultIcon" "" '"$INSTDIR\exam.ico"'
+    WriteRegStr SHCTX "Software\Classes\${TYPE}\shell\open" "" "&Install"
+    WriteRegStr SHCTX "Software\Classes\${TYPE}\shell\open\command" "" '"$INSTDIR\practorium-install.exe" "%1"'
     ; Another program's type stays.
     ReadRegStr $0 SHCTX "Software\Classes\.exam" ""
     ${If} $0 == ""
@@ -269,6 +300,7 @@ Section "un.${NAME}" SectionRemove
     SectionIn RO
     !insertmacro StopIfRunning "${NAME}" "${EXE}"
     !insertmacro StopIfRunning "practorium-author" "practorium-author.exe"
+    !insertmacro StopIfRunning "practorium-install" "practorium-install.exe"
     SetOutPath "$TEMP"
     !include "${FILES}"
     Delete "$INSTDIR\uninstall.exe"

@@ -113,7 +113,7 @@ TEST(LayersTest, NoArrowRunsUp)
             const QByteArray source = Sandbox::ReadFile(Root + path);
             QString folder = path.section(u'/', 0, -2);
             if (path.endsWith(".txt"_L1)) {
-                if (source.contains("\npractorium_library("))
+                if (source.contains("\npractorium_library(") || source.contains("\n  practorium_library("))
                     libraries += folder;
                 continue;
             }

@@ -123,7 +123,10 @@ inline QStringList Sketch(QWidget *window, bool hasGaps = false)
             const int flags = label && !label->buddy() ? 0 : Qt::TextShowMnemonic;
             const int needed = part->fontMetrics().size(flags, part->property("text").toString()).width();
             const bool isText = needed > 0;
-            EXPECT_GE(part->width(), needed) << text.toStdString() << " is cut off";
+            if (part->hasHeightForWidth())
+                EXPECT_GE(part->height(), part->heightForWidth(part->width())) << text.toStdString() << " is cut off";
+            else
+                EXPECT_GE(part->width(), needed) << text.toStdString() << " is cut off";
             EXPECT_EQ(part->visibleRegion().boundingRect(), part->rect()) << text.toStdString() << " is covered";
             for (const QWidget *other : parts)
                 EXPECT_FALSE(PlaceOf(other).intersects(place))

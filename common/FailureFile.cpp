@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "common/FailureFile.h"
+
+#include "common/FailureFile_p.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QSysInfo>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace FailureFile {
+
+namespace {
+
+// They live as long as the program, because a crash may come at any time.
+QString path;
+QByteArray header;
+
+}
+
+void Prepare()
+{
+    const QString folder = StateFolder();
+    if (folder.isEmpty() || !QDir().mkpath(folder))
+        return;
+    path = QDir(folder).filePath(u"failure.txt"_s);
+    header = u"%1 %2\n%3, %4 %5, %6\nQt %7\n"_s
+                 .arg(QCoreApplication::applicationName(), QCoreApplication::applicationVersion(),
+                      QSysInfo::prettyProductName(), QSysInfo::kernelType(), QSysInfo::kernelVersion(),
+                      QSysInfo::currentCpuArchitecture(), QString::fromLatin1(qVersion()))
+                 .toUtf8();
+    Watch(path, { header.constData(), static_cast<size_t>(header.size()) });
+}
+
+QString Path()
+{
+    return path;
+}
+
+void Report(const Error &error)
+{
+    if (path.isEmpty())
+        return;
+    const QByteArray line = u"Error %1 of %2"_s.arg(error.Number()).arg(error.Source()).toUtf8();
+    Write({ line.constData(), static_cast<size_t>(line.size()) });
+}
+
+}

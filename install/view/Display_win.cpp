@@ -1,0 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "install/view/Display.h"
+
+bool HasDisplay()
+{
+    return true;
+}

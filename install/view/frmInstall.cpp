@@ -1,0 +1,232 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "install/view/frmInstall.h"
+
+#include "common/TrapErrors.h"
+#include "resources/Artwork.h"
+#include "ui/Messages.h"
+#include "ui/TextBlock.h"
+#include "ui/Theme.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLocale>
+#include <QProcess>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QThread>
+#include <QVBoxLayout>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr int WindowWidth = 480;
+
+QString Count(int count, const QString &one, const QString &many)
+{
+    return u"%1 %2"_s.arg(count).arg(count == 1 ? one : many);
+}
+
+QString ItemsOf(const Installation::Title &exam)
+{
+    return Count(exam.Items, u"item"_s, u"items"_s);
+}
+
+}
+
+frmInstall::frmInstall(const QString &path)
+    : m_path(path)
+    , lblHeading(new TextBlock(this))
+    , lblText(new TextBlock(this))
+    , m_rows(new QFormLayout)
+    , prgBusy(new QProgressBar(this))
+    , cmdAction(new QPushButton(this))
+    , cmdCancel(new QPushButton(u"Cancel"_s, this))
+{
+    setObjectName(u"frmInstall"_s);
+    setWindowTitle(u"Install Exam - "_s + ApplicationTitle);
+    setWindowIcon(Artwork::ApplicationIcon());
+    lblHeading->setObjectName(u"lblHeading"_s);
+    Theme::ScaleFont(lblHeading, 1.25, QFont::DemiBold);
+    lblText->setObjectName(u"lblText"_s);
+    prgBusy->setObjectName(u"prgBusy"_s);
+    prgBusy->setAccessibleName(u"Progress"_s);
+    // It shows that something goes on, not how much of it is done.
+    prgBusy->setRange(0, 0);
+    prgBusy->setTextVisible(false);
+    cmdAction->setObjectName(u"cmdAction"_s);
+    cmdCancel->setObjectName(u"cmdCancel"_s);
+    cmdCancel->setAutoDefault(false);
+    m_rows->setHorizontalSpacing(16);
+    m_rows->setVerticalSpacing(6);
+    m_rows->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+
+    auto *picIcon = new QLabel(this);
+    picIcon->setPixmap(Artwork::ApplicationIcon().pixmap(QSize(48, 48), devicePixelRatioF()));
+    auto *head = new QHBoxLayout;
+    head->setSpacing(16);
+    head->addWidget(picIcon, 0, Qt::AlignTop);
+    head->addWidget(lblHeading, 1, Qt::AlignVCenter);
+    auto *buttons = new QHBoxLayout;
+    buttons->setSpacing(8);
+    buttons->addStretch();
+    buttons->addWidget(cmdAction);
+    buttons->addWidget(cmdCancel);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(22, 20, 22, 18);
+    layout->setSpacing(14);
+    layout->addLayout(head);
+    layout->addLayout(m_rows);
+    layout->addWidget(lblText);
+    layout->addWidget(prgBusy);
+    layout->addLayout(buttons);
+
+    connect(cmdAction, &QPushButton::clicked, this, &frmInstall::Press);
+    connect(cmdCancel, &QPushButton::clicked, this, &frmInstall::reject);
+    ShowState(State::Looking, u"Looking at the exam…"_s, QDir::toNativeSeparators(m_path));
+}
+
+frmInstall::~frmInstall()
+{
+    if (m_thread) {
+        if (m_state == State::Asking)
+            Answer(false);
+        m_thread->wait();
+    }
+}
+
+void frmInstall::Start()
+{
+    m_thread = QThread::create([this] { Work(); });
+    m_thread->setParent(this);
+    m_thread->start();
+}
+
+// Runs in the thread.
+void frmInstall::Work()
+{
+    bool isInstalled = false;
+    QString failure;
+    const auto ask = [this](const Installation::Offer &offer) {
+        QMetaObject::invokeMethod(
+            this, [this, offer] { Ask(offer); }, Qt::QueuedConnection);
+        m_answered.acquire();
+        return m_isAgreed;
+    };
+    TrapErrors([&] { isInstalled = Installation::Run(m_path, ask); },
+               [&](const Error &error) { failure = error.Description(); });
+    QMetaObject::invokeMethod(
+        this, [this, isInstalled, failure] { Finish(isInstalled, failure); }, Qt::QueuedConnection);
+}
+
+void frmInstall::Ask(const Installation::Offer &offer)
+{
+    if (m_isClosing) {
+        Answer(false);
+        return;
+    }
+    AddRow(u"Code:"_s, u"lblCode"_s, offer.Exam.Code);
+    AddRow(u"Items:"_s, u"lblItems"_s, QString::number(offer.Exam.Items));
+    AddRow(u"Size:"_s, u"lblSize"_s,
+           u"%1 in %2"_s.arg(QLocale::c().formattedDataSize(offer.Bytes), Count(offer.Files, u"file"_s, u"files"_s)));
+    AddRow(u"Folder:"_s, u"lblFolder"_s, offer.Folder);
+    if (offer.Replaced) {
+        const QString what = offer.Replaced->Items > 0
+            ? u"%1, %2 (%3)"_s.arg(offer.Replaced->Code, offer.Replaced->Name, ItemsOf(*offer.Replaced))
+            : u"an exam that cannot be read"_s;
+        AddRow(u"Replaces:"_s, u"lblReplaces"_s, what);
+    }
+    QStringList notes;
+    if (offer.IsShared)
+        notes
+            += u"An exam in a folder of that name is installed for everybody on this machine. Yours will be listed in its place."_s;
+    if (offer.MissingExhibits > 0)
+        notes += u"%1 missing: items will say so in place of the picture."_s.arg(
+            Count(offer.MissingExhibits, u"exhibit is"_s, u"exhibits are"_s));
+    ShowState(State::Asking, offer.Exam.Name.isEmpty() ? offer.Folder : offer.Exam.Name, notes.join(u"\n\n"_s));
+}
+
+void frmInstall::Answer(bool isAgreed)
+{
+    m_isAgreed = isAgreed;
+    m_answered.release();
+}
+
+void frmInstall::Finish(bool isInstalled, const QString &failure)
+{
+    if (m_isClosing) {
+        QDialog::reject();
+        return;
+    }
+    if (isInstalled) {
+        ShowState(State::Installed, lblHeading->text(),
+                  u"The exam is installed. %1 lists it from its next start on."_s.arg(ApplicationTitle));
+    } else {
+        while (m_rows->rowCount() > 0)
+            m_rows->removeRow(0);
+        ShowState(State::Failed, u"The exam cannot be installed."_s, failure);
+    }
+}
+
+void frmInstall::ShowState(State state, const QString &heading, const QString &text)
+{
+    m_state = state;
+    lblHeading->SetText(heading);
+    lblText->SetText(text);
+    lblText->setVisible(!text.isEmpty());
+    const bool isBusy = state == State::Looking || state == State::Installing;
+    prgBusy->setVisible(isBusy);
+    cmdAction->setVisible(state == State::Asking || state == State::Installed);
+    cmdAction->setText(state == State::Installed ? u"&Open "_s + ApplicationTitle : u"&Install"_s);
+    cmdCancel->setText(state == State::Installed || state == State::Failed ? u"Close"_s : u"Cancel"_s);
+    cmdCancel->setEnabled(state != State::Installing);
+    (state == State::Asking || state == State::Installed ? cmdAction : cmdCancel)->setDefault(true);
+    (state == State::Asking || state == State::Installed ? cmdAction : cmdCancel)->setFocus();
+    // As high as its texts need at that width.
+    setFixedSize(WindowWidth, layout()->totalHeightForWidth(WindowWidth));
+}
+
+void frmInstall::AddRow(const QString &caption, const QString &name, const QString &text)
+{
+    auto *block = new TextBlock(this);
+    block->setObjectName(name);
+    block->SetText(text);
+    block->setAccessibleName(caption + u' ' + text);
+    auto *label = new QLabel(caption, this);
+    m_rows->addRow(label, block);
+    // At once, because the height of the window counts them.
+    label->show();
+    block->show();
+}
+
+void frmInstall::Press()
+{
+    if (m_state == State::Asking) {
+        ShowState(State::Installing, lblHeading->text(), u"Installing…"_s);
+        Answer(true);
+    } else if (m_state == State::Installed) {
+        QProcess::startDetached(QDir(QCoreApplication::applicationDirPath()).filePath(u"practorium"_s), {});
+        accept();
+    }
+}
+
+void frmInstall::reject()
+{
+    switch (m_state) {
+    case State::Looking:
+        // The thread has the file open. It ends when it would ask.
+        m_isClosing = true;
+        cmdCancel->setEnabled(false);
+        break;
+    case State::Asking:
+        m_isClosing = true;
+        Answer(false);
+        break;
+    case State::Installing: break;
+    case State::Installed: accept(); break;
+    case State::Failed: QDialog::reject(); break;
+    }
+}
