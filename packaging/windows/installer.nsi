@@ -6,6 +6,7 @@
 ;   FILES     a list of commands that removes just these files again
 ;   LIST      the name of the file in STAGE that lists them, in UTF-16
 ;   SAMPLES   a folder of sample packages
+;   SIGN      a command that signs programs, or does nothing
 ;   OUT       the installer to make
 ; A silent installation is "/S", for the user alone with "/CurrentUser", for all
 ; with "/AllUsers"; "/D=FOLDER" comes last, without quotes. It ends with 2 when it
@@ -46,6 +47,7 @@ ManifestSupportedOS Win10
 
 Name "${NAME}"
 OutFile "${OUT}"
+!uninstfinalize '"${SIGN}" "%1"'
 BrandingText "${NAME} ${VERSION}"
 VIProductVersion "${VERSION}.0"
 VIAddVersionKey ProductName "${NAME}"
