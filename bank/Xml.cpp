@@ -29,13 +29,13 @@ struct Declaration {
     bool IsUsual = true;
 };
 
-// Of a document whose declaration is readable as ASCII.
+// Of a document whose declaration is readable as ASCII. Some programs write blank lines in
+// front of it, which count as a part of it here.
 Declaration DeclarationOf(const QByteArray &bytes)
 {
-    if (!bytes.startsWith("<?xml"))
-        return {};
-    const qsizetype end = bytes.first(std::min<qsizetype>(bytes.size(), 1024)).indexOf("?>");
-    if (end < 0)
+    const QByteArray beginning = bytes.first(std::min<qsizetype>(bytes.size(), 1024));
+    const qsizetype end = beginning.indexOf("?>");
+    if (!beginning.trimmed().startsWith("<?xml") || end < 0)
         return {};
     static const QRegularExpression usual(u"^<\\?xml\\s+version\\s*=\\s*[\"']1\\.0[\"']"_s);
     static const QRegularExpression encoding(u"\\bencoding\\s*=\\s*[\"']\\s*([\\w.:-]{1,40})\\s*[\"']"_s);

@@ -7,7 +7,7 @@
 #include "model/ExamFormat.h"
 #include "model/Globals.h"
 #include "model/IO.h"
-#include "pack/Packer.h"
+#include "pack/PackContents.h"
 #include "pack/stub/Install.h"
 #include "pack/stub/PackReader.h"
 
@@ -214,7 +214,10 @@ bool Run(const QString &path, const std::function<bool(const Offer &)> &agrees)
     QFile pack(copy.Path);
     if (!pack.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         throw Refused(pack.errorString());
-    Packer::WriteWithoutProgram(isInPackage ? folder.filePath() : given.filePath(), pack);
+    const auto package = isInPackage ? PackContents::OfFolder(folder.filePath())
+        : given.isDir()              ? PackContents::OfFolder(given.filePath())
+                                     : PackContents::OfFile(given.filePath());
+    PackContents::Write(pack, {}, package, [] {});
     pack.close();
     return InstallFile(copy.Path, agrees);
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QFileDevice>
 #include <QString>
 
 #include <functional>
@@ -26,12 +25,5 @@ constexpr Platform OwnPlatform = Platform::PRACTORIUM_OWN_PLATFORM;
 // exception of it ends the work. Raises InvalidCall, also when this build has no
 // stub for the platform, or what loading the exam raises.
 void Write(const QString &folder, const QString &file, Platform platform, bool replace, const std::function<void()> &step);
-
-// Writes a pack with no program in front to an open file, which is unbuffered: only
-// a program that reads packs can install it. source is a package folder, for which
-// the same holds as above, or an exam file: then the package has its name without
-// the extension, and holds it and those of its exhibits that stand beside it.
-// Raises InvalidCall, or what loading the exam raises.
-void WriteWithoutProgram(const QString &source, QFileDevice &file);
 
 }

@@ -60,7 +60,7 @@ QString HowExamsComeIn()
     // A long path breaks into lines there.
     folder.replace(IO::Separator, QString(IO::Separator) + u'\u200B');
     return u"No exam is installed yet.\n\nDownload Exams below fetches what you have bought. A pack that you were "
-           "given installs its exam when you run it. The folder of an exam can also be copied into\n%1"_s.arg(folder);
+           "given installs its exam when you open it. The folder of an exam can also be copied into\n%1"_s.arg(folder);
 }
 
 }

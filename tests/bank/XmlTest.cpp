@@ -56,6 +56,7 @@ TEST(XmlTest, ElementByElement)
         { "<text>2&nbsp;&times;&Omega;&rarr;&uuml;</text>", u"text1(2\u00A0×Ω→ü)"_s },
         { "<text>a&#13;b&#13;<![CDATA[\nc]]></text>", u"text1(a\nb\nc)"_s },
         { "<?xml version='1.1'?><a/>", u"a1()"_s },
+        { "\n \r\n<?xml version='1.0' encoding='ISO-8859-1'?>\n<text>\xE4</text>", u"text4(ä)"_s },
         { "\xEF\xBB\xBF<text>\xC3\xA4</text>", u"text1(ä)"_s },
         { Utf16(u"\uFEFF<text>\u0436</text>"_s), u"text1(ж)"_s },
         { Utf16(u"<?xml version='1.0' encoding='UTF-16'?><text>\u0436</text>"_s), u"text1(ж)"_s },
