@@ -15,7 +15,7 @@ int main(int argc, char **argv)
     QApplication application(argc, argv);
     QApplication::setApplicationName(ApplicationTitle);
     QApplication::setDesktopFileName(QStringLiteral("practorium"));
-    Theme::Apply(application);
+    Theme::Follow(application);
     HeldKeys::Watch(application);
     Program program;
     // Inside the event loop, where an error that nothing trapped can end it.

@@ -4,13 +4,14 @@
 #include "common/Common.h"
 #include "ui/Browser.h"
 #include "ui/Guard.h"
+#include "ui/Theme.h"
 
 #include <QAccessibleWidget>
+#include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QStyleOptionFocusRect>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -43,7 +44,7 @@ LinkLabel::LinkLabel(QWidget *parent)
     setFocusPolicy(Qt::StrongFocus);
     setCursor(Qt::PointingHandCursor);
     setAutoFillBackground(true);
-    Apply();
+    Theme::WithLook(this, [this] { Apply(); });
 }
 
 void LinkLabel::InitProperties()
@@ -130,12 +131,16 @@ void LinkLabel::SetBackColor(OleColor Color)
 
 void LinkLabel::Apply()
 {
-    QPalette surface = palette();
-    surface.setColor(QPalette::Window, OleColors::ToColor(m_backColor, parentWidget() ? parentWidget()->palette() : surface));
+    const QPalette system = parentWidget() ? parentWidget()->palette() : QApplication::palette();
+    QPalette surface;
+    surface.setColor(QPalette::Window, OleColors::ToColor(m_backColor, system));
     setPalette(surface);
-    QPalette text = surface;
+    // The blue of links is made for a light ground.
+    const bool isLight = Theme::CurrentLook() == Theme::Look::Light;
+    const OleColor ink = m_foreColor == OleColors::LinkBlue && !isLight ? OleColors::HotLight : m_foreColor;
+    QPalette text;
     for (const QPalette::ColorGroup group : { QPalette::Active, QPalette::Inactive })
-        text.setColor(group, QPalette::WindowText, OleColors::ToColor(m_foreColor, surface));
+        text.setColor(group, QPalette::WindowText, OleColors::ToColor(ink, system));
     lblLink->setPalette(text);
     setAccessibleName(Caption());
     Fit();
@@ -199,6 +204,6 @@ void LinkLabel::paintEvent(QPaintEvent *)
     if (!hasFocus())
         return;
     QPainter painter(this);
-    painter.setPen(QPen(palette().color(QPalette::Highlight), 1, Qt::DotLine));
+    painter.setPen(Theme::Current().Focus);
     painter.drawRect(rect().adjusted(0, 0, -1, -1));
 }

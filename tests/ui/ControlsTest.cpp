@@ -129,7 +129,7 @@ TEST_F(LinkLabelTest, ClicksAndKeys)
         const QRect all = link.rect();
         for (const QRect &edge : { all & QRect(0, 0, 999, 1), all & QRect(0, 0, 1, 999), all & QRect(0, all.bottom(), 999, 1),
                                    all & QRect(all.right(), 0, 1, 999) })
-            EXPECT_EQ(Colours(link.grab(edge).toImage()).contains(link.palette().color(QPalette::Highlight).rgb()), isHere);
+            EXPECT_EQ(Colours(link.grab(edge).toImage()).contains(Theme::Current().Focus.rgb()), isHere);
     }
     QSignalSpy clicks(&link, &LinkLabel::Click);
     const auto pressTwice = [&] { QTest::mouseDClick(window.windowHandle(), Qt::LeftButton, {}, QPoint(5, 5)); };
