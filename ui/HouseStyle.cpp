@@ -177,11 +177,16 @@ void HouseStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opt
             DrawFrame(*painter, option->rect, Theme::Current().Frame, 1);
         break;
     case PE_PanelButtonCommand:
-        if (Theme::CurrentLook() != Theme::Look::Light) {
+        if (Theme::CurrentLook() == Theme::Look::Light)
+            QProxyStyle::drawPrimitive(element, option, painter, widget);
+        else
             DrawButton(*painter, *option);
-            break;
+        if (option->state & State_HasFocus) {
+            QStyleOption inside = *option;
+            inside.rect = option->rect.adjusted(FocusWidth + 1, FocusWidth + 1, -FocusWidth - 1, -FocusWidth - 1);
+            DrawFocus(*painter, inside);
         }
-        [[fallthrough]];
+        break;
     default:
         painter->restore();
         QProxyStyle::drawPrimitive(element, option, painter, widget);

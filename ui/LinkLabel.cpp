@@ -44,7 +44,7 @@ LinkLabel::LinkLabel(QWidget *parent)
     setFocusPolicy(Qt::StrongFocus);
     setCursor(Qt::PointingHandCursor);
     setAutoFillBackground(true);
-    Theme::WithLook(this, [this] { Apply(); });
+    Apply();
 }
 
 void LinkLabel::InitProperties()
@@ -196,6 +196,9 @@ void LinkLabel::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
         Fit();
+    // The parent has its new colours by now. Setting the same ones again is no change.
+    if (event->type() == QEvent::PaletteChange)
+        Apply();
     QWidget::changeEvent(event);
 }
 

@@ -10,6 +10,7 @@
 #include "ui/TextBlock.h"
 #include "ui/Theme.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QFrame>
 #include <QGridLayout>
@@ -78,7 +79,7 @@ void frmExamDownloader::Build()
         picProgress->SetBorderColor(OleColors::Of(Theme::Current().Outline));
         const bool isContrast = Theme::CurrentLook() == Theme::Look::HighContrast;
         QPalette fill;
-        fill.setColor(QPalette::Window, isContrast ? palette().color(QPalette::Highlight) : Brand::Blue);
+        fill.setColor(QPalette::Window, isContrast ? QApplication::palette().color(QPalette::Highlight) : Brand::Blue);
         shpProgress->setPalette(fill);
     });
     name(lblTotal, u"lblTotal"_s);

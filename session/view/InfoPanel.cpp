@@ -39,6 +39,7 @@ InfoPanel::InfoPanel(QWidget *parent)
     cmdWhy->setAccessibleName(u"Why: show the explanation"_s);
     Theme::ScaleFont(lblStatus, 1.1, QFont::Bold);
     lblStatus->setFont(Theme::Large(lblStatus->font()));
+    lblStatus->setForegroundRole(QPalette::WindowText);
     for (QLabel *label : { static_cast<QLabel *>(lblAnswer), lblStatus }) {
         label->setTextFormat(Qt::PlainText);
         label->setAttribute(Qt::WA_TransparentForMouseEvents);

@@ -40,13 +40,17 @@ protected:
         Globals::CurrentExam.reset();
     }
 
-    // Each look of that window, of which a light one is the last.
+    static void Turn(Theme::Look look)
+    {
+        Theme::Apply(*qApp, look);
+        QCoreApplication::sendPostedEvents();
+    }
+    // Each look of that window, of which the light one is the last.
     static void LookAt(QWidget *window)
     {
         for (const Theme::Look look : { Theme::Look::Dark, Theme::Look::HighContrast, Theme::Look::Light }) {
             SCOPED_TRACE(static_cast<int>(look));
-            Theme::Apply(*qApp, look);
-            QCoreApplication::sendPostedEvents();
+            Turn(look);
             ExpectVisibleFocus(window);
             if (QWidget *focus = window->focusWidget())
                 focus->clearFocus();
@@ -87,6 +91,7 @@ TEST_F(LooksTest, SittingAndReview)
         Find<QAbstractItemView>(&list, u"lvwReview"_s)->setCurrentIndex({});
         LookAt(&list);
     }
+    window.Session().StartPostExamReview();
     // Wrong, and right.
     for (const qint16 item : { 1, 2 }) {
         window.Session().GotoQuestion(item);
@@ -139,7 +144,7 @@ TEST_F(LooksTest, DownloadAndMessages)
     LookAt(&download);
     const QRect track = PlaceOf(bar->parentWidget());
     for (const Theme::Look look : { Theme::Look::Dark, Theme::Look::HighContrast, Theme::Look::Light }) {
-        Theme::Apply(*qApp, look);
+        Turn(look);
         EXPECT_GE(ContrastIn(download.grab().toImage(), track.adjusted(100, 4, -4, -4)), 3) << static_cast<int>(look);
     }
     for (const MessageStyle style : { PlainMessage, CriticalMessage, QuestionMessage, ExclamationMessage, InformationMessage }) {

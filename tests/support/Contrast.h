@@ -138,8 +138,11 @@ inline void ExpectContrast(QWidget *window)
 // length of two of its sides changes by 3:1.
 inline void ExpectVisibleFocus(QWidget *window)
 {
-    for (const QString &stop : TabStops(window, {})) {
-        auto *widget = Find<QWidget>(window, stop);
+    QApplication::setActiveWindow(window);
+    for (QWidget *widget = window->nextInFocusChain(); widget != window; widget = widget->nextInFocusChain()) {
+        if (!widget->isVisible() || !widget->isEnabled() || widget->focusProxy() || !(widget->focusPolicy() & Qt::TabFocus)
+            || widget->window() != window)
+            continue;
         const auto picture = [&] { return Part(window->grab().toImage(), PlaceOf(widget)); };
         if (QWidget *focus = window->focusWidget())
             focus->clearFocus();
@@ -152,7 +155,7 @@ inline void ExpectVisibleFocus(QWidget *window)
             changed += Contrast(without.pixel(at), with.pixel(at)) >= 3;
         }
         EXPECT_GE(changed, std::min(with.width(), 60) + std::min(with.height(), 20))
-            << window->objectName().toStdString() << ' ' << stop.toStdString();
+            << window->objectName().toStdString() << ' ' << Described(widget).toStdString();
     }
 }
 
