@@ -48,8 +48,9 @@ int main(int argc, char **argv)
     QStringList words;
     for (int i = 1; i < argc; ++i)
         words.append(QString::fromLocal8Bit(argv[i]));
-    const QMap<QString, Theme::Look> looks
-        = { { u"light"_s, Theme::Look::Light }, { u"dark"_s, Theme::Look::Dark }, { u"contrast"_s, Theme::Look::HighContrast } };
+    const QMap<QString, Theme::Look> looks = { { u"light"_s, Theme::Look::Light },
+                                               { u"dark"_s, Theme::Look::Dark },
+                                               { u"contrast"_s, Theme::Look::HighContrast } };
     const QString look = looks.contains(words.value(words.size() - 1)) ? words.takeLast() : u"light"_s;
     const QString what = words.value(0);
     if (!(what == "sitting"_L1 && words.size() == 3) && !(what == "download"_L1 && words.size() == 5))

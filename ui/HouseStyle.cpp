@@ -69,8 +69,7 @@ void DrawFocus(QPainter &painter, const QStyleOption &option)
 {
     painter.setBrush(Qt::NoBrush);
     const bool isOnHighlight = option.state & QStyle::State_Selected;
-    DrawFrame(painter, option.rect,
-              isOnHighlight ? option.palette.color(QPalette::HighlightedText) : Theme::Current().Focus,
+    DrawFrame(painter, option.rect, isOnHighlight ? option.palette.color(QPalette::HighlightedText) : Theme::Current().Focus,
               option.rect.height() < 20 ? 1 : FocusWidth);
 }
 
@@ -109,8 +108,10 @@ QRect Thumb(const QStyle &style, const QStyleOptionSlider &bar)
     const int room = isUpright ? bar.rect.height() : bar.rect.width();
     const qint64 steps = qint64(bar.maximum) - bar.minimum;
     const int least = style.pixelMetric(QStyle::PM_ScrollBarSliderMin, &bar);
-    const int length = static_cast<int>(std::clamp<qint64>(room * qint64(bar.pageStep) / (steps + bar.pageStep), std::min(least, room), room));
-    const int start = QStyle::sliderPositionFromValue(bar.minimum, bar.maximum, bar.sliderPosition, room - length, bar.upsideDown);
+    const int length = static_cast<int>(
+        std::clamp<qint64>(room * qint64(bar.pageStep) / (steps + bar.pageStep), std::min(least, room), room));
+    const int start
+        = QStyle::sliderPositionFromValue(bar.minimum, bar.maximum, bar.sliderPosition, room - length, bar.upsideDown);
     const QRect thumb = isUpright ? QRect(bar.rect.x(), bar.rect.y() + start, bar.rect.width(), length)
                                   : QRect(bar.rect.x() + start, bar.rect.y(), length, bar.rect.height());
     return QStyle::visualRect(bar.direction, bar.rect, thumb);

@@ -31,8 +31,9 @@ enum ColorScheme : uint { NoPreference = 0, PreferDark = 1, PreferLight = 2 };
 // Without an address the library would start a bus.
 bool HasSessionBus()
 {
-    return qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS")
-        || QFileInfo::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + u"/bus"_s);
+    const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    return !qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS")
+        || (!folder.isEmpty() && QFileInfo::exists(folder + u"/bus"_s));
 }
 
 }
@@ -100,8 +101,8 @@ void DesktopPortal::Take(const QDBusMessage &reply)
         const QVariantMap appearance = groups.value(Appearance);
         const uint scheme = appearance.value(u"color-scheme"_s).toUInt();
         look.IsDark = scheme == PreferDark || (scheme != PreferLight && m_isDark);
-        look.IsHighContrast = appearance.value(u"contrast"_s).toUInt() == 1
-            || groups.value(Accessibility).value(u"high-contrast"_s).toBool();
+        look.IsHighContrast
+            = appearance.value(u"contrast"_s).toUInt() == 1 || groups.value(Accessibility).value(u"high-contrast"_s).toBool();
     }
     m_hasAnswer = true;
     m_receiver(look);

@@ -30,7 +30,8 @@ bool HasHighContrast()
 {
     HIGHCONTRASTW state = {};
     state.cbSize = sizeof state;
-    return SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof state, &state, 0) != 0 && (state.dwFlags & HCF_HIGHCONTRASTON) != 0;
+    return SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof state, &state, 0) != 0
+        && (state.dwFlags & HCF_HIGHCONTRASTON) != 0;
 }
 
 QColor SystemColor(int number)
@@ -42,13 +43,20 @@ QColor SystemColor(int number)
 QPalette HighContrastPalette()
 {
     const std::pair<QPalette::ColorRole, int> roles[] = {
-        { QPalette::Window, COLOR_WINDOW },         { QPalette::WindowText, COLOR_WINDOWTEXT },
-        { QPalette::Base, COLOR_WINDOW },           { QPalette::AlternateBase, COLOR_WINDOW },
-        { QPalette::Text, COLOR_WINDOWTEXT },       { QPalette::PlaceholderText, COLOR_GRAYTEXT },
-        { QPalette::Button, COLOR_BTNFACE },        { QPalette::ButtonText, COLOR_BTNTEXT },
-        { QPalette::BrightText, COLOR_WINDOWTEXT }, { QPalette::ToolTipBase, COLOR_WINDOW },
-        { QPalette::ToolTipText, COLOR_WINDOWTEXT }, { QPalette::Highlight, COLOR_HIGHLIGHT },
-        { QPalette::HighlightedText, COLOR_HIGHLIGHTTEXT }, { QPalette::Link, COLOR_HOTLIGHT },
+        { QPalette::Window, COLOR_WINDOW },
+        { QPalette::WindowText, COLOR_WINDOWTEXT },
+        { QPalette::Base, COLOR_WINDOW },
+        { QPalette::AlternateBase, COLOR_WINDOW },
+        { QPalette::Text, COLOR_WINDOWTEXT },
+        { QPalette::PlaceholderText, COLOR_GRAYTEXT },
+        { QPalette::Button, COLOR_BTNFACE },
+        { QPalette::ButtonText, COLOR_BTNTEXT },
+        { QPalette::BrightText, COLOR_WINDOWTEXT },
+        { QPalette::ToolTipBase, COLOR_WINDOW },
+        { QPalette::ToolTipText, COLOR_WINDOWTEXT },
+        { QPalette::Highlight, COLOR_HIGHLIGHT },
+        { QPalette::HighlightedText, COLOR_HIGHLIGHTTEXT },
+        { QPalette::Link, COLOR_HOTLIGHT },
         { QPalette::Mid, COLOR_WINDOWTEXT },
     };
     QPalette palette(SystemColor(COLOR_BTNFACE), SystemColor(COLOR_WINDOW));

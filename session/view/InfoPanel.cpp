@@ -68,8 +68,7 @@ InfoPanel::InfoPanel(QWidget *parent)
 void InfoPanel::ShowStatus()
 {
     QPalette colours;
-    colours.setColor(QPalette::WindowText,
-                     m_isCorrect ? Theme::Current().CorrectText : Theme::Current().IncorrectText);
+    colours.setColor(QPalette::WindowText, m_isCorrect ? Theme::Current().CorrectText : Theme::Current().IncorrectText);
     lblStatus->setPalette(colours);
 }
 

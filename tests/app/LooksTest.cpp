@@ -147,7 +147,8 @@ TEST_F(LooksTest, DownloadAndMessages)
         Turn(look);
         EXPECT_GE(ContrastIn(download.grab().toImage(), track.adjusted(100, 4, -4, -4)), 3) << static_cast<int>(look);
     }
-    for (const MessageStyle style : { PlainMessage, CriticalMessage, QuestionMessage, ExclamationMessage, InformationMessage }) {
+    for (const MessageStyle style :
+         { PlainMessage, CriticalMessage, QuestionMessage, ExclamationMessage, InformationMessage }) {
         WhenOpen box(u"QMessageBox"_s, [](QWidget *window) {
             LookAt(window);
             window->close();

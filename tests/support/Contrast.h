@@ -20,7 +20,8 @@ namespace Windows {
 
 inline double Luminance(QRgb color)
 {
-    const auto linear = [](int part) { return part <= 10 ? part / 255.0 / 12.92 : std::pow((part / 255.0 + 0.055) / 1.055, 2.4); };
+    const auto linear
+        = [](int part) { return part <= 10 ? part / 255.0 / 12.92 : std::pow((part / 255.0 + 0.055) / 1.055, 2.4); };
     return 0.2126 * linear(qRed(color)) + 0.7152 * linear(qGreen(color)) + 0.0722 * linear(qBlue(color));
 }
 
@@ -74,8 +75,8 @@ inline QList<std::pair<QString, QRect>> TextsOf(QWidget *part)
         QStyleOptionButton option;
         option.initFrom(button);
         const bool isRadio = qobject_cast<QRadioButton *>(part), isBox = isRadio || qobject_cast<QCheckBox *>(part);
-        const QRect box = part->style()->subElementRect(
-            isRadio ? QStyle::SE_RadioButtonContents : QStyle::SE_CheckBoxContents, &option, button);
+        const QRect box = part->style()->subElementRect(isRadio ? QStyle::SE_RadioButtonContents : QStyle::SE_CheckBoxContents,
+                                                        &option, button);
         add(button->text(), button, isBox ? box.adjusted(1, 3, -1, -3) : button->rect().adjusted(8, 6, -8, -6));
     } else if (part->property("text").isValid()) {
         add(part->property("text").toString(), part, part->rect());

@@ -33,10 +33,7 @@ public:
         Settings = settings;
         Q_EMIT SettingChanged(group, u"any"_s, QDBusVariant(0));
     }
-    void Answer()
-    {
-        QDBusConnection(u"portal"_s).send(Question.createReply(Settings));
-    }
+    void Answer() { QDBusConnection(u"portal"_s).send(Question.createReply(Settings)); }
 
     QVariant Settings;
     bool IsSlow = false;
@@ -76,7 +73,8 @@ protected:
         Sandbox::WriteFile(Sandbox::Path(u"bus.conf"_s),
                            "<busconfig><type>session</type><listen>" + address.toUtf8() + "</listen><servicedir>"
                                + Sandbox::Path(u"services"_s).toUtf8()
-                               + "</servicedir><policy context='default'><allow send_destination='*'/><allow receive_sender='*'/><allow own='*'/>"
+                               + "</servicedir><policy context='default'><allow send_destination='*'/><allow "
+                                 "receive_sender='*'/><allow own='*'/>"
                                  "</policy></busconfig>");
         Daemon.start(u"dbus-daemon"_s,
                      { u"--nofork"_s, u"--print-address"_s, u"--config-file="_s + Sandbox::Path(u"bus.conf"_s) });
@@ -114,9 +112,7 @@ TEST_F(PortalTest, FollowsTheDesktop)
     Portal.Settings = Both({ { u"color-scheme"_s, 1u } });
     Bus->registerService(Name);
     const auto shows = [&](Look look, QRgb ground) {
-        return QTest::qWaitFor([&] {
-            return Theme::CurrentLook() == look && open.grab().toImage().pixel(0, 0) == ground;
-        });
+        return QTest::qWaitFor([&] { return Theme::CurrentLook() == look && open.grab().toImage().pixel(0, 0) == ground; });
     };
     const QRgb light = qRgb(243, 246, 250), dark = qRgb(32, 37, 43), black = qRgb(0, 0, 0);
     EXPECT_TRUE(shows(Look::Dark, dark)) << "a portal that comes later";
