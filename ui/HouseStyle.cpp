@@ -8,6 +8,8 @@
 #include <QStyleFactory>
 #include <QStyleOption>
 
+#include <cmath>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
@@ -20,12 +22,19 @@ constexpr int FocusWidth = 2;
 constexpr double Rounding = 3;
 constexpr int HoverLight = 115; // percent
 
-// A line of that width inside the rectangle.
+// A line of that width inside the rectangle, of whole dots of the screen: one that lies
+// between two dots is paler.
 void DrawFrame(QPainter &painter, const QRect &rectangle, const QColor &color, double width, double rounding = 0)
 {
-    painter.setPen(QPen(color, width, Qt::SolidLine, Qt::SquareCap, rounding > 0 ? Qt::RoundJoin : Qt::MiterJoin));
-    const QRectF inner = QRectF(rectangle).adjusted(width / 2, width / 2, -width / 2, -width / 2);
-    painter.drawRoundedRect(inner, rounding, rounding);
+    const QTransform toDots = painter.deviceTransform();
+    const QRectF dots = toDots.mapRect(QRectF(rectangle));
+    const double scale = dots.width() / rectangle.width();
+    const double line = std::max(1.0, std::round(width * scale));
+    const QRectF whole(QPointF(std::ceil(dots.left()), std::ceil(dots.top())),
+                       QPointF(std::floor(dots.right()), std::floor(dots.bottom())));
+    const QRectF middle = whole.adjusted(line / 2, line / 2, -line / 2, -line / 2);
+    painter.setPen(QPen(color, line / scale, Qt::SolidLine, Qt::SquareCap, rounding > 0 ? Qt::RoundJoin : Qt::MiterJoin));
+    painter.drawRoundedRect(toDots.inverted().mapRect(middle), rounding, rounding);
 }
 
 QColor MarkColor(const QStyleOption &option)

@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QStyleOptionFocusRect>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -207,6 +208,7 @@ void LinkLabel::paintEvent(QPaintEvent *)
     if (!hasFocus())
         return;
     QPainter painter(this);
-    painter.setPen(Theme::Current().Focus);
-    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    QStyleOptionFocusRect frame;
+    frame.initFrom(this);
+    style()->drawPrimitive(QStyle::PE_FrameFocusRect, &frame, &painter, this);
 }

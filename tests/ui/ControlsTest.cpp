@@ -211,7 +211,8 @@ TEST(ThemeTest, SystemColours)
     const std::pair<OleColor, QPalette::ColorRole> rows[]
         = { { 5, Role::Base },    { 8, Role::WindowText }, { 13, Role::Highlight },   { 14, Role::HighlightedText },
             { 15, Role::Window }, { 16, Role::Dark },      { 18, Role::ButtonText },  { 20, Role::Light },
-            { 21, Role::Shadow }, { 22, Role::Midlight },  { 23, Role::ToolTipText }, { 24, Role::ToolTipBase } };
+            { 21, Role::Shadow }, { 22, Role::Midlight },  { 23, Role::ToolTipText }, { 24, Role::ToolTipBase },
+            { 26, Role::Link } };
     QPalette palette;
     for (int role = 0; role < QPalette::NColorRoles; ++role)
         palette.setColor(static_cast<QPalette::ColorRole>(role), QColor(role, 1, 2));
