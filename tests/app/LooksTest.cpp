@@ -40,17 +40,30 @@ protected:
         Globals::CurrentExam.reset();
     }
 
-    static void Turn(Theme::Look look)
+    // What a system has for high contrast can as well be black on white.
+    static QPalette BlackOnWhite()
     {
-        Theme::Apply(*qApp, look);
+        QPalette palette(Qt::black, Qt::white, Qt::white, Qt::black, Qt::gray, Qt::black, Qt::white, Qt::white, Qt::white);
+        palette.setColor(QPalette::Highlight, QColor(55, 0, 110));
+        palette.setColor(QPalette::HighlightedText, Qt::white);
+        palette.setColor(QPalette::Link, QColor(0, 0, 159));
+        palette.setColor(QPalette::Mid, Qt::black);
+        return palette;
+    }
+    static void Turn(Theme::Look look, const std::optional<QPalette> &highContrast = {})
+    {
+        Theme::Apply(*qApp, look, highContrast);
         QCoreApplication::sendPostedEvents();
     }
     // Each look of that window, of which the light one is the last.
     static void LookAt(QWidget *window)
     {
-        for (const Theme::Look look : { Theme::Look::Dark, Theme::Look::HighContrast, Theme::Look::Light }) {
+        using Theme::Look;
+        const std::pair<Look, std::optional<QPalette>> looks[]
+            = { { Look::Dark, {} }, { Look::HighContrast, {} }, { Look::HighContrast, BlackOnWhite() }, { Look::Light, {} } };
+        for (const auto &[look, highContrast] : looks) {
             SCOPED_TRACE(static_cast<int>(look));
-            Turn(look);
+            Turn(look, highContrast);
             ExpectVisibleFocus(window);
             if (QWidget *focus = window->focusWidget())
                 focus->clearFocus();
