@@ -18,9 +18,9 @@ namespace {
 using Brand::Blue;
 using Brand::Ink;
 using Brand::Orange;
-constexpr QColor DeepBlue(24, 92, 160);
-constexpr QColor DoneGreen(72, 161, 60);
-constexpr QColor Pale(150, 160, 172);
+constexpr QColor SignBlue(37, 121, 199);
+constexpr QColor DoneGreen(60, 145, 50);
+constexpr QColor Pale(112, 124, 138);
 constexpr QColor Amber(247, 183, 51);
 
 // Drawings are made on a square of this size and scaled.
@@ -56,11 +56,14 @@ void PaintEmblem(QPainter &painter, const QColor &ground, const QColor &mark)
 
 void PaintChecked(QPainter &painter)
 {
-    painter.setPen(Stroke(Orange, 9));
-    painter.drawLine(QPointF(26, 10), QPointF(26, 92));
-    painter.setPen(Stroke(Orange, 4));
-    painter.setBrush(Orange);
-    painter.drawPolygon(QPolygonF({ QPointF(28, 14), QPointF(84, 32), QPointF(28, 54) }));
+    // The white edge is seen where the ground is no lighter than the flag.
+    for (const auto &[color, edge] : { std::pair{ QColor(Qt::white), 12 }, { Orange, 0 } }) {
+        painter.setPen(Stroke(color, 9 + edge));
+        painter.drawLine(QPointF(26, 10), QPointF(26, 92));
+        painter.setPen(Stroke(color, 4 + edge));
+        painter.setBrush(color);
+        painter.drawPolygon(QPolygonF({ QPointF(28, 14), QPointF(84, 32), QPointF(28, 54) }));
+    }
 }
 
 void PaintIncomplete(QPainter &painter)
@@ -97,7 +100,7 @@ void PaintCritical(QPainter &painter)
 
 void PaintQuestion(QPainter &painter)
 {
-    PaintDisc(painter, Blue);
+    PaintDisc(painter, SignBlue);
     QPainterPath hook(QPointF(36, 40));
     hook.cubicTo(QPointF(36, 16), QPointF(66, 18), QPointF(65, 38));
     hook.cubicTo(QPointF(64, 50), QPointF(50, 48), QPointF(50, 61));
@@ -117,7 +120,7 @@ void PaintExclamation(QPainter &painter)
 
 void PaintInformation(QPainter &painter)
 {
-    PaintDisc(painter, Blue);
+    PaintDisc(painter, SignBlue);
     painter.drawPoint(QPointF(50, 27));
     painter.drawLine(QPointF(50, 46), QPointF(50, 74));
 }
@@ -202,9 +205,9 @@ void PaintWhole(QPainter &painter, const QRectF &rectangle, void (*emblem)(QPain
 
 }
 
-void PaintLogo(QPainter &painter, const QRectF &rectangle)
+void PaintLogo(QPainter &painter, const QRectF &rectangle, const QColor &nameColor)
 {
-    PaintWhole(painter, rectangle, PaintApplication, DeepBlue);
+    PaintWhole(painter, rectangle, PaintApplication, nameColor);
 }
 
 void PaintPrintableLogo(QPainter &painter, const QRectF &rectangle)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <QColor>
 #include <QIcon>
 #include <QSizeF>
 
@@ -13,8 +14,8 @@ namespace Artwork {
 // Width to height of both logos.
 constexpr qreal LogoAspect = 4.2;
 
-// Emblem and name, into the rectangle.
-void PaintLogo(QPainter &painter, const QRectF &rectangle);
+// Emblem and name, into the rectangle, the name in that colour.
+void PaintLogo(QPainter &painter, const QRectF &rectangle, const QColor &nameColor);
 // The same for paper: dark on white, little ink.
 void PaintPrintableLogo(QPainter &painter, const QRectF &rectangle);
 

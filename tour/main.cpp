@@ -33,8 +33,9 @@ void CopyFolder(const QString &from, const QString &to)
 int Usage()
 {
     std::fprintf(stderr,
-                 "usage: practorium-tour sitting OUT PACKS\n"
-                 "       practorium-tour download OUT ENDPOINT USER-ID PASSWORD\n");
+                 "usage: practorium-tour sitting OUT PACKS [LOOK]\n"
+                 "       practorium-tour download OUT ENDPOINT USER-ID PASSWORD [LOOK]\n"
+                 "LOOK is light (unless given), dark or contrast\n");
     return 2;
 }
 
@@ -47,8 +48,12 @@ int main(int argc, char **argv)
     QStringList words;
     for (int i = 1; i < argc; ++i)
         words.append(QString::fromLocal8Bit(argv[i]));
+    const QMap<QString, Theme::Look> looks = { { u"light"_s, Theme::Look::Light },
+                                               { u"dark"_s, Theme::Look::Dark },
+                                               { u"contrast"_s, Theme::Look::HighContrast } };
+    const QString look = looks.contains(words.value(words.size() - 1)) ? words.takeLast() : u"light"_s;
     const QString what = words.value(0);
-    if (!(what == "sitting"_L1 && argc == 4) && !(what == "download"_L1 && argc == 6))
+    if (!(what == "sitting"_L1 && words.size() == 3) && !(what == "download"_L1 && words.size() == 5))
         return Usage();
     const QTemporaryDir home;
     for (const char *name : { "HOME", "XDG_DATA_HOME", "XDG_DATA_DIRS", "XDG_CONFIG_HOME", "XDG_CACHE_HOME" })
@@ -64,7 +69,7 @@ int main(int argc, char **argv)
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication application(argc, argv);
     QApplication::setApplicationName(ApplicationTitle);
-    Theme::Apply(application);
+    Theme::Apply(application, looks.value(look));
     HeldKeys::Watch(application);
     const QString out = QDir(words.at(1)).absolutePath();
     QDir().mkpath(out);

@@ -4,8 +4,10 @@
 #include "common/Common.h"
 #include "ui/Browser.h"
 #include "ui/Guard.h"
+#include "ui/Theme.h"
 
 #include <QAccessibleWidget>
+#include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
@@ -130,12 +132,16 @@ void LinkLabel::SetBackColor(OleColor Color)
 
 void LinkLabel::Apply()
 {
-    QPalette surface = palette();
-    surface.setColor(QPalette::Window, OleColors::ToColor(m_backColor, parentWidget() ? parentWidget()->palette() : surface));
+    const QPalette system = parentWidget() ? parentWidget()->palette() : QApplication::palette();
+    QPalette surface;
+    surface.setColor(QPalette::Window, OleColors::ToColor(m_backColor, system));
     setPalette(surface);
-    QPalette text = surface;
+    // The blue of links is made for a light ground.
+    const bool isLight = Theme::CurrentLook() == Theme::Look::Light;
+    const OleColor ink = m_foreColor == OleColors::LinkBlue && !isLight ? OleColors::HotLight : m_foreColor;
+    QPalette text;
     for (const QPalette::ColorGroup group : { QPalette::Active, QPalette::Inactive })
-        text.setColor(group, QPalette::WindowText, OleColors::ToColor(m_foreColor, surface));
+        text.setColor(group, QPalette::WindowText, OleColors::ToColor(ink, system));
     lblLink->setPalette(text);
     setAccessibleName(Caption());
     Fit();
@@ -191,6 +197,9 @@ void LinkLabel::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
         Fit();
+    // The parent has its new colours by now. Setting the same ones again is no change.
+    if (event->type() == QEvent::PaletteChange)
+        Apply();
     QWidget::changeEvent(event);
 }
 
@@ -199,6 +208,7 @@ void LinkLabel::paintEvent(QPaintEvent *)
     if (!hasFocus())
         return;
     QPainter painter(this);
-    painter.setPen(QPen(palette().color(QPalette::Highlight), 1, Qt::DotLine));
-    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    QStyleOptionFocusRect frame;
+    frame.initFrom(this);
+    style()->drawPrimitive(QStyle::PE_FrameFocusRect, &frame, &painter, this);
 }

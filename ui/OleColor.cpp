@@ -5,6 +5,11 @@
 
 namespace OleColors {
 
+OleColor Of(const QColor &Color)
+{
+    return static_cast<OleColor>(Color.red() | Color.green() << 8 | Color.blue() << 16);
+}
+
 QColor ToColor(OleColor Color, const QPalette &Palette)
 {
     if ((Color & 0x80000000) == 0)
@@ -22,6 +27,7 @@ QColor ToColor(OleColor Color, const QPalette &Palette)
     case 22: return Palette.color(QPalette::Midlight);
     case 23: return Palette.color(QPalette::ToolTipText);
     case 24: return Palette.color(QPalette::ToolTipBase);
+    case 26: return Palette.color(QPalette::Link);
     default: return Palette.color(QPalette::WindowText);
     }
 }

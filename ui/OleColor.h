@@ -14,6 +14,10 @@ namespace OleColors {
 constexpr OleColor LinkBlue = 0xFF0000;
 constexpr OleColor WindowText = 0x80000008;
 constexpr OleColor ButtonFace = 0x8000000F;
+constexpr OleColor WindowBack = 0x80000005;
+constexpr OleColor HotLight = 0x8000001A; // of links
+
+OleColor Of(const QColor &Color);
 
 // A system colour without an equal in the palette gives its window text.
 QColor ToColor(OleColor Color, const QPalette &Palette);

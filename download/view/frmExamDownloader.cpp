@@ -10,6 +10,7 @@
 #include "ui/TextBlock.h"
 #include "ui/Theme.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QFrame>
 #include <QGridLayout>
@@ -70,14 +71,17 @@ void frmExamDownloader::Build()
     name(lblInfo, u"lblInfo"_s);
     lblInfo->setMinimumHeight(lblInfo->fontMetrics().height() * 2);
     name(picProgress, u"picProgress"_s, u"Progress"_s);
-    picProgress->SetBackColor(0xFFFFFF);
-    picProgress->SetBorderColor(0xDACFC6);
+    picProgress->SetBackColor(OleColors::WindowBack);
     picProgress->setFixedHeight(ProgressHeight);
     shpProgress->setObjectName(u"shpProgress"_s);
     shpProgress->setAutoFillBackground(true);
-    QPalette blue = palette();
-    blue.setColor(QPalette::Window, Theme::Blue);
-    shpProgress->setPalette(blue);
+    Theme::WithLook(shpProgress, [this] {
+        picProgress->SetBorderColor(OleColors::Of(Theme::Current().Outline));
+        const bool isContrast = Theme::CurrentLook() == Theme::Look::HighContrast;
+        QPalette fill;
+        fill.setColor(QPalette::Window, isContrast ? QApplication::palette().color(QPalette::Highlight) : Brand::Blue);
+        shpProgress->setPalette(fill);
+    });
     name(lblTotal, u"lblTotal"_s);
     name(lblDownloaded, u"lblDownloaded"_s);
     name(lblRate, u"lblRate"_s);

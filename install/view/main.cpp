@@ -109,7 +109,7 @@ int main(int argc, char **argv)
 
     auto &windows = static_cast<QApplication &>(*application);
     QGuiApplication::setDesktopFileName(u"practorium-install"_s);
-    Theme::Apply(windows);
+    Theme::Follow(windows);
     HeldKeys::Watch(windows);
     if (paths.isEmpty())
         paths += ChosenFile();

@@ -14,8 +14,6 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr OleColor PanelColor = 0xFDF8F2;
-constexpr OleColor PanelLine = 0xEF993A;
 constexpr QMargins Margins(14, 10, 14, 10); // pixels
 constexpr int ButtonGap = 18;
 constexpr int LineGap = 6;
@@ -39,9 +37,9 @@ InfoPanel::InfoPanel(QWidget *parent)
     lblStatus->setObjectName(u"lblStatus"_s);
     cmdWhy->setObjectName(u"cmdWhy"_s);
     cmdWhy->setAccessibleName(u"Why: show the explanation"_s);
-    SetBackColor(PanelColor);
-    SetBorderColor(PanelLine);
     Theme::ScaleFont(lblStatus, 1.1, QFont::Bold);
+    lblStatus->setFont(Theme::Large(lblStatus->font()));
+    lblStatus->setForegroundRole(QPalette::WindowText);
     for (QLabel *label : { static_cast<QLabel *>(lblAnswer), lblStatus }) {
         label->setTextFormat(Qt::PlainText);
         label->setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -60,15 +58,26 @@ InfoPanel::InfoPanel(QWidget *parent)
     cmdWhy->setSizePolicy(keep);
     setCursor(Qt::SizeAllCursor);
     cmdWhy->setCursor(Qt::ArrowCursor);
+    Theme::WithLook(this, [this] {
+        SetBackColor(OleColors::Of(Theme::Current().PanelBack));
+        SetBorderColor(OleColors::Of(Theme::Current().PanelLine));
+        ShowStatus();
+    });
+}
+
+void InfoPanel::ShowStatus()
+{
+    QPalette colours;
+    colours.setColor(QPalette::WindowText, m_isCorrect ? Theme::Current().CorrectText : Theme::Current().IncorrectText);
+    lblStatus->setPalette(colours);
 }
 
 void InfoPanel::Display(const PageState &page)
 {
     m_answer = page.Answer;
     lblStatus->setText(page.Status);
-    QPalette colours = palette();
-    colours.setColor(QPalette::WindowText, page.IsCorrect ? Theme::CorrectText : Theme::IncorrectText);
-    lblStatus->setPalette(colours);
+    m_isCorrect = page.IsCorrect;
+    ShowStatus();
     cmdWhy->setVisible(page.HasExplanation);
     Fit();
 }

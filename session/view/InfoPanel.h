@@ -38,12 +38,14 @@ protected:
 
 private:
     void Fit();
+    void ShowStatus();
 
     TextBlock *lblAnswer;
     QLabel *lblStatus;
     QPushButton *cmdWhy;
     QString m_answer;
     QSize m_room;
+    bool m_isCorrect = false;
     bool m_isPressed = false;
     PageLayout::Point m_press;
 };

@@ -38,9 +38,7 @@ QuestionFrame::QuestionFrame(QWidget *parent)
     vsbScroll->setObjectName(u"vsbScroll"_s);
     vsbScroll->setAccessibleName(u"Scroll the question"_s);
     setFrameShape(QFrame::StyledPanel);
-    QPalette paper = palette();
-    paper.setColor(QPalette::Window, Qt::white);
-    setPalette(paper);
+    setBackgroundRole(QPalette::Base);
     setAutoFillBackground(true);
     lblQuestion->SetInsets(TextInset, TextInset);
     SetTextScale(1);
@@ -53,7 +51,6 @@ QuestionFrame::QuestionFrame(QWidget *parent)
     connect(fraInfo, &InfoPanel::Dragged, this, [this](PageLayout::Point press, PageLayout::Point pointer) {
         MovePanel({ pointer.X - press.X, pointer.Y - press.Y });
     });
-    Theme::ShowThumb(vsbScroll);
 }
 
 PageLayout::PanelFrame QuestionFrame::PanelFrame() const

@@ -5,7 +5,6 @@
 #include "model/IO.h"
 #include "picture/Picture.h"
 #include "session/ExhibitLayout.h"
-#include "ui/Theme.h"
 
 #include <QCoreApplication>
 #include <QKeyEvent>
@@ -41,6 +40,8 @@ protected:
     void paintEvent(QPaintEvent *) override
     {
         QPainter painter(this);
+        // What is drawn on nothing is drawn for paper.
+        painter.fillRect(rect(), Qt::white);
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
         painter.drawImage(rect(), m_image);
     }
@@ -64,7 +65,6 @@ frmExhibit::frmExhibit(QWidget *owner)
     picExhibit->setAccessibleName(u"Exhibit picture"_s);
     vsbScroll->setObjectName(u"vsbScroll"_s);
     vsbScroll->setAccessibleName(u"Scroll the exhibit"_s);
-    Theme::ShowThumb(vsbScroll);
     cmdClose->setObjectName(u"cmdClose"_s);
     cmdClose->setDefault(true);
     // The button would take the arrow keys for a move of the focus.

@@ -91,7 +91,7 @@ QVariant CatalogueModel::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole: return Cut(text, LongestText);
     case Qt::ToolTipRole: return TipOf(text);
     case Qt::AccessibleTextRole: return text;
-    case Qt::ForegroundRole: return Theme::ListText;
+    case Qt::ForegroundRole: return Theme::Current().ListText;
     case Qt::UserRole: return row.Path;
     default: return {};
     }

@@ -3,6 +3,7 @@
 
 #include "resources/Artwork.h"
 #include "ui/Messages.h"
+#include "ui/Theme.h"
 
 #include <QPainter>
 
@@ -24,5 +25,5 @@ void LogoView::SetWidth(int width)
 void LogoView::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    Artwork::PaintLogo(painter, QRectF(rect()));
+    Artwork::PaintLogo(painter, QRectF(rect()), Theme::Current().LogoName);
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "shell/view/ResultLabel.h"
 
+#include "ui/Theme.h"
+
 #include <QPainter>
 
 using namespace Qt::Literals::StringLiterals;
@@ -32,7 +34,7 @@ QFont ResultLabel::HeadlineFont() const
     QFont headline = font();
     headline.setPointSizeF(headline.pointSizeF() * HeadlineScale);
     headline.setBold(true);
-    return headline;
+    return Theme::Large(headline);
 }
 
 int ResultLabel::BandHeight() const
@@ -61,7 +63,7 @@ void ResultLabel::paintEvent(QPaintEvent *)
     painter.setBrush(m_color);
     painter.drawRoundedRect(band, band.height() / 2.0, band.height() / 2.0);
     painter.setFont(HeadlineFont());
-    painter.setPen(qGray(m_color.rgb()) > DarkText ? palette().color(QPalette::WindowText) : QColor(Qt::white));
+    painter.setPen(qGray(m_color.rgb()) > DarkText ? Brand::Ink : QColor(Qt::white));
     painter.drawText(band, Qt::AlignCenter, lines.first());
     painter.setFont(font());
     painter.setPen(palette().color(QPalette::WindowText));

@@ -2,15 +2,15 @@
 #pragma once
 
 #include "shell/ScoreReport.h"
-#include "ui/Theme.h"
+#include "resources/Brand.h"
 
-// The colours of the bars, on the screen and on paper.
+// The colours of the bars, on the screen in every look and on paper.
 inline QColor ColorOf(ScoreBar bar)
 {
     switch (bar) {
-    case ScoreBar::Required: return Theme::Blue;
-    case ScoreBar::Passed: return Theme::Green;
+    case ScoreBar::Required: return Brand::Blue;
+    case ScoreBar::Passed: return Brand::Green;
     case ScoreBar::Failed: break;
     }
-    return Theme::Orange;
+    return Brand::Orange;
 }

@@ -48,8 +48,7 @@ LinkLabel *NewLink(const QString &name, const QString &caption, QWidget *parent)
     link->setObjectName(name);
     link->InitProperties();
     link->SetCaption(caption);
-    // The default blue is meant for a grey face; this one reads better here.
-    link->SetForeColor(0xB45F1A);
+    link->SetForeColor(OleColors::HotLight);
     return link;
 }
 

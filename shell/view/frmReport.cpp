@@ -61,9 +61,7 @@ frmReport::frmReport(QWidget *owner, const Clock &clock)
     fraScores->setFrameShape(QFrame::StyledPanel);
     picScores->setObjectName(u"picScores"_s);
     picScores->setAutoFillBackground(true);
-    QPalette white = palette();
-    white.setColor(QPalette::Window, Qt::white);
-    picScores->setPalette(white);
+    picScores->setBackgroundRole(QPalette::Base);
     shpRequired->setObjectName(u"shpRequired"_s);
     shpObtained->setObjectName(u"shpObtained"_s);
     m_names = new QVBoxLayout;
@@ -112,9 +110,10 @@ void frmReport::Load()
 
 void frmReport::SetBar(QWidget *bar, qint16 percent, const QColor &color)
 {
-    QPalette fill = bar->palette();
+    QPalette fill;
     fill.setColor(QPalette::Window, color);
     bar->setPalette(fill);
+    bar->setBackgroundRole(QPalette::Window);
     bar->setAutoFillBackground(true);
     const float width = ReportLayout::BarWidth(percent, static_cast<float>(Twips::FromPixels(picScores->width())));
     bar->resize(std::max(0, Twips::ToPixels(width)), bar->height());

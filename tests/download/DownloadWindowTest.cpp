@@ -119,7 +119,7 @@ TEST_F(DownloadWindowTest, States)
         return picture.pixelColor(room->mapTo(Window.get(), QPoint(x, room->height() / 2)) * picture.devicePixelRatio());
     };
     EXPECT_NE(painted(0), QColor(Qt::white)) << "a frame";
-    EXPECT_EQ(painted(room->width() / 2 - 3), QColor(Theme::Blue));
+    EXPECT_EQ(painted(room->width() / 2 - 3), QColor(Brand::Blue));
     EXPECT_EQ(painted(room->width() / 2 + 3), QColor(Qt::white));
     EXPECT_EQ(Windows::Sketch(Window.get(), true),
               (QStringList{

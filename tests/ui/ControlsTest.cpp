@@ -129,7 +129,7 @@ TEST_F(LinkLabelTest, ClicksAndKeys)
         const QRect all = link.rect();
         for (const QRect &edge : { all & QRect(0, 0, 999, 1), all & QRect(0, 0, 1, 999), all & QRect(0, all.bottom(), 999, 1),
                                    all & QRect(all.right(), 0, 1, 999) })
-            EXPECT_EQ(Colours(link.grab(edge).toImage()).contains(link.palette().color(QPalette::Highlight).rgb()), isHere);
+            EXPECT_EQ(Colours(link.grab(edge).toImage()).contains(Theme::Current().Focus.rgb()), isHere);
     }
     QSignalSpy clicks(&link, &LinkLabel::Click);
     const auto pressTwice = [&] { QTest::mouseDClick(window.windowHandle(), Qt::LeftButton, {}, QPoint(5, 5)); };
@@ -211,7 +211,8 @@ TEST(ThemeTest, SystemColours)
     const std::pair<OleColor, QPalette::ColorRole> rows[]
         = { { 5, Role::Base },    { 8, Role::WindowText }, { 13, Role::Highlight },   { 14, Role::HighlightedText },
             { 15, Role::Window }, { 16, Role::Dark },      { 18, Role::ButtonText },  { 20, Role::Light },
-            { 21, Role::Shadow }, { 22, Role::Midlight },  { 23, Role::ToolTipText }, { 24, Role::ToolTipBase } };
+            { 21, Role::Shadow }, { 22, Role::Midlight },  { 23, Role::ToolTipText }, { 24, Role::ToolTipBase },
+            { 26, Role::Link } };
     QPalette palette;
     for (int role = 0; role < QPalette::NColorRoles; ++role)
         palette.setColor(static_cast<QPalette::ColorRole>(role), QColor(role, 1, 2));
