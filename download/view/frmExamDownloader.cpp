@@ -4,9 +4,10 @@
 #include "common/Twips.h"
 #include "download/DownloadText.h"
 #include "download/HttpExchange.h"
+#include "download/view/ProgressPanel.h"
+#include "ui/Accessible.h"
 #include "ui/Guard.h"
 #include "ui/Messages.h"
-#include "ui/Panel.h"
 #include "ui/TextBlock.h"
 #include "ui/Theme.h"
 
@@ -34,7 +35,7 @@ frmExamDownloader::frmExamDownloader(QWidget *owner)
     , chkRemember(new QCheckBox(this))
     , lblRemember(new QLabel(u"Remember"_s, this))
     , lblInfo(new TextBlock(this))
-    , picProgress(new Panel(this))
+    , picProgress(new ProgressPanel(this))
     , shpProgress(new QWidget(picProgress))
     , lblTotal(new QLabel(this))
     , lblDownloaded(new QLabel(this))
@@ -193,6 +194,7 @@ void frmExamDownloader::UpdateStatus(const QString &text, double total, double d
     if (text != m_status) {
         m_status = text;
         lblInfo->SetText(text);
+        Announce(this, text);
     }
     const auto show = [](QLabel *label, const QString &value) {
         if (label->text() != value)
@@ -209,6 +211,8 @@ void frmExamDownloader::SetProgress(double fraction)
 {
     m_barWidth = DownloadText::BarWidth(m_fullWidth, m_barWidth, fraction);
     shpProgress->resize(Twips::ToPixels(m_barWidth), shpProgress->height());
+    if (m_fullWidth > 0)
+        picProgress->SetPercent(static_cast<int>(100 * m_barWidth / m_fullWidth));
 }
 
 void frmExamDownloader::InstallationStarts(const QString &examID)

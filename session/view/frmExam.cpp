@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "session/view/frmExam.h"
 
+#include "common/Common.h"
 #include "session/view/InfoPanel.h"
 #include "session/view/QuestionFrame.h"
 #include "session/view/frmExhibit.h"
 #include "session/view/frmExplain.h"
+#include "ui/Accessible.h"
 #include "ui/Guard.h"
 #include "ui/Layout.h"
 #include "ui/Messages.h"
 #include "ui/Theme.h"
 
-#include <QAccessible>
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -29,6 +30,7 @@ constexpr double SmallestScale = 0.7;
 constexpr double LargestScale = 2.6;
 constexpr int TopMargin = 8; // pixels
 constexpr int MinuteColons = 2;
+const QString LastMinute = u"  00:00"_s;
 constexpr double PanelStep = 300; // twips
 constexpr double ExplanationScale = 1.15;
 
@@ -44,6 +46,7 @@ frmExam::frmExam()
     , cmdExhibit(new QPushButton(u"E&xhibit"_s, this))
     , cmdReview(new QPushButton(u"&Review"_s, this))
 {
+    SetAccessibleRole(this, QAccessible::Window);
     setObjectName(u"frmExam"_s);
     setMinimumSize(QSize(560, 400).boundedTo(screen()->availableSize()));
     chkMarked->setObjectName(u"chkMarked"_s);
@@ -110,19 +113,33 @@ void frmExam::ShowItem()
     picBorder->ShowItem(m_session.Page());
     ShowChanges();
     ArrangeButtons();
-    Announce();
+    AnnounceItem();
 }
 
 // The focus stays on Next, so a screen reader would not read the new item.
-void frmExam::Announce()
+void frmExam::AnnounceItem()
 {
     const PageState &page = m_session.Page();
     QString text = page.Title + u". "_s + page.Problem;
     if (page.IsPostExam)
         text += u". "_s + page.Status + u". "_s + page.Answer;
+    if (page.IsMarked)
+        text += u". Marked for review"_s;
     picBorder->setAccessibleName(text);
-    QAccessibleEvent event(picBorder, QAccessible::Alert);
-    QAccessible::updateAccessibility(&event);
+    if (isVisible())
+        Announce(this, text);
+}
+
+void frmExam::AnnounceOption(const QString &caption)
+{
+    const PageState &page = m_session.Page();
+    for (size_t row = 0; row < page.Selectors().size(); ++row) {
+        const Selector &selector = page.Selectors()[row];
+        if (selector.Caption == caption)
+            Announce(this,
+                     caption + u' ' + Common::ShownText(page.lblChoices[row].Text)
+                         + (selector.Value == Selector::On ? u", selected"_s : u", not selected"_s));
+    }
 }
 
 void frmExam::ShowChanges()
@@ -144,18 +161,25 @@ void frmExam::ShowChanges()
     cmdExhibit->setVisible(page.HasExhibit);
     lblTime->setVisible(!page.IsPostExam);
     ShowTime(page.Time);
+    if (page.IsPostExam && !std::exchange(m_isReviewed, true))
+        AnnounceItem();
 }
 
 void frmExam::ShowTime(const QString &time)
 {
     lblTime->setText(time);
     // A name of its own keeps the label from being announced at every change;
-    // the name is renewed once a minute.
+    // the name is renewed once a minute, and in the last one every ten seconds.
     const QString minute = time.section(u':', 0, MinuteColons);
-    if (minute != m_announcedMinute) {
-        m_announcedMinute = minute;
-        lblTime->setAccessibleName(minute.simplified());
-    }
+    const bool isLast = minute.endsWith(LastMinute);
+    if (std::exchange(m_announcedMinute, minute) == minute && !(isLast && time.endsWith(u'0')))
+        return;
+    const QString name = (isLast ? time : minute).simplified();
+    if (name == lblTime->accessibleName())
+        return;
+    lblTime->setAccessibleName(name);
+    if (isVisible())
+        Announce(this, name);
 }
 
 void frmExam::ShowExam()
@@ -163,6 +187,7 @@ void frmExam::ShowExam()
     Q_EMIT Starting();
     show();
     cmdNext->setFocus();
+    AnnounceItem();
 }
 
 void frmExam::StartClock()
@@ -289,6 +314,15 @@ bool frmExam::PressPanelKey(int key)
     }
 }
 
+// Without the focus, so a screen reader would not read what has been chosen.
+bool frmExam::PressLetter(QChar letter)
+{
+    if (!m_session.PressLetter(letter))
+        return false;
+    AnnounceOption(letter.toUpper() + u"."_s);
+    return true;
+}
+
 bool frmExam::PressPageKey(QKeyEvent *event)
 {
     switch (event->key()) {
@@ -316,7 +350,7 @@ void frmExam::keyPressEvent(QKeyEvent *event)
         const bool isControl = modifiers == Qt::ControlModifier;
         const bool isLetter = modifiers == Qt::NoModifier && event->text().size() == 1;
         if ((isControl && (PressScaleKey(event->key()) || PressPanelKey(event->key()))) || PressPageKey(event)
-            || (isLetter && m_session.PressLetter(event->text().front())))
+            || (isLetter && PressLetter(event->text().front())))
             return;
         QWidget::keyPressEvent(event);
     });

@@ -5,6 +5,7 @@
 #include "model/IO.h"
 #include "picture/Picture.h"
 #include "session/ExhibitLayout.h"
+#include "ui/Accessible.h"
 #include "ui/Theme.h"
 
 #include <QCoreApplication>
@@ -61,6 +62,7 @@ frmExhibit::frmExhibit(QWidget *owner)
     setAttribute(Qt::WA_DeleteOnClose);
     picClipper->setObjectName(u"picClipper"_s);
     picExhibit->setObjectName(u"picExhibit"_s);
+    SetAccessibleRole(picExhibit, QAccessible::Graphic);
     picExhibit->setAccessibleName(u"Exhibit picture"_s);
     vsbScroll->setObjectName(u"vsbScroll"_s);
     vsbScroll->setAccessibleName(u"Scroll the exhibit"_s);

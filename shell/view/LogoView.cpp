@@ -2,6 +2,7 @@
 #include "shell/view/LogoView.h"
 
 #include "resources/Artwork.h"
+#include "ui/Accessible.h"
 #include "ui/Messages.h"
 
 #include <QPainter>
@@ -12,6 +13,7 @@ LogoView::LogoView(int width, QWidget *parent)
     : QWidget(parent)
 {
     setObjectName(u"picLogo"_s);
+    SetAccessibleRole(this, QAccessible::Graphic);
     setAccessibleName(ApplicationTitle);
     SetWidth(width);
 }

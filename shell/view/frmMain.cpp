@@ -6,6 +6,7 @@
 #include "model/IO.h"
 #include "shell/view/CatalogueModel.h"
 #include "shell/view/LogoView.h"
+#include "ui/Accessible.h"
 #include "ui/Busy.h"
 #include "ui/Guard.h"
 #include "ui/Layout.h"
@@ -67,6 +68,7 @@ QString HowExamsComeIn()
 
 frmMain::frmMain()
 {
+    SetAccessibleRole(this, QAccessible::Window);
     setObjectName(u"frmMain"_s);
     setWindowTitle(ApplicationTitle);
     FitWorkArea(this, QSize(760, 500), QSize(600, 380));

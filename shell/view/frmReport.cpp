@@ -7,6 +7,7 @@
 #include "shell/view/ResultLabel.h"
 #include "shell/view/ScoreColors.h"
 #include "shell/view/SheetPainter.h"
+#include "ui/Accessible.h"
 #include "ui/Busy.h"
 #include "ui/Guard.h"
 #include "ui/Layout.h"
@@ -57,9 +58,11 @@ frmReport::frmReport(QWidget *owner, const Clock &clock)
     setWindowTitle(u"Score Report"_s);
     setMinimumSize(QSize(640, 420).boundedTo(screen()->availableSize()));
     lblMessage->setObjectName(u"lblMessage"_s);
+    SetAccessibleRole(fraScores, QAccessible::Grouping);
     fraScores->setObjectName(u"fraScores"_s);
     fraScores->setFrameShape(QFrame::StyledPanel);
     picScores->setObjectName(u"picScores"_s);
+    SetAccessibleRole(picScores, QAccessible::Graphic);
     picScores->setAutoFillBackground(true);
     QPalette white = palette();
     white.setColor(QPalette::Window, Qt::white);
@@ -141,6 +144,14 @@ void frmReport::resizeEvent(QResizeEvent *event)
 {
     QDialog::resizeEvent(event);
     Guard([&] { Arrange(); });
+}
+
+void frmReport::showEvent(QShowEvent *event)
+{
+    QDialog::showEvent(event);
+    // One that is restored has been read out.
+    if (!event->spontaneous())
+        Announce(this, lblMessage->text().simplified() + u". "_s + lblRequired->text() + u". "_s + lblObtained->text());
 }
 
 void frmReport::Arrange()

@@ -29,6 +29,13 @@ constexpr int IconSize = 16; // pixels
 constexpr int CellPadding = 36;
 constexpr int RowPadding = 10;
 
+struct Sign {
+    QString Key;
+    QString Meaning;
+};
+const Sign Signs[]
+    = { { u"Complete"_s, u"Complete"_s }, { u"Incomplete"_s, u"Incomplete"_s }, { u"Checked"_s, u"Marked for review"_s } };
+
 }
 
 frmReview::frmReview(ExamSession &session, QWidget *owner)
@@ -116,14 +123,10 @@ QWidget *frmReview::Legend()
     auto *row = new QHBoxLayout(legend);
     row->setContentsMargins(2, 0, 0, 0);
     row->setSpacing(6);
-    struct Sign {
-        QString Key;
-        QString Meaning;
-    };
-    for (const Sign &sign : { Sign{ u"Complete"_s, u"Complete"_s }, Sign{ u"Incomplete"_s, u"Incomplete"_s },
-                              Sign{ u"Checked"_s, u"Marked for review"_s } }) {
+    for (const Sign &sign : Signs) {
         auto *picture = new QLabel(legend);
         picture->setPixmap(Artwork::StatusIcon(sign.Key).pixmap(QSize(IconSize, IconSize), devicePixelRatioF()));
+        picture->setAccessibleName(sign.Meaning + u" sign"_s);
         row->addWidget(picture);
         row->addWidget(new QLabel(sign.Meaning, legend));
         row->addSpacing(14);
@@ -143,7 +146,10 @@ void frmReview::Load()
     for (const ReviewList::Entry &entry : ReviewList::Entries(exam)) {
         auto *item = new QListWidgetItem(Artwork::StatusIcon(entry.Icon), entry.Text);
         item->setData(NumberRole, entry.Number);
-        item->setData(Qt::AccessibleDescriptionRole, entry.Icon);
+        for (const Sign &sign : Signs) {
+            if (sign.Key == entry.Icon)
+                item->setData(Qt::AccessibleDescriptionRole, sign.Meaning);
+        }
         lvwReview->addItem(item);
         widest = std::max(widest, lvwReview->fontMetrics().horizontalAdvance(entry.Text));
     }
