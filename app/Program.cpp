@@ -18,6 +18,8 @@ Program::Program()
     // The end comes through the main window's own question, not because some
     // window was the last one visible.
     QApplication::setQuitOnLastWindowClosed(false);
+    // The windows and their texts are the same in every language of the desktop.
+    QApplication::setLayoutDirection(Qt::LeftToRight);
     connect(m_main.get(), &frmMain::ExamLoaded, this, [this] { Guard([&] { StartSitting(); }); });
     connect(m_main.get(), &frmMain::AboutRequested, this, [this] { Guard([&] { frmAbout(m_main.get()).exec(); }); });
     connect(m_main.get(), &frmMain::DownloadRequested, this,

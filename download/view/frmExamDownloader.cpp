@@ -7,6 +7,7 @@
 #include "download/view/ProgressPanel.h"
 #include "ui/Accessible.h"
 #include "ui/Guard.h"
+#include "ui/Layout.h"
 #include "ui/Messages.h"
 #include "ui/TextBlock.h"
 #include "ui/Theme.h"
@@ -18,12 +19,14 @@
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QScreen>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr int ProgressHeight = 18; // pixels
+constexpr int Width = 520; // pixels
+constexpr int ProgressHeight = 18;
 
 }
 
@@ -112,7 +115,8 @@ void frmExamDownloader::Build()
         sizes->addWidget(label, 0, column);
         sizes->setColumnStretch(column++, 1);
     }
-    auto *layout = new QVBoxLayout(this);
+    QWidget *page = NewPage(this);
+    auto *layout = new QVBoxLayout(page);
     layout->setContentsMargins(22, 20, 22, 18);
     layout->setSpacing(12);
     layout->addLayout(entries);
@@ -122,7 +126,7 @@ void frmExamDownloader::Build()
     layout->addLayout(sizes);
     layout->addSpacing(6);
     layout->addWidget(cmdAction, 0, Qt::AlignRight);
-    setFixedSize(520, sizeHint().height());
+    setFixedSize(QSize(Width, page->sizeHint().height()).boundedTo(screen()->availableSize()));
 }
 
 void frmExamDownloader::Open()

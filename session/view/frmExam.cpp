@@ -18,7 +18,6 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
-#include <QScreen>
 #include <QScrollBar>
 
 using namespace Qt::Literals::StringLiterals;
@@ -28,7 +27,10 @@ namespace {
 constexpr double ScaleStep = 1.1;
 constexpr double SmallestScale = 0.7;
 constexpr double LargestScale = 2.6;
-constexpr int TopMargin = 8; // pixels
+constexpr QSize Least(280, 180); // pixels; more than a compositor gives is an error of Wayland
+constexpr int TopMargin = 8;
+constexpr int ButtonWidth = 110;
+constexpr int ButtonGap = 4; // at the least
 constexpr int MinuteColons = 2;
 const QString LastMinute = u"  00:00"_s;
 constexpr double PanelStep = 300; // twips
@@ -48,7 +50,7 @@ frmExam::frmExam()
 {
     SetAccessibleRole(this, QAccessible::Window);
     setObjectName(u"frmExam"_s);
-    setMinimumSize(QSize(560, 400).boundedTo(screen()->availableSize()));
+    setMinimumSize(Least);
     chkMarked->setObjectName(u"chkMarked"_s);
     lblTime->setObjectName(u"lblTime"_s);
     lblTime->setTextFormat(Qt::PlainText);
@@ -59,7 +61,7 @@ frmExam::frmExam()
     cmdExhibit->setObjectName(u"cmdExhibit"_s);
     cmdReview->setObjectName(u"cmdReview"_s);
     for (QPushButton *button : { cmdNext, cmdPrev, cmdExhibit, cmdReview })
-        button->resize(std::max(110, button->sizeHint().width()), button->sizeHint().height() + 6);
+        button->resize(button->sizeHint() + QSize(0, 6));
     picBorder->ChainTabs(chkMarked, cmdNext);
     setTabOrder(cmdNext, cmdPrev);
     setTabOrder(cmdPrev, cmdExhibit);
@@ -249,10 +251,13 @@ void frmExam::Arrange()
     sizes.InnerWidth = Twips::FromPixels(width());
     sizes.InnerHeight = Twips::FromPixels(height());
     chkMarked->adjustSize();
-    chkMarked->move(chkMarked->x(), TopMargin);
-    sizes.Mark = { Twips::FromPixels(chkMarked->x()), Twips::FromPixels(TopMargin), Twips::FromPixels(chkMarked->width()),
-                   Twips::FromPixels(chkMarked->height()) };
     const int timeWidth = lblTime->fontMetrics().horizontalAdvance(u"Time Remaining:  000:00:00"_s);
+    // A narrow window has the time in a row of its own.
+    const bool isNarrow = chkMarked->width() + timeWidth > width();
+    const int markTop = TopMargin + (isNarrow ? chkMarked->height() : 0);
+    chkMarked->move(chkMarked->x(), markTop);
+    sizes.Mark = { Twips::FromPixels(chkMarked->x()), Twips::FromPixels(markTop), Twips::FromPixels(chkMarked->width()),
+                   Twips::FromPixels(chkMarked->height()) };
     sizes.Time = { 0, 0, Twips::FromPixels(timeWidth), Twips::FromPixels(chkMarked->height()) };
     sizes.FrameBorder = picBorder->BorderTwips();
     sizes.ScrollBarWidth = picBorder->ScrollBarTwips();
@@ -260,13 +265,18 @@ void frmExam::Arrange()
     const PageLayout::Boxes boxes = PageLayout::Arrange(sizes, Twips::FromPixels(cmdNext->height()));
     picBorder->setGeometry(boxes.Frame.ToPixels());
     picBorder->Place(boxes);
-    chkMarked->move(Twips::ToPixels(boxes.MarkLeft), TopMargin);
+    chkMarked->move(Twips::ToPixels(boxes.MarkLeft), markTop);
     lblTime->setGeometry(Twips::ToPixels(boxes.TimeLeft), TopMargin, timeWidth, chkMarked->height());
     ArrangeButtons();
 }
 
 void frmExam::ArrangeButtons()
 {
+    const QList<QPushButton *> buttons{ cmdNext, cmdPrev, cmdExhibit, cmdReview };
+    const int count = static_cast<int>(buttons.size());
+    const int room = (picBorder->width() - (count - 1) * ButtonGap) / count;
+    for (QPushButton *button : buttons)
+        button->resize(std::min(std::max(ButtonWidth, button->sizeHint().width()), room), button->height());
     const PageLayout::Box frame{ Twips::FromPixels(picBorder->x()), Twips::FromPixels(picBorder->y()),
                                  Twips::FromPixels(picBorder->width()), Twips::FromPixels(picBorder->height()) };
     const PageLayout::ButtonLefts row

@@ -6,6 +6,7 @@
 #include "common/Error.h"
 #include "model/Globals.h"
 #include "ui/CodeFont.h"
+#include "ui/Layout.h"
 #include "ui/TextBlock.h"
 
 #include <QDialogButtonBox>
@@ -33,7 +34,7 @@ frmExplain::frmExplain(QWidget *owner)
     layout->setSpacing(12);
     layout->addWidget(txtExplaination);
     layout->addWidget(cmdClose, 0, Qt::AlignRight);
-    resize(620, 380);
+    FitWorkArea(this, QSize(620, 380), QSize(240, 160));
     connect(cmdClose, &QPushButton::clicked, this, &QDialog::accept);
 }
 

@@ -63,6 +63,7 @@ private:
     std::shared_ptr<Exam> m_exam; // the window may outlast the sitting
     ScoreReport m_report;
     QVBoxLayout *m_names = nullptr;
+    QWidget *m_page;
     LogoView *picLogo;
     ResultLabel *lblMessage;
     QFrame *fraScores;

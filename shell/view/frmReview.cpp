@@ -10,6 +10,7 @@
 #include "ui/Guard.h"
 #include "ui/Layout.h"
 #include "ui/Messages.h"
+#include "ui/RowLayout.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -61,6 +62,7 @@ frmReview::frmReview(ExamSession &session, QWidget *owner)
     lvwReview->setResizeMode(QListView::Adjust);
     lvwReview->setIconSize(QSize(IconSize, IconSize));
     lvwReview->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    ShrinkList(lvwReview);
     lvwReview->installEventFilter(this);
     txtQuestion->setObjectName(u"txtQuestion"_s);
     txtQuestion->setMaximumWidth(90);
@@ -77,23 +79,22 @@ frmReview::frmReview(ExamSession &session, QWidget *owner)
     for (QPushButton *button : { cmdGoTo, cmdReviewAll, cmdReviewMarked, cmdEnd })
         button->setMinimumWidth(button->sizeHint().width() + 14);
 
-    auto *row = new QHBoxLayout;
-    row->setSpacing(8);
+    auto *row = new RowLayout(8);
     row->addWidget(lblNumber);
     row->addWidget(txtQuestion);
     row->addWidget(cmdGoTo);
-    row->addStretch();
+    row->AddStretch();
     row->addWidget(cmdReviewAll);
     row->addWidget(cmdReviewMarked);
-    row->addSpacing(18);
+    row->AddSpacing(18);
     row->addWidget(cmdEnd);
-    auto *layout = new QVBoxLayout(this);
+    auto *layout = new QVBoxLayout(NewPage(this));
     layout->setContentsMargins(14, 14, 14, 14);
     layout->setSpacing(12);
-    layout->addWidget(lvwReview);
+    layout->addWidget(lvwReview, 1);
     layout->addWidget(Legend());
     layout->addLayout(row);
-    FitWorkArea(this, QSize(760, 480), QSize(400, 280));
+    FitWorkArea(this, QSize(760, 480), QSize(280, 200));
 
     connect(txtQuestion, &QLineEdit::textChanged, this, [this](const QString &text) {
         const QString limited = ReviewList::Limited(text, m_exam->Questions().Count());
@@ -120,18 +121,22 @@ frmReview::frmReview(ExamSession &session, QWidget *owner)
 QWidget *frmReview::Legend()
 {
     auto *legend = new QWidget(this);
-    auto *row = new QHBoxLayout(legend);
+    auto *row = new RowLayout(6, legend);
     row->setContentsMargins(2, 0, 0, 0);
-    row->setSpacing(6);
     for (const Sign &sign : Signs) {
-        auto *picture = new QLabel(legend);
+        // The two stay together where the row is broken.
+        auto *pair = new QWidget(legend);
+        auto *inPair = new QHBoxLayout(pair);
+        inPair->setContentsMargins({});
+        inPair->setSpacing(row->spacing());
+        auto *picture = new QLabel(pair);
         picture->setPixmap(Artwork::StatusIcon(sign.Key).pixmap(QSize(IconSize, IconSize), devicePixelRatioF()));
         picture->setAccessibleName(sign.Meaning + u" sign"_s);
-        row->addWidget(picture);
-        row->addWidget(new QLabel(sign.Meaning, legend));
-        row->addSpacing(14);
+        inPair->addWidget(picture);
+        inPair->addWidget(new QLabel(sign.Meaning, pair));
+        row->addWidget(pair);
+        row->AddSpacing(14);
     }
-    row->addStretch();
     return legend;
 }
 
