@@ -42,7 +42,7 @@ QAccessibleInterface *NewInterface(const QString &, QObject *object)
 
 void Announce(QWidget *source, const QString &text)
 {
-    if (text.isEmpty() || !QAccessible::isActive())
+    if (text.isEmpty())
         return;
     auto *notice = new QWidget(source->window());
     SetAccessibleRole(notice, QAccessible::Notification);

@@ -7,8 +7,7 @@ class QWidget;
 
 // Has a screen reader read the text out, wherever the focus is: for what changes by
 // itself, and for what a key changes elsewhere. What has the focus is read without
-// this. An empty text says nothing. Does nothing while no assistive technology is at
-// work.
+// this. An empty text says nothing.
 //
 // Qt has no event for this before version 6.8. The text becomes the name of a
 // notification that appears in the source's window, is not painted, and goes after

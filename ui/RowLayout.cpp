@@ -7,6 +7,9 @@
 
 namespace {
 
+// Pixels between rows, so that a link in one is not hit for a link in the next.
+constexpr int LeastGap = 8;
+
 QSize SizeOf(const QLayoutItem &item)
 {
     return item.sizeHint().boundedTo(item.maximumSize()).expandedTo(item.minimumSize());
@@ -77,7 +80,7 @@ int RowLayout::Place(const QRect &place, bool isToPlace) const
             item.setGeometry({ x, y + (row.height() - height) / 2, width, height });
             x += width;
         }
-        y += row.height() + (end < m_cells.size() ? std::max(spacing(), 2) : 0);
+        y += row.height() + (end < m_cells.size() ? std::max(spacing(), LeastGap) : 0);
         first = end;
     }
     return y - room.y() + contentsMargins().top() + contentsMargins().bottom();

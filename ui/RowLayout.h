@@ -11,7 +11,7 @@
 // the right.
 class RowLayout : public QLayout {
 public:
-    // Pixels between two controls, and between two rows.
+    // Pixels between two controls; rows stand no closer than links need.
     explicit RowLayout(int spacing, QWidget *parent = nullptr);
 
     // Each counts for the next control that is added.
