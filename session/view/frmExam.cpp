@@ -163,8 +163,12 @@ void frmExam::ShowChanges()
     cmdExhibit->setVisible(page.HasExhibit);
     lblTime->setVisible(!page.IsPostExam);
     ShowTime(page.Time);
-    if (page.IsPostExam && !std::exchange(m_isReviewed, true))
+    if (page.IsPostExam && !std::exchange(m_isReviewed, true)) {
+        // The row that the time has in a narrow window is free.
+        if (chkMarked->y() > TopMargin)
+            Arrange();
         AnnounceItem();
+    }
 }
 
 void frmExam::ShowTime(const QString &time)
@@ -253,7 +257,7 @@ void frmExam::Arrange()
     chkMarked->adjustSize();
     const int timeWidth = lblTime->fontMetrics().horizontalAdvance(u"Time Remaining:  000:00:00"_s);
     // A narrow window has the time in a row of its own.
-    const bool isNarrow = chkMarked->width() + timeWidth > width();
+    const bool isNarrow = !m_session.Page().IsPostExam && chkMarked->width() + timeWidth > width();
     const int markTop = TopMargin + (isNarrow ? chkMarked->height() : 0);
     chkMarked->move(chkMarked->x(), markTop);
     sizes.Mark = { Twips::FromPixels(chkMarked->x()), Twips::FromPixels(markTop), Twips::FromPixels(chkMarked->width()),

@@ -115,7 +115,7 @@ TEST_F(ReachTest, EveryControlOfEveryWindow)
     int windows = 0;
     for (; QWidget *window = Make(windows); ++windows) {
         Show(window);
-        const bool isExhibit = window->objectName() == "frmExhibit"_L1; // keys move it to and fro
+        const bool isExhibit = window->objectName() == "frmExhibit"_L1; // the arrow keys move it
         const std::string name = window->objectName().toStdString();
         EXPECT_TRUE(window->height() <= room.height() && (isExhibit || window->width() <= room.width()))
             << name << ' ' << window->width() << 'x' << window->height();
