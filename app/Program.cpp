@@ -19,6 +19,8 @@ Program::Program()
     // window was the last one visible.
     QApplication::setQuitOnLastWindowClosed(false);
     QCoreApplication::instance()->installEventFilter(this);
+    // The windows and their texts are the same in every language of the desktop.
+    QApplication::setLayoutDirection(Qt::LeftToRight);
     connect(m_main.get(), &frmMain::ExamLoaded, this, [this] { Guard([&] { StartSitting(); }); });
     connect(m_main.get(), &frmMain::AboutRequested, this, [this] { Guard([&] { frmAbout(m_main.get()).exec(); }); });
     connect(m_main.get(), &frmMain::DownloadRequested, this,

@@ -17,15 +17,10 @@ int main(int argc, char **argv)
 {
     QApplication application(argc, argv);
     QApplication::setApplicationName(ApplicationTitle);
-<<<<<<< HEAD
     QApplication::setDesktopFileName(u"practorium"_s);
     QApplication::setApplicationVersion(u"" PRACTORIUM_VERSION ""_s);
     FailureFile::Prepare();
-    Theme::Apply(application);
-=======
-    QApplication::setDesktopFileName(QStringLiteral("practorium"));
     Theme::Follow(application);
->>>>>>> 97fcf97e000f1f002dc01e922d05ca8a6844bae9
     HeldKeys::Watch(application);
     Program program;
     // Inside the event loop, where an error that nothing trapped can end it.

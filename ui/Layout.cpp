@@ -8,12 +8,15 @@
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QScreen>
+#include <QScrollArea>
 #include <QScrollBar>
 #include <QTreeView>
+#include <QVBoxLayout>
 
 namespace {
 
 constexpr float BorderAllowance = 50; // twips
+constexpr int LeastRows = 5;
 
 }
 
@@ -69,6 +72,31 @@ void FitWorkArea(QWidget *Window, QSize Size, QSize Least)
     const QSize room = Window->screen()->availableSize();
     Window->setMinimumSize(Least.boundedTo(room));
     Window->resize(Size.boundedTo(room));
+}
+
+QWidget *NewPage(QWidget *Window)
+{
+    auto *view = new QScrollArea(Window);
+    view->setFrameShape(QFrame::NoFrame);
+    view->setWidgetResizable(true);
+    view->setFocusPolicy(Qt::NoFocus);
+    auto *page = new QWidget;
+    view->setWidget(page);
+    for (QWidget *clear : { page, view->viewport() })
+        clear->setAutoFillBackground(false);
+    auto *layout = new QVBoxLayout(Window);
+    layout->setContentsMargins({});
+    layout->addWidget(view);
+    // In a window that is on the screen nothing hidden takes the focus.
+    if (Window->isVisible())
+        view->show();
+    return page;
+}
+
+void ShrinkList(QAbstractItemView *List)
+{
+    List->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
+    List->setMinimumHeight(LeastRows * List->fontMetrics().height());
 }
 
 void CoverWorkArea(QWidget *Window)

@@ -5,6 +5,7 @@
 #include <QSize>
 #include <Qt>
 
+class QAbstractItemView;
 class QTreeView;
 class QWidget;
 
@@ -35,6 +36,14 @@ WorkArea GetWorkArea();
 // Gives the window its size and its least size, both in pixels, as far as the
 // screen has room for them.
 void FitWorkArea(QWidget *Window, QSize Size, QSize Least);
+
+// Room for the controls of the window, as large as the window: what the window has no
+// room for can be scrolled to, by keys too, and comes into view with the focus. The
+// window gets a layout of its own for it; the caller lays out the page.
+QWidget *NewPage(QWidget *Window);
+
+// Lets the list, which scrolls by itself, be as low as a few rows.
+void ShrinkList(QAbstractItemView *List);
 
 // Has the window cover the work area once it is shown.
 void CoverWorkArea(QWidget *Window);

@@ -25,20 +25,43 @@ const QString FontName = u"Font"_s;
 const QString CaptionName = u"Caption"_s;
 const QString BackColorName = u"BackColor"_s;
 
-QAccessibleInterface *LinkInterface(const QString &className, QObject *object)
-{
-    if (className != "LinkLabel"_L1)
-        return nullptr;
-    return new QAccessibleWidget(static_cast<QWidget *>(object), QAccessible::Link);
 }
 
-}
+// A link that assistive technology can follow.
+class LinkInterface : public QAccessibleWidget {
+public:
+    explicit LinkInterface(LinkLabel *link)
+        : QAccessibleWidget(link, QAccessible::Link)
+        , m_link(link)
+    {
+    }
+
+    static QAccessibleInterface *New(const QString &className, QObject *object)
+    {
+        return className == "LinkLabel"_L1 ? new LinkInterface(static_cast<LinkLabel *>(object)) : nullptr;
+    }
+    QStringList actionNames() const override
+    {
+        return m_link->isEnabled() ? QStringList(pressAction()) + QAccessibleWidget::actionNames() : QStringList();
+    }
+    // Whoever asks waits for the answer, so a modal window must not open before.
+    void doAction(const QString &action) override
+    {
+        if (action == pressAction() && m_link->isEnabled())
+            QMetaObject::invokeMethod(m_link, &LinkLabel::Follow, Qt::QueuedConnection);
+        else
+            QAccessibleWidget::doAction(action);
+    }
+
+private:
+    LinkLabel *m_link;
+};
 
 LinkLabel::LinkLabel(QWidget *parent)
     : QWidget(parent)
     , lblLink(new QLabel(this))
 {
-    static const bool installed = (QAccessible::installFactory(LinkInterface), true);
+    static const bool installed = (QAccessible::installFactory(LinkInterface::New), true);
     Q_UNUSED(installed);
     lblLink->setTextFormat(Qt::PlainText);
     lblLink->setAttribute(Qt::WA_TransparentForMouseEvents);

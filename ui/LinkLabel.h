@@ -52,6 +52,8 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    friend class LinkInterface;
+
     void Fit();
     void Apply();
     void Follow();

@@ -10,6 +10,7 @@
 #include <QCloseEvent>
 #include <QElapsedTimer>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPointer>
 #include <QTimer>
@@ -148,6 +149,10 @@ private:
         if (!IconKey(style).isEmpty())
             box->setIconPixmap(
                 Artwork::MessageIcon(IconKey(style)).pixmap(QSize(IconSize, IconSize), box->devicePixelRatioF()));
+        for (auto *label : box->findChildren<QLabel *>()) {
+            if (!label->pixmap(Qt::ReturnByValue).isNull())
+                label->setAccessibleName(IconKey(style));
+        }
         const bool asks = style == QuestionMessage;
         box->setStandardButtons(asks ? QMessageBox::Yes | QMessageBox::No : QMessageBox::StandardButtons(QMessageBox::Ok));
         box->setDefaultButton(asks ? QMessageBox::Yes : QMessageBox::Ok);

@@ -4,9 +4,11 @@
 #include "common/Twips.h"
 #include "download/DownloadText.h"
 #include "download/HttpExchange.h"
+#include "download/view/ProgressPanel.h"
+#include "ui/Accessible.h"
 #include "ui/Guard.h"
+#include "ui/Layout.h"
 #include "ui/Messages.h"
-#include "ui/Panel.h"
 #include "ui/TextBlock.h"
 #include "ui/Theme.h"
 
@@ -18,12 +20,14 @@
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QScreen>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr int ProgressHeight = 18; // pixels
+constexpr int Width = 520; // pixels
+constexpr int ProgressHeight = 18;
 
 }
 
@@ -35,7 +39,7 @@ frmExamDownloader::frmExamDownloader(QWidget *owner)
     , chkRemember(new QCheckBox(this))
     , lblRemember(new QLabel(u"Remember"_s, this))
     , lblInfo(new TextBlock(this))
-    , picProgress(new Panel(this))
+    , picProgress(new ProgressPanel(this))
     , shpProgress(new QWidget(picProgress))
     , lblTotal(new QLabel(this))
     , lblDownloaded(new QLabel(this))
@@ -115,7 +119,8 @@ void frmExamDownloader::Build()
         sizes->addWidget(label, 0, column);
         sizes->setColumnStretch(column++, 1);
     }
-    auto *layout = new QVBoxLayout(this);
+    QWidget *page = NewPage(this);
+    auto *layout = new QVBoxLayout(page);
     layout->setContentsMargins(22, 20, 22, 18);
     layout->setSpacing(12);
     layout->addLayout(entries);
@@ -125,7 +130,7 @@ void frmExamDownloader::Build()
     layout->addLayout(sizes);
     layout->addSpacing(6);
     layout->addWidget(cmdAction, 0, Qt::AlignRight);
-    setFixedSize(520, sizeHint().height());
+    setFixedSize(QSize(Width, page->sizeHint().height()).boundedTo(screen()->availableSize()));
 }
 
 void frmExamDownloader::Open()
@@ -197,6 +202,7 @@ void frmExamDownloader::UpdateStatus(const QString &text, double total, double d
     if (text != m_status) {
         m_status = text;
         lblInfo->SetText(text);
+        Announce(this, text);
     }
     const auto show = [](QLabel *label, const QString &value) {
         if (label->text() != value)
@@ -213,6 +219,8 @@ void frmExamDownloader::SetProgress(double fraction)
 {
     m_barWidth = DownloadText::BarWidth(m_fullWidth, m_barWidth, fraction);
     shpProgress->resize(Twips::ToPixels(m_barWidth), shpProgress->height());
+    if (m_fullWidth > 0)
+        picProgress->SetPercent(static_cast<int>(100 * m_barWidth / m_fullWidth));
 }
 
 void frmExamDownloader::InstallationStarts(const QString &examID)

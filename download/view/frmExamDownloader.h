@@ -5,7 +5,7 @@
 
 #include <QDialog>
 
-class Panel;
+class ProgressPanel;
 class QCheckBox;
 class QLabel;
 class QLineEdit;
@@ -72,7 +72,7 @@ private:
     QCheckBox *chkRemember;
     QLabel *lblRemember;
     TextBlock *lblInfo;
-    Panel *picProgress;
+    ProgressPanel *picProgress;
     QWidget *shpProgress;
     QLabel *lblTotal;
     QLabel *lblDownloaded;

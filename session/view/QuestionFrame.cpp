@@ -3,6 +3,7 @@
 
 #include "session/view/InfoPanel.h"
 #include "session/view/OptionRows.h"
+#include "ui/Accessible.h"
 #include "ui/TextBlock.h"
 #include "ui/Theme.h"
 
@@ -32,6 +33,7 @@ QuestionFrame::QuestionFrame(QWidget *parent)
     , vsbScroll(new QScrollBar(Qt::Vertical, this))
     , fraInfo(new InfoPanel(this))
 {
+    SetAccessibleRole(this, QAccessible::Grouping);
     setObjectName(u"picBorder"_s);
     picQuestion->setObjectName(u"picQuestion"_s);
     lblQuestion->setObjectName(u"lblQuestion"_s);

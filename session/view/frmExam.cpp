@@ -1,23 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "session/view/frmExam.h"
 
+#include "common/Common.h"
 #include "session/view/InfoPanel.h"
 #include "session/view/QuestionFrame.h"
 #include "session/view/frmExhibit.h"
 #include "session/view/frmExplain.h"
+#include "ui/Accessible.h"
 #include "ui/Guard.h"
 #include "ui/Layout.h"
 #include "ui/Messages.h"
 #include "ui/Theme.h"
 
-#include <QAccessible>
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
-#include <QScreen>
 #include <QScrollBar>
 
 using namespace Qt::Literals::StringLiterals;
@@ -27,8 +27,12 @@ namespace {
 constexpr double ScaleStep = 1.1;
 constexpr double SmallestScale = 0.7;
 constexpr double LargestScale = 2.6;
-constexpr int TopMargin = 8; // pixels
+constexpr QSize Least(280, 180); // pixels; more than a compositor gives is an error of Wayland
+constexpr int TopMargin = 8;
+constexpr int ButtonWidth = 110;
+constexpr int ButtonGap = 4; // at the least
 constexpr int MinuteColons = 2;
+const QString LastMinute = u"  00:00"_s;
 constexpr double PanelStep = 300; // twips
 constexpr double ExplanationScale = 1.15;
 
@@ -44,8 +48,9 @@ frmExam::frmExam()
     , cmdExhibit(new QPushButton(u"E&xhibit"_s, this))
     , cmdReview(new QPushButton(u"&Review"_s, this))
 {
+    SetAccessibleRole(this, QAccessible::Window);
     setObjectName(u"frmExam"_s);
-    setMinimumSize(QSize(560, 400).boundedTo(screen()->availableSize()));
+    setMinimumSize(Least);
     chkMarked->setObjectName(u"chkMarked"_s);
     lblTime->setObjectName(u"lblTime"_s);
     lblTime->setTextFormat(Qt::PlainText);
@@ -56,7 +61,7 @@ frmExam::frmExam()
     cmdExhibit->setObjectName(u"cmdExhibit"_s);
     cmdReview->setObjectName(u"cmdReview"_s);
     for (QPushButton *button : { cmdNext, cmdPrev, cmdExhibit, cmdReview })
-        button->resize(std::max(110, button->sizeHint().width()), button->sizeHint().height() + 6);
+        button->resize(button->sizeHint() + QSize(0, 6));
     picBorder->ChainTabs(chkMarked, cmdNext);
     setTabOrder(cmdNext, cmdPrev);
     setTabOrder(cmdPrev, cmdExhibit);
@@ -110,19 +115,33 @@ void frmExam::ShowItem()
     picBorder->ShowItem(m_session.Page());
     ShowChanges();
     ArrangeButtons();
-    Announce();
+    AnnounceItem();
 }
 
 // The focus stays on Next, so a screen reader would not read the new item.
-void frmExam::Announce()
+void frmExam::AnnounceItem()
 {
     const PageState &page = m_session.Page();
     QString text = page.Title + u". "_s + page.Problem;
     if (page.IsPostExam)
         text += u". "_s + page.Status + u". "_s + page.Answer;
+    if (page.IsMarked)
+        text += u". Marked for review"_s;
     picBorder->setAccessibleName(text);
-    QAccessibleEvent event(picBorder, QAccessible::Alert);
-    QAccessible::updateAccessibility(&event);
+    if (isVisible())
+        Announce(this, text);
+}
+
+void frmExam::AnnounceOption(const QString &caption)
+{
+    const PageState &page = m_session.Page();
+    for (size_t row = 0; row < page.Selectors().size(); ++row) {
+        const Selector &selector = page.Selectors()[row];
+        if (selector.Caption == caption)
+            Announce(this,
+                     caption + u' ' + Common::ShownText(page.lblChoices[row].Text)
+                         + (selector.Value == Selector::On ? u", selected"_s : u", not selected"_s));
+    }
 }
 
 void frmExam::ShowChanges()
@@ -144,18 +163,29 @@ void frmExam::ShowChanges()
     cmdExhibit->setVisible(page.HasExhibit);
     lblTime->setVisible(!page.IsPostExam);
     ShowTime(page.Time);
+    if (page.IsPostExam && !std::exchange(m_isReviewed, true)) {
+        // The row that the time has in a narrow window is free.
+        if (chkMarked->y() > TopMargin)
+            Arrange();
+        AnnounceItem();
+    }
 }
 
 void frmExam::ShowTime(const QString &time)
 {
     lblTime->setText(time);
     // A name of its own keeps the label from being announced at every change;
-    // the name is renewed once a minute.
+    // the name is renewed once a minute, and in the last one every ten seconds.
     const QString minute = time.section(u':', 0, MinuteColons);
-    if (minute != m_announcedMinute) {
-        m_announcedMinute = minute;
-        lblTime->setAccessibleName(minute.simplified());
-    }
+    const bool isLast = minute.endsWith(LastMinute);
+    if (std::exchange(m_announcedMinute, minute) == minute && !(isLast && time.endsWith(u'0')))
+        return;
+    const QString name = (isLast ? time : minute).simplified();
+    if (name == lblTime->accessibleName())
+        return;
+    lblTime->setAccessibleName(name);
+    if (isVisible())
+        Announce(this, name);
 }
 
 void frmExam::ShowExam()
@@ -163,6 +193,7 @@ void frmExam::ShowExam()
     Q_EMIT Starting();
     show();
     cmdNext->setFocus();
+    AnnounceItem();
 }
 
 void frmExam::StartClock()
@@ -224,10 +255,13 @@ void frmExam::Arrange()
     sizes.InnerWidth = Twips::FromPixels(width());
     sizes.InnerHeight = Twips::FromPixels(height());
     chkMarked->adjustSize();
-    chkMarked->move(chkMarked->x(), TopMargin);
-    sizes.Mark = { Twips::FromPixels(chkMarked->x()), Twips::FromPixels(TopMargin), Twips::FromPixels(chkMarked->width()),
-                   Twips::FromPixels(chkMarked->height()) };
     const int timeWidth = lblTime->fontMetrics().horizontalAdvance(u"Time Remaining:  000:00:00"_s);
+    // A narrow window has the time in a row of its own.
+    const bool isNarrow = !m_session.Page().IsPostExam && chkMarked->width() + timeWidth > width();
+    const int markTop = TopMargin + (isNarrow ? chkMarked->height() : 0);
+    chkMarked->move(chkMarked->x(), markTop);
+    sizes.Mark = { Twips::FromPixels(chkMarked->x()), Twips::FromPixels(markTop), Twips::FromPixels(chkMarked->width()),
+                   Twips::FromPixels(chkMarked->height()) };
     sizes.Time = { 0, 0, Twips::FromPixels(timeWidth), Twips::FromPixels(chkMarked->height()) };
     sizes.FrameBorder = picBorder->BorderTwips();
     sizes.ScrollBarWidth = picBorder->ScrollBarTwips();
@@ -235,13 +269,18 @@ void frmExam::Arrange()
     const PageLayout::Boxes boxes = PageLayout::Arrange(sizes, Twips::FromPixels(cmdNext->height()));
     picBorder->setGeometry(boxes.Frame.ToPixels());
     picBorder->Place(boxes);
-    chkMarked->move(Twips::ToPixels(boxes.MarkLeft), TopMargin);
+    chkMarked->move(Twips::ToPixels(boxes.MarkLeft), markTop);
     lblTime->setGeometry(Twips::ToPixels(boxes.TimeLeft), TopMargin, timeWidth, chkMarked->height());
     ArrangeButtons();
 }
 
 void frmExam::ArrangeButtons()
 {
+    const QList<QPushButton *> buttons{ cmdNext, cmdPrev, cmdExhibit, cmdReview };
+    const int count = static_cast<int>(buttons.size());
+    const int room = (picBorder->width() - (count - 1) * ButtonGap) / count;
+    for (QPushButton *button : buttons)
+        button->resize(std::min(std::max(ButtonWidth, button->sizeHint().width()), room), button->height());
     const PageLayout::Box frame{ Twips::FromPixels(picBorder->x()), Twips::FromPixels(picBorder->y()),
                                  Twips::FromPixels(picBorder->width()), Twips::FromPixels(picBorder->height()) };
     const PageLayout::ButtonLefts row
@@ -289,6 +328,15 @@ bool frmExam::PressPanelKey(int key)
     }
 }
 
+// Without the focus, so a screen reader would not read what has been chosen.
+bool frmExam::PressLetter(QChar letter)
+{
+    if (!m_session.PressLetter(letter))
+        return false;
+    AnnounceOption(letter.toUpper() + u"."_s);
+    return true;
+}
+
 bool frmExam::PressPageKey(QKeyEvent *event)
 {
     switch (event->key()) {
@@ -316,7 +364,7 @@ void frmExam::keyPressEvent(QKeyEvent *event)
         const bool isControl = modifiers == Qt::ControlModifier;
         const bool isLetter = modifiers == Qt::NoModifier && event->text().size() == 1;
         if ((isControl && (PressScaleKey(event->key()) || PressPanelKey(event->key()))) || PressPageKey(event)
-            || (isLetter && m_session.PressLetter(event->text().front())))
+            || (isLetter && PressLetter(event->text().front())))
             return;
         QWidget::keyPressEvent(event);
     });

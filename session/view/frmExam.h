@@ -65,15 +65,18 @@ private:
     void SetTextScale(double scale);
     bool PressScaleKey(int key);
     bool PressPanelKey(int key);
+    bool PressLetter(QChar letter);
     // The same for keys that scroll the page and for Enter, whatever is held with them.
     bool PressPageKey(QKeyEvent *event);
-    void Announce();
+    void AnnounceItem();
+    void AnnounceOption(const QString &caption);
     void ShowTime(const QString &time);
 
     ExamSession m_session;
     ExamClock tmrTimer;
     double m_textScale = 1;
     QString m_announcedMinute;
+    bool m_isReviewed = false;
     bool m_isClosing = false;
     QCheckBox *chkMarked;
     QLabel *lblTime;

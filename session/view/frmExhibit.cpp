@@ -5,8 +5,9 @@
 #include "model/IO.h"
 #include "picture/Picture.h"
 #include "session/ExhibitLayout.h"
+#include "ui/Accessible.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QPushButton>
@@ -20,6 +21,12 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr int StepsAcross = 8; // that a window wider than the screen takes to move by a screen
+
+// Wayland lets no program move its windows.
+bool IsPlacedByTheSystem()
+{
+    return QGuiApplication::platformName().startsWith("wayland"_L1);
+}
 
 }
 
@@ -62,6 +69,7 @@ frmExhibit::frmExhibit(QWidget *owner)
     setAttribute(Qt::WA_DeleteOnClose);
     picClipper->setObjectName(u"picClipper"_s);
     picExhibit->setObjectName(u"picExhibit"_s);
+    SetAccessibleRole(picExhibit, QAccessible::Graphic);
     picExhibit->setAccessibleName(u"Exhibit picture"_s);
     vsbScroll->setObjectName(u"vsbScroll"_s);
     vsbScroll->setAccessibleName(u"Scroll the exhibit"_s);
@@ -70,7 +78,8 @@ frmExhibit::frmExhibit(QWidget *owner)
     // The button would take the arrow keys for a move of the focus.
     cmdClose->installEventFilter(this);
     connect(cmdClose, &QPushButton::clicked, this, &QWidget::close);
-    connect(vsbScroll, &QScrollBar::valueChanged, this, [this](int value) { picExhibit->move(0, -Twips::ToPixels(value)); });
+    connect(vsbScroll, &QScrollBar::valueChanged, this,
+            [this](int value) { picExhibit->move(picExhibit->x(), -Twips::ToPixels(value)); });
 }
 
 void frmExhibit::SetExhibit(const QString &name)
@@ -106,19 +115,22 @@ void frmExhibit::Arrange()
     sizes.FrameHeight = Twips::FromPixels(m_frame.top() + m_frame.bottom());
     const ExhibitLayout::Boxes boxes = ExhibitLayout::Arrange(sizes);
 
-    setFixedSize(Twips::ToPixels(boxes.WindowWidth - sizes.FrameWidth),
-                 Twips::ToPixels(boxes.WindowHeight - sizes.FrameHeight));
-    picClipper->setGeometry(boxes.Viewport.ToPixels());
-    cmdClose->setGeometry(boxes.Button.ToPixels());
+    const QRect area = screen()->availableGeometry();
+    const QSize whole(Twips::ToPixels(boxes.WindowWidth - sizes.FrameWidth),
+                      Twips::ToPixels(boxes.WindowHeight - sizes.FrameHeight));
+    const int outerWidth = whole.width() + m_frame.left() + m_frame.right();
+    m_beyond = IsPlacedByTheSystem() ? std::max(0, outerWidth - area.width()) : 0;
+    setFixedSize(whole.width() - m_beyond, whole.height());
+    picClipper->setGeometry(boxes.Viewport.ToPixels().adjusted(0, 0, -m_beyond, 0));
+    cmdClose->setGeometry(boxes.Button.ToPixels().translated(-m_beyond / 2, 0));
     vsbScroll->setVisible(boxes.HasScrollBar);
-    vsbScroll->setGeometry(boxes.ScrollBar.ToPixels());
+    vsbScroll->setGeometry(boxes.ScrollBar.ToPixels().translated(-m_beyond, 0));
     vsbScroll->setRange(0, boxes.Max);
     vsbScroll->setSingleStep(boxes.SmallChange);
     vsbScroll->setPageStep(boxes.LargeChange);
 
-    const QRect area = screen()->availableGeometry();
-    const int outerWidth = width() + m_frame.left() + m_frame.right();
-    if (outerWidth > area.width()) {
+    picExhibit->move(std::max(picExhibit->x(), -m_beyond), picExhibit->y());
+    if (m_beyond == 0 && outerWidth > area.width()) {
         const int outerHeight = height() + m_frame.top() + m_frame.bottom();
         move(Twips::ToPixels(ExhibitLayout::LeftOnScreen(boxes, Twips::FromPixels(m_frame.left()),
                                                          Twips::FromPixels(area.left()), Twips::FromPixels(area.width()))),
@@ -172,6 +184,10 @@ bool frmExhibit::PressKey(QKeyEvent *event)
 void frmExhibit::MoveAcross(int steps)
 {
     const QRect area = screen()->availableGeometry();
+    if (m_beyond > 0) {
+        picExhibit->move(std::clamp(picExhibit->x() + steps * area.width() / StepsAcross, -m_beyond, 0), picExhibit->y());
+        return;
+    }
     const QRect frame = frameGeometry();
     if (frame.width() > area.width())
         move(std::clamp(frame.left() + steps * area.width() / StepsAcross, area.right() + 1 - frame.width(), area.left()),
@@ -180,6 +196,8 @@ void frmExhibit::MoveAcross(int steps)
 
 void frmExhibit::wheelEvent(QWheelEvent *event)
 {
-    if (vsbScroll->isVisible())
+    if (m_beyond > 0 && event->angleDelta().x() != 0)
+        MoveAcross(event->angleDelta().x() > 0 ? 1 : -1);
+    else if (vsbScroll->isVisible())
         QCoreApplication::sendEvent(vsbScroll, event);
 }

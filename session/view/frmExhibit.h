@@ -39,6 +39,9 @@ private:
     void MoveAcross(int steps);
 
     QString m_path;
+    // What a screen has no room for, in pixels, where the window cannot be moved: the
+    // picture moves in it.
+    int m_beyond = 0;
     QMargins m_frame; // as the window is arranged for
     QWidget *picClipper;
     PictureView *picExhibit;

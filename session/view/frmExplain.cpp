@@ -6,18 +6,51 @@
 #include "common/Error.h"
 #include "model/Globals.h"
 #include "ui/CodeFont.h"
+#include "ui/Layout.h"
 #include "ui/TextBlock.h"
 
 #include <QDialogButtonBox>
+#include <QPainter>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
 
 using namespace Qt::Literals::StringLiterals;
 
+namespace {
+
+// A text without a caret that shows whether the keys scroll it.
+class ReadText : public QPlainTextEdit {
+public:
+    using QPlainTextEdit::QPlainTextEdit;
+
+protected:
+    void focusInEvent(QFocusEvent *event) override
+    {
+        QPlainTextEdit::focusInEvent(event);
+        viewport()->update();
+    }
+    void focusOutEvent(QFocusEvent *event) override
+    {
+        QPlainTextEdit::focusOutEvent(event);
+        viewport()->update();
+    }
+    void paintEvent(QPaintEvent *event) override
+    {
+        QPlainTextEdit::paintEvent(event);
+        if (!hasFocus())
+            return;
+        QPainter painter(viewport());
+        painter.setPen(palette().color(QPalette::Highlight));
+        painter.drawRect(viewport()->rect().adjusted(0, 0, -1, -1));
+    }
+};
+
+}
+
 frmExplain::frmExplain(QWidget *owner)
     : QDialog(owner)
-    , txtExplaination(new QPlainTextEdit(this))
+    , txtExplaination(new ReadText(this))
 {
     setObjectName(u"frmExplain"_s);
     txtExplaination->setObjectName(u"txtExplaination"_s);
@@ -33,7 +66,7 @@ frmExplain::frmExplain(QWidget *owner)
     layout->setSpacing(12);
     layout->addWidget(txtExplaination);
     layout->addWidget(cmdClose, 0, Qt::AlignRight);
-    resize(620, 380);
+    FitWorkArea(this, QSize(620, 380), QSize(240, 160));
     connect(cmdClose, &QPushButton::clicked, this, &QDialog::accept);
 }
 

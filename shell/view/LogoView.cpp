@@ -2,6 +2,7 @@
 #include "shell/view/LogoView.h"
 
 #include "resources/Artwork.h"
+#include "ui/Accessible.h"
 #include "ui/Messages.h"
 #include "ui/Theme.h"
 
@@ -13,6 +14,7 @@ LogoView::LogoView(int width, QWidget *parent)
     : QWidget(parent)
 {
     setObjectName(u"picLogo"_s);
+    SetAccessibleRole(this, QAccessible::Graphic);
     setAccessibleName(ApplicationTitle);
     SetWidth(width);
 }

@@ -42,14 +42,25 @@ int ResultLabel::BandHeight() const
     return QFontMetrics(HeadlineFont()).height() + 2 * BandPadding;
 }
 
+QSize ResultLabel::SizeOf(const QString &line, int width) const
+{
+    const QSize whole(fontMetrics().size(0, line).width(), fontMetrics().lineSpacing());
+    if (whole.width() <= width)
+        return whole;
+    return fontMetrics().boundingRect(0, 0, width, QWIDGETSIZE_MAX, Qt::TextWordWrap, line).size();
+}
+
 QSize ResultLabel::sizeHint() const
 {
     const QStringList lines = text().split(u"\r\n"_s);
     int width = QFontMetrics(HeadlineFont()).horizontalAdvance(lines.first()) + 2 * BandSides;
-    for (const QString &line : lines.mid(1))
-        width = std::max(width, fontMetrics().size(0, line).width());
-    return { width,
-             2 * Margin + BandHeight() + BandPadding + static_cast<int>(lines.size() - 1) * fontMetrics().lineSpacing() };
+    int height = 2 * Margin + BandHeight() + BandPadding;
+    for (const QString &line : lines.mid(1)) {
+        const QSize size = SizeOf(line, maximumWidth());
+        width = std::max(width, size.width());
+        height += size.height();
+    }
+    return { std::min(width, maximumWidth()), height };
 }
 
 void ResultLabel::paintEvent(QPaintEvent *)
@@ -67,9 +78,10 @@ void ResultLabel::paintEvent(QPaintEvent *)
     painter.drawText(band, Qt::AlignCenter, lines.first());
     painter.setFont(font());
     painter.setPen(palette().color(QPalette::WindowText));
-    QRect line(0, band.bottom() + 1 + BandPadding, width(), fontMetrics().lineSpacing());
+    int top = band.bottom() + 1 + BandPadding;
     for (const QString &text : lines.mid(1)) {
-        painter.drawText(line, Qt::AlignCenter, text);
-        line.translate(0, line.height());
+        const int height = SizeOf(text, width()).height();
+        painter.drawText(QRect(0, top, width(), height), Qt::AlignCenter | Qt::TextWordWrap, text);
+        top += height;
     }
 }

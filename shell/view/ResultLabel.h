@@ -15,7 +15,7 @@ public:
     // letters are white or dark, whichever can be read on it.
     void SetResult(const QString &message, const QColor &color);
 
-    // The size at which no line is cut.
+    // The size at which no line is cut; a line beyond the maximum width wraps.
     QSize sizeHint() const override;
 
 protected:
@@ -24,6 +24,8 @@ protected:
 private:
     QFont HeadlineFont() const;
     int BandHeight() const;
+    // Of a line below the headline, in as many rows as that width makes of it.
+    QSize SizeOf(const QString &line, int width) const;
 
     QColor m_color;
 };

@@ -13,13 +13,21 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
 #include <QVBoxLayout>
 
 using namespace Qt::Literals::StringLiterals;
 
+namespace {
+
+constexpr int LogoWidth = 300; // pixels
+constexpr int SmallMargin = 12;
+
+}
+
 frmAbout::frmAbout(QWidget *owner)
     : QDialog(owner)
-    , picLogo(new LogoView(300, this))
+    , picLogo(new LogoView(LogoWidth, this))
 {
     setObjectName(u"frmAbout"_s);
     setWindowTitle(u"About "_s + ApplicationTitle);
@@ -47,17 +55,30 @@ frmAbout::frmAbout(QWidget *owner)
     buttons->addWidget(cmdSysInfo);
     buttons->addStretch();
     buttons->addWidget(cmdOK);
-    auto *layout = new QVBoxLayout(this);
+    QWidget *page = NewPage(this);
+    picLogo->setParent(page);
+    auto *layout = new QVBoxLayout(page);
     layout->setContentsMargins(36, 32, 36, 22);
     picLogo->move(0, layout->contentsMargins().top());
     layout->setSpacing(12);
-    layout->addItem(new QSpacerItem(picLogo->width(), picLogo->height()));
+    auto *logo = new QSpacerItem(picLogo->width(), picLogo->height());
+    layout->addItem(logo);
     layout->addSpacing(10);
     layout->addWidget(lblVersion, 0, Qt::AlignHCenter);
     layout->addWidget(lblNotice, 0, Qt::AlignHCenter);
     layout->addSpacing(16);
     layout->addLayout(buttons);
-    layout->setSizeConstraint(QLayout::SetFixedSize);
+    const int room = screen()->availableSize().width();
+    if (layout->sizeHint().width() > room) {
+        layout->setContentsMargins(SmallMargin, SmallMargin, SmallMargin, SmallMargin);
+        lblNotice->setWordWrap(true);
+        // What is left has a scroll bar beside it.
+        picLogo->SetWidth(room - 4 * SmallMargin);
+        logo->changeSize(picLogo->width(), picLogo->height());
+        layout->invalidate();
+        picLogo->move(0, SmallMargin);
+    }
+    setFixedSize(page->sizeHint().boundedTo(screen()->availableSize()));
 
     connect(cmdOK, &QPushButton::clicked, this, &QDialog::accept);
     connect(cmdSysInfo, &QPushButton::clicked, this, [] { Guard([] { StartSysInfo(); }); });

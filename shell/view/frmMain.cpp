@@ -6,11 +6,13 @@
 #include "model/IO.h"
 #include "shell/view/CatalogueModel.h"
 #include "shell/view/LogoView.h"
+#include "ui/Accessible.h"
 #include "ui/Busy.h"
 #include "ui/Guard.h"
 #include "ui/Layout.h"
 #include "ui/LinkLabel.h"
 #include "ui/Messages.h"
+#include "ui/RowLayout.h"
 #include "ui/Theme.h"
 
 #include <QCloseEvent>
@@ -29,6 +31,10 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
+constexpr QSize Least(280, 200);
+constexpr int LogoWidth = 270;
+constexpr int SmallLogoWidth = 150;
+constexpr int SmallHeight = 360; // of a window with a small logo
 const QString ProductsPage = u"https://www.practorium.example/Products.asp"_s;
 
 // Rows with room to read and to click.
@@ -66,9 +72,10 @@ QString HowExamsComeIn()
 
 frmMain::frmMain()
 {
+    SetAccessibleRole(this, QAccessible::Window);
     setObjectName(u"frmMain"_s);
     setWindowTitle(ApplicationTitle);
-    FitWorkArea(this, QSize(760, 500), QSize(600, 380));
+    FitWorkArea(this, QSize(760, 500), Least);
 }
 
 void frmMain::Build()
@@ -93,6 +100,7 @@ void frmMain::Build()
     lvwExams->header()->setStretchLastSection(false);
     lvwExams->header()->setSectionsMovable(false);
     lvwExams->header()->setMinimumHeight(lvwExams->header()->sizeHint().height() + 8);
+    ShrinkList(lvwExams);
     lvwExams->installEventFilter(this);
     lvwExams->viewport()->installEventFilter(this);
     lblNoExams = new QLabel(HowExamsComeIn(), lvwExams->viewport());
@@ -113,29 +121,29 @@ void frmMain::Build()
     for (QPushButton *button : { cmdStart, cmdExit })
         button->setMinimumSize(120, button->sizeHint().height() + 6);
 
-    auto *picLogo = new LogoView(270, this);
+    picLogo = new LogoView(LogoWidth, this);
     auto *head = new QHBoxLayout;
     head->addWidget(picLogo);
     head->addStretch();
-    auto *status = new QHBoxLayout;
-    status->setSpacing(0);
+    auto *status = new RowLayout(0);
     status->addWidget(lblStatus);
     status->addWidget(lblDownload);
     status->addWidget(new QLabel(u"  |  "_s, this));
     status->addWidget(lblAbout);
-    status->addStretch();
+    status->AddStretch();
     status->addWidget(lblProductLink);
     auto *buttons = new QHBoxLayout;
     buttons->addStretch();
     buttons->addWidget(cmdStart);
     buttons->addWidget(cmdExit);
-    auto *layout = new QVBoxLayout(this);
+    auto *layout = new QVBoxLayout(NewPage(this));
     layout->setContentsMargins(18, 18, 18, 16);
     layout->setSpacing(12);
     layout->addLayout(head);
-    layout->addWidget(lvwExams);
+    layout->addWidget(lvwExams, 1);
     layout->addLayout(status);
     layout->addLayout(buttons);
+    FitLogo();
     // A window that is on the screen shows its new controls from the event loop,
     // and a hidden control does not take the focus.
     lvwExams->show();
@@ -209,6 +217,19 @@ void frmMain::closeEvent(QCloseEvent *event)
         QCoreApplication::processEvents();
         QCoreApplication::exit(0);
     });
+}
+
+void frmMain::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    FitLogo();
+}
+
+void frmMain::FitLogo()
+{
+    // Before Load there is none.
+    if (picLogo)
+        picLogo->SetWidth(height() < SmallHeight ? SmallLogoWidth : LogoWidth);
 }
 
 bool frmMain::TakesListKey(const QKeyEvent &event)

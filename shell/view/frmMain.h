@@ -5,6 +5,7 @@
 
 class CatalogueModel;
 class LinkLabel;
+class LogoView;
 class QLabel;
 class QPushButton;
 class QTreeView;
@@ -38,15 +39,18 @@ protected:
     void closeEvent(QCloseEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     void Build();
+    void FitLogo();
     void cmdStart_Click();
     // What a key does in the list without a selection; false leaves it to the
     // list.
     bool TakesListKey(const QKeyEvent &event);
 
     CatalogueModel *m_catalogue = nullptr;
+    LogoView *picLogo = nullptr;
     QTreeView *lvwExams = nullptr;
     QLabel *lblStatus = nullptr;
     QLabel *lblNoExams = nullptr; // in the list while it is empty: how exams come in

@@ -7,6 +7,7 @@
 #include "shell/view/ResultLabel.h"
 #include "shell/view/ScoreColors.h"
 #include "shell/view/SheetPainter.h"
+#include "ui/Accessible.h"
 #include "ui/Busy.h"
 #include "ui/Guard.h"
 #include "ui/Layout.h"
@@ -27,6 +28,7 @@ namespace {
 
 // Pixels in a window of the height that the sizes were drawn for; they grow
 // and shrink with it.
+constexpr QSize Least(280, 180);
 constexpr double DrawnHeight = 860;
 constexpr double SmallestScale = 0.6;
 constexpr double LargestScale = 1.5;
@@ -35,31 +37,41 @@ constexpr int BarHeight = 38;
 constexpr int BarGap = 22;
 constexpr int AreaWidth = 520;
 constexpr double MessageScale = 1.5;
+constexpr QMargins GridMargins(22, 20, 22, 14);
+constexpr int GridSpacing = 18;
+constexpr int SideMargin = 20;
+constexpr int ScrollBarRoom = 18;
+constexpr int LeastRoom = 60; // above and below what stands on the page
+constexpr int ButtonWidth = 120;
+constexpr int ButtonGap = 6;
 
 }
 
 frmReport::frmReport(QWidget *owner, const Clock &clock)
     : QDialog(owner, Qt::Window)
     , m_clock(clock)
-    , picLogo(new LogoView(LogoWidth, this))
-    , lblMessage(new ResultLabel(this))
-    , fraScores(new QFrame(this))
+    , m_page(NewPage(this))
+    , picLogo(new LogoView(LogoWidth, m_page))
+    , lblMessage(new ResultLabel(m_page))
+    , fraScores(new QFrame(m_page))
     , picScores(new QWidget(fraScores))
     , lblRequired(new QLabel(fraScores))
     , lblObtained(new QLabel(fraScores))
     , shpRequired(new QFrame(picScores))
     , shpObtained(new QFrame(picScores))
-    , cmdPrint(new QPushButton(u"&Print"_s, this))
-    , cmdSavePdf(new QPushButton(u"&Save as PDF..."_s, this))
-    , cmdExit(new QPushButton(u"&Exit"_s, this))
+    , cmdPrint(new QPushButton(u"&Print"_s, m_page))
+    , cmdSavePdf(new QPushButton(u"&Save as PDF..."_s, m_page))
+    , cmdExit(new QPushButton(u"&Exit"_s, m_page))
 {
     setObjectName(u"frmReport"_s);
     setWindowTitle(u"Score Report"_s);
-    setMinimumSize(QSize(640, 420).boundedTo(screen()->availableSize()));
+    setMinimumSize(Least);
     lblMessage->setObjectName(u"lblMessage"_s);
+    SetAccessibleRole(fraScores, QAccessible::Grouping);
     fraScores->setObjectName(u"fraScores"_s);
     fraScores->setFrameShape(QFrame::StyledPanel);
     picScores->setObjectName(u"picScores"_s);
+    SetAccessibleRole(picScores, QAccessible::Graphic);
     picScores->setAutoFillBackground(true);
     picScores->setBackgroundRole(QPalette::Base);
     shpRequired->setObjectName(u"shpRequired"_s);
@@ -72,8 +84,8 @@ frmReport::frmReport(QWidget *owner, const Clock &clock)
     scale->addStretch();
     scale->addWidget(new QLabel(u"100%"_s, fraScores));
     auto *grid = new QGridLayout(fraScores);
-    grid->setContentsMargins(22, 20, 22, 14);
-    grid->setHorizontalSpacing(18);
+    grid->setContentsMargins(GridMargins);
+    grid->setHorizontalSpacing(GridSpacing);
     grid->addLayout(m_names, 0, 0);
     grid->addWidget(picScores, 0, 1);
     grid->addLayout(scale, 1, 1);
@@ -83,7 +95,7 @@ frmReport::frmReport(QWidget *owner, const Clock &clock)
     cmdExit->setObjectName(u"cmdExit"_s);
     for (QPushButton *button : { cmdPrint, cmdSavePdf, cmdExit }) {
         button->setAutoDefault(false);
-        button->resize(std::max(120, button->sizeHint().width()), button->sizeHint().height() + 6);
+        button->resize(button->sizeHint() + QSize(0, 6));
     }
     cmdExit->setDefault(true);
     cmdExit->setFocus();
@@ -123,10 +135,15 @@ void frmReport::Scale()
 {
     const double scale = std::clamp(height() / DrawnHeight, SmallestScale, LargestScale);
     const auto scaled = [scale](int pixels) { return qRound(pixels * scale); };
-    picLogo->SetWidth(scaled(LogoWidth));
+    picLogo->SetWidth(std::min(scaled(LogoWidth), width() - 2 * SideMargin));
     lblMessage->setFont(font());
     Theme::ScaleFont(lblMessage, MessageScale * scale, QFont::DemiBold);
-    picScores->setFixedSize(scaled(AreaWidth), 2 * scaled(BarHeight) + 3 * scaled(BarGap));
+    lblMessage->setMaximumWidth(width() - ScrollBarRoom);
+    fraScores->layout()->activate();
+    const int beside
+        = m_names->sizeHint().width() + GridMargins.left() + GridMargins.right() + GridSpacing + 2 * fraScores->frameWidth();
+    picScores->setFixedSize(std::max(0, std::min(scaled(AreaWidth), width() - ScrollBarRoom - beside)),
+                            2 * scaled(BarHeight) + 3 * scaled(BarGap));
     // The names stand level with their bars.
     m_names->setContentsMargins(0, scaled(BarGap), 0, scaled(BarGap));
     m_names->setSpacing(scaled(BarGap));
@@ -142,28 +159,44 @@ void frmReport::resizeEvent(QResizeEvent *event)
     Guard([&] { Arrange(); });
 }
 
+void frmReport::showEvent(QShowEvent *event)
+{
+    QDialog::showEvent(event);
+    // One that is restored has been read out.
+    if (!event->spontaneous())
+        Announce(this, lblMessage->text().simplified() + u". "_s + lblRequired->text() + u". "_s + lblObtained->text());
+}
+
 void frmReport::Arrange()
 {
+    lblRequired->setText(u"Required Score: %1"_s.arg(m_report.RequiredScore));
+    lblObtained->setText(u"Your Score: %1"_s.arg(m_report.ObtainedScore));
     Scale();
     SetBar(shpRequired, m_report.RequiredShare(), ColorOf(ScoreBar::Required));
     lblMessage->SetResult(m_report.Message(), ColorOf(m_report.ObtainedBar()));
     SetBar(shpObtained, m_report.ObtainedShare(), ColorOf(m_report.ObtainedBar()));
-    lblRequired->setText(u"Required Score: %1"_s.arg(m_report.RequiredScore));
-    lblObtained->setText(u"Your Score: %1"_s.arg(m_report.ObtainedScore));
     picScores->setAccessibleName(
         u"Required %1 percent, yours %2 percent"_s.arg(m_report.RequiredShare()).arg(m_report.ObtainedShare()));
     lblMessage->resize(lblMessage->sizeHint());
     fraScores->layout()->activate();
     fraScores->resize(fraScores->sizeHint());
+    for (QPushButton *button : { cmdPrint, cmdSavePdf, cmdExit }) {
+        const int natural = std::max(ButtonWidth, button->sizeHint().width());
+        button->resize(std::min(natural, (fraScores->width() - 2 * ButtonGap) / 3), button->height());
+    }
+    // A low window shows a part of the page.
+    const int least = picLogo->height() + lblMessage->height() + fraScores->height() + 2 * cmdPrint->height() + LeastRoom;
+    m_page->setMinimumHeight(least);
+    m_page->resize(width() - (least > height() ? ScrollBarRoom : 0), std::max(least, height()));
 
     for (QWidget *control : std::initializer_list<QWidget *>{ picLogo, fraScores, lblMessage })
-        CenterHorizontally(this, control);
+        CenterHorizontally(m_page, control);
     const auto boxOf = [](const QWidget *widget) {
         return Twips::Box{ Twips::FromPixels(widget->x()), 0, Twips::FromPixels(widget->width()),
                            Twips::FromPixels(widget->height()) };
     };
     const ReportLayout::Boxes boxes
-        = ReportLayout::Arrange(Twips::FromPixels(height()),
+        = ReportLayout::Arrange(Twips::FromPixels(m_page->height()),
                                 { boxOf(picLogo), boxOf(lblMessage), boxOf(fraScores), boxOf(cmdPrint), boxOf(cmdExit) });
     const auto place = [](QWidget *widget, const Twips::Box &box) { widget->move(box.ToPixels().topLeft()); };
     place(picLogo, boxes.Logo);

@@ -50,6 +50,7 @@ public:
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
+    void showEvent(QShowEvent *event) override;
 
 private:
     void Scale();
@@ -62,6 +63,7 @@ private:
     std::shared_ptr<Exam> m_exam; // the window may outlast the sitting
     ScoreReport m_report;
     QVBoxLayout *m_names = nullptr;
+    QWidget *m_page;
     LogoView *picLogo;
     ResultLabel *lblMessage;
     QFrame *fraScores;

@@ -10,6 +10,7 @@
 #include "ui/Guard.h"
 #include "ui/Layout.h"
 #include "ui/Messages.h"
+#include "ui/RowLayout.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -28,6 +29,13 @@ constexpr int NumberRole = Qt::UserRole;
 constexpr int IconSize = 16; // pixels
 constexpr int CellPadding = 36;
 constexpr int RowPadding = 10;
+
+struct Sign {
+    QString Key;
+    QString Meaning;
+};
+const Sign Signs[]
+    = { { u"Complete"_s, u"Complete"_s }, { u"Incomplete"_s, u"Incomplete"_s }, { u"Checked"_s, u"Marked for review"_s } };
 
 }
 
@@ -54,6 +62,7 @@ frmReview::frmReview(ExamSession &session, QWidget *owner)
     lvwReview->setResizeMode(QListView::Adjust);
     lvwReview->setIconSize(QSize(IconSize, IconSize));
     lvwReview->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    ShrinkList(lvwReview);
     lvwReview->installEventFilter(this);
     txtQuestion->setObjectName(u"txtQuestion"_s);
     txtQuestion->setMaximumWidth(90);
@@ -70,23 +79,22 @@ frmReview::frmReview(ExamSession &session, QWidget *owner)
     for (QPushButton *button : { cmdGoTo, cmdReviewAll, cmdReviewMarked, cmdEnd })
         button->setMinimumWidth(button->sizeHint().width() + 14);
 
-    auto *row = new QHBoxLayout;
-    row->setSpacing(8);
+    auto *row = new RowLayout(8);
     row->addWidget(lblNumber);
     row->addWidget(txtQuestion);
     row->addWidget(cmdGoTo);
-    row->addStretch();
+    row->AddStretch();
     row->addWidget(cmdReviewAll);
     row->addWidget(cmdReviewMarked);
-    row->addSpacing(18);
+    row->AddSpacing(18);
     row->addWidget(cmdEnd);
-    auto *layout = new QVBoxLayout(this);
+    auto *layout = new QVBoxLayout(NewPage(this));
     layout->setContentsMargins(14, 14, 14, 14);
     layout->setSpacing(12);
-    layout->addWidget(lvwReview);
+    layout->addWidget(lvwReview, 1);
     layout->addWidget(Legend());
     layout->addLayout(row);
-    FitWorkArea(this, QSize(760, 480), QSize(400, 280));
+    FitWorkArea(this, QSize(760, 480), QSize(280, 200));
 
     connect(txtQuestion, &QLineEdit::textChanged, this, [this](const QString &text) {
         const QString limited = ReviewList::Limited(text, m_exam->Questions().Count());
@@ -113,22 +121,22 @@ frmReview::frmReview(ExamSession &session, QWidget *owner)
 QWidget *frmReview::Legend()
 {
     auto *legend = new QWidget(this);
-    auto *row = new QHBoxLayout(legend);
+    auto *row = new RowLayout(6, legend);
     row->setContentsMargins(2, 0, 0, 0);
-    row->setSpacing(6);
-    struct Sign {
-        QString Key;
-        QString Meaning;
-    };
-    for (const Sign &sign : { Sign{ u"Complete"_s, u"Complete"_s }, Sign{ u"Incomplete"_s, u"Incomplete"_s },
-                              Sign{ u"Checked"_s, u"Marked for review"_s } }) {
-        auto *picture = new QLabel(legend);
+    for (const Sign &sign : Signs) {
+        // The two stay together where the row is broken.
+        auto *pair = new QWidget(legend);
+        auto *inPair = new QHBoxLayout(pair);
+        inPair->setContentsMargins({});
+        inPair->setSpacing(row->spacing());
+        auto *picture = new QLabel(pair);
         picture->setPixmap(Artwork::StatusIcon(sign.Key).pixmap(QSize(IconSize, IconSize), devicePixelRatioF()));
-        row->addWidget(picture);
-        row->addWidget(new QLabel(sign.Meaning, legend));
-        row->addSpacing(14);
+        picture->setAccessibleName(sign.Meaning + u" sign"_s);
+        inPair->addWidget(picture);
+        inPair->addWidget(new QLabel(sign.Meaning, pair));
+        row->addWidget(pair);
+        row->AddSpacing(14);
     }
-    row->addStretch();
     return legend;
 }
 
@@ -143,7 +151,10 @@ void frmReview::Load()
     for (const ReviewList::Entry &entry : ReviewList::Entries(exam)) {
         auto *item = new QListWidgetItem(Artwork::StatusIcon(entry.Icon), entry.Text);
         item->setData(NumberRole, entry.Number);
-        item->setData(Qt::AccessibleDescriptionRole, entry.Icon);
+        for (const Sign &sign : Signs) {
+            if (sign.Key == entry.Icon)
+                item->setData(Qt::AccessibleDescriptionRole, sign.Meaning);
+        }
         lvwReview->addItem(item);
         widest = std::max(widest, lvwReview->fontMetrics().horizontalAdvance(entry.Text));
     }

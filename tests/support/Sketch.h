@@ -7,6 +7,7 @@
 #include <QAccessible>
 #include <QImage>
 #include <QLabel>
+#include <QScrollArea>
 #include <QScrollBar>
 #include <QSet>
 
@@ -49,6 +50,8 @@ inline bool HasInk(const QImage &picture, const QRect &place)
 // The parts of a widget that have no parts themselves.
 inline QWidgetList PartsOf(QWidget *widget)
 {
+    if (auto *page = qobject_cast<QScrollArea *>(widget))
+        return PartsOf(page->widget());
     QWidgetList parts;
     for (QWidget *child : widget->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly)) {
         if (child->isVisible() && !child->isWindow() && !child->size().isEmpty() && !qobject_cast<QScrollBar *>(child))

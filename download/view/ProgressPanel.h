@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "ui/Panel.h"
+
+// The area that a bar fills. Assistive technology sees a progress bar.
+class ProgressPanel : public Panel {
+    Q_OBJECT
+public:
+    explicit ProgressPanel(QWidget *parent);
+
+    // How full it is, in percent; assistive technology hears of each change.
+    int Percent() const { return m_percent; }
+    void SetPercent(int percent);
+
+private:
+    int m_percent = 0;
+};
