@@ -5,10 +5,12 @@
 #include "ui/SystemLook.h"
 
 #include <QApplication>
+#include <QPointer>
 #include <QToolTip>
 #include <QWidget>
 
 #include <initializer_list>
+#include <vector>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -44,17 +46,12 @@ struct State {
     Colors Palette = LightColors;
 } current;
 
-// One for the program, because a widget of any window listens to it.
-class Changes : public QObject {
-    Q_OBJECT
-Q_SIGNALS:
-    void Changed();
+// What is done after each change, as long as the widget is there.
+struct Follower {
+    QPointer<QWidget> Widget;
+    std::function<void()> Action;
 };
-Changes &AllChanges()
-{
-    static Changes changes;
-    return changes;
-}
+std::vector<Follower> followers;
 
 using Roles = std::initializer_list<std::pair<QPalette::ColorRole, QColor>>;
 
@@ -177,7 +174,12 @@ void Apply(QApplication &application, Look look, const std::optional<QPalette> &
     application.setPalette(palette);
     // Tool tips keep a palette of their own, which the desktop has filled.
     QToolTip::setPalette(palette);
-    Q_EMIT AllChanges().Changed();
+    // An action may make another widget.
+    const std::vector<Follower> all = followers;
+    for (const Follower &follower : all) {
+        if (follower.Widget)
+            follower.Action();
+    }
 }
 
 void Follow(QApplication &application)
@@ -193,7 +195,8 @@ void Follow(QApplication &application)
 void WithLook(QWidget *widget, std::function<void()> action)
 {
     action();
-    QObject::connect(&AllChanges(), &Changes::Changed, widget, std::move(action));
+    std::erase_if(followers, [](const Follower &follower) { return follower.Widget.isNull(); });
+    followers.push_back({ widget, std::move(action) });
 }
 
 void ScaleFont(QWidget *widget, double factor, int weight)
@@ -215,5 +218,3 @@ QFont Large(QFont font)
 }
 
 }
-
-#include "Theme.moc"
