@@ -45,6 +45,8 @@ void Announce(QWidget *source, const QString &text)
     if (text.isEmpty())
         return;
     auto *notice = new QWidget(source->window());
+    // Otherwise a window that is shown later would show it as well.
+    notice->hide();
     SetAccessibleRole(notice, QAccessible::Notification);
     notice->setAccessibleName(text);
     QAccessibleEvent shown(notice, QAccessible::ObjectShow);

@@ -112,12 +112,17 @@ void frmExamDownloader::Build()
     entries->addLayout(remember, 2, 1);
     auto *sizes = new QGridLayout;
     sizes->setHorizontalSpacing(12);
-    int column = 0;
+    // A narrow screen has no room for all three side by side.
+    const bool isNarrow = screen()->availableSize().width() < Width;
+    int cell = 0;
     for (const auto &[caption, label] :
          { std::pair{ u"Size:"_s, lblTotal }, std::pair{ u"Received:"_s, lblDownloaded }, std::pair{ u"Rate:"_s, lblRate } }) {
-        sizes->addWidget(new QLabel(caption, this), 0, column++);
-        sizes->addWidget(label, 0, column);
-        sizes->setColumnStretch(column++, 1);
+        const int row = isNarrow ? cell / 2 : 0;
+        const int column = isNarrow ? 0 : cell;
+        sizes->addWidget(new QLabel(caption, this), row, column);
+        sizes->addWidget(label, row, column + 1);
+        sizes->setColumnStretch(column + 1, 1);
+        cell += 2;
     }
     QWidget *page = NewPage(this);
     auto *layout = new QVBoxLayout(page);

@@ -3,6 +3,8 @@
 
 #include "common/TrapErrors.h"
 #include "resources/Artwork.h"
+#include "ui/Accessible.h"
+#include "ui/Layout.h"
 #include "ui/Messages.h"
 #include "ui/TextBlock.h"
 #include "ui/Theme.h"
@@ -16,6 +18,7 @@
 #include <QProcess>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScreen>
 #include <QThread>
 #include <QVBoxLayout>
 
@@ -30,6 +33,17 @@ QString Count(int count, const QString &one, const QString &many)
     return u"%1 %2"_s.arg(count).arg(count == 1 ? one : many);
 }
 
+// The text has the width that the window gives it, however long it is.
+TextBlock *NewBlock(const QString &name, QWidget *parent)
+{
+    auto *block = new TextBlock(parent);
+    block->setObjectName(name);
+    QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    policy.setHeightForWidth(true);
+    block->setSizePolicy(policy);
+    return block;
+}
+
 QString ItemsOf(const Installation::Title &exam)
 {
     return Count(exam.Items, u"item"_s, u"items"_s);
@@ -39,8 +53,8 @@ QString ItemsOf(const Installation::Title &exam)
 
 frmInstall::frmInstall(const QString &path)
     : m_path(path)
-    , lblHeading(new TextBlock(this))
-    , lblText(new TextBlock(this))
+    , lblHeading(NewBlock(u"lblHeading"_s, this))
+    , lblText(NewBlock(u"lblText"_s, this))
     , m_rows(new QFormLayout)
     , prgBusy(new QProgressBar(this))
     , cmdAction(new QPushButton(this))
@@ -49,9 +63,7 @@ frmInstall::frmInstall(const QString &path)
     setObjectName(u"frmInstall"_s);
     setWindowTitle(u"Install Exam - "_s + ApplicationTitle);
     setWindowIcon(Artwork::ApplicationIcon());
-    lblHeading->setObjectName(u"lblHeading"_s);
     Theme::ScaleFont(lblHeading, 1.25, QFont::DemiBold);
-    lblText->setObjectName(u"lblText"_s);
     prgBusy->setObjectName(u"prgBusy"_s);
     prgBusy->setAccessibleName(u"Progress"_s);
     // It shows that something goes on, not how much of it is done.
@@ -75,7 +87,8 @@ frmInstall::frmInstall(const QString &path)
     buttons->addStretch();
     buttons->addWidget(cmdAction);
     buttons->addWidget(cmdCancel);
-    auto *layout = new QVBoxLayout(this);
+    m_page = NewPage(this);
+    auto *layout = new QVBoxLayout(m_page);
     layout->setContentsMargins(22, 20, 22, 18);
     layout->setSpacing(14);
     layout->addLayout(head);
@@ -186,13 +199,15 @@ void frmInstall::ShowState(State state, const QString &heading, const QString &t
     (state == State::Asking || state == State::Installed ? cmdAction : cmdCancel)->setDefault(true);
     (state == State::Asking || state == State::Installed ? cmdAction : cmdCancel)->setFocus();
     // As high as its texts need at that width.
-    setFixedSize(WindowWidth, layout()->totalHeightForWidth(WindowWidth));
+    const QSize room = screen()->availableSize();
+    const int width = qMin(WindowWidth, room.width());
+    setFixedSize(width, qMin(m_page->layout()->totalHeightForWidth(width), room.height()));
+    Announce(this, text.isEmpty() ? heading : heading + u". "_s + text);
 }
 
 void frmInstall::AddRow(const QString &caption, const QString &name, const QString &text)
 {
-    auto *block = new TextBlock(this);
-    block->setObjectName(name);
+    TextBlock *block = NewBlock(name, this);
     block->SetText(text);
     block->setAccessibleName(caption + u' ' + text);
     auto *label = new QLabel(caption, this);

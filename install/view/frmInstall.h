@@ -49,6 +49,7 @@ private:
     bool m_isAgreed = false;
     QThread *m_thread = nullptr;
 
+    QWidget *m_page = nullptr;
     TextBlock *lblHeading;
     TextBlock *lblText;
     QFormLayout *m_rows;

@@ -35,6 +35,8 @@ constexpr QSize Least(280, 200);
 constexpr int LogoWidth = 270;
 constexpr int SmallLogoWidth = 150;
 constexpr int SmallHeight = 360; // of a window with a small logo
+constexpr int BesideText = 110; // at the most, beside a text in the list
+constexpr int AroundText = 30; // above and below it
 const QString ProductsPage = u"https://www.practorium.example/Products.asp"_s;
 
 // Rows with room to read and to click.
@@ -100,7 +102,6 @@ void frmMain::Build()
     lvwExams->header()->setStretchLastSection(false);
     lvwExams->header()->setSectionsMovable(false);
     lvwExams->header()->setMinimumHeight(lvwExams->header()->sizeHint().height() + 8);
-    ShrinkList(lvwExams);
     lvwExams->installEventFilter(this);
     lvwExams->viewport()->installEventFilter(this);
     lblNoExams = new QLabel(HowExamsComeIn(), lvwExams->viewport());
@@ -143,7 +144,7 @@ void frmMain::Build()
     layout->addWidget(lvwExams, 1);
     layout->addLayout(status);
     layout->addLayout(buttons);
-    FitLogo();
+    FitPage();
     // A window that is on the screen shows its new controls from the event loop,
     // and a hidden control does not take the focus.
     lvwExams->show();
@@ -175,6 +176,7 @@ void frmMain::RefreshExamList()
     try {
         m_catalogue->Refresh();
         lblNoExams->setVisible(m_catalogue->rowCount() == 0);
+        FitPage();
         lvwExams->setAccessibleDescription(m_catalogue->rowCount() == 0 ? lblNoExams->text() : QString());
         lblStatus->setText(Common::FormatText(u"{1} Exams Installed  |  "_s, { m_catalogue->rowCount() }));
         lvwExams->selectionModel()->setCurrentIndex(m_catalogue->index(0, 0), QItemSelectionModel::NoUpdate);
@@ -222,14 +224,20 @@ void frmMain::closeEvent(QCloseEvent *event)
 void frmMain::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
-    FitLogo();
+    FitPage();
 }
 
-void frmMain::FitLogo()
+void frmMain::FitPage()
 {
-    // Before Load there is none.
-    if (picLogo)
-        picLogo->SetWidth(height() < SmallHeight ? SmallLogoWidth : LogoWidth);
+    // Before Load there is no page.
+    if (!lblNoExams)
+        return;
+    picLogo->SetWidth(height() < SmallHeight ? SmallLogoWidth : LogoWidth);
+    ShrinkList(lvwExams);
+    if (!lblNoExams->isHidden()) {
+        const int needed = lblNoExams->heightForWidth(width() - BesideText) + AroundText + lvwExams->header()->height();
+        lvwExams->setMinimumHeight(std::max(lvwExams->minimumHeight(), needed));
+    }
 }
 
 bool frmMain::TakesListKey(const QKeyEvent &event)

@@ -43,7 +43,7 @@ protected:
 
 private:
     void Build();
-    void FitLogo();
+    void FitPage();
     void cmdStart_Click();
     // What a key does in the list without a selection; false leaves it to the
     // list.

@@ -71,7 +71,11 @@ protected:
         case 1: return loaded(new frmMain);
         case 2: return loaded(new frmReview(Sitting->Session(), Sitting.get()));
         case 3: return owned(new frmAbout(nullptr));
-        case 4: return owned(new frmExamDownloader(nullptr));
+        case 4: {
+            auto *downloads = new frmExamDownloader(nullptr);
+            downloads->UpdateStatus(u"Downloading: NET-101.exe"_s, 2'400'000, 1'300'000, 487'000);
+            return owned(downloads);
+        }
         case 5: {
             auto *explanation = new frmExplain(Sitting.get());
             explanation->QuestionNumber = 1;
@@ -145,6 +149,8 @@ TEST_F(ReachTest, EveryControlOfEveryWindow)
             focusable += control->window() == window && control->isVisible() && control->isEnabled()
                 && (control->focusPolicy() & Qt::TabFocus) && !control->focusProxy();
         EXPECT_EQ(stops.size(), focusable) << name << " keeps the focus at " << (stop ? stop->objectName().toStdString() : "");
+        for (const auto *page : window->findChildren<QScrollArea *>())
+            EXPECT_LE(page->widget()->width(), page->viewport()->width()) << name << " scrolls sideways";
         // What says something is not cut off.
         for (const QWidget *part : PartsOf(window)) {
             const QString text = part->property("text").toString();

@@ -2,7 +2,9 @@
 #include "install/view/frmInstall.h"
 
 #include "tests/pack/PackFixture.h"
+#include "tests/support/Contrast.h"
 #include "tests/support/Sketch.h"
+#include "ui/Theme.h"
 
 namespace {
 
@@ -42,6 +44,12 @@ TEST_F(InstallWindowTest, AskedOnceThenInstalled)
               "Install Exam - Practorium\n* Sample\nCode: N-1\nItems: 1\nSize: 16.68 KiB in 2 files\nFolder: NET\n... &Install "
               "Cancel");
     EXPECT_EQ(Snapshot(exams), Tree());
+    for (const auto look : { Theme::Look::Dark, Theme::Look::HighContrast, Theme::Look::Light }) {
+        Theme::Apply(*qApp, look);
+        QCoreApplication::sendPostedEvents();
+        Windows::ExpectVisibleFocus(Window.get());
+        Windows::ExpectContrast(Window.get());
+    }
     Windows::Click(Window.get(), u"cmdAction"_s);
     EXPECT_EQ(ShownWith(u"&Open Practorium"_s).join(u'\n').toStdString(),
               "Install Exam - Practorium\n* Sample\nCode: N-1\nItems: 1\nSize: 16.68 KiB in 2 files\nFolder: NET\nThe exam is "
