@@ -12,6 +12,7 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QTranslator>
+#include <QWindow>
 
 using namespace Windows;
 
@@ -164,6 +165,41 @@ TEST_F(ReachTest, EveryControlOfEveryWindow)
         }
     }
     EXPECT_EQ(windows, 8);
+}
+
+// A window that is moved to a screen of another scale has the same size and places there,
+// in finer dots. Only where there is a second screen.
+TEST_F(ReachTest, ScreensOfDifferentScale)
+{
+    if (QGuiApplication::screens().size() < 2)
+        GTEST_SKIP() << "one screen";
+    ASSERT_NE(QGuiApplication::screens().at(0)->devicePixelRatio(), QGuiApplication::screens().at(1)->devicePixelRatio());
+    for (const int index : { 0, 1, 2, 3, 4, 5, 7 }) {
+        QWidget *window = Make(index);
+        Show(window);
+        QString sketches[2];
+        for (const int screen : { 0, 1 }) {
+            const QScreen *there = QGuiApplication::screens().at(screen);
+            window->windowHandle()->setScreen(QGuiApplication::screens().at(screen));
+            window->move(there->availableGeometry().topLeft() + QPoint(10, 10));
+            ASSERT_TRUE(QTest::qWaitFor([&] { return window->screen() == there; }));
+            QCoreApplication::processEvents();
+            const QImage picture = window->grab().toImage();
+            EXPECT_EQ(picture.devicePixelRatio(), there->devicePixelRatio());
+            EXPECT_EQ(picture.size(), window->size() * there->devicePixelRatio());
+            for (const QWidget *part : PartsOf(window)) {
+                const QRect place = PlaceOf(part);
+                const bool isPainted = HasInk(picture, place.adjusted(-2, -2, 2, 2));
+                sketches[screen] += u"%1 %2,%3 %4x%5 %6\n"_s.arg(part->objectName())
+                                        .arg(place.x())
+                                        .arg(place.y())
+                                        .arg(place.width())
+                                        .arg(place.height())
+                                        .arg(isPainted);
+            }
+        }
+        EXPECT_EQ(sketches[0].toStdString(), sketches[1].toStdString()) << window->objectName().toStdString();
+    }
 }
 
 // Nothing is mirrored by the language of the desktop.
