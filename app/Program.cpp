@@ -18,7 +18,6 @@ Program::Program()
     // The end comes through the main window's own question, not because some
     // window was the last one visible.
     QApplication::setQuitOnLastWindowClosed(false);
-    QCoreApplication::instance()->installEventFilter(this);
     // The windows and their texts are the same in every language of the desktop.
     QApplication::setLayoutDirection(Qt::LeftToRight);
     connect(m_main.get(), &frmMain::ExamLoaded, this, [this] { Guard([&] { StartSitting(); }); });
@@ -44,19 +43,13 @@ void Program::Start()
 void Program::End()
 {
     // A question that is open counts as closed without an answer.
-    for (QWidget *window : QApplication::topLevelWidgets())
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        // Its end decides what is remembered of the user.
+        if (auto *download = qobject_cast<frmExamDownloader *>(window); download && download->isVisible())
+            download->reject();
         window->hide();
+    }
     QCoreApplication::exit(0);
-}
-
-// Qt would close the windows, and the first one that asks its question would keep the
-// session from ending.
-bool Program::eventFilter(QObject *watched, QEvent *event)
-{
-    if (event->type() != QEvent::Quit || watched != QCoreApplication::instance())
-        return QObject::eventFilter(watched, event);
-    End();
-    return true;
 }
 
 void Program::StartSitting()

@@ -19,15 +19,11 @@ public:
 
     // Opens the main window.
     void Start();
-    // Closes all windows without a question, and ends the event loop with code 0. The
-    // end of the desktop's session does the same.
+    // Closes all windows without a question, and ends the event loop with code 0.
     static void End();
     frmMain &Main() { return *m_main; }
     // The exam window of the sitting; null between sittings.
     frmExam *ExamWindow() { return m_exam; }
-
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void StartSitting();

@@ -13,16 +13,16 @@ namespace FailureFile {
 
 namespace {
 
-// They live as long as the program, because a crash may come at any time.
-QString path;
-QByteArray header;
+// Never destroyed, because a crash may come while the program ends.
+QString &path = *new QString;
+QByteArray &header = *new QByteArray;
 
 }
 
 void Prepare()
 {
     const QString folder = StateFolder();
-    if (folder.isEmpty() || !QDir().mkpath(folder))
+    if (folder.isEmpty())
         return;
     path = QDir(folder).filePath(u"failure.txt"_s);
     header = u"%1 %2\n%3, %4 %5, %6\nQt %7\n"_s

@@ -3,9 +3,9 @@
 
 #include "common/Error.h"
 
-// What a program leaves behind when it breaks: one file with its version, the system, what
-// happened and the stack as far as it goes. Nothing that a user has typed, no
-// text of an exam and no path of a file is in it. The next failure replaces it.
+// The file that a crash or an unexpected error writes: version, system, what happened, and
+// the stack as far as it goes. It holds nothing that a user has typed, no text of an exam
+// and no path of a folder. The next failure replaces it.
 namespace FailureFile {
 
 // From now on a crash writes the file, names it on the error output and then ends the

@@ -3,10 +3,14 @@
 
 #include <QDir>
 
+#include <climits>
 #include <csignal>
-#include <cstring>
+#include <cstdint>
+#include <dlfcn.h>
 #include <execinfo.h>
 #include <fcntl.h>
+#include <iterator>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace Qt::Literals::StringLiterals;
@@ -17,7 +21,8 @@ namespace {
 
 constexpr int MostFrames = 64;
 
-QByteArray filePath;
+// Never destroyed, because a crash may come while the program ends.
+QByteArray &filePath = *new QByteArray;
 std::string_view fileHeader;
 // Of the handler: the usual stack may be what ran out.
 alignas(16) char handlerStack[64 * 1024];
@@ -25,6 +30,43 @@ alignas(16) char handlerStack[64 * 1024];
 void Put(int file, std::string_view text)
 {
     [[maybe_unused]] const ssize_t written = write(file, text.data(), text.size());
+}
+
+void PutNumber(int file, std::uintptr_t number)
+{
+    char digits[2 * sizeof number];
+    for (auto digit = std::rbegin(digits); digit != std::rend(digits); ++digit, number >>= 4)
+        *digit = "0123456789abcdef"[number & 0xF];
+    Put(file, { digits, sizeof digits });
+}
+
+// The program or library that the address is in, without its folder, and the distance from
+// its start.
+void PutFrame(int file, const void *address)
+{
+    Dl_info about = {};
+    if (dladdr(address, &about) != 0 && about.dli_fname) {
+        const std::string_view path(about.dli_fname);
+        Put(file, path.substr(path.rfind('/') + 1));
+    }
+    Put(file, " +");
+    PutNumber(file, reinterpret_cast<std::uintptr_t>(address) - reinterpret_cast<std::uintptr_t>(about.dli_fbase));
+    Put(file, "\n");
+}
+
+// Makes the folders on the way to the file.
+void MakeFolders()
+{
+    static char path[PATH_MAX];
+    const auto length = static_cast<std::size_t>(filePath.size());
+    if (length >= sizeof path)
+        return;
+    for (std::size_t at = 0; at < length; ++at) {
+        path[at] = '\0';
+        if (at > 0 && filePath.constData()[at] == '/')
+            mkdir(path, S_IRWXU);
+        path[at] = filePath.constData()[at];
+    }
 }
 
 void OnCrash(int signal)
@@ -68,6 +110,7 @@ void Watch(const QString &path, std::string_view header)
 
 void Write(std::string_view line)
 {
+    MakeFolders();
     const int file = open(filePath.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600);
     if (file < 0)
         return;
@@ -75,7 +118,9 @@ void Write(std::string_view line)
     Put(file, line);
     Put(file, "\n");
     void *frames[MostFrames];
-    backtrace_symbols_fd(frames, backtrace(frames, MostFrames), file);
+    const int count = backtrace(frames, MostFrames);
+    for (int at = 0; at < count; ++at)
+        PutFrame(file, frames[at]);
     close(file);
     Put(STDERR_FILENO, "What happened is described in ");
     Put(STDERR_FILENO, { filePath.constData(), static_cast<size_t>(filePath.size()) });

@@ -16,8 +16,10 @@ namespace {
 
 constexpr int MostFrames = 62;
 
-std::wstring filePath;
-QByteArray shownPath;
+// Never destroyed, because a crash may come while the program ends.
+std::wstring &filePath = *new std::wstring;
+std::wstring &fileFolder = *new std::wstring;
+QByteArray &shownPath = *new QByteArray;
 std::string_view fileHeader;
 
 void Put(HANDLE file, std::string_view text)
@@ -78,6 +80,7 @@ QString StateFolder()
 void Watch(const QString &path, std::string_view header)
 {
     filePath = QDir::toNativeSeparators(path).toStdWString();
+    fileFolder = filePath.substr(0, filePath.rfind(L'\\'));
     shownPath = path.toUtf8();
     fileHeader = header;
     SetUnhandledExceptionFilter(OnException);
@@ -86,6 +89,7 @@ void Watch(const QString &path, std::string_view header)
 
 void Write(std::string_view line)
 {
+    CreateDirectoryW(fileFolder.c_str(), nullptr);
     const HANDLE file
         = CreateFileW(filePath.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE)

@@ -28,13 +28,13 @@ struct Offer {
     int MissingExhibits = 0;
     // The installed exam whose place it takes; without items when that one cannot be read.
     std::optional<Title> Replaced;
-    // Whether an exam that is installed for everybody has the same folder: the user's own
-    // is listed in its place.
+    // Whether the user has no exam in that folder yet, but there is one for everybody on the
+    // machine: the user's own will be listed in its place.
     bool IsShared = false;
 };
 
-// Looks at what stands at the path, asks once, and installs it. Returns false when
-// agrees did, and nothing has changed then. Raises Error with one line of text for
+// Looks at what stands at the path, asks once, and installs it. Returns false
+// without any change when agrees returns false. Raises Error with one line of text for
 // what cannot be installed; what agrees raises is passed on. Blocks until it is done, which may
 // take seconds; agrees is called by the same thread.
 bool Run(const QString &path, const std::function<bool(const Offer &)> &agrees);

@@ -15,7 +15,8 @@ public:
     // IsDark holds where the desktop has no portal, or one that does not say.
     DesktopPortal(QObject &parent, bool isDark, SystemLook::Receiver receiver);
 
-    // The receiver has a look on return, and again at each answer after that.
+    // Calls the receiver before it returns, and again with each later answer. It waits for
+    // the first one for a short time only.
     void Start();
 
 Q_SIGNALS:

@@ -51,7 +51,8 @@ void SizeColumns(QTreeView *List)
     const int width = List->width() - (bar->isVisible() ? bar->width() : 0);
     const QList<float> widths = ColumnWidths(static_cast<float>(Twips::FromPixels(width)), tags);
     for (qsizetype i = 0; i < columns.size(); ++i)
-        List->setColumnWidth(columns.at(i), Twips::ToPixels(widths.at(i)));
+        // Rounded down, as two columns rounded up would be wider than the room within the border.
+        List->setColumnWidth(columns.at(i), Twips::ToPixels(widths.at(i) - Twips::PerPixel / 2));
 }
 
 void CenterHorizontally(const QWidget *Container, QWidget *Control)

@@ -44,7 +44,7 @@ public:
     {
         return m_link->isEnabled() ? QStringList(pressAction()) + QAccessibleWidget::actionNames() : QStringList();
     }
-    // Whoever asks waits for the answer, so a modal window must not open before.
+    // Later, because the caller waits for the return, and following may open a modal window.
     void doAction(const QString &action) override
     {
         if (action == pressAction() && m_link->isEnabled())

@@ -17,6 +17,7 @@ constexpr OleColor ButtonFace = 0x8000000F;
 constexpr OleColor WindowBack = 0x80000005;
 constexpr OleColor HotLight = 0x8000001A; // of links
 
+// The colour without its opacity.
 OleColor Of(const QColor &Color);
 
 // A system colour without an equal in the palette gives its window text.

@@ -17,8 +17,8 @@ struct SystemLook {
 
     using Receiver = std::function<void(const SystemLook &)>;
 
-    // Tells the receiver the look at once, and again whenever the user changes it, as
-    // long as the application lives. Called before the application has a palette of
+    // Calls the receiver with the look at once, and again whenever the user changes it, as
+    // long as the application exists. Called before the application has a palette of
     // the program's own, and before the first window.
     static void Watch(QApplication &application, Receiver receiver);
 };

@@ -28,12 +28,13 @@ const QString Accessibility = u"org.gnome.desktop.a11y.interface"_s;
 
 enum ColorScheme : uint { NoPreference = 0, PreferDark = 1, PreferLight = 2 };
 
-// Without an address the library would start a bus.
+// Without an address, or with one that says so, the library would start a bus.
 bool HasSessionBus()
 {
+    const QString address = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
     const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    return !qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS")
-        || (!folder.isEmpty() && QFileInfo::exists(folder + u"/bus"_s));
+    return address.isEmpty() ? !folder.isEmpty() && QFileInfo::exists(folder + u"/bus"_s)
+                             : !address.startsWith("autolaunch:"_L1);
 }
 
 }
@@ -59,8 +60,8 @@ DesktopPortal::DesktopPortal(QObject &parent, bool isDark, SystemLook::Receiver 
 
 void DesktopPortal::Start()
 {
-    // From any sender: to name one would mean to wait for the bus. What a signal says
-    // is not used.
+    // From any sender: with a name the library would ask the bus who has it, and wait.
+    // What a signal says is not used.
     m_bus.connect({}, Path, Settings, u"SettingChanged"_s, this, SLOT(OnSettingChanged(QString)));
     auto *watcher = new QDBusServiceWatcher(Service, m_bus, QDBusServiceWatcher::WatchForRegistration, this);
     connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, &DesktopPortal::Ask);

@@ -76,7 +76,7 @@ public:
     {
         application.installNativeEventFilter(this);
         application.installEventFilter(this);
-        // Every window gets the message; one look at the settings serves them all.
+        // Every window gets the message; the settings are read once for all of them.
         m_later.setSingleShot(true);
         m_later.setInterval(0);
         m_later.callOnTimeout(this, &Watcher::Look);

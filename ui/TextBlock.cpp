@@ -56,7 +56,7 @@ void TextBlock::SetText(const QString &text)
     setText(shown);
     m_layout.setText(Lines(shown));
     m_width = -1;
-    // What a layout has asked meanwhile was of the text before.
+    // setText has made layouts ask for sizes while the old text was laid out.
     updateGeometry();
 }
 

@@ -31,6 +31,7 @@ struct Colors {
     QColor LogoName;
 };
 
+// The look that was applied last, and its colours; light before any.
 Look CurrentLook();
 const Colors &Current();
 

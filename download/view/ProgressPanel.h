@@ -9,7 +9,7 @@ class ProgressPanel : public Panel {
 public:
     explicit ProgressPanel(QWidget *parent);
 
-    // How full it is, in percent; assistive technology hears of each change.
+    // How full it is, 0 to 100; each change is reported to assistive technology.
     int Percent() const { return m_percent; }
     void SetPercent(int percent);
 

@@ -225,7 +225,7 @@ void frmExamDownloader::SetProgress(double fraction)
     m_barWidth = DownloadText::BarWidth(m_fullWidth, m_barWidth, fraction);
     shpProgress->resize(Twips::ToPixels(m_barWidth), shpProgress->height());
     if (m_fullWidth > 0)
-        picProgress->SetPercent(static_cast<int>(100 * m_barWidth / m_fullWidth));
+        picProgress->SetPercent(static_cast<int>(std::min(100.0, 100.0 * m_barWidth / m_fullWidth)));
 }
 
 void frmExamDownloader::InstallationStarts(const QString &examID)

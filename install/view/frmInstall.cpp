@@ -104,11 +104,12 @@ frmInstall::frmInstall(const QString &path)
 
 frmInstall::~frmInstall()
 {
-    if (m_thread) {
-        if (m_state == State::Asking)
-            Answer(false);
+    // Wherever the thread is, it does not wait for an answer any longer.
+    m_isClosing = true;
+    if (m_thread && m_state != State::Installing)
+        Answer(false);
+    if (m_thread)
         m_thread->wait();
-    }
 }
 
 void frmInstall::Start()
@@ -137,10 +138,8 @@ void frmInstall::Work()
 
 void frmInstall::Ask(const Installation::Offer &offer)
 {
-    if (m_isClosing) {
-        Answer(false);
+    if (m_isClosing)
         return;
-    }
     AddRow(u"Code:"_s, u"lblCode"_s, offer.Exam.Code);
     AddRow(u"Items:"_s, u"lblItems"_s, QString::number(offer.Exam.Items));
     AddRow(u"Size:"_s, u"lblSize"_s,
@@ -170,6 +169,7 @@ void frmInstall::Answer(bool isAgreed)
 
 void frmInstall::Finish(bool isInstalled, const QString &failure)
 {
+    m_isInstalled = isInstalled;
     if (m_isClosing) {
         QDialog::reject();
         return;
@@ -223,8 +223,10 @@ void frmInstall::Press()
         ShowState(State::Installing, lblHeading->text(), u"Installing…"_s);
         Answer(true);
     } else if (m_state == State::Installed) {
-        QProcess::startDetached(QDir(QCoreApplication::applicationDirPath()).filePath(u"practorium"_s), {});
-        accept();
+        if (QProcess::startDetached(QDir(QCoreApplication::applicationDirPath()).filePath(u"practorium"_s), {}))
+            accept();
+        else
+            ShowState(State::Failed, lblHeading->text(), u"The exam is installed, but Practorium cannot be started."_s);
     }
 }
 
@@ -232,12 +234,14 @@ void frmInstall::reject()
 {
     switch (m_state) {
     case State::Looking:
-        // The thread has the file open. It ends when it would ask.
-        m_isClosing = true;
-        cmdCancel->setEnabled(false);
-        break;
     case State::Asking:
+        // The thread has the file open. The window goes when that has ended, which is at the
+        // question.
+        if (m_isClosing)
+            break;
         m_isClosing = true;
+        cmdAction->setEnabled(false);
+        cmdCancel->setEnabled(false);
         Answer(false);
         break;
     case State::Installing: break;

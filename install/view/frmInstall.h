@@ -13,20 +13,22 @@ class QPushButton;
 class QThread;
 class TextBlock;
 
-// The window of practorium-install: it looks at what was given, asks once, installs it,
-// and shows the result. The work is done by a thread of its own; until that has
-// ended the window stays open while it installs, and waits when it is closed
-// before that.
+// The window of practorium-install: shows what a file or a folder would install, asks
+// once, installs it, and shows the result. The work is done by a thread of its own. The
+// window cannot be closed while it installs; closed before that, it goes as soon as the
+// thread has ended.
 class frmInstall : public QDialog {
     Q_OBJECT
 public:
+    // The path may be relative; one that is empty, or where nothing stands, is a failure
+    // that the window shows.
     explicit frmInstall(const QString &path);
     ~frmInstall() override;
 
     // Looks at what was given. To be called once.
     void Start();
     // Whether the exam has been installed.
-    bool IsInstalled() const { return m_state == State::Installed; }
+    bool IsInstalled() const { return m_isInstalled; }
 
     void reject() override;
 
@@ -44,6 +46,7 @@ private:
     const QString m_path;
     State m_state = State::Looking;
     bool m_isClosing = false;
+    bool m_isInstalled = false;
     // What the thread waits for, and what it then finds.
     QSemaphore m_answered;
     bool m_isAgreed = false;

@@ -67,6 +67,8 @@ int InstallAll(const QStringList &paths)
     return Console::Flush() && areInstalled ? Command::Success : Command::Failure;
 }
 
+// Without PrepareProgram: a signal ends the program at once. The next installation removes
+// what that leaves in the exams folder.
 int InstallInWindow(const QString &path)
 {
     frmInstall window(path);

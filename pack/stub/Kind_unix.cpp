@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// By this note near the start of the file desktops know a pack from other programs
+// This note near the start of the file distinguishes a pack from other programs
 // (packaging/linux/practorium.xml).
 asm(".pushsection .note.practorium, \"a\", %note\n"
     ".balign 4\n"

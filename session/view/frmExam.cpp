@@ -257,7 +257,7 @@ void frmExam::Arrange()
     chkMarked->adjustSize();
     const int timeWidth = lblTime->fontMetrics().horizontalAdvance(u"Time Remaining:  000:00:00"_s);
     // A narrow window has the time in a row of its own.
-    const bool isNarrow = !m_session.Page().IsPostExam && chkMarked->width() + timeWidth > width();
+    const bool isNarrow = !m_session.Page().IsPostExam && chkMarked->x() + chkMarked->width() + timeWidth > width() * 98 / 100;
     const int markTop = TopMargin + (isNarrow ? chkMarked->height() : 0);
     chkMarked->move(chkMarked->x(), markTop);
     sizes.Mark = { Twips::FromPixels(chkMarked->x()), Twips::FromPixels(markTop), Twips::FromPixels(chkMarked->width()),

@@ -47,7 +47,7 @@ protected:
     void paintEvent(QPaintEvent *) override
     {
         QPainter painter(this);
-        // What is drawn on nothing is drawn for paper.
+        // Drawings with a transparent ground are made for white paper.
         painter.fillRect(rect(), Qt::white);
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
         painter.drawImage(rect(), m_image);
@@ -88,6 +88,7 @@ void frmExhibit::SetExhibit(const QString &name)
     picExhibit->SetImage(Picture::Load(m_path));
     picExhibit->setAccessibleDescription(name);
     vsbScroll->setValue(0);
+    picExhibit->move(0, 0);
     Arrange();
 }
 
