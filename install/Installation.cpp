@@ -208,8 +208,8 @@ bool Run(const QString &path, const std::function<bool(const Offer &)> &agrees)
 
     // The exam file in a folder of its name stands for the folder.
     const QFileInfo folder(given.path());
-    const bool isInPackage
-        = given.isFile() && Globals::FindExamFile(folder.filePath()) == QDir::toNativeSeparators(given.filePath());
+    const bool isInPackage = given.isFile()
+        && Globals::FindExamFile(QDir::toNativeSeparators(folder.filePath())) == QDir::toNativeSeparators(given.filePath());
     const TemporaryFile copy;
     QFile pack(copy.Path);
     if (!pack.open(QIODevice::WriteOnly | QIODevice::Unbuffered))

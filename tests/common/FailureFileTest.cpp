@@ -49,7 +49,7 @@ TEST(FailureFileTest, OneFileNamedOnTheErrorOutput)
         if (line.startsWith(u"Error"_s))
             Sandbox::WriteFile(path, QByteArray("of the failure before, which was longer\n").repeated(100));
         else
-            QDir(state).removeRecursively();
+            EXPECT_TRUE(QDir(state).removeRecursively() && QDir().mkpath(state));
         EXPECT_DEATH(
             {
                 FailureFile::Prepare();

@@ -95,7 +95,7 @@ TEST(LayersTest, PlantedIncludesAreFound)
                                         { u"packformat"_s, u"QString"_s },
                                         { u"model"_s, u"QImage"_s },
                                         { u"ui"_s, u"QTcpSocket"_s },
-                                        { u"model"_s, u"QDBusConnection"_s },
+                                        { u"model"_s, u"QtDBus/QDBusConnection"_s },
                                         { u"author"_s, u"curl/curl.h"_s } })
         EXPECT_EQ(Offences(folder, u"#include <vector>\n#include <%1>\n"_s.arg(name)), QStringList{ name });
     EXPECT_EQ(Offences(u"shell/view"_s, u"#include <QLabel>\n#include \"session/view/frmExam.h\"\n"_s), QStringList());

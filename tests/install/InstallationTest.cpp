@@ -65,6 +65,7 @@ TEST(InstallationTest, WhateverWasGiven)
         EXPECT_EQ(Snapshot(exams), wanted) << path.toStdString();
         replaced = u" for N-1 1"_s;
     }
+    QFile::setPermissions(pack, QFile::ReadOwner | QFile::WriteOwner);
     // One that cannot be read is replaced as well.
     Sandbox::WriteFile(exams + u"/NET/NET.exam"_s, "x");
     EXPECT_EQ(Given(pack), u"NET N-1 Sample 1 2 0 for  0"_s);
