@@ -62,7 +62,7 @@ class Heard:
             value = None
             if event.type.startswith('object:property-change:accessible-value'):
                 value = event.source.get_value_iface().get_current_value()
-        except GLib.Error:  # it is gone again
+        except (GLib.Error, SystemError):  # it is gone again
             return
         self.events.append((event.type, event.detail1, role, name, value))
         if event.type == 'object:state-changed:showing' and event.detail1 and role == Role.NOTIFICATION:
@@ -91,7 +91,7 @@ def wait(condition, what):
             pass
         try:
             result = condition()
-        except GLib.Error:  # what was asked is gone again
+        except (GLib.Error, SystemError):  # what was asked is gone again
             result = None
         if result:
             return result
@@ -103,7 +103,11 @@ def wait(condition, what):
 
 
 def children(node):
-    return [child for index in range(node.get_child_count()) if (child := node.get_child_at_index(index)) is not None]
+    """None of a node that is gone by now: its count is an error without a text."""
+    try:
+        return [child for index in range(node.get_child_count()) if (child := node.get_child_at_index(index)) is not None]
+    except (GLib.Error, SystemError):
+        return []
 
 
 def states(node):
