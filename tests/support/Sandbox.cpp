@@ -21,9 +21,10 @@ void FailOnWarning(QtMsgType type, const QMessageLogContext &, const QString &te
     std::fprintf(stderr, "%s\n", qPrintable(text));
     // The platform without a screen says this of every window with a fixed
     // size, and nothing is wrong then. Wine 8 does not know the newest way of
-    // scaling that the library asks for, and some calls not at all.
+    // scaling that the library asks for, nor dark frames, and some calls not at all.
     const bool harmless = text.contains("This plugin does not support"_L1)
-        || text.startsWith("SetProcessDpiAwarenessContext("_L1) || text.contains("(Call not implemented.)"_L1);
+        || text.startsWith("SetProcessDpiAwarenessContext("_L1) || text.startsWith("queryDarkBorder: "_L1)
+        || text.contains("(Call not implemented.)"_L1);
     if (type != QtDebugMsg && type != QtInfoMsg && !harmless)
         std::abort();
 }
