@@ -14,8 +14,8 @@ namespace FailureFile {
 namespace {
 
 // Never destroyed, because a crash may come while the program ends.
-QString &path = *new QString;
-QByteArray &header = *new QByteArray;
+QString &ownPath = *new QString;
+QByteArray &ownHeader = *new QByteArray;
 
 }
 
@@ -24,23 +24,23 @@ void Prepare()
     const QString folder = StateFolder();
     if (folder.isEmpty())
         return;
-    path = QDir(folder).filePath(u"failure.txt"_s);
-    header = u"%1 %2\n%3, %4 %5, %6\nQt %7\n"_s
-                 .arg(QCoreApplication::applicationName(), QCoreApplication::applicationVersion(),
-                      QSysInfo::prettyProductName(), QSysInfo::kernelType(), QSysInfo::kernelVersion(),
-                      QSysInfo::currentCpuArchitecture(), QString::fromLatin1(qVersion()))
-                 .toUtf8();
-    Watch(path, { header.constData(), static_cast<size_t>(header.size()) });
+    ownPath = QDir(folder).filePath(u"failure.txt"_s);
+    ownHeader = u"%1 %2\n%3, %4 %5, %6\nQt %7\n"_s
+                    .arg(QCoreApplication::applicationName(), QCoreApplication::applicationVersion(),
+                         QSysInfo::prettyProductName(), QSysInfo::kernelType(), QSysInfo::kernelVersion(),
+                         QSysInfo::currentCpuArchitecture(), QString::fromLatin1(qVersion()))
+                    .toUtf8();
+    Watch(ownPath, { ownHeader.constData(), static_cast<size_t>(ownHeader.size()) });
 }
 
 QString Path()
 {
-    return path;
+    return ownPath;
 }
 
 void Report(const Error &error)
 {
-    if (path.isEmpty())
+    if (ownPath.isEmpty())
         return;
     const QByteArray line = u"Error %1 of %2"_s.arg(error.Number()).arg(error.Source()).toUtf8();
     Write({ line.constData(), static_cast<size_t>(line.size()) });
