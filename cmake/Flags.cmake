@@ -58,10 +58,4 @@ target_link_options(practorium_hardening INTERFACE ${hardening_link_options_${PR
 target_link_libraries(practorium_hardening INTERFACE ${hardening_libraries_${PRACTORIUM_SYSTEM}})
 if(PRACTORIUM_HARDENED)
   target_link_libraries(practorium_flags INTERFACE practorium_hardening)
-  # Programs at an address that nobody knows, also with a compiler that would not do it unasked.
-  if(UNIX)
-    include(CheckPIESupported)
-    check_pie_supported(LANGUAGES CXX)
-    set(CMAKE_POSITION_INDEPENDENT_CODE ON)
-  endif()
 endif()
