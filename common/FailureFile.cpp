@@ -33,11 +33,6 @@ void Prepare()
     Watch(ownPath, { ownHeader.constData(), static_cast<size_t>(ownHeader.size()) });
 }
 
-QString Path()
-{
-    return ownPath;
-}
-
 void Report(const Error &error)
 {
     if (ownPath.isEmpty())

@@ -122,8 +122,10 @@ Offer OfferOf(PackReader &pack)
     }
     offer.MissingExhibits = static_cast<int>(missing.size());
     offer.Replaced = InstalledIn(IO::CombinePath(Globals::ExamsFolder(), offer.Folder));
-    for (const QString &path : Globals::GetInstalledExams())
-        offer.IsShared = offer.IsShared || (!offer.Replaced && QFileInfo(path).dir().dirName() == offer.Folder);
+    if (!offer.Replaced) {
+        for (const QString &path : Globals::GetInstalledExams())
+            offer.IsShared = offer.IsShared || QFileInfo(path).dir().dirName() == offer.Folder;
+    }
     return offer;
 }
 
@@ -174,10 +176,7 @@ bool IsPack(const QString &path)
     if (!file.open(QIODevice::ReadOnly))
         throw Refused(u"%1: %2"_s.arg(path, file.errorString()));
     const QByteArray start = file.read(4);
-    if (start.startsWith("MZ")
-        || start
-            == "\x7F"
-               "ELF")
+    if (start.startsWith("MZ") || start == "\177ELF")
         return true;
     const qint64 trailer = file.size() - static_cast<qint64>(PackFormat::TrailerBytes);
     return trailer >= 0 && file.seek(trailer)
@@ -214,9 +213,9 @@ bool Run(const QString &path, const std::function<bool(const Offer &)> &agrees)
     QFile pack(copy.Path);
     if (!pack.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         throw Refused(pack.errorString());
-    const auto package = isInPackage ? PackContents::OfFolder(folder.filePath())
-        : given.isDir()              ? PackContents::OfFolder(given.filePath())
-                                     : PackContents::OfFile(given.filePath());
+    const bool isFolder = given.isDir() || isInPackage;
+    const auto package = isFolder ? PackContents::OfFolder(isInPackage ? folder.filePath() : given.filePath())
+                                  : PackContents::OfFile(given.filePath());
     PackContents::Write(pack, {}, package, [] {});
     pack.close();
     return InstallFile(copy.Path, agrees);

@@ -156,8 +156,7 @@ void frmInstall::Ask(const Installation::Offer &offer)
         notes
             += u"An exam in a folder of that name is installed for everybody on this machine. Yours will be listed in its place."_s;
     if (offer.MissingExhibits > 0)
-        notes += u"%1 missing: items will say so in place of the picture."_s.arg(
-            Count(offer.MissingExhibits, u"exhibit is"_s, u"exhibits are"_s));
+        notes += u"%1 missing and cannot be shown."_s.arg(Count(offer.MissingExhibits, u"exhibit is"_s, u"exhibits are"_s));
     ShowState(State::Asking, offer.Exam.Name.isEmpty() ? offer.Folder : offer.Exam.Name, notes.join(u"\n\n"_s));
 }
 

@@ -72,6 +72,23 @@ TEST(InstallationTest, WhateverWasGiven)
     EXPECT_EQ(Snapshot(exams), wanted);
 }
 
+// One for everybody in a folder of that name is told apart from one of the user's own, which
+// is replaced. On Windows all exams are everybody's.
+TEST(InstallationTest, AnExamForEverybodyStays)
+{
+    FreshFolder();
+    const QString pack = MakePack(u"NET"_s, u"N-1"_s);
+    const QString shared = qEnvironmentVariable("XDG_DATA_DIRS") + u"/Practorium/Exams"_s;
+    for (const QString &name : { u"OTHER"_s, u"NET"_s }) {
+        Sandbox::WriteFile(shared + u'/' + name + u'/' + name + u".exam"_s, "x");
+        const bool isShared = name == u"NET"_s && Packer::OwnPlatform == Packer::Platform::Linux;
+        EXPECT_EQ(Given(pack, false), u"NET N-1 Sample 1 2 0"_s + (isShared ? u" shared"_s : u""_s) + u" declined"_s);
+    }
+    EXPECT_EQ(Given(pack).contains(u"shared"_s), Packer::OwnPlatform == Packer::Platform::Linux);
+    EXPECT_EQ(Given(pack, false), u"NET N-1 Sample 1 2 0 for N-1 1 declined"_s);
+    QDir(shared).removeRecursively();
+}
+
 TEST(InstallationTest, AnExamFileComesWithItsExhibits)
 {
     const QString exams = FreshFolder();
