@@ -74,9 +74,8 @@ inline void RequireItemCharacters(qint64 count)
 // takes room.
 inline void ReadSealed(File &file, QString &text)
 {
-    // Most texts fit in where the one before was.
     constexpr qsizetype roomKept = 64 * 1024; // bytes
-    static thread_local QByteArray bytes;
+    QByteArray &bytes = file.SealedRoom();
     if (bytes.capacity() > roomKept)
         bytes = QByteArray();
     bytes.resize(0);
