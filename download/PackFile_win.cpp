@@ -223,11 +223,17 @@ void PackFile::Abandon()
 
 void PackFile::MakeRunnable()
 {
+    OpenForCheck();
+}
+
+std::intptr_t PackFile::OpenForCheck()
+{
     if (!m_system)
         throw Exchanged();
     Close();
     if (!m_system->IsSame(m_system->File))
         throw Exchanged();
+    return reinterpret_cast<std::intptr_t>(static_cast<HANDLE>(m_system->File));
 }
 
 // The file and every folder on the way to it stay where they are while it is

@@ -233,7 +233,7 @@ TEST_F(DownloadRunTest, EntriesAndCredentials)
 TEST_F(DownloadRunTest, Settings)
 {
     const auto point = [](const QString &url) {
-        Registry::WriteValue(Credentials::RegistryKey, u"Endpoint"_s, url, Registry::Text, Registry::CurrentUser);
+        Registry::WriteValue(ServiceKey, u"Endpoint"_s, url, Registry::Text, Registry::CurrentUser);
     };
     point(u"nonsense"_s);
     EXPECT_EQ(WholeRun(),
