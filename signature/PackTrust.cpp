@@ -29,21 +29,19 @@ Error Refused(const QString &text)
     return Error(InvalidCall, text, u"PackTrust"_s);
 }
 
-// The value, or an invalid one if there is none. One of another type raises an error: what
-// protects the user does not end by a slip.
+// The value, or an invalid one if there is none. One that cannot be read, or has another type,
+// raises an error: what protects the user does not end by a slip.
 QVariant Value(const QString &key, const QString &name, Registry::ValueType type)
 {
-    qint32 found = Registry::NoType;
-    try {
-        const QVariant value = Registry::ReadValue(Registry::CurrentUser, key, name, &found);
-        if (found == Registry::NoType || found == type)
-            return value;
-    } catch (const Error &error) {
-        if (error.Number() == NotThere)
-            return {};
-        throw;
-    }
-    throw Refused(u"the value “%1” in the registry has another type than it should"_s.arg(name));
+    Registry::StoredValue stored;
+    const qint32 result = Registry::QueryStored(Registry::CurrentUser, key, name, stored);
+    if (result == NotThere)
+        return {};
+    if (result != 0)
+        throw Refused(u"the value “%1” in the registry cannot be read (%2)"_s.arg(name).arg(result));
+    if (stored.Type != type)
+        throw Refused(u"the value “%1” in the registry has another type than it should"_s.arg(name));
+    return Registry::ReadValue(Registry::CurrentUser, key, name);
 }
 
 QByteArrayView DigestOf(const PackReader &pack)

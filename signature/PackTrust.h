@@ -21,8 +21,8 @@ extern const QString KeysName;
 // The key of the registry with the version installed last of each exam, by exam ID.
 extern const QString VersionsKey;
 
-// All keys, each once. Raises InvalidCall if a text cannot be read as keys, and the
-// system's error if the registry cannot be read: then there may be keys.
+// All keys, each once. Raises InvalidCall if a text cannot be read as keys, or the registry
+// cannot be read: then there may be keys.
 std::vector<Minisign::PublicKey> Keys();
 
 // Checks a pack that has passed PackReader::Check. Returns what is stated by the first
