@@ -66,7 +66,7 @@ TEST(HttpTest, Answers)
     Transfer line(std::make_unique<HttpTransport>());
     for (const auto &row : rows) {
         server.On('?' + row.Name + ' ', row.Reply);
-        line.SetTimeouts(Never, Never, row.Name == "headers-that-stop" ? 300 : Never);
+        line.SetTimes({ Never, Never, row.Name == "headers-that-stop" ? 300 : Never });
         server.Sent = 0;
         const QString end = Course(line, server.Url() + u"/../x?"_s + QLatin1StringView(row.Name));
         const bool isRead = row.End.contains(u' ');

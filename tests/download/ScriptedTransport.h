@@ -41,7 +41,8 @@ struct Reply {
 
 class ScriptedTransport : public Transport {
 public:
-    // The answer to "POST body" or "GET address".
+    // The answer to "POST body" or "GET address", with the headers that ask for a
+    // part of a file behind it.
     using Server = std::function<Reply(const QString &request)>;
     explicit ScriptedTransport(Server server)
         : m_server(std::move(server))
@@ -49,8 +50,10 @@ public:
     }
     std::unique_ptr<Exchange> Start(const HttpRequest &request) override
     {
-        const QByteArray rest = request.Operation == "GET" ? request.Url : request.Body;
-        auto exchange = std::make_unique<Scripted>(m_server(QString::fromLatin1(request.Operation + ' ' + rest)));
+        QByteArray line = request.Operation + ' ' + (request.Operation == "GET" ? request.Url : request.Body);
+        for (const QByteArray &header : request.Headers)
+            line += header.contains("Range: ") ? ' ' + header : QByteArray();
+        auto exchange = std::make_unique<Scripted>(m_server(QString::fromLatin1(line)));
         QObject::connect(&exchange->Next, &QTimer::timeout, this, [this, scripted = exchange.get()] { Step(*scripted); });
         return exchange;
     }
