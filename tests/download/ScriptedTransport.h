@@ -39,6 +39,11 @@ struct Reply {
     Reply Until(const Stop &stop) const { return { Body, Status, Headers, stop, PartBytes, Pause }; }
 };
 
+inline Reply To(const QByteArray &location, int status = 302)
+{
+    return Reply{ {}, status }.With("location", location);
+}
+
 class ScriptedTransport : public Transport {
 public:
     // The answer to "POST body" or "GET address", with the headers that ask for a

@@ -29,11 +29,6 @@ protected:
     Transfer Line{ std::make_unique<ScriptedTransport>([this](const QString &request) { return Serve(request); }) };
 };
 
-Reply To(const QByteArray &location, int status = 302)
-{
-    return Reply{ {}, status }.With("location", location);
-}
-
 }
 
 TEST_F(TransferTest, Addresses)
