@@ -68,7 +68,7 @@ Resumption::Answer Resumption::Judge(const Exchange &answer)
 {
     if (answer.Status() == Fine)
         return Answer::Whole;
-    if (answer.Status() == PartialContent && !m_wantsWhole && IsRest(answer))
+    if (answer.Status() == PartialContent && IsRest(answer))
         return Answer::Rest;
     m_wantsWhole = m_wantsWhole || answer.Status() == PartialContent || answer.Status() == RangeNotSatisfiable;
     return Answer::Neither;
