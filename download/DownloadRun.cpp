@@ -60,10 +60,10 @@ template <class Sender, class Signal, class Handler> void DownloadRun::On(Sender
     });
 }
 
-void DownloadRun::SetTimeouts(int connectTimeout, int idleTimeout, int headerTimeout)
+void DownloadRun::SetTimes(const Transfer::Times &times)
 {
-    icRequestDispatcher.SetTimeouts(connectTimeout, idleTimeout, headerTimeout);
-    icDownloader.SetTimeouts(connectTimeout, idleTimeout, headerTimeout);
+    icRequestDispatcher.SetTimes(times);
+    icDownloader.SetTimes(times);
 }
 
 void DownloadRun::Enter(State state)

@@ -26,6 +26,8 @@ public:
     // Collects bytes and hands them to the disk in larger pieces: an error of the
     // disk may be raised only by a later Write or by Close.
     void Write(const char *bytes, qint64 count);
+    // Throws away all that was written since Create. Raises the system's error.
+    void StartOver();
     // Nothing happens when none is open.
     void Close();
     // Closes the file without what has not been written yet; raises nothing.

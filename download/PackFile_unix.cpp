@@ -102,6 +102,12 @@ void PackFile::Write(const char *bytes, qint64 count)
         m_system->WritePending();
 }
 
+void PackFile::StartOver()
+{
+    m_system->Pending.clear();
+    Common::CheckApiResult(ftruncate(m_system->File, 0) == 0 && lseek(m_system->File, 0, SEEK_SET) == 0);
+}
+
 void PackFile::Close()
 {
     if (!m_system || !m_system->File.IsOpen())

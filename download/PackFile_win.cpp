@@ -198,6 +198,12 @@ void PackFile::Write(const char *bytes, qint64 count)
         m_system->WritePending();
 }
 
+void PackFile::StartOver()
+{
+    m_system->Pending.clear();
+    Common::CheckApiResult(SetFilePointerEx(m_system->File, {}, nullptr, FILE_BEGIN) && SetEndOfFile(m_system->File));
+}
+
 // The system runs no file that is open for writing. A handle that only reads
 // takes over before the other goes, and one that lets nobody write follows.
 void PackFile::Close()

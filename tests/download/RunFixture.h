@@ -64,7 +64,7 @@ protected:
         IsOpen = true;
         Run = std::make_unique<DownloadRun>(static_cast<DownloadPort &>(*this), std::make_unique<ScriptedTransport>(server),
                                             std::make_unique<ScriptedTransport>(server), Now);
-        Run->SetTimeouts(Timeout, Timeout, Timeout);
+        Run->SetTimes({ Timeout, Timeout, Timeout, 1 });
     }
     void Press() { Run->Press({ u" me "_s, u"pw"_s }, false); }
     static bool WaitFor(const std::function<bool()> &condition)
