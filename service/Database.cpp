@@ -194,18 +194,26 @@ void Database::Open(Connection &connection) const
                        u"SELECT set_config('synchronous_commit', 'on', false) "
                        "WHERE current_setting('synchronous_commit') = 'off'"_s };
     bool isOpen = database.open();
-    QString reason = database.lastError().text();
+    QSqlError error = database.lastError();
     for (const QString &statement : preparation) {
         QSqlQuery query(database);
         if (isOpen && !query.exec(statement)) {
             isOpen = false;
-            reason = query.lastError().text();
+            error = query.lastError();
         }
     }
     if (isOpen)
         return;
     connection.Close();
-    throw Unavailable(InvalidCall, u"%1: %2"_s.arg(Shown(m_location), Common::OneLine(reason)), u"Database::Open()"_s);
+    Raise(error);
+}
+
+void Database::Raise(const QSqlError &error) const
+{
+    const QString text = u"%1: %2"_s.arg(Shown(m_location), Common::OneLine(error.text()));
+    if (m_isFile ? IsLocked(error) : IsLoss(error))
+        throw Unavailable(InvalidCall, text, u"Database::Run()"_s);
+    throw Error(InvalidCall, text, u"Database::Run()"_s);
 }
 
 Database::Statement Database::Try(const std::function<Statement(Connection &)> &attempt) const
@@ -218,16 +226,13 @@ Database::Statement Database::Try(const std::function<Statement(Connection &)> &
         const QSqlError error = query->lastError();
         if (!error.isValid())
             return query;
-        const QString reason = u"%1: %2"_s.arg(Shown(m_location), Common::OneLine(error.text()));
-        if (m_isFile && IsLocked(error))
-            throw Unavailable(InvalidCall, reason, u"Database::Run()"_s);
         if (m_isFile || !IsLoss(error))
-            throw Error(InvalidCall, reason, u"Database::Run()"_s);
+            Raise(error);
         const bool wasInTransaction = connection.IsInTransaction;
         query.reset();
         connection.Close();
         if (isAgain || wasInTransaction)
-            throw Unavailable(InvalidCall, reason, u"Database::Run()"_s);
+            Raise(error);
     }
 }
 

@@ -10,6 +10,8 @@
 #include <functional>
 #include <memory>
 
+class QSqlError;
+
 // The tables of the service: in one SQLite file that only its owner may read, or in
 // a PostgreSQL database. All functions may be called from several threads at once,
 // each of which gets its own connection, and several programs may use the database
@@ -95,6 +97,7 @@ private:
 
     Connection &Mine() const;
     void Open(Connection &connection) const;
+    [[noreturn]] void Raise(const QSqlError &error) const;
     Statement Try(const std::function<Statement(Connection &)> &attempt) const;
     // Runs a text that cannot be prepared, or is not worth it.
     Result Execute(const QString &text) const;
