@@ -161,7 +161,8 @@ int main(int argc, char **argv)
     const QCoreApplication application(argc, argv);
     const QString database = application.arguments().value(2) + u"/logins.db"_s;
     {
-        Store store(database, Store::IfMissing::Make);
+        Database tables(database, Database::IfMissing::Make);
+        Store store(tables);
         const QByteArray hash = Password::Hash(u"secret"_s);
         for (int i = 0; i <= Class; ++i) {
             store.AddUser(u"user%1"_s.arg(i), hash);

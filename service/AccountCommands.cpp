@@ -40,7 +40,8 @@ int ChangeExams(const QStringList &arguments, const QString &description,
         if (!Store::IsExamId(exam))
             return Command::Misused(u"\"%1\" is no exam's ID"_s.arg(exam));
     }
-    Store store(parser.value(u"database"_s));
+    Database database(parser.value(u"database"_s));
+    Store store(database);
     (store.*change)(parser.positionalArguments().first(), exams);
     return Command::Success;
 }
@@ -67,7 +68,8 @@ int Command::AddUser(const QStringList &arguments)
     if (const QString reason = Password::InvalidReason(password); !reason.isEmpty())
         return Misused(reason);
 
-    Store store(parser.value(u"database"_s), Store::IfMissing::Make);
+    Database database(parser.value(u"database"_s), Database::IfMissing::Make);
+    Store store(database);
     if (parser.isSet(u"replace"_s))
         store.SetPassword(email, Password::Hash(password));
     else
@@ -82,7 +84,8 @@ int Command::RemoveUser(const QStringList &arguments)
     parser.addPositionalArgument(u"EMAIL"_s, u"The user ID."_s);
     if (const auto code = ParseWithDatabase(parser, arguments, 1, 1))
         return *code;
-    Store store(parser.value(u"database"_s));
+    Database database(parser.value(u"database"_s));
+    Store store(database);
     store.RemoveUser(parser.positionalArguments().first());
     return Success;
 }

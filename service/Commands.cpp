@@ -6,7 +6,9 @@ using namespace Qt::Literals::StringLiterals;
 std::optional<int> Command::ParseWithDatabase(QCommandLineParser &parser, const QStringList &arguments, qsizetype least,
                                               qsizetype most)
 {
-    const QCommandLineOption database(u"database"_s, u"The database of users, exams and reports."_s, u"FILE"_s);
+    const QCommandLineOption database(u"database"_s,
+                                      u"The database of users, exams and reports: a file, or postgresql://USER@HOST/NAME."_s,
+                                      u"DATABASE"_s);
     if (const auto code = Parse(parser, arguments, {}, { database }))
         return code;
     if (parser.value(database).isEmpty())

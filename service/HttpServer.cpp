@@ -2,7 +2,9 @@
 #include "service/HttpServer.h"
 
 #include "common/Error.h"
+#include "service/Certificate.h"
 #include "service/ConnectionTable.h"
+#include "service/ListenAddress.h"
 #include "service/PackResponse.h"
 #include "service/PackSums.h"
 #include "service/RequestHeaders.h"
@@ -10,11 +12,14 @@
 
 #include <microhttpd.h>
 
+#include <atomic>
 #include <cstring>
 #include <mutex>
+#include <optional>
 
 #include <netdb.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -32,29 +37,13 @@ constexpr const char *TlsPriorities = "NORMAL:-VERS-ALL:+VERS-TLS1.3:+VERS-TLS1.
 constexpr const char *RetryAfter = "5"; // seconds
 constexpr const char *PackType = "application/octet-stream";
 
-struct FreeAddresses {
-    void operator()(addrinfo *addresses) const { freeaddrinfo(addresses); }
-};
-using Addresses = std::unique_ptr<addrinfo, FreeAddresses>;
-
-Addresses Resolve(const HttpServer::Options &options)
-{
-    const addrinfo hints
-        = { AI_NUMERICHOST | AI_NUMERICSERV | AI_PASSIVE, AF_UNSPEC, SOCK_STREAM, 0, 0, nullptr, nullptr, nullptr };
-    addrinfo *found = nullptr;
-    if (getaddrinfo(options.Address.toLatin1().constData(), QByteArray::number(options.Port).constData(), &hints, &found) != 0)
-        throw Error(InvalidCall, u"\"%1\" is no address"_s.arg(options.Address), u"HttpServer::Start()"_s);
-    return Addresses(found);
-}
-
 // The options of libmicrohttpd for HTTPS; none for HTTP.
 std::vector<MHD_OptionItem> TlsOptions(const HttpServer::Options &options)
 {
     if (options.Certificate.isEmpty())
         return { { MHD_OPTION_END, 0, nullptr } };
     return {
-        { MHD_OPTION_HTTPS_MEM_CERT, 0, const_cast<char *>(options.Certificate.constData()) },
-        { MHD_OPTION_HTTPS_MEM_KEY, 0, const_cast<char *>(options.Key.constData()) },
+        { MHD_OPTION_HTTPS_CERT_CALLBACK, 0, Certificate::RetrieveCallback() },
         { MHD_OPTION_HTTPS_PRIORITIES, 0, const_cast<char *>(TlsPriorities) },
         { MHD_OPTION_END, 0, nullptr },
     };
@@ -97,9 +86,11 @@ MHD_Result SendText(MHD_Connection *connection, unsigned status, const QByteArra
 
 class HttpServer::Implementation {
 public:
-    Implementation(Responder &responder, const Options &options, const Clock &clock)
+    Implementation(Responder &responder, Metrics &metrics, const Options &options, const Clock &clock)
         : m_responder(responder)
+        , m_metrics(metrics)
         , m_options(options)
+        , m_address(options.Address, options.Port)
         , m_connections(clock, options.RequestTimeout, options.ConnectionsPerNetwork)
         , m_workers(options.LoginThreads, options.MaximumWaitingLogins)
     {
@@ -113,12 +104,16 @@ public:
         m_workers.Close();
         m_sums.Close();
         MHD_stop_daemon(m_daemon);
+        if (m_stopped != MHD_INVALID_SOCKET)
+            ::close(m_stopped);
     }
     Implementation(const Implementation &) = delete;
     Implementation &operator=(const Implementation &) = delete;
 
     QString Endpoint() const;
     void CloseOverdue() { m_connections.ShutDownOverdue(); }
+    void UseCertificate(const QByteArray &chain, const QByteArray &key) { m_certificate->Replace(chain, key); }
+    void StopAccepting();
 
 private:
     // From the first header line to the end of the response.
@@ -127,6 +122,9 @@ private:
         bool IsCounted = false; // by BeginRequest
         QByteArray Body;
         qsizetype Received = 0; // bytes of the body, kept or not
+        std::chrono::steady_clock::time_point Start = std::chrono::steady_clock::now();
+        Metrics::Kind Kind = Metrics::Other;
+        quint64 PackBytes = 0; // that the response contains
         // The reply of a login that had to wait; no status before.
         unsigned Status = 0;
         QByteArray Message;
@@ -157,11 +155,16 @@ private:
     void CheckLogin(Request &request, bool isCancelled);
 
     Responder &m_responder;
+    Metrics &m_metrics;
     const Options m_options;
+    const ListenAddress m_address;
+    std::optional<Certificate> m_certificate;
     ConnectionTable m_connections;
     Workers m_workers;
     PackSums m_sums;
     MHD_Daemon *m_daemon = nullptr;
+    std::atomic<bool> m_isStopping = false;
+    MHD_socket m_stopped = MHD_INVALID_SOCKET; // listened on until StopAccepting
 
     std::mutex m_logMutex;
     QString m_lastLog; // the library's last message
@@ -169,18 +172,19 @@ private:
 
 void HttpServer::Implementation::Start()
 {
-    const Addresses addresses = Resolve(m_options);
     const std::vector<MHD_OptionItem> tls = TlsOptions(m_options);
     unsigned flags = MHD_USE_EPOLL_INTERNAL_THREAD | MHD_ALLOW_SUSPEND_RESUME | MHD_USE_ERROR_LOG;
-    if (addresses->ai_family == AF_INET6)
+    if (m_address.IsIPv6())
         flags |= MHD_USE_IPv6;
-    if (!m_options.Certificate.isEmpty())
+    if (!m_options.Certificate.isEmpty()) {
+        m_certificate.emplace(m_options.Certificate, m_options.Key);
         flags |= MHD_USE_TLS;
+    }
 
     // The logger is the first option, so that it also gets errors in the others.
     m_daemon = MHD_start_daemon(flags, m_options.Port, &OnAccept, this, &OnRequest, this, // clang-format off
         MHD_OPTION_EXTERNAL_LOGGER, &OnLog, this,
-        MHD_OPTION_SOCK_ADDR, addresses->ai_addr,
+        MHD_OPTION_SOCK_ADDR, m_address.Socket().ai_addr,
         MHD_OPTION_THREAD_POOL_SIZE, Threads,
         MHD_OPTION_CONNECTION_LIMIT, m_options.MaximumConnections,
         MHD_OPTION_CONNECTION_MEMORY_LIMIT, HeaderMemory,
@@ -198,13 +202,17 @@ void HttpServer::Implementation::Start()
 
 QString HttpServer::Implementation::Endpoint() const
 {
-    const auto port = MHD_get_daemon_info(m_daemon, MHD_DAEMON_INFO_BIND_PORT)->port;
-    const bool isIPv6 = m_options.Address.contains(u':');
-    return u"%1://%2:%3%4"_s
-        .arg(m_options.Certificate.isEmpty() ? u"http"_s : u"https"_s,
-             isIPv6 ? u'[' + m_options.Address + u']' : m_options.Address)
-        .arg(port)
-        .arg(QLatin1StringView(Path));
+    return m_address.Url(m_certificate ? u"https"_s : u"http"_s, MHD_get_daemon_info(m_daemon, MHD_DAEMON_INFO_BIND_PORT)->port,
+                         QString::fromLatin1(Path));
+}
+
+void HttpServer::Implementation::StopAccepting()
+{
+    if (m_isStopping.exchange(true))
+        return;
+    m_stopped = MHD_quiesce_daemon(m_daemon);
+    // Not closed yet, because the library's threads may still know it.
+    ::shutdown(m_stopped, SHUT_RDWR);
 }
 
 void HttpServer::Implementation::OnLog(void *self, const char *format, va_list arguments)
@@ -218,19 +226,27 @@ MHD_Result HttpServer::Implementation::OnAccept(void *self, const sockaddr *peer
 {
     const auto *server = static_cast<Implementation *>(self);
     const IpAddress address(peer);
-    return server->m_options.Proxies.Contains(address) || server->m_connections.HasRoom(address.Network()) ? MHD_YES : MHD_NO;
+    if (server->m_options.Proxies.Contains(address) || server->m_connections.HasRoom(address.Network()))
+        return MHD_YES;
+    server->m_metrics.Add(Metrics::ConnectionsRefused);
+    return MHD_NO;
 }
 
 void HttpServer::Implementation::OnConnection(void *self, MHD_Connection *connection, void **context,
                                               MHD_ConnectionNotificationCode code)
 {
     auto *server = static_cast<Implementation *>(self);
+    server->m_metrics.Change(Metrics::Connections, code == MHD_CONNECTION_NOTIFY_CLOSED ? -1 : 1);
     if (code == MHD_CONNECTION_NOTIFY_CLOSED) {
         server->m_connections.Remove(static_cast<ConnectionTable::Connection *>(*context));
         return;
     }
     const int descriptor = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
     const IpAddress peer(MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS)->client_addr);
+    if (server->m_certificate) {
+        const void *session = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_GNUTLS_SESSION)->tls_session;
+        server->m_certificate->Attach(static_cast<gnutls_session_t>(const_cast<void *>(session)));
+    }
     *context = server->m_connections.Add(descriptor, peer, !server->m_options.Proxies.Contains(peer));
 }
 
@@ -250,6 +266,7 @@ MHD_Result HttpServer::Implementation::OnRequest(void *self, MHD_Connection *con
         if (!*context) {
             auto *request = new Request;
             *context = request;
+            server->m_metrics.Change(Metrics::RequestsInProgress, 1);
             return server->Begin(connection, version, *request);
         }
         Request &request = *static_cast<Request *>(*context);
@@ -271,26 +288,41 @@ MHD_Result HttpServer::Implementation::OnRequest(void *self, MHD_Connection *con
 }
 
 void HttpServer::Implementation::OnRequestEnd(void *self, MHD_Connection *connection, void **context,
-                                              MHD_RequestTerminationCode)
+                                              MHD_RequestTerminationCode code)
 {
     auto *server = static_cast<Implementation *>(self);
     const std::unique_ptr<Request> request(static_cast<Request *>(*context));
     *context = nullptr;
     if (request && request->IsCounted)
         server->m_connections.EndRequest(request->Network);
+    if (request) {
+        const auto *info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_HTTP_STATUS);
+        const bool isWhole = info && code == MHD_REQUEST_TERMINATED_COMPLETED_OK;
+        server->m_metrics.Change(Metrics::RequestsInProgress, -1);
+        server->m_metrics.Add(Metrics::PackBytes, isWhole ? request->PackBytes : 0);
+        server->m_metrics.AddRequest(request->Kind, isWhole ? info->http_status : 0,
+                                     std::chrono::steady_clock::now() - request->Start);
+    }
     server->m_connections.SetReceiving(EntryOf(connection), true);
+    // As if the client had ended the connection.
+    if (server->m_isStopping)
+        ::shutdown(EntryOf(connection)->Descriptor, SHUT_RD);
 }
 
 MHD_Result HttpServer::Implementation::Begin(MHD_Connection *connection, const char *version, Request &request)
 {
     const RequestHeaders headers(connection);
-    if (headers.HasAmbiguousLength(version))
+    if (headers.HasAmbiguousLength(version)) {
+        m_metrics.Add(Metrics::RequestsRefused);
         return SendText(connection, MHD_HTTP_BAD_REQUEST, "Where this request ends is not clear.\n");
+    }
     const IpAddress &peer = EntryOf(connection)->Peer;
     request.Network = m_options.Proxies.ClientAddress(peer, headers.ValuesOf("X-Forwarded-For").join(',')).Network();
     if (m_options.Proxies.Contains(peer)) {
-        if (!m_connections.HasRoom(request.Network))
+        if (!m_connections.HasRoom(request.Network)) {
+            m_metrics.Add(Metrics::RequestsRefused);
             return SendText(connection, MHD_HTTP_TOO_MANY_REQUESTS, "Too many requests at once.\n");
+        }
         m_connections.BeginRequest(request.Network);
         request.IsCounted = true;
     }
@@ -303,6 +335,9 @@ MHD_Result HttpServer::Implementation::Begin(MHD_Connection *connection, const c
 MHD_Result HttpServer::Implementation::Answer(MHD_Connection *connection, const char *path, QByteArrayView method,
                                               Request &request)
 {
+    request.Kind = method == QByteArrayView("POST") ? Metrics::KindOf(request.Body)
+        : method == QByteArrayView("GET")           ? Metrics::Pack
+                                                    : Metrics::Other;
     if (request.Received > LongestBody)
         return SendText(connection, MHD_HTTP_CONTENT_TOO_LARGE, "The message is too long.\n");
     if (std::strcmp(path, Path) != 0)
@@ -322,11 +357,14 @@ MHD_Result HttpServer::Implementation::AnswerPost(MHD_Connection *connection, Re
         return SendText(connection, MHD_HTTP_OK, *message);
     // Before Add, because a worker may resume the connection before Add returns.
     MHD_suspend_connection(connection);
+    m_metrics.Change(Metrics::WaitingLogins, 1);
     const bool isQueued = m_workers.Add([this, connection, &request](bool isCancelled) {
         CheckLogin(request, isCancelled);
         MHD_resume_connection(connection);
     });
     if (!isQueued) {
+        m_metrics.Change(Metrics::WaitingLogins, -1);
+        m_metrics.Add(Metrics::LoginsBusy);
         request.Status = MHD_HTTP_TOO_MANY_REQUESTS;
         request.Message = Responder::BusyReply();
         MHD_resume_connection(connection);
@@ -336,21 +374,18 @@ MHD_Result HttpServer::Implementation::AnswerPost(MHD_Connection *connection, Re
 
 void HttpServer::Implementation::CheckLogin(Request &request, bool isCancelled)
 {
-    request.Status = MHD_HTTP_SERVICE_UNAVAILABLE;
-    if (isCancelled)
-        return;
-    try {
+    m_metrics.Change(Metrics::WaitingLogins, -1);
+    request.Status = isCancelled ? MHD_HTTP_SERVICE_UNAVAILABLE : MHD_HTTP_OK;
+    if (!isCancelled)
         request.Message = m_responder.Answer(request.Body, request.Network);
-        request.Status = MHD_HTTP_OK;
-    } catch (const std::exception &error) {
-        qWarning("%s", error.what());
-    }
 }
 
 MHD_Result HttpServer::Implementation::AnswerGet(MHD_Connection *connection, QByteArrayView method, Request &request)
 {
     const QString exam = Argument(connection, "eid");
     Responder::Authorization authorization = m_responder.AuthorizeDownload(Argument(connection, "sid"), exam);
+    if (authorization.Result == Responder::Access::Unavailable)
+        return SendText(connection, MHD_HTTP_SERVICE_UNAVAILABLE, "The service is not available at the moment.\n");
     if (authorization.Result == Responder::Access::NoSession)
         return SendText(connection, MHD_HTTP_FORBIDDEN, "You are not logged on, or not any more.\n");
     if (!Store::IsExamId(exam))
@@ -389,11 +424,14 @@ MHD_Result HttpServer::Implementation::SendPack(MHD_Connection *connection, QByt
     if (digest.isEmpty())
         m_sums.Request(pack);
     const PackConditions::Part part = conditions.Choose(pack.Version.Size, TagOf(digest));
+    const bool hasBody
+        = method == QByteArrayView("GET") && (part.Status == MHD_HTTP_OK || part.Status == MHD_HTTP_PARTIAL_CONTENT);
+    request.PackBytes = hasBody ? part.Size : 0;
     return Send(connection, part.Status, MakePackResponse(std::move(pack), part, digest, m_options.BytesPerSecond), PackType);
 }
 
-HttpServer::HttpServer(Responder &responder, const Options &options, const Clock &clock)
-    : m_implementation(std::make_unique<Implementation>(responder, options, clock))
+HttpServer::HttpServer(Responder &responder, Metrics &metrics, const Options &options, const Clock &clock)
+    : m_implementation(std::make_unique<Implementation>(responder, metrics, options, clock))
 {
 }
 
@@ -407,4 +445,14 @@ QString HttpServer::Endpoint() const
 void HttpServer::CloseOverdue()
 {
     m_implementation->CloseOverdue();
+}
+
+void HttpServer::UseCertificate(const QByteArray &chain, const QByteArray &key)
+{
+    m_implementation->UseCertificate(chain, key);
+}
+
+void HttpServer::StopAccepting()
+{
+    m_implementation->StopAccepting();
 }

@@ -3,6 +3,7 @@
 
 #include "common/Clock.h"
 #include "service/IpAddress.h"
+#include "service/Metrics.h"
 #include "service/Responder.h"
 
 #include <QByteArray>
@@ -12,7 +13,7 @@
 
 // The service over HTTP or HTTPS, at one path: POST with a message as the body, and
 // GET with "?sid=…&eid=…" for the pack of the exam EID. It answers on threads of its
-// own while the object exists; the destructor aborts what is still being sent. Both
+// own while the object exists; the destructor aborts what is still being sent. All
 // functions may be called from any thread.
 class HttpServer {
 public:
@@ -51,8 +52,8 @@ public:
     static constexpr qsizetype LongestBody = 64 * 1024; // bytes of a request
 
     // Raises an error if the address cannot be used, or the certificate or the
-    // key is not valid. The responder and the clock must outlive this object.
-    HttpServer(Responder &responder, const Options &options, const Clock &clock = Clock::System());
+    // key is not valid. What is passed by reference must outlive this object.
+    HttpServer(Responder &responder, Metrics &metrics, const Options &options, const Clock &clock = Clock::System());
     ~HttpServer();
     HttpServer(const HttpServer &) = delete;
     HttpServer &operator=(const HttpServer &) = delete;
@@ -63,6 +64,14 @@ public:
     // Closes the connections whose request exceeds RequestTimeout. To be called
     // about once a second.
     void CloseOverdue();
+
+    // Shows another certificate to new connections, both in PEM format. Raises an error
+    // if they are not valid; nothing has changed then. Only for HTTPS.
+    void UseCertificate(const QByteArray &chain, const QByteArray &key);
+
+    // Accepts no more connections. What is open goes on, but each connection is closed
+    // after its next response.
+    void StopAccepting();
 
 private:
     class Implementation;

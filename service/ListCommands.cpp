@@ -12,7 +12,8 @@ int Command::ListUsers(const QStringList &arguments)
     parser.setApplicationDescription(u"Prints one line per user: the user ID, a tab, and the exams separated by commas."_s);
     if (const auto code = ParseWithDatabase(parser, arguments, 0, 0))
         return *code;
-    const Store store(parser.value(u"database"_s));
+    Database database(parser.value(u"database"_s));
+    const Store store(database);
     for (const Store::User &user : store.Users())
         Console::Print(user.Email + u'\t' + user.Exams.join(u','));
     return Success;
@@ -25,7 +26,8 @@ int Command::ListReports(const QStringList &arguments)
                                      "(UTC), the user ID, the exams separated by commas, and the candidate's local time."_s);
     if (const auto code = ParseWithDatabase(parser, arguments, 0, 0))
         return *code;
-    const Store store(parser.value(u"database"_s));
+    Database database(parser.value(u"database"_s));
+    const Store store(database);
     for (const Store::ReportLine &line : store.Reports())
         Console::Print(
             QStringList{ line.Received, line.Email, Console::OneLine(line.Exams), Console::OneLine(line.Time) }.join(u'\t'));

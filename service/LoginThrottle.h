@@ -2,19 +2,20 @@
 #pragma once
 
 #include "common/Clock.h"
+#include "service/Database.h"
 
 #include <QByteArray>
-#include <QHash>
 #include <QString>
 
-#include <mutex>
 #include <optional>
 
 // Limits how fast passwords can be guessed. Failed attempts are counted per user
 // and per network (see IpAddress::Network). Beyond a number of free attempts, each
 // failure doubles the delay before the next attempt is allowed. An attempt during
 // a delay is refused immediately and does not count. Unknown users are counted
-// like existing ones. All functions may be called from several threads at once.
+// like existing ones. The counts are stored, so programs that serve the same database
+// share them. All functions may be called from several threads at once, and raise what
+// Database raises.
 class LoginThrottle {
 public:
     // How failures are counted for one user or one network.
@@ -32,17 +33,17 @@ public:
         // day; hence the large number and the decay.
         Rule PerNetwork
             = { 60, std::chrono::seconds(2), std::chrono::minutes(15), std::chrono::hours(6), std::chrono::minutes(10) };
-        // Of users, and as many of networks. When a table is full, expired
+        // Of users, and as many of networks. When there are so many, expired
         // entries are removed first, then arbitrary ones.
         qsizetype MaximumEntries = 10'000;
     };
 
-    // The clock must outlive this object.
-    explicit LoginThrottle(const Clock &clock)
-        : LoginThrottle(clock, Limits())
+    // Both must outlive this object.
+    LoginThrottle(Database &database, const Clock &clock)
+        : LoginThrottle(database, clock, Limits())
     {
     }
-    LoginThrottle(const Clock &clock, const Limits &limits);
+    LoginThrottle(Database &database, const Clock &clock, const Limits &limits);
 
     // The time until an attempt is allowed; empty if it is allowed now.
     std::optional<std::chrono::milliseconds> RemainingDelay(const QString &user, const QString &network) const;
@@ -58,19 +59,31 @@ public:
     void Succeeded(const QString &user, const QString &network);
 
 private:
+    using Time = std::chrono::milliseconds; // since 1970, in UTC
+
+    // A user or a network, as it is stored.
+    struct Name {
+        QByteArray Hash;
+        bool IsNetwork;
+    };
     struct Entry {
         int Attempts = 0;
-        std::chrono::milliseconds DelayedUntil{ 0 };
-        std::chrono::milliseconds DecayedUntil{ 0 }; // the time up to which decay is included in Attempts
+        Time DelayedUntil{ 0 };
+        Time DecayedUntil{ 0 }; // the time up to which decay is included in Attempts
     };
-    using Table = QHash<QByteArray, Entry>; // by hash of the name
 
-    std::optional<std::chrono::milliseconds> DelayOf(const QByteArray &user, const QByteArray &network) const;
-    void Count(Table &table, const QByteArray &name, const Rule &rule) const;
+    static Name UserName(const QString &user);
+    static Name NetworkName(const QString &network);
 
+    Time Now() const;
+    const Rule &RuleOf(const Name &name) const;
+    std::optional<Entry> Read(const Name &name) const;
+    void Write(const Name &name, const Entry &entry) const;
+    void MakeRoom(const Name &name) const;
+    Time DelayOf(const Name &name) const;
+    void Count(const Name &name) const;
+
+    Database &m_database;
     const Clock &m_clock;
     const Limits m_limits;
-    mutable std::mutex m_mutex;
-    Table m_users;
-    Table m_networks;
 };

@@ -3,7 +3,6 @@
 
 #include "common/Ansi.h"
 #include "common/Error.h"
-#include "console/Console.h"
 #include "service/Password.h"
 
 using namespace Qt::Literals::StringLiterals;
@@ -74,45 +73,59 @@ QByteArray Encode(MESSAGE reply)
 
 }
 
-Responder::Responder(Store &store, Sessions &sessions, LoginThrottle &throttle, Log log)
+Responder::Responder(Store &store, Sessions &sessions, LoginThrottle &throttle, Metrics &metrics, Log::Sink log)
     : m_store(store)
     , m_sessions(sessions)
     , m_throttle(throttle)
+    , m_metrics(metrics)
     , m_log(std::move(log))
     , m_dummyHash(Password::Hash(u"nobody"_s))
 {
 }
 
-MESSAGE Responder::Reply(const MESSAGE &request, const QString &network)
+MESSAGE Responder::Guarded(const std::function<MESSAGE()> &command)
 {
     try {
-        if (request.Command() == "LOGIN"_L1)
-            return LogIn(request, network);
-        if (request.Command() == "LIST"_L1)
-            return List(request);
-        if (request.Command() == "REPORT"_L1)
-            return Report(request);
-        return ErrorReply(UnknownCommand, u"The service does not know this command."_s);
+        return command();
     } catch (const Refusal &refusal) {
         return ErrorReply(refusal.Number(), refusal.Description());
+    } catch (const Database::Unavailable &error) {
+        m_log(Log::Line(u"unavailable"_s).Text(u"reason"_s, error.Description()));
+        return ErrorReply(Unavailable, u"The service is not available at the moment. Please try again later."_s);
     } catch (const std::exception &error) {
-        qWarning("%s", error.what());
+        m_log(Log::Line(u"error"_s).Text(u"reason"_s, QString::fromUtf8(error.what())));
         return ErrorReply(InternalError, u"The service has a problem of its own. Please try again later."_s);
     }
+}
+
+MESSAGE Responder::Reply(const MESSAGE &request, const QString &network)
+{
+    if (request.Command() == "LOGIN"_L1)
+        return LogIn(request, network);
+    if (request.Command() == "LIST"_L1)
+        return List(request);
+    if (request.Command() == "REPORT"_L1)
+        return Report(request);
+    return ErrorReply(UnknownCommand, u"The service does not know this command."_s);
 }
 
 QByteArray Responder::Answer(const QByteArray &request, const QString &network)
 {
     const auto [message, failure] = Decode(request);
-    return Encode(message ? Reply(*message, network) : failure);
+    return Encode(message ? Guarded([&, &message = message] { return Reply(*message, network); }) : failure);
 }
 
 std::optional<QByteArray> Responder::AnswerAtOnce(const QByteArray &request, const QString &network)
 {
     const auto [message, failure] = Decode(request);
-    if (message && HasToCheckPassword(*message, network))
-        return {};
-    return Encode(message ? Reply(*message, network) : failure);
+    if (!message)
+        return Encode(failure);
+    bool hasToWait = false;
+    const MESSAGE reply = Guarded([&, &message = message] {
+        hasToWait = HasToCheckPassword(*message, network);
+        return hasToWait ? MESSAGE() : Reply(*message, network);
+    });
+    return hasToWait ? std::nullopt : std::optional(Encode(reply));
 }
 
 QByteArray Responder::BusyReply()
@@ -131,32 +144,26 @@ MESSAGE Responder::LogIn(const MESSAGE &request, const QString &network)
     const QString email = UserIn(request);
     const QString password = ValueOf(request, u"pwd"_s);
     if (const auto delay = m_throttle.BeginAttempt(email, network)) {
+        m_metrics.Add(Metrics::LoginsDelayed);
         const auto seconds = std::chrono::ceil<std::chrono::seconds>(*delay).count();
         throw Refusal(TooOften, u"There were too many failed attempts. Please try again in %1 seconds."_s.arg(seconds));
     }
     const auto credentials = m_store.Find(email);
     const bool isRight = Password::Matches(credentials ? credentials->PasswordHash : m_dummyHash, password);
     if (!credentials || !isRight) {
-        m_log(u"login failed: %1 from %2"_s.arg(Console::Quoted(email), network));
+        m_metrics.Add(Metrics::LoginsFailed);
+        m_log(Log::Line(u"login_failed"_s).Text(u"user"_s, email).Plain(u"from"_s, network));
         return MakeReply(u"LOGIN"_s, { { u"status"_s, u"FAILED"_s } });
     }
     m_throttle.Succeeded(email, network);
     const QString session = m_sessions.Open(credentials->User, credentials->PasswordHash);
+    m_metrics.Add(Metrics::LoginsSucceeded);
     return MakeReply(u"LOGIN"_s, { { u"status"_s, u"OK"_s }, { u"sid"_s, session } });
-}
-
-std::optional<Sessions::Use> Responder::Find(const QString &session)
-{
-    auto use = m_sessions.Find(session);
-    // A session ends when the user's password changes or the user is removed.
-    if (use && m_store.PasswordHash(use->User()) != use->PasswordHash())
-        use.reset();
-    return use;
 }
 
 Sessions::Use Responder::SessionOf(const MESSAGE &request)
 {
-    auto session = Find(ValueOf(request, u"sid"_s));
+    auto session = m_sessions.Find(ValueOf(request, u"sid"_s));
     if (!session)
         throw Refusal(NoSuchSession, u"You are not logged on, or not any more. Please start again."_s);
     return *std::move(session);
@@ -165,7 +172,7 @@ Sessions::Use Responder::SessionOf(const MESSAGE &request)
 MESSAGE Responder::List(const MESSAGE &request)
 {
     const auto session = SessionOf(request);
-    return MakeReply(u"LIST"_s, { { u"status"_s, u"OK"_s }, { u"data"_s, m_store.Exams(session.User()).join(u',') } });
+    return MakeReply(u"LIST"_s, { { u"status"_s, u"OK"_s }, { u"data"_s, session.Exams().join(u',') } });
 }
 
 MESSAGE Responder::Report(const MESSAGE &request)
@@ -177,7 +184,7 @@ MESSAGE Responder::Report(const MESSAGE &request)
         throw Refusal(TooLong, u"The report is too long."_s);
     QStringList exams = list.split(u',');
     exams.removeDuplicates();
-    exams.removeIf([bought = m_store.Exams(session.User())](const QString &exam) { return !bought.contains(exam); });
+    exams.removeIf([&session](const QString &exam) { return !session.Exams().contains(exam); });
     if (!m_store.Record({ session.User(), session.Fingerprint(), exams.join(u','), time }))
         throw Refusal(TooOften, u"There were too many reports in one day."_s);
     return MakeReply(u"REPORT"_s, { { u"status"_s, u"OK"_s } });
@@ -185,10 +192,15 @@ MESSAGE Responder::Report(const MESSAGE &request)
 
 Responder::Authorization Responder::AuthorizeDownload(const QString &session, const QString &exam)
 {
-    auto use = Find(session);
-    if (!use)
-        return { Access::NoSession, {} };
-    if (!m_store.HasExam(use->User(), exam))
-        return { Access::NotBought, {} };
-    return { Access::Granted, std::move(use) };
+    try {
+        auto use = m_sessions.Find(session);
+        if (!use)
+            return { Access::NoSession, {} };
+        if (!use->Exams().contains(exam))
+            return { Access::NotBought, {} };
+        return { Access::Granted, std::move(use) };
+    } catch (const Error &error) {
+        m_log(Log::Line(u"unavailable"_s).Text(u"reason"_s, error.Description()));
+        return { Access::Unavailable, {} };
+    }
 }

@@ -2,7 +2,9 @@
 #pragma once
 
 #include "protocol/Message.h"
+#include "service/Log.h"
 #include "service/LoginThrottle.h"
+#include "service/Metrics.h"
 #include "service/Sessions.h"
 #include "service/Store.h"
 
@@ -25,17 +27,16 @@ public:
         MissingParameter = 422,
         TooOften = 429,
         InternalError = 500,
+        Unavailable = 503,
     };
 
     // The limit of a REPORT, in characters: "list" and "time" together.
     static constexpr qsizetype LongestReport = 4096;
 
-    // Receives one line for each login with a wrong user ID or password, possibly
-    // from several threads at once.
-    using Log = std::function<void(const QString &line)>;
-
-    // All of them must outlive this object. Takes about a tenth of a second.
-    Responder(Store &store, Sessions &sessions, LoginThrottle &throttle, Log log);
+    // All of them must outlive this object. The sink gets a line for each login with a
+    // wrong user ID or password, and for each error of the service. Takes about a tenth
+    // of a second.
+    Responder(Store &store, Sessions &sessions, LoginThrottle &throttle, Metrics &metrics, Log::Sink log);
 
     // The reply to a request, both as the bytes of a message. The network is that
     // of the client (see IpAddress::Network), for the throttle and the log.
@@ -48,30 +49,31 @@ public:
     // The reply to a login when too many others are waiting to be checked.
     static QByteArray BusyReply();
 
-    enum class Access { Granted, NoSession, NotBought };
+    enum class Access { Granted, NoSession, NotBought, Unavailable };
     struct Authorization {
         Access Result;
         // If granted: to be kept until the pack has been sent, so that the
         // session does not become idle meanwhile.
         std::optional<Sessions::Use> Session;
     };
-    // Whether a session may download the pack of an exam. Raises an error if the
-    // database cannot be read.
+    // Whether a session may download the pack of an exam.
     Authorization AuthorizeDownload(const QString &session, const QString &exam);
 
 private:
     MESSAGE Reply(const MESSAGE &request, const QString &network);
+    // The reply of a command, or the ERROR reply for what it raises.
+    MESSAGE Guarded(const std::function<MESSAGE()> &command);
     bool HasToCheckPassword(const MESSAGE &request, const QString &network) const;
     MESSAGE LogIn(const MESSAGE &request, const QString &network);
     MESSAGE List(const MESSAGE &request);
     MESSAGE Report(const MESSAGE &request);
-    std::optional<Sessions::Use> Find(const QString &session);
     Sessions::Use SessionOf(const MESSAGE &request);
 
     Store &m_store;
     Sessions &m_sessions;
     LoginThrottle &m_throttle;
-    Log m_log;
+    Metrics &m_metrics;
+    Log::Sink m_log;
     // Checked if there is no such user, so that the time of the reply does not
     // reveal which users exist.
     const QByteArray m_dummyHash;

@@ -2,37 +2,25 @@
 #pragma once
 
 #include "common/Clock.h"
+#include "service/Database.h"
 
 #include <QString>
 #include <QStringList>
-#include <QVariantList>
 
 #include <optional>
 #include <vector>
 
-class QSqlDatabase;
-class QSqlQuery;
-
-// The accounts, the exams granted to each and the reports, in one SQLite file that
-// only its owner may read. User IDs ("email") are compared without regard to letter
-// case. All functions may be called from several threads at once, each of which
-// gets its own connection to the database, and several programs may use the file
-// at the same time. Every failure of the database is raised as InvalidCall.
+// The accounts, the exams granted to each and the reports. User IDs ("email") are
+// compared without regard to letter case. All functions may be called from several
+// threads at once. Every failure of the database is raised as by Database.
 class Store {
 public:
-    enum class IfMissing { Make, Refuse };
-
-    // Opens the database, and creates or updates its tables if necessary. Raises
-    // InvalidCall if the file cannot be used, or belongs to a newer version of
-    // this program. The clock dates the reports and must outlive this object.
-    explicit Store(const QString &file, IfMissing ifMissing = IfMissing::Refuse, const Clock &clock = Clock::System());
-    // No other thread may use the object any more.
-    ~Store();
-    Store(const Store &) = delete;
-    Store &operator=(const Store &) = delete;
-
-    // Reads the whole file; raises InvalidCall if it is damaged.
-    void Check() const;
+    // The clock dates the reports. Both must outlive this object.
+    explicit Store(Database &database, const Clock &clock = Clock::System())
+        : m_database(database)
+        , m_clock(clock)
+    {
+    }
 
     // Whether a text can be an exam's ID: 1 to 64 ASCII letters, digits, "-", "_"
     // and ".", not beginning with ".". Such an ID is safe in a URL, in a file name
@@ -43,34 +31,26 @@ public:
     static QString Folded(const QString &email);
 
     struct Credentials {
-        qint64 User; // the key of the other functions; may be reused after RemoveUser
+        qint64 User; // the user's key in the database
         QByteArray PasswordHash;
     };
     // Empty if there is no such user.
     std::optional<Credentials> Find(const QString &email) const;
-    // The current hash; empty if the user does not exist any more. Because of its
-    // salt it also differs from the hash of every other user, and of an earlier
-    // user with the same key.
-    QByteArray PasswordHash(qint64 user) const;
 
     // Raises InvalidCall if the user exists.
     void AddUser(const QString &email, const QByteArray &passwordHash);
     // These raise InvalidCall if the user does not exist. The exams' IDs must be
     // valid (IsExamId).
     void SetPassword(const QString &email, const QByteArray &passwordHash);
-    // Removes the user's exams and reports too.
+    // Removes the user's exams, reports and sessions too.
     void RemoveUser(const QString &email);
     // Exams that the user has already, or does not have, are skipped.
     void Grant(const QString &email, const QStringList &exams);
     void Revoke(const QString &email, const QStringList &exams);
 
-    // The exams granted to a user, in the order in which they were granted.
-    QStringList Exams(qint64 user) const;
-    bool HasExam(qint64 user, const QString &exam) const;
-
     struct User {
         QString Email; // as it was added
-        QStringList Exams;
+        QStringList Exams; // in the order in which they were granted
     };
     // All users, sorted by user ID.
     std::vector<User> Users() const;
@@ -97,12 +77,8 @@ public:
     std::vector<ReportLine> Reports() const;
 
 private:
-    void Prepare();
-    QSqlDatabase Database() const;
-    QSqlQuery Run(const QString &statement, const QVariantList &values = {}) const;
     qint64 UserOf(const QString &email) const;
 
-    const QString m_file;
+    Database &m_database;
     const Clock &m_clock;
-    const int m_number; // identifies this object among the stores of the process
 };

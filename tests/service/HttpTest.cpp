@@ -316,7 +316,7 @@ TEST_F(HttpTest, OneNetworkHasOnlySoMuchAtOnce)
     };
     check({ { "192.0.2.1", 200 }, { "192.0.2.2", 200 }, { "192.0.2.3", 0 } }, 0);
     m_options.Proxies.Add(u"127.0.0.1"_s);
-    m_server.emplace(m_responder, m_options, m_clock);
+    Start();
     check({ { "2001:db8::1", 200 },
             { "2001:db8::2", 200 },
             { "192.0.2.1, 2001:db8::3", 429 },

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "service/Store.h"
+#include "tests/service/Databases.h"
 #include "tests/service/HttpClient.h"
 #include "tests/support/Program.h"
 #include "tests/support/Test.h"
 
 #include <QRegularExpression>
 
+#include <atomic>
 #include <csignal>
+#include <thread>
 
 #include <pty.h>
 #include <termios.h>
@@ -26,13 +29,46 @@ Outcome On(const QString &arguments, const QByteArray &input = {})
     return OutcomeOf(Service, arguments.split(u' ').replaceInStrings(u"_"_s, u" "_s), {}, input);
 }
 
-// Starts a service; its address.
-QString Serve(QProcess &service, const QString &options)
+QString NextLine(QProcess &service)
 {
-    service.setWorkingDirectory(Sandbox::Path({}));
-    service.start(Service, (u"serve --packs program-packs --database run.db "_s + options).split(u' '));
     while (!service.canReadLine() && service.waitForReadyRead(Patience)) { }
     return QString::fromLatin1(service.readLine()).trimmed();
+}
+
+// The program on each kind of database, with a user who has one exam.
+class RunTest : public testing::TestWithParam<DatabaseKind> {
+protected:
+    RunTest()
+    {
+        EXPECT_EQ(On(u"add-user ann --database "_s + m_location, "pass\n"), Outcome{});
+        EXPECT_EQ(On(u"grant ann NET-101 --database "_s + m_location), Outcome{});
+        Sandbox::WriteFile(Sandbox::Path(u"program-packs/NET-101.exe"_s), QByteArray(50'000'000, 'p'));
+    }
+    // Starts a service; its address.
+    QString Serve(QProcess &service, const QString &options = u"--rate 0"_s) const
+    {
+        service.setWorkingDirectory(Sandbox::Path({}));
+        service.start(Service, (u"serve --packs program-packs --database %1 %2"_s.arg(m_location, options)).split(u' '));
+        return NextLine(service);
+    }
+    QString Reports() const { return On(u"list-reports --database "_s + m_location).Out; }
+
+    // Without the folder, whose name contains a blank.
+    const QString m_location = NewDatabase(GetParam()).remove(Sandbox::Path({}));
+};
+INSTANTIATE_TEST_SUITE_P(On, RunTest, BothKinds, testing::PrintToStringParamName());
+
+QByteArray Fetch(const QString &url)
+{
+    return Receive(
+        *Connect(url, "GET " + QUrl(url).path().toLatin1() + " HTTP/1.1\r\nHost: here\r\nConnection: close\r\n\r\n"));
+}
+
+// Makes a certificate and its key.
+void MakeCertificate(const QString &name)
+{
+    const QString arguments = u"req -x509 -newkey rsa:2048 -nodes -subj /CN=%1 -keyout key.pem -out chain.pem"_s.arg(name);
+    ASSERT_EQ(OutcomeOf(u"openssl"_s, arguments.split(u' ')).Code, 0);
 }
 
 }
@@ -43,18 +79,18 @@ TEST(ServiceProgramTest, CommandsAndTheirArguments)
                                        std::pair{ u"text"_s, "xxxxxxxxxxxx" } })
         Sandbox::WriteFile(Sandbox::Path(name), bytes);
     {
-        Store store(Sandbox::Path(u"sound"_s), Store::IfMissing::Make);
+        Database database(Sandbox::Path(u"sound"_s), Database::IfMissing::Make);
+        Store store(database);
         for (int i = 0; i < 100; ++i)
             store.AddUser(QString::number(i), QByteArray(200, 'x'));
     }
     QByteArray bytes = Sandbox::ReadFile(Sandbox::Path(u"sound"_s));
     Sandbox::WriteFile(Sandbox::Path(u"damaged"_s),
                        QByteArray(bytes).replace(bytes.size() - 5'000, 4'000, QByteArray(4'000, 'y')));
-    bytes[63] = 3; // of the format's version
+    bytes[63] = 4; // of the version of the tables
     Sandbox::WriteFile(Sandbox::Path(u"newer"_s), bytes);
     const auto failed = [](const QString &text) { return Outcome{ 1, {}, u"practorium-service: %1\n"_s.arg(text) }; };
     const auto misused = [&](const QString &text) { return Outcome{ 2, {}, failed(text + u" (see --help)"_s).Err }; };
-    const QString open = u"Without --certificate and --key, everybody on the way can read the passwords.\n"_s;
     const Outcome noBob = failed(u"There is no user \"bob\""_s);
     const struct {
         QString Arguments;
@@ -90,7 +126,11 @@ TEST(ServiceProgramTest, CommandsAndTheirArguments)
         { u"serve --packs . --key word"_s, "", misused(u"--certificate and --key belong together"_s) },
         { u"serve --packs . --key none --certificate none"_s, "", failed(u"none: No such file or directory"_s) },
         { u"serve --packs . --key nothing --certificate word"_s, "", failed(u"nothing: is empty"_s) },
-        { u"serve --packs . --address ::x"_s, "", { 1, {}, open + failed(u"\"::x\" is no address"_s).Err } },
+        { u"serve --packs . --address ::x"_s, "", failed(u"\"::x\" is no address"_s) },
+        { u"serve --packs . --admin-port x"_s, "", misused(u"--admin-port must be a number from 0 to 65535"_s) },
+        { u"serve --packs . --grace -1"_s, "", misused(u"--grace must be a number of seconds up to 65535"_s) },
+        { u"serve --packs . --key word --certificate word"_s, "",
+          failed(u"The certificate or its key cannot be used: The requested data were not available."_s) },
         { u"serve --packs . --address 127.x"_s, "", failed(u"\"127.x\" is no address"_s) },
         { u"serve --packs . --trusted-proxy ::1 --trusted-proxy 1.2.3"_s, "",
           misused(u"--trusted-proxy: \"1.2.3\" is no address and no range"_s) },
@@ -116,7 +156,7 @@ TEST(ServiceProgramTest, CommandsAndTheirArguments)
         { u"serve"_s,
           u"--packs <DIR> --accel-prefix <PATH> --address <ADDRESS> --port <PORT> --trusted-proxy <ADDRESS[/PREFIX]> --rate "
           u"<BYTES> "
-          "--certificate <FILE> --key <FILE>"_s },
+          "--certificate <FILE> --key <FILE> --admin-port <PORT> --admin-address <ADDRESS> --grace <SECONDS>"_s },
         { u"add-user"_s, u"--password-file <FILE> --replace EMAIL"_s },
         { u"remove-user"_s, u"EMAIL"_s },
         { u"grant"_s, u"EMAIL EXAM"_s },
@@ -129,7 +169,7 @@ TEST(ServiceProgramTest, CommandsAndTheirArguments)
         for (auto match = column.globalMatch(help); match.hasNext();)
             names += match.next().captured(1);
         names.removeAll(u"-h,"_s);
-        EXPECT_EQ(names.removeAll(u"--database <FILE>"_s), 1) << command.toStdString();
+        EXPECT_EQ(names.removeAll(u"--database <DATABASE>"_s), 1) << command.toStdString();
         EXPECT_EQ(names.join(u' '), expected) << command.toStdString();
     }
 }
@@ -163,20 +203,19 @@ TEST(ServiceProgramTest, ATerminalShowsNoPasswordAndEverythingAfterwards)
     EXPECT_TRUE(::close(line) == 0 && ::close(terminal) == 0);
 }
 
-TEST(ServiceProgramTest, ARunFromEndToEndInLittleMemory)
+TEST_P(RunTest, FromEndToEndInLittleMemory)
 {
-    ASSERT_EQ(On(u"add-user ann --database run.db"_s, "pass\n"), Outcome{});
-    ASSERT_EQ(On(u"grant ann NET-101 --database run.db"_s), Outcome{});
-    QFile::setPermissions(Sandbox::Path(u"run.db"_s),
-                          QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
-    Sandbox::WriteFile(Sandbox::Path(u"program-packs/NET-101.exe"_s), QByteArray(50'000'000, 'p'));
+    const bool isFile = GetParam() == DatabaseKind::Sqlite;
+    if (isFile)
+        QFile::setPermissions(Sandbox::Path(m_location),
+                              QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
     QProcess service;
     QString endpoint = Serve(service, u"--trusted-proxy 127.0.0.0/8"_s);
     EXPECT_TRUE(endpoint.startsWith("http://127.0.0.1:"_L1)) << endpoint.toStdString();
-    for (const QString &file : { u"run.db"_s, u"run.db-wal"_s, u"run.db-shm"_s })
-        EXPECT_EQ(int(QFile::permissions(Sandbox::Path(file))), 0x6600) << file.toStdString();
+    for (const QString &suffix : { u""_s, u"-wal"_s, u"-shm"_s })
+        EXPECT_TRUE(!isFile || int(QFile::permissions(Sandbox::Path(m_location + suffix))) == 0x6600) << suffix.toStdString();
     const QString port = endpoint.section(u':', 2).section(u'/', 0, 0);
-    const Outcome second = On(u"serve --packs . --database run.db --port "_s + port);
+    const Outcome second = On(u"serve --packs . --database %1 --port %2"_s.arg(m_location, port));
     EXPECT_TRUE(second.Code == 1 && second.Err.contains(u"Address already in use"_s)) << second.Err.toStdString();
     const QByteArray wrong = PostOf("LOGIN?email=e%251&pwd=x;", "Connection: close\r\nX-Forwarded-For: 192.0.2.7\r\n");
     EXPECT_EQ(BodyOf(Receive(*Connect(endpoint, wrong))), "LOGIN?status=FAILED;");
@@ -191,23 +230,152 @@ TEST(ServiceProgramTest, ARunFromEndToEndInLittleMemory)
     EXPECT_EQ(BodyOf(Receive(*Connect(endpoint, get))).size(), 50'000'000);
     EXPECT_LT(memory() - before, 2'000);
     EXPECT_TRUE(Receive(*Connect(endpoint, PostOf("REPORT?sid=" + sid + "&list=NET-101&time=a\tb\nc;"))).endsWith("=OK;"));
-    // One download is half way still.
+    // One download is half way still, and whoever asks twice does not wait for it.
+    Signal(service, SIGTERM);
+    Await([&] { return Connect(endpoint)->state() != QAbstractSocket::ConnectedState; });
     Signal(service, SIGTERM);
     const Outcome end = EndOf(service);
-    const QRegularExpression failure(u"^20\\d\\d-\\d\\d-\\d\\dT[\\d:]{8}Z login failed: \"e%1\" from 192\\.0\\.2\\.7\n$"_s);
+    const QRegularExpression failure(u"^time=20\\d\\d-\\d\\d-\\d\\dT[\\d:]{8}Z event=login_failed user=\"e%1\" "
+                                     "from=192\\.0\\.2\\.7\n$"_s);
     EXPECT_TRUE(failure.match(end.Err).hasMatch()) << end.Err.toStdString();
     EXPECT_TRUE(end.Code == 0 && HasEnded(*half));
-    const QString reports = On(u"list-reports --database run.db"_s).Out;
+    const QString reports = Reports();
     const QRegularExpression report(u"^20\\d\\d-\\d\\d-\\d\\dT[\\d:]{8}Z\tann\tNET-101\ta b c\n$"_s);
     EXPECT_TRUE(report.match(reports).hasMatch()) << reports.toStdString();
+}
 
+TEST_P(RunTest, KilledAtOnceItLosesNoReportAndNoSession)
+{
+    QProcess service;
+    QString endpoint = Serve(service);
+    const QByteArray sid = SessionAt(endpoint);
+    // As many as arrive from two clients until the end, which comes in the middle.
+    std::atomic<int> acknowledged = 0;
+    std::array<QStringList, 2> times;
+    const auto send = [&](int client) {
+        for (int i = 0;; ++i) {
+            const QString time = u"%1-%2"_s.arg(client).arg(i);
+            const QByteArray report = "REPORT?sid=" + sid + "&list=NET-101&time=" + time.toLatin1() + ';';
+            if (!Receive(*Connect(endpoint, PostOf(report))).endsWith("REPORT?status=OK;"))
+                return;
+            times[static_cast<size_t>(client)].append(time);
+            ++acknowledged;
+        }
+    };
+    std::thread first(send, 0), second(send, 1);
+    Await([&] { return acknowledged >= 20; });
+    service.kill();
+    first.join();
+    second.join();
+    service.waitForFinished();
+    const QString kept = Reports();
+    for (const QString &time : times[0] + times[1])
+        EXPECT_TRUE(kept.contains(u"\tann\tNET-101\t%1\n"_s.arg(time))) << time.toStdString();
+    QProcess again;
+    endpoint = Serve(again);
+    EXPECT_EQ(BodyOf(Receive(*Connect(endpoint, PostOf("LIST?sid=" + sid + ';')))), "LIST?status=OK&data=NET-101;");
+    again.terminate();
+    EXPECT_EQ(EndOf(again), Outcome{});
+}
+
+TEST_P(RunTest, AnAdministratorSeesHowItDoesAndEndsItInOrder)
+{
+    QProcess service;
+    const QString endpoint = Serve(service, u"--admin-port 0"_s);
+    const QString health = NextLine(service), metrics = QString(health).replace(u"/health"_s, u"/metrics"_s);
+    EXPECT_EQ(BodyOf(Fetch(health)), "ok\n");
+    EXPECT_EQ(StatusOf(Fetch(endpoint.section(u'/', 0, 2) + u"/health"_s)), 404);
+    EXPECT_EQ(StatusOf(Fetch(QString(health).replace(u"/health"_s, u"/"_s))), 404);
+    const QByteArray sid = SessionAt(endpoint), list = PostOf("LIST?sid=" + sid + ';');
+    for (const QByteArray &request : { list, list, PostOf("LOGIN?email=ann&pwd=x;"), GetOf(sid, "NET-101"), GetOf("x", "y") })
+        Receive(*Connect(endpoint, request));
+    const auto half = Connect(endpoint, GetOf(sid, "NET-101"));
+    const QByteArray begun = Receive(*half, "\r\n\r\n");
+    // The end of a request is counted a moment after its last byte.
+    const QStringList samples = {
+        u"practorium_requests_total{kind=\"list\",status=\"2xx\"} 2"_s,
+        u"practorium_requests_total{kind=\"login\",status=\"2xx\"} 2"_s,
+        u"practorium_requests_total{kind=\"pack\",status=\"2xx\"} 1"_s,
+        u"practorium_requests_total{kind=\"pack\",status=\"4xx\"} 2"_s,
+        u"practorium_logins_total{result=\"ok\"} 1"_s,
+        u"practorium_logins_total{result=\"failed\"} 1"_s,
+        u"practorium_pack_bytes_total 50000000"_s,
+        u"practorium_requests_in_progress 1"_s,
+        u"practorium_connections 1"_s,
+        u"practorium_login_queue 0"_s,
+        u"practorium_request_seconds_bucket{kind=\"list\",le=\"+Inf\"} 2"_s,
+        u"practorium_request_seconds_count{kind=\"login\"} 2"_s,
+        u"practorium_refused_total{what=\"request\"} 0"_s,
+    };
+    QStringList missing;
+    Await([&] {
+        missing = samples;
+        for (const QString &line : QString::fromLatin1(BodyOf(Fetch(metrics))).split(u'\n'))
+            missing.removeAll(line);
+        return missing.isEmpty();
+    });
+    EXPECT_EQ(missing, QStringList());
+    // A line that is no comment is a name, perhaps with labels, and a number.
+    const QRegularExpression sample(u"^practorium_\\w+(\\{(\\w+=\"[^\"]+\",?)+\\})? [\\d.e-]+$"_s);
+    const QString text = QString::fromLatin1(BodyOf(Fetch(metrics)));
+    for (const QString &line : text.split(u'\n', Qt::SkipEmptyParts))
+        EXPECT_TRUE(line.startsWith(u"# "_s) || sample.match(line).hasMatch()) << line.toStdString();
+
+    Signal(service, SIGTERM);
+    Await([&] { return BodyOf(Fetch(health)) == "stopping\n"; });
+    EXPECT_EQ(StatusOf(Fetch(health)), 503);
+    EXPECT_EQ(Connect(endpoint)->state(), QAbstractSocket::UnconnectedState);
+    EXPECT_EQ(BodyOf(begun + Receive(*half)).size(), 50'000'000);
+    EXPECT_EQ(EndOf(service).Code, 0);
+}
+
+TEST(ServiceProgramTest, AServerOfPostgresThatEndsIsFoundAgain)
+{
+    const QString location = NewDatabase(DatabaseKind::Postgres);
+    ASSERT_EQ(On(u"add-user ann --database "_s + location, "pass\n"), Outcome{});
+    QProcess service;
+    service.setWorkingDirectory(Sandbox::Path({}));
+    service.start(Service, (u"serve --admin-port 0 --packs . --database "_s + location).split(u' '));
+    const QString endpoint = NextLine(service), health = NextLine(service);
+    const QByteArray sid = SessionAt(endpoint);
+    const auto report = [&](const QByteArray &time) {
+        return BodyOf(Receive(*Connect(endpoint, PostOf("REPORT?sid=" + sid + "&list=&time=" + time + ';'))));
+    };
+    const QByteArray unavailable
+        = "ERROR?code=503&description=The service is not available at the moment. Please try again later.;";
+    // Of every thread of the service.
+    for (int i = 0; i < 10; ++i)
+        EXPECT_EQ(report("before" + QByteArray::number(i)), "REPORT?status=OK;");
+    StopPostgres();
+    for (int i = 0; i < 10; ++i)
+        EXPECT_EQ(report("during"), unavailable);
+    EXPECT_EQ(BodyOf(Receive(*Connect(endpoint, PostOf("LOGIN?email=ann&pwd=pass;")))), unavailable);
+    EXPECT_EQ(StatusOf(Receive(*Connect(endpoint, GetOf(sid, "X")))), 503);
+    EXPECT_EQ(BodyOf(Fetch(health)), "no database\n");
+    StartPostgres();
+    for (int i = 0; i < 10; ++i)
+        EXPECT_EQ(report("after" + QByteArray::number(i)), "REPORT?status=OK;");
+    EXPECT_EQ(BodyOf(Fetch(health)), "ok\n");
+    EXPECT_EQ(On(u"list-reports --database "_s + location).Out.count(u'\n'), 20);
+    service.terminate();
+    EXPECT_EQ(EndOf(service).Code, 0);
+}
+
+TEST(ServiceProgramTest, CertificatesAreReadAgainAndCiphersAreStrong)
+{
+    ASSERT_EQ(On(u"add-user ann --database tls.db"_s, "pass\n"), Outcome{});
+    ASSERT_EQ(On(u"grant ann NET-101 --database tls.db"_s), Outcome{});
+    Sandbox::WriteFile(Sandbox::Path(u"tls-packs/NET-101.exe"_s), "a pack of some bytes");
     // Over HTTPS, a byte a second, and IPv6 where the machine has it.
-    const QString certificate = u"req -x509 -newkey rsa:2048 -nodes -subj /CN=here -keyout own.pem -out chain.pem"_s;
-    ASSERT_EQ(OutcomeOf(u"openssl"_s, certificate.split(u' ')).Code, 0);
+    MakeCertificate(u"first"_s);
     const bool hasIPv6 = QFile::exists(u"/proc/net/if_inet6"_s) && Sandbox::ReadFile(u"/proc/net/if_inet6"_s).contains(" lo\n");
-    const QString options = u"--certificate chain.pem --key own.pem --rate 1 --address "_s;
+    const QString options
+        = u"serve --packs tls-packs --database tls.db --certificate chain.pem --key key.pem --rate 1 --grace 0 "
+          "--address "_s;
     QProcess slow;
-    endpoint = Serve(slow, options + (hasIPv6 ? u"::1"_s : u"127.0.0.1"_s));
+    slow.setWorkingDirectory(Sandbox::Path({}));
+    slow.start(Service, (options + (hasIPv6 ? u"::1"_s : u"127.0.0.1"_s)).split(u' '));
+    const QString endpoint = NextLine(slow);
     EXPECT_TRUE(endpoint.startsWith(hasIPv6 ? u"https://[::1]:"_s : u"https://127.0.0.1:"_s)) << endpoint.toStdString();
     // With a key exchange that the certificate's key can open later; without an authenticated cipher.
     for (const auto &[cipher, code] :
@@ -217,6 +385,26 @@ TEST(ServiceProgramTest, ARunFromEndToEndInLittleMemory)
     }
     const auto begun = Connect(endpoint, GetOf(SessionAt(endpoint), "NET-101"));
     EXPECT_EQ(StatusOf(Receive(*begun, "\r\n\r\n")), 200);
+    const auto subject
+        = [&] { return Connect(endpoint, PostOf("LIST;"))->peerCertificate().subjectInfo("CN").join(QString()); };
+    EXPECT_EQ(subject(), u"first"_s);
+    MakeCertificate(u"second"_s);
+    Signal(slow, SIGHUP);
+    QByteArray log;
+    const auto isLogged = [&](const char *event) {
+        slow.waitForReadyRead(1);
+        log += slow.readAllStandardError();
+        return log.contains(QByteArray("event=certificate_") + event);
+    };
+    Await([&] { return isLogged("loaded"); });
+    EXPECT_EQ(subject(), u"second"_s);
+    // A download that was begun with the first goes on.
+    EXPECT_TRUE(begun->waitForReadyRead(Patience));
+    MakeCertificate(u"third"_s);
+    Sandbox::WriteFile(Sandbox::Path(u"chain.pem"_s), "no certificate");
+    Signal(slow, SIGHUP);
+    Await([&] { return isLogged("kept reason=\"The certificate or its key cannot be used: "); });
+    EXPECT_EQ(subject(), u"second"_s);
     Signal(slow, SIGINT);
     EXPECT_EQ(EndOf(slow), Outcome{});
     EXPECT_LT(Receive(*begun).size(), 10);
