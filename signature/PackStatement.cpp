@@ -52,7 +52,7 @@ PackStatement PackStatement::FromText(QByteArrayView text)
     statement.Version = value(2).toInt();
     statement.Date = QDateTime::fromString(value(3), Qt::ISODate);
     statement.Signer = QStringList(parts.mid(4)).join(u"; "_s).section(u'=', 1);
-    if (!statement.Date.isValid() || statement.ToText().toUtf8() != text)
+    if (!statement.Date.isValid() || statement.Date.timeSpec() != Qt::UTC || statement.ToText().toUtf8() != text)
         throw Refused(u"what the signature states cannot be read"_s);
     statement.Require();
     return statement;
