@@ -11,5 +11,6 @@ int DumpExam(const QStringList &arguments);
 int CheckPaths(const QStringList &arguments);
 int Print(const QStringList &arguments);
 int Pack(const QStringList &arguments);
+int Key(const QStringList &arguments);
 
 }

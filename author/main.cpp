@@ -33,8 +33,10 @@ int main(int argc, char **argv)
                         {
                             { u"build"_s, u"makes a package folder from question banks"_s, Command::Build },
                             { u"dump"_s, u"prints an exam file as JSON"_s, Command::DumpExam },
-                            { u"check"_s, u"reports the faults of exam files and package folders"_s, Command::CheckPaths },
+                            { u"check"_s, u"reports the faults of exam files, package folders and packs"_s,
+                              Command::CheckPaths },
                             { u"print"_s, u"makes a PDF of an exam on paper, and its key"_s, Command::Print },
                             { u"pack"_s, u"makes a program that installs a package"_s, Command::Pack },
+                            { u"key"_s, u"makes a key that signs packs"_s, Command::Key },
                         });
 }

@@ -7,6 +7,7 @@
 #include "common/Registry.h"
 #include "download/Credentials.h"
 #include "download/view/frmExamDownloader.h"
+#include "protocol/ServiceKey.h"
 #include "ui/Messages.h"
 #include "ui/Theme.h"
 
@@ -121,7 +122,7 @@ int main(int argc, char **argv)
     Theme::Apply(application);
     NoBoxes boxes;
     SetMessagePort(&boxes);
-    Registry::WriteValue(Credentials::RegistryKey, Credentials::EndpointName, QFile::decodeName(argv[1]), Registry::Text,
+    Registry::WriteValue(ServiceKey, Credentials::EndpointName, QFile::decodeName(argv[1]), Registry::Text,
                          Registry::CurrentUser);
 
     frmExamDownloader window(nullptr);

@@ -5,6 +5,7 @@
 #include "common/Error.h"
 #include "common/Registry.h"
 #include "model/CryptoAPI.h"
+#include "protocol/ServiceKey.h"
 
 #include <QSysInfo>
 
@@ -12,7 +13,6 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace Credentials {
 
-const QString RegistryKey = u"Software\\Practorum\\PackCourier"_s;
 const QString EndpointName = u"Endpoint"_s;
 
 namespace {
@@ -31,7 +31,7 @@ QString PassPhrase()
 QVariant Value(const QString &name)
 {
     try {
-        return Registry::ReadValue(Registry::CurrentUser, RegistryKey, name);
+        return Registry::ReadValue(Registry::CurrentUser, ServiceKey, name);
     } catch (const Error &) {
         // Nothing has been stored yet, or it cannot be read.
         return {};
@@ -52,8 +52,8 @@ Pair Load()
 
 void Store(const Pair &pair)
 {
-    Registry::WriteValue(RegistryKey, UserIDName, pair.UserID, Registry::Text, Registry::CurrentUser);
-    Registry::WriteValue(RegistryKey, PasswordName,
+    Registry::WriteValue(ServiceKey, UserIDName, pair.UserID, Registry::Text, Registry::CurrentUser);
+    Registry::WriteValue(ServiceKey, PasswordName,
                          CryptoAPI::EncryptText(pair.Password, PassPhrase(), CryptoAPI::CipherRC4, CryptoAPI::HashMD5),
                          Registry::Binary, Registry::CurrentUser);
 }
@@ -62,7 +62,7 @@ void Forget()
 {
     for (const QString &name : { UserIDName, PasswordName }) {
         try {
-            Registry::DeleteValue(RegistryKey, name, Registry::CurrentUser);
+            Registry::DeleteValue(ServiceKey, name, Registry::CurrentUser);
         } catch (const Error &) {
             // It was not there, or cannot be forgotten; the window closes all the same.
         }

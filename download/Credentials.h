@@ -8,9 +8,7 @@
 // by accident, no more than that (model/CryptoAPI.h).
 namespace Credentials {
 
-// Under Registry::CurrentUser.
-extern const QString RegistryKey;
-// The text under the key that takes the place of the built-in address.
+// The text under ServiceKey that takes the place of the built-in address.
 extern const QString EndpointName;
 
 // As they were typed, not trimmed. Empty when nothing is remembered.

@@ -7,6 +7,7 @@
 #include "download/DownloadText.h"
 #include "model/Globals.h"
 #include "model/IO.h"
+#include "signature/PackTrust.h"
 
 #include <QCoreApplication>
 
@@ -59,10 +60,10 @@ template <class Sender, class Signal, class Handler> void DownloadRun::On(Sender
     });
 }
 
-void DownloadRun::SetTimeouts(int connectTimeout, int idleTimeout, int headerTimeout)
+void DownloadRun::SetTimes(const Transfer::Times &times)
 {
-    icRequestDispatcher.SetTimeouts(connectTimeout, idleTimeout, headerTimeout);
-    icDownloader.SetTimeouts(connectTimeout, idleTimeout, headerTimeout);
+    icRequestDispatcher.SetTimes(times);
+    icDownloader.SetTimes(times);
 }
 
 void DownloadRun::Enter(State state)
@@ -267,10 +268,15 @@ void DownloadRun::Install(const QString &examID)
     try {
         if (!m_oDownloader.IsComplete())
             throw Error(InvalidCall, m_downloadFailure);
-        m_oDownloader.File().MakeRunnable();
         m_port.InstallationStarts(examID);
-        m_oDownloader.File().Run();
-        m_oDownloader.File().Remove();
+        PackFile &pack = m_oDownloader.File();
+        const auto statement = PackTrust::Check(pack.OpenForCheck(), examID);
+        pack.MakeRunnable();
+        const qint32 exitCode = pack.Run();
+        pack.Remove();
+        // Older packs are refused from then on, so only what has been installed counts.
+        if (statement && exitCode == 0)
+            PackTrust::Remember(*statement);
     } catch (const Error &error) {
         // The box that follows says no more than that it failed.
         Common::Log(u"Installation of %1 (%2) failed: %3"_s.arg(examID.left(LongestLoggedName),

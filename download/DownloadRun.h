@@ -70,7 +70,7 @@ public:
 
     State CurrentState() const { return m_state; }
     // Of both transfers; see there.
-    void SetTimeouts(int connectTimeout, int idleTimeout, int headerTimeout);
+    void SetTimes(const Transfer::Times &times);
     // The action button, with what stands in the entries: starts a run with both
     // trimmed, or ends the run and closes the window. Credentials are stored as
     // they stand, if they are to be remembered; that they cannot be stored is

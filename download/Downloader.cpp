@@ -106,8 +106,16 @@ void Downloader::ReceiveBody()
 {
     qint64 eventsAt = m_clock.Elapsed().count();
     qint64 written = 0;
+    int restarts = m_transfer->Restarts();
     while (m_state == State::Fetching) {
         const QByteArray chunk = m_transfer->GetChunk(ChunkBytes);
+        if (restarts != m_transfer->Restarts() && !m_transfer->IsBrokenOff()) {
+            restarts = m_transfer->Restarts();
+            m_fileSize = AnnouncedSize();
+            m_downloaded = 0;
+            written = 0;
+            m_file.StartOver();
+        }
         if (chunk.isEmpty())
             break;
         m_file.Write(chunk.constData(), chunk.size());

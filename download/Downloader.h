@@ -28,9 +28,11 @@ public:
     const QString &FileName() const { return m_fileName; }
     // Path and name joined.
     QString TargetFile() const;
-    // Bytes, as the server announced them; 0 until its answer has begun.
+    // Bytes, as the server announced them; 0 until its answer has begun. Another
+    // size when it has begun again with another version of the file.
     qint32 FileSize() const { return m_fileSize; }
-    // Bytes written, never more than FileSize.
+    // Bytes written, never more than FileSize. 0 again when the file had to be
+    // begun again.
     qint32 Downloaded() const { return m_downloaded; }
     // Bytes of the last measuring window of at least one second, not divided by its
     // length; 0 before the first one has ended. A new download does not reset it.

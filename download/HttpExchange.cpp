@@ -21,10 +21,8 @@ constexpr qint64 FrameAllowance = 1024 * 1024;
 curl_slist *HeadersOf(const HttpRequest &request)
 {
     curl_slist *list = nullptr;
-    for (const QByteArray &line : { request.Header, QByteArray("Accept-Encoding: identity"), QByteArray("Expect:") }) {
-        if (!line.isEmpty())
-            list = curl_slist_append(list, line.constData());
-    }
+    for (const QByteArray &line : request.Headers + QByteArrayList{ "Accept-Encoding: identity", "Expect:" })
+        list = curl_slist_append(list, line.constData());
     return list;
 }
 
@@ -56,6 +54,8 @@ HttpExchange::HttpExchange(CurlLoop &loop, const HttpRequest &request)
     set(CURLOPT_QUICK_EXIT, 1L);
     set(CURLOPT_BUFFERSIZE, ReadBuffer);
     set(CURLOPT_HTTPHEADER, m_headers);
+    // A service has packs for several systems.
+    set(CURLOPT_USERAGENT, PRACTORIUM_USER_AGENT);
     if (!m_isFetching) {
         set(CURLOPT_POSTFIELDSIZE, long(request.Body.size()));
         set(CURLOPT_COPYPOSTFIELDS, request.Body.constData());

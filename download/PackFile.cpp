@@ -6,10 +6,10 @@
 
 using namespace Qt::Literals::StringLiterals;
 
-void PackFile::Run() const
+qint32 PackFile::Run() const
 {
     try {
-        Common::SyncShell(u'"' + RunPath().replace(u"\""_s, u"\"\"\""_s) + u'"');
+        return Common::SyncShell(u'"' + RunPath().replace(u"\""_s, u"\"\"\""_s) + u'"');
     } catch (const Error &error) {
         const QString reason = Common::ShownText(Common::SystemErrorText(Common::LastSystemError())).trimmed();
         throw Error(error.Number(), error.Description() + u": "_s + reason, error.Source());

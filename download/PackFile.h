@@ -3,14 +3,15 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <memory>
 
 // The file that a pack is downloaded into and run from. It lies in a folder
 // that is everybody's, so it is created anew for this user alone, never through
 // a link and never over a file that is there, and it is run only if it is still
 // the file that was created. Creating, writing and closing raise the system's
-// error. Calls come in this order: Create, Write, Close, MakeRunnable, Run,
-// Remove; after Abandon only Create or Remove. None of them runs events. Whether
+// error. Calls come in this order: Create, Write, Close, OpenForCheck, MakeRunnable,
+// Run, Remove; after Abandon only Create or Remove. None of them runs events. Whether
 // every byte has arrived is for the caller to know.
 class PackFile {
 public:
@@ -25,6 +26,8 @@ public:
     // Collects bytes and hands them to the disk in larger pieces: an error of the
     // disk may be raised only by a later Write or by Close.
     void Write(const char *bytes, qint64 count);
+    // Throws away all that was written since Create. Raises the system's error.
+    void StartOver();
     // Nothing happens when none is open.
     void Close();
     // Closes the file without what has not been written yet; raises nothing.
@@ -32,6 +35,10 @@ public:
     // As given to Create; empty before.
     const QString &Path() const { return m_path; }
 
+    // The complete file, open for reading until MakeRunnable: a descriptor, or a handle that
+    // keeps everybody from writing. Raises InvalidCall when the file is no longer
+    // the one that was created, and the system's error.
+    std::intptr_t OpenForCheck();
     // Makes the file a program and closes it if need be. Raises InvalidCall when it
     // is no longer the one that was created, when another user could exchange it
     // or when its disk allows no programs (the last two not on Windows), and the
@@ -40,9 +47,9 @@ public:
     // The path to run it by, once it is runnable: it leads to the file that was
     // checked, on Windows whatever becomes of links in Path meanwhile.
     QString RunPath() const;
-    // Runs it and blocks until its end; the exit code does not matter. Raises what
+    // Runs it, blocks until its end and returns the exit code. Raises what
     // Common::SyncShell raises, with the system's reason behind the description.
-    void Run() const;
+    qint32 Run() const;
     // Removes the file that was created. Raises InvalidCall when it is gone, or
     // another one is at its place, which stays, and InvalidCall or the system's
     // error when it cannot be removed. On Windows it blocks for up to five seconds

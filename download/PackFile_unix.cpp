@@ -16,6 +16,7 @@
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
+#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -54,6 +55,7 @@ void CheckFolder(const QString &folder)
 
 struct PackFile::System {
     UniqueHandle File;
+    UniqueHandle Reader; // of what is checked before it becomes a program
     dev_t Device = 0;
     ino_t Node = 0;
     QByteArray Pending;
@@ -66,8 +68,13 @@ struct PackFile::System {
 
     bool IsStill(const QByteArray &path, struct stat &status) const
     {
-        return lstat(path.constData(), &status) == 0 && S_ISREG(status.st_mode) && status.st_dev == Device
-            && status.st_ino == Node && status.st_uid == geteuid() && status.st_nlink == 1;
+        return lstat(path.constData(), &status) == 0 && Is(status);
+    }
+
+    bool Is(const struct stat &status) const
+    {
+        return S_ISREG(status.st_mode) && status.st_dev == Device && status.st_ino == Node && status.st_uid == geteuid()
+            && status.st_nlink == 1;
     }
 };
 
@@ -95,6 +102,12 @@ void PackFile::Write(const char *bytes, qint64 count)
         m_system->WritePending();
 }
 
+void PackFile::StartOver()
+{
+    m_system->Pending.clear();
+    Common::CheckApiResult(ftruncate(m_system->File, 0) == 0 && lseek(m_system->File, 0, SEEK_SET) == 0);
+}
+
 void PackFile::Close()
 {
     if (!m_system || !m_system->File.IsOpen())
@@ -105,8 +118,24 @@ void PackFile::Close()
 
 void PackFile::Abandon()
 {
-    if (m_system)
+    if (m_system) {
         m_system->File.Close();
+        m_system->Reader.Close();
+    }
+}
+
+// The handle that writes cannot stay: the system runs no file that is open for writing.
+std::intptr_t PackFile::OpenForCheck()
+{
+    if (!m_system)
+        throw Exchanged();
+    Close();
+    m_system->Reader = UniqueHandle(open(QFile::encodeName(m_path).constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status = {};
+    Common::CheckApiResult(m_system->Reader.IsOpen() && fstat(m_system->Reader, &status) == 0);
+    if (!m_system->Is(status))
+        throw Exchanged();
+    return m_system->Reader;
 }
 
 void PackFile::MakeRunnable()
@@ -114,6 +143,8 @@ void PackFile::MakeRunnable()
     if (!m_system)
         throw Exchanged();
     Close();
+    // Open up to the end of the look at the path: no other file can have the same number.
+    const UniqueHandle checked = std::move(m_system->Reader);
     const QByteArray path = QFile::encodeName(m_path);
     struct stat status = {};
     CheckFolder(IO::GetFolder(m_path));

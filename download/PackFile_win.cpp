@@ -198,6 +198,12 @@ void PackFile::Write(const char *bytes, qint64 count)
         m_system->WritePending();
 }
 
+void PackFile::StartOver()
+{
+    m_system->Pending.clear();
+    Common::CheckApiResult(SetFilePointerEx(m_system->File, {}, nullptr, FILE_BEGIN) && SetEndOfFile(m_system->File));
+}
+
 // The system runs no file that is open for writing. A handle that only reads
 // takes over before the other goes, and one that lets nobody write follows.
 void PackFile::Close()
@@ -223,11 +229,17 @@ void PackFile::Abandon()
 
 void PackFile::MakeRunnable()
 {
+    OpenForCheck();
+}
+
+std::intptr_t PackFile::OpenForCheck()
+{
     if (!m_system)
         throw Exchanged();
     Close();
     if (!m_system->IsSame(m_system->File))
         throw Exchanged();
+    return reinterpret_cast<std::intptr_t>(static_cast<HANDLE>(m_system->File));
 }
 
 // The file and every folder on the way to it stay where they are while it is

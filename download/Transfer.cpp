@@ -51,20 +51,16 @@ Transfer::~Transfer()
     Cancel();
 }
 
-void Transfer::SetTimeouts(int connectTimeout, int idleTimeout, int headerTimeout)
-{
-    m_connectTimeout = connectTimeout;
-    m_idleTimeout = idleTimeout;
-    m_headerTimeout = headerTimeout;
-}
-
 void Transfer::Execute(const QString &url, const QByteArray &operation, const QByteArray &body, const QByteArray &header)
 {
     const QUrl address = AddressOf(url);
     if (StillExecuting() || !IsWeb(address))
         throw Error::RunTime(InvalidCall, u"Transfer::Execute()"_s);
-    m_request = { {}, operation, body, header };
+    m_firstAddress = address;
+    m_firstRequest = m_request = { {}, operation, body, header.isEmpty() ? QByteArrayList() : QByteArrayList{ header } };
     m_redirections = 0;
+    m_resumption.Reset();
+    m_break.reset();
     ++m_serial;
     m_stage = Stage::Idle;
     m_responseCode = 0;
@@ -88,7 +84,7 @@ void Transfer::Request(const QUrl &address)
 void Transfer::Enter(Stage stage)
 {
     m_stage = stage;
-    m_timer.start(stage == Stage::Connecting ? m_connectTimeout : stage == Stage::InHeaders ? m_headerTimeout : m_idleTimeout);
+    m_timer.start(stage == Stage::Connecting ? m_times.Connect : stage == Stage::InHeaders ? m_times.Headers : m_times.Idle);
 }
 
 // From the event loop: whoever executes a request, or reads a body, must not be
@@ -118,8 +114,13 @@ void Transfer::Cancel()
     BreakOff();
 }
 
+// A try to get the rest that fails is followed by the next.
 void Transfer::Fail(qint32 code, const QString &text)
 {
+    if (m_break) {
+        Retry();
+        return;
+    }
     m_responseCode = code;
     m_responseInfo = text;
     Raise(Failed);
@@ -129,16 +130,70 @@ void Transfer::Fail(qint32 code, const QString &text)
 void Transfer::TimeIsUp()
 {
     const bool isReceiving = m_stage == Stage::Receiving;
+    const QString text = isReceiving ? u"The server does not go on"_s : u"The server does not answer"_s;
     // It is not the server that is idle while nobody fetches what has arrived.
-    if (isReceiving && m_exchange->Available() > 0)
+    if (isReceiving && HasMore())
         Enter(Stage::Receiving);
+    else if (m_stage == Stage::Pausing)
+        RequestAgain();
+    else if (isReceiving && m_resumption.IsPossible())
+        CutShort({ true, CURLE_OPERATION_TIMEDOUT, text });
     else
-        Fail(CURLE_OPERATION_TIMEDOUT, isReceiving ? u"The server does not go on"_s : u"The server does not answer"_s);
+        Fail(CURLE_OPERATION_TIMEDOUT, text);
+}
+
+void Transfer::CutShort(const Break &reason)
+{
+    m_timer.stop();
+    m_stage = Stage::CutShort;
+    m_break = reason;
+    Q_EMIT Advanced({});
+}
+
+// Has the rest asked for after a pause, if there is to be another try; the break is
+// final otherwise.
+void Transfer::Retry()
+{
+    m_exchange.reset();
+    if (const auto pause = m_resumption.NextPause(m_times.Pause)) {
+        m_stage = Stage::Pausing;
+        m_timer.start(*pause);
+        return;
+    }
+    m_timer.stop();
+    const Break reason = *std::exchange(m_break, std::nullopt);
+    if (reason.IsFailure) {
+        Fail(reason.Code, reason.Text);
+        return;
+    }
+    m_stage = Stage::Lost;
+    m_lossText = reason.Text;
+    Q_EMIT Advanced({});
+}
+
+// From the address at which the file was asked for first: what it redirected to may
+// have been for that moment only.
+void Transfer::RequestAgain()
+{
+    m_redirections = 0;
+    m_request = m_firstRequest;
+    m_request.Headers += m_resumption.Headers();
+    Start(m_firstAddress);
+}
+
+// Requests from below the event loop, where nothing may be raised.
+void Transfer::Start(const QUrl &address)
+{
+    try {
+        Request(address);
+    } catch (const std::exception &) {
+        Fail(CURLE_OUT_OF_MEMORY, u"The request cannot be started"_s);
+    }
 }
 
 void Transfer::TransportHasRun(std::optional<int> result)
 {
-    if (!IsUnderWay())
+    if (!IsUnderWay() || !m_exchange)
         return;
     if (m_stage != Stage::Receiving && m_exchange->HasHeaders() && !HeadersArrived())
         return;
@@ -162,6 +217,8 @@ bool Transfer::HeadersArrived()
     const QByteArray location = m_exchange->Redirection();
     if (!location.isEmpty())
         return Redirect(location);
+    if (m_break)
+        return RestArrived();
     const QString reason = m_exchange->Reason();
     if (status >= FirstError) {
         Fail(status, reason);
@@ -169,8 +226,27 @@ bool Transfer::HeadersArrived()
     }
     m_responseCode = status;
     m_responseInfo = reason;
+    if (m_firstRequest.Operation == "GET")
+        m_resumption.Begin(*m_exchange);
     Enter(Stage::Receiving);
     Raise(Completed);
+    return true;
+}
+
+// The reader goes on with this answer, if it can.
+bool Transfer::RestArrived()
+{
+    const Resumption::Answer answer = m_resumption.Judge(*m_exchange);
+    if (answer == Resumption::Answer::Neither) {
+        Retry();
+        return false;
+    }
+    if (answer == Resumption::Answer::Whole) {
+        m_resumption.Begin(*m_exchange);
+        ++m_restarts;
+    }
+    m_break.reset();
+    Enter(Stage::Receiving);
     return true;
 }
 
@@ -183,13 +259,8 @@ bool Transfer::Redirect(const QByteArray &location)
         Fail(CURLE_UNSUPPORTED_PROTOCOL, u"The server redirects to an address that is not safe"_s);
     } else {
         if (m_exchange->Status() == SeeOther)
-            m_request = { {}, "GET" };
-        // This runs below the event loop, where nothing may be raised.
-        try {
-            Request(target);
-        } catch (const std::exception &) {
-            Fail(CURLE_OUT_OF_MEMORY, u"The request cannot be started"_s);
-        }
+            m_request = { {}, "GET", {}, m_break ? m_resumption.Headers() : QByteArrayList() };
+        Start(target);
     }
     return false;
 }
@@ -204,10 +275,11 @@ void Transfer::Ended(int result)
         Fail(result == CURLE_OK ? CURLE_WEIRD_SERVER_REPLY : result, text);
     } else if (isBroken) {
         Fail(result, text);
-    } else {
+    } else if (result == CURLE_OK) {
         m_timer.stop();
-        m_stage = result == CURLE_OK ? Stage::Arrived : Stage::CutShort;
-        m_breakText = text;
+        m_stage = Stage::Arrived;
+    } else {
+        CutShort({ false, result, text });
     }
 }
 
@@ -218,18 +290,22 @@ QByteArray Transfer::GetHeader(const QByteArray &name) const
 
 bool Transfer::IsEncoded() const
 {
-    const QByteArray encoding = GetHeader("Content-Encoding").trimmed().toLower();
-    return !encoding.isEmpty() && encoding != "identity";
+    return m_exchange && IsContentEncoded(*m_exchange);
 }
 
 QByteArray Transfer::GetChunk(qsizetype size)
 {
     const quint32 serial = m_serial;
-    const auto isWaiting = [&] { return serial == m_serial && IsUnderWay() && m_exchange->Available() == 0; };
-    while (isWaiting()) {
+    const auto hasToWait = [&] {
+        // The rest is asked for when all that came before the break has been fetched.
+        if (serial == m_serial && m_stage == Stage::CutShort && !HasMore())
+            Retry();
+        return serial == m_serial && IsUnderWay() && !HasMore();
+    };
+    while (hasToWait()) {
         // Not every loop below sees what was posted before it began.
         QCoreApplication::sendPostedEvents();
-        if (!isWaiting())
+        if (!hasToWait())
             break;
         QEventLoop wait;
         connect(this, &Transfer::Advanced, &wait, &QEventLoop::quit);
@@ -239,16 +315,17 @@ QByteArray Transfer::GetChunk(qsizetype size)
     }
     if (serial != m_serial || !StillExecuting())
         return {};
-    if (m_exchange->Available() > 0) {
+    if (HasMore()) {
         const bool wasPaused = m_exchange->IsPaused();
         const QByteArray chunk = m_exchange->Take(size);
+        m_resumption.Took(chunk.size());
         if (wasPaused && !m_exchange->IsPaused() && m_stage == Stage::Receiving)
             Enter(Stage::Receiving);
         return chunk;
     }
-    const bool isCutShort = m_stage == Stage::CutShort;
-    m_stage = isCutShort ? Stage::BrokenOff : Stage::Fetched;
-    if (isCutShort)
-        throw Error(InvalidCall, m_breakText, u"Transfer::GetChunk()"_s);
+    const bool isLost = m_stage == Stage::Lost;
+    m_stage = isLost ? Stage::BrokenOff : Stage::Fetched;
+    if (isLost)
+        throw Error(InvalidCall, m_lossText, u"Transfer::GetChunk()"_s);
     return {};
 }

@@ -2,19 +2,20 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayList>
 #include <QObject>
 #include <QString>
 
 #include <memory>
 #include <optional>
 
-// What is sent to a server. The address is http or https, all in ASCII; the
-// header, if any, is a name, a colon and a value.
+// What is sent to a server. The address is http or https, all in ASCII; each of
+// the headers is a name, a colon and a value.
 struct HttpRequest {
     QByteArray Url;
     QByteArray Operation; // the method: "GET", "POST"
     QByteArray Body = {}; // sent as it is, and not at all with GET
-    QByteArray Header = {};
+    QByteArrayList Headers = {};
 };
 
 // One request on its way and its answer, as far as it has arrived. Redirections

@@ -10,6 +10,7 @@
 #include "pack/PackContents.h"
 #include "pack/stub/Install.h"
 #include "pack/stub/PackReader.h"
+#include "signature/PackTrust.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -99,9 +100,13 @@ std::optional<Title> InstalledIn(const QString &folder)
     return TitleOf(exam);
 }
 
-Offer OfferOf(PackReader &pack)
+Offer OfferOf(PackReader &pack, const std::optional<PackStatement> &statement)
 {
     Offer offer;
+    if (statement) {
+        offer.Signer = statement->Signer;
+        offer.SignedAt = statement->Date;
+    }
     offer.Folder = ToText(pack.Folder());
     QSet<QString> names;
     PackEntry examFile;
@@ -132,8 +137,11 @@ Offer OfferOf(PackReader &pack)
 // Asks, and keeps what goes wrong for the caller.
 class Port final : public InstallPort {
 public:
-    explicit Port(const std::function<bool(const Offer &)> &agrees)
-        : m_agrees(agrees)
+    enum class Kind { Pack, Data };
+
+    Port(Kind kind, const std::function<bool(const Offer &)> &agrees)
+        : m_kind(kind)
+        , m_agrees(agrees)
     {
     }
 
@@ -141,7 +149,11 @@ public:
     bool Agrees(PackReader &pack) override
     {
         try {
-            return m_agrees(OfferOf(pack));
+            if (m_kind == Kind::Pack)
+                Statement = PackTrust::Check(pack);
+            Offer offer = OfferOf(pack, Statement);
+            offer.IsUnsigned = m_kind == Kind::Data && !PackTrust::Keys().empty();
+            return m_agrees(offer);
         } catch (...) {
             m_raised = std::current_exception();
             return false;
@@ -164,30 +176,22 @@ public:
             std::rethrow_exception(m_raised);
     }
 
+    // What is stated about a pack that must be signed.
+    std::optional<PackStatement> Statement;
+
 private:
+    const Kind m_kind;
     const std::function<bool(const Offer &)> &m_agrees;
     std::exception_ptr m_raised;
 };
 
-// Whether it is a program or ends like a pack; everything else may be an exam file.
-bool IsPack(const QString &path)
+bool InstallFile(const QString &path, Port::Kind kind, const std::function<bool(const Offer &)> &agrees)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw Refused(u"%1: %2"_s.arg(path, file.errorString()));
-    const QByteArray start = file.read(4);
-    if (start.startsWith("MZ") || start == "\177ELF")
-        return true;
-    const qint64 trailer = file.size() - static_cast<qint64>(PackFormat::TrailerBytes);
-    return trailer >= 0 && file.seek(trailer)
-        && file.read(sizeof PackFormat::Magic) == QByteArrayView(PackFormat::Magic, sizeof PackFormat::Magic);
-}
-
-bool InstallFile(const QString &path, const std::function<bool(const Offer &)> &agrees)
-{
-    Port port(agrees);
+    Port port(kind, agrees);
     const bool isInstalled = InstallPack(path.toUtf8().constData(), port) == 0;
     port.Rethrow();
+    if (isInstalled && port.Statement)
+        PackTrust::Remember(*port.Statement);
     return isInstalled;
 }
 
@@ -200,8 +204,8 @@ bool Run(const QString &path, const std::function<bool(const Offer &)> &agrees)
         throw Refused(u"%1: there is no such file or folder"_s.arg(path));
     if (!given.isDir() && !given.isFile())
         throw Refused(u"%1: it is no regular file"_s.arg(path));
-    if (given.isFile() && IsPack(given.filePath()))
-        return InstallFile(given.filePath(), agrees);
+    if (given.isFile() && PackContents::IsPack(given.filePath()))
+        return InstallFile(given.filePath(), Port::Kind::Pack, agrees);
     if (given.isFile() && given.suffix() != QStringView(ExamFormat::Extension))
         throw Refused(u"%1: it is no exam pack, exam file or folder of an exam"_s.arg(path));
 
@@ -218,7 +222,7 @@ bool Run(const QString &path, const std::function<bool(const Offer &)> &agrees)
                                   : PackContents::OfFile(given.filePath());
     PackContents::Write(pack, {}, package, [] {});
     pack.close();
-    return InstallFile(copy.Path, agrees);
+    return InstallFile(copy.Path, Port::Kind::Data, agrees);
 }
 
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <QDateTime>
 #include <QString>
 
 #include <functional>
@@ -8,7 +9,8 @@
 
 // Installs what a user was given: a pack for any system, an exam file or a package
 // folder. A pack is read as data and never run; all three go through the checks
-// and the steps that the program in front of a pack goes through.
+// and the steps that the program in front of a pack goes through. Which packs are refused for
+// their signatures: signature/PackTrust.h.
 namespace Installation {
 
 // An exam as it is shown to the user.
@@ -24,6 +26,13 @@ struct Offer {
     Title Exam;
     int Files = 0;
     qint64 Bytes = 0; // of all files
+    // Who has signed the pack, and when (UTC); empty and invalid when no signatures are
+    // required, or what was given is no pack.
+    QString Signer;
+    QDateTime SignedAt;
+    // Whether packs must be signed, and what was given is an exam file or a folder, which
+    // nobody signs.
+    bool IsUnsigned = false;
     // Exhibits that items name and that are not there.
     int MissingExhibits = 0;
     // The installed exam whose place it takes; without items when that one cannot be read.

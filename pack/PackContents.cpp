@@ -102,7 +102,7 @@ public:
     void Put(QByteArrayView bytes)
     {
         m_step();
-        m_sum.addData(bytes);
+        Sum(bytes);
         // A nearly full disk takes a part of the block; only the next write fails.
         while (!bytes.isEmpty()) {
             const qint64 count = m_file.write(bytes.data(), bytes.size());
@@ -112,7 +112,9 @@ public:
         }
     }
 
+    void Sum(QByteArrayView bytes) { m_sum.addData(bytes); }
     qint64 Position() const { return m_file.pos(); }
+    // Of all bytes up to now.
     QByteArray Digest() const { return m_sum.result(); }
 
 private:
@@ -153,6 +155,21 @@ Error Refused(const QFileDevice &file)
     return Refused(u"%1: %2"_s.arg(file.fileName(), file.errorString()));
 }
 
+bool IsPack(const QString &path)
+{
+    if (QFileInfo(path).isDir())
+        return false;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw Refused(u"%1: %2"_s.arg(path, file.errorString()));
+    const QByteArray start = file.read(4);
+    if (start.startsWith("MZ") || start == "\177ELF")
+        return true;
+    const qint64 trailer = file.size() - static_cast<qint64>(PackFormat::TrailerBytes);
+    return trailer >= 0 && file.seek(trailer)
+        && file.read(sizeof PackFormat::Magic) == QByteArrayView(PackFormat::Magic, sizeof PackFormat::Magic);
+}
+
 Package OfFolder(const QString &folder)
 {
     const QString path = AbsolutePath(folder);
@@ -189,7 +206,8 @@ Package OfFile(const QString &path)
     return { name, SourcesOf(file.path(), files) };
 }
 
-void Write(QFileDevice &file, QByteArrayView program, const Package &package, const std::function<void()> &step)
+void Write(QFileDevice &file, QByteArrayView program, const Package &package, const std::function<void()> &step,
+           const Signer &signer)
 {
     QByteArray index;
     AppendName(index, package.Name);
@@ -208,12 +226,25 @@ void Write(QFileDevice &file, QByteArrayView program, const Package &package, co
         PutContent(target, source);
 
     QByteArray trailer(PackFormat::Magic, sizeof PackFormat::Magic);
-    Append(trailer, PackFormat::Version);
+    Append(trailer, signer ? PackFormat::SignedVersion : PackFormat::Version);
     Append(trailer, static_cast<quint32>(index.size()));
     Append(trailer, indexStart);
     Append(trailer, contentBytes);
+    if (!signer) {
+        target.Put(trailer);
+        target.Put(target.Digest());
+        return;
+    }
+    target.Sum(trailer);
+    const QByteArray digest = target.Digest();
+    const QByteArray signatures = signer(digest);
+    if (signatures.isEmpty() || signatures.size() > static_cast<qsizetype>(PackFormat::MostSignatureBytes))
+        throw Refused(u"%1: its signatures take %2 bytes, which is not between 1 and %3"_s.arg(file.fileName())
+                          .arg(signatures.size())
+                          .arg(PackFormat::MostSignatureBytes));
+    target.Put(signatures);
     target.Put(trailer);
-    target.Put(target.Digest());
+    target.Put(QCryptographicHash::hash(digest + signatures, QCryptographicHash::Sha256));
 }
 
 }

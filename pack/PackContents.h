@@ -35,10 +35,20 @@ Package OfFolder(const QString &folder);
 // same.
 Package OfFile(const QString &path);
 
-// Writes the program, which may be empty, and the package behind it to an open file.
-// That is unbuffered, so that every write reports its own failure. step is called before
-// each block; an exception of it ends the work. Raises InvalidCall.
-void Write(QFileDevice &file, QByteArrayView program, const Package &package, const std::function<void()> &step);
+// Returns the texts of the signatures for a pack with that digest, at most
+// PackFormat::MostSignatureBytes; packformat/PackFormat.h says what that is.
+using Signer = std::function<QByteArray(const QByteArray &digest)>;
+
+// Writes the program, which may be empty, and the package behind it to an open file,
+// signed if there is a signer. The file is unbuffered, so that every write reports its own
+// failure. step is called before each block; an exception of it or of the signer ends the
+// work. Raises InvalidCall.
+void Write(QFileDevice &file, QByteArrayView program, const Package &package, const std::function<void()> &step,
+           const Signer &signer = {});
+
+// Whether the file is a program or ends like a pack; everything else may be an exam file.
+// Raises InvalidCall if it cannot be read; a folder is no pack.
+bool IsPack(const QString &path);
 
 // InvalidCall with that text, and with what has just failed on the file.
 Error Refused(const QString &text);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "pack/Packer.h"
 
-#include "pack/PackContents.h"
 #include "pack/StubBytes.h"
 
 #include <QFileInfo>
@@ -28,7 +27,8 @@ void CheckTarget(const QString &file, bool replace)
 
 }
 
-void Write(const QString &folder, const QString &file, Platform platform, bool replace, const std::function<void()> &step)
+void Write(const QString &folder, const QString &file, Platform platform, bool replace, const std::function<void()> &step,
+           const PackContents::Signer &signer)
 {
     const QByteArrayView stub = StubBytes(platform);
     if (stub.isEmpty()) {
@@ -42,7 +42,7 @@ void Write(const QString &folder, const QString &file, Platform platform, bool r
     QSaveFile pack(file);
     if (!pack.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         throw Refused(pack);
-    PackContents::Write(pack, stub, package, step);
+    PackContents::Write(pack, stub, package, step, signer);
     const QFile::Permissions read = pack.permissions() & (QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
     // The bit to run stands two places below the bit to read.
     const auto run = QFile::Permissions::fromInt(read.toInt() >> 2);

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QString>
-
-#include <functional>
+#include "pack/PackContents.h"
 
 // Makes packs; docs/pack-file.md shows what they look like.
 namespace Packer {
@@ -21,9 +19,10 @@ constexpr Platform OwnPlatform = Platform::PRACTORIUM_OWN_PLATFORM;
 // The package must contain the exam file of its name, which must load, and apart
 // from it only regular files whose names PackFormat::IsPlainName accepts.
 //
-// step is called before each block is written and before the file appears; an
-// exception of it ends the work. Raises InvalidCall, also when this build has no
+// The pack is signed if there is a signer. step is called before each block is written and before the file appears; an
+// exception of it or of the signer ends the work. Raises InvalidCall, also when this build has no
 // stub for the platform, or what loading the exam raises.
-void Write(const QString &folder, const QString &file, Platform platform, bool replace, const std::function<void()> &step);
+void Write(const QString &folder, const QString &file, Platform platform, bool replace, const std::function<void()> &step,
+           const PackContents::Signer &signer = {});
 
 }

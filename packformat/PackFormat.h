@@ -11,10 +11,11 @@
 // The layout of a pack, the program that installs one exam, as packer, stub and
 // tests share it. docs/pack-file.md shows it byte by byte:
 //
-//   stub      the program that the system runs
-//   index     the package folder's name, then name and size of each file
-//   contents  the files, one behind the other in the order of the index
-//   trailer   TrailerBytes at the very end, the sum last
+//   stub        the program that the system runs
+//   index       the package folder's name, then name and size of each file
+//   contents    the files, one behind the other in the order of the index
+//   signatures  texts, in a signed pack alone
+//   trailer     TrailerBytes at the very end, the sum last
 //
 // All numbers are little-endian and unsigned. A name is a 16-bit count and so many
 // bytes of UTF-8; a size has 64 bits. Nothing here raises or takes memory, since
@@ -23,15 +24,18 @@ namespace PackFormat {
 
 // At the start of the trailer, without a NUL.
 constexpr char Magic[] = { 'P', 'R', 'A', 'C', 'P', 'A', 'C', 'K' };
-// Of this layout; a reader refuses any other.
+// Of this layout, without and with signatures; a reader refuses any other.
 constexpr std::uint32_t Version = 1;
+constexpr std::uint32_t SignedVersion = 2;
 
 // Where the fields of the trailer stand in it.
 constexpr std::size_t VersionAt = 8; // 32 bits
 constexpr std::size_t IndexBytesAt = 12; // 32 bits, the length of the index
 constexpr std::size_t IndexStartAt = 16; // 64 bits, from the start of the file
 constexpr std::size_t ContentBytesAt = 24; // 64 bits, the sum of all sizes
-constexpr std::size_t DigestAt = 32; // SHA-256 (FIPS 180-4) of every byte before it
+// SHA-256 (FIPS 180-4). The digest of a pack is that of stub, index, contents and the numbers
+// of the trailer. In a signed pack the digest of that digest and the signatures stands here.
+constexpr std::size_t DigestAt = 32;
 constexpr std::size_t DigestBytes = 32;
 constexpr std::size_t TrailerBytes = DigestAt + DigestBytes;
 
@@ -39,6 +43,7 @@ constexpr std::size_t TrailerBytes = DigestAt + DigestBytes;
 // more than MostIndexBytes for its index.
 constexpr std::size_t LongestName = 200; // bytes
 constexpr std::size_t MostFiles = 10'000;
+constexpr std::size_t MostSignatureBytes = 4096;
 constexpr std::size_t NameCountBytes = 2;
 constexpr std::size_t SizeBytes = 8;
 constexpr std::size_t MostIndexBytes = NameCountBytes + LongestName + MostFiles * (NameCountBytes + LongestName + SizeBytes);

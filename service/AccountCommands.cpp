@@ -3,7 +3,7 @@
 
 #include "common/Error.h"
 #include "service/Password.h"
-#include "service/PasswordPrompt.h"
+#include "console/PasswordPrompt.h"
 #include "service/Store.h"
 
 #include <QFile>

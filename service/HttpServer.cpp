@@ -6,6 +6,7 @@
 #include "service/ConnectionTable.h"
 #include "service/ListenAddress.h"
 #include "service/PackResponse.h"
+#include "service/PackSums.h"
 #include "service/RequestHeaders.h"
 #include "service/Workers.h"
 
@@ -34,6 +35,7 @@ constexpr qsizetype LongestDiscardedBody = 1024 * 1024;
 constexpr const char *TlsPriorities = "NORMAL:-VERS-ALL:+VERS-TLS1.3:+VERS-TLS1.2:-KX-ALL:+ECDHE-ECDSA:+ECDHE-RSA:"
                                       "-CIPHER-ALL:+AES-256-GCM:+CHACHA20-POLY1305:+AES-128-GCM:-MAC-ALL:+AEAD";
 constexpr const char *RetryAfter = "5"; // seconds
+constexpr const char *PackType = "application/octet-stream";
 
 // The options of libmicrohttpd for HTTPS; none for HTTP.
 std::vector<MHD_OptionItem> TlsOptions(const HttpServer::Options &options)
@@ -63,7 +65,6 @@ MHD_Result Send(MHD_Connection *connection, unsigned status, MHD_Response *respo
         return MHD_NO;
     MHD_add_response_header(response, MHD_HTTP_HEADER_CONTENT_TYPE, type);
     MHD_add_response_header(response, MHD_HTTP_HEADER_CACHE_CONTROL, "no-store");
-    MHD_add_response_header(response, MHD_HTTP_HEADER_ACCEPT_RANGES, "none");
     if (status == MHD_HTTP_METHOD_NOT_ALLOWED)
         MHD_add_response_header(response, MHD_HTTP_HEADER_ALLOW, "GET, HEAD, POST");
     if (status == MHD_HTTP_TOO_MANY_REQUESTS)
@@ -93,12 +94,15 @@ public:
         , m_connections(clock, options.RequestTimeout, options.ConnectionsPerNetwork)
         , m_workers(options.LoginThreads, options.MaximumWaitingLogins)
     {
+        if (m_options.AccelPrefix.isEmpty())
+            m_sums.RequestAll({ m_options.Packs, m_options.Packs + u"/windows"_s, m_options.Packs + u"/linux"_s });
         Start();
     }
     ~Implementation()
     {
         // Resumes all connections; the library cannot stop before.
         m_workers.Close();
+        m_sums.Close();
         MHD_stop_daemon(m_daemon);
         if (m_stopped != MHD_INVALID_SOCKET)
             ::close(m_stopped);
@@ -124,6 +128,7 @@ private:
         // The reply of a login that had to wait; no status before.
         unsigned Status = 0;
         QByteArray Message;
+        bool HasWaited = false; // for the digest of a pack
         // The session in use by a download.
         std::optional<Sessions::Use> Session;
     };
@@ -144,7 +149,8 @@ private:
     MHD_Result Begin(MHD_Connection *connection, const char *version, Request &request);
     MHD_Result Answer(MHD_Connection *connection, const char *path, QByteArrayView method, Request &request);
     MHD_Result AnswerPost(MHD_Connection *connection, Request &request);
-    MHD_Result AnswerGet(MHD_Connection *connection, Request &request);
+    MHD_Result AnswerGet(MHD_Connection *connection, QByteArrayView method, Request &request);
+    MHD_Result SendPack(MHD_Connection *connection, QByteArrayView method, OpenPack pack, Request &request);
 
     void CheckLogin(Request &request, bool isCancelled);
 
@@ -155,6 +161,7 @@ private:
     std::optional<Certificate> m_certificate;
     ConnectionTable m_connections;
     Workers m_workers;
+    PackSums m_sums;
     MHD_Daemon *m_daemon = nullptr;
     std::atomic<bool> m_isStopping = false;
     MHD_socket m_stopped = MHD_INVALID_SOCKET; // listened on until StopAccepting
@@ -338,7 +345,7 @@ MHD_Result HttpServer::Implementation::Answer(MHD_Connection *connection, const 
     if (method == QByteArrayView("POST"))
         return AnswerPost(connection, request);
     if (method == QByteArrayView("GET") || method == QByteArrayView("HEAD"))
-        return AnswerGet(connection, request);
+        return AnswerGet(connection, method, request);
     return SendText(connection, MHD_HTTP_METHOD_NOT_ALLOWED, "GET, HEAD or POST.\n");
 }
 
@@ -373,7 +380,7 @@ void HttpServer::Implementation::CheckLogin(Request &request, bool isCancelled)
         request.Message = m_responder.Answer(request.Body, request.Network);
 }
 
-MHD_Result HttpServer::Implementation::AnswerGet(MHD_Connection *connection, Request &request)
+MHD_Result HttpServer::Implementation::AnswerGet(MHD_Connection *connection, QByteArrayView method, Request &request)
 {
     const QString exam = Argument(connection, "eid");
     Responder::Authorization authorization = m_responder.AuthorizeDownload(Argument(connection, "sid"), exam);
@@ -385,13 +392,42 @@ MHD_Result HttpServer::Implementation::AnswerGet(MHD_Connection *connection, Req
         return SendText(connection, MHD_HTTP_NOT_FOUND, "There is no such exam.\n");
     if (authorization.Result == Responder::Access::NotBought)
         return SendText(connection, MHD_HTTP_FORBIDDEN, "You do not have this exam.\n");
-    auto pack = OpenPackOf(m_options.Packs, exam);
+    const QByteArray program = RequestHeaders(connection).ValuesOf(MHD_HTTP_HEADER_USER_AGENT).join(' ');
+    auto pack = OpenPackOf(m_options.Packs, SystemFolderOf(program), exam);
     if (!pack)
         return SendText(connection, MHD_HTTP_NOT_FOUND, "The pack of this exam is not there.\n");
-    request.PackBytes = pack->Size;
     request.Session.emplace(*std::move(authorization.Session));
-    return Send(connection, MHD_HTTP_OK, MakePackResponse(*std::move(pack), m_options.BytesPerSecond),
-                "application/octet-stream");
+    return SendPack(connection, method, *std::move(pack), request);
+}
+
+MHD_Result HttpServer::Implementation::SendPack(MHD_Connection *connection, QByteArrayView method, OpenPack pack,
+                                                Request &request)
+{
+    if (!m_options.AccelPrefix.isEmpty() && m_options.Proxies.Contains(EntryOf(connection)->Peer)) {
+        MHD_Response *response = MHD_create_response_from_buffer(0, nullptr, MHD_RESPMEM_PERSISTENT);
+        const QByteArray path = m_options.AccelPrefix.toUtf8() + pack.Path;
+        MHD_add_response_header(response, "X-Accel-Redirect", path.constData());
+        return Send(connection, MHD_HTTP_OK, response, PackType);
+    }
+    const PackConditions conditions(RequestHeaders(connection), method);
+    const QByteArray digest = m_sums.Find(pack.Version);
+    if (digest.isEmpty() && conditions.NeedTag() && !request.HasWaited) {
+        // Otherwise an interrupted download would have to begin again each time
+        // that the service has been started. Suspended first, because the
+        // connection may be resumed before Request returns.
+        request.HasWaited = true;
+        MHD_suspend_connection(connection);
+        if (!m_sums.Request(pack, [connection] { MHD_resume_connection(connection); }))
+            MHD_resume_connection(connection);
+        return MHD_YES;
+    }
+    if (digest.isEmpty())
+        m_sums.Request(pack);
+    const PackConditions::Part part = conditions.Choose(pack.Version.Size, TagOf(digest));
+    const bool hasBody
+        = method == QByteArrayView("GET") && (part.Status == MHD_HTTP_OK || part.Status == MHD_HTTP_PARTIAL_CONTENT);
+    request.PackBytes = hasBody ? part.Size : 0;
+    return Send(connection, part.Status, MakePackResponse(std::move(pack), part, digest, m_options.BytesPerSecond), PackType);
 }
 
 HttpServer::HttpServer(Responder &responder, Metrics &metrics, const Options &options, const Clock &clock)

@@ -20,7 +20,13 @@ public:
     struct Options {
         QString Address = QStringLiteral("127.0.0.1"); // an IP address
         quint16 Port = 0; // 0: any free one
-        QString Packs; // folder with a file EXAM.exe for each exam
+        // Folder with a file EXAM.exe for each exam; in its folders "windows" and
+        // "linux" those for one system, which come first.
+        QString Packs;
+        // The path, such as "/packs/", under which a trusted proxy that knows
+        // X-Accel-Redirect sends the files of that folder by itself. Empty: the
+        // service sends them.
+        QString AccelPrefix;
         // For trials on one machine: bytes of packs that each of the threads
         // sends per second; 0: unlimited.
         quint32 BytesPerSecond = 0;

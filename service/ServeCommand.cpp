@@ -11,6 +11,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <atomic>
 
@@ -36,7 +37,13 @@ void Describe(QCommandLineParser &parser)
         "printed to the standard output as soon as it accepts connections. Users, exams and packs may be changed meanwhile; "
         "replace a pack by renaming a new file to its name. SIGHUP reads the certificate and its key again."_s);
     parser.addOptions({
-        { u"packs"_s, u"The folder that contains the pack of each exam as EXAM.exe."_s, u"DIR"_s },
+        { u"packs"_s,
+          u"The folder that contains the pack of each exam as EXAM.exe; in its folders \"windows\" and \"linux\" those "
+          "for one system."_s,
+          u"DIR"_s },
+        { u"accel-prefix"_s,
+          u"Let the trusted proxies send the packs: the path at which they have the folder, for X-Accel-Redirect."_s,
+          u"PATH"_s },
         { u"address"_s, u"The IP address to listen on. Default: 127.0.0.1."_s, u"ADDRESS"_s, u"127.0.0.1"_s },
         { u"port"_s, u"The port to listen on. Default: 0, any free port."_s, u"PORT"_s, u"0"_s },
         { u"trusted-proxy"_s,
@@ -92,6 +99,12 @@ std::optional<int> Read(const QCommandLineParser &parser, Settings &settings)
         if (!options.Proxies.Add(proxy))
             return Command::Misused(u"--trusted-proxy: \"%1\" is no address and no range"_s.arg(proxy));
     }
+    static const QRegularExpression path(u"^/([A-Za-z0-9_-][A-Za-z0-9._-]*/)*\\z"_s);
+    options.AccelPrefix = parser.value(u"accel-prefix"_s);
+    if (parser.isSet(u"accel-prefix"_s) && !path.match(options.AccelPrefix).hasMatch())
+        return Command::Misused(u"--accel-prefix must be a path such as /packs/"_s);
+    if (parser.isSet(u"accel-prefix"_s) && !parser.isSet(u"trusted-proxy"_s))
+        return Command::Misused(u"--accel-prefix needs --trusted-proxy"_s);
     settings.CertificateFile = parser.value(u"certificate"_s);
     settings.KeyFile = parser.value(u"key"_s);
     if (settings.CertificateFile.isEmpty() != settings.KeyFile.isEmpty())

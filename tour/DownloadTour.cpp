@@ -5,6 +5,7 @@
 #include "download/Credentials.h"
 #include "download/view/frmExamDownloader.h"
 #include "model/IO.h"
+#include "protocol/ServiceKey.h"
 
 #include <QCheckBox>
 #include <QDir>
@@ -47,7 +48,7 @@ int DownloadTour::Run()
     Picture(&main, u"installed"_s);
     Open(&DownloadTour::DownloadAgain);
     Expect(Installed() == exams, u"the exams still in the list"_s);
-    Registry::WriteValue(Credentials::RegistryKey, Credentials::EndpointName, NoService, Registry::Text, Registry::CurrentUser);
+    Registry::WriteValue(ServiceKey, Credentials::EndpointName, NoService, Registry::Text, Registry::CurrentUser);
     Open(&DownloadTour::MissTheService);
     WhenAsked(u"really-exit"_s, QMessageBox::Yes);
     Click(Find<QPushButton>(&main, u"cmdExit"_s));

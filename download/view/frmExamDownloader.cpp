@@ -53,9 +53,9 @@ frmExamDownloader::frmExamDownloader(QWidget *owner)
 
 frmExamDownloader::~frmExamDownloader() = default;
 
-void frmExamDownloader::SetTimeouts(int connectTimeout, int idleTimeout, int headerTimeout)
+void frmExamDownloader::SetTimes(const Transfer::Times &times)
 {
-    m_run.SetTimeouts(connectTimeout, idleTimeout, headerTimeout);
+    m_run.SetTimes(times);
 }
 
 void frmExamDownloader::Build()

@@ -24,7 +24,7 @@ public:
     ~frmExamDownloader() override;
 
     // Of both transfers, in milliseconds; see there.
-    void SetTimeouts(int connectTimeout, int idleTimeout, int headerTimeout);
+    void SetTimes(const Transfer::Times &times);
     // However the window is closed, by its button, its close box or Escape: ends
     // the run, and forgets the credentials unless they are to be remembered.
     void reject() override;

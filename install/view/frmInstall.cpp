@@ -145,6 +145,11 @@ void frmInstall::Ask(const Installation::Offer &offer)
     AddRow(u"Size:"_s, u"lblSize"_s,
            u"%1 in %2"_s.arg(QLocale::c().formattedDataSize(offer.Bytes), Count(offer.Files, u"file"_s, u"files"_s)));
     AddRow(u"Folder:"_s, u"lblFolder"_s, offer.Folder);
+    if (!offer.Signer.isEmpty())
+        AddRow(u"Signed by:"_s, u"lblSigner"_s,
+               u"%1, %2"_s.arg(offer.Signer, QLocale::c().toString(offer.SignedAt.date(), u"d MMMM yyyy"_s)));
+    else if (offer.IsUnsigned)
+        AddRow(u"Signed by:"_s, u"lblSigner"_s, u"nobody"_s);
     if (offer.Replaced) {
         const QString what = offer.Replaced->Items > 0
             ? u"%1, %2 (%3)"_s.arg(offer.Replaced->Code, offer.Replaced->Name, ItemsOf(*offer.Replaced))

@@ -49,6 +49,8 @@ bool InstallAtOnce(const QString &path)
                            .arg(offer.Exam.Items)
                            .arg(offer.Exam.Items == 1 ? u"item"_s : u"items"_s);
                 line += offer.Replaced ? u", installed in place of the one before"_s : u", installed"_s;
+                if (!offer.Signer.isEmpty())
+                    line += u", signed by "_s + offer.Signer;
                 return true;
             });
         },

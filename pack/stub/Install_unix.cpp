@@ -55,20 +55,33 @@ bool ReadAt(std::intptr_t file, std::uint64_t offset, void *out, std::size_t cou
     return count == 0;
 }
 
+}
+
+bool SourceOf(std::intptr_t file, PackSource &source)
+{
+    struct stat status = {};
+    if (fstat(static_cast<int>(file), &status) != 0)
+        return false;
+    source = { ReadAt, file, static_cast<std::uint64_t>(status.st_size) };
+    return true;
+}
+
+namespace {
+
 class OpenPack {
 public:
     Fault Open(const char *path)
     {
         m_file = UniqueHandle(open(path ? path : "/proc/self/exe", O_RDONLY | O_CLOEXEC));
-        return m_file.IsOpen() && fstat(m_file, &m_status) == 0 ? Fault() : SystemFault(NotRead);
+        return m_file.IsOpen() && SourceOf(m_file, m_source) ? Fault() : SystemFault(NotRead);
     }
 
-    PackSource Source() const { return { ReadAt, m_file, static_cast<std::uint64_t>(m_status.st_size) }; }
+    PackSource Source() const { return m_source; }
     bool IsCancelled() const { return isStopRequested != 0; }
 
 private:
     UniqueHandle m_file;
-    struct stat m_status = {};
+    PackSource m_source = {};
 };
 
 // Locks a folder that another run may have locked, for whose end it waits up to

@@ -28,6 +28,19 @@ bool ReadAt(std::intptr_t file, std::uint64_t offset, void *out, std::size_t cou
     return true;
 }
 
+}
+
+bool SourceOf(std::intptr_t file, PackSource &source)
+{
+    LARGE_INTEGER size = {};
+    if (!GetFileSizeEx(reinterpret_cast<HANDLE>(file), &size))
+        return false;
+    source = { ReadAt, file, static_cast<std::uint64_t>(size.QuadPart) };
+    return true;
+}
+
+namespace {
+
 class OpenPack {
 public:
     Fault Open(const char *path)
@@ -40,20 +53,17 @@ public:
         // Nothing can write to the file while it is open.
         m_file = UniqueHandle(
             CreateFileW(wide, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0, nullptr));
-        return m_file.IsOpen() && GetFileSizeEx(m_file, &m_size) ? Fault() : SystemFault(NotRead);
+        const HANDLE file = m_file;
+        return m_file.IsOpen() && SourceOf(reinterpret_cast<std::intptr_t>(file), m_source) ? Fault() : SystemFault(NotRead);
     }
 
-    PackSource Source() const
-    {
-        return { ReadAt, reinterpret_cast<std::intptr_t>(static_cast<HANDLE>(m_file)),
-                 static_cast<std::uint64_t>(m_size.QuadPart) };
-    }
+    PackSource Source() const { return m_source; }
     // A program without a console is ended by force or not at all.
     bool IsCancelled() const { return false; }
 
 private:
     UniqueHandle m_file;
-    LARGE_INTEGER m_size = {};
+    PackSource m_source = {};
 };
 
 // A fault when another program has the file open, so that its folder cannot be

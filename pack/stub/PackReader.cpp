@@ -41,10 +41,14 @@ const char *PackReader::Check()
     const auto start = Field<std::uint64_t>(PackFormat::IndexStartAt);
     const auto indexBytes = Field<std::uint32_t>(PackFormat::IndexBytesAt);
     const auto contentBytes = Field<std::uint64_t>(PackFormat::ContentBytesAt);
+    const auto version = Field<std::uint32_t>(PackFormat::VersionAt);
     if (std::memcmp(m_trailer, PackFormat::Magic, sizeof PackFormat::Magic) != 0
-        || Field<std::uint32_t>(PackFormat::VersionAt) != PackFormat::Version)
+        || (version != PackFormat::Version && version != PackFormat::SignedVersion))
         return Damaged;
-    if (start > trailer || indexBytes > trailer - start || contentBytes != trailer - start - indexBytes)
+    if (start > trailer || indexBytes > trailer - start || contentBytes > trailer - start - indexBytes)
+        return Damaged;
+    const std::uint64_t signatureBytes = trailer - start - indexBytes - contentBytes;
+    if ((signatureBytes > 0) != (version == PackFormat::SignedVersion) || signatureBytes > sizeof m_signatures)
         return Damaged;
     if (indexBytes > PackFormat::MostIndexBytes)
         return TooMany;
@@ -56,9 +60,11 @@ const char *PackReader::Check()
     m_sum.Add(m_index.get(), indexBytes);
     m_contentPosition = start + indexBytes;
     Digest sum = m_sum;
-    if (!AddToSum(sum, m_contentPosition, contentBytes))
+    m_signatureBytes = static_cast<std::size_t>(signatureBytes);
+    if (!AddToSum(sum, m_contentPosition, contentBytes)
+        || !m_source.Read(m_source.File, trailer - signatureBytes, m_signatures, m_signatureBytes))
         return Unreadable;
-    return IsSum(sum) ? CheckIndex(contentBytes) : Damaged;
+    return Finish(sum, m_digest) && IsDigestInTrailer() ? CheckIndex(contentBytes) : Damaged;
 }
 
 const char *PackReader::CheckIndex(std::uint64_t contentBytes)
@@ -164,7 +170,8 @@ bool PackReader::Read(void *out, std::size_t count)
 
 bool PackReader::IsSame() const
 {
-    return IsSum(m_sum);
+    unsigned char digest[PackFormat::DigestBytes];
+    return Finish(m_sum, digest) && std::memcmp(digest, m_digest, sizeof digest) == 0;
 }
 
 bool PackReader::AddToSum(Digest &sum, std::uint64_t offset, std::uint64_t count) const
@@ -181,9 +188,20 @@ bool PackReader::AddToSum(Digest &sum, std::uint64_t offset, std::uint64_t count
     return true;
 }
 
-bool PackReader::IsSum(Digest sum) const
+bool PackReader::Finish(Digest sum, unsigned char (&digest)[PackFormat::DigestBytes]) const
 {
-    unsigned char digest[PackFormat::DigestBytes];
     sum.Add(m_trailer, PackFormat::DigestAt);
-    return sum.Finish(digest) && std::memcmp(digest, m_trailer + PackFormat::DigestAt, sizeof digest) == 0;
+    return sum.Finish(digest);
+}
+
+bool PackReader::IsDigestInTrailer() const
+{
+    const unsigned char *const inTrailer = m_trailer + PackFormat::DigestAt;
+    if (m_signatureBytes == 0)
+        return std::memcmp(m_digest, inTrailer, sizeof m_digest) == 0;
+    unsigned char digest[PackFormat::DigestBytes];
+    Digest sum;
+    sum.Add(m_digest, sizeof m_digest);
+    sum.Add(m_signatures, m_signatureBytes);
+    return sum.Finish(digest) && std::memcmp(digest, inTrailer, sizeof digest) == 0;
 }

@@ -14,6 +14,9 @@ struct PackSource {
     std::intptr_t File; // descriptor or handle
     std::uint64_t Size; // of the file, in bytes
 };
+// The source that is a file open for reading (descriptor or handle), which is not owned.
+// False when its size cannot be found out.
+bool SourceOf(std::intptr_t file, PackSource &source);
 
 // One file of a pack.
 struct PackEntry {
@@ -38,6 +41,12 @@ public:
     // The name of the package folder.
     std::string_view Folder() const { return m_folder; }
 
+    // The texts of the signatures; empty for a pack without any. The reader does not
+    // check them.
+    std::string_view Signatures() const { return { m_signatures, m_signatureBytes }; }
+    // The digest of the pack, PackFormat::DigestBytes: what is signed.
+    const unsigned char *PackDigest() const { return m_digest; }
+
     // Gives the next file of the index; false after the last one.
     bool Next(PackEntry &entry);
     // The next file is the first one again. Read must not have been called yet.
@@ -56,7 +65,9 @@ public:
 private:
     template <class Number> Number Field(std::size_t at) const;
     bool AddToSum(Digest &sum, std::uint64_t offset, std::uint64_t count) const;
-    bool IsSum(Digest sum) const;
+    // The digest of the pack, when that is the sum of everything in front of the signatures.
+    bool Finish(Digest sum, unsigned char (&digest)[PackFormat::DigestBytes]) const;
+    bool IsDigestInTrailer() const;
     const char *CheckIndex(std::uint64_t contentBytes);
     const char *CheckTwins(std::size_t count);
     // The next bytes of the index; nullptr when fewer are left.
@@ -65,6 +76,9 @@ private:
 
     PackSource m_source;
     unsigned char m_trailer[PackFormat::TrailerBytes] = {};
+    char m_signatures[PackFormat::MostSignatureBytes] = {};
+    std::size_t m_signatureBytes = 0;
+    unsigned char m_digest[PackFormat::DigestBytes] = {};
     std::unique_ptr<unsigned char, decltype(&std::free)> m_index{ nullptr, std::free };
     std::size_t m_indexBytes = 0;
     std::size_t m_indexPosition = 0;

@@ -168,11 +168,16 @@ TEST(ProgramTest, UsageAndHelp)
     const std::pair<QString, QStringList> rows[] = {
         { u"there is no command \"bogus\""_s, { u"bogus"_s } },
         { u"one exam file or package folder is required"_s, { u"dump"_s, u"dump a b"_s } },
-        { u"an exam file or a package folder is required"_s, { u"check"_s } },
+        { u"an exam file, a package folder or a pack is required"_s, { u"check"_s } },
         { u"Unknown option 'x'."_s, { u"check --x"_s, u"build --x"_s, u"pack --x"_s, u"dump --x"_s } },
         { u"one package folder is required"_s, { u"pack"_s, u"pack a b"_s } },
-        { u"--out is missing"_s, { u"pack a"_s, u"build a --code a --name a --max 1 --pass 1 --minutes 1"_s } },
+        { u"--out is missing"_s, { u"key"_s, u"pack a"_s, u"build a --code a --name a --max 1 --pass 1 --minutes 1"_s } },
         { u"--for takes linux or windows"_s, { u"pack a --out b --for x"_s } },
+        { u"--exam goes with --sign"_s, { u"pack a --out b --exam x"_s } },
+        { u"--sign is given more than 2 times"_s, { u"pack a --out b --sign k --sign k --sign k --pack-version 1"_s } },
+        { u"--sign takes --pack-version, a number from 1 to 2147483647"_s,
+          { u"pack a --out b --sign k"_s, u"pack a --out b --sign k --pack-version 0"_s,
+            u"pack a --out b --sign k --pack-version 2147483648"_s } },
         { u"a question bank is required"_s, { u"build"_s } },
         { u"--max must be a number from 1 to 32767"_s, { build + u"--max 32768"_s, build + u"--max 0"_s } },
         { u"--pass must be a number from 0 to 9"_s, { build + u"--max 9 --pass 10"_s, build + u"--max 9 --pass 1e0"_s } },
@@ -193,10 +198,10 @@ TEST(ProgramTest, UsageAndHelp)
     }
     const QString help = Started(u"--help"_s).Out;
     EXPECT_EQ(Started({}), (Outcome{ 2, {}, help }));
-    for (const QString &command : { u"build"_s, u"check"_s, u"dump"_s, u"pack"_s }) {
+    for (const QString &command : { u"build"_s, u"check"_s, u"dump"_s, u"key"_s, u"pack"_s }) {
         EXPECT_TRUE(help.contains(u"\n  %1  "_s.arg(command.leftJustified(6)))) << help.toStdString();
         const QString usage = Started(command + u" -h"_s).Out;
-        EXPECT_TRUE(usage.startsWith(u"Usage: practorium-author %1 [options] "_s.arg(command))) << usage.toStdString();
+        EXPECT_TRUE(usage.startsWith(u"Usage: practorium-author %1 [options]"_s.arg(command))) << usage.toStdString();
     }
     EXPECT_TRUE(Started(u"-v"_s).Out.startsWith("practorium-author "_L1));
 }

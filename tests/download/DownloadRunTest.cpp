@@ -11,6 +11,24 @@ namespace {
 class DownloadRunTest : public RunTest {
 protected:
     void List(const QByteArray &exams) { On("LIST?", Reply::Whole("LIST?status=OK&data=" + exams + ';')); }
+    // Each request for a pack gets the next answer, if there are any, and all others the last one.
+    Reply Serve(const QString &request) override
+    {
+        const Reply usual = RunTest::Serve(request);
+        if (AtRequest)
+            AtRequest(request);
+        if (!request.startsWith(u"GET"_s) || PackAnswers.isEmpty())
+            return usual;
+        return PackAnswers.size() > 1 ? PackAnswers.takeFirst() : PackAnswers.first();
+    }
+    void InstallationStarts(const QString &examID) override
+    {
+        RunTest::InstallationStarts(examID);
+        Ran = Sandbox::ReadFile(TempFile(examID + u".exe"_s));
+    }
+    QList<Reply> PackAnswers;
+    std::function<void(const QString &request)> AtRequest;
+    QByteArray Ran; // the pack that was
 };
 
 const QString Connecting = u"running|status Connecting to Practorium Download Server|POST LOGIN?email=me&pwd=pw;|"_s;
@@ -184,6 +202,100 @@ TEST_F(DownloadRunTest, Packs)
     EXPECT_EQ(Sandbox::ReadFile(outside), "mine");
 }
 
+// A pack that breaks off goes on where it was, as long as the server leaves no doubt that what
+// comes is the rest of the same version. What is run is one version from its first byte to its last.
+TEST_F(DownloadRunTest, PacksThatBreakOff)
+{
+    const QByteArray pack = FakePack::Bytes(600'000), other = FakePack::Bytes(700'000), tag = "\"1\"";
+    const qsizetype at = 400'000;
+    const auto whole = [&](const QByteArray &bytes, const QByteArray &name) { return Reply::Whole(bytes).With("etag", name); };
+    const auto until = [](const Reply &reply, qsizetype byte) { return reply.Until({ .Byte = byte, .Result = 18 }); };
+    const auto range = [&](qsizetype from, qsizetype size) {
+        return "bytes " + QByteArray::number(from) + '-' + QByteArray::number(size - 1) + '/' + QByteArray::number(size);
+    };
+    const auto rest = [&](qsizetype from) {
+        return Reply::Whole(pack.mid(from), 206).With("etag", tag).With("content-range", range(from, pack.size()));
+    };
+    const Reply broken = until(whole(pack, tag), at), unreachable = Reply{}.Until({ .Event = 0, .Result = 7 });
+    const Reply next = whole(other, "\"2\"");
+    // Says that its bytes are others than those which were asked for.
+    const auto wrong = [&](const QByteArray &name, const QByteArray &value) { return rest(at).With(name, value); };
+    const QString installed = u"run, installed, "_s, refused = u"stays, result 18"_s;
+    const struct {
+        const char *Name;
+        QList<Reply> Answers; // the last one again and again
+        QString Outcome;
+        int Requests;
+        int Wholes = 1; // of them, for the whole pack
+    } rows[] = {
+        { "the rest", { broken, rest(at) }, installed, 2 },
+        { "before its first byte", { until(broken, 0), rest(0) }, installed, 2 },
+        { "again in the rest", { broken, until(rest(at), 100'000), rest(at + 100'000) }, installed, 3 },
+        { "small steps",
+          { until(broken, 0), until(rest(0), 30'000), until(rest(30'000), 40'000), until(rest(70'000), 9), unreachable,
+            rest(70'009) },
+          installed,
+          6 },
+        { "away for a while", { broken, unreachable, Reply::Whole("", 503), rest(at) }, installed, 4 },
+        { "away for longer", { broken, unreachable }, refused, 4 },
+        { "never a byte", { broken, until(rest(at), 0) }, refused, 4 },
+        { "a byte at a time",
+          { broken, until(rest(at), 1), until(rest(at + 1), 1), until(rest(at + 2), 1), rest(at + 3) },
+          refused,
+          4 },
+        { "more behind the rest", { broken, wrong("content-length", "999999") }, refused, 4, 3 },
+        { "from elsewhere", { broken, wrong("content-range", range(at - 1, pack.size())), next }, installed, 3, 2 },
+        { "not to the end", { broken, wrong("content-range", range(at, pack.size()).replace("-600", "-599")) }, refused, 4, 3 },
+        { "of a smaller file", { broken, wrong("content-range", range(at, pack.size() - 1)), next }, installed, 3, 2 },
+        { "no range", { broken, wrong("content-range", "") }, refused, 4, 3 },
+        { "of another version", { broken, wrong("etag", "\"2\""), next }, installed, 3, 2 },
+        { "of a version without a name", { broken, wrong("etag", "") }, refused, 4, 3 },
+        { "packed", { broken, wrong("content-encoding", "gzip") }, refused, 4, 3 },
+        { "chunked", { broken, wrong("transfer-encoding", "chunked") }, refused, 4, 3 },
+        { "a part of the whole", { broken, wrong("etag", ""), rest(0) }, refused, 4, 3 },
+        { "not to be had", { broken, Reply::Whole("", 416), next }, installed, 3, 2 },
+        { "another version", { broken, next }, installed, 2 },
+        { "another version, smaller", { until(next, 500'000), until(whole(pack, tag), at), rest(at) }, installed, 3 },
+        { "always from the start", { broken }, refused, 4 },
+        { "another version, cut", { broken, until(next.With("etag", ""), 690'000) }, refused, 2 },
+        { "a page instead", { broken, Reply{ "<html>" } }, u"stays, Type mismatch"_s, 2 },
+        { "moved", { To("/y"), broken, To("/z", 303), rest(at) }, installed, 4, 2 },
+        { "moved away", { broken, To("ftp://server/") }, refused, 4 },
+        { "weak", { until(whole(pack, "W/" + tag), at), rest(at) }, refused, 1 },
+        { "two names", { until(whole(pack, tag + ", " + tag), at), rest(at) }, refused, 1 },
+        { "a name without an end", { until(whole(pack, "\""), at), rest(at) }, refused, 1 },
+        { "no ranges", { broken.With("accept-ranges", "None"), rest(at) }, refused, 1 },
+        { "silent, then the rest", { broken.Until({ .Byte = at, .IsSilent = true }), rest(at) }, installed, 2 },
+        { "silent",
+          { broken.Until({ .Byte = at, .IsSilent = true }), unreachable },
+          u"stays, "_s + Failure(u"1C"_s, u"The server does not go on"_s) + u", "_s,
+          4 },
+    };
+    for (const auto &row : rows) {
+        AnswerRightly();
+        Timeout = 200; // of which only the rows of a silent server make use
+        PackAnswers = row.Answers;
+        QFile::remove(TempFile(u"101.exe"_s));
+        EXPECT_EQ(Outcome(), row.Outcome) << row.Name;
+        const QStringList requests = Log.filter(u"GET "_s);
+        EXPECT_EQ(requests.size(), row.Requests) << row.Name;
+        EXPECT_EQ(requests.size() - requests.filter(u" Range: "_s).size(), row.Wholes) << row.Name;
+        EXPECT_TRUE(Ran.isEmpty() || Ran == pack || Ran == other) << row.Name;
+        const auto isTooMuch = [](const auto &count) { return count.second > count.first; };
+        EXPECT_TRUE(std::none_of(Counts.begin(), Counts.end(), isTooMuch)) << row.Name;
+        Ran.clear();
+    }
+    EXPECT_EQ(Log.filter(u"GET "_s).last(), u"GET http://server/x.asp?sid=7&eid=101 Range: bytes=400000- If-Range: \"1\""_s);
+    // A cancel while the rest is waited for is one.
+    PackAnswers = { broken, Reply{}.Until({ .IsSilent = true }) };
+    AtRequest = [this](const QString &request) {
+        if (request.contains(u"Range"_s))
+            QTimer::singleShot(0, Run.get(), [this] { Press(); });
+    };
+    EXPECT_TRUE(WholeRun().endsWith(u"If-Range: \"1\"|ended|close"_s));
+    EXPECT_EQ(Sandbox::ReadFile(TempFile(u"101.exe"_s)).size(), at);
+}
+
 TEST_F(DownloadRunTest, WhileAPackArrives)
 {
     // Pressed while a fast server sends: the events are seen to every few milliseconds.
@@ -233,7 +345,7 @@ TEST_F(DownloadRunTest, EntriesAndCredentials)
 TEST_F(DownloadRunTest, Settings)
 {
     const auto point = [](const QString &url) {
-        Registry::WriteValue(Credentials::RegistryKey, u"Endpoint"_s, url, Registry::Text, Registry::CurrentUser);
+        Registry::WriteValue(ServiceKey, u"Endpoint"_s, url, Registry::Text, Registry::CurrentUser);
     };
     point(u"nonsense"_s);
     EXPECT_EQ(WholeRun(),

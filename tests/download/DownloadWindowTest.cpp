@@ -2,6 +2,7 @@
 #include "download/view/frmExamDownloader.h"
 
 #include "common/Registry.h"
+#include "protocol/ServiceKey.h"
 #include "tests/download/FakePack.h"
 #include "tests/download/FaultServer.h"
 #include "tests/support/Sketch.h"
@@ -21,8 +22,7 @@ class DownloadWindowTest : public testing::Test {
 protected:
     DownloadWindowTest()
     {
-        Registry::WriteValue(Credentials::RegistryKey, Credentials::EndpointName, Server.Url(), Registry::Text,
-                             Registry::CurrentUser);
+        Registry::WriteValue(ServiceKey, Credentials::EndpointName, Server.Url(), Registry::Text, Registry::CurrentUser);
         Server.On("LOGIN?", Right);
         Server.On("LIST?", Answer::Whole("LIST?status=OK&data=101;"));
         Server.On("eid=", Answer::Whole(FakePack::Bytes(3'000'000)));

@@ -66,7 +66,7 @@ TEST(HttpTest, Answers)
     Transfer line(std::make_unique<HttpTransport>());
     for (const auto &row : rows) {
         server.On('?' + row.Name + ' ', row.Reply);
-        line.SetTimeouts(Never, Never, row.Name == "headers-that-stop" ? 300 : Never);
+        line.SetTimes({ Never, Never, row.Name == "headers-that-stop" ? 300 : Never });
         server.Sent = 0;
         const QString end = Course(line, server.Url() + u"/../x?"_s + QLatin1StringView(row.Name));
         const bool isRead = row.End.contains(u' ');
@@ -80,11 +80,17 @@ TEST(HttpTest, Answers)
         if (line.StillExecuting())
             line.Cancel();
     }
+    server.On("?pack", { Fine + "ETag: \"a\"\r\nContent-Length: 10\r\n\r\n01234" });
+    server.On("Range: bytes=5-\r\nIf-Range: \"a\"\r\n",
+              Answer::Whole("56789", "206 Partial Content", "ETag: \"a\"\r\nContent-Range: bytes 5-9/10\r\n"));
+    line.SetTimes({ Never, Never, Never, 1 });
+    EXPECT_EQ(Course(line, server.Url() + u"?pack"_s, "GET"), u"200 0123456789"_s) << "in two parts";
     EXPECT_TRUE(Course(line, u"http://127.0.0.1:1/x"_s).startsWith(u"7 "_s)) << "reserved, nothing listens";
     const QByteArray request = server.Requests.value(0);
     EXPECT_TRUE(request.startsWith("POST /PackCourier.asp/../x?whole HTTP/1.1\r\n") && request.endsWith("\r\n\r\na;b")
                 && request.contains("\r\nContent-Type: x/y\r\n") && !request.contains("Expect:")
-                && request.contains("\r\nAccept-Encoding: identity\r\n"))
+                && request.contains("\r\nAccept-Encoding: identity\r\n") && request.contains("\r\nUser-Agent: Practorium/")
+                && request.contains(System::RunsByName ? " (Windows)\r\n" : " (Linux)\r\n"))
         << request.data();
 }
 

@@ -2,6 +2,7 @@
 #include "download/PackFile.h"
 
 #include "tests/download/RunFixture.h"
+#include "tests/signature/SignedPack.h"
 #include "tests/support/SmallDisk.h"
 
 namespace {
@@ -74,4 +75,37 @@ TEST_F(PackFileTest, NamesThatStayInTheirFolder)
     for (const QString &name : { u"a\\b"_s, u"c:x.exe"_s, u"x.exe:stream"_s, u"x.exe."_s, u"x.exe "_s, u" x.exe"_s, u"CON"_s,
                                  u"nul.exe"_s, u"com1.exe"_s, u"a*.exe"_s, u"a?b"_s, u"a\nb"_s, u"\\\\s\\x"_s })
         EXPECT_NE(IsPlainFileName(name), System::RunsByName) << name.toStdString();
+}
+
+// With a key, nothing becomes a program before its signature is checked.
+TEST_F(PackFileTest, OnlySignedPacksAreRun)
+{
+    const Minisign::SecretKey vendor = Minisign::NewKey();
+    const TrustedKeys trusted(vendor.Public().ToText());
+    const QByteArray fails = FakePack::Bytes();
+    const QByteArray succeeds = QByteArray(fails).replace("exit 7", "exit 0");
+    const auto pack = [&](const QByteArray &program, const QString &exam, qint32 version) {
+        return SignedPack::Signed(program, vendor, SignedPack::Statement(exam, version));
+    };
+    const QString done = u"run, installed, "_s;
+    std::vector<std::pair<QByteArray, QString>> rows = {
+        { fails, u"stays, the pack is damaged"_s },
+        { SignedPack::Unsigned(fails), u"stays, the pack is not signed"_s },
+        { pack(fails, u"102"_s, 2), u"stays, the pack is signed for the exam 102"_s },
+        { SignedPack::Signed(fails, Minisign::NewKey(), SignedPack::Statement(u"101"_s, 2)),
+          u"stays, the pack has no valid signature by a key that is trusted"_s },
+        { pack(fails, u"101"_s, 2), done },
+        { pack(fails, u"101"_s, 1), done }, // what has failed is not installed
+    };
+    if (!System::RunsByName)
+        rows.insert(rows.end(),
+                    { { pack(succeeds, u"101"_s, 3), done },
+                      { pack(succeeds, u"101"_s, 3), done },
+                      { pack(succeeds, u"101"_s, 2),
+                        u"stays, the pack is version 2 of the exam 101, and version 3 has been installed"_s } });
+    for (const auto &[bytes, outcome] : rows) {
+        On("eid=", Reply::Whole(bytes));
+        EXPECT_EQ(Outcome(), outcome);
+        EXPECT_TRUE(System::RunsByName || !QFileInfo(TempFile(u"101.exe"_s)).isExecutable());
+    }
 }

@@ -4,6 +4,7 @@
 #include "common/Common.h"
 #include "common/Registry.h"
 #include "download/DownloadRun.h"
+#include "protocol/ServiceKey.h"
 #include "tests/download/FakePack.h"
 #include "tests/download/ScriptedTransport.h"
 #include "tests/support/Test.h"
@@ -31,7 +32,7 @@ protected:
         QDir().mkpath(TempFile(u""_s));
         QDir(Sandbox::ExamsFolder()).removeRecursively();
         FakePack::Runs();
-        Registry::WriteValue(Credentials::RegistryKey, Credentials::EndpointName, u" http://server/x.asp "_s, Registry::Text,
+        Registry::WriteValue(ServiceKey, Credentials::EndpointName, u" http://server/x.asp "_s, Registry::Text,
                              Registry::CurrentUser);
         AnswerRightly();
     }
@@ -63,7 +64,7 @@ protected:
         IsOpen = true;
         Run = std::make_unique<DownloadRun>(static_cast<DownloadPort &>(*this), std::make_unique<ScriptedTransport>(server),
                                             std::make_unique<ScriptedTransport>(server), Now);
-        Run->SetTimeouts(Timeout, Timeout, Timeout);
+        Run->SetTimes({ Timeout, Timeout, Timeout, 1 });
     }
     void Press() { Run->Press({ u" me "_s, u"pw"_s }, false); }
     static bool WaitFor(const std::function<bool()> &condition)

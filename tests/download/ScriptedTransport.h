@@ -39,9 +39,15 @@ struct Reply {
     Reply Until(const Stop &stop) const { return { Body, Status, Headers, stop, PartBytes, Pause }; }
 };
 
+inline Reply To(const QByteArray &location, int status = 302)
+{
+    return Reply{ {}, status }.With("location", location);
+}
+
 class ScriptedTransport : public Transport {
 public:
-    // The answer to "POST body" or "GET address".
+    // The answer to "POST body" or "GET address", with the headers that ask for a
+    // part of a file behind it.
     using Server = std::function<Reply(const QString &request)>;
     explicit ScriptedTransport(Server server)
         : m_server(std::move(server))
@@ -49,8 +55,10 @@ public:
     }
     std::unique_ptr<Exchange> Start(const HttpRequest &request) override
     {
-        const QByteArray rest = request.Operation == "GET" ? request.Url : request.Body;
-        auto exchange = std::make_unique<Scripted>(m_server(QString::fromLatin1(request.Operation + ' ' + rest)));
+        QByteArray line = request.Operation + ' ' + (request.Operation == "GET" ? request.Url : request.Body);
+        for (const QByteArray &header : request.Headers)
+            line += header.contains("Range: ") ? ' ' + header : QByteArray();
+        auto exchange = std::make_unique<Scripted>(m_server(QString::fromLatin1(line)));
         QObject::connect(&exchange->Next, &QTimer::timeout, this, [this, scripted = exchange.get()] { Step(*scripted); });
         return exchange;
     }

@@ -29,11 +29,6 @@ protected:
     Transfer Line{ std::make_unique<ScriptedTransport>([this](const QString &request) { return Serve(request); }) };
 };
 
-Reply To(const QByteArray &location, int status = 302)
-{
-    return Reply{ {}, status }.With("location", location);
-}
-
 }
 
 TEST_F(TransferTest, Addresses)
@@ -104,7 +99,7 @@ TEST_F(TransferTest, IdleTimeout)
     Replies = { Reply::Whole("0123456789") };
     Replies[0].PartBytes = 1;
     Replies[0].Pause = 20;
-    Line.SetTimeouts(100, 100, 100);
+    Line.SetTimes({ 100, 100, 100 });
     EXPECT_EQ(Course(Line, Address), u"200 0123456789"_s) << "less than the time between two parts";
 
     Replies = { Reply::Whole("01").Until({ .IsSilent = true }) };
@@ -119,7 +114,7 @@ TEST_F(TransferTest, IdleTimeout)
     Reader = {};
     for (const int event : { 0, 1, 2 }) {
         const auto time = [event](int of) { return event == of ? 50 : 50'000; };
-        Line.SetTimeouts(time(0), time(1), time(2));
+        Line.SetTimes({ time(0), time(1), time(2) });
         Replies = { Reply{}.Until({ .Event = event, .IsSilent = true }) };
         EXPECT_EQ(Course(Line, Address), u"28 The server does not answer"_s) << event;
     }

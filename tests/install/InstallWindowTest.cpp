@@ -2,6 +2,7 @@
 #include "install/view/frmInstall.h"
 
 #include "tests/pack/PackFixture.h"
+#include "tests/signature/SignedPack.h"
 #include "tests/support/Contrast.h"
 #include "tests/support/Sketch.h"
 #include "ui/Theme.h"
@@ -68,6 +69,25 @@ TEST_F(InstallWindowTest, AskedOnceThenInstalled)
     EXPECT_TRUE(QTest::qWaitFor([&] { return !Window->isVisible(); }, Windows::Patience));
     EXPECT_FALSE(Window->IsInstalled());
     EXPECT_EQ(Snapshot(exams), before);
+}
+
+TEST_F(InstallWindowTest, WhoHasSigned)
+{
+    FreshFolder();
+    const Minisign::SecretKey vendor = Minisign::NewKey();
+    const TrustedKeys trusted(vendor.Public().ToText());
+    const QString folder = MakePackage(u"NET"_s, u"N-1"_s);
+    const QString pack = Sandbox::Path(u"signed.run"_s);
+    const QString comment = SignedPack::Statement(u"N-1"_s, 1).ToText();
+    Packer::Write(
+        folder, pack, Packer::OwnPlatform, true, [] {},
+        [&](const QByteArray &digest) { return Minisign::Sign(vendor, digest, comment); });
+    Open(pack);
+    EXPECT_TRUE(ShownWith(u"&Install"_s).contains(u"Signed by: Example Org, 21 March 2026"_s));
+    Open(folder);
+    EXPECT_TRUE(ShownWith(u"&Install"_s).contains(u"Signed by: nobody"_s));
+    Open(MakePack(u"NET"_s, u"N-1"_s));
+    EXPECT_TRUE(ShownWith(u"Close"_s).contains(u"the pack is not signed"_s));
 }
 
 TEST_F(InstallWindowTest, WhatCannotBeInstalled)

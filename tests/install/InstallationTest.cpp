@@ -3,6 +3,7 @@
 
 #include "pack/StubBytes.h"
 #include "tests/pack/PackFixture.h"
+#include "tests/signature/SignedPack.h"
 
 namespace {
 
@@ -15,6 +16,10 @@ QString Described(const Installation::Offer &offer)
                        .arg(offer.MissingExhibits);
     if (offer.Replaced)
         text += u" for %1 %2"_s.arg(offer.Replaced->Code).arg(offer.Replaced->Items);
+    if (!offer.Signer.isEmpty())
+        text += u" by %1 %2"_s.arg(offer.Signer, offer.SignedAt.toString(Qt::ISODate));
+    if (offer.IsUnsigned)
+        text += u" unsigned"_s;
     return text + (offer.IsShared ? u" shared"_s : u""_s);
 }
 
@@ -87,6 +92,34 @@ TEST(InstallationTest, AnExamForEverybodyStays)
     EXPECT_EQ(Given(pack).contains(u"shared"_s), Packer::OwnPlatform == Packer::Platform::Linux);
     EXPECT_EQ(Given(pack, false), u"NET N-1 Sample 1 2 0 for N-1 1 declined"_s);
     QDir(shared).removeRecursively();
+}
+
+// A pack is refused by the same rules as one that is downloaded; exams that are not programs
+// are installed, and shown as nobody's.
+TEST(InstallationTest, SignedPacks)
+{
+    const QString exams = FreshFolder();
+    const Minisign::SecretKey vendor = Minisign::NewKey();
+    const QString folder = MakePackage(u"NET"_s, u"N-1"_s);
+    const auto pack = [&](qint32 version, const Minisign::SecretKey &key) {
+        const QString file = Sandbox::Path(u"signed.run"_s);
+        const QString comment = SignedPack::Statement(u"NET-101"_s, version).ToText();
+        Packer::Write(
+            folder, file, Packer::OwnPlatform, true, [] {},
+            [&](const QByteArray &digest) { return Minisign::Sign(key, digest, comment); });
+        return file;
+    };
+    EXPECT_EQ(Given(pack(1, vendor), false), u"NET N-1 Sample 1 2 0 declined"_s) << "no key is trusted";
+    const TrustedKeys trusted(vendor.Public().ToText());
+    EXPECT_EQ(Given(MakePack(u"NET"_s, u"N-1"_s)), u"! the pack is not signed"_s);
+    EXPECT_EQ(Given(pack(2, Minisign::NewKey())), u"! the pack has no valid signature by a key that is trusted"_s);
+    EXPECT_EQ(Snapshot(exams), Tree());
+    const QString offered = u"NET N-1 Sample 1 2 0%1 by Example Org 2026-03-21T20:05:09Z"_s;
+    EXPECT_EQ(Given(pack(3, vendor), false), offered.arg(u""_s) + u" declined"_s);
+    EXPECT_EQ(Given(pack(2, vendor)), offered.arg(u""_s)) << "what was declined is not installed";
+    EXPECT_EQ(Given(pack(1, vendor)), u"! the pack is version 1 of the exam NET-101, and version 2 has been installed"_s);
+    EXPECT_EQ(Given(folder), u"NET N-1 Sample 1 2 0 for N-1 1 unsigned"_s);
+    EXPECT_EQ(Given(pack(2, vendor)), offered.arg(u" for N-1 1"_s));
 }
 
 TEST(InstallationTest, AnExamFileComesWithItsExhibits)

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "author/Signing.h"
 #include "pack/StubBytes.h"
 #include "packformat/PackFormat.h"
 #include "tests/pack/PackFixture.h"
@@ -151,4 +152,57 @@ TEST(PackerTest, WholeOrNotAtAll)
             EXPECT_TRUE(SmallDisk::WhyNot() || Refusal(package, file, true) == file + u": File too large"_s) << bytes;
     }
     EXPECT_EQ(Snapshot(root), made);
+}
+
+TEST(PackerTest, SignedPacks)
+{
+    const QString package = MakePackage(u"SIGNED"_s, u"S-1"_s);
+    const QString out = Sandbox::Path(u"signed.run"_s);
+    const auto run = [](const QStringList &arguments, const QByteArray &input = {}) {
+        return OutcomeOf(QStringLiteral(AUTHOR_PROGRAM), arguments, {}, input);
+    };
+    const QString keyFile = Sandbox::Path(u"vendor.key"_s);
+    const Outcome made = run({ u"key"_s, u"--out"_s, keyFile }, "open \xC3\xBC\nmore");
+    ASSERT_EQ(made, (Outcome{ 0, made.Out, {} }));
+    const QString vendor = made.Out.trimmed();
+    const QByteArray sealed = Sandbox::ReadFile(keyFile);
+    EXPECT_EQ(run({ u"key"_s, u"--out"_s, keyFile }, "x\n").Code, 1) << "no key is lost";
+    EXPECT_EQ(Sandbox::ReadFile(keyFile), sealed);
+    const QString next = Sandbox::Path(u"next.key"_s);
+    const QString nextKey = Signing::MakeKey(next, u"sesame"_s, Minisign::Cost::Low).ToText();
+
+    const QStringList pack = { u"pack"_s, package, u"--out"_s, out, u"--replace"_s, u"--pack-version"_s, u"7"_s, u"--sign"_s };
+    qputenv("SOURCE_DATE_EPOCH", "1763888400");
+    EXPECT_EQ(run(pack + QStringList(next), "wrong\n"),
+              (Outcome{ 1, {}, u"practorium-author: %1: the pass phrase is wrong, or the key is damaged\n"_s.arg(next) }));
+    EXPECT_FALSE(QFile::exists(out));
+    ASSERT_EQ(run(pack + QStringList{ keyFile, u"--sign"_s, next, u"--exam"_s, u"S-101"_s, u"--signer"_s, u"B\u00FCro"_s },
+                  "open \xC3\xBC\nsesame\n")
+                  .Err,
+              QString());
+    qunsetenv("SOURCE_DATE_EPOCH");
+    const QString stated = u"version 7 of the exam S-101, signed by B\u00FCro at 2025-11-23T09:00:00Z\n"_s;
+    const QString other = Minisign::NewKey().Public().ToText();
+    const std::pair<QStringList, Outcome> checks[] = {
+        { { u"--key"_s, vendor }, { 0, out + u": "_s + stated } },
+        { { u"--key"_s, other, u"--key"_s, nextKey }, { 0, out + u": "_s + stated } },
+        { { u"--key"_s, next + u".pub"_s }, { 0, out + u": "_s + stated } },
+        { { u"--key"_s, other }, { 1, out + u": the pack has no valid signature by a key that is trusted\n"_s } },
+        { {}, { 0, QString(out + u": not verified (--key): "_s + stated).repeated(2) } },
+    };
+    for (const auto &[keys, outcome] : checks)
+        EXPECT_EQ(run(QStringList{ u"check"_s, out } + keys), outcome) << keys.join(u' ').toStdString();
+    const QString unsignedPack = MakePack(u"PLAIN"_s, u"P-1"_s);
+    EXPECT_EQ(run({ u"check"_s, unsignedPack }), Outcome());
+    EXPECT_EQ(run({ u"check"_s, unsignedPack, u"--key"_s, vendor }),
+              (Outcome{ 1, unsignedPack + u": the pack is not signed\n"_s }));
+
+    // It installs like any other.
+    FreshFolder();
+    EXPECT_EQ(OutcomeOf(out), Done);
+    EXPECT_EQ(Snapshot(Sandbox::ExamsFolder()), Installed(u"SIGNED"_s, u"S-1"_s));
+    QByteArray damaged = Sandbox::ReadFile(out);
+    damaged[damaged.size() - 200] = static_cast<char>(damaged[damaged.size() - 200] ^ 1);
+    Sandbox::WriteFile(out, damaged);
+    EXPECT_EQ(InstallHere(out), "1 Exam pack: the pack is damaged\n");
 }

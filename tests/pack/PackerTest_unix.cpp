@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "author/Signing.h"
+#include "pack/stub/PackReader.h"
 #include "tests/pack/PackFixture.h"
 
 #include <fcntl.h>
@@ -39,4 +41,28 @@ TEST(PackerTest, ANameThatIsNoText)
     const int file = creat(name.c_str(), 0600);
     EXPECT_EQ(Refusal(folder, Sandbox::Path(u"never.run"_s)), folder + u": a file in it has a name that is no UTF-8"_s);
     EXPECT_TRUE(close(file) == 0 && unlink(name.c_str()) == 0);
+}
+
+// Whoever does not trust this program verifies packs with minisign, and can sign with it.
+TEST(PackerTest, MinisignKnowsKeysAndSignatures)
+{
+    const QString key = Sandbox::Path(u"minisign.key"_s);
+    const QString digest = Sandbox::Path(u"digest"_s);
+    const auto vendor = Signing::MakeKey(key, u"pass"_s, Minisign::Cost::Low);
+    QByteArray signature;
+    Packer::Write(
+        MakePackage(u"MINI"_s, u"M-3"_s), Sandbox::Path(u"mini.run"_s), Packer::OwnPlatform, true, [] {},
+        [&](const QByteArray &bytes) {
+            Sandbox::WriteFile(digest, bytes);
+            signature = Minisign::Sign(Minisign::Opened(Sandbox::ReadFile(key), u"pass"_s), bytes, u"B\u00FCro"_s);
+            return signature;
+        });
+    const auto minisign = [&](const QStringList &arguments) { return OutcomeOf(u"minisign"_s, arguments, {}, "pass\n"); };
+    Sandbox::WriteFile(digest + u".minisig"_s, signature);
+    EXPECT_EQ(minisign({ u"-V"_s, u"-m"_s, digest, u"-P"_s, vendor.ToText() }),
+              (Outcome{ 0, u"Signature and comment signature verified\nTrusted comment: B\u00FCro\n"_s, {} }));
+    EXPECT_EQ(minisign({ u"-S"_s, u"-l"_s, u"-m"_s, digest, u"-s"_s, key, u"-t"_s, u"other"_s }).Code, 0);
+    const auto theirs = Minisign::Signatures(Sandbox::ReadFile(digest + u".minisig"_s));
+    EXPECT_TRUE(theirs.size() == 1 && theirs[0].Comment == "other"
+                && Minisign::Verifies(theirs[0], vendor, Sandbox::ReadFile(digest)));
 }

@@ -121,6 +121,8 @@ TEST(ServiceProgramTest, CommandsAndTheirArguments)
         { u"serve --packs word"_s, "", misused(u"--packs must name a folder"_s) },
         { u"serve --packs . --port 65536"_s, "", misused(u"--port must be a number from 0 to 65535"_s) },
         { u"serve --packs . --rate x"_s, "", misused(u"--rate must be a number of bytes"_s) },
+        { u"serve --packs . --accel-prefix /a//"_s, "", misused(u"--accel-prefix must be a path such as /packs/"_s) },
+        { u"serve --packs . --accel-prefix /a/"_s, "", misused(u"--accel-prefix needs --trusted-proxy"_s) },
         { u"serve --packs . --key word"_s, "", misused(u"--certificate and --key belong together"_s) },
         { u"serve --packs . --key none --certificate none"_s, "", failed(u"none: No such file or directory"_s) },
         { u"serve --packs . --key nothing --certificate word"_s, "", failed(u"nothing: is empty"_s) },
@@ -152,7 +154,8 @@ TEST(ServiceProgramTest, CommandsAndTheirArguments)
     // The first column of each help: what scripts may use.
     const std::pair<QString, QString> helps[] = {
         { u"serve"_s,
-          u"--packs <DIR> --address <ADDRESS> --port <PORT> --trusted-proxy <ADDRESS[/PREFIX]> --rate <BYTES> "
+          u"--packs <DIR> --accel-prefix <PATH> --address <ADDRESS> --port <PORT> --trusted-proxy <ADDRESS[/PREFIX]> --rate "
+          u"<BYTES> "
           "--certificate <FILE> --key <FILE> --admin-port <PORT> --admin-address <ADDRESS> --grace <SECONDS>"_s },
         { u"add-user"_s, u"--password-file <FILE> --replace EMAIL"_s },
         { u"remove-user"_s, u"EMAIL"_s },

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "service/PasswordPrompt.h"
+#include "console/PasswordPrompt.h"
 
 #include <QFile>
 
@@ -58,7 +58,8 @@ private:
 QByteArray ReadLine()
 {
     QFile input;
-    return input.open(stdin, QIODevice::ReadOnly) ? input.readLine() : QByteArray();
+    // Without a buffer, so that the next line can be read later.
+    return input.open(stdin, QIODevice::ReadOnly | QIODevice::Unbuffered) ? input.readLine() : QByteArray();
 }
 
 }
@@ -79,4 +80,12 @@ QString ReadPassword(const QString &prompt)
     while (text.endsWith(u'\n') || text.endsWith(u'\r'))
         text.chop(1);
     return text;
+}
+
+std::optional<QString> ReadNewPassword(const QString &prompt, const QString &again)
+{
+    const QString password = ReadPassword(prompt);
+    if (isatty(STDIN_FILENO) && ReadPassword(again) != password)
+        return {};
+    return password;
 }
