@@ -2,7 +2,7 @@
 #include "bank/Table.h"
 
 #include "bank/Category.h"
-#include "bank/Csv.h"
+#include "common/Csv.h"
 #include "bank/Decode.h"
 #include "bank/TableColumns.h"
 #include "bank/TableKey.h"

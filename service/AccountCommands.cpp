@@ -48,6 +48,18 @@ int ChangeExams(const QStringList &arguments, const QString &description,
 
 }
 
+int Command::Init(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        u"Makes the database if it does not exist, and brings its tables up to date. For PostgreSQL, "
+        "run it as the owner of the tables before the service is started or updated."_s);
+    if (const auto code = ParseWithDatabase(parser, arguments, 0, 0))
+        return *code;
+    const Database database(parser.value(u"database"_s), Database::IfMissing::Make);
+    return Success;
+}
+
 int Command::AddUser(const QStringList &arguments)
 {
     QCommandLineParser parser;

@@ -10,8 +10,12 @@ namespace Command {
 // Runs the service until a stop signal arrives (see StopSignals).
 int Serve(const QStringList &arguments);
 
-// Change the accounts in the database, also while a service uses it. Only AddUser
-// creates a database.
+// Makes the database, or brings its tables up to date.
+int Init(const QStringList &arguments);
+
+// Change the accounts in the database, also while a service uses it. AddUser and Import
+// create a database that is missing.
+int Import(const QStringList &arguments);
 int AddUser(const QStringList &arguments);
 int RemoveUser(const QStringList &arguments);
 int Grant(const QStringList &arguments);

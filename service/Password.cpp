@@ -5,6 +5,8 @@
 #include "common/Common.h"
 #include "common/Error.h"
 
+#include <QRegularExpression>
+
 #include <sodium.h>
 
 #include <algorithm>
@@ -66,6 +68,33 @@ bool Matches(const QByteArray &hash, const QString &password)
     const int result = crypto_pwhash_str_verify(hash.constData(), text.constData(), static_cast<quint64>(text.size()));
     sodium_memzero(text.data(), static_cast<size_t>(text.size()));
     return result == 0;
+}
+
+bool IsHash(const QByteArray &text)
+{
+    Prepare();
+    static const QRegularExpression form(
+        u"^\\$argon2id\\$v=19\\$m=(\\d{1,9}),t=(\\d{1,9}),p=1\\$[A-Za-z0-9+/]+\\$[A-Za-z0-9+/]+$"_s);
+    const auto match = form.match(QString::fromLatin1(text));
+    // The memory is in KiB.
+    return match.hasMatch() && text.size() < qsizetype(crypto_pwhash_STRBYTES)
+        && match.captured(1).toULongLong() * 1024 <= 4 * UsualCost.Bytes
+        && match.captured(2).toULongLong() <= 4 * UsualCost.Passes
+        && crypto_pwhash_str_needs_rehash(text.constData(), UsualCost.Passes, UsualCost.Bytes) >= 0;
+}
+
+QString Generated()
+{
+    Prepare();
+    // Without those that look alike.
+    constexpr QStringView characters = u"abcdefghjkmnpqrstuvwxyz23456789";
+    QString password;
+    for (int i = 0; i < 16; ++i) {
+        if (i > 0 && i % 4 == 0)
+            password += u'-';
+        password += characters[randombytes_uniform(static_cast<quint32>(characters.size()))];
+    }
+    return password;
 }
 
 QString InvalidUserReason(const QString &email)

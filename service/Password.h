@@ -25,6 +25,14 @@ QByteArray Hash(const QString &password, const Cost &cost = UsualCost);
 // as long as it took to compute the hash.
 bool Matches(const QByteArray &hash, const QString &password);
 
+// Whether a text is a hash that Matches can check, at no more than about ten times the
+// usual cost.
+bool IsHash(const QByteArray &text);
+
+// A random password that is hard to guess and easy to type, such as
+// "h3kd-9wmx-pq7c-tz4n".
+QString Generated();
+
 // Why nobody could log in with this user ID or this password, as part of an error
 // message; empty if it is usable. The download window removes blanks at both ends,
 // and the protocol carries only the characters of the system's code page.

@@ -42,20 +42,50 @@ std::optional<Store::Credentials> Store::Find(const QString &email) const
     return Credentials{ rows[0].toLongLong(), rows[1].toByteArray() };
 }
 
-void Store::AddUser(const QString &email, const QByteArray &passwordHash)
+void Store::Insert(const QString &email, const QByteArray &passwordHash)
 {
-    Transaction transaction(m_database, Subject::Accounts);
     const auto added = m_database.Run(u"INSERT INTO users(email, folded, password) VALUES(?, ?, ?) ON CONFLICT DO NOTHING"_s,
                                       { email, Folded(email), passwordHash });
     if (added.Changed() != 1)
         throw Error(InvalidCall, u"The user \"%1\" is there already"_s.arg(email), u"Store::AddUser()"_s);
+}
+
+void Store::SetHash(qint64 user, const QByteArray &passwordHash)
+{
+    m_database.Run(u"UPDATE users SET password = ? WHERE id = ?"_s, { passwordHash, user });
+}
+
+void Store::GrantTo(qint64 user, const QStringList &exams)
+{
+    for (const QString &exam : exams)
+        m_database.Run(u"INSERT INTO grants(account, exam) VALUES(?, ?) ON CONFLICT DO NOTHING"_s, { user, exam });
+}
+
+void Store::AddUser(const QString &email, const QByteArray &passwordHash)
+{
+    Transaction transaction(m_database, Subject::Accounts);
+    Insert(email, passwordHash);
     transaction.Commit();
 }
 
 void Store::SetPassword(const QString &email, const QByteArray &passwordHash)
 {
     Transaction transaction(m_database, Subject::Accounts);
-    m_database.Run(u"UPDATE users SET password = ? WHERE id = ?"_s, { passwordHash, UserOf(email) });
+    SetHash(UserOf(email), passwordHash);
+    transaction.Commit();
+}
+
+void Store::Import(const std::vector<Account> &accounts)
+{
+    Transaction transaction(m_database, Subject::Accounts);
+    for (const Account &account : accounts) {
+        const QByteArray &hash = account.PasswordHash.isEmpty() ? account.InitialHash : account.PasswordHash;
+        if (const auto known = Find(account.Email); !known && !hash.isEmpty())
+            Insert(account.Email, hash);
+        else if (known && !account.PasswordHash.isEmpty())
+            SetHash(known->User, hash);
+        GrantTo(UserOf(account.Email), account.Exams);
+    }
     transaction.Commit();
 }
 
@@ -72,9 +102,7 @@ void Store::RemoveUser(const QString &email)
 void Store::Grant(const QString &email, const QStringList &exams)
 {
     Transaction transaction(m_database, Subject::Accounts);
-    const qint64 user = UserOf(email);
-    for (const QString &exam : exams)
-        m_database.Run(u"INSERT INTO grants(account, exam) VALUES(?, ?) ON CONFLICT DO NOTHING"_s, { user, exam });
+    GrantTo(UserOf(email), exams);
     transaction.Commit();
 }
 

@@ -48,6 +48,18 @@ public:
     void Grant(const QString &email, const QStringList &exams);
     void Revoke(const QString &email, const QStringList &exams);
 
+    // What is to be imported about a user.
+    struct Account {
+        QString Email;
+        // Empty: a user who is there keeps the password, another one gets InitialHash.
+        QByteArray PasswordHash;
+        QByteArray InitialHash;
+        QStringList Exams;
+    };
+    // Adds the users who are not there, and grants the exams. All of it or, if an error
+    // is raised, nothing. A user without any hash must be there.
+    void Import(const std::vector<Account> &accounts);
+
     struct User {
         QString Email; // as it was added
         QStringList Exams; // in the order in which they were granted
@@ -77,7 +89,11 @@ public:
     std::vector<ReportLine> Reports() const;
 
 private:
+    // Parts of a transaction.
     qint64 UserOf(const QString &email) const;
+    void Insert(const QString &email, const QByteArray &passwordHash);
+    void SetHash(qint64 user, const QByteArray &passwordHash);
+    void GrantTo(qint64 user, const QStringList &exams);
 
     Database &m_database;
     const Clock &m_clock;

@@ -13,6 +13,8 @@ int main(int argc, char **argv)
     return Command::Run(u"Download service for the exams that candidates have bought."_s,
                         {
                             { u"serve"_s, u"runs the service"_s, Command::Serve },
+                            { u"init"_s, u"makes the database, or brings its tables up to date"_s, Command::Init },
+                            { u"import"_s, u"adds users and their exams from tables"_s, Command::Import },
                             { u"add-user"_s, u"adds a user or changes a user's password"_s, Command::AddUser },
                             { u"remove-user"_s, u"removes a user with all exams and reports"_s, Command::RemoveUser },
                             { u"grant"_s, u"allows a user to download exams"_s, Command::Grant },

@@ -361,6 +361,36 @@ TEST(ServiceProgramTest, AServerOfPostgresThatEndsIsFoundAgain)
     EXPECT_EQ(EndOf(service).Code, 0);
 }
 
+TEST(ServiceProgramTest, TheRightsInTheManualAreEnoughToServe)
+{
+    const QString owner = NewDatabase(DatabaseKind::Postgres);
+    const QString server = QString(owner).replace(u"user=owner"_s, u"user=practorium%5Fserve"_s);
+    ASSERT_EQ(On(u"init --database "_s + owner), Outcome{});
+    const QString manual = QString::fromUtf8(Sandbox::ReadFile(QStringLiteral(MANUAL)));
+    for (const QString &line : manual.split(u'\n')) {
+        if (line.startsWith("    GRANT "_L1) || line.startsWith("    CREATE ROLE "_L1))
+            RunSql(owner, line.trimmed());
+    }
+    ASSERT_EQ(On(u"add-user ann --database "_s + owner, "pass\n"), Outcome{});
+    QProcess service;
+    service.setWorkingDirectory(Sandbox::Path({}));
+    service.start(Service, (u"serve --packs . --grace 0 --database "_s + server).split(u' '));
+    const QString endpoint = NextLine(service);
+    const auto post = [&](const QByteArray &message) { return BodyOf(Receive(*Connect(endpoint, PostOf(message)))); };
+    EXPECT_EQ(post("LOGIN?email=ann&pwd=x;"), "LOGIN?status=FAILED;");
+    const QByteArray sid = SessionAt(endpoint);
+    EXPECT_EQ(post("LIST?sid=" + sid + ';'), "LIST?status=OK&data=;");
+    EXPECT_EQ(post("REPORT?sid=" + sid + "&list=&time=noon;"), "REPORT?status=OK;");
+    // Ended in order, it stores the last uses.
+    service.terminate();
+    EXPECT_EQ(EndOf(service).Err.count(u'\n'), 1);
+    for (const QString &forbidden : { u"add-user eve"_s, u"remove-user ann"_s, u"grant ann X"_s }) {
+        const Outcome outcome = On(forbidden + u" --database "_s + server, "pass\n");
+        EXPECT_TRUE(outcome.Code == 1 && outcome.Err.contains(u"permission denied"_s)) << outcome.Err.toStdString();
+    }
+    EXPECT_EQ(On(u"list-users --database "_s + owner).Out, u"ann\t\n"_s);
+}
+
 TEST(ServiceProgramTest, CertificatesAreReadAgainAndCiphersAreStrong)
 {
     ASSERT_EQ(On(u"add-user ann --database tls.db"_s, "pass\n"), Outcome{});

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "bank/Csv.h"
+#include "common/Csv.h"
 
 #include "common/Error.h"
 
