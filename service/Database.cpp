@@ -92,11 +92,12 @@ QString ConnectOptions(const QUrl &url)
 }
 
 // Whether an error of PostgreSQL means that the connection is gone: it comes without a
-// code, with one of the class "connection exception", or the server shuts down.
+// code, with one of the class "connection exception", or the server shuts down or has become
+// one that only answers queries.
 bool IsLoss(const QSqlError &error)
 {
     const QString code = error.nativeErrorCode();
-    return code.isEmpty() || code.startsWith("08"_L1) || code.startsWith("57P"_L1);
+    return code.isEmpty() || code.startsWith("08"_L1) || code.startsWith("57P"_L1) || code == "25006"_L1;
 }
 
 // Whether an error of SQLite means that another program was not ready in time.
