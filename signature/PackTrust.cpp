@@ -8,8 +8,6 @@
 #include "pack/stub/PackReader.h"
 #include "protocol/ServiceKey.h"
 
-#include <QRegularExpression>
-
 #include <algorithm>
 
 using namespace Qt::Literals::StringLiterals;
@@ -72,10 +70,9 @@ PackStatement Verified(const PackReader &pack, const std::vector<Minisign::Publi
 
 std::vector<Minisign::PublicKey> Keys()
 {
-    static const QRegularExpression blanks(u"\\s+"_s);
     std::vector<Minisign::PublicKey> keys;
     const QString text = QStringLiteral(PRACTORIUM_PACK_KEYS) + u' ' + Value(ServiceKey, KeysName, Registry::Text).toString();
-    for (const QString &line : text.split(blanks, Qt::SkipEmptyParts)) {
+    for (const QString &line : text.simplified().split(u' ', Qt::SkipEmptyParts)) {
         const auto key = Minisign::PublicKey::FromText(line);
         if (std::find(keys.begin(), keys.end(), key) == keys.end())
             keys.push_back(key);
