@@ -181,6 +181,23 @@ TEST_P(LoginThrottleTest, DelaysGrowByUserAndByNetwork)
         });
 }
 
+TEST_P(LoginThrottleTest, SimultaneousAttemptsCountOneByOne)
+{
+    std::atomic<int> allowed = 0;
+    std::vector<std::thread> guessers;
+    for (int i = 0; i < 8; ++i) {
+        guessers.emplace_back([&] {
+            Database instance(m_location);
+            LoginThrottle throttle(instance, m_clock, { { 3, 1h, 1h, 1h }, { 1'000, 1h, 1h, 1h }, 100 });
+            for (int j = 0; j < 4; ++j)
+                allowed += !throttle.BeginAttempt(u"ann"_s, u"1"_s);
+        });
+    }
+    for (std::thread &guesser : guessers)
+        guesser.join();
+    EXPECT_EQ(allowed, 3);
+}
+
 TEST_P(LoginThrottleTest, RemembersOnlySoMany)
 {
     LoginThrottle throttle(m_instance.Tables, m_clock, { { 1, 1h, 1h, 1h }, { 1'000, 1s, 1s, 60s }, 50 });
