@@ -354,3 +354,19 @@ TEST_P(EarlierTablesTest, AreBroughtUpToDateByTheFirstOfSeveralPrograms)
     const auto user = instance.Accounts.Find(u"new3"_s);
     EXPECT_TRUE(user && instance.LoggedOn.Find(instance.LoggedOn.Open(user->User, user->PasswordHash)));
 }
+
+TEST(DatabaseTest, ATransactionThatWaitsTooLongLeavesNothingBehind)
+{
+    const QString location = NewDatabase(DatabaseKind::Postgres);
+    const Database other(location);
+    const Database database(location + u"&options=-c%20lock_timeout%3D50ms"_s);
+    {
+        const Database::Transaction first(other, Database::Subject::Sessions, 7);
+        EXPECT_THROW(Database::Transaction(database, Database::Subject::Sessions, 7), Error);
+        const Database::Transaction elsewhere(database, Database::Subject::Sessions, 8);
+    }
+    Database::Transaction second(database, Database::Subject::Sessions, 7);
+    EXPECT_NO_THROW(second.Commit());
+    for (const QString &wrong : { u"postgresql://a b/x"_s, location + u"&x=a%3Bb"_s, location + u"&nonsense=1"_s })
+        EXPECT_THROW(Database{ wrong }, Error) << wrong.toStdString();
+}
