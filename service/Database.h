@@ -86,6 +86,8 @@ public:
         void Commit();
 
     private:
+        void Undo() const;
+
         const Database &m_database;
         bool m_isDone = false;
     };
