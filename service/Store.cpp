@@ -80,7 +80,11 @@ void Store::Import(const std::vector<Account> &accounts)
     Transaction transaction(m_database, Subject::Accounts);
     for (const Account &account : accounts) {
         const QByteArray &hash = account.PasswordHash.isEmpty() ? account.InitialHash : account.PasswordHash;
-        if (const auto known = Find(account.Email); !known && !hash.isEmpty())
+        const auto known = Find(account.Email);
+        // The password that belongs to the hash would not be the user's.
+        if (known && !account.InitialHash.isEmpty())
+            throw Error(InvalidCall, u"\"%1\" has been added meanwhile"_s.arg(account.Email), u"Store::Import()"_s);
+        if (!known && !hash.isEmpty())
             Insert(account.Email, hash);
         else if (known && !account.PasswordHash.isEmpty())
             SetHash(known->User, hash);
