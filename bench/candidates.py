@@ -11,7 +11,8 @@ many are through, the seconds until the last was, the tries that were refused, a
 lost.
 
 With --logins FILE: LOGIN only; prints how many a second, and writes the sessions into
-the file.
+the file. With --reports NUMBER: so many different reports of each after LOGIN; prints
+how many a second.
 """
 import argparse
 import asyncio
@@ -33,8 +34,11 @@ class Busy(Exception):
 
 
 class Candidate:
-    def __init__(self, number, options, target):
+    spans = []  # of the reports
+
+    def __init__(self, number, options, target, barrier):
         self.number = number
+        self.barrier = barrier
         self.options = options
         self.target = target
         self.streams = None
@@ -93,14 +97,31 @@ class Candidate:
         if self.options.logins:
             lists.append(sid)
             return
+        if self.options.reports:
+            await self.send_reports(sid)
+            return
         begin = time.monotonic()
         if await self.ask(f'LIST?sid={sid};') != f'LIST?status=OK&data={self.options.exam};':
             raise RuntimeError('another list')
         lists.append(time.monotonic() - begin)
         if await self.fetch(sid) != digest:
             raise RuntimeError('another pack')
-        if await self.ask(f'REPORT?sid={sid}&list={self.options.exam}&time=11/22/2026 8:05:09 PM;') != 'REPORT?status=OK;':
+        await self.report(sid, '11/22/2026 8:05:09 PM')
+
+    async def report(self, sid, text):
+        if await self.ask(f'REPORT?sid={sid}&list={self.options.exam}&time={text};') != 'REPORT?status=OK;':
             raise RuntimeError('another report')
+
+    async def send_reports(self, sid):
+        """When all others are logged on, too."""
+        self.barrier[0] -= 1
+        if self.barrier[0] == 0:
+            self.barrier[1].set()
+        await self.barrier[1].wait()
+        begin = time.monotonic()
+        for number in range(self.options.reports):
+            await self.report(sid, f'11/23/2026 {number}')
+        self.spans.append((begin, time.monotonic()))
 
     async def run_until_through(self, digest, lists, refused):
         while True:
@@ -123,13 +144,15 @@ async def main():
     parser.add_argument('exam')
     parser.add_argument('pack')
     parser.add_argument('--logins', metavar='FILE')
+    parser.add_argument('--reports', type=int)
     options = parser.parse_args()
     with open(options.pack, 'rb') as file:
         digest = hashlib.sha256(file.read()).hexdigest()
     target = urllib.parse.urlsplit(options.endpoint)
     lists, refused = [], []
     begin = time.monotonic()
-    runs = [Candidate(number, options, target).run_until_through(digest, lists, refused)
+    barrier = [options.count, asyncio.Event()]
+    runs = [Candidate(number, options, target, barrier).run_until_through(digest, lists, refused)
             for number in range(1, options.count + 1)]
     try:
         results = await asyncio.wait_for(asyncio.gather(*runs, return_exceptions=True), PATIENCE)
@@ -139,7 +162,10 @@ async def main():
     through = sum(result is None for result in results)
     for error in {repr(result) for result in results if result is not None}:
         print(error, flush=True)
-    if options.logins:
+    if options.reports:
+        span = max(end for _, end in Candidate.spans) - min(start for start, _ in Candidate.spans)
+        print(f'{through * options.reports / span:.0f}')
+    elif options.logins:
         print(f'{through / seconds:.2f}')
         with open(options.logins, 'w', encoding='ascii') as file:
             file.write(''.join(sid + '\n' for sid in lists))
