@@ -101,6 +101,14 @@ bool IsLoss(const QSqlError &error)
     return code.isEmpty() || code.startsWith("08"_L1) || code.startsWith("57P"_L1) || code == "25006"_L1;
 }
 
+// Whether an error of PostgreSQL will pass by itself: a lock that did not come in time, a
+// transaction that others were in the way of, or too many connections.
+bool IsPassing(const QSqlError &error)
+{
+    const QString code = error.nativeErrorCode();
+    return code == "55P03"_L1 || code == "40P01"_L1 || code == "40001"_L1 || code == "53300"_L1;
+}
+
 // Whether an error of SQLite means that another program was not ready in time.
 bool IsLocked(const QSqlError &error)
 {
@@ -217,7 +225,7 @@ void Database::Open(Connection &connection) const
 void Database::Raise(const QSqlError &error) const
 {
     const QString text = u"%1: %2"_s.arg(Shown(m_location), Common::OneLine(error.text()));
-    if (m_isFile ? IsLocked(error) : IsLoss(error))
+    if (m_isFile ? IsLocked(error) : IsLoss(error) || IsPassing(error))
         throw Unavailable(InvalidCall, text, u"Database::Run()"_s);
     throw Error(InvalidCall, text, u"Database::Run()"_s);
 }
@@ -358,18 +366,25 @@ void Database::Check() const
 Database::Transaction::Transaction(const Database &database, Subject subject, qint64 key)
     : m_database(database)
 {
-    // SQLite has one writer at a time anyway, who must say so at the beginning.
+    // SQLite allows one writer at a time; the lock is taken at the beginning.
     m_database.Execute(m_database.m_isFile ? u"BEGIN IMMEDIATE"_s : u"BEGIN"_s);
     m_database.Mine().IsInTransaction = true;
     if (m_database.m_isFile)
         return;
     try {
-        m_database.Run(u"SELECT pg_advisory_xact_lock(CAST(? AS INTEGER), CAST(? AS INTEGER))"_s,
-                       { static_cast<int>(subject), static_cast<int>(key & 0x7FFFFFFF) });
+        AlsoLock(subject, key);
     } catch (const Error &) {
         Undo();
         throw;
     }
+}
+
+void Database::Transaction::AlsoLock(Subject subject, qint64 key) const
+{
+    if (m_database.m_isFile)
+        return;
+    m_database.Run(u"SELECT pg_advisory_xact_lock(CAST(? AS INTEGER), CAST(? AS INTEGER))"_s,
+                   { static_cast<int>(subject), static_cast<int>(key & 0x7FFFFFFF) });
 }
 
 Database::Transaction::~Transaction()

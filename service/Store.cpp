@@ -97,6 +97,9 @@ void Store::RemoveUser(const QString &email)
 {
     Transaction transaction(m_database, Subject::Accounts);
     const qint64 user = UserOf(email);
+    // A session or a report that is stored at the same moment would be in the way.
+    transaction.AlsoLock(Subject::Sessions);
+    transaction.AlsoLock(Subject::Reports, user);
     for (const QString &statement : { u"DELETE FROM sessions WHERE account = ?"_s, u"DELETE FROM reports WHERE account = ?"_s,
                                       u"DELETE FROM grants WHERE account = ?"_s, u"DELETE FROM users WHERE id = ?"_s })
         m_database.Run(statement, { user });
