@@ -77,7 +77,7 @@ QString ConnectOptions(const QUrl &url)
         // Seconds, and milliseconds: a host that is gone must not block a thread for long.
         { u"connect_timeout"_s, u"5"_s },
         { u"tcp_user_timeout"_s, u"10000"_s },
-        { u"options"_s, u"-c lock_timeout=10s"_s },
+        { u"options"_s, u"-c lock_timeout=10s -c statement_timeout=60s"_s },
     };
     for (const auto &[name, value] : QUrlQuery(url).queryItems(QUrl::FullyDecoded))
         options[name] = value;
