@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/Registry.h"
+#include "common/ServiceKey.h"
+#include "download/Credentials.h"
 #include "model/Globals.h"
 #include "tour/DownloadTour.h"
 #include "tour/SittingTour.h"
@@ -76,8 +78,9 @@ int main(int argc, char **argv)
     if (what == "sitting"_L1)
         CopyFolder(QDir(words.at(2)).absolutePath(), Globals::ExamsFolder());
     else
-        Registry::WriteValue(u"Software\\Practorum\\PackCourier"_s, u"Endpoint"_s, words.at(2), Registry::Text,
-                             Registry::CurrentUser);
+        Registry::WriteValue(ServiceKey, Credentials::EndpointName, words.at(2), Registry::Text, Registry::CurrentUser);
+    if (const QString keys = qEnvironmentVariable("PRACTORIUM_KEYS"); !keys.isEmpty())
+        Registry::WriteValue(ServiceKey, u"Pack Keys"_s, keys, Registry::Text, Registry::CurrentUser);
 
     // Where the report is saved unless the candidate says otherwise.
     QDir::setCurrent(out);
