@@ -6,8 +6,8 @@
 #include <QByteArray>
 #include <QString>
 
-#include <compare>
 #include <optional>
+#include <tuple>
 
 // What tells one version of a file from the next, as long as a new version is not
 // written over the old one within a tick of the file system's clock.
@@ -18,7 +18,15 @@ struct PackVersion {
     qint64 Seconds; // of the last change of content or attributes, which nobody can choose
     qint64 Nanoseconds;
 
-    auto operator<=>(const PackVersion &) const = default;
+    bool operator==(const PackVersion &) const = default;
+    // Any order, for containers.
+    bool operator<(const PackVersion &other) const { return Members() < other.Members(); }
+
+private:
+    std::tuple<quint64, quint64, quint64, qint64, qint64> Members() const
+    {
+        return { Device, Node, Size, Seconds, Nanoseconds };
+    }
 };
 
 // A pack that is open for reading. It stays the version that was opened when

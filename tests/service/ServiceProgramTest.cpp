@@ -364,7 +364,7 @@ TEST(ServiceProgramTest, AServerOfPostgresThatEndsIsFoundAgain)
 TEST(ServiceProgramTest, TheRightsInTheManualAreEnoughToServe)
 {
     const QString owner = NewDatabase(DatabaseKind::Postgres);
-    const QString server = QString(owner).replace(u"user=owner"_s, u"user=practorium%5Fserve"_s);
+    const QString serving = QString(owner).replace(u"user=owner"_s, u"user=practorium%5Fserve"_s);
     ASSERT_EQ(On(u"init --database "_s + owner), Outcome{});
     const QString manual = QString::fromUtf8(Sandbox::ReadFile(QStringLiteral(MANUAL)));
     for (const QString &line : manual.split(u'\n')) {
@@ -374,7 +374,7 @@ TEST(ServiceProgramTest, TheRightsInTheManualAreEnoughToServe)
     ASSERT_EQ(On(u"add-user ann --database "_s + owner, "pass\n"), Outcome{});
     QProcess service;
     service.setWorkingDirectory(Sandbox::Path({}));
-    service.start(Service, (u"serve --packs . --grace 0 --database "_s + server).split(u' '));
+    service.start(Service, (u"serve --packs . --grace 0 --database "_s + serving).split(u' '));
     const QString endpoint = NextLine(service);
     const auto post = [&](const QByteArray &message) { return BodyOf(Receive(*Connect(endpoint, PostOf(message)))); };
     EXPECT_EQ(post("LOGIN?email=ann&pwd=x;"), "LOGIN?status=FAILED;");
@@ -385,7 +385,7 @@ TEST(ServiceProgramTest, TheRightsInTheManualAreEnoughToServe)
     service.terminate();
     EXPECT_EQ(EndOf(service).Err.count(u'\n'), 1);
     for (const QString &forbidden : { u"add-user eve"_s, u"remove-user ann"_s, u"grant ann X"_s }) {
-        const Outcome outcome = On(forbidden + u" --database "_s + server, "pass\n");
+        const Outcome outcome = On(forbidden + u" --database "_s + serving, "pass\n");
         EXPECT_TRUE(outcome.Code == 1 && outcome.Err.contains(u"permission denied"_s)) << outcome.Err.toStdString();
     }
     EXPECT_EQ(On(u"list-users --database "_s + owner).Out, u"ann\t\n"_s);
