@@ -7,7 +7,7 @@
 #include "common/Registry.h"
 #include "download/Credentials.h"
 #include "download/view/frmExamDownloader.h"
-#include "protocol/ServiceKey.h"
+#include "common/ServiceKey.h"
 #include "ui/Messages.h"
 #include "ui/Theme.h"
 

@@ -21,6 +21,11 @@ QVariant ReadValue(Hive hive, const QString &SubKey, const QString &ValueName, q
         stored = {};
     if (Type)
         *Type = stored.Type;
+    return ValueOf(stored);
+}
+
+QVariant ValueOf(const StoredValue &stored)
+{
     switch (stored.Type) {
     case Text: {
         QString text

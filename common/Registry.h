@@ -9,7 +9,8 @@
 // text, a block of bytes or a 32-bit number. On Windows the system's registry,
 // elsewhere one file for each hive in the user's configuration folder, which
 // the user alone can read and which is replaced in one step. There a file that
-// belongs to somebody else, or that others may write, counts as empty.
+// belongs to somebody else, that others may write, or that is damaged is neither
+// read nor replaced: every call fails. An empty one counts as one that is not there.
 namespace Registry {
 
 enum Hive : quint32 { CurrentUser = 0x80000001, LocalMachine = 0x80000002 };
@@ -44,5 +45,8 @@ qint32 OpenKey(Hive hive, const QString &SubKey, bool create, KeyAccess access =
 qint32 QueryStored(Hive hive, const QString &SubKey, const QString &ValueName, StoredValue &value);
 qint32 SetStored(Hive hive, const QString &SubKey, const QString &ValueName, const StoredValue &value);
 qint32 DeleteStored(Hive hive, const QString &SubKey, const QString &ValueName);
+
+// As ReadValue returns it.
+QVariant ValueOf(const StoredValue &stored);
 
 }

@@ -11,6 +11,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -46,25 +47,56 @@ void Distrust(const QString &path, const struct stat &status)
     Common::Log(path + u" is not used: it is not a file of this user that nobody else can write"_s);
 }
 
-// The keys of a hive; a file that is not there, or that somebody has spoilt,
-// holds none. Neither does one that another user has, or could have, written:
-// it holds the address that packs come from.
-QJsonObject Load(Hive hive)
+// The keys of a hive. A file that is not there or empty holds none. One that cannot be read, is
+// damaged, or that another user has, or could have, written is an error: it holds the address
+// that packs come from, and the keys that they must be signed with.
+qint32 Load(Hive hive, QJsonObject &keys)
 {
     // A pipe would keep the program waiting.
     const int descriptor = open(QFile::encodeName(HiveFile(hive)).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    struct stat status = {};
-    if (descriptor < 0 || fstat(descriptor, &status) != 0)
-        return {};
-    const bool isOwn = S_ISREG(status.st_mode) && status.st_uid == geteuid() && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+    if (descriptor < 0)
+        return errno == ENOENT || errno == ENOTDIR ? 0 : Failed(errno);
     QFile file;
-    if (isOwn && file.open(descriptor, QIODevice::ReadOnly, QFile::AutoCloseHandle))
-        return QJsonDocument::fromJson(file.readAll()).object();
-    if (!isOwn)
+    struct stat status = {};
+    if (!file.open(descriptor, QIODevice::ReadOnly, QFile::AutoCloseHandle) || fstat(descriptor, &status) != 0) {
+        close(descriptor);
+        return Failed(EIO);
+    }
+    if (!S_ISREG(status.st_mode) || status.st_uid != geteuid() || (status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
         Distrust(HiveFile(hive), status);
-    close(descriptor);
-    return {};
+        return Failed(EPERM);
+    }
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFile::NoError)
+        return Failed(EIO);
+    const QJsonDocument document = QJsonDocument::fromJson(bytes);
+    if (!bytes.isEmpty() && !document.isObject())
+        return Failed(EBADMSG);
+    keys = document.object();
+    return 0;
 }
+
+// From reading the keys to replacing them, one program at a time. Where the folder cannot be
+// locked, nothing is waited for.
+class HiveLock {
+public:
+    explicit HiveLock(Hive hive)
+        : m_folder(open(QFile::encodeName(HiveFile(hive).section(u'/', 0, -2)).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+    {
+        if (m_folder >= 0)
+            flock(m_folder, LOCK_EX);
+    }
+    ~HiveLock()
+    {
+        if (m_folder >= 0)
+            close(m_folder);
+    }
+    HiveLock(const HiveLock &) = delete;
+    HiveLock &operator=(const HiveLock &) = delete;
+
+private:
+    const int m_folder;
+};
 
 // Makes the folder, and those above it that are not there, for the user alone,
 // whatever the umask.
@@ -104,7 +136,10 @@ qint32 OpenKey(Hive hive, const QString &SubKey, bool create, KeyAccess)
     const QByteArray path = QFile::encodeName(HiveFile(hive));
     if (access(path.constData(), F_OK) == 0 && access(path.constData(), R_OK | W_OK) != 0)
         return Failed(errno);
-    QJsonObject keys = Load(hive);
+    const HiveLock lock(hive);
+    QJsonObject keys;
+    if (const qint32 result = Load(hive, keys); result != 0)
+        return result;
     if (keys.contains(Folded(SubKey)))
         return 0;
     if (!create)
@@ -115,7 +150,10 @@ qint32 OpenKey(Hive hive, const QString &SubKey, bool create, KeyAccess)
 
 qint32 QueryStored(Hive hive, const QString &SubKey, const QString &ValueName, StoredValue &value)
 {
-    const QJsonObject values = Load(hive).value(Folded(SubKey)).toObject();
+    QJsonObject keys;
+    if (const qint32 result = Load(hive, keys); result != 0)
+        return result;
+    const QJsonObject values = keys.value(Folded(SubKey)).toObject();
     const auto found = values.constFind(Folded(ValueName));
     if (found == values.constEnd())
         return Failed(ENOENT);
@@ -126,7 +164,10 @@ qint32 QueryStored(Hive hive, const QString &SubKey, const QString &ValueName, S
 
 qint32 SetStored(Hive hive, const QString &SubKey, const QString &ValueName, const StoredValue &value)
 {
-    QJsonObject keys = Load(hive);
+    const HiveLock lock(hive);
+    QJsonObject keys;
+    if (const qint32 result = Load(hive, keys); result != 0)
+        return result;
     QJsonObject values = keys.value(Folded(SubKey)).toObject();
     values.insert(Folded(ValueName),
                   QJsonObject{ { TypeName, value.Type }, { BytesName, QString::fromLatin1(value.Bytes.toBase64()) } });
@@ -136,7 +177,10 @@ qint32 SetStored(Hive hive, const QString &SubKey, const QString &ValueName, con
 
 qint32 DeleteStored(Hive hive, const QString &SubKey, const QString &ValueName)
 {
-    QJsonObject keys = Load(hive);
+    const HiveLock lock(hive);
+    QJsonObject keys;
+    if (const qint32 result = Load(hive, keys); result != 0)
+        return result;
     QJsonObject values = keys.value(Folded(SubKey)).toObject();
     if (!values.contains(Folded(ValueName)))
         return Failed(ENOENT);

@@ -5,7 +5,7 @@
 #include "common/Error.h"
 #include "common/Registry.h"
 #include "model/CryptoAPI.h"
-#include "protocol/ServiceKey.h"
+#include "common/ServiceKey.h"
 
 #include <QSysInfo>
 

@@ -273,10 +273,10 @@ void DownloadRun::Install(const QString &examID)
         const auto statement = PackTrust::Check(pack.OpenForCheck(), examID);
         pack.MakeRunnable();
         const qint32 exitCode = pack.Run();
-        pack.Remove();
         // Older packs are refused from then on, so only what has been installed counts.
         if (statement && exitCode == 0)
             PackTrust::Remember(*statement);
+        pack.Remove();
     } catch (const Error &error) {
         // The box that follows says no more than that it failed.
         Common::Log(u"Installation of %1 (%2) failed: %3"_s.arg(examID.left(LongestLoggedName),

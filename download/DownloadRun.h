@@ -41,8 +41,8 @@ public:
     // The same at once after a press, with the exclamation icon.
     virtual void Warn(const QString &text) = 0;
     virtual void FocusEntry(Entry entry) = 0; // the one to be corrected
-    // A complete pack is about to be run. No events run from then on until it
-    // has ended.
+    // A complete pack is about to be checked and, if it may be, run. No events run from
+    // then on until that has ended, which takes seconds.
     virtual void InstallationStarts(const QString &examID) = 0;
     // The window is to be closed, and calls Close of the run then. Comes again
     // every second after a successful run until it does.

@@ -153,7 +153,12 @@ public:
                 Statement = PackTrust::Check(pack);
             Offer offer = OfferOf(pack, Statement);
             offer.IsUnsigned = m_kind == Kind::Data && !PackTrust::Keys().empty();
-            return m_agrees(offer);
+            if (!m_agrees(offer))
+                return false;
+            // A newer pack may have been installed while the user read the question.
+            if (m_kind == Kind::Pack)
+                Statement = PackTrust::Check(pack);
+            return true;
         } catch (...) {
             m_raised = std::current_exception();
             return false;

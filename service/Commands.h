@@ -7,7 +7,7 @@
 // and returns the exit code (see Command::Entry). A failure is raised as Error.
 namespace Command {
 
-// Runs the service until a stop signal arrives (see StopSignals).
+// Runs the service until a stop signal arrives (see Signals).
 int Serve(const QStringList &arguments);
 
 // Makes the database, or brings its tables up to date.

@@ -77,6 +77,7 @@ QString ConnectOptions(const QUrl &url)
         // Seconds, and milliseconds: a host that is gone must not block a thread for long.
         { u"connect_timeout"_s, u"5"_s },
         { u"tcp_user_timeout"_s, u"10000"_s },
+        { u"options"_s, u"-c lock_timeout=10s -c statement_timeout=60s"_s },
     };
     for (const auto &[name, value] : QUrlQuery(url).queryItems(QUrl::FullyDecoded))
         options[name] = value;
@@ -92,11 +93,20 @@ QString ConnectOptions(const QUrl &url)
 }
 
 // Whether an error of PostgreSQL means that the connection is gone: it comes without a
-// code, with one of the class "connection exception", or the server shuts down.
+// code, with one of the class "connection exception", or the server shuts down or has become
+// one that only answers queries.
 bool IsLoss(const QSqlError &error)
 {
     const QString code = error.nativeErrorCode();
-    return code.isEmpty() || code.startsWith("08"_L1) || code.startsWith("57P"_L1);
+    return code.isEmpty() || code.startsWith("08"_L1) || code.startsWith("57P"_L1) || code == "25006"_L1;
+}
+
+// Whether an error of PostgreSQL will pass by itself: a lock that did not come in time, a
+// transaction that others were in the way of, or too many connections.
+bool IsPassing(const QSqlError &error)
+{
+    const QString code = error.nativeErrorCode();
+    return code == "55P03"_L1 || code == "40P01"_L1 || code == "40001"_L1 || code == "53300"_L1;
 }
 
 // Whether an error of SQLite means that another program was not ready in time.
@@ -180,19 +190,23 @@ void Database::Open(Connection &connection) const
         database.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=10000"_s);
     } else {
         const QUrl url(m_location);
+        if (!url.isValid()) {
+            connection.Close();
+            throw Error(InvalidCall, u"The database's address is not valid: %1"_s.arg(url.errorString()),
+                        u"Database::Open()"_s);
+        }
         database.setHostName(url.host());
         database.setPort(url.port());
-        database.setDatabaseName(url.path().mid(1));
+        database.setDatabaseName(url.path(QUrl::FullyDecoded).mid(1));
         database.setUserName(url.userName(QUrl::FullyDecoded));
         database.setPassword(url.password(QUrl::FullyDecoded));
         database.setConnectOptions(ConnectOptions(url));
     }
     // A report that was acknowledged must be on the disk.
-    const QStringList preparation = m_isFile
-        ? QStringList{ u"PRAGMA foreign_keys = ON"_s, u"PRAGMA synchronous = FULL"_s }
-        : QStringList{ u"SET lock_timeout = '10s'"_s, u"SET client_min_messages = warning"_s,
-                       u"SELECT set_config('synchronous_commit', 'on', false) "
-                       "WHERE current_setting('synchronous_commit') = 'off'"_s };
+    const QStringList preparation = m_isFile ? QStringList{ u"PRAGMA foreign_keys = ON"_s, u"PRAGMA synchronous = FULL"_s }
+                                             : QStringList{ u"SET client_min_messages = warning"_s,
+                                                            u"SELECT set_config('synchronous_commit', 'on', false) "
+                                                            "WHERE current_setting('synchronous_commit') = 'off'"_s };
     bool isOpen = database.open();
     QSqlError error = database.lastError();
     for (const QString &statement : preparation) {
@@ -211,7 +225,7 @@ void Database::Open(Connection &connection) const
 void Database::Raise(const QSqlError &error) const
 {
     const QString text = u"%1: %2"_s.arg(Shown(m_location), Common::OneLine(error.text()));
-    if (m_isFile ? IsLocked(error) : IsLoss(error))
+    if (m_isFile ? IsLocked(error) : IsLoss(error) || IsPassing(error))
         throw Unavailable(InvalidCall, text, u"Database::Run()"_s);
     throw Error(InvalidCall, text, u"Database::Run()"_s);
 }
@@ -352,20 +366,39 @@ void Database::Check() const
 Database::Transaction::Transaction(const Database &database, Subject subject, qint64 key)
     : m_database(database)
 {
-    // SQLite has one writer at a time anyway, who must say so at the beginning.
-    m_database.Execute(m_database.m_isFile ? u"BEGIN IMMEDIATE"_s
-                                           : u"BEGIN; SELECT pg_advisory_xact_lock(%1, %2)"_s.arg(static_cast<int>(subject))
-                                                 .arg(static_cast<qint32>(key & 0x7FFFFFFF)));
+    // SQLite allows one writer at a time; the lock is taken at the beginning.
+    m_database.Execute(m_database.m_isFile ? u"BEGIN IMMEDIATE"_s : u"BEGIN"_s);
     m_database.Mine().IsInTransaction = true;
+    if (m_database.m_isFile)
+        return;
+    try {
+        AlsoLock(subject, key);
+    } catch (const Error &) {
+        Undo();
+        throw;
+    }
+}
+
+void Database::Transaction::AlsoLock(Subject subject, qint64 key) const
+{
+    if (m_database.m_isFile)
+        return;
+    m_database.Run(u"SELECT pg_advisory_xact_lock(CAST(? AS INTEGER), CAST(? AS INTEGER))"_s,
+                   { static_cast<int>(subject), static_cast<int>(key & 0x7FFFFFFF) });
 }
 
 Database::Transaction::~Transaction()
 {
+    if (!m_isDone && m_database.Mine().IsInTransaction)
+        Undo();
+}
+
+void Database::Transaction::Undo() const
+{
     Connection &connection = m_database.Mine();
-    if (m_isDone || !connection.IsInTransaction)
-        return;
     connection.IsInTransaction = false;
-    QSqlQuery(connection.Qt).exec(u"ROLLBACK"_s);
+    if (connection.IsOpen())
+        QSqlQuery(connection.Qt).exec(u"ROLLBACK"_s);
 }
 
 void Database::Transaction::Commit()

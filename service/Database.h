@@ -83,9 +83,14 @@ public:
         ~Transaction();
         Transaction(const Transaction &) = delete;
         Transaction &operator=(const Transaction &) = delete;
+        // Waits for another subject too. Subjects are locked in the order in which the
+        // enumeration has them, so that no two transactions wait for each other.
+        void AlsoLock(Subject subject, qint64 key = 0) const;
         void Commit();
 
     private:
+        void Undo() const;
+
         const Database &m_database;
         bool m_isDone = false;
     };

@@ -5,6 +5,7 @@
 #include "service/Certificate.h"
 #include "service/ConnectionTable.h"
 #include "service/ListenAddress.h"
+#include "service/Log.h"
 #include "service/PackResponse.h"
 #include "service/PackSums.h"
 #include "service/RequestHeaders.h"
@@ -282,7 +283,7 @@ MHD_Result HttpServer::Implementation::OnRequest(void *self, MHD_Connection *con
         server->m_connections.SetReceiving(EntryOf(connection), false);
         return server->Answer(connection, path, method, request);
     } catch (const std::exception &error) {
-        qWarning("%s", error.what());
+        Log::ToStandardError(Log::Line(u"error"_s).Text(u"reason"_s, QString::fromUtf8(error.what())));
         return SendText(connection, MHD_HTTP_INTERNAL_SERVER_ERROR, "The service has a problem of its own.\n");
     }
 }

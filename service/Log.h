@@ -5,7 +5,7 @@
 
 #include <functional>
 
-// What the service tells its administrator: one line for each event, in the form
+// What the service writes for its administrator: one line for each event, in the form
 // "logfmt", for example: event=login_failed user="ann" from=192.0.2.7
 namespace Log {
 

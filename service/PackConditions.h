@@ -6,7 +6,7 @@
 #include <QByteArray>
 #include <QByteArrayView>
 
-// What a request wants of a pack: under which conditions, and which part (RFC 9110,
+// What a request asks of a pack: under which conditions, and which part (RFC 9110,
 // sections 13 and 14). Dates are no conditions here, because packs are sent without
 // one; an If-Range with a date never holds.
 class PackConditions {

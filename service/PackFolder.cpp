@@ -13,8 +13,8 @@ std::optional<PackVersion> VersionOf(int file)
     struct stat status = {};
     if (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode))
         return {};
-    return PackVersion{ status.st_dev, status.st_ino, static_cast<quint64>(status.st_size), status.st_mtim.tv_sec,
-                        status.st_mtim.tv_nsec };
+    return PackVersion{ status.st_dev, status.st_ino, static_cast<quint64>(status.st_size), status.st_ctim.tv_sec,
+                        status.st_ctim.tv_nsec };
 }
 
 QString SystemFolderOf(const QByteArray &userAgent)

@@ -15,7 +15,7 @@ struct PackVersion {
     quint64 Device;
     quint64 Node;
     quint64 Size; // bytes
-    qint64 Seconds; // of the last change
+    qint64 Seconds; // of the last change of content or attributes, which nobody can choose
     qint64 Nanoseconds;
 
     auto operator<=>(const PackVersion &) const = default;

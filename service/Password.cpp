@@ -79,7 +79,7 @@ bool IsHash(const QByteArray &text)
     // The memory is in KiB.
     return match.hasMatch() && text.size() < qsizetype(crypto_pwhash_STRBYTES)
         && match.captured(1).toULongLong() * 1024 <= 4 * UsualCost.Bytes
-        && match.captured(2).toULongLong() <= 4 * UsualCost.Passes
+        && match.captured(1).toULongLong() * 1024 * match.captured(2).toULongLong() <= 4 * UsualCost.Bytes * UsualCost.Passes
         && crypto_pwhash_str_needs_rehash(text.constData(), UsualCost.Passes, UsualCost.Bytes) >= 0;
 }
 

@@ -25,8 +25,8 @@ QByteArray Hash(const QString &password, const Cost &cost = UsualCost);
 // as long as it took to compute the hash.
 bool Matches(const QByteArray &hash, const QString &password);
 
-// Whether a text is a hash that Matches can check, at no more than about ten times the
-// usual cost.
+// Whether a text is a hash that Matches can check, at no more than four times the usual
+// cost.
 bool IsHash(const QByteArray &text);
 
 // A random password that is hard to guess and easy to type, such as

@@ -199,7 +199,7 @@ Responder::Authorization Responder::AuthorizeDownload(const QString &session, co
         if (!use->Exams().contains(exam))
             return { Access::NotBought, {} };
         return { Access::Granted, std::move(use) };
-    } catch (const Error &error) {
+    } catch (const Database::Unavailable &error) {
         m_log(Log::Line(u"unavailable"_s).Text(u"reason"_s, error.Description()));
         return { Access::Unavailable, {} };
     }

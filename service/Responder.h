@@ -56,7 +56,8 @@ public:
         // session does not become idle meanwhile.
         std::optional<Sessions::Use> Session;
     };
-    // Whether a session may download the pack of an exam.
+    // Whether a session may download the pack of an exam. Raises an error of the database
+    // that will not pass.
     Authorization AuthorizeDownload(const QString &session, const QString &exam);
 
 private:

@@ -190,7 +190,7 @@ int Command::Serve(const QStringList &arguments)
     };
     for (std::optional<Signals::Signal> signal; signal != Signals::Signal::Stop;) {
         signal = Signals::WaitFor(std::chrono::seconds(1));
-        if (signal == Signals::Signal::Reload)
+        if (signal == Signals::Signal::Reload && isSecure)
             ReloadCertificate(settings, *server);
         upkeep();
     }

@@ -164,7 +164,9 @@ void Sessions::StoreUses(Which which)
         return;
     Database::Transaction transaction(m_database, Database::Subject::Sessions);
     for (auto entry = due.cbegin(); entry != due.cend(); ++entry)
-        m_database.Run(u"UPDATE sessions SET last_use = ? WHERE fingerprint = ?"_s, { Stored(entry.value()), entry.key() });
+        // Never back: the session may have been used later at another service.
+        m_database.Run(u"UPDATE sessions SET last_use = ? WHERE fingerprint = ? AND last_use < ?"_s,
+                       { Stored(entry.value()), entry.key(), Stored(entry.value()) });
     if (isCleaning) {
         m_database.Run(u"DELETE FROM sessions WHERE opened <= ? OR last_use <= ?"_s,
                        { Stored(now - m_limits.Lifetime), Stored(LatestIdle(now)) });

@@ -13,8 +13,8 @@ enum class Signal {
 };
 
 // Blocks the signals in this thread and in every thread that it starts later, so
-// that they stay pending until WaitFor receives them; SIGHUP only if the program can
-// reload something. Also ignores SIGPIPE: writing to a closed connection must not end
+// that they stay pending until WaitFor receives them. If there is nothing to reload,
+// SIGHUP still ends the program together with its terminal. Also ignores SIGPIPE: writing to a closed connection must not end
 // the program. To be called before the first thread is started.
 void Block(bool canReload);
 

@@ -3,6 +3,8 @@
 
 #include <csignal>
 
+#include <unistd.h>
+
 namespace Signals {
 
 namespace {
@@ -16,7 +18,7 @@ void Block(bool canReload)
     sigemptyset(&blocked);
     sigaddset(&blocked, SIGINT);
     sigaddset(&blocked, SIGTERM);
-    if (canReload)
+    if (canReload || ::isatty(STDIN_FILENO) == 0)
         sigaddset(&blocked, SIGHUP);
     pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
     std::signal(SIGPIPE, SIG_IGN);

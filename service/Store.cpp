@@ -80,7 +80,11 @@ void Store::Import(const std::vector<Account> &accounts)
     Transaction transaction(m_database, Subject::Accounts);
     for (const Account &account : accounts) {
         const QByteArray &hash = account.PasswordHash.isEmpty() ? account.InitialHash : account.PasswordHash;
-        if (const auto known = Find(account.Email); !known && !hash.isEmpty())
+        const auto known = Find(account.Email);
+        // The password that belongs to the hash would not be the user's.
+        if (known && !account.InitialHash.isEmpty())
+            throw Error(InvalidCall, u"\"%1\" has been added meanwhile"_s.arg(account.Email), u"Store::Import()"_s);
+        if (!known && !hash.isEmpty())
             Insert(account.Email, hash);
         else if (known && !account.PasswordHash.isEmpty())
             SetHash(known->User, hash);
@@ -93,6 +97,9 @@ void Store::RemoveUser(const QString &email)
 {
     Transaction transaction(m_database, Subject::Accounts);
     const qint64 user = UserOf(email);
+    // A session or a report that is stored at the same moment would be in the way.
+    transaction.AlsoLock(Subject::Sessions);
+    transaction.AlsoLock(Subject::Reports, user);
     for (const QString &statement : { u"DELETE FROM sessions WHERE account = ?"_s, u"DELETE FROM reports WHERE account = ?"_s,
                                       u"DELETE FROM grants WHERE account = ?"_s, u"DELETE FROM users WHERE id = ?"_s })
         m_database.Run(statement, { user });

@@ -51,8 +51,9 @@ public:
     // What is to be imported about a user.
     struct Account {
         QString Email;
-        // Empty: a user who is there keeps the password, another one gets InitialHash.
+        // Empty: a user who is there keeps the password.
         QByteArray PasswordHash;
+        // Of a user who must not be there yet; empty for one who is.
         QByteArray InitialHash;
         QStringList Exams;
     };

@@ -6,7 +6,7 @@
 #include "common/Registry.h"
 #include "common/TrapErrors.h"
 #include "pack/stub/PackReader.h"
-#include "protocol/ServiceKey.h"
+#include "common/ServiceKey.h"
 
 #include <algorithm>
 
@@ -27,8 +27,8 @@ Error Refused(const QString &text)
     return Error(InvalidCall, text, u"PackTrust"_s);
 }
 
-// The value, or an invalid one if there is none. One that cannot be read, or has another type,
-// raises an error: what protects the user does not end by a slip.
+// The value, or an invalid one if there is none. One that cannot be read, or is not what it
+// should be, raises an error: a mistake in the settings does not end what protects the user.
 QVariant Value(const QString &key, const QString &name, Registry::ValueType type)
 {
     Registry::StoredValue stored;
@@ -36,10 +36,19 @@ QVariant Value(const QString &key, const QString &name, Registry::ValueType type
     if (result == NotThere)
         return {};
     if (result != 0)
-        throw Refused(u"the value “%1” in the registry cannot be read (%2)"_s.arg(name).arg(result));
-    if (stored.Type != type)
-        throw Refused(u"the value “%1” in the registry has another type than it should"_s.arg(name));
-    return Registry::ReadValue(Registry::CurrentUser, key, name);
+        throw Refused(u"the value “%1” in the registry cannot be read: %2"_s.arg(
+            name, Common::ShownText(Common::SystemErrorText(result)).trimmed()));
+    // A text has at least its NUL.
+    const qsizetype size = stored.Bytes.size();
+    const bool isWhole = type == Registry::Number ? size == 4 : size >= 2 && size % 2 == 0;
+    if (stored.Type != type || !isWhole)
+        throw Refused(u"the value “%1” in the registry is not what it should be"_s.arg(name));
+    return Registry::ValueOf(stored);
+}
+
+qint32 InstalledVersion(const QString &exam)
+{
+    return Value(VersionsKey, exam, Registry::Number).toInt();
 }
 
 QByteArrayView DigestOf(const PackReader &pack)
@@ -57,13 +66,20 @@ std::vector<Minisign::Signature> SignaturesOf(const PackReader &pack)
 
 PackStatement Verified(const PackReader &pack, const std::vector<Minisign::PublicKey> &keys)
 {
+    Error reason = Refused(u"the pack has no valid signature by a key that is trusted"_s);
     for (const Minisign::Signature &signature : SignaturesOf(pack)) {
         for (const Minisign::PublicKey &key : keys) {
-            if (Minisign::Verifies(signature, key, DigestOf(pack)))
+            if (!Minisign::Verifies(signature, key, DigestOf(pack)))
+                continue;
+            try {
                 return PackStatement::FromText(signature.Comment);
+            } catch (const Error &error) {
+                // The other signature may have a statement that can be read.
+                reason = error;
+            }
         }
     }
-    throw Refused(u"the pack has no valid signature by a key that is trusted"_s);
+    throw reason;
 }
 
 }
@@ -88,7 +104,7 @@ std::optional<PackStatement> Check(const PackReader &pack, const std::optional<Q
     const PackStatement statement = Verified(pack, keys);
     if (exam && statement.Exam != *exam)
         throw Refused(u"the pack is signed for the exam %1"_s.arg(statement.Exam));
-    const qint32 installed = Value(VersionsKey, statement.Exam, Registry::Number).toInt();
+    const qint32 installed = InstalledVersion(statement.Exam);
     if (statement.Version < installed)
         throw Refused(u"the pack is version %1 of the exam %2, and version %3 has been installed"_s.arg(statement.Version)
                           .arg(statement.Exam)
@@ -112,7 +128,9 @@ std::optional<PackStatement> Check(std::intptr_t file, const QString &exam)
 void Remember(const PackStatement &statement)
 {
     const auto store = [&] {
-        Registry::WriteValue(VersionsKey, statement.Exam, statement.Version, Registry::Number, Registry::CurrentUser);
+        // A newer one may have been installed meanwhile.
+        if (InstalledVersion(statement.Exam) < statement.Version)
+            Registry::WriteValue(VersionsKey, statement.Exam, statement.Version, Registry::Number, Registry::CurrentUser);
     };
     TrapErrors(store, [&](const Error &error) {
         Common::Log(u"The version of the pack %1 cannot be stored: %2"_s.arg(statement.Exam, Common::OneLine(error)));

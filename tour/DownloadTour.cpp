@@ -5,7 +5,7 @@
 #include "download/Credentials.h"
 #include "download/view/frmExamDownloader.h"
 #include "model/IO.h"
-#include "protocol/ServiceKey.h"
+#include "common/ServiceKey.h"
 
 #include <QCheckBox>
 #include <QDir>

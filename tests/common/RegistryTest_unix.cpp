@@ -59,8 +59,8 @@ TEST_F(RegistryFileTest, FileOfTheUser)
 }
 
 // A damaged file, and one that others could have written to say that packs come
-// from somewhere else.
-TEST_F(RegistryFileTest, FilesThatCountAsEmpty)
+// from somewhere else: neither is read or replaced, because it may say which packs are run.
+TEST_F(RegistryFileTest, FilesThatAreNotUsed)
 {
     WriteValue(Key, u"Value"_s, 7, Number, CurrentUser);
     const QString path = TheFile();
@@ -79,12 +79,21 @@ TEST_F(RegistryFileTest, FilesThatCountAsEmpty)
         spoils.push_back([=] { Sandbox::WriteFile(path, bytes); });
     spoils.push_back([&] { EXPECT_TRUE(unlink(file.constData()) == 0 && mkfifo(file.constData(), 0600) == 0); });
     for (size_t i = 0; i < spoils.size(); ++i) {
+        unlink(file.constData());
         WriteValue(Key, u"Value"_s, 7, Number, CurrentUser);
         chmod(file.constData(), 0644);
         EXPECT_EQ(read(), u"7"_s) << i;
         spoils[i]();
         testing::internal::CaptureStderr();
-        EXPECT_EQ(read() + read(), u"2 2 "_s) << i;
+        // The owner's file, when the test could not give it to somebody else, is gone.
+        const bool isOthers = i < 3 || i + 1 == spoils.size();
+        const bool isGone = i == 3 || (i == 2 && geteuid() != 0);
+        const QString code = QString::number(isGone ? ENOENT : isOthers ? EPERM : EBADMSG) + u' ';
+        EXPECT_EQ(read() + read(), code + code) << i;
+        StoredValue stored;
+        EXPECT_EQ(QueryStored(CurrentUser, Key, u"Value"_s, stored), isGone ? ENOENT : isOthers ? EPERM : EBADMSG) << i;
+        const auto write = [] { WriteValue(Key, u"Value"_s, 8, Number, CurrentUser); };
+        EXPECT_EQ(ResultOf(write), isGone ? u"none"_s : code) << i;
         const QString lines = QString::fromUtf8(testing::internal::GetCapturedStderr());
         EXPECT_EQ(lines.count(u"is not used"), i < 3 || i + 1 == spoils.size() ? 1 : 0) << i << lines.toStdString();
     }

@@ -216,6 +216,8 @@ TEST_F(DownloadRunTest, PacksThatBreakOff)
     const auto rest = [&](qsizetype from) {
         return Reply::Whole(pack.mid(from), 206).With("etag", tag).With("content-range", range(from, pack.size()));
     };
+    QByteArray toEnd = range(at, pack.size());
+    const QByteArray last = QByteArray::number(pack.size() - 1);
     const Reply broken = until(whole(pack, tag), at), unreachable = Reply{}.Until({ .Event = 0, .Result = 7 });
     const Reply next = whole(other, "\"2\"");
     // Says that its bytes are others than those which were asked for.
@@ -245,7 +247,11 @@ TEST_F(DownloadRunTest, PacksThatBreakOff)
           4 },
         { "more behind the rest", { broken, wrong("content-length", "999999") }, refused, 4, 3 },
         { "from elsewhere", { broken, wrong("content-range", range(at - 1, pack.size())), next }, installed, 3, 2 },
-        { "not to the end", { broken, wrong("content-range", range(at, pack.size()).replace("-600", "-599")) }, refused, 4, 3 },
+        { "not to the end",
+          { broken, wrong("content-range", toEnd.replace('-' + last, '-' + QByteArray::number(pack.size() - 2))) },
+          refused,
+          4,
+          3 },
         { "of a smaller file", { broken, wrong("content-range", range(at, pack.size() - 1)), next }, installed, 3, 2 },
         { "no range", { broken, wrong("content-range", "") }, refused, 4, 3 },
         { "of another version", { broken, wrong("etag", "\"2\""), next }, installed, 3, 2 },

@@ -2,7 +2,7 @@
 #include "download/view/frmExamDownloader.h"
 
 #include "common/Registry.h"
-#include "protocol/ServiceKey.h"
+#include "common/ServiceKey.h"
 #include "tests/download/FakePack.h"
 #include "tests/download/FaultServer.h"
 #include "tests/support/Sketch.h"

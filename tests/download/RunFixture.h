@@ -4,7 +4,7 @@
 #include "common/Common.h"
 #include "common/Registry.h"
 #include "download/DownloadRun.h"
-#include "protocol/ServiceKey.h"
+#include "common/ServiceKey.h"
 #include "tests/download/FakePack.h"
 #include "tests/download/ScriptedTransport.h"
 #include "tests/support/Test.h"

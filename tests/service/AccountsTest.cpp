@@ -181,6 +181,23 @@ TEST_P(LoginThrottleTest, DelaysGrowByUserAndByNetwork)
         });
 }
 
+TEST_P(LoginThrottleTest, SimultaneousAttemptsCountOneByOne)
+{
+    std::atomic<int> allowed = 0;
+    std::vector<std::thread> guessers;
+    for (int i = 0; i < 8; ++i) {
+        guessers.emplace_back([&] {
+            Database instance(m_location);
+            LoginThrottle throttle(instance, m_clock, { { 3, 1h, 1h, 1h }, { 1'000, 1h, 1h, 1h }, 100 });
+            for (int j = 0; j < 4; ++j)
+                allowed += !throttle.BeginAttempt(u"ann"_s, u"1"_s);
+        });
+    }
+    for (std::thread &guesser : guessers)
+        guesser.join();
+    EXPECT_EQ(allowed, 3);
+}
+
 TEST_P(LoginThrottleTest, RemembersOnlySoMany)
 {
     LoginThrottle throttle(m_instance.Tables, m_clock, { { 1, 1h, 1h, 1h }, { 1'000, 1s, 1s, 60s }, 50 });
@@ -336,4 +353,20 @@ TEST_P(EarlierTablesTest, AreBroughtUpToDateByTheFirstOfSeveralPrograms)
     EXPECT_EQ(reports, version > 0 ? u"AnnNET-101noonthen"_s : QString());
     const auto user = instance.Accounts.Find(u"new3"_s);
     EXPECT_TRUE(user && instance.LoggedOn.Find(instance.LoggedOn.Open(user->User, user->PasswordHash)));
+}
+
+TEST(DatabaseTest, ATransactionThatWaitsTooLongLeavesNothingBehind)
+{
+    const QString location = NewDatabase(DatabaseKind::Postgres);
+    const Database other(location);
+    const Database database(location + u"&options=-c%20lock_timeout%3D50ms"_s);
+    {
+        const Database::Transaction first(other, Database::Subject::Sessions, 7);
+        EXPECT_THROW(Database::Transaction(database, Database::Subject::Sessions, 7), Error);
+        const Database::Transaction elsewhere(database, Database::Subject::Sessions, 8);
+    }
+    Database::Transaction second(database, Database::Subject::Sessions, 7);
+    EXPECT_NO_THROW(second.Commit());
+    for (const QString &wrong : { u"postgresql://a b/x"_s, location + u"&x=a%3Bb"_s, location + u"&nonsense=1"_s })
+        EXPECT_THROW(Database{ wrong }, Error) << wrong.toStdString();
 }

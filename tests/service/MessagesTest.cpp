@@ -65,6 +65,8 @@ TEST_P(MessagesTest, ASessionEndsAndARunningServiceSeesChanges)
     m_store.Revoke(u"ann"_s, { u"BIG"_s });
     m_store.Grant(u"ann"_s, { u"103"_s });
     EXPECT_EQ(answers(sid), open);
+    Instance other(m_location, m_clock, Database::IfMissing::Refuse);
+    EXPECT_EQ(other.Replies.AnswerAtOnce("LIST?sid=" + sid + ';', u"there"_s), "LIST?status=OK&data=EMPTY,103;");
     // SQLite uses the key of a removed user again for the next one.
     const QByteArray gone = SessionAt(m_server->Endpoint(), OddAccount);
     const qint64 key = m_store.Find(u"new"_s)->User;
@@ -73,6 +75,7 @@ TEST_P(MessagesTest, ASessionEndsAndARunningServiceSeesChanges)
     EXPECT_EQ(m_store.Find(u"eve"_s)->User == key, GetParam() == DatabaseKind::Sqlite);
     m_store.SetPassword(u"ann"_s, Password::Hash(u"pass"_s, Password::LeastCost));
     EXPECT_EQ(answers(sid) + answers(gone), ended + ended);
+    EXPECT_TRUE(other.Replies.AnswerAtOnce("LIST?sid=" + sid + ';', u"there"_s)->startsWith("ERROR?code=401&"));
     const QByteArray idle = SessionAt(m_server->Endpoint());
     EXPECT_EQ(answers(idle), open);
     m_clock.Advance(30min);

@@ -3,7 +3,7 @@
 
 #include "common/Registry.h"
 #include "pack/stub/PackReader.h"
-#include "protocol/ServiceKey.h"
+#include "common/ServiceKey.h"
 #include "tests/signature/SignedPack.h"
 
 #include <cstring>
@@ -95,6 +95,8 @@ TEST_F(PackTrustTest, Forgeries)
           SignedPack::With(body,
                            joined({ lines[0], lines[1], lines[2], QByteArray::fromBase64(lines[1]).sliced(10).toBase64() })),
           Untrusted },
+        { "a statement that cannot be read, and one that can",
+          SignedPack::With(body, Minisign::Sign(Ours, body.Digest(), u"version=7"_s) + good), Accepted },
         { "a statement that cannot be read", SignedPack::With(body, Minisign::Sign(Ours, body.Digest(), u"version=7"_s)),
           "what the signature states cannot be read" },
     };
@@ -135,12 +137,13 @@ TEST_F(PackTrustTest, TheExamAndTheVersion)
     EXPECT_EQ(Checked(version(9)), "NET-101 9 Example Org");
     EXPECT_EQ(Checked(Good), Accepted);
     PackTrust::Remember(SignedPack::Statement(u"NET-101"_s, 8));
+    PackTrust::Remember(SignedPack::Statement(u"NET-101"_s, 6));
     PackTrust::Remember(SignedPack::Statement(u"NET-102"_s, 2'147'483'647));
     EXPECT_EQ(Checked(Good), "the pack is version 7 of the exam NET-101, and version 8 has been installed");
     EXPECT_EQ(Checked(Good, {}), "the pack is version 7 of the exam NET-101, and version 8 has been installed");
     EXPECT_EQ(Checked(version(8)), "NET-101 8 Example Org");
     Registry::WriteValue(PackTrust::VersionsKey, u"NET-101"_s, u"8"_s, Registry::Text, Registry::CurrentUser);
-    EXPECT_EQ(Checked(version(9)), "the value “NET-101” in the registry has another type than it should");
+    EXPECT_EQ(Checked(version(9)), "the value “NET-101” in the registry is not what it should be");
     Registry::DeleteValue(PackTrust::VersionsKey, u"NET-101"_s, Registry::CurrentUser);
 }
 
@@ -162,6 +165,8 @@ TEST_F(PackTrustTest, TheKeysInTheRegistry)
     }
     // A value that is there, but is no text, does not end the protection.
     Registry::WriteValue(ServiceKey, PackTrust::KeysName, key.toUtf8(), Registry::Binary, Registry::CurrentUser);
-    EXPECT_EQ(Checked(Good), "the value “Pack Keys” in the registry has another type than it should");
+    EXPECT_EQ(Checked(Good), "the value “Pack Keys” in the registry is not what it should be");
+    Registry::SetStored(Registry::CurrentUser, ServiceKey, PackTrust::KeysName, { Registry::Text, {} });
+    EXPECT_EQ(Checked(Good), "the value “Pack Keys” in the registry is not what it should be");
     Registry::DeleteValue(ServiceKey, PackTrust::KeysName, Registry::CurrentUser);
 }

@@ -2,7 +2,7 @@
 #include "tests/signature/SignedPack.h"
 
 #include "common/Registry.h"
-#include "protocol/ServiceKey.h"
+#include "common/ServiceKey.h"
 
 TrustedKeys::TrustedKeys(const QString &text)
 {
