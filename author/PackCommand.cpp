@@ -35,10 +35,6 @@ read from the terminal, or is one line of the standard input.
 The exit code is 0, 2 for wrong usage, otherwise 1.
 )"_s;
 
-}
-
-namespace {
-
 // The time at which a pack is signed; a build that is to be repeated sets it.
 QDateTime SigningTime()
 {

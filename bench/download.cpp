@@ -5,9 +5,9 @@
 // (ms, 99th percentile) and by how much its memory grew (MB).
 
 #include "common/Registry.h"
+#include "common/ServiceKey.h"
 #include "download/Credentials.h"
 #include "download/view/frmExamDownloader.h"
-#include "common/ServiceKey.h"
 #include "ui/Messages.h"
 #include "ui/Theme.h"
 

@@ -11,6 +11,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <optional>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -56,9 +57,9 @@ qint32 Load(Hive hive, QJsonObject &keys)
     const int descriptor = open(QFile::encodeName(HiveFile(hive)).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0)
         return errno == ENOENT || errno == ENOTDIR ? 0 : Failed(errno);
-    QFile file;
     struct stat status = {};
-    if (!file.open(descriptor, QIODevice::ReadOnly, QFile::AutoCloseHandle) || fstat(descriptor, &status) != 0) {
+    QFile file;
+    if (fstat(descriptor, &status) != 0 || !file.open(descriptor, QIODevice::ReadOnly, QFile::AutoCloseHandle)) {
         close(descriptor);
         return Failed(EIO);
     }
@@ -136,7 +137,10 @@ qint32 OpenKey(Hive hive, const QString &SubKey, bool create, KeyAccess)
     const QByteArray path = QFile::encodeName(HiveFile(hive));
     if (access(path.constData(), F_OK) == 0 && access(path.constData(), R_OK | W_OK) != 0)
         return Failed(errno);
-    const HiveLock lock(hive);
+    // A mere look waits for nobody: the file is replaced in one step.
+    std::optional<HiveLock> lock;
+    if (create)
+        lock.emplace(hive);
     QJsonObject keys;
     if (const qint32 result = Load(hive, keys); result != 0)
         return result;

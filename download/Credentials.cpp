@@ -4,8 +4,8 @@
 #include "common/Common.h"
 #include "common/Error.h"
 #include "common/Registry.h"
-#include "model/CryptoAPI.h"
 #include "common/ServiceKey.h"
+#include "model/CryptoAPI.h"
 
 #include <QSysInfo>
 

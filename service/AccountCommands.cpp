@@ -2,8 +2,8 @@
 #include "service/Commands.h"
 
 #include "common/Error.h"
-#include "service/Password.h"
 #include "console/PasswordPrompt.h"
+#include "service/Password.h"
 #include "service/Store.h"
 
 #include <QFile>

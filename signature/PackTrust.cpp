@@ -4,9 +4,9 @@
 #include "common/Common.h"
 #include "common/Error.h"
 #include "common/Registry.h"
+#include "common/ServiceKey.h"
 #include "common/TrapErrors.h"
 #include "pack/stub/PackReader.h"
-#include "common/ServiceKey.h"
 
 #include <algorithm>
 

@@ -2,10 +2,10 @@
 #include "tour/DownloadTour.h"
 
 #include "common/Registry.h"
+#include "common/ServiceKey.h"
 #include "download/Credentials.h"
 #include "download/view/frmExamDownloader.h"
 #include "model/IO.h"
-#include "common/ServiceKey.h"
 
 #include <QCheckBox>
 #include <QDir>

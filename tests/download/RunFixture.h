@@ -3,8 +3,8 @@
 
 #include "common/Common.h"
 #include "common/Registry.h"
-#include "download/DownloadRun.h"
 #include "common/ServiceKey.h"
+#include "download/DownloadRun.h"
 #include "tests/download/FakePack.h"
 #include "tests/download/ScriptedTransport.h"
 #include "tests/support/Test.h"

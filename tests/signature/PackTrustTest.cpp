@@ -2,8 +2,8 @@
 #include "signature/PackTrust.h"
 
 #include "common/Registry.h"
-#include "pack/stub/PackReader.h"
 #include "common/ServiceKey.h"
+#include "pack/stub/PackReader.h"
 #include "tests/signature/SignedPack.h"
 
 #include <cstring>
