@@ -58,4 +58,6 @@ target_link_options(practorium_hardening INTERFACE ${hardening_link_options_${PR
 target_link_libraries(practorium_hardening INTERFACE ${hardening_libraries_${PRACTORIUM_SYSTEM}})
 if(PRACTORIUM_HARDENED)
   target_link_libraries(practorium_flags INTERFACE practorium_hardening)
+  # The stub of packs, which takes the rest of it over, is linked statically.
+  target_link_options(practorium_flags INTERFACE $<$<NOT:$<BOOL:${WIN32}>>:-pie>)
 endif()
