@@ -15,6 +15,8 @@ if(PRACTORIUM_SANITIZE)
   target_compile_options(practorium_flags INTERFACE -fsanitize=${PRACTORIUM_SANITIZE} -fno-sanitize-recover=all
                                                     -fno-omit-frame-pointer)
   target_link_options(practorium_flags INTERFACE -fsanitize=${PRACTORIUM_SANITIZE})
+  # Of the checks in tests' own code, optimisation would be most of the build's time.
+  set(PRACTORIUM_TEST_OPTIONS -O0)
 endif()
 
 # A target of its own: the stub of packs takes over the options of practorium_flags
