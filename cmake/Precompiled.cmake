@@ -55,9 +55,15 @@ if(PRACTORIUM_PRECOMPILED)
     find_package(GTest REQUIRED)
     set(test_headers gmock/gmock.h gtest/gtest.h)
     set(test_links GTest::gmock GTest::gtest)
-    practorium_precompiled_headers(gtest LINKS Qt6::Core ${test_links} HEADERS ${headers_core} ${test_headers} OPTIONS
-                                   ${PRACTORIUM_TEST_OPTIONS})
-    practorium_precompiled_headers(qtest LINKS Qt6::Widgets ${test_links} HEADERS ${headers_widgets} ${test_headers} OPTIONS
-                                   ${PRACTORIUM_TEST_OPTIONS})
+    practorium_precompiled_headers(
+      gtest
+      LINKS Qt6::Core ${test_links}
+      HEADERS ${headers_core} ${test_headers}
+      OPTIONS ${PRACTORIUM_TEST_OPTIONS})
+    practorium_precompiled_headers(
+      qtest
+      LINKS Qt6::Widgets ${test_links}
+      HEADERS ${headers_widgets} ${test_headers}
+      OPTIONS ${PRACTORIUM_TEST_OPTIONS})
   endif()
 endif()
