@@ -16,6 +16,13 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QHash>
+#include <QThreadPool>
+
+#include <algorithm>
+#include <future>
+#include <map>
+#include <memory>
+#include <vector>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -23,28 +30,50 @@ namespace Check {
 
 namespace {
 
+// Each may hold a picture of the largest size.
+constexpr int MostThreads = 4;
+
+// The width of the picture in the file, which is loaded on another thread; raises what
+// Picture::Load raises.
+std::future<int> WidthOf(const QString &file)
+{
+    static QThreadPool threads;
+    threads.setMaxThreadCount(std::min(MostThreads, QThread::idealThreadCount()));
+    // Jobs are copied, tasks are not.
+    const auto task = std::make_shared<std::packaged_task<int()>>([file] { return Picture::Load(file).width(); });
+    threads.start([task] { (*task)(); });
+    return task->get_future();
+}
+
 class ExamChecker {
 public:
-    // The path as it appears in the lines.
-    ExamChecker(QStringList &faults, QStringList *warnings, QString path)
-        : m_faults(faults)
-        , m_warnings(warnings)
-        , m_path(std::move(path))
+    // Reads the exam and begins to load its exhibits. The path as it appears in the lines.
+    explicit ExamChecker(QString path)
+        : m_path(std::move(path))
         // Opening a file trims blanks; an absolute path begins with none.
         , m_file(QDir::current().absoluteFilePath(m_path))
     {
+        m_isRead = Read(m_exam);
+        if (!m_isRead)
+            return;
+        for (const auto &question : m_exam.Questions()) {
+            const QString name = question->Exhibit();
+            if (question->HasExhibit() && Package::IsPlainName(name) && !m_widths.contains(name))
+                m_widths.emplace(name, WidthOf(QFileInfo(m_file).dir().filePath(name)));
+        }
     }
 
-    void Run()
+    void Run(QStringList &faults, QStringList *warnings)
     {
-        Exam exam;
-        if (!Read(exam))
-            return;
-        CheckHeader(exam);
-        CheckLetters(exam);
-        qint32 position = 0;
-        for (const auto &question : exam.Questions())
-            CheckItem(*question, ++position);
+        m_warnings = warnings;
+        if (m_isRead) {
+            CheckHeader(m_exam);
+            CheckLetters(m_exam);
+            qint32 position = 0;
+            for (const auto &question : m_exam.Questions())
+                CheckItem(*question, ++position);
+        }
+        faults += m_faults;
     }
 
 private:
@@ -178,11 +207,11 @@ private:
         }
         if (!m_exhibits.contains(name)) {
             try {
-                const QImage image = Picture::Load(QFileInfo(m_file).dir().filePath(name));
+                const int width = m_widths.at(name).get();
                 m_exhibits.insert(name, {});
-                if (m_warnings && image.width() > Limits::WidestExhibit)
+                if (m_warnings && width > Limits::WidestExhibit)
                     m_warnings->append(Line(u"warning: item %1: the exhibit \"%2\" is %3 pixels wide, wider than many screens"_s
-                                                .arg(QString::number(m_item), name, QString::number(image.width()))));
+                                                .arg(QString::number(m_item), name, QString::number(width))));
             } catch (const Error &error) {
                 m_exhibits.insert(name, Console::OneLine(error));
             }
@@ -191,15 +220,19 @@ private:
             ReportItem(u"the exhibit \"%1\": %2"_s.arg(name, fault));
     }
 
-    QStringList &m_faults;
-    QStringList *m_warnings;
+    QStringList m_faults;
+    QStringList *m_warnings = nullptr;
     QString m_path;
     QString m_file;
+    Exam m_exam;
+    bool m_isRead = false;
     qint32 m_item = 0;
+    std::map<QString, std::future<int>> m_widths; // of the exhibits
     QHash<QString, QString> m_exhibits; // the fault of each; empty: none
 };
 
-void CheckFolder(QStringList &faults, QStringList *warnings, const QString &path)
+// The exam files of a package folder.
+QStringList ExamsOf(const QString &path, QStringList &faults)
 {
     const QString folder = QDir::toNativeSeparators(QDir::cleanPath(QDir::current().absoluteFilePath(path)));
     const auto report = [&](const QString &text) { faults.append(Console::OneLine(path + u": "_s + text)); };
@@ -212,23 +245,38 @@ void CheckFolder(QStringList &faults, QStringList *warnings, const QString &path
         names.append(name); // it exists, but is not a file
     if (names.size() > 1)
         report(u"several exam files: %1"_s.arg(names.join(u", "_s)));
-    for (const QString &file : names)
-        ExamChecker(faults, warnings, QDir::toNativeSeparators(QDir(path).filePath(file))).Run();
+    for (QString &file : names)
+        file = QDir::toNativeSeparators(QDir(path).filePath(file));
+    return names;
 }
 
 }
 
 QStringList Faults(const QString &path, QStringList *warnings)
 {
+    return Begin(path)(warnings);
+}
+
+std::function<QStringList(QStringList *warnings)> Begin(const QString &path)
+{
     QStringList faults;
+    QStringList files;
     const QFileInfo info(QDir::current().absoluteFilePath(path));
     if (info.isDir())
-        CheckFolder(faults, warnings, path);
+        files = ExamsOf(path, faults);
     else if (!info.exists())
         faults.append(Console::OneLine(path + u": No such file or directory"_s));
     else
-        ExamChecker(faults, warnings, path).Run();
-    return faults;
+        files.append(path);
+    std::vector<std::shared_ptr<ExamChecker>> exams;
+    for (const QString &file : files)
+        exams.push_back(std::make_shared<ExamChecker>(file));
+    return [faults, exams](QStringList *warnings) {
+        QStringList lines = faults;
+        for (const auto &exam : exams)
+            exam->Run(lines, warnings);
+        return lines;
+    };
 }
 
 }

@@ -3,6 +3,8 @@
 
 #include <QStringList>
 
+#include <functional>
+
 // Checks exam files and package folders before they are used in a sitting.
 namespace Check {
 
@@ -11,5 +13,10 @@ namespace Check {
 // in any folder; its exhibits are read from that folder. warnings, if not null,
 // gets lines of the same form about what works but may look bad.
 QStringList Faults(const QString &path, QStringList *warnings = nullptr);
+
+// The same in two steps, so that one package can be checked while the exhibits of the
+// next ones are loaded. Reads the exams now and has their exhibits loaded on other
+// threads. What it returns waits for those, goes through the items and is called once.
+std::function<QStringList(QStringList *warnings)> Begin(const QString &path);
 
 }

@@ -4,7 +4,18 @@
 #include "author/Signing.h"
 #include "console/Console.h"
 
+#include <QFileInfo>
+
+#include <deque>
+
 using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+// Packages whose exhibits are loaded while the first of them is checked.
+constexpr qsizetype MostBegun = 4;
+
+}
 
 int Command::CheckPaths(const QStringList &arguments)
 {
@@ -23,10 +34,18 @@ int Command::CheckPaths(const QStringList &arguments)
         return Misused(u"an exam file, a package folder or a pack is required"_s);
 
     bool isSound = true;
-    for (const QString &path : parser.positionalArguments()) {
+    const QStringList paths = parser.positionalArguments();
+    std::deque<std::function<QStringList(QStringList *)>> begun; // from this path on; empty for files
+    for (qsizetype i = 0; i < paths.size(); ++i) {
+        for (qsizetype next = i + std::ssize(begun); next < std::min(i + MostBegun, paths.size()); ++next)
+            begun.push_back(QFileInfo(paths[next]).isDir() ? Check::Begin(paths[next]) : nullptr);
+        const QString &path = paths[i];
+        const auto package = std::move(begun.front());
+        begun.pop_front();
         QStringList warnings;
-        const QStringList faults = PackContents::IsPack(path) ? Signing::Faults(path, parser.values(u"key"_s), warnings)
-                                                              : Check::Faults(path, &warnings);
+        const QStringList faults = package ? package(&warnings)
+            : PackContents::IsPack(path)   ? Signing::Faults(path, parser.values(u"key"_s), warnings)
+                                           : Check::Faults(path, &warnings);
         for (const QString &line : faults + warnings)
             Console::Print(line);
         isSound = isSound && faults.isEmpty();

@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 
 #include <limits>
+#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -105,6 +106,8 @@ void Downloader::CreateFile()
 void Downloader::ReceiveBody()
 {
     qint64 eventsAt = m_clock.Elapsed().count();
+    qint64 timeReadAt = -1;
+    double secondOfDay = 0;
     qint64 written = 0;
     int restarts = m_transfer->Restarts();
     while (m_state == State::Fetching) {
@@ -120,11 +123,15 @@ void Downloader::ReceiveBody()
             break;
         m_file.Write(chunk.constData(), chunk.size());
         written += chunk.size();
-        Account(static_cast<qint32>(chunk.size()), m_clock.Now().toLocalTime().time().msecsSinceStartOfDay() / 1000.0);
+        // The system looks up the zone of local time in its files for each call.
+        const qint64 now = m_clock.Elapsed().count();
+        if (std::exchange(timeReadAt, now) != now)
+            secondOfDay = m_clock.Now().toLocalTime().time().msecsSinceStartOfDay() / 1000.0;
+        Account(static_cast<qint32>(chunk.size()), secondOfDay);
         Q_EMIT ChunkDownloaded();
         // A fast server fills many chunks in the time in which nobody can press
         // a button.
-        if (m_clock.Elapsed().count() - eventsAt >= EventsEvery) {
+        if (now - eventsAt >= EventsEvery) {
             QCoreApplication::processEvents();
             eventsAt = m_clock.Elapsed().count();
         }

@@ -10,7 +10,7 @@ namespace {
 
 constexpr int FirstError = 400; // of the HTTP status codes
 constexpr int FirstFinal = 200;
-constexpr long ReadBuffer = 64 * 1024; // bytes
+constexpr long ReadBuffer = 256 * 1024; // bytes
 // A chunk of one byte comes in a frame of five. Anything much beyond that says
 // nothing but goes on.
 constexpr qint64 MostFrame = 8;

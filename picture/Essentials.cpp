@@ -147,6 +147,8 @@ public:
     {
         if (inflateInit(&m_stream) != Z_OK)
             throw std::bad_alloc();
+        // The decoder compares the checksum.
+        inflateValidate(&m_stream, 0);
     }
     ~RowCounter() { inflateEnd(&m_stream); }
     Q_DISABLE_COPY_MOVE(RowCounter)

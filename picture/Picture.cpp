@@ -40,7 +40,8 @@ QImage Decoded(QByteArray bytes)
     QImageReader reader(&buffer, picture.Format);
     // Every decoder there is would be asked otherwise.
     reader.setAutoDetectImageFormat(false);
-    QImageReader::setAllocationLimit(MostMegabytes);
+    // For every reader of the program, and so once, before another thread has one.
+    [[maybe_unused]] static const bool isLimited = (QImageReader::setAllocationLimit(MostMegabytes), true);
     const QImage image = reader.read();
     if (image.isNull())
         throw Error(InvalidCall, u"The picture is damaged: "_s + reader.errorString());

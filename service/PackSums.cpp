@@ -3,10 +3,11 @@
 
 #include <QDir>
 
-#include <sodium.h>
+#include <gnutls/crypto.h>
 
 #include <fcntl.h>
 #include <memory>
+#include <type_traits>
 #include <unistd.h>
 
 using namespace Qt::Literals::StringLiterals;
@@ -18,6 +19,18 @@ constexpr size_t BlockBytes = 1024 * 1024;
 constexpr unsigned Threads = 2;
 // Each holds a file open.
 constexpr size_t MostQueued = 64;
+
+struct SumCloser {
+    void operator()(gnutls_hash_hd_t sum) const { gnutls_hash_deinit(sum, nullptr); }
+};
+using UniqueSum = std::unique_ptr<std::remove_pointer_t<gnutls_hash_hd_t>, SumCloser>;
+
+// A SHA-256 by the processor's own instructions, if it has any; nullptr when there is none.
+UniqueSum NewSum()
+{
+    gnutls_hash_hd_t sum = nullptr;
+    return UniqueSum(gnutls_hash_init(&sum, GNUTLS_DIG_SHA256) == 0 ? sum : nullptr);
+}
 
 }
 
@@ -94,22 +107,20 @@ void PackSums::Scan(const QString &folder)
 // Empty if the file is no longer the version that was opened.
 QByteArray PackSums::DigestOf(int file, const PackVersion &version) const
 {
-    crypto_hash_sha256_state state;
-    crypto_hash_sha256_init(&state);
+    const UniqueSum sum = NewSum();
     std::vector<unsigned char> block(BlockBytes);
     quint64 position = 0;
     ssize_t count = 0;
     do {
         count = Uninterrupted([&] { return ::pread(file, block.data(), block.size(), static_cast<off_t>(position)); });
-        if (count < 0 || m_isClosing)
+        if (count < 0 || m_isClosing || !sum || gnutls_hash(sum.get(), block.data(), static_cast<size_t>(count)) != 0)
             return {};
-        crypto_hash_sha256_update(&state, block.data(), static_cast<size_t>(count));
         position += static_cast<quint64>(count);
     } while (count > 0);
     if (position != version.Size || VersionOf(file) != version)
         return {};
-    QByteArray digest(crypto_hash_sha256_BYTES, '\0');
-    crypto_hash_sha256_final(&state, reinterpret_cast<unsigned char *>(digest.data()));
+    QByteArray digest(gnutls_hash_get_len(GNUTLS_DIG_SHA256), '\0');
+    gnutls_hash_output(sum.get(), digest.data());
     return digest.toHex();
 }
 

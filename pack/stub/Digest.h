@@ -3,8 +3,9 @@
 
 #include "packformat/PackFormat.h"
 
-// A SHA-256 that is computed piece by piece, by libsodium on Linux and by the
-// system's library on Windows. A copy continues on its own from the same bytes.
+// A SHA-256 that is computed piece by piece, by OpenSSL on Linux and by the
+// system's library on Windows, both with the processor's own instructions if it has any. A copy continues on its own from the
+// same bytes.
 class Digest {
 public:
     // Of no bytes yet.

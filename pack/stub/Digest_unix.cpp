@@ -1,24 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "pack/stub/Digest.h"
 
-#include <sodium/crypto_hash_sha256.h>
+// The functions of OpenSSL that take no other part of it into the stub. Those that
+// replace them would take all of it.
+#define OPENSSL_SUPPRESS_DEPRECATED
+#include <openssl/sha.h>
 
 #include <cstdlib>
 
 namespace {
 
-crypto_hash_sha256_state *StateOf(void *state)
+SHA256_CTX *StateOf(void *state)
 {
-    return static_cast<crypto_hash_sha256_state *>(state);
+    return static_cast<SHA256_CTX *>(state);
 }
 
 }
 
 Digest::Digest()
-    : m_state(std::malloc(sizeof(crypto_hash_sha256_state)))
+    : m_state(std::malloc(sizeof(SHA256_CTX)))
 {
     if (m_state)
-        crypto_hash_sha256_init(StateOf(m_state));
+        SHA256_Init(StateOf(m_state));
 }
 
 Digest::~Digest()
@@ -27,7 +30,7 @@ Digest::~Digest()
 }
 
 Digest::Digest(const Digest &other)
-    : m_state(other.m_state ? std::malloc(sizeof(crypto_hash_sha256_state)) : nullptr)
+    : m_state(other.m_state ? std::malloc(sizeof(SHA256_CTX)) : nullptr)
 {
     if (m_state)
         *StateOf(m_state) = *StateOf(other.m_state);
@@ -36,10 +39,10 @@ Digest::Digest(const Digest &other)
 void Digest::Add(const void *bytes, std::size_t count)
 {
     if (m_state)
-        crypto_hash_sha256_update(StateOf(m_state), static_cast<const unsigned char *>(bytes), count);
+        SHA256_Update(StateOf(m_state), bytes, count);
 }
 
 bool Digest::Finish(unsigned char (&sum)[PackFormat::DigestBytes])
 {
-    return m_state && crypto_hash_sha256_final(StateOf(m_state), sum) == 0;
+    return m_state && SHA256_Final(sum, StateOf(m_state)) == 1;
 }

@@ -65,8 +65,14 @@ TEST(ProgramTest, FromBankToPackage)
     EXPECT_EQ(Sandbox::ReadFile(Sandbox::Path(u"bank/PACK/p.bmp"_s)), Bmp(5));
     EXPECT_EQ(Started(u"check bank/PACK"_s).Code, 0) << "a warning";
     QFile::remove(Sandbox::Path(u"bank/PACK/q.bmp"_s));
-    EXPECT_EQ(Started(u"check bank/PACK drawings/../reserved.exam"_s).Code, 1);
-    EXPECT_TRUE(Started(u"check bank/PACK"_s).Out.contains(u"PACK.exam: item 3: the exhibit \"q.bmp\": "_s));
+    // What each path holds stands in its turn, up to one that cannot be read.
+    const QString package = Started(u"check bank/PACK"_s).Out;
+    const QString exam = Started(u"check reserved.exam"_s).Out;
+    EXPECT_TRUE(package.contains(u"PACK.exam: item 3: the exhibit \"q.bmp\": "_s));
+    EXPECT_TRUE(exam.startsWith("reserved.exam: item 1: the exhibit \"p.bmp\": "_L1)) << exam.toStdString();
+    EXPECT_EQ(Started(u"check bank/PACK reserved.exam bank/PACK bank/PACK reserved.exam bank/PACK bank/PACK bank/PACK"_s),
+              (Outcome{ 1, package + exam + package + package + exam + package + package + package, {} }));
+    EXPECT_EQ(Started(u"check bank/PACK nowhere reserved.exam bank/PACK"_s).Out, package);
 }
 
 TEST(ProgramTest, AllOrNothing)

@@ -59,11 +59,10 @@ QString Needs(const QString &name)
         if (QFile::exists(QStringLiteral(QT_HEADERS) + u'/' + folder + u'/' + name) || name.startsWith(folder))
             return u"Qt "_s + module;
     }
-    static const QMap<QString, QString> libraries = { { u"curl/curl.h"_s, u"libcurl"_s },
-                                                      { u"zlib.h"_s, u"zlib"_s },
-                                                      { u"zip.h"_s, u"libzip"_s },
-                                                      { u"sodium.h"_s, u"libsodium"_s },
-                                                      { u"microhttpd.h"_s, u"libmicrohttpd"_s } };
+    static const QMap<QString, QString> libraries = {
+        { u"curl/curl.h"_s, u"libcurl"_s }, { u"zlib.h"_s, u"zlib"_s },           { u"zip.h"_s, u"libzip"_s },
+        { u"sodium.h"_s, u"libsodium"_s },  { u"openssl/sha.h"_s, u"OpenSSL"_s }, { u"microhttpd.h"_s, u"libmicrohttpd"_s }
+    };
     const QString folder = name.section(u'/', 0, -2);
     return Floors().contains(folder) ? folder : libraries.value(name);
 }

@@ -106,7 +106,7 @@ TEST(PackerTest, ForEitherSystem)
         }
         EXPECT_TRUE(pack.startsWith(start) && pack.startsWith(stub)) << name.toStdString();
         // It needs no library beside it.
-        for (const char *library : { "libstdc++-6", "libgcc_s", "libwinpthread", "bcrypt.dll", "libsodium.so" })
+        for (const char *library : { "libstdc++-6", "libgcc_s", "libwinpthread", "bcrypt.dll", "libcrypto.so" })
             EXPECT_FALSE(stub.toByteArray().contains(library)) << library;
         // The same index and contents behind the stub.
         const QByteArray expected = own.sliced(StubBytes(Packer::OwnPlatform).size()).chopped(PackFormat::TrailerBytes);
