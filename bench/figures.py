@@ -3,8 +3,9 @@
 """figures.py ROWS [--release FILE] [--record FILE] [--svg FILE]: the table of what
 bench/run has measured, beside the figures of the last release.
 
-ROWS holds a line for each figure: NAME|VALUES|LIMIT|UNIT[|DETAIL], where VALUES are the
-measured numbers of several rounds with blanks between them. A figure is their median.
+ROWS holds a line for each figure: NAME|VALUES|LIMIT|UNIT, where VALUES are the measured
+numbers of several rounds with blanks between them. A figure is their median; what stands
+in brackets in its name may differ from run to run.
 Its interval is made of two of the values, so that it holds the true median in at least
 93 of 100 runs whatever the spread; five values are the fewest for one. A figure has
 changed since the release when the two intervals have nothing in common.
@@ -15,6 +16,7 @@ import argparse
 import dataclasses
 import html
 import math
+import re
 import sys
 
 CERTAINTY = 0.93
@@ -22,13 +24,15 @@ CERTAINTY = 0.93
 
 @dataclasses.dataclass
 class Figure:
-    name: str
+    title: str
     median: float
     low: float
     high: float
     limit: float
     unit: str
-    detail: str = ''
+
+    def name(self):
+        return re.sub(r' \([^()]*\)', '', self.title)
 
     def has_interval(self):
         return not math.isnan(self.low)
@@ -51,11 +55,11 @@ def interval(values):
 def measured(path):
     figures = []
     for line in open(path, encoding='utf-8'):
-        name, values, limit, unit, *detail = line.rstrip('\n').split('|')
+        title, values, limit, unit = line.rstrip('\n').split('|')
         values = sorted(float(value) for value in values.split())
         middle = len(values) // 2
         median = values[middle] if len(values) % 2 else (values[middle - 1] + values[middle]) / 2
-        figures.append(Figure(name, median, *interval(values), float(limit), unit, detail[0] if detail else ''))
+        figures.append(Figure(title, median, *interval(values), float(limit), unit))
     return figures
 
 
@@ -73,7 +77,7 @@ def record(path, figures):
     with open(path, 'w', encoding='utf-8') as file:
         file.write('# What bench/run --record has measured: figure, median, ends of its interval, unit.\n')
         for figure in figures:
-            file.write(f'{figure.name}\t{figure.median:.4g}\t{figure.low:.4g}\t{figure.high:.4g}\t{figure.unit}\n')
+            file.write(f'{figure.name()}\t{figure.median:.4g}\t{figure.low:.4g}\t{figure.high:.4g}\t{figure.unit}\n')
 
 
 def change(figure, before):
@@ -93,14 +97,13 @@ def number(value):
 
 
 def table(figures, release):
-    form = '{:<66} {:>8} {:>17} {:>8} {:<4} {:<7} {}'
+    form = '{:<74} {:>8} {:>17} {:>8} {:<4} {:<7} {}'
     print(form.format('figure', 'measured', 'interval', 'at most', '', '', 'since the release' if release else ''))
     for figure in figures:
-        name = figure.name + (f' ({figure.detail})' if figure.detail else '')
         ends = f'{number(figure.low)} to {number(figure.high)}' if figure.has_interval() else 'one value'
         verdict = 'MISSED' if figure.median > figure.limit else 'ok'
-        print(form.format(name, number(figure.median), ends, number(figure.limit), figure.unit, verdict,
-                          change(figure, release.get(figure.name)) if release else '').rstrip())
+        print(form.format(figure.title, number(figure.median), ends, number(figure.limit), figure.unit, verdict,
+                          change(figure, release.get(figure.name())) if release else '').rstrip())
 
 
 def drawing(figures, release):
@@ -122,7 +125,7 @@ def drawing(figures, release):
         y = top + row * index
         middle = y + row / 2 - 2
         colour = '#c04010' if figure.median > figure.limit else '#3a99fd'
-        parts.append(f'<text x="{left - 10}" y="{middle + 4:.1f}" text-anchor="end" fill="#202020">{html.escape(figure.name)}</text>')
+        parts.append(f'<text x="{left - 10}" y="{middle + 4:.1f}" text-anchor="end" fill="#202020">{html.escape(figure.name())}</text>')
         parts.append(f'<rect x="{left}" y="{y + 3}" width="{place(figure.median / figure.limit) - left:.1f}" height="{row - 10}" fill="{colour}"/>')
         if figure.unit == 'x':
             floor = place(1 / figure.limit)
@@ -131,7 +134,7 @@ def drawing(figures, release):
             low, high = place(figure.low / figure.limit), place(figure.high / figure.limit)
             parts.append(f'<path d="M{low:.1f} {middle - 3:.1f}v6M{low:.1f} {middle:.1f}H{high:.1f}M{high:.1f} {middle - 3:.1f}v6" '
                          'stroke="#103050" fill="none"/>')
-        before = release.get(figure.name)
+        before = release.get(figure.name())
         if before:
             parts.append(f'<circle cx="{place(before.median / figure.limit):.1f}" cy="{middle:.1f}" r="3.5" fill="#ffffff" stroke="#606060"/>')
         unit = '×' if figure.unit == 'x' else figure.unit
