@@ -33,7 +33,7 @@ constexpr int Packages = 1000;
 constexpr int Rounds = 25;
 constexpr int Patience = 20000; // milliseconds
 constexpr uint32_t Sought = 0x404040; // as red, green and blue
-constexpr int LeastDots = 100; // of a few letters
+constexpr int LeastDots = 50; // of a few letters
 // The part of the screen that is read, in pixels: beside the middle of the window's
 // left edge, where some rows are.
 constexpr xcb_rectangle_t Looked{ 20, 120, 300, 200 };
