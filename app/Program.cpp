@@ -9,6 +9,7 @@
 #include "ui/Guard.h"
 
 #include <QApplication>
+#include <QTimer>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -37,7 +38,8 @@ void Program::Start()
     // it is painted when they are in the list.
     m_main->show();
     m_main->Load();
-    QApplication::setWindowIcon(Artwork::ApplicationIcon());
+    // The window is painted first.
+    QTimer::singleShot(0, this, [] { QApplication::setWindowIcon(Artwork::ApplicationIcon()); });
 }
 
 void Program::End()

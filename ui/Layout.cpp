@@ -48,7 +48,7 @@ void SizeColumns(QTreeView *List)
     }
     // A vertical scroll bar takes its width from the columns.
     const QScrollBar *bar = List->verticalScrollBar();
-    const int width = List->width() - (bar->isVisible() ? bar->width() : 0);
+    const int width = List->width() - (bar->isVisibleTo(List) ? bar->width() : 0);
     const QList<float> widths = ColumnWidths(static_cast<float>(Twips::FromPixels(width)), tags);
     for (qsizetype i = 0; i < columns.size(); ++i)
         // Rounded down, as two columns rounded up would be wider than the room within the border.
@@ -88,10 +88,13 @@ QWidget *NewPage(QWidget *Window)
     auto *layout = new QVBoxLayout(Window);
     layout->setContentsMargins({});
     layout->addWidget(view);
-    // In a window that is on the screen nothing hidden takes the focus.
-    if (Window->isVisible())
-        view->show();
     return page;
+}
+
+void ShowPage(QWidget *Page)
+{
+    // The viewport stands between page and view.
+    Page->parentWidget()->parentWidget()->show();
 }
 
 void ShrinkList(QAbstractItemView *List)

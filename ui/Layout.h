@@ -41,6 +41,9 @@ void FitWorkArea(QWidget *Window, QSize Size, QSize Least);
 // room for can be scrolled to, by keys too, and comes into view with the focus. The
 // window gets a layout of its own for it; the caller lays out the page.
 QWidget *NewPage(QWidget *Window);
+// Shows the page in a window that is on the screen already. The caller has filled it by
+// then, so that its first picture is laid out. A page that is shown stays as it is.
+void ShowPage(QWidget *Page);
 
 // Lets the list, which scrolls by itself, be as low as a few rows.
 void ShrinkList(QAbstractItemView *List);

@@ -38,42 +38,21 @@ private:
     char m_text[KeptPrefix.size() + PackFormat::LongestName + 1];
 };
 
-bool ReadAt(std::intptr_t file, std::uint64_t offset, void *out, std::size_t count)
+bool ReadUnlessStopped(std::intptr_t file, std::uint64_t offset, void *out, std::size_t count)
 {
-    auto *bytes = static_cast<char *>(out);
     errno = 0;
-    while (count > 0 && !isStopRequested) {
-        const ssize_t got = pread(static_cast<int>(file), bytes, count, static_cast<off_t>(offset));
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            return false;
-        bytes += got;
-        offset += static_cast<std::uint64_t>(got);
-        count -= static_cast<std::size_t>(got);
-    }
-    return count == 0;
+    return !isStopRequested && ReadFileAt(file, offset, out, count);
 }
-
-}
-
-bool SourceOf(std::intptr_t file, PackSource &source)
-{
-    struct stat status = {};
-    if (fstat(static_cast<int>(file), &status) != 0)
-        return false;
-    source = { ReadAt, file, static_cast<std::uint64_t>(status.st_size) };
-    return true;
-}
-
-namespace {
 
 class OpenPack {
 public:
     Fault Open(const char *path)
     {
         m_file = UniqueHandle(open(path ? path : "/proc/self/exe", O_RDONLY | O_CLOEXEC));
-        return m_file.IsOpen() && SourceOf(m_file, m_source) ? Fault() : SystemFault(NotRead);
+        if (!m_file.IsOpen() || !SourceOf(m_file, m_source))
+            return SystemFault(NotRead);
+        m_source.Read = ReadUnlessStopped;
+        return {};
     }
 
     PackSource Source() const { return m_source; }

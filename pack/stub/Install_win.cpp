@@ -11,36 +11,6 @@
 
 namespace {
 
-bool ReadAt(std::intptr_t file, std::uint64_t offset, void *out, std::size_t count)
-{
-    auto *bytes = static_cast<char *>(out);
-    SetLastError(ERROR_SUCCESS);
-    while (count > 0) {
-        OVERLAPPED place = AtOffset(offset);
-        DWORD got = 0;
-        const auto length = static_cast<DWORD>(std::min(count, LargestTransfer));
-        if (!ReadFile(reinterpret_cast<HANDLE>(file), bytes, length, &got, &place) || got == 0)
-            return false;
-        bytes += got;
-        offset += got;
-        count -= got;
-    }
-    return true;
-}
-
-}
-
-bool SourceOf(std::intptr_t file, PackSource &source)
-{
-    LARGE_INTEGER size = {};
-    if (!GetFileSizeEx(reinterpret_cast<HANDLE>(file), &size))
-        return false;
-    source = { ReadAt, file, static_cast<std::uint64_t>(size.QuadPart) };
-    return true;
-}
-
-namespace {
-
 class OpenPack {
 public:
     Fault Open(const char *path)

@@ -17,6 +17,8 @@ struct PackSource {
 // The source that is a file open for reading (descriptor or handle), which is not owned.
 // False when its size cannot be found out.
 bool SourceOf(std::intptr_t file, PackSource &source);
+// How that source reads.
+bool ReadFileAt(std::intptr_t file, std::uint64_t offset, void *out, std::size_t count);
 
 // One file of a pack.
 struct PackEntry {

@@ -137,7 +137,8 @@ void frmMain::Build()
     buttons->addStretch();
     buttons->addWidget(cmdStart);
     buttons->addWidget(cmdExit);
-    auto *layout = new QVBoxLayout(NewPage(this));
+    m_page = NewPage(this);
+    auto *layout = new QVBoxLayout(m_page);
     layout->setContentsMargins(18, 18, 18, 16);
     layout->setSpacing(12);
     layout->addLayout(head);
@@ -145,9 +146,6 @@ void frmMain::Build()
     layout->addLayout(status);
     layout->addLayout(buttons);
     FitPage();
-    // A window that is on the screen shows its new controls from the event loop,
-    // and a hidden control does not take the focus.
-    lvwExams->show();
     QWidget *order[] = { lvwExams, lblDownload, lblAbout, lblProductLink, cmdStart, cmdExit };
     for (size_t i = 1; i < std::size(order); ++i)
         setTabOrder(order[i - 1], order[i]);
@@ -173,6 +171,7 @@ void frmMain::Load()
 
 void frmMain::RefreshExamList()
 {
+    bool isFilled = false;
     try {
         m_catalogue->Refresh();
         lblNoExams->setVisible(m_catalogue->rowCount() == 0);
@@ -180,10 +179,16 @@ void frmMain::RefreshExamList()
         lvwExams->setAccessibleDescription(m_catalogue->rowCount() == 0 ? lblNoExams->text() : QString());
         lblStatus->setText(Common::FormatText(u"{1} Exams Installed  |  "_s, { m_catalogue->rowCount() }));
         lvwExams->selectionModel()->setCurrentIndex(m_catalogue->index(0, 0), QItemSelectionModel::NoUpdate);
-        lvwExams->setFocus();
+        isFilled = true;
     } catch (const std::exception &) {
-        ShowMessage(u"The operation failed because of an unexpected internal error."_s, CriticalMessage);
+        // Reported below, over the window.
     }
+    // A hidden list does not take the focus.
+    ShowPage(m_page);
+    if (isFilled)
+        lvwExams->setFocus();
+    else
+        ShowMessage(u"The operation failed because of an unexpected internal error."_s, CriticalMessage);
 }
 
 void frmMain::cmdStart_Click()

@@ -50,6 +50,7 @@ private:
     bool TakesListKey(const QKeyEvent &event);
 
     CatalogueModel *m_catalogue = nullptr;
+    QWidget *m_page = nullptr;
     LogoView *picLogo = nullptr;
     QTreeView *lvwExams = nullptr;
     QLabel *lblStatus = nullptr;

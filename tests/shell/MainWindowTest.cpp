@@ -92,6 +92,40 @@ TEST_F(MainWindowTest, Catalogue)
     EXPECT_GE(List->visualRect(Cell(0, 0)).height(), List->fontMetrics().height() + 8);
 }
 
+// In a window that is on the screen nothing is painted where it does not stay.
+TEST_F(MainWindowTest, FirstPicture)
+{
+    struct Painted : QObject {
+        QStringList Places;
+        bool eventFilter(QObject *object, QEvent *event) override
+        {
+            if (event->type() == QEvent::Paint)
+                Places += Place(static_cast<QWidget *>(object));
+            return false;
+        }
+        static QString Place(const QWidget *part)
+        {
+            const QRect place(part->mapTo(part->window(), QPoint()), part->size());
+            return u"%1 %2 %3 %4"_s.arg(place.x()).arg(place.y()).arg(place.width()).arg(place.height());
+        }
+    } logo, rows;
+    for (int i = 0; i < 40; ++i)
+        InstallExam(u"N-%1"_s.arg(i));
+    Window.show();
+    Window.Load();
+    List = Find<QTreeView>(&Window, u"lvwExams"_s);
+    auto *picture = Find<QWidget>(&Window, u"picLogo"_s);
+    picture->installEventFilter(&logo);
+    List->viewport()->installEventFilter(&rows);
+    const int width = List->columnWidth(1);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !logo.Places.isEmpty() && !rows.Places.isEmpty(); }));
+    EXPECT_EQ(logo.Places.first(), Painted::Place(picture));
+    EXPECT_EQ(rows.Places.first(), Painted::Place(List->viewport()));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(rows.Places.first(), Painted::Place(List->viewport()));
+    EXPECT_EQ(List->columnWidth(1), width) << "beside the scroll bar";
+}
+
 // A package whose file cannot be read hides no other.
 TEST_F(MainWindowTest, WhatCannotBeRead)
 {
