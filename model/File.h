@@ -115,6 +115,8 @@ public:
     // The whole length in bytes: what limits are compared with. 0 while no file
     // is open.
     qint64 ByteSize() const;
+    // The same as it was when the file was opened, which asks nothing of the system.
+    qint64 SizeAtOpening() const { return m_sizeAtOpening; }
     // From the current position to the end.
     qint64 BytesLeft() const { return ByteSize() - m_position; }
     // Low 32 bits each.
@@ -184,6 +186,7 @@ private:
     const Ansi::CodePage *m_sealedPage = nullptr;
     QByteArray m_sealedRoom;
     std::unique_ptr<Handle> m_handle;
+    qint64 m_sizeAtOpening = 0;
     qint64 m_position = 0;
     qint64 m_shortfall = 0;
     // Read ahead: the file's bytes from m_readStart on.
