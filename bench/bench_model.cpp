@@ -39,6 +39,23 @@ void LoadExam(benchmark::State &state)
 }
 BENCHMARK(LoadExam)->Iterations(1)->Unit(benchmark::kMillisecond)->UseRealTime();
 
+// The same, and every text of it once, as whoever prints or checks a whole exam.
+void LoadExamAndTexts(benchmark::State &state)
+{
+    for (auto _ : state) {
+        std::optional<Exam> exam(std::in_place);
+        exam->Load(bigExam);
+        qint64 characters = 0;
+        for (const auto &question : exam->Questions())
+            characters += question->Characters();
+        benchmark::DoNotOptimize(characters);
+        state.PauseTiming();
+        exam.reset();
+        state.ResumeTiming();
+    }
+}
+BENCHMARK(LoadExamAndTexts)->Iterations(1)->Unit(benchmark::kMillisecond)->UseRealTime();
+
 }
 
 // bench_model [--benchmark_...] BIG.exam

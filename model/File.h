@@ -104,11 +104,10 @@ public:
     void CopyTo(File &Target);
 
     // The page of the enciphered texts in this file: the system's, until SetSealedPage
-    // names another, which is not owned. OpenFile leaves it alone.
+    // names another, which is not owned and outlives the texts that are read. OpenFile
+    // leaves it alone.
     const Ansi::CodePage &SealedPage() const;
     void SetSealedPage(const Ansi::CodePage &page) { m_sealedPage = &page; }
-    // Room for the bytes of one enciphered text: most fit in where the one before was.
-    QByteArray &SealedRoom() { return m_sealedRoom; }
 
     const QString &Name() const { return m_name; }
     void SetName(const QString &name) { m_name = name; }
@@ -184,7 +183,6 @@ private:
     quint32 m_access = 0;
     quint32 m_attributes = 0;
     const Ansi::CodePage *m_sealedPage = nullptr;
-    QByteArray m_sealedRoom;
     std::unique_ptr<Handle> m_handle;
     qint64 m_sizeAtOpening = 0;
     qint64 m_position = 0;
