@@ -1,19 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "model/Choice.h"
 
-#include "common/Ansi.h"
 #include "model/RecordIO.h"
 
 qint64 Choice::RecordBytes(const Ansi::CodePage &page) const
 {
-    return ShortestRecord + page.FromText(m_statement).size();
+    return ShortestRecord + page.FromText(Statement()).size();
 }
 
 bool Choice::Serialize(File &file) const
 {
     file.WriteData(m_number);
     file.WriteData(m_isSolution);
-    CryptoAPI::WriteSecureData(file, m_statement);
+    CryptoAPI::WriteSecureData(file, Statement());
     return true;
 }
 

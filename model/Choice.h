@@ -3,12 +3,9 @@
 
 #include "model/Collection.h"
 #include "model/ExamFormat.h"
+#include "model/StoredText.h"
 
 #include <QString>
-
-namespace Ansi {
-class CodePage;
-}
 
 // One answer option of an item.
 class Choice : public ISerializable {
@@ -18,8 +15,8 @@ public:
 
     qint16 Number() const { return m_number; }
     void SetNumber(qint16 number) { m_number = number; }
-    const QString &Statement() const { return m_statement; }
-    void SetStatement(const QString &statement) { m_statement = statement; }
+    QString Statement() const { return m_statement.Text(); }
+    void SetStatement(const QString &statement) { m_statement.Set(statement); }
     bool IsSolution() const { return m_isSolution; }
     void SetIsSolution(bool isSolution) { m_isSolution = isSolution; }
 
@@ -31,7 +28,7 @@ public:
 private:
     qint16 m_number = 0;
     bool m_isSolution = false;
-    QString m_statement;
+    StoredText m_statement;
 };
 
 using Choices = Collection<Choice>;

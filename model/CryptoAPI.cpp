@@ -170,15 +170,15 @@ void ReadSecureData(File &Source, QString &Value)
 {
     QByteArray bytes;
     Source.ReadData(bytes, -1);
-    OpenSecureData(bytes, Value, Source.SealedPage());
+    if (bytes.isEmpty())
+        return;
+    OpenSecureData(bytes);
+    Value = Source.SealedPage().ToText(bytes);
 }
 
-void OpenSecureData(QByteArray &Bytes, QString &Value, const Ansi::CodePage &Page)
+void OpenSecureData(QByteArray &Bytes)
 {
-    if (Bytes.isEmpty())
-        return;
     RecordStream().Apply(Bytes.data(), Bytes.size());
-    Value = Page.ToText(Bytes);
 }
 
 }

@@ -7,10 +7,6 @@
 
 class File;
 
-namespace Ansi {
-class CodePage;
-}
-
 // The one cipher of the program, for the texts of an exam and the remembered
 // password: RC4 under a 40-bit key from the MD5 digest (RFC 1321) of a pass
 // phrase. It keeps a file from being read by accident, no more than that.
@@ -39,7 +35,7 @@ void WriteSecureData(File &Target, const QVariant &Value, qint32 Length);
 void WriteSecureData(File &Target, const QString &Value);
 void ReadSecureData(File &Source, QVariant &Value, qint32 Length);
 void ReadSecureData(File &Source, QString &Value);
-// What is done with the bytes of such a text once they are read.
-void OpenSecureData(QByteArray &Bytes, QString &Value, const Ansi::CodePage &Page);
+// Deciphers the bytes of such a text in place.
+void OpenSecureData(QByteArray &Bytes);
 
 }

@@ -13,7 +13,7 @@ namespace {
 void OpenExam(File &file, const QString &path)
 {
     file.OpenFile(path, File::BinaryMode, File::ReadAccess, File::OpenExisting);
-    RequireFileSize(file.ByteSize());
+    RequireFileSize(file.SizeAtOpening());
 }
 
 template <class Title> void ReadTitle(File &file, Title &title, const QString &what)

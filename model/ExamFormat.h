@@ -27,7 +27,7 @@ constexpr qint64 LargestFile = 256 * 1024 * 1024;
 // Items of an exam, and options of an item: the positions are 16-bit numbers.
 constexpr qint32 MostMembers = 32'767;
 // Options of all items together: more than 30 for each of the most items. An
-// empty one takes 10 bytes in the file and eight times as many in memory.
+// empty one takes 10 bytes in the file and ten times as many in memory.
 constexpr qint32 MostOptionsInAll = 1'000'000;
 // Characters of an item: its question, its options and its explanation. Each of
 // them is laid out before the item is seen.

@@ -22,9 +22,9 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr qint64 CopyBlock = 4096;
-// The first look into a file reads as much as a header needs; a reader that
+// The first look into a file reads as much as most headers need; a reader that
 // goes on gets larger pieces.
-constexpr qint64 FirstRead = 4096;
+constexpr qint64 FirstRead = 512;
 constexpr qint64 FurtherRead = 128 * 1024;
 constexpr qint64 WriteBuffer = 64 * 1024;
 
@@ -163,7 +163,7 @@ bool File::OpenFile(const QString &FileName, qint32 Mode, quint32 Access, quint3
         m_access = Access;
         m_position = 0;
         auto handle = std::make_unique<Handle>();
-        Common::CheckApiResult(handle->Open(m_name, Access, CreationDisposition, m_attributes));
+        Common::CheckApiResult(handle->Open(m_name, Access, CreationDisposition, m_attributes, m_sizeAtOpening));
         m_handle = std::move(handle);
         return true;
     });

@@ -104,17 +104,18 @@ public:
     void CopyTo(File &Target);
 
     // The page of the enciphered texts in this file: the system's, until SetSealedPage
-    // names another, which is not owned. OpenFile leaves it alone.
+    // names another, which is not owned and outlives the texts that are read. OpenFile
+    // leaves it alone.
     const Ansi::CodePage &SealedPage() const;
     void SetSealedPage(const Ansi::CodePage &page) { m_sealedPage = &page; }
-    // Room for the bytes of one enciphered text: most fit in where the one before was.
-    QByteArray &SealedRoom() { return m_sealedRoom; }
 
     const QString &Name() const { return m_name; }
     void SetName(const QString &name) { m_name = name; }
     // The whole length in bytes: what limits are compared with. 0 while no file
     // is open.
     qint64 ByteSize() const;
+    // The same as it was when the file was opened, which asks nothing of the system.
+    qint64 SizeAtOpening() const { return m_sizeAtOpening; }
     // From the current position to the end.
     qint64 BytesLeft() const { return ByteSize() - m_position; }
     // Low 32 bits each.
@@ -182,8 +183,8 @@ private:
     quint32 m_access = 0;
     quint32 m_attributes = 0;
     const Ansi::CodePage *m_sealedPage = nullptr;
-    QByteArray m_sealedRoom;
     std::unique_ptr<Handle> m_handle;
+    qint64 m_sizeAtOpening = 0;
     qint64 m_position = 0;
     qint64 m_shortfall = 0;
     // Read ahead: the file's bytes from m_readStart on.

@@ -7,8 +7,8 @@
 // last system error behind.
 struct File::Handle {
     ~Handle();
-    // Reads the attributes too, which a system has for an open file at once.
-    bool Open(const QString &path, quint32 access, quint32 disposition, quint32 &attributes);
+    // Reads attributes and size too, which a system has for an open file at once.
+    bool Open(const QString &path, quint32 access, quint32 disposition, quint32 &attributes, qint64 &size);
     bool Close();
     bool Flush();
     // -1 on failure.

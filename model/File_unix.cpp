@@ -40,7 +40,7 @@ quint32 AttributesOf(const struct stat &status, const QString &path)
         attributes |= File::Directory;
     if ((status.st_mode & AnyWrite) == 0)
         attributes |= File::ReadOnly;
-    if (path.mid(path.lastIndexOf(u'/') + 1).startsWith(u'.'))
+    if (QStringView(path).sliced(path.lastIndexOf(u'/') + 1).startsWith(u'.'))
         attributes |= File::Hidden;
     return attributes == 0 ? static_cast<quint32>(File::Normal) : attributes;
 }
@@ -52,7 +52,7 @@ File::Handle::~Handle()
     Close();
 }
 
-bool File::Handle::Open(const QString &path, quint32 access, quint32 disposition, quint32 &attributes)
+bool File::Handle::Open(const QString &path, quint32 access, quint32 disposition, quint32 &attributes, qint64 &size)
 {
     const int flags = OpenFlags(access, disposition);
     if (flags < 0) {
@@ -68,6 +68,7 @@ bool File::Handle::Open(const QString &path, quint32 access, quint32 disposition
     const bool known = fstat(file, &status) == 0;
     if (known && S_ISREG(status.st_mode)) {
         attributes = AttributesOf(status, path);
+        size = status.st_size;
         m_descriptor = file.Release();
         return true;
     }

@@ -23,7 +23,7 @@ File::Handle::~Handle()
     Close();
 }
 
-bool File::Handle::Open(const QString &path, quint32 access, quint32 disposition, quint32 &attributes)
+bool File::Handle::Open(const QString &path, quint32 access, quint32 disposition, quint32 &attributes, qint64 &size)
 {
     UniqueHandle file(
         CreateFileW(Wide(WidePath(path)), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition, 0, nullptr));
@@ -34,6 +34,7 @@ bool File::Handle::Open(const QString &path, quint32 access, quint32 disposition
     if (GetFileType(file) == FILE_TYPE_DISK) {
         if (GetFileInformationByHandle(file, &information)) {
             attributes = information.dwFileAttributes;
+            size = static_cast<qint64>(static_cast<quint64>(information.nFileSizeHigh) << 32 | information.nFileSizeLow);
             m_descriptor = reinterpret_cast<qintptr>(file.Release());
             return true;
         }

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "model/Question.h"
 
-#include "common/Ansi.h"
 #include "common/Common.h"
 #include "model/RecordIO.h"
 
 QString Question::Explaination() const
 {
-    return Common::TrimBlanks(m_explaination);
+    return Common::TrimBlanks(StoredExplaination());
 }
 
 qint16 Question::AnswerCount() const
@@ -36,7 +35,8 @@ void Question::CalculateSolutionCount()
 
 qint64 Question::RecordBytes(const Ansi::CodePage &page) const
 {
-    qint64 bytes = ShortestRecord + m_exhibit.size() + page.FromText(m_problem).size() + page.FromText(m_explaination).size();
+    qint64 bytes
+        = ShortestRecord + m_exhibit.size() + page.FromText(Problem()).size() + page.FromText(StoredExplaination()).size();
     for (const auto &choice : m_choices)
         bytes += choice->RecordBytes(page);
     return bytes;
@@ -44,7 +44,7 @@ qint64 Question::RecordBytes(const Ansi::CodePage &page) const
 
 qint64 Question::Characters() const
 {
-    qint64 count = m_problem.size() + m_explaination.size();
+    qint64 count = Problem().size() + StoredExplaination().size();
     for (const auto &choice : m_choices)
         count += choice->Statement().size();
     return count;
@@ -56,13 +56,14 @@ bool Question::Serialize(File &file) const
     file.WriteData(m_solutionCount);
     file.WriteData(m_hasHint);
     file.WriteData(m_exhibit, ExamFormat::WithCount);
-    CryptoAPI::WriteSecureData(file, m_problem);
-    CryptoAPI::WriteSecureData(file, m_explaination);
+    CryptoAPI::WriteSecureData(file, Problem());
+    CryptoAPI::WriteSecureData(file, StoredExplaination());
     return m_choices.Serialize(file);
 }
 
 bool Question::Deserialize(File &file)
 {
+    const quint32 begin = file.Position();
     ExamFormat::Read(file, m_number);
     ExamFormat::Read(file, m_solutionCount);
     ExamFormat::Read(file, m_hasHint);
@@ -70,7 +71,9 @@ bool Question::Deserialize(File &file)
     ExamFormat::ReadSealed(file, m_problem);
     ExamFormat::ReadSealed(file, m_explaination);
     m_choices.Deserialize(file);
-    ExamFormat::RequireItemCharacters(Characters());
+    // A character has a byte in the file at least, so few items have to be counted.
+    if (file.Position() - begin > ExamFormat::MostItemCharacters)
+        ExamFormat::RequireItemCharacters(Characters());
     return true;
 }
 

@@ -19,12 +19,12 @@ public:
     // Whether the candidate may tick no more options than are right.
     bool HasHint() const { return m_hasHint; }
     void SetHasHint(bool hasHint) { m_hasHint = hasHint; }
-    const QString &Problem() const { return m_problem; }
-    void SetProblem(const QString &problem) { m_problem = problem; }
+    QString Problem() const { return m_problem.Text(); }
+    void SetProblem(const QString &problem) { m_problem.Set(problem); }
     // Without the blanks at both ends; the stored text keeps them.
     QString Explaination() const;
-    const QString &StoredExplaination() const { return m_explaination; }
-    void SetExplaination(const QString &explaination) { m_explaination = explaination; }
+    QString StoredExplaination() const { return m_explaination.Text(); }
+    void SetExplaination(const QString &explaination) { m_explaination.Set(explaination); }
     // A file name beside the exam file; empty for an item without an exhibit.
     const QString &Exhibit() const { return m_exhibit; }
     void SetExhibit(const QString &exhibit) { m_exhibit = exhibit; }
@@ -56,8 +56,8 @@ private:
     qint16 m_solutionCount = 0;
     bool m_hasHint = false;
     bool m_isMarked = false;
-    QString m_problem;
-    QString m_explaination;
+    StoredText m_problem;
+    StoredText m_explaination;
     QString m_exhibit;
     QString m_answer;
     ::Choices m_choices;

@@ -7,6 +7,7 @@
 #include "model/CryptoAPI.h"
 #include "model/ExamFormat.h"
 #include "model/File.h"
+#include "model/StoredText.h"
 
 #include <algorithm>
 
@@ -72,16 +73,15 @@ inline void RequireItemCharacters(qint64 count)
 
 // A text of an item. What is beyond the limit by its bytes alone is refused before it
 // takes room.
-inline void ReadSealed(File &file, QString &text)
+inline void ReadSealed(File &file, StoredText &text)
 {
-    constexpr qsizetype roomKept = 64 * 1024; // bytes
-    QByteArray &bytes = file.SealedRoom();
-    if (bytes.capacity() > roomKept)
-        bytes = QByteArray();
-    bytes.resize(0);
+    QByteArray bytes;
     ReadLimited(file, bytes, file.SealedPage().MostBytes() * MostItemCharacters, TooManyCharacters);
     RequireWhole(file);
-    CryptoAPI::OpenSecureData(bytes, text, file.SealedPage());
+    if (bytes.isEmpty())
+        return;
+    CryptoAPI::OpenSecureData(bytes);
+    text.Set(std::move(bytes), file.SealedPage());
 }
 
 // What: "code" or "name".
@@ -142,15 +142,12 @@ template <class ItemType> bool Collection<ItemType>::Deserialize(File &file)
     ExamFormat::Read(file, count);
     ExamFormat::RequireCount(count, ItemType::Plural());
     qint64 options = 0;
-    qint64 characters = 0;
     m_items.reserve(m_items.size() + ExamFormat::CountThatFits(file, count, ItemType::ShortestRecord));
     for (qint32 i = 0; i < count; ++i) {
         auto item = std::make_shared<ItemType>();
         item->Deserialize(file);
         if constexpr (requires { item->Choices(); })
             ExamFormat::RequireOptionsInAll(options += item->Choices().Count());
-        if constexpr (requires { item->Statement(); })
-            ExamFormat::RequireItemCharacters(characters += item->Statement().size());
         Add(std::move(item));
         CheckCounter();
     }

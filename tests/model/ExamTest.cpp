@@ -157,15 +157,18 @@ TEST(ExamTest, Limits)
                   row.Code <= 32'767 && row.Name <= 32'767 ? u"none"_s : u"6 Exam::LoadHeader()"_s);
         EXPECT_EQ(ResultOf([&] { Exam().Load(path); }), row.Letters == 0 ? row.Result : u"none"_s);
     }
-    // The characters of an item are counted together.
-    Exam exam;
-    AddItem(exam, { QString(400'000, u'x'), { QString(300'000, u'x') }, false, {}, QString(300'000, u'x') });
-    exam.Save(path);
-    EXPECT_EQ(ResultOf([&] { Exam().Load(path); }), u"none"_s);
-    QByteArray longer = Sandbox::ReadFile(path) + 'x';
-    qToLittleEndian(300'001, longer.data() + longer.size() - 300'005);
-    Sandbox::WriteFile(path, longer);
-    EXPECT_EQ(ResultOf([&] { Exam().Load(path); }), refused);
+    // The characters of an item are counted together, in any number of bytes.
+    for (const auto &[page, letter, width] : { std::tuple(0, u'x', 1), std::tuple(Ansi::Utf8, u'\u0165', 2) }) {
+        Exam exam;
+        exam.SetCodePage(page);
+        AddItem(exam, { QString(400'000, letter), { QString(300'000, letter) }, false, {}, QString(300'000, letter) });
+        exam.Save(path);
+        EXPECT_EQ(ResultOf([&] { Exam().Load(path); }), u"none"_s);
+        QByteArray longer = Sandbox::ReadFile(path) + 'x';
+        qToLittleEndian(300'000 * width + 1, longer.data() + longer.size() - (300'000 * width + 5));
+        Sandbox::WriteFile(path, longer);
+        EXPECT_EQ(ResultOf([&] { Exam().Load(path); }), refused);
+    }
     QFile file(path);
     for (const qint64 bytes : { qint64(1) << 28, (qint64(1) << 28) + 1, (qint64(1) << 32) + 1'000 }) {
         if (!file.resize(bytes))
@@ -243,6 +246,7 @@ TEST(ExamTest, TextsInACodePageOfTheirOwn)
         EXPECT_EQ(exam.Code() + exam.Name(), title + u'N');
         again.SetCodePage(0);
         EXPECT_TRUE(again.Reserved().isEmpty());
+        EXPECT_TRUE(again.Questions().Item(1)->Problem() == exam.Questions().Item(1)->Problem()) << page;
     }
     EXPECT_EQ(ResultOf([&] { reused.SetCodePage(1259); }), u"5 "_s);
     EXPECT_EQ(TextEncoding::Plain(QString(20'000, u'\u4E2D'), 932), QByteArray("\x92\x86").repeated(16'383));
