@@ -159,11 +159,10 @@ public:
             m_window.Session().GotoQuestion(static_cast<qint16>(first));
             QApplication::processEvents();
             std::vector<double> times;
-            for (int item = first + 1; item <= last; ++item) {
+            for (int item = first + 1; item <= last; ++item)
                 times.push_back(Next());
-                if (item % FloorEvery == 0)
-                    floors.push_back(Floor(*m_window.Session().CurrentQuestion(), stem->font(), page));
-            }
+            for (int item = first; item < last; item += FloorEvery)
+                floors.push_back(Floor(*Globals::CurrentExam->Questions().Item(item), stem->font(), page));
             std::sort(times.begin(), times.end());
             medians.append(QString::number(times[times.size() / 2], 'f', 3));
             tails.append(QString::number(times[times.size() * 99 / 100], 'f', 3));
