@@ -26,9 +26,9 @@ std::vector<Entry> Entries(const Exam &exam)
     entries.reserve(exam.Questions().Count());
     for (const auto &question : exam.Questions()) {
         const qint16 answers = Globals::ItemCount(question->Answer());
-        const QString text = answers > 0
-            ? Common::FormatText(u"{1} - {2}"_s, { question->Number(), Globals::AnswerLetters(question->Answer()) })
-            : QString::number(question->Number());
+        QString text = QString::number(question->Number());
+        if (answers > 0)
+            text += u" - "_s + Globals::AnswerLetters(question->Answer());
         entries.push_back({ question->Number(), text, IconOf(*question, answers) });
     }
     return entries;

@@ -6,6 +6,7 @@
 #include "resources/Artwork.h"
 #include "session/ExamSession.h"
 #include "shell/ReviewList.h"
+#include "shell/view/ReviewModel.h"
 #include "shell/view/frmReport.h"
 #include "ui/Guard.h"
 #include "ui/Layout.h"
@@ -16,26 +17,46 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QListWidget>
+#include <QListView>
 #include <QPushButton>
+#include <QSet>
 #include <QTimer>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr int NumberRole = Qt::UserRole;
 constexpr int IconSize = 16; // pixels
 constexpr int CellPadding = 36;
 constexpr int RowPadding = 10;
 
-struct Sign {
-    QString Key;
-    QString Meaning;
-};
-const Sign Signs[]
-    = { { u"Complete"_s, u"Complete"_s }, { u"Incomplete"_s, u"Incomplete"_s }, { u"Checked"_s, u"Marked for review"_s } };
+// The keys of the icons, in the order of the legend.
+const QString Icons[] = { u"Complete"_s, u"Incomplete"_s, u"Checked"_s };
+
+// How wide the widest text is. Texts that differ in their digits only are taken for
+// as wide as one of the widest digit, so that of an exam with thousands of items
+// few texts are measured.
+int WidestOf(const std::vector<ReviewList::Entry> &entries, const QFontMetrics &metrics)
+{
+    const QString digits = u"0123456789"_s;
+    const QChar widest = *std::max_element(digits.begin(), digits.end(), [&metrics](QChar one, QChar other) {
+        return metrics.horizontalAdvance(one) < metrics.horizontalAdvance(other);
+    });
+    QSet<QString> shapes;
+    for (const ReviewList::Entry &entry : entries) {
+        QString shape = entry.Text;
+        std::replace_if(
+            shape.begin(), shape.end(), [](QChar c) { return c.isDigit(); }, widest);
+        shapes.insert(shape);
+    }
+    int width = 0;
+    for (const QString &shape : shapes)
+        width = std::max(width, metrics.horizontalAdvance(shape));
+    return width;
+}
 
 }
 
@@ -43,7 +64,8 @@ frmReview::frmReview(ExamSession &session, QWidget *owner)
     : QDialog(owner)
     , m_session(session)
     , m_exam(Globals::CurrentExam)
-    , lvwReview(new QListWidget(this))
+    , m_items(new ReviewModel(this))
+    , lvwReview(new QListView(this))
     , txtQuestion(new QLineEdit(this))
     , cmdGoTo(new QPushButton(u"&Go To"_s, this))
     , cmdReviewAll(new QPushButton(u"Review &All"_s, this))
@@ -61,6 +83,7 @@ frmReview::frmReview(ExamSession &session, QWidget *owner)
     lvwReview->setMovement(QListView::Static);
     lvwReview->setResizeMode(QListView::Adjust);
     lvwReview->setIconSize(QSize(IconSize, IconSize));
+    lvwReview->setModel(m_items);
     lvwReview->setEditTriggers(QAbstractItemView::NoEditTriggers);
     ShrinkList(lvwReview);
     lvwReview->installEventFilter(this);
@@ -102,7 +125,7 @@ frmReview::frmReview(ExamSession &session, QWidget *owner)
             txtQuestion->setText(limited);
     });
     connect(cmdGoTo, &QPushButton::clicked, this, [this] { Guard([&] { cmdGoTo_Click(); }); });
-    connect(lvwReview, &QListWidget::itemDoubleClicked, this, [this] { Guard([&] { GotoSelected(); }); });
+    connect(lvwReview, &QListView::doubleClicked, this, [this] { Guard([&] { GotoSelected(); }); });
     connect(cmdReviewAll, &QPushButton::clicked, this, [this] {
         Guard([&] {
             m_session.ReviewAll();
@@ -123,17 +146,17 @@ QWidget *frmReview::Legend()
     auto *legend = new QWidget(this);
     auto *row = new RowLayout(6, legend);
     row->setContentsMargins(2, 0, 0, 0);
-    for (const Sign &sign : Signs) {
+    for (const QString &icon : Icons) {
         // The two stay together where the row is broken.
         auto *pair = new QWidget(legend);
         auto *inPair = new QHBoxLayout(pair);
         inPair->setContentsMargins({});
         inPair->setSpacing(row->spacing());
         auto *picture = new QLabel(pair);
-        picture->setPixmap(Artwork::StatusIcon(sign.Key).pixmap(QSize(IconSize, IconSize), devicePixelRatioF()));
-        picture->setAccessibleName(sign.Meaning + u" sign"_s);
+        picture->setPixmap(Artwork::StatusIcon(icon).pixmap(QSize(IconSize, IconSize), devicePixelRatioF()));
+        picture->setAccessibleName(ReviewModel::Meaning(icon) + u" sign"_s);
         inPair->addWidget(picture);
-        inPair->addWidget(new QLabel(sign.Meaning, pair));
+        inPair->addWidget(new QLabel(ReviewModel::Meaning(icon), pair));
         row->addWidget(pair);
         row->AddSpacing(14);
     }
@@ -147,21 +170,11 @@ void frmReview::Load()
     if (exam.IsEnded())
         cmdEnd->setText(u"&View Report"_s);
     lvwReview->ensurePolished();
-    int widest = 0;
-    for (const ReviewList::Entry &entry : ReviewList::Entries(exam)) {
-        auto *item = new QListWidgetItem(Artwork::StatusIcon(entry.Icon), entry.Text);
-        item->setData(NumberRole, entry.Number);
-        for (const Sign &sign : Signs) {
-            if (sign.Key == entry.Icon)
-                item->setData(Qt::AccessibleDescriptionRole, sign.Meaning);
-        }
-        lvwReview->addItem(item);
-        widest = std::max(widest, lvwReview->fontMetrics().horizontalAdvance(entry.Text));
-    }
+    std::vector<ReviewList::Entry> entries = ReviewList::Entries(exam);
+    const int widest = WidestOf(entries, lvwReview->fontMetrics());
     const QSize cell(std::max(100, widest + IconSize + CellPadding), std::max(fontMetrics().height(), IconSize) + RowPadding);
     lvwReview->setGridSize(cell);
-    for (int row = 0; row < lvwReview->count(); ++row)
-        lvwReview->item(row)->setSizeHint(cell);
+    m_items->SetEntries(std::move(entries), cell);
 }
 
 void frmReview::cmdGoTo_Click()
@@ -177,10 +190,10 @@ void frmReview::cmdGoTo_Click()
 
 void frmReview::GotoSelected()
 {
-    const QListWidgetItem *item = lvwReview->currentItem();
-    if (!item)
+    const QModelIndex current = lvwReview->currentIndex();
+    if (!current.isValid())
         return;
-    m_session.GotoQuestion(item->data(NumberRole).value<qint16>());
+    m_session.GotoQuestion(current.data(ReviewModel::NumberRole).value<qint16>());
     accept();
 }
 

@@ -10,8 +10,9 @@
 class ExamSession;
 class QLabel;
 class QLineEdit;
-class QListWidget;
+class QListView;
 class QPushButton;
+class ReviewModel;
 
 // The overview of all items, from which the candidate goes to any of them,
 // narrows the exam window to marked ones, or ends the exam. Built anew each
@@ -41,7 +42,8 @@ private:
 
     ExamSession &m_session;
     std::shared_ptr<Exam> m_exam; // the window may outlast the sitting
-    QListWidget *lvwReview;
+    ReviewModel *m_items;
+    QListView *lvwReview;
     QLineEdit *txtQuestion;
     QPushButton *cmdGoTo;
     QPushButton *cmdReviewAll;

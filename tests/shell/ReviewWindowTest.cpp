@@ -5,7 +5,7 @@
 #include "tests/support/Sketch.h"
 
 #include <QLineEdit>
-#include <QListWidget>
+#include <QListView>
 #include <QPushButton>
 
 using namespace Windows;
@@ -30,7 +30,7 @@ protected:
         Window = std::make_unique<frmReview>(Exam.Session(), &Exam);
         Window->Load();
         Show(Window.get());
-        List = Find<QListWidget>(Window.get(), u"lvwReview"_s);
+        List = Find<QListView>(Window.get(), u"lvwReview"_s);
         Field = Find<QLineEdit>(Window.get(), u"txtQuestion"_s);
     }
     // The state that a red flag, a green tick or an empty box in that part of the window stands for.
@@ -44,12 +44,13 @@ protected:
         }
         return red > 30 ? u"Checked"_s : green > 30 ? u"Complete"_s : grey > 30 ? u"Incomplete"_s : u""_s;
     }
-    QPoint CentreOf(int row) { return List->visualItemRect(List->item(row)).center(); }
+    QModelIndex At(int row) const { return List->model()->index(row, 0); }
+    QPoint CentreOf(int row) { return List->visualRect(At(row)).center(); }
 
     Messages Boxes;
     frmExam Exam;
     std::unique_ptr<frmReview> Window;
-    QListWidget *List = nullptr;
+    QListView *List = nullptr;
     QLineEdit *Field = nullptr;
 };
 
@@ -80,9 +81,9 @@ TEST_F(ReviewWindowTest, ShowsTheItemsInOrder)
     }
     Globals::CurrentExam->Questions().Item(8)->SetAnswer(u"1,2,"_s.repeated(20) + u'1');
     Open();
-    EXPECT_EQ(List->count(), 12);
-    const QString longest = List->item(7)->text();
-    EXPECT_GT(List->visualItemRect(List->item(0)).width(), List->fontMetrics().horizontalAdvance(longest) + 22);
+    EXPECT_EQ(List->model()->rowCount(), 12);
+    const QString longest = At(7).data().toString();
+    EXPECT_GT(List->visualRect(At(0)).width(), List->fontMetrics().horizontalAdvance(longest) + 22);
     Window->resize(1000, 500);
     EXPECT_EQ(Sketch(Window.get(), true),
               (QStringList{
@@ -91,10 +92,10 @@ TEST_F(ReviewWindowTest, ShowsTheItemsInOrder)
                   u"12: 14 &Question number: 8 txtQuestion 8 &Go To ... Review &All 8 Review &Marked 26 &End Exam 14"_s }));
     const QPoint corner = List->viewport()->mapTo(Window.get(), QPoint());
     for (int row = 0; row < 7; ++row) {
-        EXPECT_EQ(List->item(row)->text(), rows[row].Text);
-        const QString spoken = List->item(row)->data(Qt::AccessibleDescriptionRole).toString();
+        EXPECT_EQ(At(row).data().toString(), rows[row].Text);
+        const QString spoken = At(row).data(Qt::AccessibleDescriptionRole).toString();
         EXPECT_EQ(spoken, rows[row].State == "Checked"_L1 ? u"Marked for review"_s : rows[row].State);
-        const QRect cell = List->visualItemRect(List->item(row)).translated(corner);
+        const QRect cell = List->visualRect(At(row)).translated(corner);
         EXPECT_EQ(PictureIn({ cell.left(), cell.top(), 22, cell.height() }), rows[row].State) << row;
         EXPECT_TRUE(HasInk(Window->grab().toImage(), cell.adjusted(22, 4, -30, -4))) << row;
     }
@@ -139,11 +140,11 @@ TEST_F(ReviewWindowTest, NumberField)
 TEST_F(ReviewWindowTest, ListTakesDigitsOnly)
 {
     Open();
-    List->setCurrentRow(0);
+    List->setCurrentIndex(At(0));
     // Each digit within the moment that belongs to one word.
     for (const auto &[key, row] : { std::pair{ Qt::Key_1, 9 }, std::pair{ Qt::Key_A, 9 }, std::pair{ Qt::Key_2, 11 } }) {
         QTest::keyClick(List, key);
-        EXPECT_EQ(List->currentRow(), row) << key;
+        EXPECT_EQ(List->currentIndex().row(), row) << key;
     }
 }
 
