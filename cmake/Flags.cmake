@@ -8,6 +8,10 @@ if(WIN32)
 endif()
 target_compile_options(practorium_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
                                                   -Wcast-qual -Wimplicit-fallthrough)
+if(CMAKE_UNITY_BUILD)
+  # Of a class in an unnamed namespace of a source that is compiled with others.
+  target_compile_options(practorium_flags INTERFACE -Wno-subobject-linkage)
+endif()
 if(PRACTORIUM_WERROR)
   target_compile_options(practorium_flags INTERFACE -Werror)
 endif()

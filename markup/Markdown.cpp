@@ -23,7 +23,6 @@ using Html::Piece;
 using Html::Role;
 
 constexpr QChar LineBreak = QChar(QChar::LineSeparator);
-constexpr QChar PictureSign = QChar::ObjectReplacementCharacter;
 // Stands for a picture in HTML while Qt reads the rest.
 constexpr QChar HtmlPicture = QChar(0xFDD2);
 

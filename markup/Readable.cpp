@@ -20,8 +20,6 @@ namespace {
 using Html::Piece;
 using Html::Role;
 
-constexpr QChar PictureSign = QChar::ObjectReplacementCharacter;
-
 // Whether the text is the same in every kind but Markdown: no markup, no white
 // space but single blanks between words, nothing that is special here.
 bool IsBare(const QString &text)

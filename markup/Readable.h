@@ -17,8 +17,10 @@ struct Picture {
     QString Alt; // without blanks at its ends; empty when there is none
 };
 
+constexpr QChar PictureSign = QChar::ObjectReplacementCharacter; // U+FFFC
+
 struct Readable {
-    // U+FFFC, and only that, stands for each picture.
+    // PictureSign, and only that, stands for each picture.
     QString Text;
     std::vector<Picture> Pictures; // in the order of the text
     QStringList Warnings; // what is lost, each a line

@@ -7,8 +7,8 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-const QString BackColorName = u"BackColor"_s;
-const QString EnabledName = u"Enabled"_s;
+const QString BackColorProperty = u"BackColor"_s;
+const QString EnabledProperty = u"Enabled"_s;
 const QString BorderColorName = u"BorderColor"_s;
 
 }
@@ -20,28 +20,28 @@ Panel::Panel(QWidget *parent)
 
 void Panel::ReadProperties(const QVariantMap &Store)
 {
-    m_backColor = Store.value(BackColorName, OleColors::ButtonFace).toUInt();
-    setEnabled(Store.value(EnabledName, true).toBool());
+    m_backColor = Store.value(BackColorProperty, OleColors::ButtonFace).toUInt();
+    setEnabled(Store.value(EnabledProperty, true).toBool());
     m_borderColor = Store.value(BorderColorName, OleColors::WindowText).toUInt();
     update();
 }
 
 QVariantMap Panel::WriteProperties() const
 {
-    return { { BackColorName, m_backColor }, { EnabledName, Enabled() }, { BorderColorName, m_borderColor } };
+    return { { BackColorProperty, m_backColor }, { EnabledProperty, Enabled() }, { BorderColorName, m_borderColor } };
 }
 
 void Panel::SetBackColor(OleColor Color)
 {
     m_backColor = Color;
     update();
-    Q_EMIT PropertyChanged(BackColorName);
+    Q_EMIT PropertyChanged(BackColorProperty);
 }
 
 void Panel::SetEnabled(bool Enabled)
 {
     setEnabled(Enabled);
-    Q_EMIT PropertyChanged(EnabledName);
+    Q_EMIT PropertyChanged(EnabledProperty);
 }
 
 void Panel::Refresh()

@@ -12,7 +12,7 @@ using namespace Registry;
 
 namespace {
 
-const QString Key = u"Software\\Test\\Registry"_s;
+const QString FileKey = u"Software\\Test\\Registry"_s;
 
 QString TheFile()
 {
@@ -28,7 +28,7 @@ struct stat Status(const QString &path)
 
 class RegistryFileTest : public testing::Test {
 protected:
-    RegistryFileTest() { System::ForgetSettings(Key); }
+    RegistryFileTest() { System::ForgetSettings(FileKey); }
 };
 
 }
@@ -41,7 +41,7 @@ TEST_F(RegistryFileTest, FileOfTheUser)
     for (const mode_t mask : { 0, 0777 }) {
         EXPECT_TRUE(QDir(home).removeRecursively());
         const mode_t before = umask(mask);
-        WriteValue(Key, u"Value"_s, 1, Number, CurrentUser);
+        WriteValue(FileKey, u"Value"_s, 1, Number, CurrentUser);
         const QString file = TheFile();
         EXPECT_EQ(Status(home).st_mode & 07777, 0700U);
         QFile::setPermissions(file, QFile::permissions(file) | QFile::ReadOther | QFile::ReadGroup);
@@ -49,7 +49,7 @@ TEST_F(RegistryFileTest, FileOfTheUser)
         const QString second = file + u".keep"_s;
         ASSERT_EQ(link(qPrintable(file), qPrintable(second)), 0);
         const QByteArray bytes = Sandbox::ReadFile(second);
-        WriteValue(Key, u"Value"_s, 2, Number, CurrentUser);
+        WriteValue(FileKey, u"Value"_s, 2, Number, CurrentUser);
         umask(before);
         EXPECT_NE(Status(file).st_ino, Status(second).st_ino) << "a new file in place of the old one";
         EXPECT_EQ(Sandbox::ReadFile(second), bytes);
@@ -62,13 +62,13 @@ TEST_F(RegistryFileTest, FileOfTheUser)
 // from somewhere else: neither is read or replaced, because it may say which packs are run.
 TEST_F(RegistryFileTest, FilesThatAreNotUsed)
 {
-    WriteValue(Key, u"Value"_s, 7, Number, CurrentUser);
+    WriteValue(FileKey, u"Value"_s, 7, Number, CurrentUser);
     const QString path = TheFile();
     const QByteArray file = QFile::encodeName(path);
     const QByteArray whole = Sandbox::ReadFile(path);
     // Files of older versions, and of scripts, look the same.
     EXPECT_EQ(whole.simplified(), R"({ "software\\test\\registry": { "value": { "bytes": "BwAAAA==", "type": 4 } } })");
-    const auto read = [] { return ResultOf([] { return ReadValue(CurrentUser, Key, u"Value"_s).toString(); }); };
+    const auto read = [] { return ResultOf([] { return ReadValue(CurrentUser, FileKey, u"Value"_s).toString(); }); };
     std::vector<std::function<void()>> spoils = {
         [&] { chmod(file.constData(), 0620); },
         [&] { chmod(file.constData(), 0602); },
@@ -80,7 +80,7 @@ TEST_F(RegistryFileTest, FilesThatAreNotUsed)
     spoils.push_back([&] { EXPECT_TRUE(unlink(file.constData()) == 0 && mkfifo(file.constData(), 0600) == 0); });
     for (size_t i = 0; i < spoils.size(); ++i) {
         unlink(file.constData());
-        WriteValue(Key, u"Value"_s, 7, Number, CurrentUser);
+        WriteValue(FileKey, u"Value"_s, 7, Number, CurrentUser);
         chmod(file.constData(), 0644);
         EXPECT_EQ(read(), u"7"_s) << i;
         spoils[i]();
@@ -91,13 +91,13 @@ TEST_F(RegistryFileTest, FilesThatAreNotUsed)
         const QString code = QString::number(isGone ? ENOENT : isOthers ? EPERM : EBADMSG) + u' ';
         EXPECT_EQ(read() + read(), code + code) << i;
         StoredValue stored;
-        EXPECT_EQ(QueryStored(CurrentUser, Key, u"Value"_s, stored), isGone ? ENOENT : isOthers ? EPERM : EBADMSG) << i;
-        const auto write = [] { WriteValue(Key, u"Value"_s, 8, Number, CurrentUser); };
+        EXPECT_EQ(QueryStored(CurrentUser, FileKey, u"Value"_s, stored), isGone ? ENOENT : isOthers ? EPERM : EBADMSG) << i;
+        const auto write = [] { WriteValue(FileKey, u"Value"_s, 8, Number, CurrentUser); };
         EXPECT_EQ(ResultOf(write), isGone ? u"none"_s : code) << i;
         const QString lines = QString::fromUtf8(testing::internal::GetCapturedStderr());
         EXPECT_EQ(lines.count(u"is not used"), i < 3 || i + 1 == spoils.size() ? 1 : 0) << i << lines.toStdString();
     }
     unlink(file.constData());
     Sandbox::WriteFile(path, QByteArray(whole).replace("\"BwAAAA==\"", "\"Bw==\""));
-    EXPECT_EQ(ReadValue(CurrentUser, Key, u"Value"_s), QVariant(0)) << "too few bytes for a number";
+    EXPECT_EQ(ReadValue(CurrentUser, FileKey, u"Value"_s), QVariant(0)) << "too few bytes for a number";
 }

@@ -13,7 +13,7 @@ struct Formula {
     QString Expected;
 };
 
-QString Shown(const QString &source, Kind kind)
+QString ShownTex(const QString &source, Kind kind)
 {
     return Markup::Read({ source, kind }).Text;
 }
@@ -64,10 +64,10 @@ TEST(TexTest, FormulasAreReadable)
           u"∫₀¹ x dx ≈ |x|² ⊄ (a, b]"_s },
     };
     for (const Formula &formula : formulas) {
-        EXPECT_EQ(Shown(u"\\("_s + formula.Tex + u"\\)"_s, Kind::Plain), formula.Expected);
-        EXPECT_EQ(Shown(u"<m:math>"_s + QString(formula.MathMl).replace(u"<m"_s, u"<m:m"_s).replace(u"</m"_s, u"</m:m"_s)
-                            + u"</m:math>"_s,
-                        Kind::Html),
+        EXPECT_EQ(ShownTex(u"\\("_s + formula.Tex + u"\\)"_s, Kind::Plain), formula.Expected);
+        EXPECT_EQ(ShownTex(u"<m:math>"_s + QString(formula.MathMl).replace(u"<m"_s, u"<m:m"_s).replace(u"</m"_s, u"</m:m"_s)
+                               + u"</m:math>"_s,
+                           Kind::Html),
                   formula.Expected);
     }
     const std::vector<Row> rows = {
@@ -78,7 +78,7 @@ TEST(TexTest, FormulasAreReadable)
         { "lists", u"1, 2, \\ldots, n; \\{1,2\\}"_s, u"1, 2, …, n; {1,2}"_s },
         { "others", u"\\binom{n}{k} \\%5 \\{1{,}5; a \\mid b\\} a\\bmod b \\ldots"_s, u"C(n, k)%5{1,5; a | b}a mod b…"_s },
     };
-    ExpectRows([](const QString &source) { return Shown(u"\\["_s + source + u"\\]"_s, Kind::Html); }, rows);
+    ExpectRows([](const QString &source) { return ShownTex(u"\\["_s + source + u"\\]"_s, Kind::Html); }, rows);
 }
 
 TEST(TexTest, TheTextAround)
@@ -92,18 +92,18 @@ TEST(TexTest, TheTextAround)
         { "pictures", u"<img data-equation-content='x^2' src=y> <img class=\"texrender\" alt=\"\\frac{1}{2}\" src=y>"_s,
           u"x² 1/2"_s },
     };
-    ExpectRows([](const QString &source) { return Shown(source, Kind::Moodle); }, formulas);
+    ExpectRows([](const QString &source) { return ShownTex(source, Kind::Moodle); }, formulas);
     const std::vector<Row> rows = {
         { "in Markdown", u"*a* $x_1*y_1$ and \\\\(b^2\\\\) \\(c\\) `$d^2$` \\(or so\\)"_s,
           u"a x₁*y₁ and b² c $d^2$ (or so)"_s },
     };
-    ExpectRows([](const QString &source) { return Shown(source, Kind::Markdown); }, rows);
+    ExpectRows([](const QString &source) { return ShownTex(source, Kind::Markdown); }, rows);
     for (const QString &text :
          { u"$5 and $10"_s, u"10 $, 5$ de moins, 7 $-6$"_s, u"$PATH$s $a|$b|$"_s, u"$x\ny$"_s, u"costs $5, or 6$ (5$-6$)"_s,
            u"between $1,000-$2,000"_s, u"$PATH or $HOME/$USER"_s, u"$HOME_DIR$"_s, u"${a}${b} $_GET['x'].$_POST['y']"_s,
            u"kill $$; echo $$"_s, u"$a+$b; $i<$n"_s, u"=$A$1+$B$2"_s, u"df$col_a == df$col_b"_s, u"/^a$|^b$/"_s,
            u"\\d \\[a-z\\]"_s, u"sed 's/\\(a\\)\\(b\\)/\\2/' '\\[a-z\\]'"_s, u"C:\\(x86\\bin"_s, u"US$5 $(ls -l $HOME)"_s })
-        EXPECT_EQ(Shown(text, Kind::Moodle), text);
+        EXPECT_EQ(ShownTex(text, Kind::Moodle), text);
 }
 
 TEST(TexTest, WhatIsTooComplexStays)
@@ -117,7 +117,7 @@ TEST(TexTest, WhatIsTooComplexStays)
     }
     EXPECT_EQ(Markup::Read({ matrix, Kind::Html }).Warnings,
               QStringList(u"a formula that is too complex stays as it is written: "_s + matrix));
-    EXPECT_EQ(Shown(u"**a** "_s + matrix, Kind::Markdown), u"a "_s + matrix);
+    EXPECT_EQ(ShownTex(u"**a** "_s + matrix, Kind::Markdown), u"a "_s + matrix);
 
     const Markup::Readable table = Markup::Read(
         { u"<math><mtable><mtr><mtd><mi>a</mi></mtd><mtd><mn>2</mn></mtd></mtr></mtable></math>"_s, Kind::Html });
@@ -134,7 +134,7 @@ TEST(TexTest, WhatIsTooComplexStays)
               (QStringList{ u"what stands one above the other in a formula stands side by side: (n k)"_s,
                             u"the lines at a part of a formula (updiagonalstrike) are not shown"_s,
                             u"underlined text is shown like any other"_s }));
-    EXPECT_EQ(Shown(u"<math><semantics><annotation encoding='application/x-tex'>x^2</annotation></semantics></math>"_s,
-                    Kind::Html),
+    EXPECT_EQ(ShownTex(u"<math><semantics><annotation encoding='application/x-tex'>x^2</annotation></semantics></math>"_s,
+                       Kind::Html),
               u"x²"_s);
 }
