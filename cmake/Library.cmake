@@ -23,6 +23,12 @@ function(practorium_include_root target)
   endif()
 endfunction()
 
+# practorium_alone(SOURCE...): sources of this folder that are never compiled as one with
+# others: both have a name of their own in common, or a test puts its own in their place.
+function(practorium_alone)
+  set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+endfunction()
+
 # practorium_library(name SOURCES ... SYSTEM ... PUBLIC ... PRIVATE ...): this
 # folder as a static library, Practorium::name. SYSTEM files exist once for each
 # system. PUBLIC is what its headers include, PRIVATE what its sources include.

@@ -61,7 +61,7 @@ void Metrics::AddRequest(Kind kind, unsigned status, std::chrono::nanoseconds ti
     ++m_requests[kind]
                 [static_cast<size_t>((known == StatusClasses.end() ? StatusClasses.begin() : known) - StatusClasses.begin())];
     const auto *bound
-        = std::find_if(Bounds.begin(), Bounds.end(), [time](int bound) { return time <= std::chrono::milliseconds(bound); });
+        = std::find_if(Bounds.begin(), Bounds.end(), [time](int most) { return time <= std::chrono::milliseconds(most); });
     Latency &latency = m_latencies[kind];
     ++latency.Buckets[static_cast<size_t>(bound - Bounds.begin())];
     latency.Nanoseconds += static_cast<quint64>(time.count());
