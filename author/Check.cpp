@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "author/Check.h"
 
-#include "console/Console.h"
+#include "author/Ahead.h"
 #include "author/Limits.h"
 #include "author/Package.h"
 #include "author/TextPage.h"
 #include "common/Ansi.h"
 #include "common/Common.h"
 #include "common/Error.h"
+#include "console/Console.h"
 #include "model/File.h"
 #include "model/Globals.h"
 #include "model/RecordIO.h"
@@ -16,9 +17,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QHash>
-#include <QThreadPool>
 
-#include <algorithm>
 #include <future>
 #include <map>
 #include <memory>
@@ -29,21 +28,6 @@ using namespace Qt::Literals::StringLiterals;
 namespace Check {
 
 namespace {
-
-// Each may hold a picture of the largest size.
-constexpr int MostThreads = 4;
-
-// The width of the picture in the file, which is loaded on another thread; raises what
-// Picture::Load raises.
-std::future<int> WidthOf(const QString &file)
-{
-    static QThreadPool threads;
-    threads.setMaxThreadCount(std::min(MostThreads, QThread::idealThreadCount()));
-    // Jobs are copied, tasks are not.
-    const auto task = std::make_shared<std::packaged_task<int()>>([file] { return Picture::Load(file).width(); });
-    threads.start([task] { (*task)(); });
-    return task->get_future();
-}
 
 class ExamChecker {
 public:
@@ -59,7 +43,7 @@ public:
         for (const auto &question : m_exam.Questions()) {
             const QString name = question->Exhibit();
             if (question->HasExhibit() && Package::IsPlainName(name) && !m_widths.contains(name))
-                m_widths.emplace(name, WidthOf(QFileInfo(m_file).dir().filePath(name)));
+                m_widths.emplace(name, Ahead([file = ExhibitFile(name)] { return Picture::Load(file).width(); }));
         }
     }
 
@@ -77,6 +61,8 @@ public:
     }
 
 private:
+    QString ExhibitFile(const QString &name) const { return QFileInfo(m_file).dir().filePath(name); }
+
     QString Line(const QString &text) const { return Console::OneLine(m_path + u": "_s + text); }
     void Report(const QString &text) { m_faults.append(Line(text)); }
     void ReportItem(const QString &text) { Report(u"item %1: %2"_s.arg(m_item).arg(text)); }

@@ -15,8 +15,8 @@ namespace Check {
 QStringList Faults(const QString &path, QStringList *warnings = nullptr);
 
 // The same in two steps, so that one package can be checked while the exhibits of the
-// next ones are loaded. Reads the exams now and has their exhibits loaded on other
-// threads. What it returns waits for those, goes through the items and is called once.
+// next ones are loaded. Reads the exams and has their exhibits loaded ahead. What it
+// returns waits for those, goes through the items and is called once.
 std::function<QStringList(QStringList *warnings)> Begin(const QString &path);
 
 }
