@@ -4,8 +4,8 @@
 #include "packformat/PackFormat.h"
 
 // A SHA-256 that is computed piece by piece, by OpenSSL on Linux and by the
-// system's library on Windows, both with the processor's own instructions if it has any. A copy continues on its own from the
-// same bytes.
+// system's library on Windows, both with the processor's own instructions if it
+// has any. A copy continues on its own from the same bytes.
 class Digest {
 public:
     // Of no bytes yet.
