@@ -2,6 +2,7 @@
 // bench_next_item: how long Next takes until an item is laid out and painted: one
 // of 26 options, one of 3,000 words, and the largest ones that a file can hold.
 
+#include "bench/Painted.h"
 #include "model/Globals.h"
 #include "session/view/frmExam.h"
 #include "ui/Theme.h"
@@ -107,23 +108,6 @@ double Floor(const Question &question, const QFont &font, QImage &page)
     return static_cast<double>(timer.nsecsElapsed()) / 1e6;
 }
 
-// Notes that the page has been painted.
-class Painted : public QObject {
-public:
-    explicit Painted(QObject *page) { page->installEventFilter(this); }
-    bool TakeNote() { return std::exchange(m_isPainted, false); }
-
-protected:
-    bool eventFilter(QObject *, QEvent *event) override
-    {
-        m_isPainted = m_isPainted || event->type() == QEvent::Paint;
-        return false;
-    }
-
-private:
-    bool m_isPainted = false;
-};
-
 class Bench {
 public:
     Bench()
@@ -138,12 +122,11 @@ public:
     // From the press until the events that it brings are handled, the painting last.
     double Next()
     {
-        m_painted.TakeNote();
+        m_painted.Forget();
         QElapsedTimer timer;
         timer.start();
         m_window.Session().cmdNext_Click();
-        while (!m_painted.TakeNote())
-            QApplication::processEvents();
+        m_painted.Wait();
         return static_cast<double>(timer.nsecsElapsed()) / 1e6;
     }
 

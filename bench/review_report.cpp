@@ -3,6 +3,7 @@
 // open, and each step of scrolling it; then how long the score report takes to be
 // printed to a file and to be saved as a PDF. Files are written into the folder.
 
+#include "bench/Painted.h"
 #include "model/Globals.h"
 #include "session/view/frmExam.h"
 #include "shell/view/SheetPainter.h"
@@ -37,7 +38,6 @@ constexpr int Items = 32'767;
 constexpr int Options = 4;
 constexpr int Rounds = 15;
 constexpr int Steps = 100; // of each way to scroll, in a round
-constexpr int Patience = 10'000; // milliseconds
 
 [[noreturn]] void Fail(const char *what)
 {
@@ -71,33 +71,6 @@ std::shared_ptr<Exam> LongestExam()
     exam->Questions().ResetNumbers();
     return exam;
 }
-
-// Notes that a widget has been painted.
-class Painted : public QObject {
-public:
-    explicit Painted(QObject *widget) { widget->installEventFilter(this); }
-    void Wait()
-    {
-        QElapsedTimer timer;
-        timer.start();
-        while (!m_isPainted) {
-            QApplication::processEvents();
-            if (timer.elapsed() > Patience)
-                Fail("nothing is painted");
-        }
-        m_isPainted = false;
-    }
-
-protected:
-    bool eventFilter(QObject *, QEvent *event) override
-    {
-        m_isPainted = m_isPainted || event->type() == QEvent::Paint;
-        return false;
-    }
-
-private:
-    bool m_isPainted = false;
-};
 
 double Milliseconds(const std::function<void()> &work)
 {
