@@ -61,6 +61,21 @@ void ExamSession::Unload()
     Globals::CurrentExam.reset();
 }
 
+QStringList ExamSession::NextTexts() const
+{
+    const qint32 count = m_exam ? Count() : 0;
+    for (qint32 index = m_currentIndex + 1; index <= count; ++index) {
+        const auto question = m_exam->Questions().Item(index);
+        if (m_reviewMode == ReviewingMarked && !question->IsMarked())
+            continue;
+        QStringList texts(question->Problem());
+        for (const auto &choice : question->Choices())
+            texts.append(choice->Statement());
+        return texts;
+    }
+    return {};
+}
+
 void ExamSession::GotoQuestion(qint16 index)
 {
     if (m_currentIndex > 0)

@@ -142,6 +142,9 @@ public:
     void GotoQuestion(qint16 index);
     // Raises SubscriptOutOfRange when there is no item at the current index.
     std::shared_ptr<Question> CurrentQuestion() const;
+    // The stem and the options' texts of the item that Next would show; empty when there
+    // is none, and before StartExam.
+    QStringList NextTexts() const;
     // Fills the page with an item and closes the exhibit, without ShowItem and
     // without a change of the current index; GotoQuestion does the rest. Raises
     // what ParseAnswer raises for the item's Answer, and SubscriptOutOfRange for a

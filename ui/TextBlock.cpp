@@ -40,24 +40,39 @@ QString Lines(QString text)
 
 }
 
+TextBlock::Content::Content(const QString &text)
+    : Text(text)
+    , Layout(Lines(text))
+{
+    Layout.setCacheEnabled(true);
+}
+
 TextBlock::TextBlock(QWidget *parent)
     : QLabel(parent)
+    , m_content(std::make_unique<Content>(QString()))
 {
     setTextFormat(Qt::PlainText);
-    m_layout.setCacheEnabled(true);
 }
 
 void TextBlock::SetText(const QString &text)
 {
     const QString shown = Common::ShownText(text);
-    if (shown == this->text())
+    if (shown == m_content->Text)
         return;
+    if (m_next && m_next->Text == shown)
+        m_content = std::move(m_next);
+    else
+        m_content = std::make_unique<Content>(shown);
     // The label keeps the text for a screen reader.
     setText(shown);
-    m_layout.setText(Lines(shown));
-    m_width = -1;
-    // setText has made layouts ask for sizes while the old text was laid out.
-    updateGeometry();
+}
+
+void TextBlock::Prepare(const QString &text)
+{
+    if (m_content->Width < 0)
+        return;
+    m_next = std::make_unique<Content>(Common::ShownText(text));
+    LayOut(*m_next, m_content->Width);
 }
 
 QString TextBlock::Breakable(const QString &text)
@@ -85,24 +100,30 @@ void TextBlock::SetInsets(int left, int top)
         return;
     m_leftInset = left;
     m_topInset = top;
-    m_width = -1;
+    ForgetLines();
     update();
 }
 
 int TextBlock::HeightForWidth(int width) const
 {
-    LayOut(width);
-    return m_height;
+    LayOut(*m_content, width);
+    return m_content->Height;
 }
 
-void TextBlock::LayOut(int width) const
+void TextBlock::LayOut(Content &content, int width) const
 {
-    if (m_width == width)
+    if (content.Width == width)
         return;
-    m_width = width;
-    SetFont(m_layout, font());
+    content.Width = width;
+    SetFont(content.Layout, font());
     // An empty text, too, has a line.
-    m_height = static_cast<int>(std::ceil(LayOutLines(m_layout, width, QPoint(m_leftInset, m_topInset))));
+    content.Height = static_cast<int>(std::ceil(LayOutLines(content.Layout, width, QPoint(m_leftInset, m_topInset))));
+}
+
+void TextBlock::ForgetLines()
+{
+    m_content->Width = -1;
+    m_next.reset();
 }
 
 qreal TextBlock::LayOutLines(QTextLayout &layout, int width, QPoint corner)
@@ -145,7 +166,7 @@ void TextBlock::SetHasLeader(bool hasLeader)
 
 void TextBlock::PaintLeader(QPainter &painter) const
 {
-    const QTextLine line = m_layout.lineAt(0);
+    const QTextLine line = m_content->Layout.lineAt(0);
     const int gap = fontMetrics().averageCharWidth();
     const qreal end = line.naturalTextRect().left() - gap;
     if (end < m_leftInset + gap)
@@ -160,12 +181,13 @@ void TextBlock::PaintLeader(QPainter &painter) const
 
 void TextBlock::paintEvent(QPaintEvent *event)
 {
-    LayOut(width());
+    LayOut(*m_content, width());
+    const QTextLayout &layout = m_content->Layout;
     QPainter painter(this);
-    if (m_hasLeader && m_layout.textOption().alignment() == Qt::AlignRight)
+    if (m_hasLeader && layout.textOption().alignment() == Qt::AlignRight)
         PaintLeader(painter);
-    for (int i = 0; i < m_layout.lineCount(); ++i) {
-        const QTextLine line = m_layout.lineAt(i);
+    for (int i = 0; i < layout.lineCount(); ++i) {
+        const QTextLine line = layout.lineAt(i);
         if (line.rect().bottom() < event->rect().top())
             continue;
         if (line.rect().top() > event->rect().bottom())
@@ -177,7 +199,7 @@ void TextBlock::paintEvent(QPaintEvent *event)
 void TextBlock::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::FontChange)
-        m_width = -1;
+        ForgetLines();
     QLabel::changeEvent(event);
 }
 

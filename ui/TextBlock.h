@@ -4,6 +4,8 @@
 #include <QLabel>
 #include <QTextLayout>
 
+#include <memory>
+
 // A label for texts of any length out of a stranger's file: always plain,
 // wrapped to its width even inside a word, with code in columns (CodeFont), laid
 // out once for each width and painted only where it shows. Ends at the text's
@@ -15,6 +17,9 @@ public:
     explicit TextBlock(QWidget *parent = nullptr);
 
     void SetText(const QString &text);
+    // Lays a text out, as the present one is laid out, that SetText is expected to bring
+    // next. Without effect before the present one is.
+    void Prepare(const QString &text);
     // The text with invisible places to break inside what is unreasonably long
     // without one: laying that out costs the square of its length.
     static QString Breakable(const QString &text);
@@ -45,7 +50,19 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
-    void LayOut(int width) const;
+    // A text and, unless the width is -1, its lines.
+    struct Content {
+        explicit Content(const QString &text);
+
+        QString Text;
+        QTextLayout Layout;
+        int Width = -1;
+        int Height = 0;
+    };
+
+    void LayOut(Content &content, int width) const;
+    // Font or insets have changed.
+    void ForgetLines();
     void PaintLeader(QPainter &painter) const;
     // Fills the layout and returns where its last line ends.
     static qreal LayOutLines(QTextLayout &layout, int width, QPoint corner);
@@ -53,7 +70,6 @@ private:
     int m_leftInset = 0;
     int m_topInset = 0;
     bool m_hasLeader = false;
-    mutable QTextLayout m_layout;
-    mutable int m_width = -1;
-    mutable int m_height = 0;
+    std::unique_ptr<Content> m_content;
+    std::unique_ptr<Content> m_next;
 };

@@ -220,6 +220,14 @@ void OptionRows::Load(const PageState &page)
         Fill(*row);
 }
 
+void OptionRows::Prepare(const QStringList &texts)
+{
+    for (const auto &[index, row] : m_rows) {
+        if (index < static_cast<size_t>(texts.size()))
+            row->Label->Prepare(texts[index]);
+    }
+}
+
 void OptionRows::Update(const PageState &page)
 {
     // The next item may be on its way to the page and not yet shown.

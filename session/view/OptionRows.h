@@ -36,6 +36,8 @@ public:
     // Brings the selectors up to date: which are on and which are enabled. A page
     // with another kind or number of rows is ignored; Load is for that.
     void Update(const PageState &page);
+    // Lays out the texts of the options that Load is expected to bring next.
+    void Prepare(const QStringList &texts);
     // For selectors and texts. The rows get their new places with the next Arrange.
     void SetFont(const QFont &font);
     // Places the rows below the question text. Sizes, and the height of the

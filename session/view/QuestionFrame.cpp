@@ -22,6 +22,9 @@ namespace {
 // line.
 constexpr int TextInset = OptionRows::Inset;
 constexpr double QuestionScale = 1.3;
+// Characters of an item that are laid out before they are asked for: what takes so short
+// that a key or a click meanwhile is not noticeably late.
+constexpr qsizetype MostAhead = 50'000;
 
 }
 
@@ -108,6 +111,17 @@ void QuestionFrame::ShowItem(const PageState &page)
     ArrangeRows();
     MoveContent(0);
     m_rows->KeepFocusAbove(contentsRect().height());
+}
+
+void QuestionFrame::Prepare(QStringList texts)
+{
+    qsizetype length = 0;
+    for (const QString &text : texts)
+        length += text.size();
+    if (texts.isEmpty() || length > MostAhead)
+        return;
+    lblQuestion->Prepare(texts.takeFirst());
+    m_rows->Prepare(texts);
 }
 
 void QuestionFrame::ShowChanges(const PageState &page)

@@ -23,6 +23,9 @@ public:
     void ShowItem(const PageState &page);
     // Brings selectors and panel up to date.
     void ShowChanges(const PageState &page);
+    // Lays out the texts of the item that ShowItem is expected to bring next, unless they
+    // are very long: the stem, then the options'. None does nothing.
+    void Prepare(QStringList texts);
     // Puts everything inside where the boxes say, the panel to its home, and the
     // content to its top; the scroll bar keeps its value, as far as it is within
     // the new range. The frame has its size already.

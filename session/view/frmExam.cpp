@@ -19,6 +19,9 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollBar>
+#include <QTimer>
+
+#include <chrono>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -35,11 +38,13 @@ constexpr int MinuteColons = 2;
 const QString LastMinute = u"  00:00"_s;
 constexpr double PanelStep = 300; // twips
 constexpr double ExplanationScale = 1.15;
+constexpr std::chrono::milliseconds AheadDelay(20); // the item itself is painted first
 
 }
 
 frmExam::frmExam()
     : m_session(*this)
+    , tmrAhead(new QTimer(this))
     , chkMarked(new QCheckBox(u"&Mark this item for review"_s, this))
     , lblTime(new QLabel(this))
     , picBorder(new QuestionFrame(this))
@@ -90,6 +95,12 @@ frmExam::frmExam()
             [this](int row) { Guard([&] { m_session.lblChoices_Click(row); }); });
     connect(&tmrTimer, &ExamClock::Tick, this, [this] { Guard([&] { m_session.tmrTimer_Timer(); }); });
 
+    // While the candidate reads an item, the next one is laid out.
+    tmrAhead->setObjectName(u"tmrAhead"_s);
+    tmrAhead->setSingleShot(true);
+    tmrAhead->setInterval(AheadDelay);
+    connect(tmrAhead, &QTimer::timeout, this, [this] { picBorder->Prepare(m_session.NextTexts()); });
+
     CoverWorkArea(this);
 }
 
@@ -116,6 +127,7 @@ void frmExam::ShowItem()
     ShowChanges();
     ArrangeButtons();
     AnnounceItem();
+    tmrAhead->start();
 }
 
 // The focus stays on Next, so a screen reader would not read the new item.

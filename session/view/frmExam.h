@@ -11,6 +11,7 @@ class frmExhibit;
 class QCheckBox;
 class QLabel;
 class QPushButton;
+class QTimer;
 class QuestionFrame;
 
 // The exam window: paints the session's page and passes on what the candidate
@@ -74,6 +75,7 @@ private:
 
     ExamSession m_session;
     ExamClock tmrTimer;
+    QTimer *tmrAhead;
     double m_textScale = 1;
     QString m_announcedMinute;
     bool m_isReviewed = false;

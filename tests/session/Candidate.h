@@ -326,10 +326,11 @@ private:
             return Press(u"chkMarked"_s);
         case 5:
         case 6:
-            if (m_rules.NextOpensList())
+            if (m_rules.NextOpensList()) {
+                EXPECT_EQ(m_hands.Session.NextTexts(), QStringList());
                 return OpenList(u"cmdNext"_s);
-            Press(u"cmdNext"_s);
-            return m_rules.Next();
+            }
+            return Next();
         case 7:
             if (!m_rules.CanGoBack)
                 return;
@@ -350,6 +351,21 @@ private:
                 m_session.chkChoices_Click(isRadio ? row : none, true);
             }
         }
+    }
+    // The session knows beforehand what it will show.
+    void Next()
+    {
+        const QStringList next = m_hands.Session.NextTexts();
+        const int before = m_rules.At;
+        Press(u"cmdNext"_s);
+        m_rules.Next();
+        const PageState &page = m_hands.Session.Page();
+        QStringList shown(m_rules.At == before ? QStringList() : QStringList(page.Problem));
+        for (const RowLabel &label : page.lblChoices) {
+            if (m_rules.At != before && label.IsVisible)
+                shown += label.Text;
+        }
+        EXPECT_EQ(next, shown);
     }
     void OpenList(const QString &by)
     {

@@ -279,6 +279,37 @@ TEST(TextBlockTest, WrapsAnything)
     EXPECT_GT(block.HeightForWidth(wide), plain * 2 + 33) << "larger letters";
 }
 
+// Only faster: what is painted is the same, whatever happens meanwhile.
+TEST(TextBlockTest, PreparedTexts)
+{
+    const QString text = u"a text of some words that is wrapped, and\ra\0 line that is not shown"_s;
+    const auto nothing = [](TextBlock &) {};
+    const std::function<void(TextBlock &)> changes[] = {
+        nothing,
+        [](TextBlock &block) { block.resize(50, 300); },
+        [](TextBlock &block) { block.SetInsets(20, 10); },
+        [](TextBlock &block) { block.setFont(QFont(block.font().family(), 20)); },
+        [](TextBlock &block) { block.Prepare(u"another"_s); },
+        [](TextBlock &block) { block.SetText(u"another"_s); },
+    };
+    for (const auto &change : changes) {
+        QImage pictures[2];
+        for (const bool isPrepared : { false, true }) {
+            TextBlock block;
+            block.resize(100, 300);
+            block.SetText(u"present"_s);
+            block.grab();
+            if (isPrepared)
+                block.Prepare(text);
+            change(block);
+            block.SetText(text);
+            EXPECT_EQ(block.text(), text.left(text.indexOf(QChar(0))));
+            pictures[isPrepared] = block.grab().toImage();
+        }
+        EXPECT_EQ(pictures[false], pictures[true]) << "change " << &change - changes;
+    }
+}
+
 TEST(TextBlockTest, CodeStandsInColumns)
 {
     const auto widthOf = [](const QString &text) { return TextBlock::ExtentOf(text, QFont(), 9999).Unwrapped; };
