@@ -8,10 +8,8 @@ if(WIN32)
 endif()
 target_compile_options(practorium_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
                                                   -Wcast-qual -Wimplicit-fallthrough)
-if(CMAKE_UNITY_BUILD)
-  # Of a class in an unnamed namespace of a source that is compiled with others.
-  target_compile_options(practorium_flags INTERFACE -Wno-subobject-linkage)
-endif()
+# Of a class in an unnamed namespace of a source that is compiled with others.
+target_compile_options(practorium_flags INTERFACE $<$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>:-Wno-subobject-linkage>)
 if(PRACTORIUM_WERROR)
   target_compile_options(practorium_flags INTERFACE -Werror)
 endif()
@@ -19,8 +17,15 @@ if(PRACTORIUM_SANITIZE)
   target_compile_options(practorium_flags INTERFACE -fsanitize=${PRACTORIUM_SANITIZE} -fno-sanitize-recover=all
                                                     -fno-omit-frame-pointer)
   target_link_options(practorium_flags INTERFACE -fsanitize=${PRACTORIUM_SANITIZE})
-  # Of the checks in tests' own code, optimisation would be most of the build's time.
-  set(PRACTORIUM_TEST_OPTIONS -O0)
+endif()
+
+# What tests are compiled with besides, behind the options of what they test. Of their own
+# code, optimisation and the checks for undefined behaviour would be most of the build's
+# time; accesses stay checked, because what the programs return may be dangling.
+add_library(practorium_test_flags INTERFACE)
+target_compile_options(practorium_test_flags INTERFACE -O0 -Wno-cpp) # _FORTIFY_SOURCE says that it needs -O
+if(PRACTORIUM_SANITIZE)
+  target_compile_options(practorium_test_flags INTERFACE -fno-sanitize=undefined)
 endif()
 
 # A target of its own: the stub of packs takes over the options of practorium_flags

@@ -3,16 +3,15 @@
 # them, and a build takes half the time. The builds that are released do without, and so
 # they also show whether each source includes what it uses.
 
-# practorium_precompiled_headers(name LINKS ... HEADERS ... [OPTIONS ...]): the headers,
-# compiled as for a target that links LINKS.
+# practorium_precompiled_headers(name LINKS ... HEADERS ...): the headers, compiled as for a
+# target that links LINKS.
 function(practorium_precompiled_headers name)
-  cmake_parse_arguments(ARG "" "" "LINKS;HEADERS;OPTIONS" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "LINKS;HEADERS" ${ARGN})
   set(source ${CMAKE_BINARY_DIR}/precompiled/${name}.cpp)
   file(CONFIGURE OUTPUT ${source} CONTENT "")
   add_library(practorium_precompiled_${name} OBJECT ${source})
   set_target_properties(practorium_precompiled_${name} PROPERTIES AUTOMOC OFF)
   target_link_libraries(practorium_precompiled_${name} PRIVATE practorium_flags ${ARG_LINKS})
-  target_compile_options(practorium_precompiled_${name} PRIVATE ${ARG_OPTIONS})
   list(TRANSFORM ARG_HEADERS REPLACE "(.+)" "<\\1>")
   target_precompile_headers(practorium_precompiled_${name} PRIVATE ${ARG_HEADERS})
 endfunction()
@@ -54,16 +53,8 @@ if(PRACTORIUM_PRECOMPILED)
   if(PRACTORIUM_TESTS)
     find_package(GTest REQUIRED)
     set(test_headers gmock/gmock.h gtest/gtest.h)
-    set(test_links GTest::gmock GTest::gtest)
-    practorium_precompiled_headers(
-      gtest
-      LINKS Qt6::Core ${test_links}
-      HEADERS ${headers_core} ${test_headers}
-      OPTIONS ${PRACTORIUM_TEST_OPTIONS})
-    practorium_precompiled_headers(
-      qtest
-      LINKS Qt6::Widgets ${test_links}
-      HEADERS ${headers_widgets} ${test_headers}
-      OPTIONS ${PRACTORIUM_TEST_OPTIONS})
+    set(test_links GTest::gmock GTest::gtest practorium_test_flags)
+    practorium_precompiled_headers(gtest LINKS Qt6::Core ${test_links} HEADERS ${headers_core} ${test_headers})
+    practorium_precompiled_headers(qtest LINKS Qt6::Widgets ${test_links} HEADERS ${headers_widgets} ${test_headers})
   endif()
 endif()
