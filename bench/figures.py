@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""figures.py ROWS [--release FILE] [--record FILE] [--svg FILE]: the table of what
-bench/run has measured, beside the figures of the last release.
+"""figures.py ROWS [--release FILE] [--record FILE] [--svg FILE] [--into FILE]: the table of
+what bench/run has measured, beside the figures of the last release.
 
 ROWS holds a line for each figure: NAME|VALUES|LIMIT|UNIT, where VALUES are the measured
 numbers of several rounds with blanks between them. A figure is their median; what stands
@@ -10,8 +10,9 @@ Its interval is made of two of the values, so that it holds the true median in a
 93 of 100 runs whatever the spread; five values are the fewest for one. A figure has
 changed since the release when the two intervals have nothing in common.
 
---release reads such figures, --record writes them, --svg draws them. Ends with 1 when a
-figure is above its limit."""
+--release reads such figures, --record writes them, --svg draws them, and --into puts them
+as a table into a document, in place of the one between its two comments. Ends with 1 when
+a figure is above its limit."""
 import argparse
 import dataclasses
 import html
@@ -106,6 +107,19 @@ def table(figures, release):
                           change(figure, release.get(figure.name())) if release else '').rstrip())
 
 
+def put_into(path, figures):
+    """The document has <!-- figures --> and <!-- /figures --> each on a line of its own."""
+    rows = ['', '| work | measured | at most |', '|---|---|---|']
+    for figure in figures:
+        unit = '×' if figure.unit == 'x' else figure.unit
+        rows.append(f'| {figure.title} | {number(figure.median)} {unit} | {number(figure.limit)} {unit} |')
+    with open(path, encoding='utf-8') as file:
+        before, rest = file.read().split('<!-- figures -->\n')
+    after = rest.split('<!-- /figures -->\n')[1]
+    with open(path, 'w', encoding='utf-8') as file:
+        file.write(before + '<!-- figures -->\n' + '\n'.join(rows + ['', '']) + '<!-- /figures -->\n' + after)
+
+
 def drawing(figures, release):
     """Each figure as a bar: how much of what it may be at most it takes."""
     left, width, right, row, top = 430, 420, 130, 24, 56
@@ -152,6 +166,7 @@ def main():
     arguments.add_argument('--release')
     arguments.add_argument('--record')
     arguments.add_argument('--svg')
+    arguments.add_argument('--into')
     chosen = arguments.parse_args()
     figures = measured(chosen.rows)
     release = recorded(chosen.release) if chosen.release else {}
@@ -161,6 +176,8 @@ def main():
     if chosen.svg:
         with open(chosen.svg, 'w', encoding='utf-8') as file:
             file.write(drawing(figures, release))
+    if chosen.into:
+        put_into(chosen.into, figures)
     return 1 if any(figure.median > figure.limit for figure in figures) else 0
 
 

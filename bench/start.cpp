@@ -141,10 +141,10 @@ private:
     xcb_damage_damage_t m_damage = 0;
 };
 
-Start Run(const QByteArray &program, Screen &screen)
+Start Run(const QByteArray &program, Screen &screen, const char *argument = nullptr)
 {
     screen.WaitUntil(false);
-    char *arguments[] = { const_cast<char *>(program.constData()), nullptr };
+    char *arguments[] = { const_cast<char *>(program.constData()), const_cast<char *>(argument), nullptr };
     pid_t process = 0;
     const auto begin = std::chrono::steady_clock::now();
     if (posix_spawn(&process, program.constData(), nullptr, nullptr, arguments, environ) != 0)
@@ -158,20 +158,20 @@ Start Run(const QByteArray &program, Screen &screen)
     return start;
 }
 
-double Median(std::vector<double> values)
+double Median(const std::vector<Start> &starts, double Start::*value)
 {
+    std::vector<double> values;
+    for (const Start &start : starts)
+        values.push_back(start.*value);
     std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
     return values[values.size() / 2];
 }
 
 // FIGURE|RATIO OF EACH ROUND|LIMIT|UNIT
-void Print(const char *figure, const char *limit, const std::vector<Start> &floors, const std::vector<Start> &mine,
-           double Start::*value)
+void Print(const char *figure, const char *limit, const std::vector<Start> &floors, const std::vector<Start> &texts,
+           const std::vector<Start> &mine, double Start::*value)
 {
-    std::vector<double> values;
-    for (const Start &start : mine)
-        values.push_back(start.*value);
-    std::printf(figure, Median(values));
+    std::printf(figure, Median(mine, value), Median(floors, value), Median(texts, value));
     for (size_t round = 0; round < mine.size(); ++round)
         std::printf("%c%.3f", round == 0 ? '|' : ' ', mine[round].*value / (floors[round].*value));
     std::printf("|%s|x\n", limit);
@@ -198,15 +198,18 @@ int main(int argc, char **argv)
     const QByteArray empty = argv[1];
     const QByteArray program = QByteArray(argv[0]).left(QByteArray(argv[0]).lastIndexOf('/') + 1) + "practorium";
     std::vector<Start> floors;
+    std::vector<Start> texts;
     std::vector<Start> mine;
     Run(empty, screen);
     Run(program, screen);
     for (int round = 0; round < Rounds; ++round) {
         floors.push_back(Run(empty, screen));
+        texts.push_back(Run(empty, screen, "text"));
         mine.push_back(Run(program, screen));
     }
-    Print("start to the list of 1,000 packages (%.0f ms), to an empty window's first frame", "1.35", floors, mine,
-          &Start::Milliseconds);
-    Print("its resident memory (%.1f MB), to an empty window's", "1.25", floors, mine, &Start::Megabytes);
+    Print("start to the list of 1,000 packages (%.0f ms, %.0f; %.0f with lines of text), to an empty window", "1.35", floors,
+          texts, mine, &Start::Milliseconds);
+    Print("its resident memory (%.0f MB, %.0f; %.0f with lines of text), to an empty window's", "1.25", floors, texts, mine,
+          &Start::Megabytes);
     return 0;
 }

@@ -24,7 +24,7 @@ constexpr int TextInset = OptionRows::Inset;
 constexpr double QuestionScale = 1.3;
 // Characters of an item that are laid out before they are asked for: what takes so short
 // that a key or a click meanwhile is not noticeably late.
-constexpr qsizetype MostAhead = 50'000;
+constexpr qsizetype MostAhead = 30'000;
 
 }
 
