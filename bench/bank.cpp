@@ -121,7 +121,8 @@ void Measure(const QString &name, const QString &path)
         times.push_back(Milliseconds([&] { ReadBank(*format, path); }));
         ratios.push_back(times.back() / floor);
     }
-    std::printf("%s: %d items read (%.0f ms), to a bare parse|", qPrintable(format->Title), counter.Items, Median(times));
+    std::printf("%s: %d items read (%.0f ms), to a bare parse|", qPrintable(format->Title.section(u':', 0, 0)), counter.Items,
+                Median(times));
     for (const double ratio : ratios)
         std::printf(" %.3f", ratio);
     std::printf("|%g|x\n", Limit(name));

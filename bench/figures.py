@@ -122,7 +122,8 @@ def put_into(path, figures):
 
 def drawing(figures, release):
     """Each figure as a bar: how much of what it may be at most it takes."""
-    left, width, right, row, top = 430, 420, 130, 24, 56
+    left = 30 + max(7 * len(figure.name()) for figure in figures) # about as wide as its letters are
+    width, right, row, top = 420, 130, 24, 56
     height = top + row * len(figures) + 34
     scale = width / 1.25
 
