@@ -5,7 +5,9 @@
 #include "tests/support/Test.h"
 
 #include <functional>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace Registry;
@@ -100,4 +102,26 @@ TEST_F(RegistryFileTest, FilesThatAreNotUsed)
     unlink(file.constData());
     Sandbox::WriteFile(path, QByteArray(whole).replace("\"BwAAAA==\"", "\"Bw==\""));
     EXPECT_EQ(ReadValue(CurrentUser, FileKey, u"Value"_s), QVariant(0)) << "too few bytes for a number";
+}
+
+TEST_F(RegistryFileTest, SeveralProgramsAtOnce)
+{
+    constexpr int Writers = 4, Keys = 40;
+    WriteValue(FileKey, u"Value"_s, 1, Number, CurrentUser);
+    std::vector<std::thread> writers;
+    for (int writer = 0; writer < Writers; ++writer) {
+        writers.emplace_back([writer] {
+            for (int key = 0; key < Keys; ++key)
+                EXPECT_EQ(OpenKey(CurrentUser, u"%1\\%2 %3"_s.arg(FileKey).arg(writer).arg(key), true), 0);
+        });
+    }
+    for (std::thread &writer : writers)
+        writer.join();
+    for (int key = 0; key < Writers * Keys; ++key)
+        EXPECT_EQ(OpenKey(CurrentUser, u"%1\\%2 %3"_s.arg(FileKey).arg(key / Keys).arg(key % Keys), false), 0) << key;
+
+    const int folder = open(QFile::encodeName(TheFile().section(u'/', 0, -2)).constData(), O_RDONLY | O_DIRECTORY);
+    ASSERT_EQ(flock(folder, LOCK_EX), 0);
+    EXPECT_EQ(ReadValue(CurrentUser, FileKey, u"Value"_s), 1) << "without waiting for who writes";
+    close(folder);
 }
