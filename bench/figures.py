@@ -76,7 +76,7 @@ def recorded(path):
 
 def record(path, figures):
     with open(path, 'w', encoding='utf-8') as file:
-        file.write('# What bench/run --record has measured: figure, median, ends of its interval, unit.\n')
+        file.write('# What bench/run has measured: figure, median, ends of its interval, unit.\n')
         for figure in figures:
             file.write(f'{figure.name()}\t{figure.median:.4g}\t{figure.low:.4g}\t{figure.high:.4g}\t{figure.unit}\n')
 

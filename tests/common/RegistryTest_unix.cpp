@@ -5,10 +5,12 @@
 #include "tests/support/Test.h"
 
 #include <functional>
+#include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 using namespace Registry;
 
