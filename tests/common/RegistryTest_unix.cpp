@@ -4,8 +4,8 @@
 #include "tests/support/System.h"
 #include "tests/support/Test.h"
 
-#include <functional>
 #include <fcntl.h>
+#include <functional>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <thread>
